@@ -1,0 +1,17 @@
+#pragma once
+#include "platform/types.h"
+
+namespace corvane::platform {
+
+// The console of the process.
+class ConsoleApi {
+ public:
+  virtual ~ConsoleApi() = default;
+  // True when a key waits; an asked-for orderly stop counts as a key. Stays true once it was.
+  virtual bool _kbhit();
+  virtual void WriteOutput(std::string_view text);  // standard output, as it stands
+  virtual void WriteError(std::string_view text);   // standard error stream
+  virtual void FlushOutput();
+};
+
+}  // namespace corvane::platform

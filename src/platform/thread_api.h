@@ -1,0 +1,56 @@
+#pragma once
+#include "platform/types.h"
+
+namespace corvane::platform {
+
+// A recursive lock. The storage belongs to the platform in force when it was initialised; it must be
+// deleted under the same platform.
+struct CRITICAL_SECTION {
+  alignas(8) unsigned char storage[64] = {};
+  const char* name = "";  // static text, for dead-end and lock-order reports
+  int rank = 0;           // 0: not ranked; else locks are taken in rising rank
+};
+
+// Threads, kernel objects and locks. Safe for use from every thread. Handles are closed with
+// CloseHandle exactly once; a handle may be closed while its object still runs or is waited on.
+//
+// An abandoned thread (TerminateThread) unwinds by ThreadAbandoned at its next Sleep, wait or other
+// service call. Operations that destructors use (LeaveCriticalSection, DeleteCriticalSection,
+// CloseHandle, SetEvent, EnterCriticalSection) never throw.
+class ThreadApi {
+ public:
+  using ThreadProc = DWORD (*)(void* parameter);
+  virtual ~ThreadApi() = default;
+
+  // Starts a thread; null and GetLastError() on failure. `name` is static text for reports.
+  virtual HANDLE CreateThread(ThreadProc start, void* parameter, const char* name, DWORD* threadId);
+  // Gives the thread up: its handle becomes signalled at once with this exit code.
+  virtual BOOL TerminateThread(HANDLE thread, DWORD exitCode);
+  virtual BOOL GetExitCodeThread(HANDLE thread, DWORD* exitCode);
+  virtual DWORD GetCurrentThreadId();
+
+  virtual HANDLE CreateEventW(BOOL manualReset, BOOL initialState, const char* name);
+  virtual BOOL SetEvent(HANDLE event);
+  virtual BOOL ResetEvent(HANDLE event);
+  virtual HANDLE CreateSemaphoreW(LONG initialCount, LONG maximumCount, const char* name);
+  // Fails with ERROR_TOO_MANY_POSTS when the count would pass its maximum.
+  virtual BOOL ReleaseSemaphore(HANDLE semaphore, LONG releaseCount, LONG* previousCount);
+  virtual BOOL CloseHandle(HANDLE object);
+
+  // WAIT_OBJECT_0 (+ index of the first signalled handle in order), WAIT_TIMEOUT or WAIT_FAILED.
+  virtual DWORD WaitForSingleObject(HANDLE object, DWORD milliseconds);
+  virtual DWORD WaitForMultipleObjects(DWORD count, const HANDLE* objects, BOOL waitAll,
+                                       DWORD milliseconds);
+  virtual void Sleep(DWORD milliseconds);
+
+  virtual void InitializeCriticalSection(CRITICAL_SECTION* section, const char* name, int rank);
+  virtual void EnterCriticalSection(CRITICAL_SECTION* section);
+  virtual void LeaveCriticalSection(CRITICAL_SECTION* section);
+  virtual void DeleteCriticalSection(CRITICAL_SECTION* section);
+
+  // The calling thread's last error code.
+  virtual DWORD GetLastError();
+  virtual void SetLastError(DWORD code);
+};
+
+}  // namespace corvane::platform
