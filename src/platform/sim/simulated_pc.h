@@ -1,0 +1,64 @@
+#pragma once
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "platform/platform.h"
+
+namespace corvane::platform::sim {
+
+class FaultPlan;
+class IPcObserver;
+class SimDevices;
+class SimFiles;
+class SimRegistry;
+struct World;
+
+struct PcOptions {
+  std::uint64_t seed = 1;
+  bool interleave = false;   // by the seed, the baton may change hands at any seam call
+  double faultRate = 0.0;    // share of seam calls that fail at random, by the seed
+  IPcObserver* observer = nullptr;
+};
+
+// A whole PC in virtual time. A run is a function of world, options and what its threads do. The
+// thread that makes the PC becomes its first thread and drives it: other threads run only while it
+// sleeps or waits through the seam (RunFor). While the PC lives it is the platform in force.
+//
+// A dead end, a lock taken out of order, or a thread that spins without waiting stops the run: the
+// report goes to the handler (by default standard error and abort).
+class SimulatedPc {
+ public:
+  explicit SimulatedPc(const World& world, const PcOptions& options = {});
+  ~SimulatedPc();  // ends what still runs; a thread that does not end is reported
+
+  const Platform& GetPlatform() const;
+
+  void RunFor(std::chrono::milliseconds time);
+  std::chrono::milliseconds Now() const;  // since the PC was made
+  // Runs until `done` says so, asking every `step`; false when `limit` passes first.
+  bool RunUntil(bool (*done)(void* context), void* context, std::chrono::milliseconds limit,
+                std::chrono::milliseconds step = std::chrono::milliseconds(100));
+
+  void PressKey();  // the console key: asks the service for its orderly stop
+  void SetReportHandler(void (*handler)(const std::string& report, void* context), void* context);
+  // The programme's console output so far (standard output and error), at most the last 256 KiB.
+  std::string ConsoleText() const;
+
+  FaultPlan& Faults();
+  SimDevices& Devices();
+  SimFiles& Files();
+  SimRegistry& Registry();
+
+  // Figures for reports.
+  std::uint64_t SeamCalls() const;
+  std::uint64_t InjectedFaults() const;
+  int LiveThreads() const;  // threads of the program, the driving one not counted
+
+ private:
+  struct Impl;
+  std::unique_ptr<Impl> m_pImpl;
+};
+
+}  // namespace corvane::platform::sim
