@@ -1,0 +1,31 @@
+# Compiler, warnings, sanitizers, cache and linker for every target (through corvane_options).
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_OPTIMIZE_DEPENDENCIES ON)
+
+add_library(corvane_options INTERFACE)
+target_compile_options(corvane_options INTERFACE -Wall -Wextra -Wconversion -Werror)
+
+if(CORVANE_SANITIZE)
+  string(REPLACE "+" "," sanitizers "${CORVANE_SANITIZE}")
+  set(flags -fsanitize=${sanitizers} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_compile_options(corvane_options INTERFACE ${flags} -D_GLIBCXX_ASSERTIONS)
+  target_link_options(corvane_options INTERFACE -fsanitize=${sanitizers})
+endif()
+
+find_program(ccache_program ccache)
+if(ccache_program)
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=pch_defines,time_macros
+      ${ccache_program})
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    target_compile_options(corvane_options INTERFACE -fpch-preprocess)
+  endif()
+endif()
+
+find_program(mold_program mold)
+if(mold_program AND NOT CORVANE_SANITIZE)
+  target_link_options(corvane_options INTERFACE -fuse-ld=mold)
+endif()

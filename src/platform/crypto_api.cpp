@@ -1,0 +1,7 @@
+#include "platform/crypto_api.h"
+
+namespace corvane::platform {
+
+HRESULT CryptoApi::CoCreateGuid(GUID*) { return E_NOTIMPL; }
+
+}  // namespace corvane::platform
