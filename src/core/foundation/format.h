@@ -1,8 +1,9 @@
 #pragma once
 // printf-style formatting with the meaning of the Microsoft wide family: in a wide format %s takes
-// wide text and %S or %hs narrow text, %I64u and %llu 64-bit numbers, %lu 32-bit ones. Each value
-// comes with its own type, so a mismatch prints the value by its type instead of crashing, a missing
-// value prints "(missing)", and nothing is truncated.
+// wide text and %S or %hs narrow text, %I64u and %llu 64-bit numbers, %lu 32-bit ones, and %p prints
+// 16 digits in upper case. Each value comes with its own type and width, so the size in the format
+// counts for nothing: a mismatch prints the value by its type instead of crashing, a missing value
+// prints "(missing)", and no value is truncated. What is no conversion stands in the result as it is.
 
 #include <atomic>
 #include <cstddef>
