@@ -1,6 +1,6 @@
 #include "core/log/log.h"
 
-#include <memory>
+#include <utility>
 
 #include "core/log/log_files.h"
 #include "core/log/logger3.h"
@@ -8,22 +8,22 @@
 namespace corvane {
 namespace {
 
-std::unique_ptr<logger3> s_pLogger;
+logger3* s_pLogger = nullptr;
 
 }  // namespace
 
 void StartLogger(const std::string& baseName) {
   StopLogger();
   if (g_EnableFileLogging) log_files::RotateAtStart(baseName);
-  s_pLogger = std::make_unique<logger3>(baseName + ".log");
-  SetLogSink(s_pLogger.get());
+  s_pLogger = new logger3(baseName + ".log");
+  SetLogSink(s_pLogger);
 }
 
 void StopLogger() {
   // A thread that does not leave the logger keeps it: better that it stays than that it goes under the
   // thread's feet.
-  if (!SetLogSink(nullptr)) static_cast<void>(s_pLogger.release());
-  s_pLogger.reset();
+  logger3* const logger = std::exchange(s_pLogger, nullptr);
+  if (SetLogSink(nullptr)) delete logger;
 }
 
 }  // namespace corvane

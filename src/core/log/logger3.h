@@ -16,7 +16,7 @@ class logger3 final : public ILogSink {
  public:
   // `fileName` of the file output, in UTF-8. Throws std::runtime_error.
   explicit logger3(const std::string& fileName);
-  virtual ~logger3();
+  ~logger3();
   logger3(const logger3&) = delete;
   logger3& operator=(const logger3&) = delete;
 
