@@ -37,6 +37,7 @@ class ILogSink {
  public:
   virtual void Write(std::uint32_t outputs, const char* tag, WStringView text) = 0;
   virtual void Write(std::uint32_t outputs, const char* tag, std::string_view text) = 0;
+  virtual std::string GetMemoryLog() = 0;
 
  protected:
   ~ILogSink() = default;
@@ -80,6 +81,9 @@ void LogRecord(std::uint32_t outputs, const char* tag, const Pieces&... pieces) 
   const FormatArg list[sizeof...(Pieces) + 1] = {FormatArg(pieces)..., FormatArg(0)};
   log::WritePieces(outputs, tag, list, sizeof...(Pieces));
 }
+
+// The memory log, oldest record first; empty without a sink.
+std::string GetMemoryLog();
 
 #define LOG_DEBUG(mask, ...)                                      \
   do {                                                            \
