@@ -116,7 +116,8 @@ class CounterPass {
   }
 
   void ReserveIfNearlyRipe(CWlanBssEntry& entry) {
-    if (m_Adapter.GetReservation(nullptr) || entry.GetCandidate() < m_Required - 1) return;
+    MacAddress reserved;
+    if (m_Adapter.GetReservation(&reserved) || entry.GetCandidate() < m_Required - 1) return;
     m_Adapter.TakeReservation(entry.GetBssid());
     LOG_ADAPTER(m_Idx, kCandidateLog,
                 u"[%i] IncrementCandidateCounters: RESERVING CANDIDATE: %s, %s, current counter=%i", m_Idx,
