@@ -51,6 +51,7 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   const WString& GetMacText() const { return m_MacText; }
   std::uint32_t GetOsIfIndex() const { return m_OsIfIndex; }
   bool IsConnected() const { return m_bIsConnected; }
+  std::uint32_t GetCurrentChannel() const { return m_CurrentChannel; }  // of the last QueryChannel
   bool IsHECapable() const;
   // The adapter's configuration; throws Exception once it is gone.
   CSmartPointer<CQUAYInterfaceConfig> Config() const;
