@@ -106,6 +106,7 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   platform::WLAN_CONNECTION_ATTRIBUTES GetConnAttrs() const;
   std::uint64_t GetDisconnectedAgeMs() const;  // 0 while connected
   void SetDisconnectedTick(bool disconnected);  // stamps it unless it is set, or clears it
+  void ClearConnected();  // forgets the connected flag and the peak quality
 
   // --- Switch rate (switch_rate.cpp)
   void IncSwitchAttempt();
