@@ -51,6 +51,7 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   const WString& GetMacText() const { return m_MacText; }
   std::uint32_t GetOsIfIndex() const { return m_OsIfIndex; }
   bool IsConnected() const { return m_bIsConnected; }
+  std::uint32_t GetCurrentChannel() const { return m_CurrentChannel; }  // of the last QueryChannel
   bool IsHECapable() const;
   // The adapter's configuration; throws Exception once it is gone.
   CSmartPointer<CQUAYInterfaceConfig> Config() const;
@@ -105,6 +106,7 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   platform::WLAN_CONNECTION_ATTRIBUTES GetConnAttrs() const;
   std::uint64_t GetDisconnectedAgeMs() const;  // 0 while connected
   void SetDisconnectedTick(bool disconnected);  // stamps it unless it is set, or clears it
+  void ClearConnected();  // forgets the connected flag and the peak quality
 
   // --- Switch rate (switch_rate.cpp)
   void IncSwitchAttempt();

@@ -119,6 +119,11 @@ class CWlanBssEntry : public SmartObjEx<CWlanBssEntry, SmartObj<>> {
   bool IsArbitraryEligible() const {
     return GetLQ() >= m_arbitrary_min_lq && m_arbitrary_priority > 0;
   }
+
+ private:
+  void UpdateElements(const std::uint8_t* ies, std::uint32_t cbIEs);
+  void ReadNoise(const CIEBlob& blob, bool* valid, bool* quiet) const;
+  std::int32_t MaxRate(bool halved) const;
 };
 
 using BssEntryList = std::vector<CSmartPointer<CWlanBssEntry>>;
