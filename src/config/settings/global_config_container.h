@@ -77,13 +77,15 @@ class CGlobalConfigContainer : public CRegistryHelperBase {
   ~CGlobalConfigContainer();
 
   void InitPostSettings();
-  void ReadAllowListGroup();
-  void ReadScoreDiffPct();
+  void ReadAllowListGroup(CRegistry& registry);
+  void ReadWeeks(CRegistry& registry);
+  void ReadSystemGuid(CRegistry& registry);
 
   CCritSec m_Lock{"global configuration", LockRank::kGlobalConfig};
   CCritSec m_SecondLock{"global configuration, second", LockRank::kGlobalConfigSecond};
   CCritSec m_TableLock{"configuration table", LockRank::kLeaf};  // guards what follows
   std::vector<CSmartPointer<CQUAYInterfaceConfig>> m_IFConfigs;  // index = adapter index
+  int m_IFConfigCount = 0;
   std::map<WString, CSmartPointer<CQUAYInterfaceConfig>, std::less<>> m_IFConfigByGuid;
   std::map<WString, std::uint32_t, std::less<>> m_NetworkFilters;
   std::list<WString> m_ClientDirs;

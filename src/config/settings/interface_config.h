@@ -2,6 +2,7 @@
 #include <atomic>
 #include <cstdint>
 
+#include "config/settings/inhibit_clock.h"
 #include "config/settings/score_config.h"
 #include "config/store/registry.h"
 #include "core/foundation/semaphore.h"
@@ -143,7 +144,6 @@ class CQUAYInterfaceConfig : public SmartObjEx<CQUAYInterfaceConfig, SmartObj<>>
 
  private:
   void SetProjectDefaults();
-  void RecordInhibit(std::uint32_t ms, const char* tag, std::uint64_t now);
 
   WString m_KeyPath;
   WString m_Guid;
@@ -153,14 +153,8 @@ class CQUAYInterfaceConfig : public SmartObjEx<CQUAYInterfaceConfig, SmartObj<>>
   CSmartPointer<CScoreConfig> m_pScoreConfig;
   mutable CCritSec m_PartsLock{"configuration parts", LockRank::kLeaf};
 
-  // The inhibit clock, under m_InhibitLock. Ticks in milliseconds.
   mutable CCritSec m_InhibitLock{"inhibit clock", LockRank::kLeaf};
-  const char* m_InhibitReason = "none";
-  std::uint32_t m_ConsecOutsideScans = 0;
-  std::uint32_t m_InhibitMs = 0;
-  std::uint64_t m_InhibitFuture = 0;
-  std::uint64_t m_LastSetTick = 0;
-  std::uint64_t m_LastGetTick = 0;
+  InhibitClock m_Inhibit;  // under m_InhibitLock
 
   std::atomic<std::uint64_t> m_StatusTick{0};
   std::atomic<std::uint64_t> m_RoamingInhibitTick{0};

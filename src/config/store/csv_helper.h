@@ -1,5 +1,5 @@
 #pragma once
-#include <vector>
+#include <deque>
 
 #include "core/foundation/smart_obj.h"
 #include "core/foundation/text.h"
@@ -24,11 +24,11 @@ class CSVHelper : public SmartObjEx<CSVHelper, SmartObj<>> {
   void Clear();
 
  private:
-  void DropOldest(const char16_t* operation);
+  void DropOldest(const char* operation);
 
   char16_t m_Separator;
   std::size_t m_Limit;
-  std::vector<WString> _csvItems;
+  std::deque<WString> _csvItems;
 };
 
 }  // namespace corvane
