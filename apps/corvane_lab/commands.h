@@ -1,0 +1,31 @@
+#pragma once
+#include <string>
+#include <vector>
+
+namespace corvane::lab {
+
+// The commands of the workbench. Each takes the words behind its name, prints to standard output, and
+// gives the exit status. They throw UsageError for words that they do not understand and
+// std::runtime_error, with file and place, for input that they cannot read.
+int RunCommand(const std::vector<std::string>& words);
+int ScoresCommand(const std::vector<std::string>& words);
+int ElementsCommand(const std::vector<std::string>& words);
+
+inline constexpr char kRunHelp[] =
+    "corvane-lab run (WORLD | --air FILE.jsonl) [--for DURATION] [--seed N] [--json FILE]\n"
+    "    Runs the service over a world in virtual time and prints what happens, then a summary.\n"
+    "    --for DURATION  how long (default: the world's own duration, else 30m)\n"
+    "    --seed N        seed of everything that is left to chance (default 1)\n"
+    "    --json FILE     writes the events and the summary to FILE, one JSON object a line\n"
+    "    --air FILE      makes the world out of captured beacons\n"
+    "    --interleave    by the seed, threads may change hands at any call of the platform\n"
+    "    --faults P      P percent of the platform's calls fail, by the seed (implies --interleave)\n"
+    "    --seeds A-B     runs each of these seeds and reports only those that go wrong\n";
+inline constexpr char kScoresHelp[] =
+    "corvane-lab scores (WORLD --at TIME | --air FILE.jsonl) [--seed N] [--json]\n"
+    "    Prints the access points of each adapter, best first, with their score logs.\n";
+inline constexpr char kElementsHelp[] =
+    "corvane-lab elements FILE.jsonl\n"
+    "    Decodes the elements of each captured beacon and prints one JSON object a line.\n";
+
+}  // namespace corvane::lab

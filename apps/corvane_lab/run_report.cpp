@@ -1,0 +1,219 @@
+#include "corvane_lab/run_report.h"
+
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
+
+#include <algorithm>
+
+#include "config/settings/global_config_container.h"
+#include "core/foundation/format.h"
+#include "select/policy/policy.h"
+#include "wlan/binding/wifi_client_container.h"
+
+namespace corvane::lab {
+
+using platform::sim::Cause;
+
+namespace {
+
+const char* CauseText(Cause cause) {
+  switch (cause) {
+    case Cause::kProgram: return "the service";
+    case Cause::kOutside: return "somebody else";
+    case Cause::kDriver: return "the driver";
+  }
+  return "";
+}
+
+std::string Clock(std::uint64_t ms) {
+  return FormatA("%02llu:%02llu:%02llu.%03llu", ms / 3'600'000, ms / 60'000 % 60, ms / 1000 % 60, ms % 1000);
+}
+
+std::string Share(std::uint64_t part, std::uint64_t whole) {
+  return whole == 0 ? std::string("0 s") : FormatA("%llu s (%llu %%)", part, part * 100 / whole);
+}
+
+}  // namespace
+
+void RunReport::Line(int adapter, const char* kind, const std::string& text) {
+  const auto ms = static_cast<std::uint64_t>(m_pPc ? m_pPc->Now().count() : 0);
+  rapidjson::StringBuffer buffer;
+  rapidjson::Writer<rapidjson::StringBuffer> json(buffer);
+  json.StartObject();
+  json.Key("ms");
+  json.Uint64(ms);
+  if (adapter >= 0) {
+    json.Key("adapter");
+    json.Int(adapter);
+  }
+  json.Key("event");
+  json.String(kind);
+  json.Key("text");
+  json.String(text.c_str());
+  json.EndObject();
+  const std::string who = adapter >= 0 ? FormatA("adapter %i", adapter) : std::string("pc");
+  m_Print(FormatA("%s  %-9s  %s", Clock(ms), who, text), buffer.GetString(), m_pContext);
+}
+
+void RunReport::OnScanStarted(int adapter, Cause cause, const std::string& ssid) {
+  ++(cause == Cause::kProgram ? m_Summary.scans : m_Summary.outsideScans);
+  Line(adapter, "scan",
+       FormatA("scan by %s%s", CauseText(cause), ssid.empty() ? std::string() : " for the hidden " + ssid));
+}
+
+void RunReport::OnScanEnded(int adapter, Cause cause, bool good) {
+  if (!good) Line(adapter, "scan-failed", FormatA("scan of %s failed", CauseText(cause)));
+}
+
+void RunReport::OnConnectStarted(int adapter, Cause cause, const std::string& ssid) {
+  Line(adapter, "connecting", FormatA("%s connects to %s", CauseText(cause), ssid));
+}
+
+void RunReport::OnConnectEnded(int adapter, Cause cause, const std::string& ssid, const std::string& bssid,
+                               platform::DWORD reason) {
+  if (reason != 0) {
+    if (cause == Cause::kProgram) ++m_Summary.connectFailures;
+    Line(adapter, "connect-failed",
+         FormatA("connect to %s by %s failed, reason 0x%x", ssid, CauseText(cause), reason));
+    return;
+  }
+  std::string why;
+  if (cause == Cause::kProgram) {
+    ++m_Summary.switches;
+    const AdapterView view =
+        static_cast<std::size_t>(adapter) < m_Adapters.size() ? m_Adapters[static_cast<std::size_t>(adapter)] : AdapterView();
+    const auto score = view.scores.find(bssid);
+    const int to = score == view.scores.end() ? -1 : score->second;
+    why = view.at.bssid.empty() ? FormatA(", score %i", to)
+                                : FormatA(", score %i over %i of %s", to, view.at.score, view.at.bssid);
+  }
+  Line(adapter, cause == Cause::kProgram ? "switch" : "connected",
+       FormatA("%s connected to %s %s%s", CauseText(cause), ssid, bssid, why));
+}
+
+void RunReport::OnDisconnected(int adapter, Cause cause, const std::string& ssid) {
+  Line(adapter, "disconnected", FormatA("disconnected from %s by %s", ssid, CauseText(cause)));
+}
+
+void RunReport::OnRoamed(int adapter, Cause cause, const std::string& ssid, const std::string& bssid) {
+  ++m_Summary.roams;
+  Line(adapter, "roam", FormatA("%s roams to %s %s", CauseText(cause), ssid, bssid));
+}
+
+void RunReport::OnTimeline(const std::string& text) { Line(-1, "timeline", text); }
+
+void RunReport::Sample() {
+  ++m_Summary.seconds;
+  auto& adapters = CWifiClientContainer::GetInstance();
+  const int count = adapters.GetCount();
+  if (m_Adapters.size() < static_cast<std::size_t>(count)) m_Adapters.resize(static_cast<std::size_t>(count));
+  const int required = CGlobalQUAYPolicy::RequiredCandidateCount();
+  for (int i = 0; i < count; ++i) {
+    SampleAdapter(i);
+    SampleCandidates(i, required);
+    SampleInhibit(i);
+  }
+}
+
+// The view is kept by the adapter's position, as the PC counts its adapters in the world's order and
+// the container in GUID order: the two agree where the world lists its adapters by GUID.
+void RunReport::SampleAdapter(int position) {
+  AdapterView& view = m_Adapters[static_cast<std::size_t>(position)];
+  const auto adapter = CWifiClientContainer::GetInstance().GetInterface(position);
+  if (!adapter) return;
+  const bool connected = adapter->IsConnected();
+  Place at;
+  if (connected) {
+    const auto attributes = adapter->GetConnAttrs().wlanAssociationAttributes;
+    at.ssid = WideToUtf8(SsidText(attributes.dot11Ssid));
+    at.bssid = MacTextA(ToMac(attributes.dot11Bssid));
+    at.quality = attributes.wlanSignalQuality;
+    at.score = adapter->GetScoreFromBssEntry(SsidText(attributes.dot11Ssid), ToMac(attributes.dot11Bssid), false);
+    ++m_Summary.connectedSeconds;
+    const auto best = std::max_element(view.scores.begin(), view.scores.end(),
+                                       [](const auto& a, const auto& b) { return a.second < b.second; });
+    if (best == view.scores.end() || at.score >= best->second) ++m_Summary.bestSeconds;
+  }
+  if (connected && (at.bssid != view.at.bssid || !view.connected)) {
+    Line(position, "at", FormatA("is connected to %s %s, score %i, quality %u", at.ssid, at.bssid, at.score, at.quality));
+  } else if (!connected && view.connected) {
+    Line(position, "at", "is not connected");
+  }
+  view.connected = connected;
+  view.at = connected ? at : Place();
+}
+
+void RunReport::SampleCandidates(int position, int required) {
+  AdapterView& view = m_Adapters[static_cast<std::size_t>(position)];
+  const auto adapter = CWifiClientContainer::GetInstance().GetInterface(position);
+  if (!adapter) return;
+  std::map<std::string, int> counters;
+  view.scores.clear();
+  for (const auto& entry : adapter->SnapshotEntries()) {
+    if (!entry->m_bss_scanned || !entry->HasUsableProfile()) continue;
+    const std::string bssid = MacTextA(entry->GetBssid());
+    view.scores[bssid] = entry->GetScore(false);
+    const int counter = entry->m_candidate_counter;
+    if (counter == 0) continue;
+    counters[bssid] = counter;
+    if (const auto before = view.counters.find(bssid); before == view.counters.end() || before->second != counter) {
+      Line(position, "candidate",
+           FormatA("candidate %s %s: round %i of %i, score %i against %i", WideToUtf8(entry->m_SSIDW), bssid,
+                   counter, required, entry->GetScore(false), view.at.score));
+    }
+  }
+  view.counters = std::move(counters);
+}
+
+void RunReport::SampleInhibit(int position) {
+  AdapterView& view = m_Adapters[static_cast<std::size_t>(position)];
+  const auto adapter = CWifiClientContainer::GetInstance().GetInterface(position);
+  const auto config =
+      adapter ? CGlobalConfigContainer::GetInstance().FindIFConfig(adapter->GetConfigIdx()) : nullptr;
+  if (!config) return;
+  const std::uint64_t remaining = config->GetInhibitRemainingMs();
+  const std::string reason = remaining > 0 ? config->GetInhibitReason() : "";
+  if (!reason.empty() && reason != view.inhibit) {
+    Line(position, "inhibit", FormatA("holds still for %llu s (%s)", (remaining + 999) / 1000, reason));
+  } else if (reason.empty() && !view.inhibit.empty()) {
+    Line(position, "inhibit", "goes on");
+  }
+  view.inhibit = reason;
+  const bool roaming = config->GetRoamingInhibitTick() != 0;
+  if (roaming != view.roamingInhibit) {
+    Line(position, "roaming-inhibit",
+         roaming ? "somebody else moved the adapter: no switch until that has passed" : "may switch again");
+  }
+  view.roamingInhibit = roaming;
+}
+
+void RunReport::PrintSummary() {
+  const RunSummary& sum = m_Summary;
+  rapidjson::StringBuffer buffer;
+  rapidjson::Writer<rapidjson::StringBuffer> json(buffer);
+  json.StartObject();
+  json.Key("event");
+  json.String("summary");
+  const std::pair<const char*, std::uint64_t> figures[] = {
+      {"seconds", sum.seconds},       {"connected_seconds", sum.connectedSeconds},
+      {"best_seconds", sum.bestSeconds}, {"switches", sum.switches},
+      {"scans", sum.scans},           {"connect_failures", sum.connectFailures},
+      {"outside_scans", sum.outsideScans}, {"roams", sum.roams}};
+  for (const auto& [name, value] : figures) {
+    json.Key(name);
+    json.Uint64(value);
+  }
+  json.EndObject();
+  const std::uint64_t adapterSeconds = sum.seconds * std::max<std::size_t>(m_Adapters.size(), 1);
+  m_Print(FormatA("\nSummary of %llu s with %u adapter(s)\n"
+                  "  connected                      %s\n"
+                  "  on the best-scored one         %s\n"
+                  "  switches                       %llu\n"
+                  "  scans                          %llu\n"
+                  "  connect failures               %llu",
+                  sum.seconds, m_Adapters.size(), Share(sum.connectedSeconds, adapterSeconds),
+                  Share(sum.bestSeconds, adapterSeconds), sum.switches, sum.scans, sum.connectFailures),
+          buffer.GetString(), m_pContext);
+}
+
+}  // namespace corvane::lab
