@@ -5,22 +5,15 @@
 #include <string>
 
 #include "platform/platform.h"
+#include "platform/sim/pc_options.h"
 
 namespace corvane::platform::sim {
 
 class FaultPlan;
-class IPcObserver;
 class SimDevices;
 class SimFiles;
 class SimRegistry;
 struct World;
-
-struct PcOptions {
-  std::uint64_t seed = 1;
-  bool interleave = false;   // by the seed, the baton may change hands at any seam call
-  double faultRate = 0.0;    // share of seam calls that fail at random, by the seed
-  IPcObserver* observer = nullptr;
-};
 
 // A whole PC in virtual time. A run is a function of world, options and what its threads do. The
 // thread that makes the PC becomes its first thread and drives it: other threads run only while it
