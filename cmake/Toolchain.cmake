@@ -13,6 +13,10 @@ if(CORVANE_SANITIZE)
   string(REPLACE "+" "," sanitizers "${CORVANE_SANITIZE}")
   set(flags -fsanitize=${sanitizers} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_compile_options(corvane_options INTERFACE ${flags} -D_GLIBCXX_ASSERTIONS)
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    # Instrumented code misleads this warning; the plain builds keep it.
+    target_compile_options(corvane_options INTERFACE -Wno-maybe-uninitialized)
+  endif()
   target_link_options(corvane_options INTERFACE -fsanitize=${sanitizers})
 endif()
 
@@ -25,7 +29,11 @@ if(ccache_program)
   endif()
 endif()
 
+# The quickest linker at hand.
 find_program(mold_program mold)
-if(mold_program AND NOT CORVANE_SANITIZE)
+find_program(lld_program ld.lld)
+if(mold_program)
   target_link_options(corvane_options INTERFACE -fuse-ld=mold)
+elseif(lld_program)
+  target_link_options(corvane_options INTERFACE -fuse-ld=lld)
 endif()

@@ -32,6 +32,7 @@ class CGlobalConfigContainer : public CRegistryHelperBase {
 
   // Throws Exception for an index out of range. Takes no lock that is ever held for long.
   CSmartPointer<CQUAYInterfaceConfig> GetIFConfig(int index);
+  CSmartPointer<CQUAYInterfaceConfig> FindIFConfig(int index);  // null for an index out of range
   CSmartPointer<CQUAYInterfaceConfig> GetIFConfigByGuid(WStringView guidText);  // null: none
   int GetIFConfigCount();
   int AddIFConfig(WStringView guid, WStringView name, WStringView description);

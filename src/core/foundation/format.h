@@ -1,9 +1,12 @@
 #pragma once
 // printf-style formatting with the meaning of the Microsoft wide family: in a wide format %s takes
-// wide text and %S or %hs narrow text, %I64u and %llu 64-bit numbers, %lu 32-bit ones. Each value
-// comes with its own type, so a mismatch prints the value by its type instead of crashing, a missing
-// value prints "(missing)", and nothing is truncated.
+// wide text and %S or %hs narrow text, %I64u and %llu 64-bit numbers, %lu 32-bit ones, and %p prints
+// 16 digits in upper case. Each value comes with its own type and width, so the size in the format
+// counts for nothing: a mismatch prints the value by its type instead of crashing, a missing value
+// prints "(missing)", and no value is truncated. What is no conversion stands in the result as it is.
 
+#include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -33,13 +36,30 @@ class FormatArg {
   }
   FormatArg(double value) : m_Kind(Kind::kDouble) { m_Value.d = value; }
   FormatArg(long double value) : m_Kind(Kind::kLongDouble) { m_Value.ld = value; }
-  FormatArg(const char* text) : FormatArg(std::string_view(text ? text : "(null)")) {}
+  // Text: a null pointer reads "(null)", an array ends at its first NUL or its last element. Any other
+  // pointer prints as an address.
+  template <typename T>
+    requires std::is_pointer_v<T>
+  FormatArg(const T& pointer) {  // NOLINT
+    if constexpr (std::is_convertible_v<T, const char*>) {
+      *this = FormatArg(std::string_view(pointer ? pointer : "(null)"));
+    } else if constexpr (std::is_convertible_v<T, const char16_t*>) {
+      *this = FormatArg(WStringView(pointer ? pointer : u"(null)"));
+    } else {
+      *this = FormatArg(static_cast<const void*>(pointer));
+    }
+  }
+  template <std::size_t N>
+  FormatArg(const char (&text)[N]) : FormatArg(UpToNul(std::string_view(text, N))) {}  // NOLINT
+  template <std::size_t N>
+  FormatArg(const char16_t (&text)[N]) : FormatArg(UpToNul(WStringView(text, N))) {}  // NOLINT
   FormatArg(const std::string& text) : FormatArg(std::string_view(text)) {}
   FormatArg(std::string_view text) : m_Kind(Kind::kNarrow) { m_Value.text = {text.data(), text.size()}; }
-  FormatArg(const char16_t* text) : FormatArg(WStringView(text ? text : u"(null)")) {}
   FormatArg(const WString& text) : FormatArg(WStringView(text)) {}
   FormatArg(WStringView text) : m_Kind(Kind::kWide) { m_Value.text = {text.data(), text.size()}; }
   FormatArg(const void* pointer) : m_Kind(Kind::kPointer) { m_Value.p = pointer; }
+  template <typename T>
+  FormatArg(const std::atomic<T>& value) : FormatArg(value.load()) {}  // NOLINT
 
   Kind GetKind() const { return m_Kind; }
   int GetBits() const { return m_Bits; }  // width of an integral argument
@@ -56,6 +76,11 @@ class FormatArg {
   }
 
  private:
+  template <typename View>
+  static View UpToNul(View text) {
+    return text.substr(0, text.find(typename View::value_type{}));
+  }
+
   struct TextRef {
     const void* data;
     std::size_t size;

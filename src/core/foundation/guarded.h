@@ -5,21 +5,18 @@
 
 namespace corvane {
 
-// Prints the filter line of a fault to the console and remembers the code.
-void ReportFault(const char* className, platform::DWORD code);
+// Tells of a fault: the filter's line goes to the console, and
+// "<class>::<operation>: __EXCEPTION__ - s_LastExceptionCode=0x%08x" to the log as an error.
+void ReportFault(const char* className, const char* operation, platform::DWORD code);
 
-// Runs fn() and gives its result. A fault of the platform (PlatformFault) inside it is reported,
-// logged as "<class>::<operation>: __EXCEPTION__ - s_LastExceptionCode=0x%08x" and turned into
-// `failure`; nothing else is caught.
-void LogGuardedFault(const char* className, const char* operation, platform::DWORD code);
-
+// Runs fn() and gives its result. A fault of the platform (PlatformFault) inside it is reported and
+// turned into `failure`, the failure value of this one operation; nothing else is caught.
 template <typename R, typename Fn>
 R Guarded(const char* className, const char* operation, R failure, Fn&& fn) {
   try {
     return std::forward<Fn>(fn)();
   } catch (const platform::PlatformFault& fault) {
-    ReportFault(className, fault.code);
-    LogGuardedFault(className, operation, fault.code);
+    ReportFault(className, operation, fault.code);
     return failure;
   }
 }

@@ -27,7 +27,8 @@ class ISmartObj {
 };
 
 // Live objects of the process: their number, and for each address the class name known so far.
-std::uint32_t LiveObjectCount();
+extern std::atomic<std::uint32_t> g_dbgSmartObjCount;
+inline std::uint32_t LiveObjectCount() { return g_dbgSmartObjCount.load(); }
 namespace live_objects {
 struct Entry {
   const void* object;
@@ -37,7 +38,7 @@ void Add(const void* object);
 void Rename(const void* object, const char* name);  // `name` is static text
 void Remove(const void* object);
 std::size_t Size();
-// Calls visit(entry, context) for each live object by rising address.
+// Calls visit(entry, context) for each live object by rising address, with no lock held.
 void ForEach(void (*visit)(const Entry& entry, void* context), void* context);
 }  // namespace live_objects
 

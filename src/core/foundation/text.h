@@ -10,7 +10,7 @@ namespace corvane {
 using WString = std::u16string;
 using WStringView = std::u16string_view;
 
-// Low bytes of each wide character, without a code page: the form of the log and the pipes.
+// The low byte of each wide character, without a code page: the form of the log and the pipes.
 std::string Narrow(WStringView text);
 // Each byte as one wide character (ASCII).
 WString Widen(std::string_view text);

@@ -19,9 +19,11 @@ class CWinEvent : public SmartObjEx<CWinEvent, SmartObj<>> {
   // *timedOut false when the exit signal came, which resets that. Both set: the event wins. Throws
   // Exception when the wait itself fails.
   bool WaitOnEvent(std::uint32_t milliseconds, bool* timedOut = nullptr);
-  void SetDebugName(std::string name);
+  void SetDebugName(std::string name);  // before other threads use the object
 
  private:
+  void Signal(platform::HANDLE handle, const char* operation, const char* member);
+
   platform::HANDLE _event = nullptr;
   platform::HANDLE _eventExit = nullptr;
   std::string m_DebugName = "[not assigned]";

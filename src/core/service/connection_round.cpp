@@ -1,0 +1,147 @@
+// What the adapter is connected to, and what follows from it.
+
+#include "config/store/value_names.h"
+#include "core/log/log.h"
+#include "core/service/main_worker.h"
+#include "select/policy/policy.h"
+
+namespace corvane {
+
+namespace {
+
+constexpr std::uint64_t kRoamLog = DBG(24);
+constexpr std::uint64_t kConnectionLog = DBG(31);
+constexpr std::uint64_t kSurgicalEverySecs = 3;
+
+}  // namespace
+
+void CQUAYMainWorker::UpdateConnectionState() {
+  m_Connection = {};
+  m_Connection.bssid.fill(0xFF);
+  try {
+    Connection now;
+    QueryConnection(&now);
+    m_pInterface->SetDisconnectedTick(false);
+    bool ssidDiffers = m_pInterface->SetLastConnectedSsid(now.ssid);
+    if (now.entry) now.entry->m_ConnAttrs = now.attrs;
+    PublishConnection(now);
+
+    const MacAddress old = m_pInterface->GetConnectedBssid();
+    const bool bssidChanged = m_pInterface->SetConnectedBssid(now.bssid);
+    if (bssidChanged) {
+      ssidDiffers = !m_pInterface->IsConnectedToNetworkWithBothBssids(now.bssid, old);
+    }
+    DetectRoam(now, bssidChanged, ssidDiffers);
+    now.connected = true;
+    m_Connection = now;
+    LogConnection(now, bssidChanged || m_Round == 0);
+    m_pInterface->ProcessIdleThresholds();
+  } catch (const Exception& e) {
+    OnDisconnected();
+    if (e.GetCode() != platform::ERROR_INVALID_STATE) {
+      LOG_ERROR(u"[%i]CQUAYMainWorker::WorkThreadProc[INNER-1]: Exception: %S", m_ConfigIdx, e.what());
+    }
+  } catch (const std::exception& e) {
+    OnDisconnected();
+    LOG_ERROR(u"[%i]CQUAYMainWorker::WorkThreadProc[INNER-1]: std:exception: %S", m_ConfigIdx, e.what());
+  }
+}
+
+void CQUAYMainWorker::QueryConnection(Connection* now) {
+  m_pInterface->QueryCurrentConnection(&now->attrs, true);
+  now->channel = m_pInterface->QueryChannel();
+  const auto& association = now->attrs.wlanAssociationAttributes;
+  now->ssid = SsidText(association.dot11Ssid);
+  now->displayName = Format(u"%s [Channel %lu]", now->ssid, now->channel);
+  now->bssid = ToMac(association.dot11Bssid);
+  now->bssidText = MacText(now->bssid);
+  now->quality = association.wlanSignalQuality;
+  m_pInterface->FindBssEntry(now->ssid, now->bssid, &now->entry);
+}
+
+void CQUAYMainWorker::PublishConnection(const Connection& now) {
+  m_pConfig->SetConnectedNetwork(now.displayName, now.ssid, now.bssidText);
+  m_pConfig->SetDWORD(value::kConnectedLinkRateTX, now.attrs.wlanAssociationAttributes.ulTxRate);
+  m_pConfig->SetDWORD(value::kConnectedLinkRateRX, now.attrs.wlanAssociationAttributes.ulRxRate);
+}
+
+void CQUAYMainWorker::PublishDisconnection() {
+  m_pConfig->SetConnectedNetwork(u"", u"", u"");
+  m_pConfig->SetDWORD(value::kConnectedLinkRateTX, 0);
+  m_pConfig->SetDWORD(value::kConnectedLinkRateRX, 0);
+}
+
+void CQUAYMainWorker::OnDisconnected() {
+  m_Connection = {};
+  m_Connection.bssid.fill(0xFF);
+  m_pInterface->ClearConnected();
+  m_pInterface->SetDisconnectedTick(true);
+  m_pInterface->ClearConnectedBssid();
+  m_pInterface->m_backup_score = 0;
+  PublishDisconnection();
+}
+
+// A change of BSSID inside one network: this program's own move ends a roaming inhibit, anybody
+// else's begins one.
+void CQUAYMainWorker::DetectRoam(const Connection& now, bool bssidChanged, bool ssidDiffers) {
+  if (!bssidChanged || ssidDiffers || m_pConfig->GetRoamingInhibitTick() != 0) {
+    LOG_ADAPTER(m_ConfigIdx, kRoamLog,
+                u"[%i] CQUAYMainWorker: %s %s changed=%i other ssid=%i [NO ROAMING-INHIBIT ENTRY DETECTION]",
+                m_ConfigIdx, now.ssid, now.bssidText, bssidChanged, ssidDiffers);
+  } else if (m_pInterface->GetConnectedBssidIfWeInitiated() == now.bssid) {
+    LOG_ADAPTER(m_ConfigIdx, kRoamLog,
+                u"[%i] CQUAYMainWorker: %s %s [WE INITIATED CONN!][DO NOT ENTER ROAMING INHIBIT - FORCE CLEAR]",
+                m_ConfigIdx, now.ssid, now.bssidText);
+    m_pConfig->ClearRoamingInhibit();
+  } else {
+    LOG_ADAPTER(m_ConfigIdx, kRoamLog, u"[%i] CQUAYMainWorker: %s %s [~@~@~ START ROAMING-INHIBIT ~@~@~]",
+                m_ConfigIdx, now.ssid, now.bssidText);
+    m_pConfig->SetRoamingInhibit();
+  }
+}
+
+void CQUAYMainWorker::LogConnection(const Connection& now, bool isNew) const {
+  if (isNew) {
+    LogRecord(kLogMemory, "<I>", "[Adapter", m_ConfigIdx, "] CURRENTLY CONNECTED to: ", now.ssid, " ",
+              now.bssidText, " [Channel ", now.channel, "]");
+  }
+  LOG_ADAPTER(m_ConfigIdx, kConnectionLog,
+              u"[%i] %s: %s {%s}, channel %lu, signal quality %lu, Rx/Tx %lu/%lu kbps, score %i", m_ConfigIdx,
+              isNew ? u"Currently Connected" : u"Still Connected", now.ssid, now.bssidText, now.channel,
+              now.quality, now.attrs.wlanAssociationAttributes.ulRxRate,
+              now.attrs.wlanAssociationAttributes.ulTxRate,
+              m_pInterface->GetScoreFromBssEntry(now.ssid, now.bssid, false));
+}
+
+void CQUAYMainWorker::SurgicalUpdateIfInhibited() {
+  std::uint64_t remainingMs = 0;
+  if (!m_pConfig->Get_InhibitQUAY(&remainingMs)) return;
+  const std::uint64_t remainingSecs = remainingMs / 1000;
+  if (remainingSecs % kSurgicalEverySecs != 0) return;
+  Connection now;
+  const auto disconnected = [&](const char* kind, const char* what) {
+    PublishDisconnection();
+    LOG_ADAPTER(m_ConfigIdx, DBG(30),
+                u"[%i] CQUAYMainWorker::Surgical...UpdateIfInhibited - %hs %hs [Clear ConnectedNetwork][remain "
+                u"secs %lu]\n",
+                m_ConfigIdx, kind, what, remainingSecs);
+    now.connected = false;
+  };
+  try {
+    QueryConnection(&now);
+    now.connected = true;
+    PublishConnection(now);
+    LOG_ADAPTER(m_ConfigIdx, DBG(30),
+                u"[%i] CQUAYMainWorker::Surgical...UpdateIfInhibited - Set ConnectedNetwork: %s [remain secs "
+                u"%lu]\n",
+                m_ConfigIdx, now.displayName, remainingSecs);
+  } catch (const Exception& e) {
+    disconnected("Exception", e.what());
+  } catch (const std::exception& e) {
+    disconnected("std::exception", e.what());
+  }
+  CGlobalQUAYPolicy::UpdateAssociateLQPegging(m_pInterface.get(), now.connected, &now.quality, now.ssid,
+                                              now.bssid, "SURGICAL");
+}
+
+}  // namespace corvane

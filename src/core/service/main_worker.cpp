@@ -1,0 +1,285 @@
+#include "core/service/main_worker.h"
+
+#include <algorithm>
+
+#include "config/settings/global_config_container.h"
+#include "config/store/value_names.h"
+#include "core/log/log.h"
+#include "core/service/version.h"
+#include "platform/clock_api.h"
+#include "platform/platform.h"
+#include "platform/thread_api.h"
+#include "select/policy/policy.h"
+
+namespace corvane {
+
+namespace {
+
+constexpr std::uint64_t kLoopLog = DBG(31);
+constexpr std::uint64_t kSleepLog = DBG(7) | DBG(25);
+
+constexpr std::uint32_t kShutdownMs = 2000;
+constexpr std::uint32_t kDestructorMs = 1000;
+constexpr std::uint32_t kRadioOffMs = 3000;
+constexpr std::uint32_t kRadioFailedMs = 2000;
+constexpr std::uint32_t kDisabledSliceMs = 2000;
+constexpr int kDisabledSlices = 5;
+constexpr std::uint32_t kInhibitedMs = 1000;
+constexpr std::uint32_t kNoDelayMs = 1000;
+constexpr std::uint32_t kNormalSleepMs = 10000;
+constexpr std::uint64_t kCredentialsTextMs = 60000;
+constexpr std::uint64_t kRoamingInhibitDisconnectedMs = 30000;
+
+constexpr char16_t kRule[] =
+    u"[%i]::::::::::::::::::::::::::::::::::::::::::::::::::::::::::[%s][%s]"
+    u":::::::::::::::::::::::::::::::::::::::::::::::::::::::::::::::::\n";
+
+void Sleep(std::uint32_t ms) { Os().threads.Sleep(ms); }
+
+}  // namespace
+
+CQUAYMainWorker::CQUAYMainWorker() : SmartObjEx("worker"), CThread("worker") {}
+
+CQUAYMainWorker::~CQUAYMainWorker() { StopThread(kDestructorMs); }
+
+void CQUAYMainWorker::Bind(int index, CWlanInterface* pInterface) {
+  m_ConfigIdx = index;
+  m_pInterface = pInterface;
+  m_pConfig = pInterface ? pInterface->Config() : nullptr;
+}
+
+void CQUAYMainWorker::RunThreadLoop() {
+  try {
+    WorkThreadProc();
+  } catch (const Exception& e) {
+    LOG_ERROR(u"CQUAYMainWorker::RunThreadLoop: Exception: %S", e.what());
+  } catch (const std::exception& e) {
+    LOG_ERROR(u"CQUAYMainWorker::RunThreadLoop: std:exception: %S", e.what());
+  }
+}
+
+void CQUAYMainWorker::Shutdown() {
+  StopThread(kShutdownMs);
+  if (m_pConfig) {
+    const CCritSecLock lock(m_pConfig->ObjectLock());
+    if (!m_pConfig->SetString(value::kCandidatesCSV, u"")) {
+      LOG_INFO(
+          u"[%i] ===========> CQUAYMainWorker::Shutdown: [CLEAR LIST] SetRegistry_CandidatesCSV() FAILED!\n",
+          m_ConfigIdx);
+    }
+    if (!m_pConfig->SetString(value::kNONCandidatesCSV, u"")) {
+      LOG_INFO(
+          u"[%i] ===========> CQUAYMainWorker::Shutdown: [CLEAR LIST] SetRegistry_NONCandidatesCSV() "
+          u"FAILED!\n",
+          m_ConfigIdx);
+    }
+    m_pConfig->SetVPNInhibited(false);
+    m_pConfig->SetAirplaneInhibited(false);
+    m_pConfig->SetRadioInhibited(false);
+    m_pConfig->SetString(value::kProfiledNetworksInRangeJson, u"[]");
+  }
+  m_Connection = {};
+  m_pInterface.reset();
+  m_pConfig.reset();
+}
+
+void CQUAYMainWorker::WorkThreadProc() {
+  if (m_pInterface) {
+    m_pConfig->SetString(value::kSuggestedNetwork, u"");
+    m_pConfig->SetString(value::kProfiledNetworksInRangeJson, u"[]");
+  }
+  while (AwaitRadio()) {
+    PrepareRunning();
+    while (GoesOn() && !m_pInterface->IsRadioOff()) {
+      if (RunRound()) ++m_Round;
+    }
+  }
+  LOG_ADAPTER(m_ConfigIdx, kLoopLog, u"[%i]CQUAYMainWorker::WorkThreadProc: >>>>> [EXIT] <<<<<", m_ConfigIdx);
+}
+
+bool CQUAYMainWorker::AwaitRadio() {
+  while (GoesOn()) {
+    m_bNoDelayActive = false;
+    m_pConfig->ClearStatusMessage(kStatusNeedCredentials);
+    bool radioOn = false;
+    bool answered = false;
+    try {
+      radioOn = IsRadioSeenOn();
+      answered = true;
+    } catch (const Exception& e) {
+      if (e.GetCode() == platform::ERROR_NOT_FOUND) {
+        LOG_ERROR(
+            u"[%i]CQUAYMainWorker::WorkThreadProc:[early check loop] Exception: %S, ERROR_NOT_FOUND ==> set "
+            u"RadioOn = false",
+            m_ConfigIdx, e.what());
+      } else {
+        LOG_ERROR(u"[%i]CQUAYMainWorker::WorkThreadProc:[early check loop] Exception: %S", m_ConfigIdx,
+                  e.what());
+      }
+    } catch (const std::exception& e) {
+      LOG_ERROR(u"[%i]CQUAYMainWorker::WorkThreadProc:[early check loop] std:exception: %S", m_ConfigIdx,
+                e.what());
+    }
+    if (radioOn) return true;
+    if (!answered) {
+      m_pConfig->SetRadioInhibited(true);
+      Sleep(kRadioFailedMs);
+      continue;
+    }
+    m_pConfig->SetDWORD(u"RadioEnabled", 0);
+    m_pConfig->SetStatusMessage(kStatusRadioDisabled);
+    LOG_ADAPTER(m_ConfigIdx, kLoopLog,
+                u"[%i]CQUAYMainWorker::WorkThreadProc:[early check loop] BAD RADIO STATE .... SLEEPING",
+                m_ConfigIdx);
+    m_pConfig->SetRadioInhibited(true);
+    Sleep(kRadioOffMs);
+  }
+  return false;
+}
+
+bool CQUAYMainWorker::IsRadioSeenOn() {
+  m_pInterface->DetermineInterfaceCapability();
+  m_pInterface->EnumerateALLAPProfiles();
+  platform::WLAN_RADIO_STATE state;
+  m_pInterface->QueryRadioState(&state);
+  m_pInterface->StoreRadioState(state);
+  return !m_pInterface->IsRadioOff();
+}
+
+void CQUAYMainWorker::PrepareRunning() {
+  m_pConfig->SetRadioInhibited(false);
+  m_pConfig->ClearStatusMessage(kStatusRadioDisabled);
+  m_pConfig->SetDWORD(u"RadioEnabled", 1);
+  m_pInterface->DetermineInterfaceCapability();
+  LOG_ADAPTER(m_ConfigIdx, kLoopLog, u"[%i]  Interface: %s %s %s", m_ConfigIdx,
+              m_pInterface->GetConnectionName(), m_pInterface->GetGuidText(), m_pInterface->GetDescription());
+  m_Round = 0;
+  LOG_ADAPTER(m_ConfigIdx, kLoopLog, kRule, m_ConfigIdx, kVersion, kBuildDate);
+}
+
+bool CQUAYMainWorker::RunRound() {
+  RefreshSettings();
+  if (!MayRun()) return false;
+  if (m_pConfig->Get_InhibitQUAY(nullptr)) {
+    SurgicalUpdateIfInhibited();
+    LOG_ADAPTER(m_ConfigIdx, DBG(30),
+                u"[%i]CQUAYMainWorker::WorkThreadProc[LOOP] - INHIBITED %I64u ms, %S, SLEEPING [1000]",
+                m_ConfigIdx, m_pConfig->GetInhibitRemainingMs(), m_pConfig->GetInhibitReason());
+    Sleep(kInhibitedMs);
+    return false;
+  }
+  UpdateConnectionState();
+  ReleaseRoamingInhibit();
+  CGlobalQUAYPolicy::UpdateAssociateLQPegging(m_pInterface.get(), m_Connection.connected,
+                                              &m_Connection.quality, m_Connection.ssid, m_Connection.bssid,
+                                              "LOOP");
+  m_Connection.entry.reset();
+  if (IsInhibited()) return false;
+  Discover();
+  if (IsInhibited()) return false;
+  {
+    const CCritSecLock lock(CGlobalConfigContainer::GetInstance().GetLock());
+    LOG_ADAPTER(m_ConfigIdx, DBG(16) | DBG(31),
+                u"\n[%i][EXECUTE POLICY][ROAM INHIBIT %I64u ticks %s]\n", m_ConfigIdx,
+                m_pConfig->GetRoamingInhibitTick(),
+                m_pConfig->GetRoamingInhibitTick() == 0 ? u"== 0" : u"> 0");
+    CGlobalQUAYPolicy::ExecutePolicies(m_pInterface.get());
+  }
+  LOG_ADAPTER(m_ConfigIdx, kLoopLog, kRule, m_ConfigIdx, kVersion, kBuildDate);
+  if (IsInhibited()) return false;
+  SleepBetweenRounds();
+  return true;
+}
+
+void CQUAYMainWorker::RefreshSettings() {
+  const CCritSecLock lock(m_pConfig->ObjectLock());
+  m_pConfig->RefreshFromRegistry();
+  m_pConfig->ClearStatusMessageIfOlder(kStatusNeedCredentials, kCredentialsTextMs);
+  const std::uint32_t scanMs = m_pConfig->GetScanIntervalSecs() * 1000;
+  m_pConfig->Set_MainLoopSleepMs(std::min(scanMs, kNormalSleepMs));
+  if (scanMs < kNormalSleepMs) {
+    LOG_ADAPTER(m_ConfigIdx, kSleepLog,
+                u"[%i]CQUAYMainWorker::WorkThreadProc: Set_MainLoopSleepMs(scan_interval_ms=%lu)", m_ConfigIdx,
+                scanMs);
+  }
+}
+
+// Both enable flags are on, or the adapter is to be watched while it is disabled.
+bool CQUAYMainWorker::MayRun() {
+  auto& global = CGlobalConfigContainer::GetInstance();
+  const auto enabled = [&] { return m_pConfig->m_Enabled && global.m_bServiceEnable; };
+  if (enabled()) return true;
+  std::uint32_t watch = 0;
+  const auto registry = global.GetRegistry();
+  if (global.m_bMonitorWhileDisabled && registry && registry->GetRegistryDWORDValue(u"DBWMEnable", &watch) &&
+      watch != 0) {
+    return true;
+  }
+  LOG_ADAPTER(m_ConfigIdx, kLoopLog,
+              u"[%i]CQUAYMainWorker::WorkThreadProc[LOOP] - DISABLED - SLEEPING..., ENABLEs: adp %i, svc %i",
+              m_ConfigIdx, m_pConfig->m_Enabled.load(), global.m_bServiceEnable.load());
+  for (int slice = 0; slice < kDisabledSlices && m_bRun && !enabled(); ++slice) Sleep(kDisabledSliceMs);
+  return false;
+}
+
+bool CQUAYMainWorker::IsInhibited() { return m_pConfig->Get_InhibitQUAY(nullptr); }
+
+void CQUAYMainWorker::ReleaseRoamingInhibit() {
+  if (m_pConfig->GetRoamingInhibitTick() == 0) return;
+  const std::uint64_t age = m_pInterface->GetDisconnectedAgeMs();
+  if (age <= kRoamingInhibitDisconnectedMs) return;
+  LOG_ADAPTER(m_ConfigIdx, DBG(24),
+              u"[%i] CQUAYMainWorker::WorkThreadProc[LOOP] - ROAMING INHIBITED, but disconnected for %0.2lf "
+              u"secs --->  CLEARING ROAMING INHIBIT!\n",
+              m_ConfigIdx, static_cast<double>(age) / 1000.0);
+  m_pConfig->ClearRoamingInhibit();
+}
+
+void CQUAYMainWorker::Discover() {
+  const bool first = m_Round == 0;
+  std::int32_t auxError = 0;
+  if (m_pInterface->DiscoverNetworksSynchronous(first, first, &auxError) == 0) {
+    m_pConfig->SetStatusMessage(kStatusNoProfileInRange);
+  } else {
+    m_pConfig->ClearStatusMessage(kStatusNoProfileInRange);
+  }
+  if (auxError == 0) return;
+  LOG_ERROR(u"[%i][aux_error=%i] Scan/GetNetworkBssList() Error! -----> Clearing Networks <-----\n",
+            m_ConfigIdx, auxError);
+  m_pInterface->ClearNetworks();
+  m_pConfig->SetString(value::kSuggestedNetwork, u"");
+  m_pConfig->ClearRoamingInhibit();
+}
+
+void CQUAYMainWorker::SleepBetweenRounds() {
+  const std::uint64_t now = Os().clock.GetTickCount64();
+  const bool onMains = CGlobalConfigContainer::IsOnACPower();
+  if (m_pConfig->m_no_delay && now < m_pConfig->m_NoDelayExpiry && onMains) {
+    m_bNoDelayActive = true;
+    LOG_ADAPTER(m_ConfigIdx, kSleepLog,
+                u"\n[%i]CQUAYMainWorker::WorkThreadProc: __NO DELAY__ [expires %0.2lf secs]", m_ConfigIdx,
+                m_pConfig->GetNoDelayRemainingSecs());
+    Sleep(kNoDelayMs);
+    return;
+  }
+  if (m_bNoDelayActive) {
+    m_pConfig->m_no_delay = false;
+    LOG_ADAPTER(m_ConfigIdx, kSleepLog,
+                u"\n[%i]CQUAYMainWorker::WorkThreadProc: NO DELAY DISABLED <<<<<===============================",
+                m_ConfigIdx);
+  }
+  std::uint32_t sleepMs = m_pConfig->GetMainLoopSleepMs();
+  if (sleepMs < kNormalSleepMs) {
+    LOG_ADAPTER(m_ConfigIdx, kSleepLog,
+                u"\n[%i]CQUAYMainWorker::WorkThreadProc:  CLIP MainSleepMs = %lu < 10000 !?", m_ConfigIdx,
+                sleepMs);
+    sleepMs = kNormalSleepMs;
+  }
+  LOG_ADAPTER(m_ConfigIdx, kSleepLog,
+              u"\n[%i]CQUAYMainWorker::WorkThreadProc: __MAIN SLEEP__ : %lu < ms, AC_ON=%i", m_ConfigIdx,
+              sleepMs, onMains);
+  m_pConfig->WaitMainLoopSemaphore(sleepMs);
+  if (m_Round % 2 == 1) m_pInterface->RefreshProfiledAPList();
+}
+
+}  // namespace corvane

@@ -1,0 +1,226 @@
+#include "core/service/service.h"
+
+#include "config/settings/global_config_container.h"
+#include "config/store/process_flags.h"
+#include "core/foundation/utils.h"
+#include "core/log/log.h"
+#include "core/service/version.h"
+#include "monitors/network_list_manager.h"
+#include "platform/console_api.h"
+#include "platform/file_api.h"
+#include "platform/platform.h"
+#include "platform/thread_api.h"
+#include "wlan/binding/wifi_client_container.h"
+#include "wlan/model/global_wireless_maps.h"
+
+namespace corvane {
+
+namespace {
+
+constexpr std::uint64_t kMainLog = DBG(31);
+constexpr std::uint32_t kNoAdapterMs = 10000;
+constexpr std::uint32_t kWorkerStaggerMs = 3000;
+constexpr std::uint32_t kRoundMs = 2000;
+constexpr int kDisabledSlices = 5;
+
+void Sleep(std::uint32_t ms) { Os().threads.Sleep(ms); }
+
+CSmartPointer<CRegistry> HomeKey() { return CRegistry::CreateObject(kHomeKeyPath); }
+
+// The folder of the program's data when it is there, else the current one.
+std::string LogBaseName() {
+  constexpr char kBase[] = "aps";
+  WString folder;
+  if (Os().files.SHGetFolderPathW(platform::CSIDL_COMMON_APPDATA, &folder) < 0) return kBase;
+  for (const char16_t* part : {u"OstrelNetworks", u"Corvane"}) {
+    folder += platform::kPathSeparator;
+    folder += part;
+  }
+  const platform::DWORD attributes = Os().files.GetFileAttributesW(folder.c_str());
+  const bool isFolder = attributes != platform::INVALID_FILE_ATTRIBUTES &&
+                        (attributes & platform::FILE_ATTRIBUTE_DIRECTORY) != 0;
+  if (!isFolder) return kBase;
+  folder += platform::kPathSeparator;
+  return WideToUtf8(folder) + kBase;
+}
+
+}  // namespace
+
+Service::Service(const WString& programName) : m_ProgramName(programName) {}
+
+int Service::Run() {
+  StartUp();
+  try {
+    RunPasses();
+  } catch (const Exception& e) {
+    LOG_ERROR(u"Main: Exception: %S", e.what());
+  } catch (const std::exception& e) {
+    LOG_ERROR(u"Main: std:exception: %S", e.what());
+  }
+  ShutDown();
+  return 0;
+}
+
+void Service::StartUp() {
+  std::uint32_t fileLogging = 0;
+  if (HomeKey()->GetRegistryDWORDValue(u"EnableFileLogging", &fileLogging)) g_EnableFileLogging = fileLogging;
+  StartLogger(LogBaseName());
+  LogRecord(kLogFile | kLogConsole | kLogMemory, "<I>", "Corvane.exe", " v", kVersion, ", BUILD Date ", kBuildDate);
+  LOG_INFO(CUtils::GetInstance().IsRunningAsService()
+               ? u"%s - Main:[start] RUNNING AS SERVICE [%S, %S] DYNAMIC_SCAN_THRESHOLD"
+               : u"%s - Main:[start] RUNNING AS APPLICATION [%S, %S] DYNAMIC_SCAN_THRESHOLD",
+           m_ProgramName, kVersion, kBuildDate);
+}
+
+void Service::RunPasses() {
+  while (!m_bQuit) {
+    CGlobalConfigContainer::GetInstance().Initialize(false);
+    CountBoot();
+    ReadDebugValues();
+    if (!RunPass()) continue;
+    ShutDownWorkers();
+    CGlobalConfigContainer::GetInstance().Shutdown(true);
+  }
+}
+
+bool Service::RunPass() {
+  auto& client = CWifiClientContainer::GetInstance();
+  try {
+    client.Initialize();
+    const int count = client.GetCount();
+    if (count == 0) {
+      LOG_DEBUG(kMainLog, u"Main[TOP loop]: No Wifi Adapters...");
+      m_bQuit = KeyWaits();
+      if (!m_bQuit) Sleep(kNoAdapterMs);
+      return false;
+    }
+    RunWithAdapters(count);
+  } catch (const Exception& e) {
+    LOG_ERROR(u"Main[INNER-0]: Exception: %S", e.what());
+  } catch (const std::exception& e) {
+    LOG_ERROR(u"Main[INNER-0]: std:exception: %S", e.what());
+  }
+  return true;
+}
+
+void Service::RunWithAdapters(int count) {
+  StartWorkers(count);
+  RefreshNLM();
+  RunMainLoop();
+}
+
+void Service::StartWorkers(int count) {
+  for (int i = 0; i < count; ++i) {
+    if (i > 0) Sleep(kWorkerStaggerMs);
+    const auto adapter = CWifiClientContainer::GetInstance().GetInterface(i);
+    if (!adapter) continue;
+    auto worker = CQUAYMainWorker::CreateObject();
+    worker->Bind(adapter->GetConfigIdx(), adapter.get());
+    m_Workers.push_back(worker);
+    if (const platform::HRESULT result = worker->BeginThread(); result != 0) {
+      LOG_ERROR(u"Main[TOP loop]: worker of adapter %i did not start: 0x%08x", adapter->GetConfigIdx(), result);
+    }
+  }
+}
+
+void Service::RunMainLoop() {
+  while (RunMainRound()) {
+  }
+}
+
+bool Service::RunMainRound() {
+  if (m_bQuit) return false;
+  auto& config = CGlobalConfigContainer::GetInstance();
+  ReadDebugValues();
+  if (const auto registry = config.GetRegistry()) registry->SetRegistryDWORDValue(u"VPNFound", g_bVPNFound);
+  config.RefreshGlobals();
+  RestartWorkers();
+  if (config.m_bServiceEnable) {
+    Sleep(kRoundMs);
+  } else {
+    for (int slice = 0; slice < kDisabledSlices && !config.m_bServiceEnable; ++slice) Sleep(kRoundMs);
+  }
+  RefreshNLM();
+  if (CWifiClientContainer::GetInstance().AdapterCountChanged()) {
+    LOG_DEBUG(kMainLog, u"Main[Main loop]: adapter count changed! restarting...");
+    return false;
+  }
+  m_bQuit = KeyWaits();
+  return !m_bQuit;
+}
+
+// A worker that ended by itself is started again.
+void Service::RestartWorkers() {
+  for (const auto& worker : m_Workers) {
+    if (!worker->IsRunning()) worker->BeginThread();
+  }
+}
+
+void Service::ShutDownWorkers() {
+  for (std::size_t i = 0; i < m_Workers.size(); ++i) {
+    LOG_DEBUG(kMainLog, u"Main[Outer loop]: Shutdown QUAYWorker%i", i);
+    m_Workers[i]->Shutdown();
+    LOG_DEBUG(kMainLog, u"Main[Outer loop]: Shutdown QUAYWorker DONE");
+  }
+  m_Workers.clear();
+}
+
+void Service::ShutDown() {
+  m_Workers.clear();
+  CGlobalConfigContainer::GetInstance().Shutdown(true);
+  CWifiClientContainer::GetInstance().Shutdown();
+  CGlobalConfigContainer::GetInstance().Shutdown(false);
+  CGlobalWirelessMaps::GetInstance().Shutdown();
+  ReportLeaks();
+  StopLogger();
+}
+
+void Service::ReportLeaks() {
+  if (!log::IsOpen(DBG(29) | DBG(31)) || LiveObjectCount() == 0) return;
+  LOG_ERROR(u"Main: EXIT - ERROR! g_dbgSmartObjCount = %u, size=%lu", LiveObjectCount(), live_objects::Size());
+  live_objects::ForEach(
+      [](const live_objects::Entry& entry, void*) {
+        LOG_ERROR(u"Obj needing cleanup: 0x%p, Name = %S", entry.object, entry.name);
+      },
+      nullptr);
+}
+
+void Service::CountBoot() {
+  if (!m_bFirstPass) return;
+  m_bFirstPass = false;
+  const auto registry = CGlobalConfigContainer::GetInstance().GetRegistry();
+  if (!registry) return;
+  std::uint32_t boots = 0;
+  registry->GetRegistryDWORDValue(u"BootCounter", &boots);
+  registry->SetRegistryDWORDValue(u"BootCounter", boots + 1);
+}
+
+void Service::ReadDebugValues() {
+  const auto registry = CGlobalConfigContainer::GetInstance().GetRegistry();
+  if (!registry) return;
+  std::uint64_t mask = 0;
+  std::uint32_t number = 0;
+  if (registry->GetRegistryQWORDValue(u"DebugMask", &mask)) g_DebugMask = mask;
+  if (registry->GetRegistryDWORDValue(u"DebugIFMask", &number)) g_DebugIFMask = number;
+  if (registry->GetRegistryDWORDValue(u"EnableFileLogging", &number)) g_EnableFileLogging = number;
+}
+
+void Service::RefreshNLM() {
+  auto& list = CNetworkListManager::GetInstance();
+  const platform::HRESULT refreshed = list.RefreshNetworkCategories();
+  if (refreshed >= 0) return;
+  LOG_ERROR(
+      u"Main-RefreshNLM(): NLM_S::GetInstance().RefreshNetworkCategories(): FAILED! 0x%08x, resetting NLM...",
+      refreshed);
+  const platform::HRESULT reset = list.ResetNLMInstance();
+  if (reset < 0) {
+    LOG_ERROR(u"Main-RefreshNLM(): NLM_S::GetInstance().ResetNLMInstance(): FAILED! 0x%08x, resetting NLM...",
+              reset);
+  } else {
+    LOG_DEBUG(DBG(1), u"Main-RefreshNLM(): NLM_S::GetInstance().ResetNLMInstance(): Succeeded!");
+  }
+}
+
+bool Service::KeyWaits() { return Os().console._kbhit(); }
+
+}  // namespace corvane

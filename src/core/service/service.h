@@ -1,0 +1,39 @@
+#pragma once
+#include <cstdint>
+#include <vector>
+
+#include "core/service/main_worker.h"
+
+namespace corvane {
+
+// The service: start-up, the loop over passes, the main loop, and the stop order. Runs on one thread,
+// the main thread, which supervises the adapters' workers.
+class Service {
+ public:
+  Service(const WString& programName);
+  int Run();
+
+ private:
+  void StartUp();
+  void RunPasses();          // the outer loop
+  bool RunPass();            // false: without an adapter, nothing to shut down
+  void RunWithAdapters(int count);
+  void StartWorkers(int count);
+  void RunMainLoop();
+  bool RunMainRound();       // false ends the pass
+  void ShutDownWorkers();
+  void ShutDown();
+  void ReadDebugValues();
+  void CountBoot();
+  void RestartWorkers();
+  void RefreshNLM();
+  void ReportLeaks();
+  bool KeyWaits();
+
+  WString m_ProgramName;
+  bool m_bQuit = false;
+  bool m_bFirstPass = true;
+  std::vector<CSmartPointer<CQUAYMainWorker>> m_Workers;
+};
+
+}  // namespace corvane

@@ -1,0 +1,29 @@
+#include "core/service/service_main.h"
+
+#include "core/foundation/singleton.h"
+#include "core/foundation/text.h"
+#include "core/log/log.h"
+#include "core/service/service.h"
+#include "platform/console_api.h"
+#include "platform/platform.h"
+
+namespace corvane {
+
+int ServiceMain(int argc, const char16_t* const* argv) {
+  if (argc > 1) {
+    Os().console.WriteError("corvane: unknown option: " + WideToUtf8(argv[1]) + "\n");
+    return 2;
+  }
+  int result = 1;
+  try {
+    result = Service(argc > 0 ? argv[0] : u"corvane").Run();
+  } catch (const std::exception& e) {
+    // Before the outer loop: the logger could not be started.
+    Os().console.WriteError(std::string("corvane: ") + e.what() + "\n");
+    StopLogger();
+  }
+  singletons::DropAll();
+  return result;
+}
+
+}  // namespace corvane

@@ -1,0 +1,74 @@
+#pragma once
+#include <cstdint>
+#include <list>
+#include <map>
+#include <memory>
+#include <string>
+
+#include "core/foundation/crit_sec.h"
+#include "core/foundation/singleton.h"
+#include "core/foundation/text.h"
+#include "platform/network_list_api.h"
+
+namespace corvane {
+
+// NLM_CONNECTIVITY, the flags in use.
+inline constexpr std::uint32_t kConnectivityInternet = 0x440;
+inline constexpr std::uint32_t kConnectivityNoInternet = 0x333;
+
+// What the operating system's network list says of one base name.
+struct NlmNetworkRecord {
+  WString name;  // the instance that speaks for the base name
+  WString base;
+  std::map<WString, std::int32_t, std::less<>> others;  // every instance name seen
+  WString desc;
+  std::int32_t cat = 2;  // 0 public, 1 private, 2 domain
+  bool iscon = false;
+  bool isinet = false;
+  std::uint32_t connectivity = 0;
+  std::uint64_t connectedTime = 0;  // FILETIME
+  std::uint64_t createdTime = 0;
+  bool seen = false;
+};
+
+// "Public", "Private", "Domain", "Unknown".
+const char16_t* NetworkCategoryName(std::int32_t category);
+
+// The table of networks by base name. The main thread refreshes it; any thread looks things up and
+// sees whole records only.
+class CNetworkListManager {
+ public:
+  static CNetworkListManager& GetInstance() { return Singleton<CNetworkListManager>::GetInstance(); }
+
+  platform::HRESULT RefreshNetworkCategories();
+  platform::HRESULT ResetNLMInstance();
+
+  // Look-ups by base name as given. False and the output left alone when it is not known.
+  bool GetCatForBaseNetname(WStringView base, std::int32_t* category, bool hint);
+  bool GetConnectivityForBaseNetname(WStringView base, std::uint32_t* connectivity, bool hint);
+  bool GetNameForBaseNetname(WStringView base, std::list<WString>* names);
+  void SetConnectivityForNetwork(WStringView name, std::uint32_t connectivity);
+
+  // Walks over the adapter's connections.
+  platform::HRESULT GetNetworkNamesForInterface(const platform::GUID& adapter, std::list<WString>* names);
+  platform::HRESULT DoesInterfaceHaveInternet(const platform::GUID& adapter, bool* internet,
+                                              NlmNetworkRecord* record);
+  // 0 when one or more were added, else 1.
+  platform::HRESULT GetNetCatInfoForInterface(const platform::GUID& adapter,
+                                              std::list<NlmNetworkRecord>* records);
+
+  // The name without a blank and number at its end, and without blanks around it.
+  static WString StripInstanceNumFromNetName(WStringView name);
+
+  static void SetDebugLevel(int level);
+
+ private:
+  friend class Singleton<CNetworkListManager>;
+  CNetworkListManager();
+  ~CNetworkListManager();
+
+  struct Impl;
+  std::unique_ptr<Impl> m_pImpl;
+};
+
+}  // namespace corvane

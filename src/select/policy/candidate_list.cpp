@@ -1,0 +1,108 @@
+#include "select/policy/candidate_list.h"
+
+#include <algorithm>
+#include <set>
+
+#include "config/settings/global_config_container.h"
+#include "monitors/network_list_manager.h"
+#include "select/policy/candidate_rules.h"
+
+namespace corvane {
+
+namespace {
+
+constexpr std::int32_t kCategoryPrivate = 1;
+constexpr std::uint32_t kFilterDenied = 2;
+constexpr std::uint32_t kMissingScansAllowed = 2;
+
+bool IsOnSystemDenyList(const CWlanBssEntry& entry) {
+  return CGlobalConfigContainer::GetInstance().GetNetworkFilter(entry.m_SSIDW) == kFilterDenied;
+}
+
+bool IsPrivateNetwork(const CWlanBssEntry& entry) {
+  std::int32_t category = -1;
+  return CNetworkListManager::GetInstance().GetCatForBaseNetname(entry.m_SSIDW, &category, false) &&
+         category == kCategoryPrivate;
+}
+
+struct Ranked {
+  CandidateRank rank;
+  CSmartPointer<CWlanBssEntry> entry;
+};
+
+// Each entry is ranked once, so that the order stands still while it is worked out.
+void SortBy(BssEntryList* entries, bool preferPrivate, CandidateRank (*rankOf)(CWlanBssEntry&, bool)) {
+  std::vector<Ranked> ranked;
+  ranked.reserve(entries->size());
+  for (auto& entry : *entries) {
+    ranked.push_back({rankOf(*entry, preferPrivate), std::move(entry)});
+  }
+  std::stable_sort(ranked.begin(), ranked.end(), [preferPrivate](const Ranked& a, const Ranked& b) {
+    return RanksBelow(a.rank, b.rank, preferPrivate);
+  });
+  std::transform(ranked.rbegin(), ranked.rend(), entries->begin(),
+                 [](Ranked& one) { return std::move(one.entry); });
+}
+
+CandidateRank CandidateRankOf(CWlanBssEntry& entry, bool preferPrivate) {
+  return {preferPrivate && IsPrivateNetwork(entry),
+          entry.GetLQ() >= entry.m_arbitrary_min_lq ? entry.m_arbitrary_priority : 0,
+          entry.GetScore(true), entry.GetLQ()};
+}
+
+CandidateRank OtherRankOf(CWlanBssEntry& entry, bool) {
+  return {false, 0, entry.GetScore(true), entry.GetLQ()};
+}
+
+}  // namespace
+
+BssEntryList EntriesInRange(CWlanInterface& adapter) {
+  const bool connected = adapter.IsConnected();
+  const MacAddress bssid = adapter.GetConnectedBssid();
+  BssEntryList entries = adapter.SnapshotEntries();
+  std::erase_if(entries, [&](const CSmartPointer<CWlanBssEntry>& entry) {
+    return !entry->m_bss_scanned && entry->m_unscanned_count > kMissingScansAllowed &&
+           !(connected && entry->GetBssid() == bssid);
+  });
+  return entries;
+}
+
+void KeepCandidates(BssEntryList* entries) {
+  std::erase_if(*entries, [](const CSmartPointer<CWlanBssEntry>& entry) {
+    return !IsAdmitted({IsOnSystemDenyList(*entry), entry->m_bDenied, entry->m_SSIDW.empty(),
+                        entry->m_AuthAlgorithm, entry->HasUsableProfile(), entry->m_bHasTempProfile});
+  });
+}
+
+void SortCandidates(BssEntryList* entries, bool preferPrivate) {
+  SortBy(entries, preferPrivate, &CandidateRankOf);
+}
+
+BssEntryList OtherEntries(const BssEntryList& all, const BssEntryList& candidates) {
+  std::set<MacAddress> taken;
+  for (const auto& entry : candidates) taken.insert(entry->GetBssid());
+  BssEntryList others;
+  for (const auto& entry : all) {
+    if (!taken.contains(entry->GetBssid()) && !IsOnSystemDenyList(*entry)) others.push_back(entry);
+  }
+  SortBy(&others, false, &OtherRankOf);
+  return others;
+}
+
+WString NetworksInRangeJson(const BssEntryList& entries, WStringView connectedSsid,
+                            bool* connectedFound) {
+  *connectedFound = std::any_of(entries.begin(), entries.end(),
+                                [&](const auto& entry) { return entry->m_SSIDW == connectedSsid; });
+  WString json = u"[";
+  const auto append = [&json](WStringView ssid) {
+    if (json.size() > 1) json += u',';
+    json.append(u"\"").append(ssid).append(u"\"");
+  };
+  if (*connectedFound) append(connectedSsid);
+  for (const auto& entry : entries) {
+    if (entry->m_SSIDW != connectedSsid) append(entry->m_SSIDW);
+  }
+  return json += u']';
+}
+
+}  // namespace corvane

@@ -1,0 +1,22 @@
+#pragma once
+#include "wlan/binding/wlan_interface.h"
+
+namespace corvane {
+
+
+// Entries that count in this round: in the newest scan, missing for fewer than 3, or connected.
+BssEntryList EntriesInRange(CWlanInterface& adapter);
+
+// Removes what may not be a candidate and sorts, best first; equal entries end up in the reverse of
+// their earlier order.
+void KeepCandidates(BssEntryList* entries);
+void SortCandidates(BssEntryList* entries, bool preferPrivate);
+// What `all` has beyond the candidates, less the networks that the system's filters deny; by score,
+// then by quality.
+BssEntryList OtherEntries(const BssEntryList& all, const BssEntryList& candidates);
+
+// The names of the networks in the list as a JSON array: the connected one first and once, every
+// other entry's as it comes. *connectedFound tells whether the connected one is in the list.
+WString NetworksInRangeJson(const BssEntryList& entries, WStringView connectedSsid, bool* connectedFound);
+
+}  // namespace corvane

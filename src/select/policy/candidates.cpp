@@ -1,0 +1,205 @@
+// Candidates: the counters that ripen, and the tests of readiness.
+
+#include "config/settings/global_config_container.h"
+#include "core/log/log.h"
+#include "select/policy/candidate_rules.h"
+#include "select/policy/policy.h"
+#include "wlan/binding/wifi_client_container.h"
+
+namespace corvane {
+
+namespace {
+
+constexpr std::uint64_t kCandidateLog = DBG(16) | DBG(17);
+
+CandidateMargins Margins(const CQUAYInterfaceConfig& config) {
+  return {config.m_LQCThreshold, config.m_APScoreThreshold,
+          CGlobalConfigContainer::GetInstance().m_ScoreDiffPct};
+}
+
+// One pass over the list on behalf of IncrementCandidateCounters.
+class CounterPass {
+ public:
+  CounterPass(CWlanInterface& adapter, const MacAddress& connected, std::int32_t current)
+      : m_Adapter(adapter),
+        m_Idx(adapter.GetConfigIdx()),
+        m_pConfig(adapter.Config()),
+        m_Margins(Margins(*m_pConfig)),
+        m_Connected(connected),
+        m_Current(current),
+        m_Required(CGlobalQUAYPolicy::RequiredCandidateCount()),
+        m_bMonitorMode(CGlobalQUAYPolicy::IsMonitorMode(*m_pConfig)) {}
+
+  void Visit(const CSmartPointer<CWlanBssEntry>& entry) {
+    const std::int32_t score = entry->GetScore(false);
+    if (!Qualifies(*entry, score)) return;
+    m_LastQualifier = entry;
+    if (PassesPointTest(score, m_Current, m_Margins.scoreThreshold)) Widen(score - m_Current);
+    if (m_bMonitorMode && entry->GetCandidate() > m_Required) {
+      LOG_ADAPTER(m_Idx, kCandidateLog,
+                  u"_[%i]IncrementCandidateCounters: NO BUMP CANDIDATE(%i): SSID %s %s [center %u] "
+                  u"score: %i vs %i\n",
+                  m_Idx, entry->m_candidate_counter, entry->m_SSIDW, entry->m_BSSIDText,
+                  entry->GetFrequencyKhz(), score, m_Current);
+    } else {
+      Bump(*entry, score);
+    }
+    ReserveIfNearlyRipe(*entry);
+    if (CGlobalQUAYPolicy::IsCandidateReady(&m_Adapter, entry.get(), m_Current)) m_bAnyReady = true;
+  }
+
+  const CSmartPointer<CWlanBssEntry>& LastQualifier() const { return m_LastQualifier; }
+  const CandidateSummary& Summary() const { return m_Summary; }
+  bool AnyReady() const { return m_bAnyReady; }
+  bool MetThreshold() const { return m_bMetThreshold; }
+  const CandidateMargins& GetMargins() const { return m_Margins; }
+
+ private:
+  // Clears the counter of an entry that has lost its claim; an entry that is merely not good enough
+  // in this round keeps it.
+  bool Qualifies(CWlanBssEntry& entry, std::int32_t score) {
+    const std::int32_t difference = score - m_Current;
+    const bool arbitrary = entry.IsArbitraryEligible();
+    if (!arbitrary && difference < 1) {
+      LOG_ADAPTER(m_Idx, kCandidateLog,
+                  u"___[%i]IncrementCandidateCounters: CLEARING CANDIDATE(%i): SSID %s %s [center %u] "
+                  u"due to: %i <= %i\n",
+                  m_Idx, entry.m_candidate_counter, entry.m_SSIDW, entry.m_BSSIDText,
+                  entry.GetFrequencyKhz(), score, m_Current);
+      entry.m_candidate_counter = 0;
+    } else if (!arbitrary && entry.GetBssid() == m_Connected) {
+      LOG_ADAPTER(m_Idx, kCandidateLog,
+                  u"___[%i]IncrementCandidateCounters: CLEARING CANDIDATE(%i): SSID %s %s [center %u] "
+                  u"[CURRENT AP BSSID!]\n",
+                  m_Idx, entry.m_candidate_counter, entry.m_SSIDW, entry.m_BSSIDText,
+                  entry.GetFrequencyKhz());
+      entry.m_candidate_counter = 0;
+      return false;
+    }
+    if (entry.GetLQ() < m_Margins.qualityThreshold) return false;
+    if (entry.m_last_reason_code == platform::WLAN_REASON_CODE_NETWORK_NOT_AVAILABLE) {
+      LOG_ADAPTER(m_Idx, kCandidateLog,
+                  u"___[%i]IncrementCandidateCounters: CLEARING CANDIDATE(%i): SSID %s %s [center %u] "
+                  u"[BAD prev reason-code %i]\n",
+                  m_Idx, entry.m_candidate_counter, entry.m_SSIDW, entry.m_BSSIDText,
+                  entry.GetFrequencyKhz(), entry.m_last_reason_code);
+      entry.m_candidate_counter = 0;
+      return false;
+    }
+    if (!PassesPercentTest(score, m_Current, m_Margins.scorePercent)) return false;
+    if (!arbitrary && !PassesPointTest(score, m_Current, m_Margins.scoreThreshold)) return false;
+    if (CWifiClientContainer::GetInstance().AvoidThisCandidateOnMyIF(&entry, &m_Adapter)) {
+      LOG_ADAPTER(m_Idx, kCandidateLog,
+                  u"[%i] IncrementCandidateCounters: SKIP candidate(connected on other IF): %s, %s, "
+                  u"current counter=%i",
+                  m_Idx, entry.m_SSIDW, entry.m_BSSIDText, entry.m_candidate_counter);
+      return false;
+    }
+    return true;
+  }
+
+  void Widen(std::int32_t difference) {
+    m_Summary.min = m_bMetThreshold ? std::min(m_Summary.min, difference) : difference;
+    m_Summary.max = m_bMetThreshold ? std::max(m_Summary.max, difference) : difference;
+    m_bMetThreshold = true;
+  }
+
+  void Bump(CWlanBssEntry& entry, std::int32_t score) {
+    const std::int32_t before = entry.m_candidate_counter;
+    // A connection without any score is left at once.
+    const std::int32_t counter = entry.IncrementCandidate(m_Current < 1 ? m_Required : 0);
+    LOG_ADAPTER(m_Idx, kCandidateLog,
+                u"_[%i]IncrementCandidateCounters: [AllowStaleDecision=%i] %s CANDIDATE(%i, before=%i): "
+                u"SSID %s %s [center %u] score: %i vs %i\n",
+                m_Idx, 0, counter != 0 ? u"BUMPED" : u"_FAILED_ BUMP", counter, before, entry.m_SSIDW,
+                entry.m_BSSIDText, entry.GetFrequencyKhz(), score, m_Current);
+  }
+
+  void ReserveIfNearlyRipe(CWlanBssEntry& entry) {
+    MacAddress reserved;
+    if (m_Adapter.GetReservation(&reserved) || entry.GetCandidate() < m_Required - 1) return;
+    m_Adapter.TakeReservation(entry.GetBssid());
+    LOG_ADAPTER(m_Idx, kCandidateLog,
+                u"[%i] IncrementCandidateCounters: RESERVING CANDIDATE: %s, %s, current counter=%i", m_Idx,
+                entry.m_SSIDW, entry.m_BSSIDText, entry.m_candidate_counter);
+  }
+
+  CWlanInterface& m_Adapter;
+  const int m_Idx;
+  const CSmartPointer<CQUAYInterfaceConfig> m_pConfig;
+  const CandidateMargins m_Margins;
+  const MacAddress m_Connected;
+  const std::int32_t m_Current;
+  const std::int32_t m_Required;
+  const bool m_bMonitorMode;
+  CSmartPointer<CWlanBssEntry> m_LastQualifier;
+  CandidateSummary m_Summary;
+  bool m_bMetThreshold = false;
+  bool m_bAnyReady = false;
+};
+
+}  // namespace
+
+std::int32_t CGlobalQUAYPolicy::RequiredCandidateCount() {
+  return CWifiClientContainer::GetInstance().GetCount() == 1 ? 2 : 3;
+}
+
+bool CGlobalQUAYPolicy::IsMonitorMode(const CQUAYInterfaceConfig& config) {
+  return CGlobalConfigContainer::GetInstance().m_bMonitorWhileDisabled && !IsEnabled(config);
+}
+
+bool CGlobalQUAYPolicy::IsEnabled(const CQUAYInterfaceConfig& config) {
+  return config.m_Enabled && CGlobalConfigContainer::GetInstance().m_bServiceEnable;
+}
+
+bool CGlobalQUAYPolicy::IsCandidateReady(CWlanInterface* pIf, CWlanBssEntry* pbssEntry,
+                                         std::int32_t current_score) {
+  if (!pIf) {
+    LOG_DEBUG(DBG(18), u"IsCandidateReady: pIf is NULL!\n");
+    return false;
+  }
+  if (!pbssEntry) {
+    LOG_DEBUG(DBG(18), u"IsCandidateReady: pbssEntry is NULL!\n");
+    return false;
+  }
+  const ReadinessInputs in{pbssEntry->GetLQ(), pbssEntry->GetCandidate(), RequiredCandidateCount(),
+                           pbssEntry->GetScore(false), current_score};
+  return IsReady(in, Margins(*pIf->Config()));
+}
+
+bool CGlobalQUAYPolicy::IncrementCandidateCounters(CWlanInterface* pIf, const MacAddress& connected_bssid,
+                                                   const BssEntryList& entries,
+                                                   std::int32_t current_score,
+                                                   CSmartPointer<CWlanBssEntry>* last_qualifier,
+                                                   CandidateSummary* summary) {
+  CounterPass pass(*pIf, connected_bssid, current_score);
+  for (const auto& entry : entries) pass.Visit(entry);
+  pIf->AddScoreDiffSummary(pass.Summary());
+  if (!pass.MetThreshold()) {
+    LOG_ADAPTER(pIf->GetConfigIdx(), kCandidateLog,
+                u"[%i] IncrementCandidateCounters: _NO_ Candidate met Score difference threshold [%i "
+                u"points & %lu percent] <<<=====************************",
+                pIf->GetConfigIdx(), static_cast<std::int32_t>(pass.GetMargins().scoreThreshold),
+                pass.GetMargins().scorePercent);
+  }
+  *last_qualifier = pass.LastQualifier();
+  *summary = pass.Summary();
+  return pass.AnyReady();
+}
+
+bool CGlobalQUAYPolicy::IsBetterCandidatePossible(CWlanInterface* pIf, const BssEntryList& entries,
+                                                  std::int32_t current_score) {
+  const CandidateMargins margins = Margins(*pIf->Config());
+  for (const auto& entry : entries) {
+    if (entry->GetLQ() < margins.qualityThreshold) continue;
+    if (!PassesPointTest(entry->GetScore(false), current_score, margins.scoreThreshold)) continue;
+    if (!CWifiClientContainer::GetInstance().AvoidThisCandidateOnMyIF(entry.get(), pIf)) return true;
+    LOG_ADAPTER(pIf->GetConfigIdx(), kCandidateLog,
+                u"[%i] IsBetterCandidatePossible: SKIP candidate(connected on other IF): %s, %s, current "
+                u"counter=%i",
+                pIf->GetConfigIdx(), entry->m_SSIDW, entry->m_BSSIDText, entry->m_candidate_counter);
+  }
+  return false;
+}
+
+}  // namespace corvane

@@ -1,0 +1,20 @@
+#pragma once
+#include <cstdint>
+#include <vector>
+
+namespace corvane {
+
+// Attempts to switch, counted by the minute. Pure state: the owner gives the time.
+struct SwitchRate {
+  enum class Step { kInitPeriod, kNewPeriod, kSamePeriod };
+
+  std::uint32_t m_SwitchAttempts = 0;        // in the present minute
+  std::uint64_t m_switch_period_start = 0;   // tick, 0 before the first attempt
+  std::vector<std::int32_t> m_SwitchesPerMinList;  // finished minutes, newest first, at most 3
+};
+
+// True when the finished minutes show flapping: the newest single one has 3 or more, or, of two or
+// three, one has 3 or more or all three have at least 1.
+bool ShowsFlapping(const std::vector<std::int32_t>& switchesPerMin);
+
+}  // namespace corvane
