@@ -80,6 +80,11 @@ BOOL KernelObjects::Fail(DWORD code) {
   return FALSE;
 }
 
+std::size_t KernelObjects::OpenHandles() const {
+  return static_cast<std::size_t>(std::ranges::count_if(
+      m_Slots, [](const Slot& slot) { return slot.object && !slot.object->ofDevices; }));
+}
+
 HANDLE KernelObjects::Open(std::shared_ptr<KernelObject> object) {
   if (m_FreeSlots.empty()) {
     if (m_Slots.size() == kSlotMask) {
@@ -93,7 +98,6 @@ HANDLE KernelObjects::Open(std::shared_ptr<KernelObject> object) {
   m_FreeSlots.pop_back();
   Slot& slot = m_Slots[number - 1];
   slot.object = std::move(object);
-  ++m_OpenHandles;
   const std::uintptr_t value = (std::uintptr_t{slot.generation} << kSlotBits | number) << kTagBits;
   return reinterpret_cast<HANDLE>(value);
 }
@@ -122,6 +126,7 @@ HANDLE KernelObjects::CreateThread(ThreadApi::ThreadProc start, void* parameter,
   auto object = std::make_shared<KernelObject>();
   object->kind = KernelObject::Kind::kThread;
   object->name = name ? name : "";
+  object->ofDevices = ofDevices;
   object->stays = true;
   object->exitCode = kStillActive;
   HANDLE handle = Open(object);
@@ -163,10 +168,12 @@ BOOL KernelObjects::GetExitCodeThread(HANDLE handle, DWORD* exitCode) {
   return TRUE;
 }
 
-HANDLE KernelObjects::CreateEvent(bool manualReset, bool initialState, const char* name) {
+HANDLE KernelObjects::CreateEvent(bool manualReset, bool initialState, const char* name,
+                                  bool ofDevices) {
   auto object = std::make_shared<KernelObject>();
   object->kind = KernelObject::Kind::kEvent;
   object->name = name ? name : "";
+  object->ofDevices = ofDevices;
   object->stays = manualReset;
   object->count = initialState ? 1 : 0;
   return Open(std::move(object));
@@ -187,7 +194,8 @@ BOOL KernelObjects::ResetEvent(HANDLE handle) {
   return TRUE;
 }
 
-HANDLE KernelObjects::CreateSemaphore(LONG initialCount, LONG maximumCount, const char* name) {
+HANDLE KernelObjects::CreateSemaphore(LONG initialCount, LONG maximumCount, const char* name,
+                                      bool ofDevices) {
   if (maximumCount < 1 || initialCount < 0 || initialCount > maximumCount) {
     Fail(ERROR_INVALID_PARAMETER);
     return nullptr;
@@ -195,6 +203,7 @@ HANDLE KernelObjects::CreateSemaphore(LONG initialCount, LONG maximumCount, cons
   auto object = std::make_shared<KernelObject>();
   object->kind = KernelObject::Kind::kSemaphore;
   object->name = name ? name : "";
+  object->ofDevices = ofDevices;
   object->count = initialCount;
   object->maximum = maximumCount;
   return Open(std::move(object));
@@ -219,7 +228,6 @@ BOOL KernelObjects::CloseHandle(HANDLE handle) {
   slot.object.reset();
   ++slot.generation;
   m_FreeSlots.push_back(number);
-  --m_OpenHandles;
   return TRUE;
 }
 

@@ -16,8 +16,9 @@ struct KernelObject {
 
   Kind kind = Kind::kEvent;
   std::string name;
-  bool stays = false;  // a wait leaves it signalled: a manual-reset event, a thread
-  LONG count = 0;      // above 0: signalled
+  bool ofDevices = false;  // belongs to the machine, not to the program
+  bool stays = false;      // a wait leaves it signalled: a manual-reset event, a thread
+  LONG count = 0;          // above 0: signalled
   LONG maximum = 1;
   DWORD exitCode = 0;                // of a thread
   SimThread* thread = nullptr;       // null once it has ended
@@ -43,17 +44,17 @@ class KernelObjects final : private Scheduler::IThreadEnd {
                       bool ofDevices, DWORD* threadId);
   BOOL TerminateThread(HANDLE thread, DWORD exitCode);
   BOOL GetExitCodeThread(HANDLE thread, DWORD* exitCode);
-  HANDLE CreateEvent(bool manualReset, bool initialState, const char* name);
+  HANDLE CreateEvent(bool manualReset, bool initialState, const char* name, bool ofDevices);
   BOOL SetEvent(HANDLE event);
   BOOL ResetEvent(HANDLE event);
-  HANDLE CreateSemaphore(LONG initialCount, LONG maximumCount, const char* name);
+  HANDLE CreateSemaphore(LONG initialCount, LONG maximumCount, const char* name, bool ofDevices);
   BOOL ReleaseSemaphore(HANDLE semaphore, LONG releaseCount, LONG* previousCount);
   BOOL CloseHandle(HANDLE object);
   DWORD Wait(DWORD count, const HANDLE* objects, bool waitAll, DWORD milliseconds);
   // Whether a wait for this one handle is a wait for a thread's end.
   bool IsThread(HANDLE handle) const;
 
-  std::size_t OpenHandles() const { return m_OpenHandles; }
+  std::size_t OpenHandles() const;  // of the program
 
  private:
   struct Slot {
@@ -72,7 +73,6 @@ class KernelObjects final : private Scheduler::IThreadEnd {
   Scheduler& m_Scheduler;
   std::vector<Slot> m_Slots;
   std::vector<std::uint32_t> m_FreeSlots;
-  std::size_t m_OpenHandles = 0;
 };
 
 }  // namespace corvane::platform::sim

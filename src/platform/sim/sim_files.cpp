@@ -24,10 +24,6 @@ std::u16string CleanPath(std::u16string_view path) {
 
 std::u16string NodeKey(std::u16string_view path) { return FoldCase(CleanPath(path)); }
 
-std::u16string_view View(LPCWSTR text) {
-  return text ? std::u16string_view(text) : std::u16string_view();
-}
-
 }  // namespace
 
 SimFiles::SimFiles(SeamGate& gate, ThreadApi& threads) : m_Gate(gate), m_Threads(threads) {
@@ -71,7 +67,7 @@ DWORD SimFiles::WhyMissing(std::u16string_view path) const {
 HANDLE SimFiles::CreateFileW(LPCWSTR path, DWORD access, DWORD disposition) {
   if (!Passes("CreateFileW", ERROR_ACCESS_DENIED)) return nullptr;
   HANDLE file = nullptr;
-  m_Threads.SetLastError(Open(View(path), access, disposition, &file));
+  m_Threads.SetLastError(Open(ViewOf(path), access, disposition, &file));
   return file;
 }
 
@@ -156,7 +152,7 @@ BOOL SimFiles::GetFileSizeEx(HANDLE file, ULONGLONG* size) {
 
 BOOL SimFiles::CopyFileW(LPCWSTR from, LPCWSTR to, BOOL failIfExists) {
   if (!Passes("CopyFileW", ERROR_ACCESS_DENIED)) return FALSE;
-  const DWORD code = Copy(View(from), View(to), failIfExists != FALSE);
+  const DWORD code = Copy(ViewOf(from), ViewOf(to), failIfExists != FALSE);
   return code == ERROR_SUCCESS ? TRUE : Fail(code);
 }
 
@@ -175,7 +171,7 @@ DWORD SimFiles::Copy(std::u16string_view from, std::u16string_view to, bool fail
 
 BOOL SimFiles::MoveFileExW(LPCWSTR from, LPCWSTR to, DWORD flags) {
   if (!Passes("MoveFileExW", ERROR_ACCESS_DENIED)) return FALSE;
-  const DWORD code = Move(View(from), View(to), (flags & MOVEFILE_REPLACE_EXISTING) != 0);
+  const DWORD code = Move(ViewOf(from), ViewOf(to), (flags & MOVEFILE_REPLACE_EXISTING) != 0);
   return code == ERROR_SUCCESS ? TRUE : Fail(code);
 }
 
@@ -199,27 +195,27 @@ DWORD SimFiles::Move(std::u16string_view from, std::u16string_view to, bool repl
 
 BOOL SimFiles::DeleteFileW(LPCWSTR path) {
   if (!Passes("DeleteFileW", ERROR_ACCESS_DENIED)) return FALSE;
-  const auto node = FindNode(View(path));
-  if (!node) return Fail(WhyMissing(View(path)));
+  const auto node = FindNode(ViewOf(path));
+  if (!node) return Fail(WhyMissing(ViewOf(path)));
   if (node->directory) return Fail(ERROR_ACCESS_DENIED);
   if (node->handles > 0) return Fail(ERROR_SHARING_VIOLATION);
-  m_Nodes.erase(NodeKey(View(path)));
+  m_Nodes.erase(NodeKey(ViewOf(path)));
   return TRUE;
 }
 
 BOOL SimFiles::CreateDirectoryW(LPCWSTR path) {
   if (!Passes("CreateDirectoryW", ERROR_ACCESS_DENIED)) return FALSE;
-  if (FindNode(View(path))) return Fail(ERROR_ALREADY_EXISTS);
-  if (!HasParent(View(path))) return Fail(ERROR_PATH_NOT_FOUND);
-  MakeDirectories(View(path));
+  if (FindNode(ViewOf(path))) return Fail(ERROR_ALREADY_EXISTS);
+  if (!HasParent(ViewOf(path))) return Fail(ERROR_PATH_NOT_FOUND);
+  MakeDirectories(ViewOf(path));
   return TRUE;
 }
 
 DWORD SimFiles::GetFileAttributesW(LPCWSTR path) {
   if (!Passes("GetFileAttributesW", ERROR_ACCESS_DENIED)) return INVALID_FILE_ATTRIBUTES;
-  const auto node = FindNode(View(path));
-  if (!node || View(path).empty()) {
-    Fail(WhyMissing(View(path)));
+  const auto node = FindNode(ViewOf(path));
+  if (!node || ViewOf(path).empty()) {
+    Fail(WhyMissing(ViewOf(path)));
     return INVALID_FILE_ATTRIBUTES;
   }
   return node->directory ? FILE_ATTRIBUTE_DIRECTORY : FILE_ATTRIBUTE_NORMAL;

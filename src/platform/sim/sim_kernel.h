@@ -48,6 +48,8 @@ class SimKernel final : private SeamGate {
   SeamGate& Gate() { return *this; }
   Scheduler& GetScheduler() { return m_Scheduler; }
   const Scheduler& GetScheduler() const { return m_Scheduler; }
+  const FaultPlan& Faults() const { return m_Faults; }
+  const SimConsole& Console() const { return m_Console; }
   std::size_t OpenHandles() const { return m_Objects.OpenHandles(); }
 
  private:

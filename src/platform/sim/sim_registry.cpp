@@ -1,5 +1,6 @@
 #include "platform/sim/sim_registry.h"
 
+#include <algorithm>
 #include <cstring>
 #include <limits>
 
@@ -13,10 +14,6 @@ namespace {
 constexpr REGSAM kQueryValue = 0x1;  // KEY_QUERY_VALUE, part of KEY_READ
 constexpr REGSAM kSetValue = 0x2;    // KEY_SET_VALUE, part of KEY_WRITE
 constexpr std::uintptr_t kHandleStep = 4;
-
-std::u16string_view View(LPCWSTR text) {
-  return text ? std::u16string_view(text) : std::u16string_view();
-}
 
 void AppendText(std::u16string& out, std::string_view ascii) {
   out.append(ascii.begin(), ascii.end());
@@ -49,10 +46,10 @@ class SimRegistry::DeviceFace final : public RegistryApi {
   explicit DeviceFace(SimRegistry& registry) : m_Registry(registry) {}
 
   LSTATUS RegOpenKeyExW(HKEY root, LPCWSTR path, DWORD, REGSAM access, HKEY* key) override {
-    return m_Registry.Open(root, path, access, false, key);
+    return m_Registry.Open(root, path, access, false, key, true);
   }
   LSTATUS RegCreateKeyExW(HKEY root, LPCWSTR path, REGSAM access, HKEY* key) override {
-    return m_Registry.Open(root, path, access, true, key);
+    return m_Registry.Open(root, path, access, true, key, true);
   }
   LSTATUS RegCloseKey(HKEY key) override { return m_Registry.Close(key); }
   LSTATUS RegQueryValueExW(HKEY key, LPCWSTR name, DWORD* type, BYTE* data, DWORD* size) override {
@@ -139,15 +136,16 @@ SimRegistry::Key* SimRegistry::Walk(Key& from, std::u16string_view path, bool cr
   return key;
 }
 
-LSTATUS SimRegistry::Open(HKEY root, LPCWSTR path, REGSAM access, bool create, HKEY* key) {
+LSTATUS SimRegistry::Open(HKEY root, LPCWSTR path, REGSAM access, bool create, HKEY* key,
+                          bool ofDevices) {
   const std::optional<Handle> base = Find(root);
   if (!base) return ERROR_INVALID_HANDLE;
   if (!key) return ERROR_INVALID_PARAMETER;
-  if (View(path).starts_with(u'\\')) return ERROR_BAD_PATHNAME;
-  Key* found = Walk(*base->key, View(path), create);
+  if (ViewOf(path).starts_with(u'\\')) return ERROR_BAD_PATHNAME;
+  Key* found = Walk(*base->key, ViewOf(path), create);
   if (!found) return ERROR_FILE_NOT_FOUND;
   m_LastHandle += kHandleStep;
-  m_Handles[m_LastHandle] = {found, access};
+  m_Handles[m_LastHandle] = {found, access, ofDevices};
   *key = reinterpret_cast<HKEY>(m_LastHandle);
   return ERROR_SUCCESS;
 }
@@ -163,7 +161,7 @@ LSTATUS SimRegistry::Query(HKEY key, LPCWSTR name, DWORD* type, BYTE* data, DWOR
   if (!handle) return ERROR_INVALID_HANDLE;
   if (!(handle->access & kQueryValue)) return ERROR_ACCESS_DENIED;
   if (data && !size) return ERROR_INVALID_PARAMETER;
-  const auto found = handle->key->values.find(FoldCase(View(name)));
+  const auto found = handle->key->values.find(FoldCase(ViewOf(name)));
   if (found == handle->key->values.end()) return ERROR_FILE_NOT_FOUND;
   const Value& value = found->second;
   if (type) *type = value.type;
@@ -181,8 +179,8 @@ LSTATUS SimRegistry::Set(HKEY key, LPCWSTR name, DWORD type, const BYTE* data, D
   if (!handle) return ERROR_INVALID_HANDLE;
   if (!(handle->access & kSetValue)) return ERROR_ACCESS_DENIED;
   if (!data && size > 0) return ERROR_INVALID_PARAMETER;
-  Value& value = handle->key->values[FoldCase(View(name))];
-  if (value.spelling.empty()) value.spelling = View(name);
+  Value& value = handle->key->values[FoldCase(ViewOf(name))];
+  if (value.spelling.empty()) value.spelling = ViewOf(name);
   value.type = type;
   value.data.assign(data, data + size);
   return ERROR_SUCCESS;
@@ -192,8 +190,8 @@ LSTATUS SimRegistry::Delete(HKEY key, LPCWSTR name) {
   const std::optional<Handle> handle = Find(key);
   if (!handle) return ERROR_INVALID_HANDLE;
   if (!(handle->access & kSetValue)) return ERROR_ACCESS_DENIED;
-  return handle->key->values.erase(FoldCase(View(name))) == 1 ? ERROR_SUCCESS
-                                                              : ERROR_FILE_NOT_FOUND;
+  return handle->key->values.erase(FoldCase(ViewOf(name))) == 1 ? ERROR_SUCCESS
+                                                                : ERROR_FILE_NOT_FOUND;
 }
 
 const SimRegistry::Key* SimRegistry::FindKey(std::u16string_view path) const {
@@ -249,6 +247,11 @@ void SimRegistry::SetDword(std::u16string_view path, std::u16string_view name, D
 
 void SimRegistry::SetQword(std::u16string_view path, std::u16string_view name, ULONGLONG value) {
   Put(path, name, REG_QWORD, &value, sizeof value);
+}
+
+std::size_t SimRegistry::OpenHandles() const {
+  return static_cast<std::size_t>(
+      std::ranges::count_if(m_Handles, [](const auto& entry) { return !entry.second.ofDevices; }));
 }
 
 bool SimRegistry::HasKey(std::u16string_view path) const { return FindKey(path) != nullptr; }

@@ -50,7 +50,7 @@ class SimRegistry final : public RegistryApi {
   std::string Dump() const;
   // Values that the program has set or deleted; look-ups and the devices are not counted.
   std::uint64_t WriteCount() const { return m_WriteCount; }
-  std::size_t OpenHandles() const { return m_Handles.size(); }
+  std::size_t OpenHandles() const;  // of the program
 
  private:
   class DeviceFace;
@@ -68,10 +68,12 @@ class SimRegistry final : public RegistryApi {
   struct Handle {
     Key* key;
     REGSAM access;
+    bool ofDevices = false;
   };
 
   // The operations behind the gate.
-  LSTATUS Open(HKEY root, LPCWSTR path, REGSAM access, bool create, HKEY* key);
+  LSTATUS Open(HKEY root, LPCWSTR path, REGSAM access, bool create, HKEY* key,
+               bool ofDevices = false);
   LSTATUS Close(HKEY key);
   LSTATUS Query(HKEY key, LPCWSTR name, DWORD* type, BYTE* data, DWORD* size);
   LSTATUS Set(HKEY key, LPCWSTR name, DWORD type, const BYTE* data, DWORD size);

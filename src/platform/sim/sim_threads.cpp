@@ -32,7 +32,8 @@ DWORD SimThreads::GetCurrentThreadId() { return m_Scheduler.Current().id; }
 
 HANDLE SimThreads::CreateEventW(BOOL manualReset, BOOL initialState, const char* name) {
   if (!Passes("CreateEventW", ERROR_NOT_ENOUGH_MEMORY)) return nullptr;
-  return m_Objects.CreateEvent(manualReset != FALSE, initialState != FALSE, name);
+  return m_Objects.CreateEvent(manualReset != FALSE, initialState != FALSE, name,
+                               m_Side == Side::kDevices);
 }
 
 BOOL SimThreads::SetEvent(HANDLE event) {
@@ -47,7 +48,7 @@ BOOL SimThreads::ResetEvent(HANDLE event) {
 
 HANDLE SimThreads::CreateSemaphoreW(LONG initialCount, LONG maximumCount, const char* name) {
   if (!Passes("CreateSemaphoreW", ERROR_NOT_ENOUGH_MEMORY)) return nullptr;
-  return m_Objects.CreateSemaphore(initialCount, maximumCount, name);
+  return m_Objects.CreateSemaphore(initialCount, maximumCount, name, m_Side == Side::kDevices);
 }
 
 BOOL SimThreads::ReleaseSemaphore(HANDLE semaphore, LONG releaseCount, LONG* previousCount) {

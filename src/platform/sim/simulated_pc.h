@@ -11,7 +11,9 @@ namespace corvane::platform::sim {
 
 class FaultPlan;
 class SimDevices;
+class SimClock;
 class SimFiles;
+class SimKernel;
 class SimRegistry;
 struct World;
 
@@ -34,15 +36,21 @@ class SimulatedPc {
   bool RunUntil(bool (*done)(void* context), void* context, std::chrono::milliseconds limit,
                 std::chrono::milliseconds step = std::chrono::milliseconds(100));
 
+  // Gives up every thread of the program that still runs and lets it unwind; one that does not end is
+  // reported. For what must go before the PC does, such as the program's singletons.
+  void EndThreads();
+
   void PressKey();  // the console key: asks the service for its orderly stop
   void SetReportHandler(void (*handler)(const std::string& report, void* context), void* context);
   // The programme's console output so far (standard output and error), at most the last 256 KiB.
   std::string ConsoleText() const;
 
   FaultPlan& Faults();
+  SimClock& Clock();
   SimDevices& Devices();
   SimFiles& Files();
   SimRegistry& Registry();
+  SimKernel& Kernel();  // everything but the devices
 
   // Figures for reports.
   std::uint64_t SeamCalls() const;
