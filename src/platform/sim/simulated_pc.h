@@ -5,22 +5,17 @@
 #include <string>
 
 #include "platform/platform.h"
+#include "platform/sim/pc_options.h"
 
 namespace corvane::platform::sim {
 
 class FaultPlan;
-class IPcObserver;
 class SimDevices;
+class SimClock;
 class SimFiles;
+class SimKernel;
 class SimRegistry;
 struct World;
-
-struct PcOptions {
-  std::uint64_t seed = 1;
-  bool interleave = false;   // by the seed, the baton may change hands at any seam call
-  double faultRate = 0.0;    // share of seam calls that fail at random, by the seed
-  IPcObserver* observer = nullptr;
-};
 
 // A whole PC in virtual time. A run is a function of world, options and what its threads do. The
 // thread that makes the PC becomes its first thread and drives it: other threads run only while it
@@ -41,15 +36,21 @@ class SimulatedPc {
   bool RunUntil(bool (*done)(void* context), void* context, std::chrono::milliseconds limit,
                 std::chrono::milliseconds step = std::chrono::milliseconds(100));
 
+  // Gives up every thread of the program that still runs and lets it unwind; one that does not end is
+  // reported. For what must go before the PC does, such as the program's singletons.
+  void EndThreads();
+
   void PressKey();  // the console key: asks the service for its orderly stop
   void SetReportHandler(void (*handler)(const std::string& report, void* context), void* context);
   // The programme's console output so far (standard output and error), at most the last 256 KiB.
   std::string ConsoleText() const;
 
   FaultPlan& Faults();
+  SimClock& Clock();
   SimDevices& Devices();
   SimFiles& Files();
   SimRegistry& Registry();
+  SimKernel& Kernel();  // everything but the devices
 
   // Figures for reports.
   std::uint64_t SeamCalls() const;

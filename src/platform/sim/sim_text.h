@@ -1,0 +1,15 @@
+#pragma once
+#include <string>
+#include <string_view>
+
+namespace corvane::platform::sim {
+
+// ASCII letters in lower case: what names are compared by.
+std::u16string FoldCase(std::u16string_view text);
+// A text that may be null, as one that is empty.
+inline std::u16string_view ViewOf(const char16_t* text) {
+  return text ? std::u16string_view(text) : std::u16string_view();
+}
+std::string ToUtf8(std::u16string_view text);
+
+}  // namespace corvane::platform::sim
