@@ -5,6 +5,7 @@
 
 #include "config/settings/interface_config.h"
 #include "config/store/address_text.h"
+#include "config/store/ap_list_row.h"
 #include "core/foundation/generic_malloc.h"
 #include "core/foundation/win_event.h"
 #include "monitors/interface_pdh.h"
@@ -137,6 +138,10 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
 
   // The networks by SSID, under the interface lock.
   NetworkMap& Networks() { return m_Networks; }
+  // What the AP lists write on the entries (apply_ap_lists.cpp), under the interface lock; each round,
+  // after discovery.
+  void ApplyPreferredRows(const PreferredApRows& rows);
+  void ApplyDenyRows(const ApListRows& rows);
   // A copy of every entry of every network, in map order, taken under the interface lock.
   BssEntryList SnapshotEntries();
 
