@@ -233,7 +233,7 @@ TEST_F(SqliteRegistryTest, SetsAnUnreadableDatabaseAsideAndMakesAFreshOne) {
       {"a torn page",
        [](const std::string& file) {
          std::fstream page(file, std::ios::in | std::ios::out | std::ios::binary);
-         page.seekp(4096 + 100);
+         page.seekp(4096);
          page << std::string(3000, '\xA5');
        }},
       {"a directory",

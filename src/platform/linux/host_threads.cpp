@@ -209,8 +209,7 @@ void HostThreads::Run(Running& running) {
   t_Self = running.self;
   pthread_setname_np(pthread_self(), std::string(running.name).substr(0, 15).c_str());
   DWORD exitCode = 0;
-  try {
-    ThrowIfAbandoned();
+  try {  // also of a thread given up before it began: what it was handed is its own to free
     exitCode = running.start(running.parameter);
   } catch (const ThreadAbandoned&) {
   }
