@@ -64,6 +64,7 @@ class CQUAYMainWorker : public SmartObjEx<CQUAYMainWorker, SmartObj<>>, public C
   CSmartPointer<CWlanInterface> m_pInterface;
   CSmartPointer<CQUAYInterfaceConfig> m_pConfig;
   Connection m_Connection;       // of the present round
+  PreferredApRows m_forcedArbitrary;  // read when the running loop is entered
   std::uint32_t m_Round = 0;     // completed rounds since the running loop was entered
   bool m_bNoDelayActive = false; // a no-delay sleep was taken, the window has yet to be closed
 };
