@@ -16,9 +16,10 @@ constexpr std::uint64_t kCryptoStream = 0xC0DE;
 // Operations that destructors use: they never throw in a thread that was given up. Waits see for
 // themselves whether they may.
 bool NeverThrows(std::string_view operation) {
-  static constexpr std::array<std::string_view, 7> kNames = {
+  static constexpr std::array<std::string_view, 9> kNames = {
       "SetEvent",         "TerminateThread",          "WaitForSingleObject", "FlushFileBuffers",
-      "PdhRemoveCounter", "WlanRegisterNotification", "FlushOutput"};
+      "PdhRemoveCounter", "WlanRegisterNotification", "FlushOutput",         "EventUnregister",
+      "DestroyEnvironmentBlock"};
   return operation.find("Close") != operation.npos || operation.find("Free") != operation.npos ||
          std::ranges::find(kNames, operation) != kNames.end();
 }
@@ -34,8 +35,10 @@ SimKernel::SimKernel(const PcOptions& options)
       m_Clock(m_Scheduler, options.startTime),
       m_Console(*this, options.echoConsole),
       m_Crypto(*this, options.seed ^ kCryptoStream),
+      m_EventTrace(*this),
       m_Files(*this, m_Threads),
-      m_Registry(*this) {
+      m_Registry(*this),
+      m_Session(*this, m_Threads, m_Clock) {
   if (options.faultRate > 0.0) {
     m_Faults.FailRandomly(options.faultRate, options.seed ^ kFaultStream);
   }
