@@ -92,7 +92,7 @@ class SimSession final : public SessionApi {
   struct Process {
     DWORD id = 0;
     std::u16string executable;
-    SimProgram program;
+    SimProgram program = {};
     ULONGLONG started = 0;
     bool ended = false;  // by TerminateProcess
     DWORD exitCode = 0;

@@ -42,6 +42,7 @@ class CPopupSuggestion {
 
  private:
   void WriteReason(std::int32_t percent, std::uint32_t lq, std::uint32_t threshold);
+  void ClearSuggestedText(WStringView ssid, WStringView bssid);
 
   int m_ConfigIdx = -1;
   IReportConfig* m_Config = nullptr;  // the owner; outlives this object
