@@ -1,7 +1,6 @@
-#include <exception>
-
 #include "client/launch/launcher.h"
 #include "client/launch/session_launch.h"
+#include "core/foundation/exception.h"
 #include "core/foundation/guarded.h"
 #include "core/foundation/trace.h"
 #include "platform/clock_api.h"

@@ -5,6 +5,7 @@
 
 #include "client/launch/session_launch.h"
 #include "config/store/registry.h"
+#include "core/foundation/exception.h"
 #include "core/foundation/guarded.h"
 #include "core/foundation/trace.h"
 #include "platform/file_api.h"

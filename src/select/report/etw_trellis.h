@@ -43,7 +43,7 @@ class CEtwTrellis {
   // `percent` 0 stands for a suggestion that improves on nothing and is sent as 100. After true the
   // caller calls ResetBest.
   bool SuggestAP(const ReportedAp& ap, std::int32_t percent, std::uint32_t lq,
-                 WStringView suggestedSummary, WStringView currentSummary);
+                 const WString& suggestedSummary, const WString& currentSummary);
   bool NotifyAlreadyBestAP(const ReportedAp& ap);
   // An empty `bssid` stands for the whole network.
   void ClearSuggestedAP_If_Equal(WStringView ssid, WStringView bssid);
@@ -51,34 +51,34 @@ class CEtwTrellis {
   WString GetSuggestedNetworkText();  // of the newest suggestion; empty without one
   WString GetBestNetworkText();
 
-  bool NotifySignalQualityBAD(WStringView ssid, WStringView bssid, WStringView channelText,
+  bool NotifySignalQualityBAD(const WString& ssid, const WString& bssid, const WString& channelText,
                               std::uint32_t lq);
-  bool NotifySignalQualityGOOD(WStringView ssid, WStringView bssid, WStringView channelText,
+  bool NotifySignalQualityGOOD(const WString& ssid, const WString& bssid, const WString& channelText,
                                std::uint32_t lq);
   bool NotifyClearPreviousSignalQualityBAD();
   void ResetQualityBad();
   void ResetQualityGood();
 
-  bool APConnected(WStringView ssid, WStringView bssid, std::uint32_t txKbps, std::uint32_t rxKbps,
-                   std::int32_t score, std::uint32_t lq, WStringView adapterClass,
-                   WStringView apClass);
+  bool APConnected(const WString& ssid, const WString& bssid, std::uint32_t txKbps, std::uint32_t rxKbps,
+                   std::int32_t score, std::uint32_t lq, const WString& adapterClass,
+                   const WString& apClass);
   bool APDisconnected();
 
   bool CapabilityMismatchAPBetter(const CapabilityMismatch& mismatch);
   bool CapabilityMismatchWifiBetter(const CapabilityMismatch& mismatch);
-  bool CapabilityMismatchClear1(WStringView ssid, WStringView bssid, WStringView adapterClass,
-                                WStringView apClass);
-  bool CapabilityMismatchClear2(WStringView ssid, WStringView bssid, WStringView adapterClass,
-                                WStringView apClass);
-  bool CapabilityMismatchClearLast(WStringView ssid, WStringView bssid, WStringView adapterClass,
-                                   WStringView apClass);
+  bool CapabilityMismatchClear1(const WString& ssid, const WString& bssid, const WString& adapterClass,
+                                const WString& apClass);
+  bool CapabilityMismatchClear2(const WString& ssid, const WString& bssid, const WString& adapterClass,
+                                const WString& apClass);
+  bool CapabilityMismatchClearLast(const WString& ssid, const WString& bssid, const WString& adapterClass,
+                                   const WString& apClass);
 
   // True when the last contention report says just this; an empty summary stands for no contention.
   bool IsContentionReported(WStringView shortSummary) const;
-  bool NotifyAPContention(WStringView ssid, WStringView bssid, std::uint32_t channel,
-                          WStringView summary, WStringView shortSummary, WStringView ssids,
-                          WStringView bssids, WStringView sqs);
-  bool NotifyNoAPContention(WStringView ssid, WStringView bssid, std::uint32_t channel);
+  bool NotifyAPContention(const WString& ssid, const WString& bssid, std::uint32_t channel,
+                          const WString& summary, const WString& shortSummary, const WString& ssids,
+                          const WString& bssids, const WString& sqs);
+  bool NotifyNoAPContention(const WString& ssid, const WString& bssid, std::uint32_t channel);
   bool ClearLastAPContentionNotification();
 
   CApSetMemo& GetMemo() { return m_SuggestMemo; }
@@ -100,13 +100,20 @@ class CEtwTrellis {
     void Reset() { *this = {}; }
   };
 
-  bool HasHandle(const char* operation, WStringView failed, WStringView ssid, WStringView bssid) const;
+  bool HasHandle(const char* operation, const char* failed, WStringView ssid, WStringView bssid) const;
   bool IsSending() const;
   void CheckIndex(const char* operation) const;
   template <class Pair, class... Values>
   void Send(const Pair& events, const Values&... values) const;
+  bool NotifySignalQuality(bool bad, const WString& ssid, const WString& bssid,
+                           const WString& channelText, std::uint32_t lq);
   bool ReportMismatch(bool apBetter, const CapabilityMismatch& mismatch);
-  void SendNoContention();
+  bool ClearMismatch(bool apBetter, const WString& ssid, const WString& bssid,
+                     const WString& adapterClass, const WString& apClass);
+  void StoreContention(const WString& ssid, const WString& bssid, std::uint32_t channel,
+                       const WString& shortSummary);
+  std::uint32_t ContentionOutputs() const;
+  WString ValueName(WStringView name) const;
   WString Description() const;  // the registry's text for the adapter
 
   int m_ConfigIdx = -1;

@@ -4,6 +4,7 @@
 #include "client/notify/ap_summary.h"
 #include "client/notify/notification_manager.h"
 #include "config/store/value_names.h"
+#include "core/foundation/guarded.h"
 #include "core/foundation/trace.h"
 #include "platform/clock_api.h"
 #include "platform/platform.h"
@@ -128,7 +129,9 @@ void CPopupSuggestion::DoNudgeDialog() {
   LOG_ERROR(
       u"CPopupSuggestion::DoNudgeDialog: - StartNudgeDialogFromService() FAILED - trying "
       u"system(...NudgeDialog.exe)");
-  const int result = Os().session.system(FormatA("start /B cmd.exe /c NudgeDialog.exe %i", m_ConfigIdx).c_str());
+  const int result = Guarded("CPopupSuggestion", "DoNudgeDialog", -1, [&] {
+    return Os().session.system(FormatA("start /B cmd.exe /c NudgeDialog.exe %i", m_ConfigIdx).c_str());
+  });
   if (result != 0) {
     LOG_ERROR(u"CPopupSuggestion::DoNudgeDialog: system(...NudgeDialog.exe) FAILED, rc=%i", result);
   } else {

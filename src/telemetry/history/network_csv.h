@@ -4,12 +4,14 @@
 #include "core/foundation/crit_sec.h"
 #include "core/foundation/singleton.h"
 #include "core/foundation/text.h"
-#include "platform/types.h"
 
 namespace corvane {
 
+class CHistoryFile;
+
 // The connection history: a bounded CSV file in the data directory of the OEM suite. Without that
-// directory there is no history. The file is whole after each row and at every instant of a trim.
+// directory there is no history. The file is whole after each row and at every instant of a trim: a
+// process that is killed leaves the old file or the new one.
 class CNetworkCSV {
  public:
   static CNetworkCSV& GetInstance() { return Singleton<CNetworkCSV>::GetInstance(); }
@@ -25,21 +27,20 @@ class CNetworkCSV {
  private:
   friend class Singleton<CNetworkCSV>;
   CNetworkCSV();
-  ~CNetworkCSV();
 
   void SetPaths();
   bool HasDirectory() const;
   void WriteRow(const WString& row);
-  bool OpenTelemetryWriteStream();  // for appending
-  void CloseWriteStream();
+  std::string WhatComesFirst() const;
+  bool OpenTelemetryWriteStream(CHistoryFile* stream);  // for appending
+  void CutFile(std::size_t limit);
 
   CCritSec m_Lock{"network history"};
   WString m_Directory;
   WString m_FilePath;
   WString m_TempPath;
   std::uint64_t m_BytesWritten = 0;  // since start or since the last trim
-  platform::HANDLE m_hWriteStream = nullptr;
-  bool m_bInitialized = false;
+  bool m_bInitialized = false;       // the paths are set
 };
 
 }  // namespace corvane
