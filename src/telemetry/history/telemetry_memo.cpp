@@ -69,7 +69,7 @@ bool CTelemetryMemo::SaveToRegistry() {
   items->AddString(m_FirstSeen, true);
   items->AddString(Format(u"%u", m_Ap), true);
   items->AddString(Format(u"%u", m_Net), true);
-  const WString text = items->GetText();
+  const WString text = items->GetString();
   const bool saved = CRegistry::CreateObject(kHomeKeyPath)->SetRegistryStringValue(kValueName, text);
   if (saved) m_SavedText = text;
   LOG_INFO(u"CTelemetryMemo::SaveToRegistry:Saved under ValueName %s --> %s [ap %u, net %u]%s", kValueName, text,
