@@ -52,6 +52,6 @@ class ReportTest : public KernelTest {
   RecordedConfig config;
 };
 
-inline ReportedAp Ap(const WString& ssid, const WString& bssid) { return {ssid, bssid, u"[5Ghz]", u"[Channel 36 ]"}; }
+inline ReportedAp Ap(const WString& ssid, const WString& bssid) { return {ssid, bssid, u"[5Ghz]", u"[Channel 36]"}; }
 
 }  // namespace corvane::test

@@ -6,6 +6,7 @@
 #include "platform/linux/host_clock.h"
 #include "platform/linux/host_console.h"
 #include "platform/linux/host_crypto.h"
+#include "platform/linux/host_event_file.h"
 #include "platform/linux/host_files.h"
 #include "platform/linux/host_gate.h"
 #include "platform/linux/host_home.h"
@@ -33,7 +34,8 @@ struct LinuxHost::Impl {
         time(options.speed),
         clock(time),
         threads(time),
-        eventTrace(gate),
+        eventTrace(gate, 0),
+        eventFile(home.Path() + "/events.jsonl", clock),
         files(gate, threads, ToUtf16(home.Path())),
         session(gate, threads, clock),
         devices(world, kSeed, deviceHost),
@@ -51,6 +53,7 @@ struct LinuxHost::Impl {
                  session,
                  devices.Wlan()} {
     if (!notice.empty()) console.WriteError("corvane: " + notice + "\n");
+    eventTrace.SetObserver(&HostEventFile::Append, &eventFile);
     devices.Start();
     SetPlatform(&platform);
   }
@@ -73,6 +76,7 @@ struct LinuxHost::Impl {
   HostConsole console;
   HostCrypto crypto;
   sim::SimEventTrace eventTrace;
+  HostEventFile eventFile;
   HostFiles files;
   sim::SimSession session;
   sim::DeviceHost deviceHost{threads, clock, registry, gate, &PressKey, this};

@@ -46,7 +46,7 @@ ULONG SimEventTrace::EventWriteTransfer(REGHANDLE handle, const EVENT_DESCRIPTOR
     if (!m_Providers.contains(handle)) return ERROR_INVALID_HANDLE;
     if (m_Level < descriptor->Level) return ERROR_SUCCESS;
     m_Events.push_back(*event);
-    if (m_Events.size() > kKeptEvents) m_Events.pop_front();
+    if (m_Events.size() > m_Kept) m_Events.pop_front();
     observe = m_Observe;
     context = m_ObserveContext;
   }

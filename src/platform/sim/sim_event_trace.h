@@ -19,7 +19,7 @@ class SimEventTrace final : public EventTraceApi {
  public:
   static constexpr std::size_t kKeptEvents = 100'000;
 
-  explicit SimEventTrace(SeamGate& gate) : m_Gate(gate) {}
+  explicit SimEventTrace(SeamGate& gate, std::size_t kept = kKeptEvents) : m_Gate(gate), m_Kept(kept) {}
 
   ULONG EventRegister(const GUID* provider, EnableCallback callback, void* context,
                       REGHANDLE* handle) override;
@@ -31,7 +31,7 @@ class SimEventTrace final : public EventTraceApi {
 
   // The level of the listening session, 5 at start; 0 ends it.
   void Listen(BYTE level);
-  // What was written since the last call, oldest first, at most the last kKeptEvents.
+  // What was written since the last call, oldest first, at most as many as are kept.
   std::vector<TraceEvent> TakeEvents();
   // Traits that the provider gave with EventProviderSetTraits; empty without one.
   std::vector<std::uint8_t> Traits() const;
@@ -48,6 +48,7 @@ class SimEventTrace final : public EventTraceApi {
   };
 
   SeamGate& m_Gate;
+  const std::size_t m_Kept;
   mutable std::mutex m_Mutex;
   BYTE m_Level = 5;
   REGHANDLE m_LastHandle = 0;

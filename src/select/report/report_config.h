@@ -26,10 +26,10 @@ struct ReportedAp {
   WString ssid;
   WString bssid;        // text
   WString bandText;     // "[5Ghz]"
-  WString channelText;  // "[Channel 36 ]"
+  WString channelText;  // "[Channel 36]"
 };
 
-// "SSID [BSSID] [Channel n ] [band]", the form of the value SuggestedNetwork.
+// "SSID [BSSID] [Channel n] [band]", the form of the value SuggestedNetwork.
 WString SuggestedNetworkText(const ReportedAp& ap);
 
 }  // namespace corvane

@@ -91,9 +91,9 @@ TEST_F(EtwTest, AllEventsOfBothAdaptersReadAsTheTableSays) {
     etw->CapabilityMismatchClearLast(u"Office", kBssid1, u"802.11ax", u"802.11n");
     etw->CapabilityMismatchWifiBetter(Mismatch(kBssid1));
     etw->CapabilityMismatchClearLast(u"Office", kBssid1, u"802.11ax", u"802.11n");
-    etw->NotifySignalQualityBAD(u"Office", kBssid1, u"[Channel 36 ]", 31);
+    etw->NotifySignalQualityBAD(u"Office", kBssid1, u"[Channel 36]", 31);
     etw->NotifyClearPreviousSignalQualityBAD();
-    etw->NotifySignalQualityGOOD(u"Office", kBssid1, u"[Channel 36 ]", 81);
+    etw->NotifySignalQualityGOOD(u"Office", kBssid1, u"[Channel 36]", 81);
     etw->APConnected(u"Office", kBssid1, 866700, 780000, -1, 4000000000u, u"802.11ax", u"802.11n");
     etw->APDisconnected();
     etw->NotifyAPContention(u"Office", kBssid1, 36, u"x[1(SQ 2)]", u"x[1]", u"x", u"1", u"2");
@@ -161,7 +161,7 @@ TEST_F(EtwTest, OneSuggestionForANetworkUntilItIsResolved) {
   EXPECT_FALSE(etw->GetMemo().HasAp(u"Office", kBssid2));
   EXPECT_EQ(config.numbers[u"SuggestCount"], 1u) << "one name for both adapters here";
   EXPECT_TRUE(Suggest(u"Home", kBssid2)) << "a new network beside it";
-  EXPECT_EQ(config.texts[u"SuggestedNetwork"], u"Home [02-00-00-00-00-02] [Channel 36 ] [5Ghz]");
+  EXPECT_EQ(config.texts[u"SuggestedNetwork"], u"Home [02-00-00-00-00-02] [Channel 36] [5Ghz]");
   EXPECT_EQ(etw->GetSuggestedNetworkText(), config.texts[u"SuggestedNetwork"]);
   EXPECT_EQ(TakeNames(), Names(2, "TRELLIS_N_SUGGEST_AP_2"));
 
@@ -193,7 +193,7 @@ TEST_F(EtwTest, BestIsToldOnceUntilItChangesOrIsReset) {
   EXPECT_FALSE(etw->NotifyAlreadyBestAP(Ap(u"Office", kBssid1)));
   EXPECT_TRUE(etw->NotifyAlreadyBestAP(Ap(u"Office", kBssid2)));
   EXPECT_EQ(config.numbers[u"BestCount2"], 2u);
-  EXPECT_EQ(config.texts[u"BestNetwork"], u"Office [02-00-00-00-00-02] [Channel 36 ] [5Ghz]");
+  EXPECT_EQ(config.texts[u"BestNetwork"], u"Office [02-00-00-00-00-02] [Channel 36] [5Ghz]");
   etw->ResetBest();
   EXPECT_EQ(etw->GetBestNetworkText(), u"");
   EXPECT_TRUE(etw->NotifyAlreadyBestAP(Ap(u"Office", kBssid2)));

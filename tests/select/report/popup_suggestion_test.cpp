@@ -50,7 +50,7 @@ class PopupTest : public ReportTest {
 TEST_F(PopupTest, SuggestionIsWrittenAndTheDialogStarts) {
   EXPECT_TRUE(Suggest(u"Office"));
   EXPECT_EQ(config.numbers[u"SuggestCount"], 1u);
-  EXPECT_EQ(config.texts[u"SuggestedNetwork"], u"Office [02-00-00-00-00-01] [Channel 36 ] [5Ghz]");
+  EXPECT_EQ(config.texts[u"SuggestedNetwork"], u"Office [02-00-00-00-00-01] [Channel 36] [5Ghz]");
   EXPECT_EQ(config.texts[u"SuggestedNetworkSSID"], u"Office");
   EXPECT_EQ(config.texts[u"SuggestedNetworkBSSID"], u"02-00-00-00-00-01");
   const auto launches = kernel.Session().TakeLaunches();
