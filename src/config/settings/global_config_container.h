@@ -15,7 +15,7 @@ namespace corvane {
 
 // Global settings, the adapter configurations and the policy lock. Lives for the process; its
 // registry and configurations live for one pass of the outer loop.
-class CGlobalConfigContainer : public CRegistryHelperBase, public IClientFileFinder {
+class CGlobalConfigContainer final : public CRegistryHelperBase, public IClientFileFinder {
  public:
   static CGlobalConfigContainer& GetInstance() {
     return Singleton<CGlobalConfigContainer>::GetInstance();

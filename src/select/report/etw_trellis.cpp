@@ -34,6 +34,8 @@ bool CEtwTrellis::Report::IsRepeat(WStringView ssid, WStringView bssid) {
   return false;
 }
 
+CEtwTrellis::CEtwTrellis() = default;
+
 CEtwTrellis::~CEtwTrellis() { CTrellisProvider::Leave(&m_pProvider); }
 
 void CEtwTrellis::Start(int index, IReportConfig* config, WStringView guidText, WStringView name,

@@ -30,7 +30,7 @@ struct CapabilityMismatch {
 // ResetQualityBad and ResetQualityGood may come from any thread.
 class CEtwTrellis {
  public:
-  CEtwTrellis() = default;
+  CEtwTrellis();
   ~CEtwTrellis();
   CEtwTrellis(const CEtwTrellis&) = delete;
   CEtwTrellis& operator=(const CEtwTrellis&) = delete;
