@@ -54,6 +54,7 @@ struct LinuxHost::Impl {
                  devices.Wlan()} {
     if (!notice.empty()) console.WriteError("corvane: " + notice + "\n");
     eventTrace.SetObserver(&HostEventFile::Append, &eventFile);
+    devices.SetObserver(options.observer);
     devices.Start();
     SetPlatform(&platform);
   }
