@@ -1,0 +1,18 @@
+#pragma once
+// What a list of the platform may hold. A list beyond its limit is refused as a failed call: nothing
+// says how long its buffer is, so its count must be believable before an item is read.
+
+#include <cstdint>
+
+namespace corvane {
+
+inline constexpr std::uint32_t kMaxAdapters = 256;
+inline constexpr std::uint32_t kMaxListedNetworks = 16384;
+inline constexpr std::uint32_t kMaxListedProfiles = 16384;
+inline constexpr std::uint32_t kMaxListedFilters = 16384;
+inline constexpr std::uint32_t kMaxBssListBytes = 64u << 20;
+
+// The code of a refused list, as of a failed call (winerror.h, ERROR_INVALID_DATA).
+inline constexpr std::uint32_t kImpossibleList = 13;
+
+}  // namespace corvane
