@@ -34,6 +34,16 @@ DOT11_BSSID_LIST ListOf(const MacAddress& bssid) {
   return list;
 }
 
+// Leaves the connect to the prompter, which asks the user for credentials; throws when it cannot.
+[[noreturn]] void AskForCredentials(const CWlanBssEntry& entry) {
+  const bool service = CUtils::GetInstance().IsRunningAsService();
+  LOG_ADAPTER(entry.m_IfIndex, kConnectLog, u"[%i] CWlanBssEntry::ConnectSynchronous: %s NO PROFILE - %s\n",
+              entry.m_IfIndex, service ? u"[SERVICE - start external app to connect]" : u"[running as app]",
+              entry.m_SSIDW);
+  throw Exception(service ? "CWlanBssEntry::ConnectSynchronous() - StartPassphraseDeskAsUser() failed"
+                          : "CWlanBssEntry::ConnectSynchronous() - StartPassphraseDeskAsApp() failed");
+}
+
 }  // namespace
 
 bool CWlanInterface::StartOperation(WlanOperation kind, const std::function<void()>& call) {
@@ -244,7 +254,7 @@ void CWlanBssEntry::ConnectSynchronous(CWlanInterface* pInterface, WStringView p
                 m_SSIDW);
   } else {
     config->SetString(value::kConnectStatus, u"external");
-    ConnectByPassphraseDesk();
+    AskForCredentials(*this);
     return;
   }
   DOT11_BSSID_LIST bssids = ListOf(GetBssid());

@@ -7,6 +7,7 @@
 
 #include "config/settings/interface_config.h"
 #include "config/store/address_text.h"
+#include "config/store/ap_list_row.h"
 #include "core/foundation/generic_malloc.h"
 #include "core/foundation/win_event.h"
 #include "monitors/interface_pdh.h"
@@ -128,6 +129,14 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   void SetDisconnectedTick(bool disconnected);  // stamps it unless it is set, or clears it
   void ClearConnected();  // forgets the connected flag and the peak quality
 
+  // --- Gateways of the present connection (gateway_roaming.cpp), on the worker
+  void GatewayRoamingCheck();  // teaches them to the connected entry and the memo
+  // False when the model has no such entry.
+  bool AssignGatewayMacsToBssEntry(const WString& ssid, const MacAddress& bssid, const MacList& ip4,
+                                   const MacList& ip6);
+  MacList GetIP4GatewayMacs() const;
+  MacList GetIP6GatewayMacs() const;
+
   // --- Switch rate (switch_rate.cpp)
   void IncSwitchAttempt();
   void RollSwitchPeriod();
@@ -157,6 +166,10 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
 
   // The networks by SSID, under the interface lock.
   NetworkMap& Networks() { return m_Networks; }
+  // What the AP lists write on the entries (apply_ap_lists.cpp), under the interface lock; each round,
+  // after discovery.
+  void ApplyPreferredRows(const PreferredApRows& rows);
+  void ApplyDenyRows(const ApListRows& rows);
   // A copy of every entry of every network, in map order, taken under the interface lock.
   BssEntryList SnapshotEntries();
 
@@ -257,10 +270,11 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   std::atomic<std::uint32_t> m_MaxSignalQuality{0};
   bool m_bHighestPhyPending = true;
 
-  platform::WLAN_CONNECTION_ATTRIBUTES m_ConnAttrs;     // under m_StateLock, as the next three
+  platform::WLAN_CONNECTION_ATTRIBUTES m_ConnAttrs;     // under m_StateLock, as all down to the tick
   MacAddress m_connected_dot11Bssid{};                  // of the last connection round
   MacAddress m_connected_dot11Bssid_if_we_initiated{};  // zero for a connection of somebody else
   WString m_last_connected_ssid;
+  MacList m_IP4GatewayMacs, m_IP6GatewayMacs;
   std::atomic<std::uint64_t> m_time_of_last_connected_ssid{0};  // tick
   std::atomic<std::uint64_t> m_disconnected_tick{0};
   std::vector<WString> m_TempProfilesToSave;  // XML texts, interface lock

@@ -1,0 +1,15 @@
+#pragma once
+#include <string>
+
+#include "platform/sim/world.h"
+
+namespace corvane::platform::sim {
+
+// The profile's XML in the form of the WLAN service (WLAN_profile v1), from its other members.
+std::u16string ProfileXml(const Profile& profile);
+
+// Fills name, SSID, connection mode, nonBroadcast and security from a profile's XML. False when it is
+// not one: no name, no SSID, or a tag without its end.
+bool ReadProfileXml(const std::u16string& xml, Profile* profile);
+
+}  // namespace corvane::platform::sim
