@@ -73,10 +73,10 @@ void CWlanInterface::RefreshNetworkAllowDenyFilters() {
   global.m_PermitFilterCount = permitRows;
 
   const auto registry = global.GetRegistry();
-  if (!registry || !registry->SetRegistryStringValue(u"AllowListCSV", permitted->GetText())) {
+  if (!registry || !registry->SetRegistryStringValue(u"AllowListCSV", permitted->GetString())) {
     LOG_ERROR(u"[%i] ===========> RefreshNetworkAllowDenyFilters: ALLOW LIST WRITE FAILED!\n", m_ConfigIdx);
   }
-  if (!registry || !registry->SetRegistryStringValue(u"DenyListCSV", denied->GetText())) {
+  if (!registry || !registry->SetRegistryStringValue(u"DenyListCSV", denied->GetString())) {
     LOG_ERROR(u"[%i] ===========> RefreshNetworkAllowDenyFilters: DEMY LIST WRITE FAILED!\n", m_ConfigIdx);
   }
 }

@@ -18,7 +18,6 @@ class WlanBuffer {
   T** Out() { return &m_pData; }  // for the call that fills it, once
   T* get() const { return m_pData; }
   T* operator->() const { return m_pData; }
-  T& operator*() const { return *m_pData; }
   explicit operator bool() const { return m_pData != nullptr; }
 
  private:

@@ -138,7 +138,7 @@ void CWlanClient::EnumerateInterfaces() {
   if (!list) return;
   m_InterfaceCount = list->dwNumberOfItems;
 
-  const std::vector<ListedAdapter> adapters = SortedByName(*list);
+  const std::vector<ListedAdapter> adapters = SortedByName(*list.get());
   for (const auto& [guid, adapter] : m_Interfaces) adapter->m_bPresent = false;
   for (const ListedAdapter& adapter : adapters) {
     LOG_DEBUG(DBG(22),

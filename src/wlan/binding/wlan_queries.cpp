@@ -42,7 +42,7 @@ WString PhyText(LONG type) {
 void CWlanInterface::DetermineInterfaceCapability() {
   WlanInterfaceCapability();
   const DWORD count =
-      std::min<DWORD>(m_Capability.dwNumberOfSupportedPhys, std::size(m_Capability.dot11PhyTypes));
+      std::min(m_Capability.dwNumberOfSupportedPhys, DWORD{std::size(m_Capability.dot11PhyTypes)});
   LOG_ADAPTER(m_ConfigIdx, kAdapterLog,
               u"[%i] CWlanInterface::DetermineInterfaceCapability: interfaceType = %i, "
               u"dwNumberOfSupportedPhys = %lu",
@@ -61,7 +61,7 @@ void CWlanInterface::WlanInterfaceCapability() {
   });
   if (result == ERROR_SUCCESS && !capability) result = ERROR_GEN_FAILURE;
   if (result == ERROR_SUCCESS) {
-    m_Capability = *capability;
+    m_Capability = *capability.get();
     return;
   }
   LOG_ERROR(u"[%i] CWlanInterface::WlanInterfaceCapability: WlanGetInterfaceCapability failed - rc=%lu%s\n",
@@ -279,7 +279,7 @@ bool CWlanInterface::IsRadioOff() const {
 
 void CWlanInterface::StoreRadioState(const WLAN_RADIO_STATE& state) {
   const CCritSecLock lock(m_StateLock);
-  const DWORD count = std::min<DWORD>(state.dwNumberOfPhys, std::size(state.PhyRadioState));
+  const DWORD count = std::min(state.dwNumberOfPhys, DWORD{std::size(state.PhyRadioState)});
   m_RadioState = state;
   m_RadioState.dwNumberOfPhys = count;
   for (DWORD i = count; i < std::size(m_RadioState.PhyRadioState); ++i) {
