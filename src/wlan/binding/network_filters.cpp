@@ -38,7 +38,7 @@ DWORD ReadFilterList(HANDLE client, LONG type, std::vector<WString>* ssids) {
     return Os().wlan.WlanGetFilterList(client, type, nullptr, list.Out());
   });
   if (result != ERROR_SUCCESS || !list) return result;
-  if (list->dwNumberOfItems > kMaxListedFilters) return kImpossibleList;
+  if (list->dwNumberOfItems > kMaxListedFilters) return ERROR_INVALID_DATA;
   for (DWORD i = 0; i < list->dwNumberOfItems; ++i) {
     WString ssid = SsidText(list->Network[i].dot11Ssid);
     if (!ssid.empty()) ssids->push_back(std::move(ssid));

@@ -58,7 +58,7 @@ CSmartPointer<CGenericMalloc> CWlanInterface::GetAvailableNetworkList() {
                                                    nullptr, list.Out());
     });
     if (result == ERROR_SUCCESS && list && list->dwNumberOfItems > kMaxListedNetworks) {
-      result = kImpossibleList;
+      result = ERROR_INVALID_DATA;
     }
     if (result != ERROR_SUCCESS) {
       LOG_ERROR(u"[%i]CWlanInterface::GetAvailableNetworkList: WlanGetAvailableNetworkList FAILED %lu",
@@ -84,7 +84,7 @@ CSmartPointer<CGenericMalloc> CWlanInterface::GetNetworkBssList() {
       return Os().wlan.WlanGetNetworkBssList(client ? client->GetHandle() : nullptr, &GetGuid(), nullptr,
                                              dot11_BSS_type_any, kSecurityEnabled, nullptr, list.Out());
     });
-    if (result == ERROR_SUCCESS && list && !IsPossible(*list.get())) result = kImpossibleList;
+    if (result == ERROR_SUCCESS && list && !IsPossible(*list.get())) result = ERROR_INVALID_DATA;
     if (result != ERROR_SUCCESS) {
       LOG_ERROR(u"[%i]CWlanInterface::GetNetworkBssList:: WlanGetNetworkBssList FAILED %lu", m_ConfigIdx,
                 result);

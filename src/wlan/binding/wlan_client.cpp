@@ -34,7 +34,7 @@ DWORD ListAdapters(HANDLE client, WlanBuffer<WLAN_INTERFACE_INFO_LIST>* list) {
     return Os().wlan.WlanEnumInterfaces(client, nullptr, list->Out());
   });
   if (result != ERROR_SUCCESS || !*list) return result;
-  return (*list)->dwNumberOfItems > kMaxAdapters ? kImpossibleList : ERROR_SUCCESS;
+  return (*list)->dwNumberOfItems > kMaxAdapters ? ERROR_INVALID_DATA : ERROR_SUCCESS;
 }
 
 struct ListedAdapter {

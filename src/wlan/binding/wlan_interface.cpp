@@ -81,6 +81,7 @@ void CWlanInterface::Detach() {
     const CCritSecLock lock(m_StateLock);
     m_pClient.Swap(client);
   }
+  ForgetIPInfo();
   Signal(m_pConnectSyncEvent.get());
   Signal(m_pScanSyncEvent.get());
 }

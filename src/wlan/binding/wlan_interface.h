@@ -11,6 +11,7 @@
 #include "core/foundation/generic_malloc.h"
 #include "core/foundation/win_event.h"
 #include "monitors/interface_pdh.h"
+#include "monitors/ip_address.h"
 #include "platform/wlan_types.h"
 #include "select/report/ap_set_memo.h"
 #include "wlan/binding/notification_sink.h"
@@ -30,6 +31,13 @@ struct ConnectionFacts {
   platform::DOT11_SSID rawSsid;
   MacAddress bssid{};
   std::uint32_t quality = 0;  // 0 to 100
+};
+
+// What an adapter's present connection has of addresses.
+struct IPInfo {
+  WString dnsSuffix;
+  std::vector<Ip4Address> ip4, ip4Gateways;
+  std::vector<Ip6Address> ip6, ip6Gateways;
 };
 
 // The model of one adapter. Its object lock is the interface lock: it guards m_Networks, the operation
@@ -128,6 +136,13 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   std::uint64_t GetDisconnectedAgeMs() const;  // 0 while connected
   void SetDisconnectedTick(bool disconnected);  // stamps it unless it is set, or clears it
   void ClearConnected();  // forgets the connected flag and the peak quality
+
+  // --- Addresses of the present connection (ip_info.cpp)
+  // Reads them anew, when the radio comes on and at each change of connection, and teaches the
+  // gateways to the connected entry. A failed call leaves its list empty.
+  void RefreshIPInfo();
+  IPInfo GetIPInfo() const;
+  void DumpIPAddresses() const;  // to the log
 
   // --- Gateways of the present connection (gateway_roaming.cpp), on the worker
   void GatewayRoamingCheck();  // teaches them to the connected entry and the memo
@@ -249,6 +264,7 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   void RebuildProfiledNetworks(const char* operation, const std::vector<WString>& names,
                                bool collectHidden);
   void ProcessSwitchesPerMin();
+  void ForgetIPInfo();
   CSmartPointer<CWlanClient> Client() const;  // null after Detach
 
   // Guards the small texts and copies below; held for a copy.
@@ -276,6 +292,7 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   MacAddress m_connected_dot11Bssid{};                  // of the last connection round
   MacAddress m_connected_dot11Bssid_if_we_initiated{};  // zero for a connection of somebody else
   WString m_last_connected_ssid;
+  IPInfo m_IPInfo;
   MacList m_IP4GatewayMacs, m_IP6GatewayMacs;
   std::atomic<std::uint64_t> m_time_of_last_connected_ssid{0};  // tick
   std::atomic<std::uint64_t> m_disconnected_tick{0};

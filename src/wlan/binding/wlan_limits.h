@@ -12,7 +12,4 @@ inline constexpr std::uint32_t kMaxListedProfiles = 16384;
 inline constexpr std::uint32_t kMaxListedFilters = 16384;
 inline constexpr std::uint32_t kMaxBssListBytes = 64u << 20;
 
-// The code of a refused list, as of a failed call (winerror.h, ERROR_INVALID_DATA).
-inline constexpr std::uint32_t kImpossibleList = 13;
-
 }  // namespace corvane

@@ -20,6 +20,9 @@ using namespace platform;
 
 constexpr std::uint64_t kAdapterLog = DBG(0);
 constexpr std::int32_t kCategoryPrivate = 1;
+constexpr DWORD kMaxPhys = 64;
+static_assert(std::size(decltype(WLAN_INTERFACE_CAPABILITY::dot11PhyTypes){}) == kMaxPhys);
+static_assert(std::size(decltype(WLAN_RADIO_STATE::PhyRadioState){}) == kMaxPhys);
 
 WString PhyText(LONG type) {
   switch (type) {
@@ -41,8 +44,7 @@ WString PhyText(LONG type) {
 
 void CWlanInterface::DetermineInterfaceCapability() {
   WlanInterfaceCapability();
-  const DWORD count =
-      std::min(m_Capability.dwNumberOfSupportedPhys, DWORD{std::size(m_Capability.dot11PhyTypes)});
+  const DWORD count = std::min(m_Capability.dwNumberOfSupportedPhys, kMaxPhys);
   LOG_ADAPTER(m_ConfigIdx, kAdapterLog,
               u"[%i] CWlanInterface::DetermineInterfaceCapability: interfaceType = %i, "
               u"dwNumberOfSupportedPhys = %lu",
@@ -279,7 +281,7 @@ bool CWlanInterface::IsRadioOff() const {
 
 void CWlanInterface::StoreRadioState(const WLAN_RADIO_STATE& state) {
   const CCritSecLock lock(m_StateLock);
-  const DWORD count = std::min(state.dwNumberOfPhys, DWORD{std::size(state.PhyRadioState)});
+  const DWORD count = std::min(state.dwNumberOfPhys, kMaxPhys);
   m_RadioState = state;
   m_RadioState.dwNumberOfPhys = count;
   for (DWORD i = count; i < std::size(m_RadioState.PhyRadioState); ++i) {
