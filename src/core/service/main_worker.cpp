@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "client/launch/launcher.h"
 #include "config/settings/global_config_container.h"
 #include "config/store/value_names.h"
 #include "core/log/log.h"
@@ -93,6 +94,9 @@ void CQUAYMainWorker::WorkThreadProc() {
     while (GoesOn() && !m_pInterface->IsRadioOff()) {
       if (RunRound()) ++m_Round;
     }
+    const bool ended = KillNudgeDialog();
+    LOG_ADAPTER(m_ConfigIdx, DBG(8), u"[%i]CQUAYMainWorker::WorkThreadProc:[exit] KillNudgeDialog() %S", m_ConfigIdx,
+                ended ? "SUCCESS" : "FAILED");
   }
   LOG_ADAPTER(m_ConfigIdx, kLoopLog, u"[%i]CQUAYMainWorker::WorkThreadProc: >>>>> [EXIT] <<<<<", m_ConfigIdx);
 }
@@ -153,6 +157,10 @@ void CQUAYMainWorker::PrepareRunning() {
   m_pInterface->DetermineInterfaceCapability();
   LOG_ADAPTER(m_ConfigIdx, kLoopLog, u"[%i]  Interface: %s %s %s", m_ConfigIdx,
               m_pInterface->GetConnectionName(), m_pInterface->GetGuidText(), m_pInterface->GetDescription());
+  m_forcedArbitrary.clear();
+  m_pConfig->m_SelectArbitrary.LoadConfiguration(&m_forcedArbitrary);
+  m_pConfig->m_Denylist.LoadFromFileAndRegistry();
+  m_pConfig->m_Allowlist.LoadFromFileAndRegistry();
   m_Round = 0;
   LOG_ADAPTER(m_ConfigIdx, kLoopLog, kRule, m_ConfigIdx, kVersion, kBuildDate);
 }
@@ -176,6 +184,8 @@ bool CQUAYMainWorker::RunRound() {
   m_Connection.entry.reset();
   if (IsInhibited()) return false;
   Discover();
+  m_pInterface->ApplyPreferredRows(m_forcedArbitrary);
+  m_pInterface->ApplyDenyRows(m_pConfig->m_Denylist.Rows());
   if (IsInhibited()) return false;
   {
     const CCritSecLock lock(CGlobalConfigContainer::GetInstance().GetLock());
@@ -202,6 +212,8 @@ void CQUAYMainWorker::RefreshSettings() {
                 u"[%i]CQUAYMainWorker::WorkThreadProc: Set_MainLoopSleepMs(scan_interval_ms=%lu)", m_ConfigIdx,
                 scanMs);
   }
+  m_pConfig->m_Denylist.ReloadFromRegistry();
+  m_pConfig->m_Allowlist.ReloadFromRegistry();
 }
 
 // Both enable flags are on, or the adapter is to be watched while it is disabled.
@@ -246,6 +258,7 @@ void CQUAYMainWorker::Discover() {
   if (auxError == 0) return;
   LOG_ERROR(u"[%i][aux_error=%i] Scan/GetNetworkBssList() Error! -----> Clearing Networks <-----\n",
             m_ConfigIdx, auxError);
+  KillNudgeDialog();
   m_pInterface->ClearNetworks();
   m_pConfig->SetString(value::kSuggestedNetwork, u"");
   m_pConfig->ClearRoamingInhibit();
