@@ -122,7 +122,7 @@ TEST(WorldJson, TellsAnUnknownActionByItsName) {
     ParseAction(R"({"do": "dance"})", World());
     FAIL() << "accepted";
   } catch (const WorldError& error) {
-    EXPECT_EQ(std::string(error.what()).substr(0, 45),
+    EXPECT_EQ(std::string(error.what()).substr(0, 46),
               "action: /do: \"dance\" is not one of move, scan,");
   }
 }
