@@ -70,8 +70,8 @@ TEST_F(RegistryStore, ReadsOnlyTheTypeAndSizeAskedFor) {
   EXPECT_EQ(text, u"before");
 
   // 20480 bytes are the longest text.
-  registry.SetText(kPath, u"Longest", WString(10240, u'x'));
-  registry.SetText(kPath, u"TooLong", WString(10241, u'x'));
+  EXPECT_TRUE(store.SetRegistryStringValue(u"Longest", WString(10240, u'x')));
+  EXPECT_TRUE(store.SetRegistryStringValue(u"TooLong", WString(10241, u'x')));
   EXPECT_TRUE(store.GetRegistryStringValue(u"Longest", &text));
   EXPECT_EQ(text.size(), 10240u);
   EXPECT_FALSE(store.GetRegistryStringValue(u"TooLong", &text));
