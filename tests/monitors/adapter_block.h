@@ -15,9 +15,9 @@ struct AdapterSpec {
   std::uint32_t ifType = 6;
   std::uint32_t operStatus = 1;
   std::uint32_t ifIndex = 1;
-  WString dnsSuffix;
-  std::vector<Ip4Address> ip4, gateways4;
-  std::vector<Ip6Address> ip6, gateways6;
+  WString dnsSuffix = {};
+  std::vector<Ip4Address> ip4 = {}, gateways4 = {};
+  std::vector<Ip6Address> ip6 = {}, gateways6 = {};
 };
 
 // Lays adapters out in a buffer as GetAdaptersAddresses does: everything within it.
