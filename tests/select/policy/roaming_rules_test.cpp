@@ -1,4 +1,4 @@
-#include "select/policy/roaming.h"
+#include "select/policy/roaming_rules.h"
 
 #include <gtest/gtest.h>
 
