@@ -57,6 +57,7 @@ class CGlobalConfigContainer : public CRegistryHelperBase {
   // The platform's filter lists, by SSID text: 1 permitted, 2 denied, 0 on neither.
   std::uint32_t GetNetworkFilter(WStringView ssid);
   void SetNetworkFilter(WStringView ssid, std::uint32_t kind);
+  std::atomic<std::uint32_t> m_PermitFilterCount{0};  // permit rows of the last refresh
 
   std::atomic<bool> m_bRoamingEnabled{true};
   std::atomic<bool> m_bAllowlistEnabled{true};
