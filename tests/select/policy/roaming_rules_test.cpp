@@ -1,13 +1,15 @@
 #include "select/policy/roaming_rules.h"
 
-#include <gtest/gtest.h>
+#include "support/pc_fixture.h"
 
 namespace corvane {
 namespace {
 
 constexpr MacAddress kA{1}, kB{2}, kC{3};
 
-TEST(Roaming, GatewaysMatchByPosition) {
+class Roaming : public test::KernelTest {};  // the rules write log lines
+
+TEST_F(Roaming, GatewaysMatchByPosition) {
   struct Case {
     const char* what;
     GatewayMacs current, candidate;
@@ -30,7 +32,7 @@ TEST(Roaming, GatewaysMatchByPosition) {
   }
 }
 
-TEST(Roaming, OneInstallationShowsByNameGatewayOrMemory) {
+TEST_F(Roaming, OneInstallationShowsByNameGatewayOrMemory) {
   struct Case {
     const char* what;
     bool sameSsid, gatewayRoaming;
