@@ -22,7 +22,7 @@ namespace corvane::platform::linux_host {
 namespace {
 
 constexpr std::uint64_t kSeed = 1;
-constexpr std::chrono::seconds kUnwindLimit{10};
+constexpr std::chrono::seconds kMostUnwinding{10};
 
 }  // namespace
 
@@ -60,7 +60,7 @@ struct LinuxHost::Impl {
   }
 
   ~Impl() {
-    threads.WaitForAbandoned(kUnwindLimit);
+    threads.WaitForAbandoned(kMostUnwinding);
     devices.Stop();
     SetPlatform(nullptr);
   }
