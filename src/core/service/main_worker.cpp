@@ -247,6 +247,10 @@ void CQUAYMainWorker::HoldForVPN() {
   LOG_ADAPTER(m_ConfigIdx, kLoopLog,
               u"[%i]CQUAYMainWorker::WorkThreadProc[LOOP] - VPN-INHIBITED, SLEEPING [5000]", m_ConfigIdx);
   m_pConfig->SetStatusMessage(kStatusVpn);
+  if (KillNudgeDialog()) {
+    LOG_ADAPTER(m_ConfigIdx, DBG(8), u"[%i]CQUAYMainWorker::WorkThreadProc:[VPN] KillNudgeDialog() SUCCESS",
+                m_ConfigIdx);
+  }
   Sleep(kVPNMs);
 }
 
