@@ -225,6 +225,7 @@ void CQUAYMainWorker::RefreshSettings() {
                 scanMs);
   }
   m_pConfig->m_Denylist.ReloadFromRegistry();
+  m_pConfig->m_Denylist.ClearSuggestions();
   m_pConfig->m_Allowlist.ReloadFromRegistry();
 }
 
