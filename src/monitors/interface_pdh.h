@@ -22,8 +22,15 @@ class CInterfacePDH : public SmartObjEx<CInterfacePDH, SmartObj<>> {
 
   double GetRxMbps() const { return m_RxMbps; }
   double GetTxMbps() const { return m_TxMbps; }
+  double GetTxErrors() const { return m_TxErrors; }  // packets
+  double GetTxErrorsPerSec() const { return m_TxErrorsPerSec; }
+  double GetRxErrors() const { return m_RxErrors; }
+  double GetRxErrorsPerSec() const { return m_RxErrorsPerSec; }
+  double GetMaxRxMbps() const { return m_MaxRxMbps; }
+  double GetMaxTxMbps() const { return m_MaxTxMbps; }
   double GetIdleMean() const { return m_IdleMean; }  // Mbps
   std::uint64_t GetFirstIdleTick() const { return m_FirstIdleTick; }
+  double GetIdleSecs() const;         // since the first trickle sample, 0 without one
   double GetPercentAboveLow() const;  // 0 without samples
   bool IsIdleSettled() const { return m_bIdleSettled; }
   void SetIdleSettled(bool settled) { m_bIdleSettled = settled; }

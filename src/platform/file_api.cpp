@@ -59,6 +59,11 @@ DWORD FileApi::GetFileAttributesW(LPCWSTR) {
   return INVALID_FILE_ATTRIBUTES;
 }
 
+DWORD FileApi::GetModuleFileNameA(std::string*) {
+  SetNotImplemented();
+  return 0;
+}
+
 HRESULT FileApi::SHGetFolderPathW(int, std::u16string*) { return E_NOTIMPL; }
 
 }  // namespace corvane::platform

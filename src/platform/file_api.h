@@ -34,6 +34,8 @@ class FileApi {
   virtual DWORD GetFileAttributesW(LPCWSTR path);
   // S_OK and the folder, without a separator at its end.
   virtual HRESULT SHGetFolderPathW(int csidl, std::u16string* path);
+  // Full path of this process's executable, in UTF-8; its length, or 0 on failure.
+  virtual DWORD GetModuleFileNameA(std::string* path);
 };
 
 }  // namespace corvane::platform

@@ -1,5 +1,5 @@
 #pragma once
-#include "platform/types.h"
+#include "platform/ip_types.h"
 
 namespace corvane::platform {
 
@@ -35,6 +35,17 @@ class IpHelperApi {
   virtual ~IpHelperApi() = default;
   // ERROR_INSUFFICIENT_BUFFER with the bytes needed in `size`.
   virtual DWORD GetIfTable(MIB_IFTABLE* table, ULONG* size, BOOL order);
+
+  // The list begins at the start of the caller's buffer of *size bytes, and all that it points to lies
+  // within. ERROR_BUFFER_OVERFLOW with the bytes needed in *size; ERROR_NO_DATA for an empty list.
+  virtual ULONG GetAdaptersAddresses(ULONG family, ULONG flags, void* reserved,
+                                     IP_ADAPTER_ADDRESSES* addresses, ULONG* size);
+  // The same, of IPv4 alone.
+  virtual ULONG GetAdaptersInfo(IP_ADAPTER_INFO* info, ULONG* size);
+
+  // The neighbour table of AF_INET or AF_INET6. The caller gives it back by FreeMibTable.
+  virtual DWORD GetIpNetTable2(WORD family, MIB_IPNET_TABLE2** table);
+  virtual void FreeMibTable(void* memory);
 };
 
 }  // namespace corvane::platform

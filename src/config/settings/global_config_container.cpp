@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::uint64_t kPilotLog = DBG(33);
 constexpr std::uint32_t kPercentMax = 100;
-constexpr std::uint32_t kWeekSecs = 604800;
+constexpr std::int64_t kWeekSecs = 604800;
 constexpr int kWeeksShown = 3;
 
 bool ReadFlag(CRegistry& registry, const char16_t* name, std::atomic<bool>* field) {
@@ -94,8 +94,8 @@ void CGlobalConfigContainer::InitPostSettings() {
   registry->SetRegistryDWORDValue(u"InstallTime", platform::UnixSecondsNow());
   const auto weeks = CSVHelper::CreateObject();
   for (int week = 0; week < kWeeksShown; ++week) weeks->AddString(u"1", true);
-  registry->SetRegistryStringValue(u"RandomCsv", weeks->GetText());
-  LOG_INFO(u"CGlobalConfigContainer::InitPostSettings: RandomCsv: %s\n", weeks->GetText());
+  registry->SetRegistryStringValue(u"RandomCsv", weeks->GetString());
+  LOG_INFO(u"CGlobalConfigContainer::InitPostSettings: RandomCsv: %s\n", weeks->GetString());
 }
 
 void CGlobalConfigContainer::ReadAllowListGroup(CRegistry& registry) {
@@ -114,7 +114,8 @@ void CGlobalConfigContainer::ReadWeeks(CRegistry& registry) {
     m_pRandomCsv.Swap(weeks);
   }
   if (!log::IsOpen(kPilotLog)) return;
-  const int current = static_cast<int>((platform::UnixSecondsNow() - m_InstallTime) / kWeekSecs) + 1;
+  const std::int64_t installed = std::int64_t{platform::UnixSecondsNow()} - m_InstallTime;
+  const int current = static_cast<int>(installed / kWeekSecs) + 1;
   LOG_DEBUG(kPilotLog, u"CGlobalConfigContainer::Initialize: read random csv: %s\n", text);
   LOG_DEBUG(kPilotLog, u"CGlobalConfigContainer::Initialize: enabled for current week %i: %i\n", current,
             IsEnabledForWeek(current));
@@ -207,15 +208,32 @@ void CGlobalConfigContainer::SetProxyPresent(bool present) {
   m_bProxyPresent = present;
 }
 
-bool CGlobalConfigContainer::SetClientDir(WStringView path) {
-  LOG_DEBUG(DBG(45), u"CGlobalConfigContainer::SetClientDir:[LIST EMPTY] saving: %s\n", path);
+std::string CGlobalConfigContainer::GetUserTempPath() const {
   const CCritSecLock lock(m_TableLock);
-  if (std::find(m_ClientDirs.begin(), m_ClientDirs.end(), path) != m_ClientDirs.end()) return false;
-  m_ClientDirs.emplace_back(path);
+  return m_UserTempPath;
+}
+
+bool CGlobalConfigContainer::IsProxyPresent() const {
+  const CCritSecLock lock(m_TableLock);
+  return m_bProxyPresent;
+}
+
+WString CGlobalConfigContainer::GetSystemGuidText() const {
+  const CCritSecLock lock(m_TableLock);
+  return GuidText(m_SystemGuid);
+}
+
+bool CGlobalConfigContainer::SetClientDir(WStringView path) {
+  {
+    const CCritSecLock lock(m_TableLock);
+    if (std::find(m_ClientDirs.begin(), m_ClientDirs.end(), path) != m_ClientDirs.end()) return false;
+    m_ClientDirs.emplace_back(path);
+  }
+  LOG_DEBUG(DBG(45), u"CGlobalConfigContainer::SetClientDir:[LIST EMPTY] saving: %s\n", path);
   return true;
 }
 
-bool CGlobalConfigContainer::FindFileInClientDirs(WStringView name, WString* out) {
+bool CGlobalConfigContainer::FindFileInClientDirs(WStringView name, WString* out) const {
   std::list<WString> folders;
   {
     const CCritSecLock lock(m_TableLock);

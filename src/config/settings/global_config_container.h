@@ -38,9 +38,15 @@ class CGlobalConfigContainer : public CRegistryHelperBase {
   int AddIFConfig(WStringView guid, WStringView name, WStringView description);
 
   void SetUserTempPath(std::string path);
+  std::string GetUserTempPath() const;
   void SetProxyPresent(bool present);
+  bool IsProxyPresent() const;
+  // This installation's identity as "{...}" text.
+  WString GetSystemGuidText() const;
+  // Directories that clients gave; false when the list holds this one already (compared exactly).
   bool SetClientDir(WStringView path);
-  bool FindFileInClientDirs(WStringView name, WString* out);
+  // The first path <directory>\<name>, in list order, that is a file; false without one.
+  bool FindFileInClientDirs(WStringView name, WString* out) const;
   // The one-shot flags: true and cleared when the value reads exactly 1.
   bool ReadFlagAndClear(WStringView name);
   bool IsEnabledForWeek(int week);
@@ -69,7 +75,8 @@ class CGlobalConfigContainer : public CRegistryHelperBase {
   std::atomic<std::uint32_t> m_InstallTime{0};  // seconds since 1970; the constructor sets the current time
   std::atomic<bool> m_bBTPenaltyEnabled{false};
   std::atomic<std::uint32_t> m_BTPenaltyValue{3};
-  std::atomic<bool> m_rt_audio{false};
+  std::atomic<bool> m_rt_audio{false};             // real-time audio in progress
+  std::atomic<std::uint64_t> m_rt_audio_tick{0};   // when it was set
 
  private:
   friend class Singleton<CGlobalConfigContainer>;
@@ -83,7 +90,7 @@ class CGlobalConfigContainer : public CRegistryHelperBase {
 
   CCritSec m_Lock{"global configuration", LockRank::kGlobalConfig};
   CCritSec m_SecondLock{"global configuration, second", LockRank::kGlobalConfigSecond};
-  CCritSec m_TableLock{"configuration table", LockRank::kLeaf};  // guards what follows
+  mutable CCritSec m_TableLock{"configuration table", LockRank::kLeaf};  // guards what follows
   std::vector<CSmartPointer<CQUAYInterfaceConfig>> m_IFConfigs;  // index = adapter index
   int m_IFConfigCount = 0;
   std::map<WString, CSmartPointer<CQUAYInterfaceConfig>, std::less<>> m_IFConfigByGuid;

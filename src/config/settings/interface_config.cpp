@@ -18,6 +18,9 @@ constexpr std::uint64_t kRoamLog = DBG(24);
 constexpr std::uint32_t kScanIntervalMin = 10, kScanIntervalMax = 3600;
 constexpr std::uint32_t kThresholdMax = 100;
 constexpr std::uint32_t kThresholdStep = 2;
+// Values of PassiveSuggestMode.
+constexpr std::uint32_t kAutoswitchMode = 0, kEventMode = 1, kPopupMode = 2;
+constexpr std::uint64_t kLongestSleepMs = platform::INFINITE - 1;
 
 std::uint64_t Now() { return Os().clock.GetTickCount64(); }
 
@@ -44,8 +47,8 @@ void CQUAYInterfaceConfig::Initialize(int index, WStringView keyPath, WStringVie
   InitializeRegistry(keyPath, &fresh);
   if (fresh) {
     SetProjectDefaults();
-  } else if (std::uint32_t mode = 0; GetDWORD(u"PassiveSuggestMode", &mode) && mode == 1) {
-    SetDWORD(u"PassiveSuggestMode", 2);
+  } else if (std::uint32_t mode = 0; GetDWORD(value::kPassiveSuggestMode, &mode) && mode == kEventMode) {
+    SetPassiveSuggestMode(kPopupMode);
   }
   RefreshFromRegistry();
   if (m_bPassive && m_bPopupMode && index <= 1) {
@@ -68,13 +71,13 @@ void CQUAYInterfaceConfig::Shutdown() {
 void CQUAYInterfaceConfig::SetProjectDefaults() {
   LOG_INFO(u"CRegistry::SetProjectDefaults: [Home Key Path = %s] Setting Defaults for Trellis/VO/Corvane Build",
            m_KeyPath);
-  SetDWORD(u"PassiveSuggestMode", 2);
-  SetDWORD(u"ForceAutoConnect", 1);
-  SetDWORD(u"LatchToPrivate", 0);
-  SetDWORD(u"PreferPrivateNetwork", 1);
-  SetDWORD(u"APScoreThreshold", 3);
-  SetDWORD(u"LQCThreshold", 70);
-  SetDWORD(u"ScanInterval", 300);
+  SetPassiveSuggestMode(kPopupMode);
+  SetForceAutoConnect(true);
+  SetLatchToPrivate(false);
+  SetPreferPrivateNetwork(true);
+  SetAPScoreThreshold(3);
+  SetLQCThreshold(70);
+  SetScanInterval(300);
 }
 
 void CQUAYInterfaceConfig::RefreshFromRegistry() {
@@ -83,22 +86,22 @@ void CQUAYInterfaceConfig::RefreshFromRegistry() {
   const auto flag = [&](const char16_t* name, std::atomic<bool>& field) {
     if (GetDWORD(name, &number)) field = number != 0;
   };
-  flag(u"Enabled", m_Enabled);
-  if (GetDWORD(u"APScoreThreshold", &number)) m_APScoreThreshold = std::min(number, kThresholdMax);
-  if (GetDWORD(u"ScanInterval", &number)) {
+  flag(value::kEnabled, m_Enabled);
+  if (GetDWORD(value::kAPScoreThreshold, &number)) m_APScoreThreshold = std::min(number, kThresholdMax);
+  if (GetDWORD(value::kScanInterval, &number)) {
     m_ScanInterval = std::clamp(number, kScanIntervalMin, kScanIntervalMax);
   }
-  if (GetDWORD(u"LQCThreshold", &number)) m_LQCThreshold = std::min(number, kThresholdMax);
-  flag(u"PreferPrivateNetwork", m_PreferPrivateNetwork);
-  flag(u"LatchToPrivate", m_LatchToPrivate);
-  flag(u"GatewayRoaming", m_GatewayRoaming);
-  flag(u"ForceAutoConnect", m_ForceAutoConnect);
-  if (GetDWORD(u"PassiveSuggestMode", &number) && number <= 2) {
-    m_bPassive = number != 0;
-    m_bPopupMode = number == 2;
+  if (GetDWORD(value::kLQCThreshold, &number)) m_LQCThreshold = std::min(number, kThresholdMax);
+  flag(value::kPreferPrivateNetwork, m_PreferPrivateNetwork);
+  flag(value::kLatchToPrivate, m_LatchToPrivate);
+  flag(value::kGatewayRoaming, m_GatewayRoaming);
+  flag(value::kForceAutoConnect, m_ForceAutoConnect);
+  if (GetDWORD(value::kPassiveSuggestMode, &number) && number <= kPopupMode) {
+    m_bPassive = number != kAutoswitchMode;
+    m_bPopupMode = number == kPopupMode;
   }
   WString json;
-  if (!GetString(u"ScoreCfgJson", &json)) return;
+  if (!GetString(value::kScoreCfgJson, &json)) return;
   CSmartPointer<CScoreConfig> score;
   {
     const CCritSecLock lock(m_PartsLock);
@@ -140,11 +143,11 @@ bool CQUAYInterfaceConfig::ClearStatusMessageIfOlder(std::uint32_t id, std::uint
 
 bool CQUAYInterfaceConfig::SetSuggestedNetworkReason(std::uint32_t id) {
   const WStringView text = LookUpStatusText(id);
-  return !text.empty() && SetString(u"SuggestedNetworkReason", text);
+  return !text.empty() && SetString(value::kSuggestedNetworkReason, text);
 }
 
 bool CQUAYInterfaceConfig::SetSuggestedNetworkReasonPercent(std::int32_t percent) {
-  return SetString(u"SuggestedNetworkReason", Format(u"%s%i% %s", LookUpStatusText(kStatusBetterHead), percent,
+  return SetString(value::kSuggestedNetworkReason, Format(u"%s%i%% %s", LookUpStatusText(kStatusBetterHead), percent,
                                                      LookUpStatusText(kStatusBetterTail)));
 }
 
@@ -227,10 +230,8 @@ void CQUAYInterfaceConfig::SetRoamingInhibit() {
 
 void CQUAYInterfaceConfig::ClearRoamingInhibit() {
   const CCritSecLock lock(ObjectLock());
-  if (m_RoamingInhibitTick != 0) {
-    LOG_ADAPTER(m_ConfigIdx, kRoamLog, u"[%i]CQUAYInterfaceConfig::ClearRoamingInhibit: was %I64u\n", m_ConfigIdx,
-                m_RoamingInhibitTick.load());
-  }
+  LOG_ADAPTER(m_ConfigIdx, kRoamLog, u"[%i]CQUAYInterfaceConfig::ClearRoamingInhibit: was %I64u\n", m_ConfigIdx,
+              m_RoamingInhibitTick.load());
   m_RoamingInhibitTick = 0;
   ClearStatusMessage(kStatusExternalRoaming);
 }
@@ -241,8 +242,8 @@ std::uint64_t CQUAYInterfaceConfig::GetRoamingInhibitTick() {
 }
 
 std::uint64_t CQUAYInterfaceConfig::GetRoamingInhibitAgeMs() {
-  const std::uint64_t since = GetRoamingInhibitTick();
-  return since == 0 ? 0 : Now() - since;
+  const std::uint64_t since = GetRoamingInhibitTick(), now = Now();
+  return since == 0 || now < since ? 0 : now - since;
 }
 
 void CQUAYInterfaceConfig::ResolveUp_APScoreDeltaThreshold(const CandidateSummary& summary) {
@@ -251,7 +252,7 @@ void CQUAYInterfaceConfig::ResolveUp_APScoreDeltaThreshold(const CandidateSummar
       u"[%i]CQUAYInterfaceConfig::ResolveUp_APScoreDeltaThreshold(summary: %i, %i) BUMP SD Threshold = %i "
       u"<~~~~~~~~~~!!!!!!!!!!!!!\n",
       m_ConfigIdx, summary.min, summary.max, threshold);
-  SetDWORD(u"APScoreThreshold", threshold);
+  SetAPScoreThreshold(threshold);
 }
 
 void CQUAYInterfaceConfig::SignalMainLoopSemaphore() {
@@ -264,9 +265,9 @@ void CQUAYInterfaceConfig::SignalMainLoopSemaphore() {
   try {
     semaphore->IncReleaseCount();
   } catch (const Exception& e) {
-    LOG_INFO(u"CQUAYInterfaceConfig::SignalMainLoopSemaphore: Exception: %S", e.what());
+    LOG_ERROR(u"CQUAYInterfaceConfig::SignalMainLoopSemaphore: Exception: %S", e.what());
   } catch (const std::exception& e) {
-    LOG_INFO(u"CQUAYInterfaceConfig::SignalMainLoopSemaphore: std:exception: %S", e.what());
+    LOG_ERROR(u"CQUAYInterfaceConfig::SignalMainLoopSemaphore: std:exception: %S", e.what());
   }
 }
 
@@ -283,8 +284,10 @@ bool CQUAYInterfaceConfig::WaitMainLoopSemaphore(std::uint32_t ms) {
 
 std::uint32_t CQUAYInterfaceConfig::GetMainLoopSleepMs() const {
   if (CGlobalConfigContainer::IsOnACPower()) return m_MainLoopSleepMs;
-  return std::max<std::uint32_t>(m_MainLoopSleepMs,
-                                 CGlobalConfigContainer::GetInstance().m_BatteryModeSleepSecs * 1000);
+  const std::uint64_t batteryMs =
+      std::uint64_t{CGlobalConfigContainer::GetInstance().m_BatteryModeSleepSecs} * 1000;
+  return std::max(m_MainLoopSleepMs.load(),
+                  static_cast<std::uint32_t>(std::min(batteryMs, kLongestSleepMs)));
 }
 
 void CQUAYInterfaceConfig::Set_MainLoopSleepMs(std::uint32_t ms) { m_MainLoopSleepMs = ms; }
@@ -316,18 +319,34 @@ void CQUAYInterfaceConfig::SetConnectedNetwork(WStringView display, WStringView 
 }
 
 void CQUAYInterfaceConfig::SetVPNInhibited(bool inhibited) {
-  SetDWORD(u"VPNInhibited", inhibited);
+  SetDWORD(value::kVPNInhibited, inhibited);
   m_VPNInhibited = inhibited;
 }
 
 void CQUAYInterfaceConfig::SetAirplaneInhibited(bool inhibited) {
-  SetDWORD(u"AirplaneInhibited", inhibited);
+  SetDWORD(value::kAirplaneInhibited, inhibited);
   m_AirplaneInhibited = inhibited;
 }
 
 void CQUAYInterfaceConfig::SetRadioInhibited(bool inhibited) {
-  SetDWORD(u"RadioInhibited", inhibited);
+  SetDWORD(value::kRadioInhibited, inhibited);
   m_RadioInhibited = inhibited;
+}
+
+bool CQUAYInterfaceConfig::GetAirplaneMode(std::uint32_t* value) {
+  // The state is the key's default value.
+  return CRegistry().GetRegistryDWORDValue(
+      u"SYSTEM\\CurrentControlSet\\Control\\RadioManagement\\SystemRadioState", u"", value);
+}
+
+void CQUAYInterfaceConfig::SetUIConnectRequest(UIConnectRequest request) {
+  const CCritSecLock lock(m_PartsLock);
+  std::swap(m_UIConnect, request);
+}
+
+UIConnectRequest CQUAYInterfaceConfig::GetUIConnectRequest() const {
+  const CCritSecLock lock(m_PartsLock);
+  return m_UIConnect;
 }
 
 bool CQUAYInterfaceConfig::SetDWORD(WStringView name, std::uint32_t value) {

@@ -2,9 +2,13 @@
 #include <atomic>
 #include <cstdint>
 
+#include "config/settings/config_allowlist.h"
+#include "config/settings/config_denylist.h"
+#include "config/settings/config_select_arbitrary.h"
 #include "config/settings/inhibit_clock.h"
 #include "config/settings/score_config.h"
 #include "config/store/registry.h"
+#include "config/store/value_names.h"
 #include "core/foundation/semaphore.h"
 #include "core/foundation/smart_obj.h"
 
@@ -33,6 +37,14 @@ WStringView LookUpStatusText(std::uint32_t id);
 struct CandidateSummary {
   std::int32_t min = -1;
   std::int32_t max = -1;
+};
+
+// A client's order to connect. It is one while `bssid` is not empty, and lives for one policy round.
+struct UIConnectRequest {
+  WString ssid;
+  WString bssid;    // six hexadecimal pairs joined by "-"
+  WString profile;  // XML of a profile to connect with; empty: the stored one
+  bool save = false;
 };
 
 inline constexpr double kRateGateHighStart = 0.06;  // Mbps
@@ -101,6 +113,35 @@ class CQUAYInterfaceConfig : public SmartObjEx<CQUAYInterfaceConfig, SmartObj<>>
   bool GetDWORD(WStringView name, std::uint32_t* out) const;
   bool GetString(WStringView name, WString* out) const;
 
+  // Settings as clients change them; the worker's next round reads them.
+  bool SetEnabled(bool on) { return SetDWORD(value::kEnabled, on); }
+  bool SetPreferPrivateNetwork(bool on) { return SetDWORD(value::kPreferPrivateNetwork, on); }
+  bool SetForceAutoConnect(bool on) { return SetDWORD(value::kForceAutoConnect, on); }
+  bool SetLatchToPrivate(bool on) { return SetDWORD(value::kLatchToPrivate, on); }
+  bool SetGatewayRoaming(bool on) { return SetDWORD(value::kGatewayRoaming, on); }
+  bool SetScanInterval(std::uint32_t secs) { return SetDWORD(value::kScanInterval, secs); }
+  bool SetLQCThreshold(std::uint32_t lq) { return SetDWORD(value::kLQCThreshold, lq); }
+  bool SetAPScoreThreshold(std::uint32_t points) { return SetDWORD(value::kAPScoreThreshold, points); }
+  bool SetPassiveSuggestMode(std::uint32_t mode) { return SetDWORD(value::kPassiveSuggestMode, mode); }
+  bool SetScoreCfgJson(WStringView json) { return SetString(value::kScoreCfgJson, json); }
+  bool SetDenylistJson(WStringView json) { return SetString(value::kDenylistJson, json); }
+  bool SetAllowlistJson(WStringView json) { return SetString(value::kAllowlistJson, json); }
+  // What clients read.
+  bool SetSuggestedNetwork(WStringView text) { return SetString(value::kSuggestedNetwork, text); }
+  bool SetCandidatesCSV(WStringView rows) { return SetString(value::kCandidatesCSV, rows); }
+  bool SetNONCandidatesCSV(WStringView rows) { return SetString(value::kNONCandidatesCSV, rows); }
+
+  // The machine's radio management state, 1 for airplane mode; false, with *value as it was, when it
+  // can't be read.
+  static bool GetAirplaneMode(std::uint32_t* value);
+
+  // The client's connect order: written by the pipe threads, taken up by the policy round.
+  void SetUIConnectRequest(UIConnectRequest request);
+  UIConnectRequest GetUIConnectRequest() const;
+  void ClearUIConnectRequest() { SetUIConnectRequest({}); }
+
+  const WString& GetDescription() const { return m_Description; }
+
   ScoreWeights GetScoreWeights() const;  // the defaults when there is no score object
 
   // Settings of the adapter's key.
@@ -115,6 +156,11 @@ class CQUAYInterfaceConfig : public SmartObjEx<CQUAYInterfaceConfig, SmartObj<>>
   std::atomic<bool> m_bPassive{true};
   std::atomic<bool> m_bPopupMode{true};
   std::atomic<bool> m_GatewayRoaming{true};
+  // The AP lists; their rows change on the adapter's worker only.
+  CConfigDenylist m_Denylist{*this};
+  CConfigAllowlist m_Allowlist{*this};
+  CConfigSelectArbitrary m_SelectArbitrary;
+
   bool IsAutoswitch() const { return !m_bPassive; }
 
   // State.
@@ -149,9 +195,11 @@ class CQUAYInterfaceConfig : public SmartObjEx<CQUAYInterfaceConfig, SmartObj<>>
   WString m_Guid;
   WString m_Description;
   int m_ConfigIdx = -1;
-  CSmartPointer<CSemaphore> m_pMainLoopSemaphore;  // with the score object under m_PartsLock
-  CSmartPointer<CScoreConfig> m_pScoreConfig;
+  CSmartPointer<CSemaphore> m_pMainLoopSemaphore;  // under m_PartsLock
+  CSmartPointer<CScoreConfig> m_pScoreConfig;         // under m_PartsLock
   mutable CCritSec m_PartsLock{"configuration parts", LockRank::kLeaf};
+
+  UIConnectRequest m_UIConnect;  // under m_PartsLock
 
   mutable CCritSec m_InhibitLock{"inhibit clock", LockRank::kLeaf};
   InhibitClock m_Inhibit;  // under m_InhibitLock

@@ -1,8 +1,8 @@
 #include "config/settings/score_config.h"
 
-#include <rapidjson/document.h>
 #include <rapidjson/error/en.h>
 
+#include "config/store/json_text.h"
 #include "core/log/log.h"
 #include "platform/console_api.h"
 #include "platform/platform.h"
@@ -21,7 +21,7 @@ bool CScoreConfig::Initialize(WStringView json) {
   try {
     rapidjson::Document document;
     const std::string text = WideToUtf8(json);
-    document.Parse(text.c_str(), text.size());
+    ParseJson(text, &document);
     if (document.HasParseError()) {
       Os().console.WriteError(FormatA("\nCScoreConfig::Initialize: Error(offset %u): %s\n", document.GetErrorOffset(),
                                       rapidjson::GetParseError_En(document.GetParseError())));

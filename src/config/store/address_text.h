@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstdint>
+#include <vector>
 
 #include "core/foundation/text.h"
 #include "platform/types.h"
@@ -11,6 +12,8 @@
 namespace corvane {
 
 using MacAddress = std::array<std::uint8_t, 6>;
+
+using MacList = std::vector<MacAddress>;
 
 inline MacAddress ToMac(const std::uint8_t* bytes) {
   MacAddress mac;

@@ -51,7 +51,7 @@ void CSVHelper::DropOldest(const char* operation) {
   _csvItems.pop_front();
 }
 
-WString CSVHelper::GetText() const {
+WString CSVHelper::GetString() const {
   std::size_t length = 0;
   for (const WString& item : _csvItems) length += item.size() + 1;
   WString text;

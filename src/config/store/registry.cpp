@@ -1,6 +1,6 @@
 #include "config/store/registry.h"
 
-#include <vector>
+#include <algorithm>
 
 #include "core/log/log.h"
 #include "platform/platform.h"
@@ -92,23 +92,16 @@ bool CRegistry::GetRegistryQWORDValue(WStringView name, std::uint64_t* out) cons
 bool CRegistry::GetRegistryStringValue(WStringView name, WString* out) const {
   const OpenKey key(m_KeyPath, KEY_READ);
   if (!key) return false;
-  const WString nameText(name);
-  DWORD type = 0, size = 0;
-  if (Os().registry.RegQueryValueExW(key.Get(), nameText.c_str(), &type, nullptr, &size) != 0 || type != REG_SZ ||
-      size > kLongestString) {
-    return false;
-  }
-  WString text(size / sizeof(char16_t) + 1, u'\0');
-  size = static_cast<DWORD>(text.size() * sizeof(char16_t));
-  if (Os().registry.RegQueryValueExW(key.Get(), nameText.c_str(), &type, reinterpret_cast<BYTE*>(text.data()),
+  // One query with room for the longest text: the value may change between two.
+  char16_t buffer[kLongestString / sizeof(char16_t)];
+  DWORD type = 0, size = sizeof(buffer);
+  if (Os().registry.RegQueryValueExW(key.Get(), WString(name).c_str(), &type, reinterpret_cast<BYTE*>(buffer),
                                      &size) != 0 ||
       type != REG_SZ) {
     return false;
   }
-  text.resize(size / sizeof(char16_t));
-  // A text of another writer may hold its terminator.
-  if (const std::size_t end = text.find(u'\0'); end != WString::npos) text.resize(end);
-  *out = std::move(text);
+  const WStringView text(buffer, std::min<std::size_t>(size / sizeof(char16_t), std::size(buffer)));
+  out->assign(text.substr(0, text.find(u'\0')));  // another writer's may hold its terminator
   return true;
 }
 

@@ -29,6 +29,7 @@ std::u16string NodeKey(std::u16string_view path) { return FoldCase(CleanPath(pat
 SimFiles::SimFiles(SeamGate& gate, ThreadApi& threads) : m_Gate(gate), m_Threads(threads) {
   m_Nodes[u""] = std::make_shared<Node>(Node{.directory = true});
   MakeDirectories(std::u16string(kDataFolder) + u"/OstrelNetworks/Corvane");
+  MakeDirectories(kProgramFolder);
 }
 
 bool SimFiles::Passes(const char* operation, DWORD ordinary) {
@@ -228,6 +229,12 @@ HRESULT SimFiles::SHGetFolderPathW(int csidl, std::u16string* path) {
   if (csidl != CSIDL_COMMON_APPDATA) return E_FAIL;
   *path = kDataFolder;
   return S_OK;
+}
+
+DWORD SimFiles::GetModuleFileNameA(std::string* path) {
+  if (!Passes("GetModuleFileNameA", ERROR_GEN_FAILURE)) return 0;
+  *path = ToUtf8(std::u16string(kProgramFolder) + u"/corvane.exe");
+  return static_cast<DWORD>(path->size());
 }
 
 std::optional<std::string> SimFiles::Read(std::u16string_view path) const {

@@ -26,6 +26,7 @@ class SeamGate;
 class SimFiles final : public FileApi {
  public:
   static constexpr LPCWSTR kDataFolder = u"/data";
+  static constexpr LPCWSTR kProgramFolder = u"/program";  // where the program's executable lies
 
   // `threads` keeps the last error of the calling thread.
   SimFiles(SeamGate& gate, ThreadApi& threads);
@@ -42,6 +43,7 @@ class SimFiles final : public FileApi {
   BOOL CreateDirectoryW(LPCWSTR path) override;
   DWORD GetFileAttributesW(LPCWSTR path) override;
   HRESULT SHGetFolderPathW(int csidl, std::u16string* path) override;
+  DWORD GetModuleFileNameA(std::string* path) override;
 
   // Nothing when there is no such file.
   std::optional<std::string> Read(std::u16string_view path) const;

@@ -34,7 +34,7 @@ void PublishRows(int idx, CQUAYInterfaceConfig& config, const BssEntryList& entr
   for (const auto& entry : entries) {
     if (rows->AddString(entry->GetStatusLine(), true) < 0) LOG_ERROR(u"[%i] -->FALIED to add to CSV\n", idx);
   }
-  if (!config.SetString(name, rows->GetText())) {
+  if (!config.SetString(name, rows->GetString())) {
     LOG_ERROR(u"[%i] ===========> SetRegistry_%s() FAILED!\n", idx, name);
   }
 }

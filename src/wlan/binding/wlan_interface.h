@@ -5,6 +5,7 @@
 
 #include "config/settings/interface_config.h"
 #include "config/store/address_text.h"
+#include "config/store/ap_list_row.h"
 #include "core/foundation/generic_malloc.h"
 #include "core/foundation/win_event.h"
 #include "monitors/interface_pdh.h"
@@ -108,6 +109,14 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   void SetDisconnectedTick(bool disconnected);  // stamps it unless it is set, or clears it
   void ClearConnected();  // forgets the connected flag and the peak quality
 
+  // --- Gateways of the present connection (gateway_roaming.cpp), on the worker
+  void GatewayRoamingCheck();  // teaches them to the connected entry and the memo
+  // False when the model has no such entry.
+  bool AssignGatewayMacsToBssEntry(const WString& ssid, const MacAddress& bssid, const MacList& ip4,
+                                   const MacList& ip6);
+  MacList GetIP4GatewayMacs() const;
+  MacList GetIP6GatewayMacs() const;
+
   // --- Switch rate (switch_rate.cpp)
   void IncSwitchAttempt();
   void RollSwitchPeriod();
@@ -137,6 +146,10 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
 
   // The networks by SSID, under the interface lock.
   NetworkMap& Networks() { return m_Networks; }
+  // What the AP lists write on the entries (apply_ap_lists.cpp), under the interface lock; each round,
+  // after discovery.
+  void ApplyPreferredRows(const PreferredApRows& rows);
+  void ApplyDenyRows(const ApListRows& rows);
   // A copy of every entry of every network, in map order, taken under the interface lock.
   BssEntryList SnapshotEntries();
 
@@ -203,6 +216,7 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   MacAddress m_connected_dot11Bssid{};                          // under m_StateLock
   MacAddress m_connected_dot11Bssid_if_we_initiated{};          // under m_StateLock
   WString m_last_connected_ssid;                                // under m_StateLock
+  MacList m_IP4GatewayMacs, m_IP6GatewayMacs;                   // under m_StateLock
   std::atomic<std::uint64_t> m_time_of_last_connected_ssid{0};
   std::atomic<std::uint64_t> m_disconnected_tick{0};
 

@@ -5,6 +5,7 @@
 #include "config/settings/global_config_container.h"
 #include "config/store/process_flags.h"
 #include "core/log/log.h"
+#include "monitors/global_ap_gateway_map_memo.h"
 #include "monitors/network_list_manager.h"
 #include "platform/clock_api.h"
 #include "platform/platform.h"
@@ -285,6 +286,12 @@ std::int32_t CWlanBssEntry::IncrementCandidate(std::int32_t force) {
 bool CWlanBssEntry::HasUsableProfile() const {
   const auto holds = [this](std::uint32_t mask) { return (m_GrantedAccess & mask) == mask; };
   return holds(platform::WLAN_EXECUTE_ACCESS) || holds(platform::WLAN_WRITE_ACCESS);
+}
+
+void CWlanBssEntry::AssignGatewayMacs(const MacList& ip4, const MacList& ip6) {
+  m_IP4GatewayMacs = ip4;
+  m_IP6GatewayMacs = ip6;
+  CGlobalAPGatewayMapMemo::GetInstance().Update(m_BSSIDText, ip4, ip6);
 }
 
 }  // namespace corvane

@@ -69,6 +69,9 @@ class CWlanBssEntry : public SmartObjEx<CWlanBssEntry, SmartObj<>> {
   // Stored profile that may be used to connect, by its access mask.
   bool HasUsableProfile() const;
 
+  // Keeps the gateways seen while this entry is connected, here and in the memo.
+  void AssignGatewayMacs(const MacList& ip4, const MacList& ip6);
+
   // Connects to this BSSID; blocks. Nothing on success, Exception on failure. `timeoutMs` may be
   // INFINITE. Lives with the connection control of the adapter binding.
   void ConnectSynchronous(CWlanInterface* pInterface, WStringView profileText, bool save,
@@ -106,6 +109,8 @@ class CWlanBssEntry : public SmartObjEx<CWlanBssEntry, SmartObj<>> {
   std::int32_t m_AuthAlgorithm = 0;
   platform::WLAN_CONNECTION_ATTRIBUTES m_ConnAttrs;
   std::uint32_t m_ApCountOnChannel = 0;
+  MacList m_IP4GatewayMacs;  // seen when this entry was connected
+  MacList m_IP6GatewayMacs;
 
   // Candidate state.
   std::int32_t m_candidate_counter = 0;

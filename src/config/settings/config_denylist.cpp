@@ -1,0 +1,25 @@
+#include "config/settings/config_denylist.h"
+
+#include "config/settings/global_config_container.h"
+#include "config/store/ap_list_json.h"
+#include "config/store/value_names.h"
+
+namespace corvane {
+
+namespace {
+
+constexpr std::uint32_t kFilterDenied = 2;
+
+}  // namespace
+
+CConfigDenylist::CConfigDenylist(CQUAYInterfaceConfig& owner) : CConfigApList(owner, kKind) {}
+
+const CConfigApList::Kind CConfigDenylist::kKind = {
+    "CConfigDenylist", "MoveDenylistAPFileToBackup", "denylist_ap", value::kDenylistJson, &ReadDenyRows};
+
+bool IsDenied(const ApListRows& rows, WStringView ssid, const MacAddress& mac) {
+  return IsListed(rows, ssid, mac) ||
+         CGlobalConfigContainer::GetInstance().GetNetworkFilter(ssid) == kFilterDenied;
+}
+
+}  // namespace corvane

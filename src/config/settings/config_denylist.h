@@ -1,0 +1,20 @@
+#pragma once
+#include "config/settings/config_ap_list.h"
+
+namespace corvane {
+
+// APs that the engine must never use; a connection to one of them is dropped.
+class CConfigDenylist : public CConfigApList {
+ public:
+  explicit CConfigDenylist(CQUAYInterfaceConfig& owner);
+
+  bool MoveDenylistAPFileToBackup() const { return MoveToBackup(); }
+
+ private:
+  static const Kind kKind;
+};
+
+// A row names this BSS, or the platform's own filter lists deny the network.
+bool IsDenied(const ApListRows& rows, WStringView ssid, const MacAddress& mac);
+
+}  // namespace corvane

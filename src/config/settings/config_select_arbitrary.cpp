@@ -1,0 +1,22 @@
+#include "config/settings/config_select_arbitrary.h"
+
+#include "config/settings/program_file.h"
+#include "config/store/ap_list_json.h"
+#include "core/foundation/exception.h"
+#include "core/log/log.h"
+
+namespace corvane {
+
+bool CConfigSelectArbitrary::LoadConfiguration(PreferredApRows* rows) const {
+  const std::size_t before = rows->size();
+  try {
+    return ReadPreferredRows(ReadProgramFile("preferred_ap"), rows);
+  } catch (const Exception& e) {
+    LOG_ERROR(u"CConfigSelectArbitrary::LoadConfiguration: Exception: %S", e.what());
+  } catch (const std::exception& e) {
+    LOG_ERROR(u"CConfigSelectArbitrary::LoadConfiguration: std:exception: %S", e.what());
+  }
+  return rows->size() > before;
+}
+
+}  // namespace corvane
