@@ -9,10 +9,12 @@ namespace corvane::platform::sim {
 SimDeviceLoop::SimDeviceLoop(ThreadApi& threads, ClockApi& clock)
     : m_Threads(threads), m_Clock(clock) {
   m_Threads.InitializeCriticalSection(&m_Lock, "simulated devices", 0);
+  m_Threads.InitializeCriticalSection(&m_CallbackLock, "simulated devices' callback", 0);
 }
 
 SimDeviceLoop::~SimDeviceLoop() {
   Stop();
+  m_Threads.DeleteCriticalSection(&m_CallbackLock);
   m_Threads.DeleteCriticalSection(&m_Lock);
 }
 

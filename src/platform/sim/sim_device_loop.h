@@ -44,14 +44,14 @@ class SimDeviceLoop {
     std::vector<Telling> tellings;
     if constexpr (std::is_void_v<decltype(f())>) {
       {
-        Hold hold(*this);
+        Hold hold(m_Threads, m_Lock);
         f();
         tellings.swap(m_Tellings);
       }
       Tell(tellings);
     } else {
       auto result = [&] {
-        Hold hold(*this);
+        Hold hold(m_Threads, m_Lock);
         auto inner = f();
         tellings.swap(m_Tellings);
         return inner;
@@ -70,6 +70,17 @@ class SimDeviceLoop {
   void In(std::uint64_t delayMs, Work work) { At(NowMs() + delayMs, std::move(work)); }
   // Runs work on the devices' thread with no lock held, after what was given before.
   void Deliver(Work work);
+  // Runs `f`, which calls the program back, without the devices' lock. One such call runs at a time.
+  template <class F>
+  void CallBack(F&& f) {
+    Hold hold(m_Threads, m_CallbackLock);
+    f();
+  }
+  // Without the lock: returns once no callback runs, or runs only on the calling thread. Who has
+  // left its table before is not called any more.
+  void AwaitCallback() {
+    CallBack([] {});
+  }
   // Tells the observer once the lock is free, on the thread that has it now.
   void Tell(Telling telling) {
     if (m_pObserver) m_Tellings.push_back(std::move(telling));
@@ -78,15 +89,16 @@ class SimDeviceLoop {
  private:
   class Hold {
    public:
-    explicit Hold(SimDeviceLoop& loop) : m_Loop(loop) {
-      loop.m_Threads.EnterCriticalSection(&loop.m_Lock);
+    Hold(ThreadApi& threads, CRITICAL_SECTION& lock) : m_Threads(threads), m_Lock(lock) {
+      threads.EnterCriticalSection(&lock);
     }
-    ~Hold() { m_Loop.m_Threads.LeaveCriticalSection(&m_Loop.m_Lock); }
+    ~Hold() { m_Threads.LeaveCriticalSection(&m_Lock); }
     Hold(const Hold&) = delete;
     Hold& operator=(const Hold&) = delete;
 
    private:
-    SimDeviceLoop& m_Loop;
+    ThreadApi& m_Threads;
+    CRITICAL_SECTION& m_Lock;
   };
 
   static DWORD ThreadProc(void* self);
@@ -97,6 +109,7 @@ class SimDeviceLoop {
   ClockApi& m_Clock;
   IPcObserver* m_pObserver = nullptr;
   CRITICAL_SECTION m_Lock;
+  CRITICAL_SECTION m_CallbackLock;  // held around a callback, taken without the other
   HANDLE m_hWake = nullptr;  // an event: the thread's wait is out of date
   HANDLE m_hThread = nullptr;
   bool m_bStarted = false;

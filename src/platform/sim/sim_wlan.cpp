@@ -66,7 +66,7 @@ DWORD SimWlan::WlanOpenHandle(DWORD clientVersion, void*, DWORD* negotiated, HAN
 
 DWORD SimWlan::WlanCloseHandle(HANDLE client, void*) {
   const bool closed = m_Machine.loop.WithLock([&] { return m_Clients.Close(client); });
-  m_Clients.AwaitCallback();
+  m_Machine.loop.AwaitCallback();
   if (const DWORD code = m_Gate.Enter("WlanCloseHandle"); code != ERROR_SUCCESS) return code;
   return closed ? ERROR_SUCCESS : ERROR_INVALID_HANDLE;
 }
@@ -81,7 +81,7 @@ DWORD SimWlan::WlanRegisterNotification(HANDLE client, DWORD source, BOOL,
     m_Clients.Register(client, source, callback, context, previousSource);
     return ERROR_SUCCESS;
   });
-  if (result == ERROR_SUCCESS && source == WLAN_NOTIFICATION_SOURCE_NONE) m_Clients.AwaitCallback();
+  if (result == ERROR_SUCCESS && source == WLAN_NOTIFICATION_SOURCE_NONE) m_Machine.loop.AwaitCallback();
   return result;
 }
 

@@ -5,8 +5,6 @@
 namespace corvane::platform::sim {
 
 namespace {
-// Handles are no small numbers, so that an index or a flag taken for one is found.
-constexpr std::uintptr_t kFirstHandle = 0x5A000;
 constexpr std::uintptr_t kHandleStep = 0x10;
 
 std::uintptr_t NumberOf(HANDLE client) { return reinterpret_cast<std::uintptr_t>(client); }
@@ -18,13 +16,6 @@ struct SimWlanClients::Notification {
   GUID adapter;
   std::vector<BYTE> data;
 };
-
-SimWlanClients::SimWlanClients(ThreadApi& threads, SimDeviceLoop& loop)
-    : m_Threads(threads), m_Loop(loop), m_LastHandle(kFirstHandle) {
-  m_Threads.InitializeCriticalSection(&m_CallbackLock, "simulated WLAN callback", 0);
-}
-
-SimWlanClients::~SimWlanClients() { m_Threads.DeleteCriticalSection(&m_CallbackLock); }
 
 HANDLE SimWlanClients::Open() {
   m_LastHandle += kHandleStep;
@@ -45,12 +36,6 @@ bool SimWlanClients::Register(HANDLE client, DWORD source, WLAN_NOTIFICATION_CAL
   return true;
 }
 
-// The lock is recursive, so a callback may end its own registration.
-void SimWlanClients::AwaitCallback() {
-  m_Threads.EnterCriticalSection(&m_CallbackLock);
-  m_Threads.LeaveCriticalSection(&m_CallbackLock);
-}
-
 void SimWlanClients::NotifyBytes(DWORD source, DWORD code, const GUID& adapter,
                                  std::vector<BYTE> data) {
   if (!NextListener(0, source)) return;
@@ -67,20 +52,20 @@ std::optional<std::uintptr_t> SimWlanClients::NextListener(std::uintptr_t after,
   return std::nullopt;
 }
 
-// Whether a client still listens is asked under the callback lock: once it has left the table,
+// Whether a client still listens is asked inside the callback section: once it has left the table,
 // AwaitCallback is certain that it is not called again.
 void SimWlanClients::Deliver(Notification& notification) {
   std::uintptr_t last = 0;
   for (bool more = true; more;) {
-    m_Threads.EnterCriticalSection(&m_CallbackLock);
-    const Client listener = m_Loop.WithLock([&] {
-      const auto next = NextListener(last, notification.source);
-      more = next.has_value();
-      if (!more) return Client{};
-      last = *next;
-      return m_Clients.at(last);
-    });
-    if (listener.callback) {
+    m_Loop.CallBack([&] {
+      const Client listener = m_Loop.WithLock([&] {
+        const auto next = NextListener(last, notification.source);
+        more = next.has_value();
+        if (!more) return Client{};
+        last = *next;
+        return m_Clients.at(last);
+      });
+      if (!more) return;
       WLAN_NOTIFICATION_DATA data;
       data.NotificationSource = notification.source;
       data.NotificationCode = notification.code;
@@ -88,8 +73,7 @@ void SimWlanClients::Deliver(Notification& notification) {
       data.dwDataSize = static_cast<DWORD>(notification.data.size());
       data.pData = notification.data.empty() ? nullptr : notification.data.data();
       listener.callback(&data, listener.context);
-    }
-    m_Threads.LeaveCriticalSection(&m_CallbackLock);
+    });
   }
 }
 

@@ -11,14 +11,11 @@
 
 namespace corvane::platform::sim {
 
-// The client handles of the WLAN service, and who is notified of what. Its functions are called
-// under the devices' lock, but for those that say otherwise.
+// The client handles of the WLAN service, and who is notified of what. Under the devices' lock. Who
+// closes a handle or ends a registration calls SimDeviceLoop::AwaitCallback afterwards.
 class SimWlanClients {
  public:
-  SimWlanClients(ThreadApi& threads, SimDeviceLoop& loop);
-  ~SimWlanClients();
-  SimWlanClients(const SimWlanClients&) = delete;
-  SimWlanClients& operator=(const SimWlanClients&) = delete;
+  explicit SimWlanClients(SimDeviceLoop& loop) : m_Loop(loop) {}
 
   HANDLE Open();
   bool Has(HANDLE client) const;
@@ -26,8 +23,6 @@ class SimWlanClients {
   // False for a handle that is not open. A source of WLAN_NOTIFICATION_SOURCE_NONE ends it.
   bool Register(HANDLE client, DWORD source, WLAN_NOTIFICATION_CALLBACK callback, void* context,
                 DWORD* previousSource);
-  // Without the lock: returns once no callback runs, or runs only on the calling thread.
-  void AwaitCallback();
 
   // Notifies every client that has registered for the source when the devices' thread comes to it.
   // Without data the notification's pointer is null.
@@ -54,11 +49,10 @@ class SimWlanClients {
   std::optional<std::uintptr_t> NextListener(std::uintptr_t after, DWORD source) const;
   void Deliver(Notification& notification);
 
-  ThreadApi& m_Threads;
   SimDeviceLoop& m_Loop;
   std::map<std::uintptr_t, Client> m_Clients;  // by handle, which rises with each one opened
-  std::uintptr_t m_LastHandle = 0;
-  CRITICAL_SECTION m_CallbackLock;  // held around a callback; taken without the devices' lock
+  // Handles are no small numbers, so that an index or a flag taken for one is found.
+  std::uintptr_t m_LastHandle = 0x5A000;
 };
 
 }  // namespace corvane::platform::sim
