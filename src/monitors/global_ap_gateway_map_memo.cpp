@@ -18,7 +18,7 @@ static_assert(std::size(kDashes) == 68 + 1);
 WString MacListText(const MacList& macs) {
   CSVHelper list(kMacSeparator);
   for (const MacAddress& mac : macs) list.AddString(MacText(mac), true);
-  return list.GetText();
+  return list.GetString();
 }
 
 void ParseMacList(WStringView text, MacList* macs) {
@@ -39,9 +39,9 @@ WString GatewayMapText(const CGlobalAPGatewayMapMemo::Map& records) {
     fields.AddString(bssid, true);
     fields.AddString(MacListText(macs.ip4), true);
     fields.AddString(MacListText(macs.ip6), true);
-    rows.AddString(fields.GetText(), true);
+    rows.AddString(fields.GetString(), true);
   }
-  return rows.GetText();
+  return rows.GetString();
 }
 
 void ParseGatewayMap(WStringView text, CGlobalAPGatewayMapMemo::Map* records) {

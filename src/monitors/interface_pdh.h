@@ -15,9 +15,12 @@ class CInterfacePDH : public SmartObjEx<CInterfacePDH, SmartObj<>> {
   ~CInterfacePDH() override;
   const char* GetClassName() const override { return "CInterfacePDH"; }
 
+  // Opens the counters of the interface with this index of the operating system; the gates are in Mbps.
+  // False without that interface or without counters; then polls read what there is.
   bool Initialize(std::uint32_t ifIndex, int configIdx, double rateGateHigh, double rateGateLow);
-  void PollPDHCollection();
+  void PollPDHCollection();  // at most once in 500 ms
   void CloseCounters();
+  // Starts the learning of a connection anew; the present rates stay. On any thread.
   void ResetIdleMeasure(double rateGateHigh, double rateGateLow);
 
   double GetRxMbps() const { return m_RxMbps; }
@@ -36,7 +39,13 @@ class CInterfacePDH : public SmartObjEx<CInterfacePDH, SmartObj<>> {
   void SetIdleSettled(bool settled) { m_bIdleSettled = settled; }
 
  private:
-  double ReadCounter(platform::PDH_HCOUNTER counter, const char16_t* name, bool* good) const;
+  bool OpenCounters();
+  bool AddCounter(const WString& path, platform::PDH_HCOUNTER* counter);
+  bool AddRateCounter(const char16_t* name, platform::PDH_HCOUNTER* counter);
+  void AddErrorCounter(const char16_t* name, platform::PDH_HCOUNTER* counter);
+  void ReadCounters(std::int64_t elapsedMs);
+  bool ReadCounter(platform::PDH_HCOUNTER counter, const char16_t* name, double* value) const;
+  void TakeTrickleSample(double mbps, std::uint64_t now);
 
   std::uint32_t m_IfIndex = 0xFFFFFFFF;
   WString m_InstanceName;

@@ -5,6 +5,7 @@ namespace corvane::value {
 
 inline constexpr char16_t kConnectStatus[] = u"ConnectStatus";
 inline constexpr char16_t kConnectedNetwork[] = u"ConnectedNetwork";
+inline constexpr char16_t kDisconnectedNetwork[] = u"DisconnectedNetwork";
 inline constexpr char16_t kConnectedSsid[] = u"ConnectedSsid";
 inline constexpr char16_t kConnectedBssid[] = u"ConnectedBssid";
 inline constexpr char16_t kConnectedLinkRateTX[] = u"ConnectedLinkRateTX";

@@ -34,6 +34,7 @@ void CQUAYMainWorker::UpdateConnectionState() {
     DetectRoam(now, bssidChanged, ssidDiffers);
     now.connected = true;
     m_Connection = now;
+    m_pInterface->m_backup_score = ComputeBackupScore(now.attrs, now.channel);
     LogConnection(now, bssidChanged || m_Round == 0);
     m_pInterface->ProcessIdleThresholds();
   } catch (const Exception& e) {

@@ -59,11 +59,15 @@ class CQUAYMainWorker : public SmartObjEx<CQUAYMainWorker, SmartObj<>>, public C
   void OnDisconnected();
   void DetectRoam(const Connection& now, bool bssidChanged, bool ssidDiffers);
   void LogConnection(const Connection& now, bool isNew) const;
+  // Points, never below 0 (connection_score.cpp).
+  std::int32_t ComputeBackupScore(const platform::WLAN_CONNECTION_ATTRIBUTES& attrs, std::uint32_t channel);
 
   int m_ConfigIdx = -1;
   CSmartPointer<CWlanInterface> m_pInterface;
   CSmartPointer<CQUAYInterfaceConfig> m_pConfig;
   Connection m_Connection;       // of the present round
+  std::int32_t m_Last2GhzQbssScore = -1;  // the bands' last average load points above 0
+  std::int32_t m_Last5GhzQbssScore = -1;
   std::uint32_t m_Round = 0;     // completed rounds since the running loop was entered
   bool m_bNoDelayActive = false; // a no-delay sleep was taken, the window has yet to be closed
 };

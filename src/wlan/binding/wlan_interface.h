@@ -137,12 +137,14 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   void ReleaseReservation(const MacAddress& bssid);  // only when it holds this BSSID
   bool GetReservation(MacAddress* bssid);
   void AddScoreDiffSummary(const CandidateSummary& summary);  // keeps 120
+  // Gives every entry outside the 5 GHz range the penalty that its final score takes, in points.
+  void SetBTPenalty(std::int32_t value);
   CandidateSummary TakeScoreDiffSummary();  // least minimum and greatest maximum; empties the list
 
   // --- Traffic, Mbps and seconds; 0 without counters
   double GetTrafficMbps() const;
   CSmartPointer<CInterfacePDH> Pdh() const { return m_pInterfacePDH; }
-  void ProcessIdleThresholds();  // learns the rate gates of the connection
+  void ProcessIdleThresholds();  // learns the rate gates of the connection (idle_thresholds.cpp)
 
   // The networks by SSID, under the interface lock.
   NetworkMap& Networks() { return m_Networks; }
