@@ -1,7 +1,13 @@
 #pragma once
+#include <string_view>
+
 #include "platform/types.h"
 
 namespace corvane::platform::sim {
+
+// Whether destructors use the operation, so that it never throws in a thread that was given up.
+// Waits see for themselves whether they may.
+bool NeverUnwinds(std::string_view operation);
 
 // What every operation of a simulated service calls first, with no lock held. Here a run may be
 // interleaved and faults are injected. The name of an operation is that of its Windows function.

@@ -1,9 +1,7 @@
 #include "platform/sim/sim_kernel.h"
 
 #include <algorithm>
-#include <array>
 #include <exception>
-#include <string_view>
 
 namespace corvane::platform::sim {
 
@@ -12,16 +10,6 @@ namespace {
 // Each user of random numbers has its own, so that one more draw here moves nothing there.
 constexpr std::uint64_t kFaultStream = 0xFA01;
 constexpr std::uint64_t kCryptoStream = 0xC0DE;
-
-// Operations that destructors use: they never throw in a thread that was given up. Waits see for
-// themselves whether they may.
-bool NeverThrows(std::string_view operation) {
-  static constexpr std::array<std::string_view, 7> kNames = {
-      "SetEvent",         "TerminateThread",          "WaitForSingleObject", "FlushFileBuffers",
-      "PdhRemoveCounter", "WlanRegisterNotification", "FlushOutput"};
-  return operation.find("Close") != operation.npos || operation.find("Free") != operation.npos ||
-         std::ranges::find(kNames, operation) != kNames.end();
-}
 
 }  // namespace
 
@@ -45,7 +33,7 @@ SimKernel::~SimKernel() { EndThreads(); }
 
 DWORD SimKernel::Enter(const char* operation, DWORD ordinary) {
   m_Scheduler.Call();
-  if (m_Scheduler.Current().abandoned && !NeverThrows(operation)) m_Scheduler.ThrowIfAbandoned();
+  if (m_Scheduler.Current().abandoned && !NeverUnwinds(operation)) m_Scheduler.ThrowIfAbandoned();
   const DWORD code = m_Faults.Decide(operation, ordinary, m_Scheduler.NowMs());
   if (code != FaultPlan::kFault) return code;
   if (std::uncaught_exceptions() > 0) return ordinary;  // a second exception would end the process

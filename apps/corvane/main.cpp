@@ -1,0 +1,29 @@
+#include <cstdio>
+#include <exception>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "core/service/service_main.h"
+#include "platform/linux/host_text.h"
+#include "platform/linux/linux_host.h"
+
+int main(int argc, char** argv) {
+  using namespace corvane::platform::linux_host;
+  if (argc == 2 && std::string_view(argv[1]) == "--help") {
+    std::fputs(kHostHelp, stdout);
+    return 0;
+  }
+  std::vector<std::u16string> words;
+  std::vector<const char16_t*> arguments;
+  for (int i = 0; i < argc; ++i) words.push_back(ToUtf16(argv[i]));
+  for (const std::u16string& word : words) arguments.push_back(word.c_str());
+  try {
+    const HostOptions options = ReadHostOptions();
+    const LinuxHost host(options, LoadWorld(options));
+    return corvane::ServiceMain(argc, arguments.data());
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "corvane: %s\n", error.what());
+    return 1;
+  }
+}

@@ -1,0 +1,64 @@
+#include "platform/linux/host_options.h"
+
+#include <charconv>
+#include <cstdlib>
+#include <string_view>
+
+#include "platform/linux/host_error.h"
+#include "platform/linux/host_text_file.h"
+#include "platform/sim/world_loader.h"
+
+namespace corvane::platform::linux_host {
+
+namespace {
+
+// Values that are set but empty count as not set.
+std::string ValueOf(Environment environment, const char* name) {
+  const char* value = environment(name);
+  return value ? value : "";
+}
+
+std::string DefaultHome(Environment environment) {
+  // The XDG Base Directory Specification ignores a relative path.
+  const std::string state = ValueOf(environment, "XDG_STATE_HOME");
+  if (state.starts_with('/')) return state + "/corvane";
+  const std::string user = ValueOf(environment, "HOME");
+  if (user.starts_with('/')) return user + "/.local/state/corvane";
+  throw HostError("there is no home directory: set CORVANE_HOME to one");
+}
+
+double ParseSpeed(std::string_view text) {
+  double speed = 0.0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), speed);
+  const bool valid = error == std::errc() && end == text.data() + text.size() &&
+                     speed >= kSlowest && speed <= kFastest;
+  if (!valid) {
+    throw HostError("CORVANE_SPEED needs a number from 0.01 to 1000, not \"" + std::string(text) +
+                    "\"");
+  }
+  return speed;
+}
+
+}  // namespace
+
+const char* ProcessEnvironment(const char* name) { return std::getenv(name); }
+
+HostOptions ReadHostOptions(Environment environment) {
+  HostOptions options{.home = ValueOf(environment, "CORVANE_HOME"),
+                      .worldFile = ValueOf(environment, "CORVANE_WORLD")};
+  if (options.home.empty()) options.home = DefaultHome(environment);
+  const std::string speed = ValueOf(environment, "CORVANE_SPEED");
+  if (!speed.empty()) options.speed = ParseSpeed(speed);
+  return options;
+}
+
+sim::World LoadWorld(const HostOptions& options) {
+  if (options.worldFile.empty()) return sim::BuiltInWorld();
+  try {
+    return sim::ParseWorld(ReadTextFile(options.worldFile), options.worldFile);
+  } catch (const std::exception& error) {
+    throw HostError(std::string("CORVANE_WORLD: ") + error.what());
+  }
+}
+
+}  // namespace corvane::platform::linux_host

@@ -1,0 +1,83 @@
+#include "platform/linux/linux_host.h"
+
+#include <chrono>
+#include <string>
+
+#include "platform/linux/host_clock.h"
+#include "platform/linux/host_console.h"
+#include "platform/linux/host_crypto.h"
+#include "platform/linux/host_files.h"
+#include "platform/linux/host_gate.h"
+#include "platform/linux/host_home.h"
+#include "platform/linux/host_text.h"
+#include "platform/linux/host_threads.h"
+#include "platform/linux/sqlite_registry.h"
+#include "platform/sim/sim_devices.h"
+
+namespace corvane::platform::linux_host {
+
+namespace {
+
+constexpr std::uint64_t kSeed = 1;
+constexpr std::chrono::seconds kUnwindLimit{10};
+
+}  // namespace
+
+// In the order in which things may fail: the home directory comes before all that could start.
+struct LinuxHost::Impl {
+  Impl(const HostOptions& options, const sim::World& world)
+      : home(options.home),
+        registry(gate, home.RegistryPath(), &notice),
+        time(options.speed),
+        clock(time),
+        threads(time),
+        files(gate, threads, ToUtf16(home.Path())),
+        devices(world, kSeed, deviceHost),
+        platform{threads,
+                 clock,
+                 console,
+                 crypto,
+                 files,
+                 devices.IpHelper(),
+                 devices.NetworkList(),
+                 devices.PerfCounters(),
+                 devices.Power(),
+                 registry,
+                 devices.Wlan()} {
+    if (!notice.empty()) console.WriteError("corvane: " + notice + "\n");
+    devices.Start();
+    SetPlatform(&platform);
+  }
+
+  ~Impl() {
+    threads.WaitForAbandoned(kUnwindLimit);
+    devices.Stop();
+    SetPlatform(nullptr);
+  }
+
+  static void PressKey(void* self) { static_cast<Impl*>(self)->console.PressKey(); }
+
+  HostHome home;
+  HostGate gate;
+  std::string notice;
+  SqliteRegistry registry;
+  HostTime time;
+  HostClock clock;
+  HostThreads threads;
+  HostConsole console;
+  HostCrypto crypto;
+  HostFiles files;
+  sim::DeviceHost deviceHost{threads, clock, registry, gate, &PressKey, this};
+  sim::SimDevices devices;
+  Platform platform;
+};
+
+LinuxHost::LinuxHost(const HostOptions& options, const sim::World& world)
+    : m_pImpl(std::make_unique<Impl>(options, world)) {}
+LinuxHost::~LinuxHost() = default;
+
+HostConsole& LinuxHost::Console() { return m_pImpl->console; }
+HostThreads& LinuxHost::Threads() { return m_pImpl->threads; }
+sim::SimDevices& LinuxHost::Devices() { return m_pImpl->devices; }
+
+}  // namespace corvane::platform::linux_host
