@@ -7,6 +7,7 @@
 #include <new>
 
 #include "platform/sim/sim_text.h"
+#include "platform/sim/world_text.h"
 
 namespace corvane::platform::sim {
 

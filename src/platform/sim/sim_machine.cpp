@@ -1,11 +1,11 @@
 #include "platform/sim/sim_machine.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
 
-#include "platform/sim/beacon_builder.h"
+#include "platform/sim/element_facts.h"
 #include "platform/sim/radio_model.h"
+#include "platform/sim/world_text.h"
 
 namespace corvane::platform::sim {
 
@@ -87,34 +87,9 @@ std::size_t SimMachine::NetworkOf(std::size_t accessPoint) {
   }
   Network network;
   network.ssid = ap.ssid;
-  network.name = network.description = SsidText(ap.ssid);
+  network.name = network.description = FromUtf8(ap.ssid);
   world.networks.push_back(std::move(network));
   return world.networks.size() - 1;
-}
-
-std::u16string SsidText(std::string_view ssid) {
-  std::u16string text;
-  for (std::size_t i = 0; i < ssid.size();) {
-    const auto lead = static_cast<unsigned char>(ssid[i]);
-    const std::size_t extra = lead < 0xC2 ? 0 : lead < 0xE0 ? 1 : lead < 0xF0 ? 2 : lead < 0xF5 ? 3 : 0;
-    std::uint32_t code = extra == 0 ? lead : lead & (0x3Fu >> extra);
-    std::size_t used = 0;
-    while (used < extra && i + used + 1 < ssid.size() &&
-           (static_cast<unsigned char>(ssid[i + used + 1]) & 0xC0) == 0x80) {
-      ++used;
-      code = code << 6 | (static_cast<unsigned char>(ssid[i + used]) & 0x3Fu);
-    }
-    const bool whole = used == extra;
-    if (!whole) code = lead;
-    if (code >= 0x10000) {
-      text += static_cast<char16_t>(0xD800 + ((code - 0x10000) >> 10));
-      text += static_cast<char16_t>(0xDC00 + ((code - 0x10000) & 0x3FF));
-    } else {
-      text += static_cast<char16_t>(code);
-    }
-    i += whole ? extra + 1 : 1;
-  }
-  return text;
 }
 
 DOT11_SSID ToDot11(std::string_view ssid) {
@@ -127,21 +102,6 @@ DOT11_SSID ToDot11(std::string_view ssid) {
 std::string FromDot11(const DOT11_SSID& ssid) {
   const std::size_t length = std::min<std::size_t>(ssid.uSSIDLength, sizeof ssid.ucSSID);
   return std::string(reinterpret_cast<const char*>(ssid.ucSSID), length);
-}
-
-std::string MacText(const Mac& mac) {
-  char text[18];
-  std::snprintf(text, sizeof text, "%02x-%02x-%02x-%02x-%02x-%02x", mac[0], mac[1], mac[2], mac[3],
-                mac[4], mac[5]);
-  return text;
-}
-
-std::u16string GuidText(const GUID& guid) {
-  char text[39];
-  std::snprintf(text, sizeof text, "{%08X-%04X-%04X-%02X%02X-%02X%02X%02X%02X%02X%02X}", guid.Data1,
-                guid.Data2, guid.Data3, guid.Data4[0], guid.Data4[1], guid.Data4[2], guid.Data4[3],
-                guid.Data4[4], guid.Data4[5], guid.Data4[6], guid.Data4[7]);
-  return std::u16string(text, text + std::strlen(text));
 }
 
 void CopyText(std::u16string_view text, char16_t* out, std::size_t chars) {

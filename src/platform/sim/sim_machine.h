@@ -52,12 +52,8 @@ struct SimMachine {
   std::vector<Sent> m_Sent;  // by access point
 };
 
-// SSID bytes as text: UTF-8, each byte that is none as itself.
-std::u16string SsidText(std::string_view ssid);
 DOT11_SSID ToDot11(std::string_view ssid);
 std::string FromDot11(const DOT11_SSID& ssid);  // at most 32 bytes
-std::string MacText(const Mac& mac);            // "aa-bb-cc-dd-ee-ff"
-std::u16string GuidText(const GUID& guid);      // "{8-4-4-4-12}", capital letters
 // As much of the text as fits, with its NUL.
 void CopyText(std::u16string_view text, char16_t* out, std::size_t chars);
 

@@ -6,6 +6,7 @@
 #include "platform/registry_api.h"
 #include "platform/sim/pc_observer.h"
 #include "platform/sim/radio_model.h"
+#include "platform/sim/world_text.h"
 
 namespace corvane::platform::sim {
 
@@ -138,7 +139,7 @@ void SimTimeline::OutsideConnect(const Action& action, SimWlanAdapter& adapter) 
   SimWlanAdapter::ConnectRequest request;
   request.cause = Cause::kOutside;
   request.ssid = action.ssid;
-  request.profile = profile ? profile->name : SsidText(action.ssid);
+  request.profile = profile ? profile->name : FromUtf8(action.ssid);
   request.mode = profile ? wlan_connection_mode_profile : wlan_connection_mode_temporary_profile;
   if (action.bssid != Mac{}) request.bssid = action.bssid;
   for (const AccessPoint& ap : m.machine.world.accessPoints) {
@@ -165,7 +166,7 @@ void SimTimeline::BareNotification(const Action& action, SimWlanAdapter& adapter
                       action.code != wlan_notification_msm_adapter_operation_mode_change;
   if (ofConnection) {
     WLAN_CONNECTION_NOTIFICATION_DATA data;
-    CopyText(SsidText(ssid), data.strProfileName, std::size(data.strProfileName));
+    CopyText(FromUtf8(ssid), data.strProfileName, std::size(data.strProfileName));
     data.dot11Ssid = ToDot11(ssid);
     data.dot11BssType = dot11_BSS_type_infrastructure;
     data.wlanReasonCode = action.number;

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "platform/sim/radio_model.h"
+#include "platform/sim/world_text.h"
 
 namespace corvane::platform::sim {
 
@@ -30,7 +31,7 @@ void SimWlanAdapter::Boot() {
     const Profile* profile = m_Profiles.FindForSsid(ap.ssid);
     LinkUp(*start, {.cause = Cause::kOutside,
                     .mode = wlan_connection_mode_profile,
-                    .profile = profile ? profile->name : SsidText(ap.ssid),
+                    .profile = profile ? profile->name : FromUtf8(ap.ssid),
                     .ssid = ap.ssid,
                     .security = ap.security,
                     .bssid = std::nullopt});

@@ -4,6 +4,7 @@
 
 #include "platform/sim/radio_model.h"
 #include "platform/sim/sim_wlan_adapter.h"
+#include "platform/sim/world_text.h"
 
 namespace corvane::platform::sim {
 

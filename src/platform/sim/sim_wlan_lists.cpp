@@ -4,7 +4,7 @@
 #include <cstring>
 #include <map>
 
-#include "platform/sim/beacon_builder.h"
+#include "platform/sim/element_facts.h"
 #include "platform/sim/radio_model.h"
 #include "platform/sim/sim_link_rate.h"
 

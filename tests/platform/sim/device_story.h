@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "platform/sim/beacon_builder.h"
+#include "platform/sim/element_facts.h"
 #include "platform/sim/pc_observer.h"
 #include "platform/sim/sim_devices.h"
 #include "platform/sim/world.h"
