@@ -153,6 +153,10 @@ void CQUAYMainWorker::PrepareRunning() {
   m_pInterface->DetermineInterfaceCapability();
   LOG_ADAPTER(m_ConfigIdx, kLoopLog, u"[%i]  Interface: %s %s %s", m_ConfigIdx,
               m_pInterface->GetConnectionName(), m_pInterface->GetGuidText(), m_pInterface->GetDescription());
+  m_forcedArbitrary.clear();
+  m_pConfig->m_SelectArbitrary.LoadConfiguration(&m_forcedArbitrary);
+  m_pConfig->m_Denylist.LoadFromFileAndRegistry();
+  m_pConfig->m_Allowlist.LoadFromFileAndRegistry();
   m_Round = 0;
   LOG_ADAPTER(m_ConfigIdx, kLoopLog, kRule, m_ConfigIdx, kVersion, kBuildDate);
 }
@@ -176,6 +180,8 @@ bool CQUAYMainWorker::RunRound() {
   m_Connection.entry.reset();
   if (IsInhibited()) return false;
   Discover();
+  m_pInterface->ApplyPreferredRows(m_forcedArbitrary);
+  m_pInterface->ApplyDenyRows(m_pConfig->m_Denylist.Rows());
   if (IsInhibited()) return false;
   {
     const CCritSecLock lock(CGlobalConfigContainer::GetInstance().GetLock());
@@ -202,6 +208,8 @@ void CQUAYMainWorker::RefreshSettings() {
                 u"[%i]CQUAYMainWorker::WorkThreadProc: Set_MainLoopSleepMs(scan_interval_ms=%lu)", m_ConfigIdx,
                 scanMs);
   }
+  m_pConfig->m_Denylist.ReloadFromRegistry();
+  m_pConfig->m_Allowlist.ReloadFromRegistry();
 }
 
 // Both enable flags are on, or the adapter is to be watched while it is disabled.

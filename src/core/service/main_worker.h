@@ -66,6 +66,7 @@ class CQUAYMainWorker : public SmartObjEx<CQUAYMainWorker, SmartObj<>>, public C
   CSmartPointer<CWlanInterface> m_pInterface;
   CSmartPointer<CQUAYInterfaceConfig> m_pConfig;
   Connection m_Connection;       // of the present round
+  PreferredApRows m_forcedArbitrary;  // read when the running loop is entered
   std::int32_t m_Last2GhzQbssScore = -1;  // the bands' last average load points above 0
   std::int32_t m_Last5GhzQbssScore = -1;
   std::uint32_t m_Round = 0;     // completed rounds since the running loop was entered

@@ -3,13 +3,18 @@
 
 #include "platform/sim/world.h"
 
+namespace corvane::platform::sim {
+class IPcObserver;
+}
+
 namespace corvane::platform::linux_host {
 
 // What the environment asks of the service's host.
 struct HostOptions {
-  std::string home;           // CORVANE_HOME
-  std::string worldFile = {};  // CORVANE_WORLD; empty for the built-in world
-  double speed = 1.0;         // CORVANE_SPEED, times faster than life
+  std::string home;                       // CORVANE_HOME
+  std::string worldFile = {};             // CORVANE_WORLD; empty for the built-in world
+  double speed = 1.0;                     // CORVANE_SPEED, times faster than life
+  sim::IPcObserver* observer = nullptr;   // is told what happens to the devices; outlives the host
 };
 
 inline constexpr double kSlowest = 0.01;

@@ -45,6 +45,7 @@ struct LinuxHost::Impl {
                  registry,
                  devices.Wlan()} {
     if (!notice.empty()) console.WriteError("corvane: " + notice + "\n");
+    devices.SetObserver(options.observer);
     devices.Start();
     SetPlatform(&platform);
   }
