@@ -141,6 +141,8 @@ void SimWlanAdapter::FinishScan() {
       observer.OnScanEnded(index, cause, good);
     });
   }
+  // The system uses what anybody's scan has found.
+  if (good && IsLeftToTheSystem() && ProfileInReach()) ConnectLater(300);
 }
 
 void SimWlanAdapter::AbortScan() {
@@ -205,6 +207,11 @@ void SimWlanAdapter::OnResume() {
   ConnectLater(1500);
 }
 
+bool SimWlanAdapter::IsLeftToTheSystem() const {
+  return m_Stage == Stage::kIdle && !m_Link && !m_Attempt && !m_bHeld && Data().autoConnect &&
+         m_Machine.wlanService && Ready() == ERROR_SUCCESS;
+}
+
 // The WLAN service's own rounds while the adapter is not connected. One that is to come replaces the
 // one before.
 void SimWlanAdapter::ConnectLater(std::uint64_t delayMs) {
@@ -216,8 +223,7 @@ void SimWlanAdapter::ConnectLater(std::uint64_t delayMs) {
 
 void SimWlanAdapter::ConnectByItself() {
   constexpr std::uint64_t kLongestPauseMs = 60'000;
-  const bool idle = m_Stage == Stage::kIdle && !m_Link && !m_Attempt && !m_bHeld;
-  if (!idle || Ready() != ERROR_SUCCESS || !m_Machine.wlanService) return;
+  if (!IsLeftToTheSystem()) return;
   if (const Profile* profile = ProfileInReach()) {
     m_FruitlessScans = 0;
     Connect({.cause = Cause::kOutside,

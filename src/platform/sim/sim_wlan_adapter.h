@@ -95,6 +95,7 @@ class SimWlanAdapter {
                                          double* dbm) const;
   std::optional<std::size_t> TargetOf(const ConnectRequest& request, double* dbm) const;
 
+  bool IsLeftToTheSystem() const;       // nobody uses it, and nobody has disconnected it
   void ConnectLater(std::uint64_t delayMs);  // the system's own connect
   void ConnectByItself();
   const Profile* ProfileInReach();

@@ -29,7 +29,7 @@ inline World TwoNetworks() {
     ap.ssid = ssid;
     ap.frequencyMhz = beacon.FrequencyMhz();
     ap.elements = beacon.Bytes();
-    ap.phy = beacon.Phy();
+    ap.phy = PhyOf(ap.elements, ap.frequencyMhz);
     ap.security = {DOT11_AUTH_ALGO_RSNA_PSK, DOT11_CIPHER_ALGO_CCMP, u"right key"};
     ap.track = {{0, dbm}};
     return ap;

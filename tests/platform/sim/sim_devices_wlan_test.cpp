@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "device_story.h"
 
 namespace corvane::test {
@@ -186,7 +188,7 @@ TEST_F(SimWlanTest, AConnectFailsForTheReasonOfLife) {
     kernel.RunFor(12s);
     const std::string expected = "0 program: connected Office " + std::string(kApTwo) + " " +
                                  std::to_string(one.reason);
-    EXPECT_EQ(std::ranges::count(told.lines, expected), 1) << testing::PrintToString(told.lines);
+    EXPECT_EQ(std::count(told.lines.begin(), told.lines.end(), expected), 1) << testing::PrintToString(told.lines);
     devices.Wlan().WlanCloseHandle(client, nullptr);
     devices.Stop();
   }
