@@ -9,18 +9,23 @@ class CWifiClientContainer {
  public:
   static CWifiClientContainer& GetInstance() { return Singleton<CWifiClientContainer>::GetInstance(); }
 
-  void Initialize();  // keeps failures to itself: then the count is 0
+  // Makes the client where there is none, enumerates and publishes the adapters. Keeps failures to
+  // itself: then the count is 0, and the next call tries again.
+  void Initialize();
   void Shutdown();
   int GetCount();
-  CSmartPointer<CWlanInterface> GetInterface(int position);  // null past the end
+  CSmartPointer<CWlanInterface> GetInterface(int position);  // in GUID order; null past the end
   bool AdapterCountChanged();
-  // Another adapter is connected to this BSS or has reserved it.
+  // Another adapter is connected to this BSS or has reserved it. Takes the other adapters' interface
+  // locks, one at a time: the caller holds none.
   bool AvoidThisCandidateOnMyIF(CWlanBssEntry* bss, CWlanInterface* myInterface);
 
  private:
   friend class Singleton<CWifiClientContainer>;
   CWifiClientContainer() = default;
+  ~CWifiClientContainer() { Shutdown(); }
   CSmartPointer<CWlanClient> Client();
+  CSmartPointer<CWlanClient> MakeClient();
 
   CCritSec m_Lock{"wifi client container", LockRank::kLeaf};
   CSmartPointer<CWlanClient> m_pClient;

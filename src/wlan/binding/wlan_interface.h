@@ -1,7 +1,9 @@
 #pragma once
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <list>
+#include <vector>
 
 #include "config/settings/interface_config.h"
 #include "config/store/address_text.h"
@@ -9,18 +11,18 @@
 #include "core/foundation/generic_malloc.h"
 #include "core/foundation/win_event.h"
 #include "monitors/interface_pdh.h"
+#include "monitors/ip_address.h"
 #include "platform/wlan_types.h"
 #include "select/report/ap_set_memo.h"
 #include "wlan/binding/notification_sink.h"
+#include "wlan/binding/operation_gate.h"
+#include "wlan/binding/scan_decision.h"
 #include "wlan/binding/switch_rate.h"
 #include "wlan/model/wlan_network.h"
 
 namespace corvane {
 
 class CWlanClient;
-
-// The synchronous operation in flight on an adapter.
-enum class WlanOperation : std::int32_t { kNone = 0, kScan = 1, kConnect = 2, kDisconnect = 3 };
 
 // Facts of a connection, as one query gave them.
 struct ConnectionFacts {
@@ -29,6 +31,13 @@ struct ConnectionFacts {
   platform::DOT11_SSID rawSsid;
   MacAddress bssid{};
   std::uint32_t quality = 0;  // 0 to 100
+};
+
+// What an adapter's present connection has of addresses.
+struct IPInfo {
+  WString dnsSuffix;
+  std::vector<Ip4Address> ip4, ip4Gateways;
+  std::vector<Ip6Address> ip6, ip6Gateways;
 };
 
 // The model of one adapter. Its object lock is the interface lock: it guards m_Networks, the operation
@@ -41,8 +50,12 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   const char* GetClassName() const override { return "CWlanInterface"; }
 
   // --- Life (wlan_interface.cpp)
+  // Reads the adapter's identity and publishes it; throws Exception.
   void Initialize(CWlanClient* client, const platform::WLAN_INTERFACE_INFO& info);
-  void Detach();  // drops the client, the configuration and the address lists
+  void UpdateInfo(const platform::WLAN_INTERFACE_INFO& info);  // while no worker runs
+  // Drops the client: from then on every platform call fails, and an operation that waits ends by its
+  // exit signal.
+  void Detach();
 
   int GetConfigIdx() const { return m_ConfigIdx; }
   const WString& GetGuidText() const { return m_GuidText; }
@@ -54,7 +67,7 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   bool IsConnected() const { return m_bIsConnected; }
   std::uint32_t GetCurrentChannel() const { return m_CurrentChannel; }  // of the last QueryChannel
   bool IsHECapable() const;
-  // The adapter's configuration; throws Exception once it is gone.
+  // The adapter's configuration; throws Exception before Initialize.
   CSmartPointer<CQUAYInterfaceConfig> Config() const;
 
   // --- Queries (wlan_queries.cpp); all throw Exception with the platform's code on failure
@@ -74,6 +87,8 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
                                     std::int32_t* rssi);
   bool IsRadioOff() const;  // by the cached state of the HT or VHT PHY
   void StoreRadioState(const platform::WLAN_RADIO_STATE& state);
+  // The network list has a private network among the adapter's connections.
+  bool IsConnectedToPrivateNetwork();
   // Both BSSIDs are members of one network of this adapter.
   bool IsConnectedToNetworkWithBothBssids(const MacAddress& a, const MacAddress& b);
   WStringView AdapterClassText() const;  // "ax", "ac", … "802.11"
@@ -82,22 +97,33 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   // How many listed networks have a profile. *aux_error is written only with 100.
   std::int32_t DiscoverNetworksSynchronous(bool force_scan, bool first, std::int32_t* aux_error);
   void ScanSynchronous(const platform::DOT11_SSID* pSsid);  // throws Exception
-  void UpdateAllScores();
+  void UpdateAllScores();  // takes the interface lock, then the maps lock
   void ClearNetworks();
   bool IsScanInFlight() const { return m_scan_in_flight; }
   bool IsScanFresh() const { return m_scan_fresh; }
 
-  // --- Profiles (profiles.cpp)
-  void RefreshProfiledAPList();
-  void EnumerateALLAPProfiles();
-  CSmartPointer<CWlanProfileData> GetProfileDataHelper(const WString& name);
+  // --- Profiles (profiles.cpp, network_filters.cpp, temporary_profiles.cpp). No failure is told to
+  // the caller other than by the result.
+  void RefreshProfiledAPList();   // rebuilds only when a name or the count differs
+  void EnumerateALLAPProfiles();  // always rebuilds
+  CSmartPointer<CWlanProfileData> GetProfileDataHelper(const WString& name);  // null: no such profile
+  // *hidden is left alone for a network without a profile.
   bool GetProfileProperties(const WString& ssid, bool* hidden);
+  bool DeleteWlanProfile(const WString& name);
+  void RefreshNetworkAllowDenyFilters();
+  // Keeps the XML text of a temporary connection with its network, unless that has a profile.
+  void SaveTempProfileToNetwork(const WString& ssid,
+                                const platform::WLAN_CONNECTION_PARAMETERS& parameters);
+  bool GetTempProfile(WStringView ssid, WString* xml);
+  void SaveTempProfiles();  // stores the queued texts as profiles, each once
 
-  // --- Connection control (connection_control.cpp)
+  // --- Connection control (connection_control.cpp). The operations block, queue behind one another
+  // without a limit, and throw Exception; without a client they do nothing. Timeouts may be INFINITE.
+  // The caller holds no interface lock.
   void ConnectSynchronous(const platform::WLAN_CONNECTION_PARAMETERS& parameters, bool save,
                           std::uint32_t timeoutMs);
   void ConnectToNetwork(const WString& ssid);
-  void DisconnectSynchronous(WStringView text);
+  void DisconnectSynchronous(WStringView text);  // `text` goes only to the log
   bool SetConnectedBssid(const MacAddress& bssid);   // true: another BSSID than before
   void ClearConnectedBssid();
   bool SetLastConnectedSsid(WStringView ssid);  // true: another SSID than before
@@ -105,9 +131,18 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   MacAddress GetConnectedBssidIfWeInitiated() const;
   WString GetLastConnectedSsid() const;
   platform::WLAN_CONNECTION_ATTRIBUTES GetConnAttrs() const;
+  std::uint64_t GetTimeOfLastConnectedSsid() const { return m_time_of_last_connected_ssid; }
+  std::uint32_t GetMaxSignalQuality() const { return m_MaxSignalQuality; }
   std::uint64_t GetDisconnectedAgeMs() const;  // 0 while connected
   void SetDisconnectedTick(bool disconnected);  // stamps it unless it is set, or clears it
   void ClearConnected();  // forgets the connected flag and the peak quality
+
+  // --- Addresses of the present connection (ip_info.cpp)
+  // Reads them anew, when the radio comes on and at each change of connection, and teaches the
+  // gateways to the connected entry. A failed call leaves its list empty.
+  void RefreshIPInfo();
+  IPInfo GetIPInfo() const;
+  void DumpIPAddresses() const;  // to the log
 
   // --- Gateways of the present connection (gateway_roaming.cpp), on the worker
   void GatewayRoamingCheck();  // teaches them to the connected entry and the memo
@@ -171,41 +206,80 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
  private:
   friend class CWlanClient;
   // Handlers proper, behind the fault guards of the notification operations.
-  void ConnectionNotification_internal(platform::DWORD code,
-                                       const platform::WLAN_CONNECTION_NOTIFICATION_DATA& data);
+  void ConnectionNotification_internal(platform::DWORD code, const void* data);
   void ScanNotification_internal(platform::DWORD code, platform::DWORD reason);
-  void MSMRadioStateNotification_internal(const platform::WLAN_PHY_RADIO_STATE& state);
+  void MSMNotification_internal(const void* data);
+  void MSMRadioStateNotification_internal(const void* data);
+  void MSMSignalQualityNotification_internal(platform::DWORD quality);
+  void MSMAdapterOperationModeNotification_internal(platform::DWORD mode);
+  template <typename Handler>
+  void GuardHandler(const char* operation, Handler&& handler);
+  void OnNoCompletion(platform::DWORD code, bool weInitiated);
   void OnOutsideCompletion(platform::DWORD code, bool xSide, const WString& ssid);
-  void OnOwnCompletion(platform::DWORD code, platform::DWORD reason, const WString& ssid);
-  void AfterDisconnect(WStringView ssid);
+  void OnOutsideDisconnect(platform::DWORD code, bool xSide, const WString& ssid);
+  void OnOutsideConnect(platform::DWORD code, const WString& ssid);
+  void OnOwnCompletion(platform::DWORD code, WlanOperation kind, platform::DWORD reason,
+                       const WString& ssid);
+  void ForgetConnection(const WString& ssid);  // what every completed disconnect does
 
-  void BeginOperation(WlanOperation kind);  // waits for its turn; returns with the interface lock held
-  void EndOperation();
+  // Waits for its turn and makes the platform call under the interface lock; false without a client.
+  bool StartOperation(WlanOperation kind, const std::function<void()>& call);
+  // Waits for the completion of the operation that was begun. After kDone the outcome is to be taken,
+  // after kTimeout the operation is withdrawn, after kExit it is still in flight.
+  enum class CompletionResult { kDone, kTimeout, kExit };
+  CompletionResult AwaitCompletion(CWinEvent& event, std::uint32_t timeoutMs);
+  void AwaitConnect(std::uint32_t timeoutMs);
+  void AwaitConnectedState();
+  void QueueTempProfile(const platform::WLAN_CONNECTION_PARAMETERS& parameters);
   void ConnectInternal(const platform::WLAN_CONNECTION_PARAMETERS& parameters);
   void DisconnectInternal();
   void ScanInternal(const platform::DOT11_SSID* pSsid);
-  void AwaitConnectedState();
+
+  platform::DWORD Query(std::int32_t opcode, platform::DWORD* size, void** data);
+  template <typename T>
+  void QueryStruct(std::int32_t opcode, T* out);
+  std::int32_t BackupScore(WStringView ssid, const MacAddress& bssid) const;  // -1 while disconnected
+  void WlanInterfaceCapability();
+  void NotePhy(std::uint32_t position, std::int32_t type);
+
+  bool MayScan(bool force_scan, std::uint64_t now, double rate);
+  void LogScanDecision(const ScanInputs& in, const ScanDecision& decision) const;
+  void RunScans(std::uint64_t now);
+  void RunHiddenScans();
+  void ReadLists(bool scanned, bool first, double rate, std::int32_t* found, std::int32_t* aux_error);
   CSmartPointer<CGenericMalloc> GetAvailableNetworkList();
   CSmartPointer<CGenericMalloc> GetNetworkBssList();
-  bool DecideScan(bool force_scan, std::uint64_t now, double rate);
-  void RunScans(std::uint64_t now);
-  std::int32_t ReadLists(bool scanned, bool first, std::int32_t* aux_error);
-  void MarkConnected();
+  void ClearScanMarks();
+  void TakeNetworks(const CGenericMalloc& list, std::int32_t* found);
+  bool FindProfile(CWlanNetwork& network);
+  void TakeBssEntries(const CGenericMalloc& list);
+  void TakeBss(const platform::WLAN_BSS_ENTRY& bss, const std::uint8_t* ies, std::uint32_t cbIEs,
+               const MacAddress& connected);
   void BumpUnscannedCounter();
-  void RebuildProfiledNetworks(const char16_t* operation, const std::list<WString>& names, bool hidden);
+  void MarkConnected();
+  void NoteConnectivity();
+  void RememberConnectivity();
+
+  bool ListProfiles(std::vector<WString>* names);
+  void RebuildProfiledNetworks(const char* operation, const std::vector<WString>& names,
+                               bool collectHidden);
+  void ProcessSwitchesPerMin();
+  void ForgetIPInfo();
   CSmartPointer<CWlanClient> Client() const;  // null after Detach
 
-  mutable CCritSec m_StateLock{"interface state", LockRank::kLeaf};  // guards the small texts and copies below
-  CSmartPointer<CWlanClient> m_pClient;
+  // Guards the small texts and copies below; held for a copy.
+  mutable CCritSec m_StateLock{"interface state", LockRank::kLeaf};
+  CSmartPointer<CWlanClient> m_pClient;  // under m_StateLock
   CSmartPointer<CQUAYInterfaceConfig> m_pConfig;
   platform::WLAN_INTERFACE_INFO m_Info;
   WString m_GuidText;
   std::uint32_t m_OsIfIndex = 0xFFFFFFFF;
   WString m_MacText;
   WString m_Description;
+  WString m_ConnectionKeyPath;
   WString m_ConnectionName;
   platform::WLAN_INTERFACE_CAPABILITY m_Capability;
-  platform::WLAN_RADIO_STATE m_RadioState;  // under m_StateLock
+  platform::WLAN_RADIO_STATE m_RadioState;  // under m_StateLock; each dwPhyIndex -1 at the start
   std::atomic<std::int32_t> m_HE_PhyIdx{-1}, m_VHT_PhyIdx{-1}, m_HT_PhyIdx{-1};
   std::atomic<std::int32_t> m_G_PhyIdx{-1}, m_B_PhyIdx{-1}, m_A_PhyIdx{-1};
   int m_ConfigIdx = -1;
@@ -214,39 +288,37 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   std::atomic<std::uint32_t> m_MaxSignalQuality{0};
   bool m_bHighestPhyPending = true;
 
-  platform::WLAN_CONNECTION_ATTRIBUTES m_ConnAttrs;             // under m_StateLock
-  MacAddress m_connected_dot11Bssid{};                          // under m_StateLock
-  MacAddress m_connected_dot11Bssid_if_we_initiated{};          // under m_StateLock
-  WString m_last_connected_ssid;                                // under m_StateLock
-  MacList m_IP4GatewayMacs, m_IP6GatewayMacs;                   // under m_StateLock
-  std::atomic<std::uint64_t> m_time_of_last_connected_ssid{0};
+  platform::WLAN_CONNECTION_ATTRIBUTES m_ConnAttrs;     // under m_StateLock, as all down to the tick
+  MacAddress m_connected_dot11Bssid{};                  // of the last connection round
+  MacAddress m_connected_dot11Bssid_if_we_initiated{};  // zero for a connection of somebody else
+  WString m_last_connected_ssid;
+  IPInfo m_IPInfo;
+  MacList m_IP4GatewayMacs, m_IP6GatewayMacs;
+  std::atomic<std::uint64_t> m_time_of_last_connected_ssid{0};  // tick
   std::atomic<std::uint64_t> m_disconnected_tick{0};
+  std::vector<WString> m_TempProfilesToSave;  // XML texts, interface lock
 
   CSmartPointer<CWinEvent> m_pConnectSyncEvent;
   CSmartPointer<CWinEvent> m_pScanSyncEvent;
-  std::atomic<bool> m_op_busy{false};
-  std::atomic<WlanOperation> m_op_kind{WlanOperation::kNone};
-  std::atomic<bool> m_op_waiting{false};
-  std::atomic<std::int32_t> m_op_reason{-2};
-  std::atomic<std::uint32_t> m_op_code{0};
+  OperationGate m_Operation;
 
   NetworkMap m_Networks;  // interface lock
-  CApSetMemo m_InternetMemo;
+  CApSetMemo m_InternetMemo;  // the connectivity that the scores saw, over a loss of the tree
   CSmartPointer<CInterfacePDH> m_pInterfacePDH;
 
-  std::uint64_t m_LastScanTime = 0;
-  std::uint64_t m_LastScanStart = 0;
+  std::uint64_t m_LastScanTime = 0;   // tick: the clock of the scan interval
+  std::uint64_t m_LastScanStart = 0;  // tick of the last scan
   std::uint32_t m_consec_ScanDeferrals = 0;
   std::atomic<std::uint32_t> m_connected_scan_count{0};
   std::atomic<std::uint32_t> m_disconnected_scan_count{0};
   std::uint32_t m_ScanAttempts = 0, m_ScanFailures = 0, m_ScanSuccesses = 0;
   std::atomic<bool> m_scan_fresh{false};
   std::atomic<bool> m_scan_in_flight{false};
-  std::list<double> m_RateHistory;  // newest first, at most 2
+  std::vector<double> m_RateHistory;  // Mbps, newest first, at most 2
 
   SwitchRate m_SwitchRate;
   std::list<CandidateSummary> m_score_diff_summaries;
-  bool m_bReserved = false;                // m_reserved_candidate, interface lock
+  bool m_bReserved = false;  // m_reserved_candidate, interface lock
   MacAddress m_reserved_candidate{};
   std::int32_t m_last_notified_score = 0;
   std::uint32_t m_score_rise_streak = 0;
