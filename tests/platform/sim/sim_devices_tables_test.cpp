@@ -124,7 +124,7 @@ TEST_F(SimTablesTest, TheNetworkListFollowsLinksAndTimeline) {
   EXPECT_EQ(Connections(), "161 ");
   Do(R"({"do": "interface", "interface": "Ethernet", "on": true})");
   Do(R"({"do": "network", "network": "Office 2", "internet": false, "category": "domain"})");
-  EXPECT_EQ(Networks(), "Office 2 2 544, Wired 0 64, null 0 0");
+  EXPECT_EQ(Networks(), "Office 2 2 32, Wired 0 64, null 0 0");
   EXPECT_EQ(Connections(), "161 178 ");
   Do(R"({"do": "disconnect", "adapter": 0})");
   RunFor(1s);
