@@ -37,3 +37,8 @@ if(mold_program)
 elseif(lld_program)
   target_link_options(corvane_options INTERFACE -fuse-ld=lld)
 endif()
+
+if(CORVANE_UNITY AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  # In a batch every source is an included file, for which this warning is meant.
+  target_compile_options(corvane_options INTERFACE -Wno-subobject-linkage)
+endif()

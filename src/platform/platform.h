@@ -8,12 +8,14 @@ namespace corvane::platform {
 class ClockApi;
 class ConsoleApi;
 class CryptoApi;
+class EventTraceApi;
 class FileApi;
 class IpHelperApi;
 class NetworkListApi;
 class PerfCounterApi;
 class PowerApi;
 class RegistryApi;
+class SessionApi;
 class ThreadApi;
 class WlanApi;
 
@@ -23,12 +25,14 @@ struct Platform {
   ClockApi& clock;
   ConsoleApi& console;
   CryptoApi& crypto;
+  EventTraceApi& eventTrace;
   FileApi& files;
   IpHelperApi& ipHelper;
   NetworkListApi& networkList;
   PerfCounterApi& perfCounters;
   PowerApi& power;
   RegistryApi& registry;
+  SessionApi& session;
   WlanApi& wlan;
 };
 

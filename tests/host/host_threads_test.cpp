@@ -25,6 +25,8 @@ HANDLE Start(HostThreads& threads, Body& body, const char* name = "test") {
       nullptr);
 }
 
+}  // namespace
+
 class HostThreadsTest : public testing::Test {
  protected:
   ~HostThreadsTest() override { EXPECT_EQ(threads.OpenHandles(), 0u); }
@@ -33,8 +35,6 @@ class HostThreadsTest : public testing::Test {
   HostClock clock{time};
   HostThreads threads{time};
 };
-
-}  // namespace
 
 TEST_F(HostThreadsTest, GivesAThreadsResultToWhoeverWaitsForIt) {
   auto body = [&]() -> DWORD {

@@ -17,6 +17,8 @@ using namespace std::chrono_literals;
 
 constexpr auto kLimit = 60s;
 
+}  // namespace
+
 class ProgramTest : public testing::Test {
  protected:
   std::map<std::string, std::string> Environment() const {
@@ -47,8 +49,6 @@ class ProgramTest : public testing::Test {
   TempDirectory directory;
   const std::string home = directory / "home";
 };
-
-}  // namespace
 
 TEST_F(ProgramTest, PublishesItsStateRefusesASecondInstanceAndStopsInOrder) {
   Program service(directory / "output", Environment());

@@ -29,7 +29,7 @@ using platform::sim::Cause;
 
 constexpr double kSpeed = 200.0;
 constexpr int kRounds = 1000;
-constexpr auto kLimit = 300s;
+constexpr auto kRunLimit = 300s;
 
 constexpr char kWorld[] = R"({
   "networks": [{ "name": "Office", "ssid": "Office", "category": "private" }],
@@ -127,7 +127,7 @@ TEST(ServiceRealtime, KeepsTwoAdaptersThroughAThousandRoundsOnRealThreads) {
       const char16_t* arguments[] = {u"corvane"};
       exitCode = ServiceMain(1, arguments);
     });
-    const auto end = std::chrono::steady_clock::now() + kLimit;
+    const auto end = std::chrono::steady_clock::now() + kRunLimit;
     for (std::size_t i = 0; rounds < kRounds && std::chrono::steady_clock::now() < end; ++i) {
       std::this_thread::sleep_for(60s / kSpeed);
       host.Devices().Do(kEvents[i % std::size(kEvents)]);

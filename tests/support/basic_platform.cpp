@@ -381,10 +381,10 @@ HRESULT BasicFiles::SHGetFolderPathW(int csidl, std::u16string* path) {
 // ---- the whole --------------------------------------------------------------------------------------
 
 BasicPlatform::BasicPlatform(IpHelperApi* ipHelper)
-    : m_Platform{threads,        clock,     console,    m_Crypto,
-                 files,          ipHelper ? *ipHelper : m_IpHelper,
-                 m_NetworkList,  m_PerfCounters,
-                 m_Power,        m_Registry, m_Wlan} {
+    : m_Platform{threads,       clock,          console, m_Crypto,   m_EventTrace,
+                 files,         ipHelper ? *ipHelper : m_IpHelper,
+                 m_NetworkList, m_PerfCounters, m_Power, m_Registry, m_Session,
+                 m_Wlan} {
   SetPlatform(&m_Platform);
 }
 

@@ -18,6 +18,7 @@
 #include "platform/clock_api.h"
 #include "platform/console_api.h"
 #include "platform/crypto_api.h"
+#include "platform/event_trace_api.h"
 #include "platform/file_api.h"
 #include "platform/ip_helper_api.h"
 #include "platform/network_list_api.h"
@@ -25,6 +26,7 @@
 #include "platform/platform.h"
 #include "platform/power_api.h"
 #include "platform/registry_api.h"
+#include "platform/session_api.h"
 #include "platform/thread_api.h"
 #include "platform/wlan_api.h"
 
@@ -198,11 +200,13 @@ class BasicPlatform {
 
  private:
   platform::CryptoApi m_Crypto;
+  platform::EventTraceApi m_EventTrace;
   platform::IpHelperApi m_IpHelper;
   platform::NetworkListApi m_NetworkList;
   platform::PerfCounterApi m_PerfCounters;
   platform::PowerApi m_Power;
   platform::RegistryApi m_Registry;
+  platform::SessionApi m_Session;
   platform::WlanApi m_Wlan;
   platform::Platform m_Platform;
 };

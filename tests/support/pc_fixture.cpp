@@ -42,6 +42,8 @@ void RunRecord::CheckNothingIsLeft(sim::SimKernel& kernel) {
   EXPECT_EQ(kernel.OpenHandles(), 0u) << "threads, events and semaphores";
   EXPECT_EQ(kernel.Registry().OpenHandles(), 0u) << "registry keys";
   EXPECT_EQ(kernel.Files().OpenHandles(), 0u) << "files";
+  EXPECT_EQ(kernel.Session().OpenHandles(), 0u) << "tokens, processes and pipes";
+  EXPECT_EQ(kernel.EventTrace().OpenHandles(), 0u) << "event providers";
 }
 
 void RunRecord::CheckReports() {
@@ -59,8 +61,10 @@ struct KernelTest::Services {
         clock(&kernel.Clock()),
         console(&kernel.Console()),
         crypto(&kernel.Crypto()),
+        eventTrace(&kernel.EventTrace()),
         files(&kernel.Files()),
-        registry(&kernel.Registry()) {}
+        registry(&kernel.Registry()),
+        session(&kernel.Session()) {}
 
   IpHelperApi defaultIpHelper;
   NetworkListApi defaultNetworkList;
@@ -72,12 +76,14 @@ struct KernelTest::Services {
   ClockApi* clock;
   ConsoleApi* console;
   CryptoApi* crypto;
+  EventTraceApi* eventTrace;
   FileApi* files;
   IpHelperApi* ipHelper = &defaultIpHelper;
   NetworkListApi* networkList = &defaultNetworkList;
   PerfCounterApi* perfCounters = &defaultPerfCounters;
   PowerApi* power = &defaultPower;
   RegistryApi* registry;
+  SessionApi* session;
   WlanApi* wlan = &defaultWlan;
 };
 
@@ -102,15 +108,16 @@ void KernelTest::TearDown() {
 void KernelTest::PutInForce() {
   const Services& use = *m_pServices;
   SetPlatform(nullptr);
-  m_Platform.emplace(Platform{*use.threads, *use.clock, *use.console, *use.crypto, *use.files,
-                              *use.ipHelper, *use.networkList, *use.perfCounters, *use.power,
-                              *use.registry, *use.wlan});
+  m_Platform.emplace(Platform{*use.threads, *use.clock, *use.console, *use.crypto, *use.eventTrace,
+                              *use.files, *use.ipHelper, *use.networkList, *use.perfCounters, *use.power,
+                              *use.registry, *use.session, *use.wlan});
   SetPlatform(&*m_Platform);
 }
 
 void KernelTest::Use(ClockApi& service) { m_pServices->clock = &service, PutInForce(); }
 void KernelTest::Use(ConsoleApi& service) { m_pServices->console = &service, PutInForce(); }
 void KernelTest::Use(CryptoApi& service) { m_pServices->crypto = &service, PutInForce(); }
+void KernelTest::Use(EventTraceApi& service) { m_pServices->eventTrace = &service, PutInForce(); }
 void KernelTest::Use(FileApi& service) { m_pServices->files = &service, PutInForce(); }
 void KernelTest::Use(IpHelperApi& service) { m_pServices->ipHelper = &service, PutInForce(); }
 void KernelTest::Use(NetworkListApi& service) { m_pServices->networkList = &service, PutInForce(); }
@@ -119,6 +126,7 @@ void KernelTest::Use(PerfCounterApi& service) {
 }
 void KernelTest::Use(PowerApi& service) { m_pServices->power = &service, PutInForce(); }
 void KernelTest::Use(RegistryApi& service) { m_pServices->registry = &service, PutInForce(); }
+void KernelTest::Use(SessionApi& service) { m_pServices->session = &service, PutInForce(); }
 void KernelTest::Use(ThreadApi& service) { m_pServices->threads = &service, PutInForce(); }
 void KernelTest::Use(WlanApi& service) { m_pServices->wlan = &service, PutInForce(); }
 

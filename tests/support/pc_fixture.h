@@ -11,6 +11,7 @@
 #include "platform/clock_api.h"
 #include "platform/console_api.h"
 #include "platform/crypto_api.h"
+#include "platform/event_trace_api.h"
 #include "platform/file_api.h"
 #include "platform/ip_helper_api.h"
 #include "platform/network_list_api.h"
@@ -18,6 +19,7 @@
 #include "platform/platform.h"
 #include "platform/power_api.h"
 #include "platform/registry_api.h"
+#include "platform/session_api.h"
 #include "platform/sim/sim_kernel.h"
 #include "platform/sim/simulated_pc.h"
 #include "platform/thread_api.h"
@@ -77,12 +79,14 @@ class KernelTest : public testing::Test {
   void Use(platform::ClockApi& service);
   void Use(platform::ConsoleApi& service);
   void Use(platform::CryptoApi& service);
+  void Use(platform::EventTraceApi& service);
   void Use(platform::FileApi& service);
   void Use(platform::IpHelperApi& service);
   void Use(platform::NetworkListApi& service);
   void Use(platform::PerfCounterApi& service);
   void Use(platform::PowerApi& service);
   void Use(platform::RegistryApi& service);
+  void Use(platform::SessionApi& service);
   void Use(platform::ThreadApi& service);
   void Use(platform::WlanApi& service);
 

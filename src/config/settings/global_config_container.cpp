@@ -146,7 +146,7 @@ void CGlobalConfigContainer::RefreshGlobals() {
   ReadPercent(*registry, u"SCOREDIFFPCT", &m_ScoreDiffPct);
 }
 
-void CGlobalConfigContainer::Shutdown(bool) {
+void CGlobalConfigContainer::Shutdown(bool killPopups) {
   std::vector<CSmartPointer<CQUAYInterfaceConfig>> configs;
   CSmartPointer<CSVHelper> weeks;
   {
@@ -156,7 +156,10 @@ void CGlobalConfigContainer::Shutdown(bool) {
     m_IFConfigCount = 0;
     m_pRandomCsv.Swap(weeks);
   }
-  for (const auto& config : configs) config->Shutdown();
+  for (const auto& config : configs) {
+    if (killPopups) KillNudgeDialog();
+    config->Shutdown();
+  }
   ReleaseRegistry();
 }
 
@@ -233,7 +236,7 @@ bool CGlobalConfigContainer::SetClientDir(WStringView path) {
   return true;
 }
 
-bool CGlobalConfigContainer::FindFileInClientDirs(WStringView name, WString* out) const {
+bool CGlobalConfigContainer::FindClientFile(WStringView name, WString* found) {
   std::list<WString> folders;
   {
     const CCritSecLock lock(m_TableLock);
@@ -246,7 +249,7 @@ bool CGlobalConfigContainer::FindFileInClientDirs(WStringView name, WString* out
     const platform::DWORD attributes = Os().files.GetFileAttributesW(path.c_str());
     if (attributes == platform::INVALID_FILE_ATTRIBUTES) continue;
     if ((attributes & platform::FILE_ATTRIBUTE_DIRECTORY) != 0) continue;
-    *out = std::move(path);
+    *found = std::move(path);
     return true;
   }
   return false;

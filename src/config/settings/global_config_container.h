@@ -5,6 +5,7 @@
 #include <map>
 #include <vector>
 
+#include "client/launch/launcher.h"
 #include "config/settings/interface_config.h"
 #include "config/store/csv_helper.h"
 #include "config/store/registry.h"
@@ -14,7 +15,7 @@ namespace corvane {
 
 // Global settings, the adapter configurations and the policy lock. Lives for the process; its
 // registry and configurations live for one pass of the outer loop.
-class CGlobalConfigContainer : public CRegistryHelperBase {
+class CGlobalConfigContainer final : public CRegistryHelperBase, public IClientFileFinder {
  public:
   static CGlobalConfigContainer& GetInstance() {
     return Singleton<CGlobalConfigContainer>::GetInstance();
@@ -46,7 +47,7 @@ class CGlobalConfigContainer : public CRegistryHelperBase {
   // Directories that clients gave; false when the list holds this one already (compared exactly).
   bool SetClientDir(WStringView path);
   // The first path <directory>\<name>, in list order, that is a file; false without one.
-  bool FindFileInClientDirs(WStringView name, WString* out) const;
+  bool FindClientFile(WStringView name, WString* found) override;
   // The one-shot flags: true and cleared when the value reads exactly 1.
   bool ReadFlagAndClear(WStringView name);
   bool IsEnabledForWeek(int week);

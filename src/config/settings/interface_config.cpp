@@ -29,7 +29,7 @@ std::uint64_t Now() { return Os().clock.GetTickCount64(); }
 CQUAYInterfaceConfig::CQUAYInterfaceConfig() : SmartObjEx("adapter configuration", LockRank::kAdapterConfig) {}
 CQUAYInterfaceConfig::~CQUAYInterfaceConfig() = default;
 
-void CQUAYInterfaceConfig::Initialize(int index, WStringView keyPath, WStringView guid, WStringView,
+void CQUAYInterfaceConfig::Initialize(int index, WStringView keyPath, WStringView guid, WStringView name,
                                       WStringView description) {
   m_KeyPath = keyPath;
   m_Guid = guid;
@@ -55,8 +55,14 @@ void CQUAYInterfaceConfig::Initialize(int index, WStringView keyPath, WStringVie
     SetDWORD(index == 0 ? u"SuggestCount" : u"SuggestCount2", 0);
     SetDWORD(index == 0 ? u"BestCount" : u"BestCount2", 0);
   }
+  m_Etw.Start(index, this, guid, name, description);
+  m_Popup.Start(index, this, guid);
   ClearStatusMessage(kStatusExternalRoaming);
   SetString(value::kConnectStatus, u"idle");
+}
+
+bool CQUAYInterfaceConfig::IsOptimizerPresent() const {
+  return CGlobalConfigContainer::GetInstance().m_bPalisadeOptimizer;
 }
 
 void CQUAYInterfaceConfig::Shutdown() {

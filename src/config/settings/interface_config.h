@@ -11,6 +11,8 @@
 #include "config/store/value_names.h"
 #include "core/foundation/semaphore.h"
 #include "core/foundation/smart_obj.h"
+#include "select/report/etw_trellis.h"
+#include "select/report/popup_suggestion.h"
 
 namespace corvane {
 
@@ -53,7 +55,8 @@ inline constexpr double kRateGateLowStart = 0.04;
 // Everything that belongs to one adapter and is not the adapter itself. Its object lock is the
 // configuration's lock. Fields that several threads use are single atomic words.
 class CQUAYInterfaceConfig : public SmartObjEx<CQUAYInterfaceConfig, SmartObj<>>,
-                             public CRegistryHelperBase {
+                             public CRegistryHelperBase,
+                             public IReportConfig {
  public:
   CQUAYInterfaceConfig();
   ~CQUAYInterfaceConfig() override;
@@ -73,8 +76,8 @@ class CQUAYInterfaceConfig : public SmartObjEx<CQUAYInterfaceConfig, SmartObj<>>
   bool SetStatusMessage(std::uint32_t id);
   bool ClearStatusMessage(std::uint32_t id);
   bool ClearStatusMessageIfOlder(std::uint32_t id, std::uint64_t ms);
-  bool SetSuggestedNetworkReason(std::uint32_t id);
-  bool SetSuggestedNetworkReasonPercent(std::int32_t percent);
+  bool SetSuggestedNetworkReason(std::uint32_t id) override;
+  bool SetSuggestedNetworkReasonPercent(std::int32_t percent) override;
 
   // The inhibit clock: while it runs the worker decides nothing. Any thread.
   void Set_InhibitQUAY(std::uint32_t ms, const char* tag);  // `tag` is static text
@@ -108,10 +111,10 @@ class CQUAYInterfaceConfig : public SmartObjEx<CQUAYInterfaceConfig, SmartObj<>>
   void SetRadioInhibited(bool inhibited);
 
   // Value access in this adapter's key; false without a registry or on failure.
-  bool SetDWORD(WStringView name, std::uint32_t value);
-  bool SetString(WStringView name, WStringView text);
+  bool SetDWORD(WStringView name, std::uint32_t value) override;
+  bool SetString(WStringView name, WStringView text) override;
   bool GetDWORD(WStringView name, std::uint32_t* out) const;
-  bool GetString(WStringView name, WString* out) const;
+  bool GetString(WStringView name, WString* out) const override;
 
   // Settings as clients change them; the worker's next round reads them.
   bool SetEnabled(bool on) { return SetDWORD(value::kEnabled, on); }
@@ -162,6 +165,8 @@ class CQUAYInterfaceConfig : public SmartObjEx<CQUAYInterfaceConfig, SmartObj<>>
   CConfigSelectArbitrary m_SelectArbitrary;
 
   bool IsAutoswitch() const { return !m_bPassive; }
+  bool IsEtwMode() const override { return m_bPassive && !m_bPopupMode; }
+  bool IsOptimizerPresent() const override;
 
   // State.
   std::atomic<bool> m_VPNInhibited{false};
@@ -187,6 +192,10 @@ class CQUAYInterfaceConfig : public SmartObjEx<CQUAYInterfaceConfig, SmartObj<>>
   std::atomic<bool> m_bReportStatusPending{false};
   std::atomic<bool> m_bCsvRowPending{false};
   std::atomic<bool> m_bConnectedReported{false};
+
+  // The reporters of suggestions and states.
+  CEtwTrellis m_Etw;
+  CPopupSuggestion m_Popup;
 
  private:
   void SetProjectDefaults();

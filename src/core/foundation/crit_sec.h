@@ -14,6 +14,7 @@ enum class LockRank : int {
   kNetwork = 42,
   kBssEntry = 44,
   kMaps = 50,       // wireless maps, gateway memo, AP set memos
+  kNotifyQueue = 55,  // held during a delivery, under which providers take their own locks
   kObject = 60,     // the lock of any other counted object
   kLeaf = 90,       // held for a few instructions, calls nothing
   kLogger = 100,

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "client/launch/launcher.h"
 #include "config/settings/global_config_container.h"
 #include "config/store/value_names.h"
 #include "core/log/log.h"
@@ -93,6 +94,9 @@ void CQUAYMainWorker::WorkThreadProc() {
     while (GoesOn() && !m_pInterface->IsRadioOff()) {
       if (RunRound()) ++m_Round;
     }
+    const bool ended = KillNudgeDialog();
+    LOG_ADAPTER(m_ConfigIdx, DBG(8), u"[%i]CQUAYMainWorker::WorkThreadProc:[exit] KillNudgeDialog() %S", m_ConfigIdx,
+                ended ? "SUCCESS" : "FAILED");
   }
   LOG_ADAPTER(m_ConfigIdx, kLoopLog, u"[%i]CQUAYMainWorker::WorkThreadProc: >>>>> [EXIT] <<<<<", m_ConfigIdx);
 }
@@ -254,6 +258,7 @@ void CQUAYMainWorker::Discover() {
   if (auxError == 0) return;
   LOG_ERROR(u"[%i][aux_error=%i] Scan/GetNetworkBssList() Error! -----> Clearing Networks <-----\n",
             m_ConfigIdx, auxError);
+  KillNudgeDialog();
   m_pInterface->ClearNetworks();
   m_pConfig->SetString(value::kSuggestedNetwork, u"");
   m_pConfig->ClearRoamingInhibit();

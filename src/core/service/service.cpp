@@ -1,5 +1,8 @@
 #include "core/service/service.h"
 
+#include "client/launch/launcher.h"
+#include "client/launch/user_environment.h"
+#include "client/notify/notification_manager.h"
 #include "config/settings/global_config_container.h"
 #include "config/store/process_flags.h"
 #include "core/foundation/utils.h"
@@ -10,6 +13,7 @@
 #include "platform/file_api.h"
 #include "platform/platform.h"
 #include "platform/thread_api.h"
+#include "telemetry/history/telemetry_memo.h"
 #include "wlan/binding/wifi_client_container.h"
 #include "wlan/model/global_wireless_maps.h"
 
@@ -22,6 +26,9 @@ constexpr std::uint32_t kNoAdapterMs = 10000;
 constexpr std::uint32_t kWorkerStaggerMs = 3000;
 constexpr std::uint32_t kRoundMs = 2000;
 constexpr int kDisabledSlices = 5;
+constexpr int kRoundsBetweenRefreshes = 15;
+constexpr std::uint32_t kNotificationsEndMs = 1000;
+constexpr std::uint64_t kRefreshLog = DBG(32);
 
 void Sleep(std::uint32_t ms) { Os().threads.Sleep(ms); }
 
@@ -70,12 +77,23 @@ void Service::StartUp() {
                ? u"%s - Main:[start] RUNNING AS SERVICE [%S, %S] DYNAMIC_SCAN_THRESHOLD"
                : u"%s - Main:[start] RUNNING AS APPLICATION [%S, %S] DYNAMIC_SCAN_THRESHOLD",
            m_ProgramName, kVersion, kBuildDate);
+  if (const platform::HRESULT result = CNotificationManagerSingleton::GetInstance().BeginThread(); result != 0) {
+    LOG_ERROR(u"Main:[starting] the notification thread did not start: 0x%08x", result);
+  }
+  // A tray application of an earlier run; mostly there is none.
+  if (KillTrayApp()) {
+    LOG_DEBUG(DBG(9) | DBG(31), u"Main:[starting] KillTrayApp() SUCCESS");
+  } else {
+    LOG_DEBUG(DBG(9), u"Main:[starting] KillTrayApp() FAILED");
+  }
 }
 
 void Service::RunPasses() {
   while (!m_bQuit) {
     CGlobalConfigContainer::GetInstance().Initialize(false);
     CountBoot();
+    LOG_DEBUG(kRefreshLog, u"__REFRESH USER__\n");
+    RefreshUser();
     ReadDebugValues();
     if (!RunPass()) continue;
     ShutDownWorkers();
@@ -124,7 +142,10 @@ void Service::StartWorkers(int count) {
 }
 
 void Service::RunMainLoop() {
-  while (RunMainRound()) {
+  for (int round = 1; RunMainRound(); ++round) {
+    if (round % kRoundsBetweenRefreshes != 0) continue;
+    LOG_DEBUG(kRefreshLog, u"__REFRESH USER__ [QueryUserMultiplier=%lu]\n", kRoundsBetweenRefreshes);
+    RefreshUser();
   }
 }
 
@@ -167,12 +188,36 @@ void Service::ShutDownWorkers() {
 
 void Service::ShutDown() {
   m_Workers.clear();
+  SaveTelemetry();
   CGlobalConfigContainer::GetInstance().Shutdown(true);
   CWifiClientContainer::GetInstance().Shutdown();
+  EndCompanions();
+  CNotificationManagerSingleton::GetInstance().Shutdown(kNotificationsEndMs);
   CGlobalConfigContainer::GetInstance().Shutdown(false);
   CGlobalWirelessMaps::GetInstance().Shutdown();
   ReportLeaks();
   StopLogger();
+}
+
+void Service::SaveTelemetry() {
+  auto& memo = CTelemetryMemo::GetInstance();
+  if (memo.GetAp() != 0 || memo.GetNet() != 0) memo.SaveToRegistry();
+}
+
+void Service::EndCompanions() {
+  const bool config = KillConfigApp();
+  LOG_DEBUG(DBG(10), u"Main:[exit] KillConfigApp() %S", config ? "SUCCESS" : "FAILED");
+  const bool tray = KillTrayApp();
+  LOG_DEBUG(DBG(9), u"Main:[exit] KillTrayApp() %S", tray ? "SUCCESS" : "FAILED");
+}
+
+// A failed refresh leaves the earlier answers in place.
+void Service::RefreshUser() {
+  const auto environment = RefreshUserEnvironment(CUtils::GetInstance().IsRunningAsService());
+  if (!environment) return;
+  auto& config = CGlobalConfigContainer::GetInstance();
+  config.SetUserTempPath(environment->tempPath);
+  config.SetProxyPresent(environment->proxyPresent);
 }
 
 void Service::ReportLeaks() {

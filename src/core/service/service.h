@@ -24,9 +24,12 @@ class Service {
   void ShutDownWorkers();
   void ShutDown();
   void ReadDebugValues();
+  void RefreshUser();        // the logged-on user's environment
   void CountBoot();
   void RestartWorkers();
   void RefreshNLM();
+  void SaveTelemetry();
+  void EndCompanions();
   void ReportLeaks();
   bool KeyWaits();
 

@@ -16,7 +16,7 @@ namespace corvane::platform::linux_host {
 namespace {
 
 constexpr std::chrono::milliseconds kUnwindLimit{10'000};
-constexpr std::uintptr_t kHandleStep = 4;  // the two low bits are clear, as on Windows
+constexpr std::uintptr_t kThreadHandleStep = 4;  // the two low bits are clear, as on Windows
 
 static_assert(sizeof(pthread_mutex_t) <= sizeof(CRITICAL_SECTION::storage));
 static_assert(alignof(pthread_mutex_t) <= 8);
@@ -158,7 +158,7 @@ BOOL HostThreads::Fail(DWORD code) {
 }
 
 HANDLE HostThreads::Open(ObjectPtr object) {
-  m_LastHandle += kHandleStep;
+  m_LastHandle += kThreadHandleStep;
   m_Handles.emplace(m_LastHandle, std::move(object));
   return reinterpret_cast<HANDLE>(m_LastHandle);
 }

@@ -6,6 +6,7 @@
 #include "platform/linux/host_clock.h"
 #include "platform/linux/host_console.h"
 #include "platform/linux/host_crypto.h"
+#include "platform/linux/host_event_file.h"
 #include "platform/linux/host_files.h"
 #include "platform/linux/host_gate.h"
 #include "platform/linux/host_home.h"
@@ -13,13 +14,15 @@
 #include "platform/linux/host_threads.h"
 #include "platform/linux/sqlite_registry.h"
 #include "platform/sim/sim_devices.h"
+#include "platform/sim/sim_event_trace.h"
+#include "platform/sim/sim_session.h"
 
 namespace corvane::platform::linux_host {
 
 namespace {
 
 constexpr std::uint64_t kSeed = 1;
-constexpr std::chrono::seconds kUnwindLimit{10};
+constexpr std::chrono::seconds kMostUnwinding{10};
 
 }  // namespace
 
@@ -31,27 +34,33 @@ struct LinuxHost::Impl {
         time(options.speed),
         clock(time),
         threads(time),
+        eventTrace(gate, 0),
+        eventFile(home.Path() + "/events.jsonl", clock),
         files(gate, threads, ToUtf16(home.Path())),
+        session(gate, threads, clock),
         devices(world, kSeed, deviceHost),
         platform{threads,
                  clock,
                  console,
                  crypto,
+                 eventTrace,
                  files,
                  devices.IpHelper(),
                  devices.NetworkList(),
                  devices.PerfCounters(),
                  devices.Power(),
                  registry,
+                 session,
                  devices.Wlan()} {
     if (!notice.empty()) console.WriteError("corvane: " + notice + "\n");
+    eventTrace.SetObserver(&HostEventFile::Append, &eventFile);
     devices.SetObserver(options.observer);
     devices.Start();
     SetPlatform(&platform);
   }
 
   ~Impl() {
-    threads.WaitForAbandoned(kUnwindLimit);
+    threads.WaitForAbandoned(kMostUnwinding);
     devices.Stop();
     SetPlatform(nullptr);
   }
@@ -67,7 +76,10 @@ struct LinuxHost::Impl {
   HostThreads threads;
   HostConsole console;
   HostCrypto crypto;
+  sim::SimEventTrace eventTrace;
+  HostEventFile eventFile;
   HostFiles files;
+  sim::SimSession session;
   sim::DeviceHost deviceHost{threads, clock, registry, gate, &PressKey, this};
   sim::SimDevices devices;
   Platform platform;

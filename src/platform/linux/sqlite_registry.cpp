@@ -21,7 +21,7 @@ namespace {
 
 constexpr REGSAM kQueryValue = 0x1;  // KEY_QUERY_VALUE, part of KEY_READ
 constexpr REGSAM kSetValue = 0x2;    // KEY_SET_VALUE, part of KEY_WRITE
-constexpr std::uintptr_t kHandleStep = 4;
+constexpr std::uintptr_t kKeyHandleStep = 4;
 constexpr DWORD kRegistryCorrupt = 1015;  // ERROR_REGISTRY_CORRUPT
 constexpr char kLayoutVersion[] = "1";
 
@@ -225,7 +225,7 @@ LSTATUS SqliteRegistry::Open(HKEY root, LPCWSTR path, REGSAM access, bool create
   } catch (const SqliteError& error) {
     return CodeOf(error);
   }
-  m_LastHandle += kHandleStep;
+  m_LastHandle += kKeyHandleStep;
   m_Handles[m_LastHandle] = {std::move(whole), access};
   *key = reinterpret_cast<HKEY>(m_LastHandle);
   return ERROR_SUCCESS;

@@ -6,9 +6,10 @@
 namespace corvane::platform::sim {
 
 bool NeverUnwinds(std::string_view operation) {
-  static constexpr std::array<std::string_view, 7> kNames = {
+  static constexpr std::array<std::string_view, 9> kNames = {
       "SetEvent",         "TerminateThread",          "WaitForSingleObject", "FlushFileBuffers",
-      "PdhRemoveCounter", "WlanRegisterNotification", "FlushOutput"};
+      "PdhRemoveCounter", "WlanRegisterNotification", "FlushOutput",         "EventUnregister",
+      "DestroyEnvironmentBlock"};
   return operation.find("Close") != operation.npos || operation.find("Free") != operation.npos ||
          std::ranges::find(kNames, operation) != kNames.end();
 }

@@ -22,8 +22,10 @@ SimKernel::SimKernel(const PcOptions& options)
       m_Clock(m_Scheduler, options.startTime),
       m_Console(*this, options.echoConsole),
       m_Crypto(*this, options.seed ^ kCryptoStream),
+      m_EventTrace(*this),
       m_Files(*this, m_Threads),
-      m_Registry(*this) {
+      m_Registry(*this),
+      m_Session(*this, m_Threads, m_Clock) {
   if (options.faultRate > 0.0) {
     m_Faults.FailRandomly(options.faultRate, options.seed ^ kFaultStream);
   }

@@ -10,9 +10,11 @@
 #include "platform/sim/sim_clock.h"
 #include "platform/sim/sim_console.h"
 #include "platform/sim/sim_crypto.h"
+#include "platform/sim/sim_event_trace.h"
 #include "platform/sim/sim_files.h"
 #include "platform/sim/sim_locks.h"
 #include "platform/sim/sim_registry.h"
+#include "platform/sim/sim_session.h"
 #include "platform/sim/sim_threads.h"
 
 namespace corvane::platform::sim {
@@ -42,8 +44,10 @@ class SimKernel final : private SeamGate {
   SimClock& Clock() { return m_Clock; }
   SimConsole& Console() { return m_Console; }
   SimCrypto& Crypto() { return m_Crypto; }
+  SimEventTrace& EventTrace() { return m_EventTrace; }
   SimFiles& Files() { return m_Files; }
   SimRegistry& Registry() { return m_Registry; }
+  SimSession& Session() { return m_Session; }
   FaultPlan& Faults() { return m_Faults; }
   SeamGate& Gate() { return *this; }
   Scheduler& GetScheduler() { return m_Scheduler; }
@@ -64,8 +68,10 @@ class SimKernel final : private SeamGate {
   SimClock m_Clock;
   SimConsole m_Console;
   SimCrypto m_Crypto;
+  SimEventTrace m_EventTrace;
   SimFiles m_Files;
   SimRegistry m_Registry;
+  SimSession m_Session;
 };
 
 }  // namespace corvane::platform::sim

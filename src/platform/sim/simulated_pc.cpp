@@ -15,10 +15,11 @@ struct SimulatedPc::Impl {
              .pressKey = [](void* self) { static_cast<SimKernel*>(self)->Console().PressKey(); },
              .pressKeyContext = &kernel},
         devices(world, options.seed, host),
-        platform{kernel.Threads(),      kernel.Clock(),         kernel.Console(),
-                 kernel.Crypto(),       kernel.Files(),         devices.IpHelper(),
-                 devices.NetworkList(), devices.PerfCounters(), devices.Power(),
-                 kernel.Registry(),     devices.Wlan()} {
+        platform{kernel.Threads(),       kernel.Clock(),    kernel.Console(),
+                 kernel.Crypto(),        kernel.EventTrace(), kernel.Files(),
+                 devices.IpHelper(),     devices.NetworkList(), devices.PerfCounters(),
+                 devices.Power(),        kernel.Registry(), kernel.Session(),
+                 devices.Wlan()} {
     devices.SetObserver(options.observer);
     devices.Start();
     SetPlatform(&platform);

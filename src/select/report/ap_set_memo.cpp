@@ -21,6 +21,8 @@ bool CApSetMemo::Add(bool stamp, const char16_t* ssid, const char16_t* bssid, co
   Ap& ap = at->second;
   if (isNew) {
     ap = {text1, text2, now, flag, sq};
+    m_NewestSsid = ssid;
+    m_NewestBssid = bssid;
   } else {
     ap.m_seen_tick = now;
     if (flag < kLowestSpecialFlag && flag != ap.m_flag) {
@@ -44,6 +46,7 @@ bool CApSetMemo::RemoveAp(WStringView ssid, WStringView bssid) {
   if (ap == network->second.aps.end()) return false;
   network->second.aps.erase(ap);
   if (network->second.aps.empty()) m_Networks.erase(network);
+  if (m_NewestSsid == ssid && m_NewestBssid == bssid) FindNewest();
   return true;
 }
 
@@ -52,6 +55,29 @@ bool CApSetMemo::RemoveNetwork(WStringView ssid) {
   const auto network = m_Networks.find(ssid);
   if (network == m_Networks.end()) return false;
   m_Networks.erase(network);
+  if (m_NewestSsid == ssid) FindNewest();
+  return true;
+}
+
+void CApSetMemo::FindNewest() {
+  const Ap* newest = nullptr;
+  for (const auto& [ssid, network] : m_Networks) {
+    for (const auto& [bssid, ap] : network.aps) {
+      if (newest && ap.m_seen_tick <= newest->m_seen_tick) continue;
+      newest = &ap;
+      m_NewestSsid = ssid;
+      m_NewestBssid = bssid;
+    }
+  }
+}
+
+bool CApSetMemo::GetNewest(Newest* out) {
+  const CCritSecLock lock(m_Lock);
+  const auto network = m_Networks.find(m_NewestSsid);
+  if (network == m_Networks.end()) return false;
+  const auto ap = network->second.aps.find(m_NewestBssid);
+  if (ap == network->second.aps.end()) return false;
+  *out = {m_NewestSsid, m_NewestBssid, ap->second.text1, ap->second.text2};
   return true;
 }
 
@@ -67,6 +93,7 @@ bool CApSetMemo::HasAp(WStringView ssid, WStringView bssid) {
 }
 
 std::uint64_t CApSetMemo::BumpRepeats(WStringView ssid, std::uint64_t* unixTime) {
+  if (unixTime) *unixTime = 0;
   const CCritSecLock lock(m_Lock);
   const auto network = m_Networks.find(ssid);
   if (network == m_Networks.end()) return 0;
@@ -94,6 +121,11 @@ std::uint32_t CApSetMemo::GetFlag(WStringView ssid, WStringView bssid) {
   if (network == m_Networks.end()) return kNoFlag;
   const auto ap = network->second.aps.find(bssid);
   return ap == network->second.aps.end() ? kNoFlag : ap->second.m_flag;
+}
+
+void CApSetMemo::ClearStamps() {
+  const CCritSecLock lock(m_Lock);
+  for (auto& [ssid, network] : m_Networks) network.m_suggest_time_set = false;
 }
 
 void CApSetMemo::Clear() {

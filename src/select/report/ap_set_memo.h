@@ -7,7 +7,8 @@
 
 namespace corvane {
 
-// A lock-guarded two-level map SSID to BSSID with repeat counts and stamps. Keys compare exactly.
+// A lock-guarded two-level map SSID to BSSID with repeat counts and stamps. Keys compare exactly. Any
+// thread.
 class CApSetMemo {
  public:
   static constexpr std::uint32_t kNoFlag = 0xFFFFFFFF;
@@ -25,9 +26,19 @@ class CApSetMemo {
   void ResetRepeats(WStringView ssid);
   std::uint32_t GetRepeats(WStringView ssid);
   std::uint32_t GetFlag(WStringView ssid, WStringView bssid);  // kNoFlag when the pair is not there
+  void ClearStamps();  // of all networks
   void Clear();
   bool IsEmpty();
+  // What was given for the newest pair: the one added last, or after its removal the one seen last.
+  struct Newest {
+    WString ssid, bssid, text1, text2;
+  };
+  bool GetNewest(Newest* out);  // false for an empty memo
+
+  // "SSID[BSSID(SQ n), BSSID(SQ n)], SSID[...]" in key order, "none" for an empty memo; shortText (may
+  // be null) gets the same without the qualities.
   WString GetSummary(WString* shortText);
+  // One element for each pair in the same order, separated by ", ".
   void GetLists(WString* ssids, WString* bssids, WString* sqs);
 
  private:
@@ -45,7 +56,10 @@ class CApSetMemo {
     std::map<WString, Ap, std::less<>> aps;
   };
 
+  void FindNewest();  // under m_Lock, after a removal
+
   CCritSec m_Lock{"AP set memo", LockRank::kMaps};
+  WString m_NewestSsid, m_NewestBssid;  // of the newest pair; meaningless for an empty memo
   std::map<WString, Network, std::less<>> m_Networks;
 };
 
