@@ -1,4 +1,6 @@
+#include "client/notify/notification_manager.h"
 #include "config/store/value_names.h"
+#include "client/notify/ap_summary.h"
 #include "wlan/binding/adapter_fixture.h"
 
 namespace corvane::test {
@@ -8,7 +10,28 @@ using namespace platform;
 
 constexpr DWORD kStart = 9, kComplete = 10, kFailed = 11, kDisconnecting = 20, kGone = 21;
 
-class NotificationsTest : public AdapterTest {};
+// Takes what clients would be told.
+class Subscriber : public SmartObjEx<Subscriber, SmartObj<>>, public INotificationProvider {
+ public:
+  const char* GetClassName() const override { return "Subscriber"; }
+  void SendNotification(CNotificationEvent* event) override {
+    told.push_back(event->m_Category + u"/" + event->m_Type);
+    last = event;
+  }
+  std::vector<WString> told;
+  CSmartPointer<CNotificationEvent> last;
+};
+
+class NotificationsTest : public AdapterTest {
+ protected:
+  CSmartPointer<Subscriber> Subscribe() {
+    auto subscriber = Subscriber::CreateObject();
+    auto& manager = CNotificationManagerSingleton::GetInstance();
+    manager.AddProvider(subscriber.get());
+    manager.BeginThread();
+    return subscriber;
+  }
+};
 
 TEST_F(NotificationsTest, OutsideEventsInhibitForTheirTime) {
   Start();
@@ -102,6 +125,39 @@ TEST_F(NotificationsTest, OwnDisconnectSetsNoInhibit) {
   adapter->DisconnectSynchronous(u"test");
   EXPECT_EQ(InhibitMs(), 0u);
   EXPECT_EQ(adapter->Config()->m_force_scan_counter, 1);
+}
+
+TEST_F(NotificationsTest, ClientsAreToldOfOutsideChanges) {
+  wlan.networks = {"Office"};
+  wlan.entries = {{"Office", Bssid(1), 60}};
+  const auto subscriber = Subscribe();
+  Start();
+  Discover();
+  wlan.Connect("Office", Bssid(1), 61);
+  wlan.NotifyConnection(kComplete, "Office");
+  RunFor(10ms);
+  ASSERT_EQ(subscriber->told, std::vector<WString>{u"ConnectionChange/ExternalConnect"});
+  EXPECT_EQ(subscriber->last->m_Data1,
+            Format(u"Score %i, 02-11-22-33-44-01, SQ 61, Channel 36, Max datarate 0 mbps, %s",
+                   Entry(u"Office", 1)->GetScore(false), EscapeForJson(u"Office")));
+  EXPECT_EQ(subscriber->last->m_Data3, u"00-00-00-00-00-01");
+  wlan.NotifyConnection(kGone, "Office");
+  RunFor(10ms);
+  EXPECT_EQ(subscriber->told.back(), u"ConnectionChange/ExternalDisconnect");
+  EXPECT_EQ(subscriber->last->m_Data4, u"Wireless adapter");
+
+  wlan.onDisconnect = [this] { wlan.PostConnection(100, kGone, "Office"); };
+  adapter->DisconnectSynchronous(u"test");
+  RunFor(10ms);
+  EXPECT_EQ(subscriber->told.size(), 2u) << "the service's own change is told elsewhere";
+
+  wlan.profiles[u"Cafe"] = u"<xml/>";
+  adapter->RefreshProfiledAPList();
+  adapter->RefreshProfiledAPList();
+  RunFor(10ms);
+  EXPECT_EQ(subscriber->told.size(), 3u);
+  EXPECT_EQ(subscriber->told.back(), u"System/ProfiledNetworksJson");
+  CNotificationManagerSingleton::GetInstance().Shutdown(1000);
 }
 
 TEST_F(NotificationsTest, MalformedOnesAreHarmless) {

@@ -13,8 +13,8 @@ class WlanClientTest : public AdapterTest {
   CWifiClientContainer& Container() { return CWifiClientContainer::GetInstance(); }
   std::uint32_t AdapterEnabled(std::uint8_t number) {
     std::uint32_t enabled = 9;
-    CGlobalConfigContainer::GetInstance().GetRegistry()->GetRegistryDWORDValue(
-        GuidText(AdapterGuid(number)), u"AdapterEnabled", &enabled);
+    const WString key = WString(kHomeKeyPath) + u"\\" + GuidText(AdapterGuid(number));
+    CRegistry::CreateObject(key)->GetRegistryDWORDValue(u"AdapterEnabled", &enabled);
     return enabled;
   }
   std::uint32_t PublishedCount() {
