@@ -15,7 +15,7 @@ using platform::sim::SimSession;
 
 class ClientFiles : public IClientFileFinder {
  public:
-  bool FindClientFile(WStringView, WString* out) override {
+  bool FindFileInClientDirs(WStringView, WString* out) override {
     if (path.empty()) return false;
     *out = path;
     return true;
@@ -154,8 +154,8 @@ TEST_F(LauncherTest, PromptAsApplicationGoesToTheInterpreter) {
 }
 
 TEST_F(LauncherTest, ATooLongCommandLineIsRefused) {
-  EXPECT_TRUE(StartBrowserUrlAsUser(WString(1023 - 31, u'u')));
-  EXPECT_FALSE(StartBrowserUrlAsUser(WString(1023 - 30, u'u')));
+  EXPECT_TRUE(StartBrowserUrlAsUser(WString(1023 - 29, u'u')));
+  EXPECT_FALSE(StartBrowserUrlAsUser(WString(1023 - 28, u'u')));
 }
 
 // ---- browser and networks
