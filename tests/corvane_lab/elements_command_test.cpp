@@ -10,6 +10,7 @@
 #include "corvane_lab/commands.h"
 #include "platform/sim/captured_beacons.h"
 #include "support/pc_fixture.h"
+#include "support/source_dir.h"
 
 namespace corvane::lab {
 namespace {
@@ -123,7 +124,7 @@ void CheckTheRest(const rapidjson::Value& got, const Oracle& oracle) {
 class CapturedBeacons : public test::KernelTest {};
 
 TEST_F(CapturedBeacons, AreReadAsAnIndependentDissectorReadsThem) {
-  std::ifstream file(std::string(CORVANE_SOURCE_DIR) + "/../shared/captures/beacons.jsonl");
+  std::ifstream file(test::SourceDir() + "/../shared/captures/beacons.jsonl");
   if (!file) GTEST_SKIP() << "there are no captured beacons beside this tree";
   int decoded = 0;
   for (std::string line; std::getline(file, line);) {
