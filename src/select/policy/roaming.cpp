@@ -1,7 +1,7 @@
 #include "select/policy/roaming.h"
 
 #include "core/log/log.h"
-#include "select/policy/policy_text.h"
+#include "select/policy/policy_log.h"
 
 namespace corvane {
 
