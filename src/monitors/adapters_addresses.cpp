@@ -50,7 +50,7 @@ CSmartPointer<CGenericMalloc> FillBlock(const char* operation, ULONG* result, Fi
 // A neighbour table of the platform, given back at the end of the scope.
 class NeighbourTable {
  public:
-  explicit NeighbourTable(platform::WORD family) {
+  explicit NeighbourTable(platform::WORD family) : m_Family(family) {
     m_Result = Os().ipHelper.GetIpNetTable2(family, &m_pTable);
     if (m_Result != platform::ERROR_SUCCESS) return;
     if (!m_pTable || m_pTable->NumEntries > kMaxRows) m_Result = platform::ERROR_INVALID_DATA;
@@ -63,14 +63,14 @@ class NeighbourTable {
 
   platform::DWORD Result() const { return m_Result; }
 
-  // The MAC of the first usable row whose Addr record matches; false without one.
+  // The MAC of the first usable row whose address matches; false without one.
   template <class Sockaddr, class Matches>
   bool FindMac(Matches&& matches, MacValue* mac) const {
     for (ULONG i = 0; i < m_pTable->NumEntries; ++i) {
       const platform::MIB_IPNET_ROW2& row = m_pTable->Table[i];
       Sockaddr address;
       std::memcpy(static_cast<void*>(&address), &row.Address, sizeof(address));
-      if (!matches(address) || row.PhysicalAddressLength < MacAddress{}.size() ||
+      if (row.Address.si_family != m_Family || !matches(address) || row.PhysicalAddressLength < MacAddress{}.size() ||
           IsZero(ToMac(row.PhysicalAddress))) {
         continue;
       }
@@ -86,6 +86,7 @@ class NeighbourTable {
  private:
   static constexpr ULONG kMaxRows = 1u << 16;
 
+  platform::WORD m_Family;
   platform::MIB_IPNET_TABLE2* m_pTable = nullptr;
   platform::DWORD m_Result = 0;
 };

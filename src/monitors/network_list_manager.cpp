@@ -3,6 +3,7 @@
 #include <atomic>
 #include <vector>
 
+#include "config/store/address_text.h"
 #include "core/foundation/exception.h"
 #include "core/foundation/guarded.h"
 #include "core/log/log.h"
@@ -23,23 +24,16 @@ std::atomic<int> g_DebugLevel{0};
 
 bool Failed(HRESULT result) { return result < 0; }
 
+struct Releaser {
+  template <class T>
+  void operator()(T* object) const {
+    object->Release();
+  }
+};
+
 // Releases a COM object at the end of the scope.
 template <class T>
-class ComHolder {
- public:
-  ComHolder() = default;
-  explicit ComHolder(T* object) : m_pObject(object) {}
-  ~ComHolder() {
-    if (m_pObject) m_pObject->Release();
-  }
-  ComHolder(const ComHolder&) = delete;
-  ComHolder& operator=(const ComHolder&) = delete;
-  T* operator->() const { return m_pObject; }
-  T** Out() { return &m_pObject; }
-
- private:
-  T* m_pObject = nullptr;
-};
+using ComPointer = std::unique_ptr<T, Releaser>;
 
 std::uint64_t Ticks(const platform::FILETIME& time) {
   return std::uint64_t{time.dwHighDateTime} << 32 | time.dwLowDateTime;
@@ -111,7 +105,9 @@ struct CNetworkListManager::Impl {
       InitCom();
       result = Os().networkList.CoCreateNetworkListManager(&manager);
     }
-    if (!Failed(result)) SetManager(Manager(manager, [](platform::INetworkListManager* one) { one->Release(); }));
+    if (Failed(result)) return result;
+    if (!manager) return platform::E_POINTER;
+    SetManager(Manager(manager, [](platform::INetworkListManager* one) { one->Release(); }));
     return result;
   }
 
@@ -135,57 +131,92 @@ struct CNetworkListManager::Impl {
     m_pNLM.swap(manager);
   }
 
-  HRESULT ListNetworks(std::vector<NlmNetworkRecord>* records) {
-    constexpr char16_t kOperation[] = u"RefreshNetworkCategories_internal_strict";
+  // `operation` names the pass that asks, for the log.
+  HRESULT ListNetworks(const char16_t* operation, NlmTable::Listed* listed) {
     constexpr ULONG kBatch = 100;
     const Manager manager = PresentManager();
     if (!manager) {
-      LOG_ERROR(u"CNetworkListManager::%s: m_pNLM is NULL!", kOperation);
+      LOG_ERROR(u"CNetworkListManager::%s: m_pNLM is NULL!", operation);
       return platform::E_POINTER;
     }
-    ComHolder<platform::IEnumNetworks> networks;
-    if (const HRESULT result = manager->GetNetworks(platform::NLM_ENUM_NETWORK_ALL, networks.Out());
-        Failed(result)) {
-      LOG_ERROR(u"CNetworkListManager::%s: ERROR 0x%08x", kOperation, result);
+    platform::IEnumNetworks* enumeration = nullptr;
+    HRESULT result = manager->GetNetworks(platform::NLM_ENUM_NETWORK_ALL, &enumeration);
+    const ComPointer<platform::IEnumNetworks> networks(enumeration);
+    if (!Failed(result) && !networks) result = platform::E_POINTER;
+    if (Failed(result)) {
+      LOG_ERROR(u"CNetworkListManager::%s: ERROR 0x%08x", operation, result);
       return result;
     }
     for (;;) {
       platform::INetwork* batch[kBatch] = {};
       ULONG fetched = 0;
       if (Failed(networks->Next(kBatch, batch, &fetched)) || fetched == 0) return platform::S_OK;
-      for (ULONG i = 0; i < std::min(fetched, kBatch); ++i) {
-        const ComHolder<platform::INetwork> network(batch[i]);
+      const std::size_t count = std::min(fetched, kBatch);
+      const std::vector<ComPointer<platform::INetwork>> owned(batch, batch + count);
+      for (const auto& network : owned) {
         NlmNetworkRecord record;
-        if (batch[i] && ReadNetwork(*batch[i], kOperation, &record)) records->push_back(std::move(record));
+        if (network && ReadNetwork(*network, operation, &record)) listed->push_back(std::move(record));
       }
     }
   }
 
-  // Calls visit(network) for each connection of the adapter, until it gives false.
+  // Runs the passes on a copy of the table and publishes it; the lists are asked for beforehand, so that
+  // the writers' lock waits for no platform call.
+  HRESULT Refresh(bool dump) {
+    NlmTable::Listed seed, strict, loose;
+    if (Present()->IsEmpty()) ListNetworks(u"SeedNetworkCategories_internal", &seed);
+    const HRESULT result = ListNetworks(u"RefreshNetworkCategories_internal_strict", &strict);
+    if (Failed(result)) return result;
+    ListNetworks(u"RefreshNetworkCategories_internal_loose", &loose);
+
+    const CCritSecLock lock(m_WriteLock);
+    auto table = std::make_shared<NlmTable>(*Present());
+    if (table->IsEmpty()) {
+      table->SeedPass(seed);
+      if (dump) Dump(*table);
+    }
+    table->StrictPass(strict);
+    if (dump) Dump(*table);
+    table->LoosePass(loose);
+    if (dump) Dump(*table);
+    Publish(std::move(table));
+    return result;
+  }
+
+  // Calls visit(network) for each connection of the adapter, until it gives false. The two names are for
+  // the log: of the operation, and of failed calls.
   template <typename Visit>
-  HRESULT WalkConnections(const platform::GUID& adapter, const char16_t* operation, Visit&& visit) {
+  HRESULT WalkConnections(const platform::GUID& adapter, const char16_t* operation, const char16_t* callName,
+                          Visit&& visit) {
     const Manager manager = PresentManager();
     if (!manager) {
       LOG_ERROR(u"CNetworkListManager::%s_internal: m_pNLM is NULL!", operation);
       return platform::E_POINTER;
     }
-    ComHolder<platform::IEnumNetworkConnections> connections;
-    if (const HRESULT result = manager->GetNetworkConnections(connections.Out()); Failed(result)) {
-      LOG_ERROR(u"CNetworkListManager::%s() - GetNetworkConnections() failed 0x%08x", operation, result);
+    platform::IEnumNetworkConnections* enumeration = nullptr;
+    HRESULT result = manager->GetNetworkConnections(&enumeration);
+    const ComPointer<platform::IEnumNetworkConnections> connections(enumeration);
+    if (!Failed(result) && !connections) result = platform::E_POINTER;
+    if (Failed(result)) {
+      LOG_ERROR(u"CNetworkListManager::%s() - GetNetworkConnections() failed 0x%08x", callName, result);
       return result;
     }
     for (;;) {
-      ComHolder<platform::INetworkConnection> connection;
+      platform::INetworkConnection* next = nullptr;
       ULONG fetched = 0;
-      if (Failed(connections->Next(1, connection.Out(), &fetched)) || fetched == 0) return platform::S_OK;
+      const bool ended = Failed(connections->Next(1, &next, &fetched)) || fetched == 0;
+      const ComPointer<platform::INetworkConnection> connection(next);
+      if (ended || !connection) return platform::S_OK;
       platform::GUID guid;
       if (Failed(connection->GetAdapterId(&guid)) || !(guid == adapter)) continue;
-      ComHolder<platform::INetwork> network;
-      if (const HRESULT result = connection->GetNetwork(network.Out()); Failed(result)) {
-        LOG_ERROR(u"CNetworkListManager::%s() - GetNetwork() failed 0x%08x", operation, result);
+      platform::INetwork* found = nullptr;
+      result = connection->GetNetwork(&found);
+      const ComPointer<platform::INetwork> network(found);
+      if (Failed(result) || !network) {
+        LOG_ERROR(u"CNetworkListManager::%s() - GetNetwork() failed 0x%08x", callName, result);
         continue;
       }
-      if (!visit(**network.Out())) return platform::S_OK;
+      if (!visit(*network)) return platform::S_OK;
     }
   }
 
@@ -216,22 +247,18 @@ CNetworkListManager::CNetworkListManager() : m_pImpl(std::make_unique<Impl>()) {
 CNetworkListManager::~CNetworkListManager() { m_pImpl->ReleaseInstance(); }
 
 HRESULT CNetworkListManager::RefreshNetworkCategories() {
-  return Guarded(kClassName, "RefreshNetworkCategories", platform::E_FAIL, [this] {
-    std::vector<NlmNetworkRecord> listed;
-    if (const HRESULT result = m_pImpl->ListNetworks(&listed); Failed(result)) return result;
-    const CCritSecLock lock(m_pImpl->m_WriteLock);
-    auto table = std::make_shared<NlmTable>(*m_pImpl->Present());
-    table->Refresh(listed);
-    if (NlmDebugLevel() >= kVerbose) m_pImpl->Dump(*table);
-    m_pImpl->Publish(std::move(table));
-    return platform::S_OK;
-  });
+  return Guarded(kClassName, "RefreshNetworkCategories", platform::E_FAIL,
+                 [this] { return m_pImpl->Refresh(NlmDebugLevel() >= kVerbose); });
 }
 
 HRESULT CNetworkListManager::ResetNLMInstance() {
   return Guarded(kClassName, "ResetNLMInstance", platform::E_FAIL, [this] {
     m_pImpl->ReleaseInstance();
-    return m_pImpl->InitInstance();
+    try {
+      return m_pImpl->InitInstance();
+    } catch (const Exception& e) {  // no COM on this thread: the caller tries again later
+      return static_cast<HRESULT>(e.GetCode());
+    }
   });
 }
 
@@ -302,16 +329,17 @@ void CNetworkListManager::SetConnectivityForNetwork(WStringView name, std::uint3
 HRESULT CNetworkListManager::GetNetworkNamesForInterface(const platform::GUID& adapter,
                                                          std::list<WString>* names) {
   return Guarded(kClassName, "GetNetworkNamesForInterface", platform::E_FAIL, [&] {
-    return m_pImpl->WalkConnections(adapter, u"GetNetworkNamesForInterface", [&](platform::INetwork& network) {
+    constexpr char16_t kCallName[] = u"GetNetworkNameForInterface";
+    const auto visit = [&](platform::INetwork& network) {
       WString name;
       if (const HRESULT result = network.GetName(&name); result == platform::S_OK) {
         names->push_back(std::move(name));
       } else {
-        LOG_ERROR(u"CNetworkListManager::GetNetworkNameForInterface() - pNetwork->GetName() failed 0x%08x",
-                  result);
+        LOG_ERROR(u"CNetworkListManager::%s() - pNetwork->GetName() failed 0x%08x", kCallName, result);
       }
       return true;
-    });
+    };
+    return m_pImpl->WalkConnections(adapter, u"GetNetworkNamesForInterface", kCallName, visit);
   });
 }
 
@@ -320,10 +348,11 @@ HRESULT CNetworkListManager::DoesInterfaceHaveInternet(const platform::GUID& ada
   *internet = false;
   *record = {};
   return Guarded(kClassName, "DoesInterfaceHaveInternet", platform::E_FAIL, [&] {
+    constexpr char16_t kOperation[] = u"DoesInterfaceHaveInternet";
     std::uint32_t found = 0;
-    return m_pImpl->WalkConnections(adapter, u"DoesInterfaceHaveInternet", [&](platform::INetwork& network) {
+    return m_pImpl->WalkConnections(adapter, kOperation, kOperation, [&](platform::INetwork& network) {
       NlmNetworkRecord one;
-      if (!ReadNetwork(network, u"DoesInterfaceHaveInternet", &one)) return true;
+      if (!ReadNetwork(network, kOperation, &one)) return true;
       ++found;
       const bool verbose = NlmDebugLevel() >= 1;
       if ((one.connectivity & kConnectivityInternet) != 0) {
@@ -353,14 +382,20 @@ HRESULT CNetworkListManager::DoesInterfaceHaveInternet(const platform::GUID& ada
 HRESULT CNetworkListManager::GetNetCatInfoForInterface(const platform::GUID& adapter,
                                                        std::list<NlmNetworkRecord>* records) {
   return Guarded(kClassName, "GetNetCatInfoForInterface", HRESULT{1}, [&] {
+    constexpr char16_t kOperation[] = u"GetNetCatInfoForInterface";
+    if (!m_pImpl->PresentManager()) {
+      LOG_ERROR(u"CNetworkListManager::%s_internal: m_pNLM is NULL!", kOperation);
+      return platform::E_POINTER;
+    }
     const std::size_t before = records->size();
-    m_pImpl->WalkConnections(adapter, u"GetNetCatInfoForInterface", [&](platform::INetwork& network) {
+    m_pImpl->WalkConnections(adapter, kOperation, kOperation, [&](platform::INetwork& network) {
       NlmNetworkRecord one;
-      if (!ReadNetwork(network, u"GetNetCatInfoForInterface", &one)) return true;
+      if (!ReadNetwork(network, kOperation, &one)) return true;
       one.seen = true;
       if (NlmDebugLevel() >= 1) {
-        LOG_INFO(u"CNetworkListManager::GetNetCatInfoForInterface: FOUND: name=%s, category=%i %s %s\n", one.name,
-                 one.cat, NetworkCategoryName(one.cat), ConnectivityWord(one.connectivity, u"[DISCONNECTED]"));
+        LOG_INFO(u"CNetworkListManager::%s: FOUND: name=%s, category=%i %s, ifguid=%s %s\n", kOperation, one.name,
+                 one.cat, NetworkCategoryName(one.cat), GuidText(adapter),
+                 ConnectivityWord(one.connectivity, u"[DISCONNECTED]"));
       }
       records->push_back(std::move(one));
       return true;

@@ -24,12 +24,16 @@ bool IsLive(const NlmNetworkRecord& one) { return one.iscon || one.isinet; }
 
 }  // namespace
 
-void NlmTable::Refresh(const std::vector<NlmNetworkRecord>& listed) {
-  if (m_Records.empty()) {
-    for (const auto& network : listed) Seed(network);
-  }
+void NlmTable::SeedPass(const Listed& listed) {
+  for (const auto& network : listed) Seed(network);
+}
+
+void NlmTable::StrictPass(const Listed& listed) {
   for (auto& [base, record] : m_Records) record.seen = false;
   for (const auto& network : listed) Strict(network);
+}
+
+void NlmTable::LoosePass(const Listed& listed) {
   for (const auto& network : listed) Loose(network);
 }
 
@@ -58,7 +62,6 @@ void NlmTable::Replace(NlmNetworkRecord* old, const NlmNetworkRecord& network) {
   old->seen = true;
 }
 
-// The instance most recently connected speaks.
 void NlmTable::Seed(const NlmNetworkRecord& network) {
   const auto at = m_Records.find(network.base);
   if (at == m_Records.end()) {

@@ -13,13 +13,16 @@ class NlmTable {
  public:
   using Map = std::map<WString, NlmNetworkRecord, std::less<>>;
 
-  // One refresh from what the operating system lists, in its order: seeds an empty table, then lets a
-  // live instance take over from a dead one (strict), then fills what is left (loose). Nothing is ever
-  // removed, and instance names are never forgotten.
-  void Refresh(const std::vector<NlmNetworkRecord>& listed);
+  using Listed = std::vector<NlmNetworkRecord>;  // as the operating system lists them
+
+  // The passes of a refresh. Nothing is ever removed, and instance names are never forgotten.
+  void SeedPass(const Listed& listed);    // of an empty table: the instance last connected speaks
+  void StrictPass(const Listed& listed);  // a live instance takes over from a dead one
+  void LoosePass(const Listed& listed);   // after the strict one: fills what is left
 
   const NlmNetworkRecord* Find(WStringView base) const;
   bool SetConnectivity(WStringView base, std::uint32_t connectivity);
+  bool IsEmpty() const { return m_Records.empty(); }
   const Map& Records() const { return m_Records; }
 
  private:

@@ -35,7 +35,9 @@ void CQUAYMainWorker::UpdateConnectionState() {
     now.connected = true;
     m_Connection = now;
     m_pInterface->m_backup_score = ComputeBackupScore(now.attrs, now.channel);
-    LogConnection(now, bssidChanged || m_Round == 0);
+    const bool isNew = bssidChanged || m_Round == 0;
+    if (!isNew) m_pInterface->GatewayRoamingCheck();
+    LogConnection(now, isNew);
     m_pInterface->ProcessIdleThresholds();
   } catch (const Exception& e) {
     OnDisconnected();

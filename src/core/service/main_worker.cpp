@@ -4,9 +4,11 @@
 
 #include "client/launch/launcher.h"
 #include "config/settings/global_config_container.h"
+#include "config/store/process_flags.h"
 #include "config/store/value_names.h"
 #include "core/log/log.h"
 #include "core/service/version.h"
+#include "monitors/adapters_addresses.h"
 #include "platform/clock_api.h"
 #include "platform/platform.h"
 #include "platform/thread_api.h"
@@ -26,6 +28,7 @@ constexpr std::uint32_t kRadioFailedMs = 2000;
 constexpr std::uint32_t kDisabledSliceMs = 2000;
 constexpr int kDisabledSlices = 5;
 constexpr std::uint32_t kInhibitedMs = 1000;
+constexpr std::uint32_t kVPNMs = 5000;
 constexpr std::uint32_t kNoDelayMs = 1000;
 constexpr std::uint32_t kNormalSleepMs = 10000;
 constexpr std::uint64_t kCredentialsTextMs = 60000;
@@ -167,6 +170,7 @@ void CQUAYMainWorker::PrepareRunning() {
 
 bool CQUAYMainWorker::RunRound() {
   RefreshSettings();
+  const bool vpnBlock = IsBlockedByVPN();
   if (!MayRun()) return false;
   if (m_pConfig->Get_InhibitQUAY(nullptr)) {
     SurgicalUpdateIfInhibited();
@@ -176,6 +180,12 @@ bool CQUAYMainWorker::RunRound() {
     Sleep(kInhibitedMs);
     return false;
   }
+  if (vpnBlock) {
+    HoldForVPN();
+    return false;
+  }
+  m_pConfig->SetVPNInhibited(false);
+  m_pConfig->ClearStatusMessage(kStatusVpn);
   UpdateConnectionState();
   ReleaseRoamingInhibit();
   CGlobalQUAYPolicy::UpdateAssociateLQPegging(m_pInterface.get(), m_Connection.connected,
@@ -214,6 +224,34 @@ void CQUAYMainWorker::RefreshSettings() {
   }
   m_pConfig->m_Denylist.ReloadFromRegistry();
   m_pConfig->m_Allowlist.ReloadFromRegistry();
+}
+
+// Looks for a VPN, for all who ask, and tells whether it holds this adapter.
+bool CQUAYMainWorker::IsBlockedByVPN() {
+  std::uint32_t ignore = 0;
+  if (const auto registry = CGlobalConfigContainer::GetInstance().GetRegistry()) {
+    registry->GetRegistryDWORDValue(u"IgnoreVPN", &ignore);
+  }
+  const auto adapters = CAdaptersAddresses::CreateObject();
+  adapters->Initialize();
+  const bool found = adapters->CountVPNAdapters() > 0;
+  g_bVPNFound = found;
+  return found && ignore == 0;
+}
+
+// A change of the access point would break the tunnel.
+void CQUAYMainWorker::HoldForVPN() {
+  m_pConfig->SetVPNInhibited(true);
+  m_pConfig->SetString(value::kSuggestedNetwork, u"");
+  SurgicalUpdateIfInhibited();
+  LOG_ADAPTER(m_ConfigIdx, kLoopLog,
+              u"[%i]CQUAYMainWorker::WorkThreadProc[LOOP] - VPN-INHIBITED, SLEEPING [5000]", m_ConfigIdx);
+  m_pConfig->SetStatusMessage(kStatusVpn);
+  if (KillNudgeDialog()) {
+    LOG_ADAPTER(m_ConfigIdx, DBG(8), u"[%i]CQUAYMainWorker::WorkThreadProc:[VPN] KillNudgeDialog() SUCCESS",
+                m_ConfigIdx);
+  }
+  Sleep(kVPNMs);
 }
 
 // Both enable flags are on, or the adapter is to be watched while it is disabled.

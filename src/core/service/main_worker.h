@@ -30,6 +30,8 @@ class CQUAYMainWorker : public SmartObjEx<CQUAYMainWorker, SmartObj<>>, public C
   void PrepareRunning();
   bool RunRound();      // false when the round ended early and does not count
   void RefreshSettings();
+  bool IsBlockedByVPN();
+  void HoldForVPN();
   bool MayRun();
   bool IsInhibited();   // a check point
   void ReleaseRoamingInhibit();

@@ -8,6 +8,8 @@
 #include "core/foundation/utils.h"
 #include "core/log/log.h"
 #include "core/service/version.h"
+#include "monitors/global_ap_gateway_map_memo.h"
+#include "monitors/global_dc_info_memo.h"
 #include "monitors/network_list_manager.h"
 #include "platform/console_api.h"
 #include "platform/file_api.h"
@@ -92,11 +94,15 @@ void Service::RunPasses() {
   while (!m_bQuit) {
     CGlobalConfigContainer::GetInstance().Initialize(false);
     CountBoot();
+    CGlobalDCInfoMemo::GetInstance().Load();
+    CGlobalAPGatewayMapMemo::GetInstance().Load();
     LOG_DEBUG(kRefreshLog, u"__REFRESH USER__\n");
     RefreshUser();
     ReadDebugValues();
     if (!RunPass()) continue;
     ShutDownWorkers();
+    CGlobalAPGatewayMapMemo::GetInstance().Clear();
+    CGlobalDCInfoMemo::GetInstance().Clear();
     CGlobalConfigContainer::GetInstance().Shutdown(true);
   }
 }
@@ -189,6 +195,8 @@ void Service::ShutDownWorkers() {
 void Service::ShutDown() {
   m_Workers.clear();
   SaveTelemetry();
+  CGlobalAPGatewayMapMemo::GetInstance().Clear();
+  CGlobalDCInfoMemo::GetInstance().Clear();
   CGlobalConfigContainer::GetInstance().Shutdown(true);
   CWifiClientContainer::GetInstance().Shutdown();
   EndCompanions();
