@@ -71,7 +71,7 @@ WString PassphraseDeskCommand(const char* operation, const char16_t* head, int i
     return bare;
   }
   WString path;
-  const WString line = finder.FindClientFile(kPassphraseDesk, &path) ? format(path) : bare;
+  const WString line = finder.FindFileInClientDirs(kPassphraseDesk, &path) ? format(path) : bare;
   LOG_DEBUG(kLaunchLog, u"=INFO= | __?_?_?___ [%S] [USING CLIENT DIR] buffer = %s\n", operation, line);
   return line;
 }

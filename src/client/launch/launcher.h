@@ -13,7 +13,7 @@ namespace corvane {
 class IClientFileFinder {
  public:
   // True and the path of the first file of this name in the announced directories.
-  virtual bool FindClientFile(WStringView name, WString* path) = 0;
+  virtual bool FindFileInClientDirs(WStringView name, WString* path) = 0;
 
  protected:
   ~IClientFileFinder() = default;

@@ -37,6 +37,7 @@ class CConfigApList {
   CConfigApList(const CConfigApList&) = delete;
   CConfigApList& operator=(const CConfigApList&) = delete;
 
+  CQUAYInterfaceConfig& Owner() const { return m_Owner; }
   // True on success; a failure is logged, and the file stays.
   bool MoveToBackup() const;
 

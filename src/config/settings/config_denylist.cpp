@@ -17,6 +17,14 @@ CConfigDenylist::CConfigDenylist(CQUAYInterfaceConfig& owner) : CConfigApList(ow
 const CConfigApList::Kind CConfigDenylist::kKind = {
     "CConfigDenylist", "MoveDenylistAPFileToBackup", "denylist_ap", value::kDenylistJson, &ReadDenyRows};
 
+void CConfigDenylist::ClearSuggestions() {
+  for (const ApListRow& row : Rows()) {
+    const WString bssid = Widen(row.bssid);
+    Owner().m_Popup.ClearPopupSuggestedAP_If_Equal(row.ssid, bssid);
+    Owner().m_Etw.ClearSuggestedAP_If_Equal(row.ssid, bssid);
+  }
+}
+
 bool IsDenied(const ApListRows& rows, WStringView ssid, const MacAddress& mac) {
   return IsListed(rows, ssid, mac) ||
          CGlobalConfigContainer::GetInstance().GetNetworkFilter(ssid) == kFilterDenied;

@@ -8,6 +8,8 @@ class CConfigDenylist : public CConfigApList {
  public:
   explicit CConfigDenylist(CQUAYInterfaceConfig& owner);
 
+  // Takes back what is being suggested of the APs that the rows name. After each reload.
+  void ClearSuggestions();
   bool MoveDenylistAPFileToBackup() const { return MoveToBackup(); }
 
  private:

@@ -236,7 +236,7 @@ bool CGlobalConfigContainer::SetClientDir(WStringView path) {
   return true;
 }
 
-bool CGlobalConfigContainer::FindClientFile(WStringView name, WString* found) {
+bool CGlobalConfigContainer::FindFileInClientDirs(WStringView name, WString* found) {
   std::list<WString> folders;
   {
     const CCritSecLock lock(m_TableLock);

@@ -47,7 +47,7 @@ class CGlobalConfigContainer final : public CRegistryHelperBase, public IClientF
   // Directories that clients gave; false when the list holds this one already (compared exactly).
   bool SetClientDir(WStringView path);
   // The first path <directory>\<name>, in list order, that is a file; false without one.
-  bool FindClientFile(WStringView name, WString* found) override;
+  bool FindFileInClientDirs(WStringView name, WString* found) override;
   // The one-shot flags: true and cleared when the value reads exactly 1.
   bool ReadFlagAndClear(WStringView name);
   bool IsEnabledForWeek(int week);

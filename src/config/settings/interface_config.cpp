@@ -51,12 +51,12 @@ void CQUAYInterfaceConfig::Initialize(int index, WStringView keyPath, WStringVie
     SetPassiveSuggestMode(kPopupMode);
   }
   RefreshFromRegistry();
+  m_Etw.Start(index, this, guid, name, description);
+  m_Popup.Start(index, this, guid);
   if (m_bPassive && m_bPopupMode && index <= 1) {
     SetDWORD(index == 0 ? u"SuggestCount" : u"SuggestCount2", 0);
     SetDWORD(index == 0 ? u"BestCount" : u"BestCount2", 0);
   }
-  m_Etw.Start(index, this, guid, name, description);
-  m_Popup.Start(index, this, guid);
   ClearStatusMessage(kStatusExternalRoaming);
   SetString(value::kConnectStatus, u"idle");
 }

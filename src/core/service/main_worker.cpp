@@ -223,6 +223,7 @@ void CQUAYMainWorker::RefreshSettings() {
                 scanMs);
   }
   m_pConfig->m_Denylist.ReloadFromRegistry();
+  m_pConfig->m_Denylist.ClearSuggestions();
   m_pConfig->m_Allowlist.ReloadFromRegistry();
 }
 

@@ -15,7 +15,7 @@ using platform::sim::SimSession;
 
 class ClientFiles : public IClientFileFinder {
  public:
-  bool FindClientFile(WStringView, WString* out) override {
+  bool FindFileInClientDirs(WStringView, WString* out) override {
     if (path.empty()) return false;
     *out = path;
     return true;

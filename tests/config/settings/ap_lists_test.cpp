@@ -137,6 +137,17 @@ TEST_F(ApLists, ReadThePreferredFileWhereItLies) {
   EXPECT_FALSE(config->m_SelectArbitrary.LoadConfiguration(&rows));
 }
 
+TEST_F(ApLists, ADeniedApIsNoLongerSuggested) {
+  CApSetMemo& memo = config->m_Popup.GetMemo();
+  memo.Add(false, u"Lab", u"00-11-22-33-44-55", u"", u"", CApSetMemo::kNoFlag, 50);
+  memo.Add(false, u"Office", u"00-11-22-33-44-66", u"", u"", CApSetMemo::kNoFlag, 50);
+  config->SetDenylistJson(u"[[\"Lab\",\"00-11-22-33-44-55\"],[\"Office\",\"any\"]]");
+  config->m_Denylist.ReloadFromRegistry();
+  config->m_Denylist.ClearSuggestions();
+  EXPECT_FALSE(memo.HasAp(u"Lab", u"00-11-22-33-44-55"));
+  EXPECT_TRUE(memo.HasNetwork(u"Office"));  // "any" names no AP
+}
+
 TEST_F(ApLists, TheSystemsDenyFilterCountsAsDenied) {
   Global().SetNetworkFilter(u"Guest", 2);
   Global().SetNetworkFilter(u"Home", 1);
