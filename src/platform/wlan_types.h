@@ -228,6 +228,19 @@ struct WLAN_CONNECTION_NOTIFICATION_DATA {
 };
 static_assert(sizeof(WLAN_CONNECTION_NOTIFICATION_DATA) == 572);
 
+struct WLAN_MSM_NOTIFICATION_DATA {
+  LONG wlanConnectionMode = 0;
+  char16_t strProfileName[256] = {};
+  DOT11_SSID dot11Ssid;
+  LONG dot11BssType = 0;
+  DOT11_MAC_ADDRESS dot11MacAddr = {};
+  BOOL bSecurityEnabled = 0;
+  BOOL bFirstPeer = 0;
+  BOOL bLastPeer = 0;
+  DWORD wlanReasonCode = 0;
+};
+static_assert(sizeof(WLAN_MSM_NOTIFICATION_DATA) == 580);
+
 struct WLAN_PROFILE_INFO {
   char16_t strProfileName[256] = {};
   DWORD dwFlags = 0;
@@ -266,6 +279,7 @@ enum : LONG {
   wlan_intf_opcode_interface_state = 6,
   wlan_intf_opcode_current_connection = 7,
   wlan_intf_opcode_channel_number = 8,
+  wlan_intf_opcode_rssi = 0x10000102,
 };
 
 inline constexpr DWORD WLAN_NOTIFICATION_SOURCE_NONE = 0;
@@ -275,6 +289,7 @@ inline constexpr DWORD WLAN_NOTIFICATION_SOURCE_ALL = 65535;
 
 // WLAN_NOTIFICATION_ACM and WLAN_NOTIFICATION_MSM, the codes in use.
 enum : DWORD {
+  wlan_notification_acm_profile_change = 6,
   wlan_notification_acm_scan_complete = 7,
   wlan_notification_acm_scan_fail = 8,
   wlan_notification_acm_connection_start = 9,
@@ -284,13 +299,18 @@ enum : DWORD {
   wlan_notification_acm_interface_removal = 14,
   wlan_notification_acm_disconnecting = 20,
   wlan_notification_acm_disconnected = 21,
+  wlan_notification_acm_scan_list_refresh = 26,
 };
 enum : DWORD {
   wlan_notification_msm_associating = 1,
+  wlan_notification_msm_associated = 2,
+  wlan_notification_msm_authenticating = 3,
+  wlan_notification_msm_connected = 4,
   wlan_notification_msm_roaming_start = 5,
   wlan_notification_msm_roaming_end = 6,
   wlan_notification_msm_radio_state_change = 7,
   wlan_notification_msm_signal_quality_change = 8,
+  wlan_notification_msm_disconnected = 10,
   wlan_notification_msm_adapter_operation_mode_change = 14,
 };
 
@@ -312,9 +332,22 @@ inline constexpr DWORD WLAN_PROFILE_GET_PLAINTEXT_KEY = 4;
 
 // Reason codes (wlanapi.h).
 inline constexpr DWORD WLAN_REASON_CODE_SUCCESS = 0;
+inline constexpr DWORD WLAN_REASON_CODE_NETWORK_NOT_COMPATIBLE = 0x20001;
+inline constexpr DWORD WLAN_REASON_CODE_GP_DENIED = 0x28003;
+inline constexpr DWORD WLAN_REASON_CODE_USER_DENIED = 0x28004;
 inline constexpr DWORD WLAN_REASON_CODE_NETWORK_NOT_AVAILABLE = 0x2800B;
-inline constexpr DWORD WLAN_REASON_CODE_ASSOCIATION_TIMEOUT = 0x38002;
-inline constexpr DWORD WLAN_REASON_CODE_ASSOCIATION_FAILURE = 0x38001;
+inline constexpr DWORD WLAN_REASON_CODE_PROFILE_CHANGED_OR_DELETED = 0x2800C;
+inline constexpr DWORD WLAN_REASON_CODE_USER_CANCELLED = 0x38001;
+inline constexpr DWORD WLAN_REASON_CODE_ASSOCIATION_FAILURE = 0x38002;
+inline constexpr DWORD WLAN_REASON_CODE_ASSOCIATION_TIMEOUT = 0x38003;
+inline constexpr DWORD WLAN_REASON_CODE_ROAMING_FAILURE = 0x38008;
+inline constexpr DWORD WLAN_REASON_CODE_DRIVER_DISCONNECTED = 0x3800B;
+inline constexpr DWORD WLAN_REASON_CODE_DRIVER_OPERATION_FAILURE = 0x3800C;
 inline constexpr DWORD WLAN_REASON_CODE_MSMSEC_PSK_MISMATCH_SUSPECTED = 0x48014;
+inline constexpr DWORD WLAN_REASON_CODE_INVALID_PROFILE_SCHEMA = 0x80001;
+
+// Results of the WLAN service beside the system's error codes (winerror.h).
+inline constexpr DWORD ERROR_BAD_PROFILE = 1206;
+inline constexpr DWORD ERROR_NDIS_DOT11_POWER_STATE_INVALID = 0x80342002;  // the radio is off
 
 }  // namespace corvane::platform

@@ -9,7 +9,7 @@
 namespace corvane::platform::sim {
 
 // Authentication and key management suites, OUI 00-0F-AC (IEEE 802.11-2020, table 9-151).
-enum : std::uint32_t {
+enum Akm : std::uint32_t {
   AKM_8021X = 1,
   AKM_PSK = 2,
   AKM_FT_8021X = 3,
@@ -44,30 +44,32 @@ class Beacon {
   Beacon& Vht40(int streams);
   Beacon& Vht80(int streams);
   Beacon& Vht160(int streams);
-  Beacon& MuBeamformer();  // a VHT or HE access point that serves several stations at once
+  Beacon& MuBeamformer();     // a VHT or HE access point that serves several stations at once
   Beacon& He20(int streams);  // with HT and, in 5 GHz, VHT
   Beacon& He40(int streams);
   Beacon& He80(int streams);
   Beacon& He160(int streams);
 
   Beacon& Rsn(std::vector<std::uint32_t> akms);  // CCMP
-  Beacon& Wpa();        // the vendor element that came before RSN, TKIP and a key
+  Beacon& Wpa();  // the vendor element that came before RSN, TKIP and a key
   Beacon& FastTransition(WORD mobilityDomain);
 
   Beacon& QbssLoad(int stations, int utilisation);  // utilisation 0 to 255
   Beacon& Country(const char* twoLetters);
   Beacon& Vendor(std::uint32_t oui, std::vector<BYTE> data);  // the OUI in its three low bytes
-  Beacon& Append(BYTE id, std::vector<BYTE> data);  // any other element, at the end
+  Beacon& Append(BYTE id, std::vector<BYTE> data);            // any other element, at the end
 
   std::vector<BYTE> Bytes() const;
   int GetChannel() const { return m_Channel; }
   ULONG FrequencyMhz() const;
-  LONG Phy() const;  // DOT11_PHY_TYPE of the newest generation in it
-  bool HasSecurity() const { return !m_Akms.empty() || m_bWpa; }
 
  private:
   enum class Generation { kLegacy, kHt, kVht, kHe };
   Beacon& Use(Generation generation, int widthMhz, int streams);
+  bool OnlyDsss() const;
+  std::uint32_t SecondaryChannel() const;
+  void PutBasics(std::vector<BYTE>* out) const;
+  void PutGenerations(std::vector<BYTE>* out) const;
   bool In2GHz() const { return !m_b6GHz && m_Channel <= 14; }
 
   std::string m_Ssid;
@@ -87,15 +89,5 @@ class Beacon {
   std::string m_Country;
   std::vector<BYTE> m_Rest;  // vendor and appended elements, ready
 };
-
-// The same elements with an SSID of no bytes: what a hidden access point's beacon carries.
-std::vector<BYTE> CarryNoSsid(const std::vector<BYTE>& elements);
-
-// Sets the load element (id 11), adding it where there is none; -1 leaves a figure as it was.
-void SetQbssLoad(std::vector<BYTE>* elements, int stations, int utilisation);
-
-// The legacy rates of the elements in the form of WLAN_RATE_SET: units of 500 kbit/s, basic bit
-// 0x8000.
-WLAN_RATE_SET RateSetOf(const std::vector<BYTE>& elements);
 
 }  // namespace corvane::platform::sim

@@ -1,4 +1,5 @@
 #pragma once
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 
@@ -52,6 +53,18 @@ class SimDevices {
   // Carries out one timeline action now, given as its JSON object ("docs/worlds.md"). Throws
   // std::invalid_argument with the reason for one that is not understood.
   void Do(const char* actionJson);
+
+  // For tests: from now on the lists of the WLAN service claim far more items than they hold.
+  void ClaimImpossibleCounts(bool on);
+  // What the program has been given and has not given back.
+  struct Outstanding {
+    std::size_t wlanClients = 0;
+    std::size_t wlanBuffers = 0;
+    std::size_t networkListObjects = 0;
+    std::size_t perfCounterHandles = 0;
+    friend bool operator==(const Outstanding&, const Outstanding&) = default;
+  };
+  Outstanding CountOutstanding();
 
  private:
   struct Impl;

@@ -1,6 +1,6 @@
 #pragma once
-// The world of a simulated PC as plain data: what its machine, its air and its networks are like, and
-// what happens to them. "docs/worlds.md" tells the JSON form, member by member. All times are
+// The world of a simulated PC as plain data: what its machine, its air and its networks are like,
+// and what happens to them. "docs/worlds.md" tells the JSON form, member by member. All times are
 // milliseconds since the machine came up, in which the program starts at 0.
 
 #include <array>
@@ -67,18 +67,20 @@ struct Neighbour {
 
 // A network as the network list knows it; with `ssid`, one that Wi-Fi adapters can be on.
 struct Network {
-  std::u16string name;  // may carry an instance number: "Office 2"
+  std::u16string name;    // may carry an instance number: "Office 2"
   bool nullName = false;  // the list gives no name for it
   std::u16string description;
-  std::string ssid;      // empty for one that is not Wi-Fi
-  LONG category = 0;     // NLM_NETWORK_CATEGORY: 0 public, 1 private, 2 domain
-  bool internet = true;  // what the list says while connected
-  DWORD connectivity = 0x440;  // NLM_CONNECTIVITY while connected
-  bool connected = false;      // for one that is not Wi-Fi: connected at the start
+  std::string ssid;           // empty for one that is not Wi-Fi
+  LONG category = 0;          // NLM_NETWORK_CATEGORY: 0 public, 1 private, 2 domain
+  bool internet = true;       // what the list says while connected
+  DWORD connectivity = 0x40;  // NLM_CONNECTIVITY while connected: 0x40 IPv4 Internet, 0x20 local
+  bool connected = false;     // for one that is not Wi-Fi: connected at the start
   std::uint64_t createdSecs = 0, connectedSecs = 0;  // seconds since 1970
-  IpSettings ip;                   // given to an adapter that is on it
+  IpSettings ip;                                     // given to an adapter that is on it
   std::vector<Neighbour> neighbours;  // the MACs of its gateways and hosts, while somebody is on it
 };
+
+inline constexpr LONG kAuthOwe = 10;  // DOT11_AUTH_ALGO_OWE
 
 struct Security {
   LONG auth = DOT11_AUTH_ALGO_80211_OPEN;
@@ -89,9 +91,9 @@ struct Security {
 
 struct AccessPoint {
   Mac bssid{};
-  std::string ssid;           // bytes, at most 32
-  ULONG frequencyMhz = 2412;  // centre of the primary channel
-  bool hidden = false;        // heard with an empty SSID, unless a scan asked for it by name
+  std::string ssid;            // bytes, at most 32
+  ULONG frequencyMhz = 2412;   // centre of the primary channel
+  bool hidden = false;         // heard with an empty SSID, unless a scan asked for it by name
   std::vector<BYTE> elements;  // of a probe response, with the SSID; CarryNoSsid gives the beacon's
   WORD beaconPeriod = 100;     // time units of 1024 us
   WORD capability = 0x0001;    // IEEE 802.11 clause 9.4.1.4
@@ -136,7 +138,7 @@ struct Traffic {
   Span span;
   double inMbps = 0.0;
   double outMbps = 0.0;
-  double inErrorsPerSec = 0.0;   // packets
+  double inErrorsPerSec = 0.0;  // packets
   double outErrorsPerSec = 0.0;
 };
 
@@ -153,7 +155,7 @@ struct Adapter {
   std::u16string connectionName;  // stands in the registry, too, where the system keeps it
   Mac mac{};
   DWORD ifIndex = 0;
-  std::vector<LONG> phys;  // DOT11_PHY_TYPE, in the order of dot11PhyTypes
+  std::vector<LONG> phys;        // DOT11_PHY_TYPE, in the order of dot11PhyTypes
   std::vector<int> bands{2, 5};  // that it hears: 2, 5, 6
   bool present = true;
   bool radioOn = true;          // the software switch, of every PHY
@@ -168,8 +170,8 @@ struct Adapter {
   DriverRoaming roaming;
 };
 
-// Any other adapter of the machine: wired LAN, VPN, loopback, virtual, tunnel. The Wi-Fi adapters are
-// in the tables by themselves.
+// Any other adapter of the machine: wired LAN, VPN, loopback, virtual, tunnel. The Wi-Fi adapters
+// are in the tables by themselves.
 struct OtherAdapter {
   GUID guid;
   std::u16string description;
@@ -190,14 +192,15 @@ struct Power {
   BYTE batteryPercent = 100;
 };
 
-// The session on the console, and what the program's own child says there of the user's environment.
+// The session on the console, and what the program's own child says there of the user's
+// environment.
 struct Session {
   bool loggedOn = true;
   std::string user = "user";
   DWORD sessionId = 1;
   std::string childOutput;  // all that the child writes
   DWORD childExitCode = 999;
-  DWORD childMs = 200;  // run time
+  DWORD childMs = 200;                    // run time
   std::vector<std::u16string> processes;  // names of programs that run there
 };
 
@@ -215,34 +218,34 @@ struct RegistryWrite {
 
 // What an entry of the timeline does. Behind each, the members of Action that it reads.
 enum class ActionKind {
-  kMove,            // to, speed: the machine walks there from where it is
-  kScan,            // adapter, ssid, good: somebody else's scan
-  kConnect,         // adapter, ssid, bssid: somebody else connects; zero BSSID: the strongest
-  kDisconnect,      // adapter: somebody else disconnects it
-  kRoam,            // adapter, bssid: the driver roams inside the SSID
-  kRadio,           // adapter, on, hardware
-  kAdapter,         // adapter, on: plugged in or pulled out
-  kTraffic,         // traffic: from now on; its span counts from the time of the action
-  kAccessPoint,     // bssid, on: dies or comes back
-  kLoad,            // bssid, stations, utilisation: the load element changes
-  kSignal,          // bssid, dbm: fixed from now on; NaN gives the signal back to power and track
-  kRefuse,          // bssid, code: connects fail with this reason; 0: no more
-  kWlanService,     // on: the WLAN service stops (every call 1062) or runs again
-  kPower,           // on (mains), percent
-  kSuspend,         // the machine sleeps
-  kResume,          // and wakes
-  kRegistry,        // registry
-  kNetwork,         // network (name), and what of category, internet, connectivity and on is given
-  kNetworkList,     // on: the network list service fails or answers again
-  kInterface,       // interface (friendly name), on: another adapter goes up or down
+  kMove,         // to, speed: the machine walks there from where it is
+  kScan,         // adapter, ssid, good: somebody else's scan
+  kConnect,      // adapter, ssid, bssid: somebody else connects; zero BSSID: the strongest
+  kDisconnect,   // adapter: somebody else disconnects it
+  kRoam,         // adapter, bssid: the driver roams inside the SSID
+  kRadio,        // adapter, on, hardware
+  kAdapter,      // adapter, on: plugged in or pulled out
+  kTraffic,      // traffic: from now on; its span counts from the time of the action
+  kAccessPoint,  // bssid, on: dies or comes back
+  kLoad,         // bssid, stations, utilisation: the load element changes
+  kSignal,       // bssid, dbm: fixed from now on; NaN gives the signal back to power and track
+  kRefuse,       // bssid, code: connects fail with this reason; 0: no more
+  kWlanService,  // on: the WLAN service stops (every call 1062) or runs again
+  kPower,        // on (mains), percent
+  kSuspend,      // the machine sleeps
+  kResume,       // and wakes
+  kRegistry,     // registry
+  kNetwork,      // network (name), and what of category, internet, connectivity and on is given
+  kNetworkList,  // on: the network list service fails or answers again
+  kInterface,    // interface (friendly name), on: another adapter goes up or down
   kInterfacePresent,  // interface, on: it is plugged in or pulled out
-  kNeighbour,       // neighbour, on: a row of the neighbour tables is set or taken out
-  kProfile,         // profile, on: added or replaced, or deleted by name
-  kFilter,          // filter, on: added or taken out
-  kSession,         // session: from now on
-  kProcess,         // text (name), on: a program of the session starts or ends
-  kNotification,    // adapter, source, code, number: a bare notification of the WLAN service
-  kKey,             // the console key is pressed
+  kNeighbour,         // neighbour, on: a row of the neighbour tables is set or taken out
+  kProfile,           // profile, on: added or replaced, or deleted by name
+  kFilter,            // filter, on: added or taken out
+  kSession,           // session: from now on
+  kProcess,           // text (name), on: a program of the session starts or ends
+  kNotification,      // adapter, source, code, number: a bare notification of the WLAN service
+  kKey,               // the console key is pressed
 };
 
 struct Action {
@@ -266,9 +269,9 @@ struct Action {
   std::u16string network;
   std::u16string interfaceName;
   std::u16string text;
-  int category = -1;      // -1: as it was
-  int internet = -1;      // 0, 1, or -1 as it was
-  int connected = -1;     // 0, 1, or -1 as it was
+  int category = -1;               // -1: as it was
+  int internet = -1;               // 0, 1, or -1 as it was
+  int connected = -1;              // 0, 1, or -1 as it was
   std::int64_t connectivity = -1;  // flags, or -1 as it was
   Traffic traffic;
   RegistryWrite registry;

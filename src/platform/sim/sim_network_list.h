@@ -1,0 +1,43 @@
+#pragma once
+#include <atomic>
+#include <functional>
+
+#include "platform/network_list_api.h"
+#include "platform/sim/seam_gate.h"
+#include "platform/sim/sim_interfaces.h"
+
+namespace corvane::platform::sim {
+
+// The network list service: the world's networks, with what the interfaces are on now. Objects show
+// the present state, not that of the time when they were given out.
+class SimNetworkList final : public NetworkListApi {
+ public:
+  SimNetworkList(SimMachine& machine, SeamGate& gate, const SimWlanAdapters& adapters,
+                 SimTraffic& traffic)
+      : m_Machine(machine), m_Gate(gate), m_Adapters(adapters), m_Traffic(traffic) {}
+
+  HRESULT CoInitializeEx(DWORD model) override;
+  HRESULT CoCreateNetworkListManager(INetworkListManager** manager) override;
+
+  // COM objects given out that have not been released.
+  int ObjectsOut() const { return m_ObjectsOut.load(); }
+
+ private:
+  friend class SimNetworkListObjects;
+
+  // Gate and service: what the operation answers when it does not go on.
+  HRESULT Enter(const char* operation);
+  // Runs `read(network)` under the devices' lock.
+  HRESULT Read(const char* operation, std::size_t network,
+               const std::function<HRESULT(const Network&)>& read);
+  bool IsConnected(std::size_t network);  // under the lock
+
+  SimMachine& m_Machine;
+  SeamGate& m_Gate;
+  const SimWlanAdapters& m_Adapters;
+  SimTraffic& m_Traffic;
+  std::atomic<bool> m_bComReady{false};  // somebody has joined the multithreaded apartment
+  std::atomic<int> m_ObjectsOut{0};
+};
+
+}  // namespace corvane::platform::sim
