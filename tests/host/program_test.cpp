@@ -37,13 +37,17 @@ class ProgramTest : public testing::Test {
     if (text.ends_with('\n')) text.pop_back();
     return text;
   }
-  bool WaitForValue(const std::string& name) const {
+  template <typename Predicate>
+  bool WaitUntil(Predicate&& holds) const {
     const auto end = std::chrono::steady_clock::now() + kLimit;
-    while (Value(name).empty()) {
+    while (!holds()) {
       if (std::chrono::steady_clock::now() > end) return false;
-      std::this_thread::sleep_for(100ms);
+      std::this_thread::sleep_for(50ms);
     }
     return true;
+  }
+  bool WaitForValue(const std::string& name, const std::string& value) const {
+    return WaitUntil([&] { return Value(name) == value; });
   }
 
   TempDirectory directory;
@@ -52,8 +56,8 @@ class ProgramTest : public testing::Test {
 
 TEST_F(ProgramTest, PublishesItsStateRefusesASecondInstanceAndStopsInOrder) {
   Program service(directory / "output", Environment());
-  ASSERT_TRUE(WaitForValue("CandidatesCSV")) << service.Output();
-  EXPECT_EQ(Value("ConnectStatus"), "connected");
+  ASSERT_TRUE(WaitForValue("ConnectStatus", "connected")) << service.Output();
+  ASSERT_TRUE(WaitUntil([&] { return Value("CandidatesCSV") != ""; })) << service.Output();
   EXPECT_NE(Value("ConnectedNetwork"), "");
   EXPECT_EQ(Value("BootCounter"), "1");
 
@@ -69,11 +73,7 @@ TEST_F(ProgramTest, PublishesItsStateRefusesASecondInstanceAndStopsInOrder) {
 
   // The next start counts, and goes on with what was stored.
   Program next(directory / "next", Environment());
-  const auto end = std::chrono::steady_clock::now() + kLimit;
-  while (Value("BootCounter") != "2" && std::chrono::steady_clock::now() < end) {
-    std::this_thread::sleep_for(100ms);
-  }
-  EXPECT_EQ(Value("BootCounter"), "2");
+  EXPECT_TRUE(WaitForValue("BootCounter", "2"));
   next.Signal(SIGINT);
   EXPECT_EQ(next.Wait(kLimit), 0) << next.Output();
 }

@@ -93,6 +93,7 @@ bool CApSetMemo::HasAp(WStringView ssid, WStringView bssid) {
 }
 
 std::uint64_t CApSetMemo::BumpRepeats(WStringView ssid, std::uint64_t* unixTime) {
+  if (unixTime) *unixTime = 0;
   const CCritSecLock lock(m_Lock);
   const auto network = m_Networks.find(ssid);
   if (network == m_Networks.end()) return 0;

@@ -33,6 +33,10 @@ std::string LineOf(const WString& row) {
   return line + '\n';
 }
 
+bool Exists(const WString& path) {
+  return Os().files.GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
 // Runs one operation; whatever goes wrong in it ends there.
 template <class Body>
 void Contain(const char* operation, Body body) {
@@ -83,8 +87,7 @@ void CNetworkCSV::WriteLineTelemetry(std::int32_t sizeMB, WString row) {
 }
 
 void CNetworkCSV::WriteRow(const WString& row) {
-  const bool known =
-      m_BytesWritten != 0 && Os().files.GetFileAttributesW(m_FilePath.c_str()) != INVALID_FILE_ATTRIBUTES;
+  const bool known = m_BytesWritten != 0 && Exists(m_FilePath);
   const std::string text = (known ? std::string() : WhatComesFirst()) + LineOf(row);
   CHistoryFile stream;
   if (!OpenTelemetryWriteStream(&stream)) return;
@@ -97,8 +100,8 @@ void CNetworkCSV::WriteRow(const WString& row) {
 std::string CNetworkCSV::WhatComesFirst() const {
   CHistoryFile file;
   std::uint64_t size = 0;
-  if (!file.OpenToRead(m_FilePath)) return std::string(kHeader) + '\n';
-  if (!file.GetSize(&size)) return {};
+  if (!Exists(m_FilePath)) return std::string(kHeader) + '\n';
+  if (!file.OpenToRead(m_FilePath) || !file.GetSize(&size)) return {};  // a header amid the rows helps nobody
   if (size == 0) return std::string(kHeader) + '\n';
   std::string bytes;
   const bool cutOff = file.ReadAll(&bytes) && !bytes.empty() && bytes.back() != '\n';

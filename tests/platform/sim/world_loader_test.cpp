@@ -56,8 +56,11 @@ TEST(ShippedWorlds, OnTheOfficeWalkEachStopHasItsAccessPoint) {
       const Point machine = PositionAt(world.path, ms);
       for (std::size_t ap = 0; ap < 3; ++ap) {
         const double dbm = SignalDbm(world, world.accessPoints[ap], machine, ms, seed);
-        if (ap == stop) EXPECT_GT(dbm, -56.0) << "stop " << stop;
-        if (ap != stop) EXPECT_LT(dbm, -62.0) << "stop " << stop << ", access point " << ap;
+        if (ap == stop) {
+          EXPECT_GT(dbm, -56.0) << "stop " << stop;
+        } else {
+          EXPECT_LT(dbm, -62.0) << "stop " << stop << ", access point " << ap;
+        }
       }
     }
   }

@@ -46,18 +46,26 @@ TEST_F(HistoryTest, ANewFileBeginsWithTheHeader) {
 }
 
 TEST_F(HistoryTest, WithoutTheSuitesDirectoryThereIsNoHistory) {
-  kernel.Files().Remove(kDirectory);
+  const auto setThere = [&](bool there) {
+    kernel.Faults().Clear();
+    if (!there) kernel.Faults().FailAlways("GetFileAttributesW", platform::ERROR_PATH_NOT_FOUND);
+  };
+  setThere(false);
   Write(u"lost");
   EXPECT_EQ(File(), "missing");
-  EXPECT_EQ(kernel.Files().OpenHandles(), 0u);
-  kernel.Files().MakeDirectories(kDirectory);
+  setThere(true);
   Write(u"kept");
   kernel.Files().Remove(kFile);
-  kernel.Files().Remove(kDirectory);
+  setThere(false);
   Write(u"lost");
-  kernel.Files().MakeDirectories(kDirectory);
+  EXPECT_EQ(File(), "missing");
+  setThere(true);
   Write(u"back");
   EXPECT_EQ(File(), std::string(kHeader) + "back\n") << "a new file is whole";
+  kernel.Faults().FailAlways("SHGetFolderPathW", platform::ERROR_GEN_FAILURE);
+  Restart();
+  Write(u"lost");
+  EXPECT_EQ(File(), std::string(kHeader) + "back\n");
 }
 
 TEST_F(HistoryTest, SizeZeroErasesTheHistory) {
@@ -86,7 +94,7 @@ TEST_F(HistoryTest, AFailedWriteCostsOneRow) {
   Write(u"one");
   kernel.Faults().FailCall("WriteFile", 1, 112);
   Write(u"lost");
-  kernel.Faults().FailCall("CreateFileW", 1, 5);
+  kernel.Faults().FailCall("CreateFileW", 2, 5);  // the first one looks at the file
   Write(u"lost");
   EXPECT_TRUE(HasLog("CNetworkCSV::OpenTelemetryWriteStream: failed to open file"));
   kernel.Faults().FailCall("WriteFile", 1, platform::sim::FaultPlan::kFault);
