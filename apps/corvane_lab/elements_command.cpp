@@ -2,8 +2,6 @@
 #include <rapidjson/writer.h>
 
 #include <cstdio>
-#include <sstream>
-#include <stdexcept>
 #include <string>
 #include <type_traits>
 
@@ -13,7 +11,7 @@
 #include "platform/linux/host_text_file.h"
 #include "platform/sim/captured_beacons.h"
 #include "platform/sim/simulated_pc.h"
-#include "platform/sim/world.h"
+#include "platform/sim/world_loader.h"
 #include "wlan/elements/bss_reading.h"
 #include "wlan/elements/frequency_table.h"
 #include "wlan/elements/ie_blob.h"
@@ -205,21 +203,18 @@ int ElementsCommand(const std::vector<std::string>& words) {
   const Arguments arguments(words, {}, {});
   if (arguments.Rest().size() != 1) throw UsageError("one file of captured beacons");
   const std::string& file = arguments.Rest()[0];
-  std::istringstream lines(platform::linux_host::ReadTextFile(file));
   const platform::sim::SimulatedPc pc(platform::sim::World{});
   bool anyBad = false;
-  int number = 0;
-  for (std::string line; std::getline(lines, line);) {
-    ++number;
-    if (line.find_first_not_of(" \t\r") == std::string::npos) continue;
-    try {
-      const platform::sim::CapturedBeacon beacon = platform::sim::ParseCapturedBeacon(line);
-      if (beacon.freqMhz) std::printf("%s\n", ElementsLine(beacon).c_str());
-    } catch (const std::invalid_argument& e) {
-      anyBad = true;
-      std::fprintf(stderr, "%s:%d: %s\n", file.c_str(), number, e.what());
-    }
-  }
+  platform::sim::ForEachCapturedLine(
+      platform::linux_host::ReadTextFile(file), file, [&](const std::string& line, const std::string& place) {
+        try {
+          const platform::sim::CapturedBeacon beacon = platform::sim::ReadCapturedBeacon(line, place);
+          if (beacon.freqMhz) std::printf("%s\n", ElementsLine(beacon).c_str());
+        } catch (const platform::sim::WorldError& e) {
+          anyBad = true;
+          std::fprintf(stderr, "%s\n", e.what());
+        }
+      });
   return anyBad ? 1 : 0;
 }
 

@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <fstream>
 #include <sstream>
-#include <stdexcept>
 
 #include "corvane_lab/commands.h"
 #include "platform/sim/captured_beacons.h"
@@ -16,7 +15,7 @@ namespace corvane::lab {
 namespace {
 
 using platform::sim::CapturedBeacon;
-using platform::sim::ParseCapturedBeacon;
+using platform::sim::ReadCapturedBeacon;
 
 // What the dissector says of one frame: texts by field name, several occurrences joined by commas.
 class Oracle {
@@ -128,7 +127,7 @@ TEST_F(CapturedBeacons, AreReadAsAnIndependentDissectorReadsThem) {
   if (!file) GTEST_SKIP() << "there are no captured beacons beside this tree";
   int decoded = 0;
   for (std::string line; std::getline(file, line);) {
-    const CapturedBeacon beacon = ParseCapturedBeacon(line);
+    const CapturedBeacon beacon = ReadCapturedBeacon(line, "beacons");
     SCOPED_TRACE(beacon.id);
     if (!beacon.freqMhz) continue;
     rapidjson::Document whole, got;
@@ -143,31 +142,6 @@ TEST_F(CapturedBeacons, AreReadAsAnIndependentDissectorReadsThem) {
     ++decoded;
   }
   EXPECT_GT(decoded, 50);
-}
-
-TEST(CapturedBeacon, TellsWhatIsWrongWithALine) {
-  const auto reason = [](const char* line) -> std::string {
-    try {
-      ParseCapturedBeacon(line);
-      return "";
-    } catch (const std::invalid_argument& e) {
-      return e.what();
-    }
-  };
-  EXPECT_EQ(reason(R"({"id":"a","bssid":"02-00-00-00-00-0A","freq_mhz":null,"ie_hex":"","oracle":{}})"), "");
-  EXPECT_EQ(reason("[]"), "not a JSON object");
-  EXPECT_EQ(reason("{\"id\":"), "no JSON: Invalid value. (at 6)");
-  EXPECT_EQ(reason(R"({"id":"a","ie_hex":""})"), "\"bssid\" is missing");
-  EXPECT_EQ(reason(R"({"id":"a","bssid":"02-00-00-00-00-0g","ie_hex":""})"),
-            "\"bssid\" is not six pairs of hexadecimal digits");
-  EXPECT_EQ(reason(R"({"id":"a","bssid":"02-00-00-00-00-00","ie_hex":"0"})"),
-            "\"ie_hex\" has an odd number of digits");
-  EXPECT_EQ(reason(R"({"id":"a","bssid":"02-00-00-00-00-00","ie_hex":"0x"})"),
-            "\"ie_hex\" has something else than hexadecimal digits");
-  EXPECT_EQ(reason(R"({"id":"a","bssid":"02-00-00-00-00-00","ie_hex":"","freq_mhz":5000000})"),
-            "\"freq_mhz\" is no frequency");
-  EXPECT_EQ(reason(R"({"id":"a","bssid":"02-00-00-00-00-00","ie_hex":"","rssi_dbm":"-60"})"),
-            "\"rssi_dbm\" is no signal in dBm");
 }
 
 }  // namespace
