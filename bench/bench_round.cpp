@@ -10,6 +10,7 @@
 #include "config/settings/global_config_container.h"
 #include "select/policy/candidate_list.h"
 #include "select/policy/policy.h"
+#include "select/policy/quiet_network_list.h"
 #include "support/pc_fixture.h"
 #include "wlan/binding/wifi_client_container.h"
 
@@ -135,6 +136,7 @@ class CrowdedAir : public WlanApi {
 class Rig : public test::KernelTest {
  public:
   explicit Rig(std::size_t entries) {
+    Install<test::QuietNetworkList>();
     Install<CrowdedAir>(entries);
     g_DebugMask = 0;
     g_EnableFileLogging = 0;

@@ -31,6 +31,7 @@ TEST_F(ChoiceTest, DeniedConnectionIsLeftAndTheDecisionWaitsTenSeconds) {
   Round();  // within the ten seconds: does not even count
   EXPECT_EQ(adapter->m_consec_disconnects, 20u);
   RunFor(std::chrono::milliseconds(7001));
+  adapter->m_consec_disconnects = 30;
   Round();
   EXPECT_EQ(wlan->calls, (Calls{"disconnect", "connect Home 02-00-00-00-00-02"}));
 }

@@ -12,6 +12,7 @@
 #include "config/settings/global_config_container.h"
 #include "config/store/value_names.h"
 #include "select/policy/policy.h"
+#include "select/policy/quiet_network_list.h"
 #include "support/pc_fixture.h"
 #include "wlan/binding/wifi_client_container.h"
 #include "wlan/binding/wlan_client.h"
@@ -88,7 +89,7 @@ class PolicyWlan : public platform::WlanApi {
       return Answer<platform::LONG>(connected ? platform::wlan_interface_state_connected : 4, size, data);
     }
     if (opcode == platform::wlan_intf_opcode_channel_number) return Answer<platform::DWORD>(36, size, data);
-    if (opcode != platform::wlan_intf_opcode_current_connection) return platform::ERROR_NOT_SUPPORTED;
+    if (opcode != platform::wlan_intf_opcode_current_connection) return platform::ERROR_NOT_FOUND;
     if (!link.connected) return platform::ERROR_INVALID_STATE;
     platform::WLAN_CONNECTION_ATTRIBUTES attrs;
     attrs.isState = platform::wlan_interface_state_connected;
@@ -136,22 +137,31 @@ class PolicyWlan : public platform::WlanApi {
     return platform::ERROR_SUCCESS;
   }
   Link& LinkOf(const platform::GUID& adapter) { return links[adapter.Data1 - 1]; }
+  // Notifications come on a thread of their own, once the caller waits.
   void Notify(const platform::GUID& adapter, platform::DWORD code, const std::string& ssid,
               platform::DWORD reason) {
-    platform::WLAN_CONNECTION_NOTIFICATION_DATA connection;
-    connection.dot11Ssid = SsidRecord(ssid);
-    connection.wlanReasonCode = reason;
-    platform::WLAN_NOTIFICATION_DATA data;
-    data.NotificationSource = platform::WLAN_NOTIFICATION_SOURCE_ACM;
-    data.NotificationCode = code;
-    data.InterfaceGuid = adapter;
-    data.dwDataSize = sizeof(connection);
-    data.pData = &connection;
-    if (m_Callback) m_Callback(&data, m_Context);
+    m_Connection = {};
+    m_Connection.dot11Ssid = SsidRecord(ssid);
+    m_Connection.wlanReasonCode = reason;
+    m_Notification = {};
+    m_Notification.NotificationSource = platform::WLAN_NOTIFICATION_SOURCE_ACM;
+    m_Notification.NotificationCode = code;
+    m_Notification.InterfaceGuid = adapter;
+    m_Notification.dwDataSize = sizeof(m_Connection);
+    m_Notification.pData = &m_Connection;
+    auto& threads = Os().threads;
+    threads.CloseHandle(threads.CreateThread(&PolicyWlan::Deliver, this, "wlan", nullptr));
+  }
+  static platform::DWORD Deliver(void* self) {
+    auto* wlan = static_cast<PolicyWlan*>(self);
+    if (wlan->m_Callback) wlan->m_Callback(&wlan->m_Notification, wlan->m_Context);
+    return 0;
   }
 
   platform::WLAN_NOTIFICATION_CALLBACK m_Callback = nullptr;
   void* m_Context = nullptr;
+  platform::WLAN_CONNECTION_NOTIFICATION_DATA m_Connection;
+  platform::WLAN_NOTIFICATION_DATA m_Notification;  // one at a time
 };
 
 class PolicyTest : public KernelTest {
@@ -160,6 +170,7 @@ class PolicyTest : public KernelTest {
 
   void SetUp() override {
     RunFor(std::chrono::milliseconds(60'000));  // ticks of 0 mean "never"
+    Install<QuietNetworkList>();
     wlan = &Install<PolicyWlan>(m_Adapters);
     Global().Initialize(false);
     CWifiClientContainer::GetInstance().Initialize();
@@ -170,6 +181,7 @@ class PolicyTest : public KernelTest {
     adapter = adapters[0];
     config = adapter->Config();
     SetMode(0);
+    Global().m_bULScan = true;  // decide without a scan
     config->m_PreferPrivateNetwork = false;
     config->m_APScoreThreshold = 3;
   }
