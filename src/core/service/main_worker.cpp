@@ -157,6 +157,7 @@ void CQUAYMainWorker::PrepareRunning() {
   m_pConfig->SetRadioInhibited(false);
   m_pConfig->ClearStatusMessage(kStatusRadioDisabled);
   m_pConfig->SetDWORD(u"RadioEnabled", 1);
+  m_pInterface->RefreshIPInfo();
   m_pInterface->DetermineInterfaceCapability();
   LOG_ADAPTER(m_ConfigIdx, kLoopLog, u"[%i]  Interface: %s %s %s", m_ConfigIdx,
               m_pInterface->GetConnectionName(), m_pInterface->GetGuidText(), m_pInterface->GetDescription());
