@@ -80,7 +80,7 @@ struct LinuxHost::Impl {
   HostEventFile eventFile;
   HostFiles files;
   sim::SimSession session;
-  sim::DeviceHost deviceHost{threads, clock, registry, gate, &PressKey, this};
+  sim::DeviceHost deviceHost{threads, clock, registry, gate, &PressKey, this, &session};
   sim::SimDevices devices;
   Platform platform;
 };

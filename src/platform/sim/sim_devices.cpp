@@ -21,8 +21,8 @@ struct SimDevices::Impl {
         networkList(machine, host.gate, adapters, traffic),
         perfCounters(machine, host.gate, adapters, traffic),
         power(machine, host.gate, host.threads),
-        timeline({machine, clients, adapters, traffic, power, host.registry, host.pressKey,
-                  host.pressKeyContext}) {
+        timeline({machine, clients, adapters, traffic, power, host.registry, host.session,
+                  host.pressKey, host.pressKeyContext}) {
     for (std::size_t i = 0; i < world.adapters.size(); ++i) {
       adapters.push_back(
           std::make_unique<SimWlanAdapter>(machine, clients, traffic, static_cast<int>(i)));
@@ -32,7 +32,7 @@ struct SimDevices::Impl {
   // What the machine has done before, then the timeline, so that an action at time 0 meets a machine
   // that runs.
   void Boot() {
-    timeline.WriteRegistry();
+    timeline.Boot();
     for (const auto& adapter : adapters) adapter->Boot();
     for (const Action& action : machine.world.timeline) {
       loop.At(action.atMs, [this, &action] { timeline.Carry(action); });

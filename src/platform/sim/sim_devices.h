@@ -19,6 +19,7 @@ class WlanApi;
 namespace corvane::platform::sim {
 
 class IPcObserver;
+class SimSession;
 struct World;
 
 // What the devices need of the machine they run in. All outlive the devices.
@@ -29,6 +30,7 @@ struct DeviceHost {
   SeamGate& gate;
   void (*pressKey)(void* context) = nullptr;  // the timeline's console key
   void* pressKeyContext = nullptr;
+  SimSession* session = nullptr;  // follows the world's; null: it has none
 };
 
 // The simulated devices of one world: adapters and air, network list, counters, interface table,

@@ -370,6 +370,16 @@ DWORD SimSession::StartProcess(std::u16string_view executable) {
   return Start(executable, {}, now)->id;
 }
 
+void SimSession::EndProcesses(std::u16string_view executable) {
+  const ULONGLONG now = m_Clock.GetTickCount64();
+  const std::lock_guard guard(m_Mutex);
+  for (const ProcessPtr& process : m_Processes) {
+    if (FoldCase(process->executable) != FoldCase(executable) || HasEnded(*process, now)) continue;
+    process->ended = true;
+    process->exitCode = 0;
+  }
+}
+
 std::size_t SimSession::CountRunning(std::u16string_view executable) const {
   const ULONGLONG now = m_Clock.GetTickCount64();
   const std::lock_guard guard(m_Mutex);

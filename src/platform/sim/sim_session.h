@@ -80,6 +80,7 @@ class SimSession final : public SessionApi {
   void Install(std::u16string_view executable, SimProgram program);
   void Uninstall(std::u16string_view executable);
   DWORD StartProcess(std::u16string_view executable);  // outside of the program; gives its id
+  void EndProcesses(std::u16string_view executable);    // all of the name, with exit code 0
   std::size_t CountRunning(std::u16string_view executable) const;
   void SetCommandResult(int result);  // of the command interpreter; 0 at start
   void SetTempPath(std::string path);

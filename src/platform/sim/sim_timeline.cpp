@@ -6,19 +6,22 @@
 #include "platform/registry_api.h"
 #include "platform/sim/pc_observer.h"
 #include "platform/sim/radio_model.h"
+#include "platform/sim/sim_session.h"
 #include "platform/sim/world_text.h"
 
 namespace corvane::platform::sim {
 
 namespace {
 
-constexpr DWORD kInternet = 0x440;      // NLM_CONNECTIVITY: IPv4 and IPv6 Internet
-constexpr DWORD kLocalNetwork = 0x220;  // NLM_CONNECTIVITY: IPv4 and IPv6 local network
+constexpr DWORD kInternet = 0x40;      // NLM_CONNECTIVITY_IPV4_INTERNET
+constexpr DWORD kLocalNetwork = 0x20;  // NLM_CONNECTIVITY_IPV4_LOCALNETWORK
+constexpr char16_t kOwnProgram[] = u"Corvane.exe";
 
 }  // namespace
 
-void SimTimeline::WriteRegistry() {
+void SimTimeline::Boot() {
   for (const RegistryWrite& write : m.machine.world.registry) Write(write);
+  SetSession(m.machine.world.session);
 }
 
 void SimTimeline::Carry(const Action& action) {
@@ -81,14 +84,11 @@ void SimTimeline::Carry(const Action& action) {
       ChangeFilter(action);
       break;
     case ActionKind::kSession:
-      m.machine.world.session = action.session;
+      SetSession(action.session);
       break;
-    case ActionKind::kProcess: {
-      auto& processes = m.machine.world.session.processes;
-      std::erase(processes, action.text);
-      if (action.on) processes.push_back(action.text);
+    case ActionKind::kProcess:
+      SetProcess(action.text, action.on);
       break;
-    }
     case ActionKind::kKey:
       if (m.pressKey) m.pressKey(m.pressKeyContext);
       break;
@@ -281,6 +281,28 @@ void SimTimeline::ChangePower(const Action& action) {
       m.power.Notify(PBT_APMRESUMESUSPEND);
       for (const auto& adapter : m.adapters) adapter->OnResume();
       break;
+  }
+}
+
+// The user of the console, what the program's child says of that user, and what runs there.
+void SimTimeline::SetSession(const Session& session) {
+  if (!m.session) return;
+  m.session->AddSession(session.sessionId, session.loggedOn);
+  m.session->SetConsoleSession(session.sessionId);
+  if (!session.childOutput.empty()) {
+    m.session->Install(kOwnProgram, {.output = session.childOutput,
+                                     .exitCode = session.childExitCode,
+                                     .runMs = session.childMs});
+  }
+  for (const std::u16string& name : session.processes) SetProcess(name, true);
+}
+
+void SimTimeline::SetProcess(const std::u16string& name, bool runs) {
+  if (!m.session) return;
+  if (!runs) {
+    m.session->EndProcesses(name);
+  } else if (m.session->CountRunning(name) == 0) {
+    m.session->StartProcess(name);
   }
 }
 

@@ -9,6 +9,8 @@ class RegistryApi;
 
 namespace corvane::platform::sim {
 
+class SimSession;
+
 // Carries out what the timeline of a world says. Under the devices' lock.
 class SimTimeline {
  public:
@@ -19,12 +21,13 @@ class SimTimeline {
     SimTraffic& traffic;
     SimPower& power;
     RegistryApi& registry;
+    SimSession* session;  // null: the host has its own
     void (*pressKey)(void* context);
     void* pressKeyContext;
   };
   explicit SimTimeline(const Parts& parts) : m(parts) {}
 
-  void WriteRegistry();  // what stands there before the program starts
+  void Boot();  // what stands in the registry and runs before the program starts
   void Carry(const Action& action);
 
  private:
@@ -38,6 +41,8 @@ class SimTimeline {
   void ChangeFilter(const Action& action);
   void ChangeService(bool runs);
   void ChangePower(const Action& action);
+  void SetSession(const Session& session);
+  void SetProcess(const std::u16string& name, bool runs);
   void Write(const RegistryWrite& write);
 
   Parts m;
