@@ -18,8 +18,9 @@ if(CORVANE_SANITIZE)
   set(flags -fsanitize=${sanitizers} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_compile_options(corvane_options INTERFACE ${flags} -D_GLIBCXX_ASSERTIONS)
   if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-    # Instrumented code misleads this warning; the plain builds keep it.
-    target_compile_options(corvane_options INTERFACE -Wno-maybe-uninitialized)
+    # Instrumented code misleads these warnings; the plain builds keep them.
+    target_compile_options(corvane_options INTERFACE -Wno-maybe-uninitialized
+                           -Wno-stringop-overread -Wno-stringop-overflow)
   endif()
   target_link_options(corvane_options INTERFACE -fsanitize=${sanitizers})
 endif()

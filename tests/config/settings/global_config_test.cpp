@@ -119,9 +119,9 @@ TEST_F(GlobalConfig, FindsFilesInClientDirectoriesInListOrder) {
   for (const char16_t* folder : {u"/a", u"/b", u"/c"}) EXPECT_TRUE(Global().SetClientDir(folder));
   EXPECT_FALSE(Global().SetClientDir(u"/b"));
   WString path;
-  EXPECT_TRUE(Global().FindClientFile(u"tool.exe", &path));
+  EXPECT_TRUE(Global().FindFileInClientDirs(u"tool.exe", &path));
   EXPECT_EQ(path, u"/b/tool.exe");  // a directory of that name is no file
-  EXPECT_FALSE(Global().FindClientFile(u"other.exe", &path));
+  EXPECT_FALSE(Global().FindFileInClientDirs(u"other.exe", &path));
 }
 
 TEST_F(GlobalConfig, OneShotFlagsAreExactlyOne) {
