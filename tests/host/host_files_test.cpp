@@ -139,7 +139,8 @@ TEST_F(HostFilesTest, ReadsUtf8StrictlyAndWritesNamesInIt) {
 
 TEST_F(HostFilesTest, KnowsTheExecutableOfTheProcess) {
   std::string path;
-  EXPECT_EQ(files.GetModuleFileNameA(&path), path.size());
+  const DWORD length = files.GetModuleFileNameA(&path);
+  EXPECT_EQ(length, path.size());
   EXPECT_EQ(path, std::filesystem::read_symlink("/proc/self/exe").string());
 }
 
