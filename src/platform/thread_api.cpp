@@ -14,6 +14,8 @@ BOOL ThreadApi::TerminateThread(HANDLE, DWORD) {
   return FALSE;
 }
 
+bool ThreadApi::AwaitAbandoned(DWORD) { return true; }
+
 BOOL ThreadApi::GetExitCodeThread(HANDLE, DWORD*) {
   SetNotImplemented();
   return FALSE;

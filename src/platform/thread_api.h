@@ -26,6 +26,9 @@ class ThreadApi {
   virtual HANDLE CreateThread(ThreadProc start, void* parameter, const char* name, DWORD* threadId);
   // Gives the thread up: its handle becomes signalled at once with this exit code.
   virtual BOOL TerminateThread(HANDLE thread, DWORD exitCode);
+  // Waits until every thread that was given up has unwound; false when one has not in this time. At
+  // once true where a thread is gone when it is given up.
+  virtual bool AwaitAbandoned(DWORD milliseconds);
   virtual BOOL GetExitCodeThread(HANDLE thread, DWORD* exitCode);
   virtual DWORD GetCurrentThreadId();
 

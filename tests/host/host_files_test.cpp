@@ -137,4 +137,11 @@ TEST_F(HostFilesTest, ReadsUtf8StrictlyAndWritesNamesInIt) {
   EXPECT_TRUE(Exists("caf\xC3\xA9"));
 }
 
+TEST_F(HostFilesTest, KnowsTheExecutableOfTheProcess) {
+  std::string path;
+  const DWORD length = files.GetModuleFileNameA(&path);
+  EXPECT_EQ(length, path.size());
+  EXPECT_EQ(path, std::filesystem::read_symlink("/proc/self/exe").string());
+}
+
 }  // namespace corvane::test

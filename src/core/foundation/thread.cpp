@@ -81,7 +81,7 @@ platform::HRESULT CThreadBase::BeginThread() {
   return result;
 }
 
-void CThreadBase::StopThread(std::uint32_t milliseconds) noexcept {
+bool CThreadBase::StopThread(std::uint32_t milliseconds) noexcept {
   bool givenUp = false;
   if (m_bRunning) {
     m_bRun = false;
@@ -101,6 +101,7 @@ void CThreadBase::StopThread(std::uint32_t milliseconds) noexcept {
   LetGo(givenUp);
   m_bRunning = false;
   m_bEnding = false;
+  return !givenUp;
 }
 
 void CThreadBase::LetGo(bool keepOwner) noexcept {

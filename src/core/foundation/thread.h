@@ -30,13 +30,14 @@ class CThreadBase {
   explicit CThreadBase(const char* name) : m_ThreadName(name) {}
   ~CThreadBase();  // the owner's destructor has called StopThread(1000)
 
-  // Clears the run flag and waits; a thread that does not end in time is given up. Always returns.
+  // Clears the run flag and waits; a thread that does not end in time is given up. Always returns:
+  // true when the thread has ended, false when it was given up and may still use its owner.
   // Called by the thread itself, it lets the thread go without a wait.
   //
   // A thread that is given up may still run for a while, up to its next call of the platform. A
   // counted owner is kept alive until then, unless it is already being destroyed: so a class stops
   // its thread in an operation of its own, and the call in its destructor is only the net below.
-  void StopThread(std::uint32_t milliseconds) noexcept;
+  bool StopThread(std::uint32_t milliseconds) noexcept;
 
   virtual void ThreadBody() = 0;
   virtual ISmartObj* CountedOwner() = 0;  // null for an owner that is not counted

@@ -36,7 +36,11 @@ void CQUAYMainWorker::UpdateConnectionState() {
     m_Connection = now;
     m_pInterface->m_backup_score = ComputeBackupScore(now.attrs, now.channel);
     const bool isNew = bssidChanged || m_Round == 0;
-    if (!isNew) m_pInterface->GatewayRoamingCheck();
+    if (isNew) {
+      m_pInterface->RefreshIPInfo();
+    } else {
+      m_pInterface->GatewayRoamingCheck();
+    }
     LogConnection(now, isNew);
     m_pInterface->ProcessIdleThresholds();
   } catch (const Exception& e) {

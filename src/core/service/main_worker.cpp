@@ -63,7 +63,7 @@ void CQUAYMainWorker::RunThreadLoop() {
 }
 
 void CQUAYMainWorker::Shutdown() {
-  StopThread(kShutdownMs);
+  const bool ended = StopThread(kShutdownMs);
   if (m_pConfig) {
     const CCritSecLock lock(m_pConfig->ObjectLock());
     if (!m_pConfig->SetString(value::kCandidatesCSV, u"")) {
@@ -82,6 +82,8 @@ void CQUAYMainWorker::Shutdown() {
     m_pConfig->SetRadioInhibited(false);
     m_pConfig->SetString(value::kProfiledNetworksInRangeJson, u"[]");
   }
+  // A thread that was given up keeps what it works on until it has unwound, and this object with it.
+  if (!ended) return;
   m_Connection = {};
   m_pInterface.reset();
   m_pConfig.reset();
@@ -157,6 +159,7 @@ void CQUAYMainWorker::PrepareRunning() {
   m_pConfig->SetRadioInhibited(false);
   m_pConfig->ClearStatusMessage(kStatusRadioDisabled);
   m_pConfig->SetDWORD(u"RadioEnabled", 1);
+  m_pInterface->RefreshIPInfo();
   m_pInterface->DetermineInterfaceCapability();
   LOG_ADAPTER(m_ConfigIdx, kLoopLog, u"[%i]  Interface: %s %s %s", m_ConfigIdx,
               m_pInterface->GetConnectionName(), m_pInterface->GetGuidText(), m_pInterface->GetDescription());

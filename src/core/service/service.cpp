@@ -28,6 +28,7 @@ constexpr std::uint32_t kNoAdapterMs = 10000;
 constexpr std::uint32_t kWorkerStaggerMs = 3000;
 constexpr std::uint32_t kRoundMs = 2000;
 constexpr int kDisabledSlices = 5;
+constexpr std::uint32_t kUnwindMs = 10000;
 constexpr int kRoundsBetweenRefreshes = 15;
 constexpr std::uint32_t kNotificationsEndMs = 1000;
 constexpr std::uint64_t kRefreshLog = DBG(32);
@@ -203,6 +204,8 @@ void Service::ShutDown() {
   CNotificationManagerSingleton::GetInstance().Shutdown(kNotificationsEndMs);
   CGlobalConfigContainer::GetInstance().Shutdown(false);
   CGlobalWirelessMaps::GetInstance().Shutdown();
+  // Nothing of the program may run any more when its log and its process-wide objects go.
+  Os().threads.AwaitAbandoned(kUnwindMs);
   ReportLeaks();
   StopLogger();
 }

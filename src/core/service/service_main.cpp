@@ -6,6 +6,7 @@
 #include "core/service/service.h"
 #include "platform/console_api.h"
 #include "platform/platform.h"
+#include "platform/thread_api.h"
 
 namespace corvane {
 
@@ -22,7 +23,8 @@ int ServiceMain(int argc, const char16_t* const* argv) {
     Os().console.WriteError(std::string("corvane: ") + e.what() + "\n");
     StopLogger();
   }
-  singletons::DropAll();
+  // A thread that was given up and still runs may look at a process-wide object.
+  if (Os().threads.AwaitAbandoned(0)) singletons::DropAll();
   return result;
 }
 

@@ -21,6 +21,7 @@ namespace {
 constexpr mode_t kFileMode = 0666;       // what the umask leaves of it
 constexpr mode_t kDirectoryMode = 0777;  // likewise
 constexpr std::size_t kBlock = 64 * 1024;
+constexpr std::size_t kLongestPath = 4096;
 
 std::string PathOf(LPCWSTR path) { return sim::ToUtf8(sim::ViewOf(path)); }
 
@@ -256,6 +257,19 @@ HRESULT HostFiles::SHGetFolderPathW(int csidl, std::u16string* path) {
   if (csidl != CSIDL_COMMON_APPDATA) return E_FAIL;
   *path = m_DataFolder;
   return S_OK;
+}
+
+DWORD HostFiles::GetModuleFileNameA(std::string* path) {
+  m_Gate.Enter("GetModuleFileNameA");
+  std::string target(kLongestPath, '\0');
+  const ssize_t length = readlink("/proc/self/exe", target.data(), target.size());
+  if (length < 0 || static_cast<std::size_t>(length) == target.size()) {
+    FailWithErrno();
+    return 0;
+  }
+  target.resize(static_cast<std::size_t>(length));
+  *path = std::move(target);
+  return static_cast<DWORD>(path->size());
 }
 
 }  // namespace corvane::platform::linux_host

@@ -31,6 +31,7 @@ class HostFiles final : public FileApi {
   BOOL CreateDirectoryW(LPCWSTR path) override;
   DWORD GetFileAttributesW(LPCWSTR path) override;
   HRESULT SHGetFolderPathW(int csidl, std::u16string* path) override;
+  DWORD GetModuleFileNameA(std::string* path) override;
 
  private:
   BOOL Fail(DWORD code);

@@ -258,6 +258,11 @@ std::vector<std::string> HostThreads::WaitForAbandoned(std::chrono::milliseconds
   return WaitForEnd(true, limit);
 }
 
+bool HostThreads::AwaitAbandoned(DWORD milliseconds) {
+  const auto real = m_Time.RealDuration(milliseconds);
+  return WaitForAbandoned(std::chrono::ceil<std::chrono::milliseconds>(real)).empty();
+}
+
 std::size_t HostThreads::OpenHandles() const {
   const std::lock_guard lock(m_Mutex);
   return m_Handles.size();

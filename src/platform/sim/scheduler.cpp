@@ -76,6 +76,14 @@ int Scheduler::LiveThreads() const {
   }));
 }
 
+int Scheduler::AbandonedThreads() const {
+  return static_cast<int>(std::ranges::count_if(m_Threads, [this](const auto& thread) {
+    const bool runs = thread->state != SimThread::State::kEnded &&
+                      thread->state != SimThread::State::kParked && thread.get() != m_pRunning;
+    return runs && thread->abandoned && !thread->ofDevices && !IsDriver(*thread);
+  }));
+}
+
 SimThread* Scheduler::Start(ThreadApi::ThreadProc start, void* parameter, const char* name,
                             bool ofDevices, std::shared_ptr<KernelObject> object) {
   Reap();
@@ -102,8 +110,8 @@ void Scheduler::RunThread(SimThread& thread) {
   thread.baton->Take();
   DWORD exitCode = 0;
   std::string failure;
-  try {
-    if (!thread.abandoned) exitCode = thread.start(thread.parameter);
+  try {  // also of a thread given up before it began: what it was handed is its own to free
+    exitCode = thread.start(thread.parameter);
   } catch (const ThreadAbandoned&) {
     exitCode = ~DWORD{0};
   } catch (const PlatformFault&) {

@@ -118,6 +118,7 @@ class Scheduler {
   // A digest of who ran when: equal for runs that were scheduled alike.
   std::uint64_t Fingerprint() const { return m_Fingerprint; }
   int LiveThreads() const;  // of the program, the driving one not counted
+  int AbandonedThreads() const;  // of those, given up and not yet unwound; the running one not counted
 
   // Makes a thread that is ready to run; null when the machine gives none.
   SimThread* Start(ThreadApi::ThreadProc start, void* parameter, const char* name, bool ofDevices,

@@ -23,6 +23,16 @@ BOOL SimThreads::TerminateThread(HANDLE thread, DWORD exitCode) {
   return m_Objects.TerminateThread(thread, exitCode);
 }
 
+bool SimThreads::AwaitAbandoned(DWORD milliseconds) {
+  const std::uint64_t deadline = m_Scheduler.DeadlineIn(milliseconds);
+  while (m_Scheduler.AbandonedThreads() > 0) {
+    if (m_Scheduler.NowMs() >= deadline) return false;
+    m_Scheduler.SleepUntil(m_Scheduler.NowMs() + 1);
+    m_Scheduler.ThrowIfAbandoned();
+  }
+  return true;
+}
+
 BOOL SimThreads::GetExitCodeThread(HANDLE thread, DWORD* exitCode) {
   if (!Passes("GetExitCodeThread", ERROR_ACCESS_DENIED)) return FALSE;
   return m_Objects.GetExitCodeThread(thread, exitCode);

@@ -18,6 +18,7 @@ class SimThreads final : public ThreadApi {
   HANDLE CreateThread(ThreadProc start, void* parameter, const char* name,
                       DWORD* threadId) override;
   BOOL TerminateThread(HANDLE thread, DWORD exitCode) override;
+  bool AwaitAbandoned(DWORD milliseconds) override;
   BOOL GetExitCodeThread(HANDLE thread, DWORD* exitCode) override;
   DWORD GetCurrentThreadId() override;
   HANDLE CreateEventW(BOOL manualReset, BOOL initialState, const char* name) override;
