@@ -2,6 +2,10 @@
 #include <string>
 #include <vector>
 
+namespace corvane::platform::sim {
+struct CapturedBeacon;
+}
+
 namespace corvane::lab {
 
 // The commands of the workbench. Each takes the words behind its name, prints to standard output, and
@@ -10,6 +14,9 @@ namespace corvane::lab {
 int RunCommand(const std::vector<std::string>& words);
 int ScoresCommand(const std::vector<std::string>& words);
 int ElementsCommand(const std::vector<std::string>& words);
+
+// What ElementsCommand prints for a beacon that has a frequency. On a platform in force.
+std::string ElementsLine(const platform::sim::CapturedBeacon& beacon);
 
 inline constexpr char kRunHelp[] =
     "corvane-lab run (WORLD | --air FILE.jsonl) [--for DURATION] [--seed N] [--json FILE]\n"

@@ -78,6 +78,18 @@ void SortCandidates(BssEntryList* entries, bool preferPrivate) {
   SortBy(entries, preferPrivate, &CandidateRankOf);
 }
 
+void KeepNetwork(BssEntryList* entries, WStringView ssid) {
+  std::erase_if(*entries, [&](const CSmartPointer<CWlanBssEntry>& entry) {
+    return entry->m_SSIDW.empty() || !EqualsIgnoreCase(entry->m_SSIDW, ssid);
+  });
+}
+
+void KeepAllowed(BssEntryList* entries, const ApListRows& rows) {
+  std::erase_if(*entries, [&](const CSmartPointer<CWlanBssEntry>& entry) {
+    return !IsAllowed(rows, entry->m_SSIDW, entry->GetBssid());
+  });
+}
+
 BssEntryList OtherEntries(const BssEntryList& all, const BssEntryList& candidates) {
   std::set<MacAddress> taken;
   for (const auto& entry : candidates) taken.insert(entry->GetBssid());

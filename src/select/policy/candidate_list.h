@@ -1,8 +1,8 @@
 #pragma once
+#include "config/store/ap_list_row.h"
 #include "wlan/binding/wlan_interface.h"
 
 namespace corvane {
-
 
 // Entries that count in this round: in the newest scan, missing for fewer than 3, or connected.
 BssEntryList EntriesInRange(CWlanInterface& adapter);
@@ -11,6 +11,10 @@ BssEntryList EntriesInRange(CWlanInterface& adapter);
 // their earlier order.
 void KeepCandidates(BssEntryList* entries);
 void SortCandidates(BssEntryList* entries, bool preferPrivate);
+// Keeps the access points of one network (the case of ASCII letters makes no difference), and those that
+// a row of the allow list names.
+void KeepNetwork(BssEntryList* entries, WStringView ssid);
+void KeepAllowed(BssEntryList* entries, const ApListRows& rows);
 // What `all` has beyond the candidates, less the networks that the system's filters deny; by score,
 // then by quality.
 BssEntryList OtherEntries(const BssEntryList& all, const BssEntryList& candidates);
@@ -18,5 +22,8 @@ BssEntryList OtherEntries(const BssEntryList& all, const BssEntryList& candidate
 // The names of the networks in the list as a JSON array: the connected one first and once, every
 // other entry's as it comes. *connectedFound tells whether the connected one is in the list.
 WString NetworksInRangeJson(const BssEntryList& entries, WStringView connectedSsid, bool* connectedFound);
+
+// Bluetooth activity lasts until this tick; 0 for none.
+constexpr bool IsBluetoothActive(std::uint64_t endTick, std::uint64_t now) { return endTick != 0 && endTick > now; }
 
 }  // namespace corvane

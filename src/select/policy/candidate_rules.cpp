@@ -15,6 +15,34 @@ bool PassesPointTest(std::int32_t score, std::int32_t current, std::uint32_t poi
   return std::int64_t{score} - current >= std::int64_t{points};
 }
 
+CandidateVerdict JudgeCandidate(const CandidateInputs& in, const CandidateMargins& margins) {
+  CandidateVerdict verdict;
+  if (!in.arbitraryEligible) {
+    verdict.lostClaim = in.score <= in.current;
+    if (!verdict.lostClaim && in.isConnectedBss) return {CandidateStanding::kConnectedBss, false};
+  }
+  if (in.quality < margins.qualityThreshold) {
+    verdict.standing = CandidateStanding::kWeak;
+  } else if (in.lastConnectUnavailable) {
+    verdict.standing = CandidateStanding::kUnavailable;
+  } else if (!PassesPercentTest(in.score, in.current, margins.scorePercent)) {
+    verdict.standing = CandidateStanding::kPercentShort;
+  } else if (!in.arbitraryEligible && !PassesPointTest(in.score, in.current, margins.scoreThreshold)) {
+    verdict.standing = CandidateStanding::kPointsShort;
+  }
+  return verdict;
+}
+
+bool IsOpenSuggestion(const StandingSuggestion& suggestion, WStringView ssid, WStringView bssid,
+                      bool forceAutoConnect, bool connected) {
+  if (!suggestion.known || suggestion.ssid != ssid || suggestion.bssid != bssid) return false;
+  return suggestion.connectedBssid != bssid || (forceAutoConnect && !connected);
+}
+
+std::int32_t ForcedCount(std::int32_t current, std::int32_t required, bool openSuggestion) {
+  return current < 1 || openSuggestion ? required : 0;
+}
+
 bool IsReady(const ReadinessInputs& in, const CandidateMargins& margins) {
   return in.quality >= margins.qualityThreshold && in.counter >= in.required &&
          PassesPercentTest(in.score, in.current, margins.scorePercent) &&

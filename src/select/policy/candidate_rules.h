@@ -1,8 +1,10 @@
 #pragma once
-// The rules by which candidates are admitted, ordered and found ready. Pure: plain inputs, plain
-// results; the objects of the policy gather and apply.
+// The rules by which candidates are admitted, ordered, counted and found ready. Pure: plain inputs,
+// plain results; the objects of the policy gather and apply.
 
 #include <cstdint>
+
+#include "core/foundation/text.h"
 
 namespace corvane {
 
@@ -18,6 +20,49 @@ struct CandidateMargins {
 bool PassesPercentTest(std::int32_t score, std::int32_t current, std::uint32_t percent);
 // At least the margin in points.
 bool PassesPointTest(std::int32_t score, std::int32_t current, std::uint32_t points);
+
+// What one round sees of one entry.
+struct CandidateInputs {
+  std::int32_t score = 0;
+  std::int32_t current = 0;  // score of the connected access point
+  std::uint32_t quality = 0;
+  bool arbitraryEligible = false;   // on the preferred list, at its quality
+  bool isConnectedBss = false;
+  bool lastConnectUnavailable = false;  // WLAN_REASON_CODE_NETWORK_NOT_AVAILABLE
+};
+// The rule that settled it.
+enum class CandidateStanding {
+  kConnectedBss,   // the counter is cleared
+  kWeak,           // below the quality threshold
+  kUnavailable,    // the counter is cleared
+  kPercentShort,
+  kPointsShort,
+  kQualified,      // unless another adapter has a claim on it
+};
+struct CandidateVerdict {
+  CandidateStanding standing = CandidateStanding::kQualified;
+  bool lostClaim = false;  // not above the connected one: the counter is cleared, whatever the standing
+};
+CandidateVerdict JudgeCandidate(const CandidateInputs& in, const CandidateMargins& margins);
+
+// What the registry says of the last suggestion.
+struct StandingSuggestion {
+  bool known = false;  // all three values were read
+  WString ssid;
+  WString bssid;           // text
+  WString connectedBssid;  // text
+};
+// The entry is the standing suggestion, and not merely the connection that it led to: the suggestion
+// counts still while the connection is elsewhere, or is to be made anew by itself.
+bool IsOpenSuggestion(const StandingSuggestion& suggestion, WStringView ssid, WStringView bssid,
+                      bool forceAutoConnect, bool connected);
+
+// The count to which the counter jumps, 0 for an ordinary step. `openSuggestion` is that of an entry on
+// the allow list.
+std::int32_t ForcedCount(std::int32_t current, std::int32_t required, bool openSuggestion);
+
+// Rounds that a candidate has to win: fewer with exactly one adapter.
+constexpr std::int32_t RequiredCount(int adapters) { return adapters == 1 ? 2 : 3; }
 
 struct ReadinessInputs {
   std::uint32_t quality = 0;

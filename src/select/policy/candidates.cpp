@@ -1,16 +1,15 @@
 // Candidates: the counters that ripen, and the tests of readiness.
 
-#include "config/settings/global_config_container.h"
-#include "core/log/log.h"
-#include "select/policy/candidate_rules.h"
+#include <algorithm>
+
 #include "select/policy/policy.h"
+#include "select/policy/policy_log.h"
+#include "select/policy/standing_suggestion.h"
 #include "wlan/binding/wifi_client_container.h"
 
 namespace corvane {
 
 namespace {
-
-constexpr std::uint64_t kCandidateLog = DBG(16) | DBG(17);
 
 CandidateMargins Margins(const CQUAYInterfaceConfig& config) {
   return {config.m_LQCThreshold, config.m_APScoreThreshold,
@@ -32,11 +31,22 @@ class CounterPass {
 
   void Visit(const CSmartPointer<CWlanBssEntry>& entry) {
     const std::int32_t score = entry->GetScore(false);
-    if (!Qualifies(*entry, score)) return;
+    const CandidateInputs in{score,
+                             m_Current,
+                             entry->GetLQ(),
+                             entry->IsArbitraryEligible(),
+                             entry->GetBssid() == m_Connected,
+                             entry->m_last_reason_code == platform::WLAN_REASON_CODE_NETWORK_NOT_AVAILABLE};
+    const CandidateVerdict verdict = JudgeCandidate(in, m_Margins);
+    if (verdict.lostClaim) ClearUnclaimed(*entry, score);
+    if (verdict.standing == CandidateStanding::kConnectedBss) ClearConnected(*entry);
+    if (verdict.standing == CandidateStanding::kUnavailable) ClearUnavailable(*entry);
+    if (verdict.standing != CandidateStanding::kQualified || IsTakenElsewhere(*entry)) return;
+
     m_LastQualifier = entry;
     if (PassesPointTest(score, m_Current, m_Margins.scoreThreshold)) Widen(score - m_Current);
     if (m_bMonitorMode && entry->GetCandidate() > m_Required) {
-      LOG_ADAPTER(m_Idx, kCandidateLog,
+      LOG_ADAPTER(m_Idx, kPolicyLog,
                   u"_[%i]IncrementCandidateCounters: NO BUMP CANDIDATE(%i): SSID %s %s [center %u] "
                   u"score: %i vs %i\n",
                   m_Idx, entry->m_candidate_counter, entry->m_SSIDW, entry->m_BSSIDText,
@@ -55,46 +65,40 @@ class CounterPass {
   const CandidateMargins& GetMargins() const { return m_Margins; }
 
  private:
-  // Clears the counter of an entry that has lost its claim; an entry that is merely not good enough
-  // in this round keeps it.
-  bool Qualifies(CWlanBssEntry& entry, std::int32_t score) {
-    const std::int32_t difference = score - m_Current;
-    const bool arbitrary = entry.IsArbitraryEligible();
-    if (!arbitrary && difference < 1) {
-      LOG_ADAPTER(m_Idx, kCandidateLog,
-                  u"___[%i]IncrementCandidateCounters: CLEARING CANDIDATE(%i): SSID %s %s [center %u] "
-                  u"due to: %i <= %i\n",
-                  m_Idx, entry.m_candidate_counter, entry.m_SSIDW, entry.m_BSSIDText,
-                  entry.GetFrequencyKhz(), score, m_Current);
-      entry.m_candidate_counter = 0;
-    } else if (!arbitrary && entry.GetBssid() == m_Connected) {
-      LOG_ADAPTER(m_Idx, kCandidateLog,
-                  u"___[%i]IncrementCandidateCounters: CLEARING CANDIDATE(%i): SSID %s %s [center %u] "
-                  u"[CURRENT AP BSSID!]\n",
-                  m_Idx, entry.m_candidate_counter, entry.m_SSIDW, entry.m_BSSIDText,
-                  entry.GetFrequencyKhz());
-      entry.m_candidate_counter = 0;
-      return false;
-    }
-    if (entry.GetLQ() < m_Margins.qualityThreshold) return false;
-    if (entry.m_last_reason_code == platform::WLAN_REASON_CODE_NETWORK_NOT_AVAILABLE) {
-      LOG_ADAPTER(m_Idx, kCandidateLog,
-                  u"___[%i]IncrementCandidateCounters: CLEARING CANDIDATE(%i): SSID %s %s [center %u] "
-                  u"[BAD prev reason-code %i]\n",
-                  m_Idx, entry.m_candidate_counter, entry.m_SSIDW, entry.m_BSSIDText,
-                  entry.GetFrequencyKhz(), entry.m_last_reason_code);
-      entry.m_candidate_counter = 0;
-      return false;
-    }
-    if (!PassesPercentTest(score, m_Current, m_Margins.scorePercent)) return false;
-    if (!arbitrary && !PassesPointTest(score, m_Current, m_Margins.scoreThreshold)) return false;
-    if (CWifiClientContainer::GetInstance().AvoidThisCandidateOnMyIF(&entry, &m_Adapter)) {
-      LOG_ADAPTER(m_Idx, kCandidateLog,
-                  u"[%i] IncrementCandidateCounters: SKIP candidate(connected on other IF): %s, %s, "
-                  u"current counter=%i",
-                  m_Idx, entry.m_SSIDW, entry.m_BSSIDText, entry.m_candidate_counter);
-      return false;
-    }
+  // --- An entry that has lost its claim starts anew; one that is merely not good enough in this round
+  // keeps its count.
+  void ClearUnclaimed(CWlanBssEntry& entry, std::int32_t score) {
+    LOG_ADAPTER(m_Idx, kCandidateDetailLog,
+                u"___[%i]IncrementCandidateCounters: CLEARING CANDIDATE(%i): SSID %s %s [center %u] due to: "
+                u"%i <= %i\n",
+                m_Idx, entry.m_candidate_counter, entry.m_SSIDW, entry.m_BSSIDText, entry.GetFrequencyKhz(),
+                score, m_Current);
+    entry.m_candidate_counter = 0;
+  }
+
+  void ClearConnected(CWlanBssEntry& entry) {
+    LOG_ADAPTER(m_Idx, kCandidateDetailLog,
+                u"___[%i]IncrementCandidateCounters: CLEARING CANDIDATE(%i): SSID %s %s [center %u] "
+                u"[CURRENT AP BSSID!]\n",
+                m_Idx, entry.m_candidate_counter, entry.m_SSIDW, entry.m_BSSIDText, entry.GetFrequencyKhz());
+    entry.m_candidate_counter = 0;
+  }
+
+  void ClearUnavailable(CWlanBssEntry& entry) {
+    LOG_ADAPTER(m_Idx, kCandidateDetailLog,
+                u"___[%i]IncrementCandidateCounters: CLEARING CANDIDATE(%i): SSID %s %s [center %u] [BAD prev "
+                u"reason-code %i]\n",
+                m_Idx, entry.m_candidate_counter, entry.m_SSIDW, entry.m_BSSIDText, entry.GetFrequencyKhz(),
+                entry.m_last_reason_code);
+    entry.m_candidate_counter = 0;
+  }
+
+  bool IsTakenElsewhere(CWlanBssEntry& entry) {
+    if (!CWifiClientContainer::GetInstance().AvoidThisCandidateOnMyIF(&entry, &m_Adapter)) return false;
+    LOG_ADAPTER(m_Idx, kPolicyLog,
+                u"[%i] IncrementCandidateCounters: SKIP candidate(connected on other IF): %s, %s, current "
+                u"counter=%i",
+                m_Idx, entry.m_SSIDW, entry.m_BSSIDText, entry.m_candidate_counter);
     return true;
   }
 
@@ -104,11 +108,19 @@ class CounterPass {
     m_bMetThreshold = true;
   }
 
+  // An access point on the allow list that the user has been asked about is not to ripen again.
+  bool IsOpenAllowedSuggestion(const CWlanBssEntry& entry) const {
+    return CGlobalConfigContainer::GetInstance().m_bAllowlistEnabled &&
+           IsAllowed(m_pConfig->m_Allowlist.Rows(), entry.m_SSIDW, entry.GetBssid()) &&
+           IsOpenSuggestion(ReadStandingSuggestion(*m_pConfig), entry.m_SSIDW, entry.m_BSSIDText,
+                            m_pConfig->m_ForceAutoConnect, m_Adapter.IsConnected());
+  }
+
   void Bump(CWlanBssEntry& entry, std::int32_t score) {
     const std::int32_t before = entry.m_candidate_counter;
-    // A connection without any score is left at once.
-    const std::int32_t counter = entry.IncrementCandidate(m_Current < 1 ? m_Required : 0);
-    LOG_ADAPTER(m_Idx, kCandidateLog,
+    const std::int32_t counter =
+        entry.IncrementCandidate(ForcedCount(m_Current, m_Required, IsOpenAllowedSuggestion(entry)));
+    LOG_ADAPTER(m_Idx, kPolicyLog,
                 u"_[%i]IncrementCandidateCounters: [AllowStaleDecision=%i] %s CANDIDATE(%i, before=%i): "
                 u"SSID %s %s [center %u] score: %i vs %i\n",
                 m_Idx, 0, counter != 0 ? u"BUMPED" : u"_FAILED_ BUMP", counter, before, entry.m_SSIDW,
@@ -119,7 +131,7 @@ class CounterPass {
     MacAddress reserved;
     if (m_Adapter.GetReservation(&reserved) || entry.GetCandidate() < m_Required - 1) return;
     m_Adapter.TakeReservation(entry.GetBssid());
-    LOG_ADAPTER(m_Idx, kCandidateLog,
+    LOG_ADAPTER(m_Idx, kPolicyLog,
                 u"[%i] IncrementCandidateCounters: RESERVING CANDIDATE: %s, %s, current counter=%i", m_Idx,
                 entry.m_SSIDW, entry.m_BSSIDText, entry.m_candidate_counter);
   }
@@ -141,7 +153,7 @@ class CounterPass {
 }  // namespace
 
 std::int32_t CGlobalQUAYPolicy::RequiredCandidateCount() {
-  return CWifiClientContainer::GetInstance().GetCount() == 1 ? 2 : 3;
+  return RequiredCount(CWifiClientContainer::GetInstance().GetCount());
 }
 
 bool CGlobalQUAYPolicy::IsMonitorMode(const CQUAYInterfaceConfig& config) {
@@ -155,11 +167,11 @@ bool CGlobalQUAYPolicy::IsEnabled(const CQUAYInterfaceConfig& config) {
 bool CGlobalQUAYPolicy::IsCandidateReady(CWlanInterface* pIf, CWlanBssEntry* pbssEntry,
                                          std::int32_t current_score) {
   if (!pIf) {
-    LOG_DEBUG(DBG(18), u"IsCandidateReady: pIf is NULL!\n");
+    LOG_DEBUG(kNullInterfaceLog, u"IsCandidateReady: pIf is NULL!\n");
     return false;
   }
   if (!pbssEntry) {
-    LOG_DEBUG(DBG(18), u"IsCandidateReady: pbssEntry is NULL!\n");
+    LOG_DEBUG(kNullInterfaceLog, u"IsCandidateReady: pbssEntry is NULL!\n");
     return false;
   }
   const ReadinessInputs in{pbssEntry->GetLQ(), pbssEntry->GetCandidate(), RequiredCandidateCount(),
@@ -176,7 +188,7 @@ bool CGlobalQUAYPolicy::IncrementCandidateCounters(CWlanInterface* pIf, const Ma
   for (const auto& entry : entries) pass.Visit(entry);
   pIf->AddScoreDiffSummary(pass.Summary());
   if (!pass.MetThreshold()) {
-    LOG_ADAPTER(pIf->GetConfigIdx(), kCandidateLog,
+    LOG_ADAPTER(pIf->GetConfigIdx(), kPolicyLog,
                 u"[%i] IncrementCandidateCounters: _NO_ Candidate met Score difference threshold [%i "
                 u"points & %lu percent] <<<=====************************",
                 pIf->GetConfigIdx(), static_cast<std::int32_t>(pass.GetMargins().scoreThreshold),
@@ -194,12 +206,48 @@ bool CGlobalQUAYPolicy::IsBetterCandidatePossible(CWlanInterface* pIf, const Bss
     if (entry->GetLQ() < margins.qualityThreshold) continue;
     if (!PassesPointTest(entry->GetScore(false), current_score, margins.scoreThreshold)) continue;
     if (!CWifiClientContainer::GetInstance().AvoidThisCandidateOnMyIF(entry.get(), pIf)) return true;
-    LOG_ADAPTER(pIf->GetConfigIdx(), kCandidateLog,
+    LOG_ADAPTER(pIf->GetConfigIdx(), kPolicyLog,
                 u"[%i] IsBetterCandidatePossible: SKIP candidate(connected on other IF): %s, %s, current "
                 u"counter=%i",
                 pIf->GetConfigIdx(), entry->m_SSIDW, entry->m_BSSIDText, entry->m_candidate_counter);
   }
   return false;
+}
+
+bool CGlobalQUAYPolicy::IsConnectedToSuggestedBest_ETW(CWlanInterface* pIf, const BssEntryList& entries,
+                                                       const WString& ssid, const MacAddress& bssid,
+                                                       CSmartPointer<CWlanBssEntry>* entry) {
+  entry->reset();
+  const int idx = pIf->GetConfigIdx();
+  const CSmartPointer<CQUAYInterfaceConfig> config = pIf->Config();
+  const WString bssidText = MacText(bssid);
+  if (!config->m_Etw.GetMemo().HasAp(ssid, bssidText)) {
+    LOG_ADAPTER(idx, kPolicyLog, u"[%i] IsConnectedToSuggestedBest_ETW: %s != %s, return false", idx,
+                config->m_Etw.GetSuggestedNetworkText(), bssidText);
+    return false;
+  }
+  if (entries.empty()) {
+    LOG_ADAPTER(idx, kPolicyLog,
+                u"[%i] IsConnectedToSuggestedBest_ETW: BssEntriesList.size() <= 0, return false", idx);
+    return false;
+  }
+  if (entries.front()->m_SSIDW == ssid && entries.front()->GetBssid() == bssid) {
+    *entry = entries.front();
+    LOG_ADAPTER(idx, kPolicyLog,
+                u"[%i] IsConnectedToSuggestedBest_ETW: Found ETW BssEntry in front(), return true", idx);
+    return true;
+  }
+  const auto found = std::find_if(entries.begin() + 1, entries.end(),
+                                  [&](const auto& one) { return one->GetBssid() == bssid; });
+  if (found == entries.end()) {
+    LOG_ADAPTER(idx, kPolicyLog,
+                u"[%i] IsConnectedToSuggestedBest_ETW: Failed to find BssEntry in list, return false", idx);
+    return false;
+  }
+  *entry = *found;
+  LOG_ADAPTER(idx, kPolicyLog,
+              u"[%i] IsConnectedToSuggestedBest_ETW: Found ETW BssEntry in list, return true", idx);
+  return true;
 }
 
 }  // namespace corvane

@@ -1,28 +1,26 @@
 // The choice: when a decision happens, not which access point wins.
 
-#include <algorithm>
+#include "select/policy/choice_rules.h"
+
 #include <set>
 
-#include "config/settings/global_config_container.h"
-#include "core/log/log.h"
+#include "config/store/value_names.h"
+#include "monitors/adapters_addresses.h"
 #include "platform/clock_api.h"
 #include "platform/platform.h"
+#include "platform/thread_api.h"
 #include "select/policy/policy.h"
+#include "select/policy/policy_log.h"
 #include "select/policy/policy_text.h"
+#include "select/policy/suggesting.h"
+#include "wlan/model/bss_entry_reports.h"
 
 namespace corvane {
 
 namespace {
 
-constexpr std::uint64_t kChoiceLog = DBG(16) | DBG(17);
-constexpr std::int32_t kForcedScans = 3;
-constexpr std::size_t kRedNetworksForScan = 2;
-constexpr std::uint32_t kScoreReportFloorMs = 10000;
-constexpr std::uint32_t kShortScanIntervalSecs = 30;
-constexpr std::uint32_t kDisconnectsForDecision = 30;
-constexpr std::uint32_t kDisconnectStepNoDelay = 1;
-constexpr std::uint32_t kDisconnectStep = 10;
-constexpr std::uint32_t kWeekSecs = 604800;
+constexpr std::uint32_t kDenyDeferMs = 10000;
+constexpr std::uint32_t kDenySleepMs = 3000;
 
 // The facts of one choice, with the state asked from the platform at each use: it may change between
 // two questions.
@@ -34,17 +32,20 @@ class Choice {
         m_pConfig(adapter.Config()),
         m_Entries(entries),
         m_Facts(facts),
+        m_Flags(*m_pConfig),
+        m_Mode(ModeOf(*m_pConfig)),
         m_bEnabled(CGlobalQUAYPolicy::IsEnabled(*m_pConfig)) {}
 
   void Run() {
-    if (!m_bEnabled) LogDisabled();
+    if (LeaveDeniedAp()) return;
     if (m_Entries.empty()) {
-      LOG_ADAPTER(m_Idx, kChoiceLog,
+      LOG_ADAPTER(m_Idx, kPolicyLog,
                   u"[%i] CGlobalQUAYPolicy::MakeChoice:BssEntriesList [SORTED LIST] is empty... abort! [%s]",
                   m_Idx, m_Facts.ssid);
       return;
     }
     if (IsRoamingInhibited()) return;
+    CheckLastSuggestion();
     CountRedNetworks();
     ReportScore();
     if (!IsStateConnected() || HasGoodQuality()) m_Adapter.m_emergency_armed = true;
@@ -64,26 +65,78 @@ class Choice {
   }
   bool HasGoodQuality() const { return m_Facts.quality >= m_pConfig->m_LQCThreshold; }
   static std::uint64_t Now() { return Os().clock.GetTickCount64(); }
-  int ServiceEnabled() const { return CGlobalConfigContainer::GetInstance().m_bServiceEnable; }
-  int RoamingEnabled() const { return m_pConfig->IsRoamingEnabled(); }
-  int GatewayRoaming() const { return m_pConfig->IsGatewayRoaming(); }
+
+  // True when the connection was to a denied access point and has been ended.
+  bool LeaveDeniedAp() {
+    if (!m_bEnabled) {
+      LogDisabled();
+      return false;
+    }
+    if (!m_Facts.connected || !IsDenied(m_pConfig->m_Denylist.Rows(), m_Facts.ssid, m_Facts.bssid)) {
+      return false;
+    }
+    try {
+      LOG_ADAPTER(m_Idx, kPolicyLog,
+                  u"\n[%i] IF-STATE: %i [Disconnecting DENYLIST AP: %s {%02x-%02x-%02x-%02x-%02x-%02x}\n",
+                  m_Idx, m_Adapter.GetInterfaceState(), m_Facts.ssid, MAC_ARGS(m_Facts.bssid));
+      const WString name = NetworkDisplayName(m_Facts.ssid, m_Adapter.GetCurrentChannel());
+      m_Adapter.DisconnectSynchronous(name);
+      m_pConfig->SetString(value::kDisconnectedNetwork, name);
+      m_pConfig->m_deny_defer_until = Now() + kDenyDeferMs;
+      LOG_ADAPTER(m_Idx, kPolicyLog,
+                  u"\n[%i] IF-STATE: %i - Extra sleep after Denylist disconnect...\n", m_Idx,
+                  m_Adapter.GetInterfaceState());
+      Os().threads.Sleep(kDenySleepMs);
+      return true;
+    } catch (const Exception& e) {
+      LOG_ERROR(u"CGlobalQUAYPolicy::MakeChoice:[disconn denylist] Exception: %S, SSID=%s", e.what(),
+                m_Facts.ssid);
+    } catch (const std::exception& e) {
+      LOG_ERROR(u"CGlobalQUAYPolicy::MakeChoice:[disconn denylist] std:exception: %S, SSID=%s", e.what(),
+                m_Facts.ssid);
+    }
+    return false;
+  }
 
   void LogDisabled() const {
-    LOG_ADAPTER(m_Idx, kChoiceLog,
+    LOG_ADAPTER(m_Idx, kPolicyLog,
                 u"\n[%i][Pilot=%i][_DISABLED MODE_][ENABLED %i/%i][ROAM-E %i/%i]\n", m_Idx,
-                CGlobalConfigContainer::GetInstance().m_bEnablePilot.load(), m_pConfig->m_Enabled.load(),
-                ServiceEnabled(), RoamingEnabled(), GatewayRoaming());
+                m_Flags.pilot, m_Flags.enabled, m_Flags.serviceEnabled, m_Flags.roaming,
+                m_Flags.gatewayRoaming);
   }
 
   bool IsRoamingInhibited() const {
     const std::uint64_t since = m_pConfig->GetRoamingInhibitTick();
     if (since == 0) return false;
-    LOG_ADAPTER(m_Idx, kChoiceLog,
+    LOG_ADAPTER(m_Idx, kPolicyLog,
                 u"\n[%i] [SKIP CHOICE] - ROAMING INHIBITED %I64u ticks [age: %0.2lf secs][disconnected "
                 u"%0.2lf secs]\n",
                 m_Idx, since, static_cast<double>(m_pConfig->GetRoamingInhibitAgeMs()) / 1000.0,
                 static_cast<double>(m_Adapter.GetDisconnectedAgeMs()) / 1000.0);
     return true;
+  }
+
+  // A suggestion stands as long as it keeps its place in the list; else it is withdrawn.
+  void CheckLastSuggestion() {
+    const std::int32_t position = m_Adapter.m_last_suggested_pos;
+    const bool inList = position >= 0 && static_cast<std::size_t>(position) < m_Entries.size();
+    const WString* there = inList ? &m_Entries[static_cast<std::size_t>(position)]->m_BSSIDText : nullptr;
+    const SuggestionCheck check = CheckSuggestion(position, there, m_Adapter.m_last_suggested_bssid);
+    if (check == SuggestionCheck::kNone || check == SuggestionCheck::kStands) return;
+    if (check == SuggestionCheck::kDisplaced) {
+      m_pConfig->SetString(value::kSuggestedNetwork, u"");
+      m_pConfig->SetString(value::kSuggestedNetworkSSID, u"");
+      m_pConfig->SetString(value::kSuggestedNetworkBSSID, u"");
+    }
+    if (m_Mode.IsEventMode()) {
+      MacAddress bssid{};
+      CSmartPointer<CWlanBssEntry> entry;
+      if (MacStringToBinary(u'-', m_Adapter.m_last_suggested_bssid, &bssid) &&
+          m_Adapter.FindBssEntry(m_Adapter.m_last_suggested_ssid, bssid, &entry)) {
+        NotifyAlreadyBestAP(*entry, m_pConfig->m_Etw, false);
+      }
+    }
+    ForgetSuggestion(m_Adapter);
   }
 
   // A disconnected adapter whose surroundings have changed asks for fresh scans.
@@ -94,27 +147,30 @@ class Choice {
       if (entry->m_unscanned_count > 0) red.insert(entry->m_SSIDW);
     }
     const std::int32_t forced = m_pConfig->m_force_scan_counter;
-    if (red.size() < kRedNetworksForScan) {
-      LOG_ADAPTER(m_Idx, kChoiceLog,
-                  u"[%i] CGlobalQUAYPolicy::MakeChoice:[ONLY %u RED NETWORK(s) FOUND] F-COUNTER = %i\n", m_Idx,
-                  red.size(), forced);
-    } else if (forced != 0) {
-      LOG_ADAPTER(m_Idx, kChoiceLog,
-                  u"[%i] CGlobalQUAYPolicy::MakeChoice:[%u RED NETWORK(s) FOUND] F-COUNTER already %i\n", m_Idx,
-                  red.size(), forced);
-    } else {
-      m_pConfig->m_force_scan_counter = kForcedScans;
-      LOG_ADAPTER(m_Idx, kChoiceLog,
-                  u"[%i] CGlobalQUAYPolicy::MakeChoice:[%u RED NETWORK(s) FOUND] SET F-COUNTER to 3\n", m_Idx,
-                  red.size());
+    switch (JudgeRedNetworks(red.size(), forced)) {
+      case RedNetworks::kFew:
+        LOG_ADAPTER(m_Idx, kPolicyLog,
+                    u"[%i] CGlobalQUAYPolicy::MakeChoice:[ONLY %u RED NETWORK(s) FOUND] F-COUNTER = %i\n",
+                    m_Idx, red.size(), forced);
+        return;
+      case RedNetworks::kAlreadyForced:
+        LOG_ADAPTER(m_Idx, kPolicyLog,
+                    u"[%i] CGlobalQUAYPolicy::MakeChoice:[%u RED NETWORK(s) FOUND] F-COUNTER already %i\n",
+                    m_Idx, red.size(), forced);
+        return;
+      case RedNetworks::kForceScans:
+        m_pConfig->m_force_scan_counter = kForcedScans;
+        LOG_ADAPTER(m_Idx, kPolicyLog,
+                    u"[%i] CGlobalQUAYPolicy::MakeChoice:[%u RED NETWORK(s) FOUND] SET F-COUNTER to 3\n",
+                    m_Idx, red.size());
+        return;
     }
   }
 
   void ReportScore() {
     if (!IsStateConnected()) return;
     const std::uint64_t now = Now();
-    const std::uint64_t due = std::max(m_pConfig->GetMainLoopSleepMs(), kScoreReportFloorMs);
-    if (now - m_Adapter.m_last_score_notify_tick < due) return;
+    if (!IsScoreReportDue(now, m_Adapter.m_last_score_notify_tick, m_pConfig->GetMainLoopSleepMs())) return;
     m_Adapter.NotifyCurrentNetworkScore(
         m_Adapter.GetScoreFromBssEntry(m_Facts.ssid, m_Facts.bssid, true), m_Facts.bssid);
     m_Adapter.m_last_score_notify_tick = now;
@@ -123,53 +179,69 @@ class Choice {
   // Without a fresh scan there is nothing to decide for a good connection; at most a burst of scans is
   // asked for.
   bool SkipStaleRound() {
-    if (m_Adapter.IsScanFresh() || !IsStateConnected() || !HasGoodQuality() || !m_bEnabled) return false;
-    if (CGlobalConfigContainer::GetInstance().m_bULScan) return false;
+    if (!IsStale({m_Adapter.IsScanFresh(), IsStateConnected(), HasGoodQuality(), m_bEnabled})) return false;
+    if (m_Mode.IsEventMode()) {
+      CGlobalQUAYPolicy::CheckEarlySuggestedBest(&m_Adapter, m_Entries, m_Facts);
+    }
     const std::uint32_t interval = m_pConfig->GetScanIntervalSecs();
-    if (interval > kShortScanIntervalSecs) {
+    const StaleAction action = ActOnStaleRound(CGlobalConfigContainer::GetInstance().m_bULScan, interval);
+    if (action == StaleAction::kDecide) return false;
+    if (action == StaleAction::kFastScan) {
       CGlobalQUAYPolicy::EnabledFastScan_connected(&m_Adapter, m_Entries, m_Facts);
     }
-    LOG_ADAPTER(m_Idx, kChoiceLog,
+    LOG_ADAPTER(m_Idx, kPolicyLog,
                 u"\n[%i][Pilot=%i][SKIP CHOICE & STALE: scanLoop %i][interval %lu, F-COUNTER %i, %I64u "
-                u"secs][ifstate %i][LQ %lu >= %lu][ENABLED %i/%i][ROAM-E %i/%i]\n",
-                m_Idx, CGlobalConfigContainer::GetInstance().m_bEnablePilot.load(), m_Adapter.IsScanFresh(),
-                interval, m_pConfig->m_force_scan_counter.load(), Now() / 1000,
-                m_Adapter.GetInterfaceState(), m_Facts.quality, m_pConfig->m_LQCThreshold.load(),
-                m_pConfig->m_Enabled.load(), ServiceEnabled(), RoamingEnabled(), GatewayRoaming());
+                u"secs][ifstate %i][LQ %lu >= %lu][ENABLED %i/%i][ROAM-E %i/%i]%s\n",
+                m_Idx, m_Flags.pilot, m_Adapter.IsScanFresh(), interval,
+                m_pConfig->m_force_scan_counter.load(),
+                (Now() - m_Adapter.m_last_score_notify_tick) / 1000, m_Adapter.GetInterfaceState(),
+                m_Facts.quality, m_pConfig->m_LQCThreshold.load(), m_Flags.enabled, m_Flags.serviceEnabled,
+                m_Flags.roaming, m_Flags.gatewayRoaming, LastSuggestionText(true));
     return true;
   }
 
-  // A connection gone weak asks for scans, once until it recovers.
+  // "" in autoswitch; else the last suggestion, with its SSID or without.
+  WString LastSuggestionText(bool withSsid) const {
+    if (!m_Mode.passive) return {};
+    const WString ssid = withSsid ? m_Adapter.m_last_suggested_ssid + u" " : WString();
+    return Format(u"[last %s: %s%s, pos: %i]", m_Mode.popup ? u"pop" : u"etw", ssid,
+                  m_Adapter.m_last_suggested_bssid, m_Adapter.m_last_suggested_pos);
+  }
+
   void RaiseEmergency() {
-    if (!IsStateConnected() || HasGoodQuality() || !m_bEnabled || !m_Adapter.m_emergency_armed) return;
     const std::int32_t forced = m_pConfig->m_force_scan_counter;
-    if (forced == 0) {
-      LOG_ADAPTER(m_Idx, kChoiceLog,
-                  u"\n[%i][EnabledFastScan_connected] IF-STATE: %i [CONNECTED to %s][EMERGENCY: LQ %lu < %lu] "
-                  u"CALLING SetForceScanCounter(3)\n",
-                  m_Idx, m_Adapter.GetInterfaceState(), m_Facts.ssid, m_Facts.quality,
-                  m_pConfig->m_LQCThreshold.load());
-      m_pConfig->m_force_scan_counter = kForcedScans;
-      m_Adapter.m_emergency_armed = false;
-    } else {
-      LOG_ADAPTER(m_Idx, kChoiceLog,
-                  u"\n[%i][EnabledFastScan_connected] IF-STATE: %i [CONNECTED to %s][EMERGENCY: LQ %lu < %lu] "
-                  u"F-COUNT %i already nonzero\n",
-                  m_Idx, m_Adapter.GetInterfaceState(), m_Facts.ssid, m_Facts.quality,
-                  m_pConfig->m_LQCThreshold.load(), forced);
+    switch (JudgeEmergency(
+        {IsStateConnected(), HasGoodQuality(), m_bEnabled, m_Adapter.m_emergency_armed, forced})) {
+      case Emergency::kNone:
+        return;
+      case Emergency::kForceScans:
+        LOG_ADAPTER(m_Idx, kPolicyLog,
+                    u"\n[%i][EnabledFastScan_connected] IF-STATE: %i [CONNECTED to %s][EMERGENCY: LQ %lu < "
+                    u"%lu] CALLING SetForceScanCounter(3)\n",
+                    m_Idx, m_Adapter.GetInterfaceState(), m_Facts.ssid, m_Facts.quality,
+                    m_pConfig->m_LQCThreshold.load());
+        m_pConfig->m_force_scan_counter = kForcedScans;
+        m_Adapter.m_emergency_armed = false;
+        return;
+      case Emergency::kAlreadyForced:
+        LOG_ADAPTER(m_Idx, kPolicyLog,
+                    u"\n[%i][EnabledFastScan_connected] IF-STATE: %i [CONNECTED to %s][EMERGENCY: LQ %lu < "
+                    u"%lu] F-COUNT %i already nonzero\n",
+                    m_Idx, m_Adapter.GetInterfaceState(), m_Facts.ssid, m_Facts.quality,
+                    m_pConfig->m_LQCThreshold.load(), forced);
+        return;
     }
   }
 
   void LogChoice() const {
-    auto& global = CGlobalConfigContainer::GetInstance();
-    const std::uint32_t week = (platform::UnixSecondsNow() - global.m_InstallTime) / kWeekSecs + 1;
-    LOG_ADAPTER(m_Idx, kChoiceLog,
+    LOG_ADAPTER(m_Idx, kPolicyLog,
                 u"\n[%i][Pilot=%i][IF-State %i][wk %i][%s][LQ %lu vs %lu][ENABLED %i/%i][ROAM-E %i/%i]"
-                u"[ALLOWSTALE=%i]\n",
-                m_Idx, global.m_bEnablePilot.load(), m_Adapter.GetInterfaceState(), week,
-                m_pConfig->IsAutoswitch() ? u"MAKE CHOICE" : u"MAKE CHOICE - PASSIVE", m_Facts.quality,
-                m_pConfig->m_LQCThreshold.load(), m_pConfig->m_Enabled.load(), ServiceEnabled(),
-                RoamingEnabled(), GatewayRoaming(), 0);
+                u"[ALLOWSTALE=%i]%s\n",
+                m_Idx, m_Flags.pilot, m_Adapter.GetInterfaceState(),
+                WeekSince(CGlobalConfigContainer::GetInstance().m_InstallTime, platform::UnixSecondsNow()),
+                m_Mode.passive ? u"MAKE CHOICE - PASSIVE" : u"MAKE CHOICE", m_Facts.quality,
+                m_pConfig->m_LQCThreshold.load(), m_Flags.enabled, m_Flags.serviceEnabled, m_Flags.roaming,
+                m_Flags.gatewayRoaming, 0, LastSuggestionText(false));
   }
 
   void DecideConnected() {
@@ -179,27 +251,54 @@ class Choice {
       CGlobalQUAYPolicy::MakeChoice_connected(&m_Adapter, m_Entries, m_Facts);
     } else {
       m_Adapter.RollSwitchPeriod();
-      LOG_ADAPTER(m_Idx, kChoiceLog, u"\n[%i] INTERFACE STATE: %i [no normal decision check]..............\n",
+      LOG_ADAPTER(m_Idx, kPolicyLog, u"\n[%i] INTERFACE STATE: %i [no normal decision check]..............\n",
                   m_Idx, state);
     }
   }
 
   void DecideDisconnected() {
     m_Adapter.RollSwitchPeriod();
-    m_Adapter.m_consec_disconnects += m_pConfig->m_no_delay ? kDisconnectStepNoDelay : kDisconnectStep;
+    if (WaitsAfterDeny()) return;
+    ResetReporter();
+    m_Adapter.m_consec_disconnects += DisconnectStep(m_pConfig->m_no_delay);
     const std::uint32_t count = m_Adapter.m_consec_disconnects;
     if (count >= kDisconnectsForDecision) {
-      LOG_ADAPTER(m_Idx, kChoiceLog,
+      LOG_ADAPTER(m_Idx, kPolicyLog,
                   u"[%i] CGlobalQUAYPolicy::MakeChoice: _CALLING_ MakeChoice_disconnected() [consec discon %lu "
                   u"== %lu]\n",
                   m_Idx, count, count);
       CGlobalQUAYPolicy::MakeChoice_disconnected(&m_Adapter, m_Entries);
     } else {
-      LOG_ADAPTER(m_Idx, kChoiceLog,
+      LOG_ADAPTER(m_Idx, kPolicyLog,
                   u"[%i] CGlobalQUAYPolicy::MakeChoice: _DEFER_ MakeChoice_disconnected() [consec discon %lu < "
                   u"%lu]\n",
                   m_Idx, count, kDisconnectsForDecision);
     }
+  }
+
+  bool WaitsAfterDeny() const {
+    const std::uint64_t until = m_pConfig->m_deny_defer_until, now = Now();
+    const DenyDeferral deferral = JudgeDenyDeferral(until, now);
+    if (deferral == DenyDeferral::kWait) {
+      LOG_ADAPTER(m_Idx, kPolicyLog,
+                  u"[%i] CGlobalQUAYPolicy::MakeChoice:[disconnected] DEFERRING DECISION due to prior Denylist "
+                  u"disconnect, expire tick time=%I64u, now=%I64u",
+                  m_Idx, until, now);
+    } else if (deferral == DenyDeferral::kOver) {
+      LOG_ADAPTER(m_Idx, kPolicyLog,
+                  u"[%i] CGlobalQUAYPolicy::MakeChoice:[disconnected] DEFERRMENT NOT ENFORCED... expire "
+                  u"time=%I64u, now=%I64u",
+                  m_Idx, until, now);
+    }
+    return deferral == DenyDeferral::kWait;
+  }
+
+  // What was said of the connection is over: the next one is reported anew.
+  void ResetReporter() {
+    if (m_Mode.IsEventMode()) m_pConfig->m_Etw.NotifyClearPreviousSignalQualityBAD();
+    m_pConfig->m_Etw.ResetBest();
+    m_pConfig->m_Etw.ResetQualityBad();
+    m_pConfig->m_Etw.ResetQualityGood();
   }
 
   CWlanInterface& m_Adapter;
@@ -207,8 +306,19 @@ class Choice {
   const CSmartPointer<CQUAYInterfaceConfig> m_pConfig;
   const BssEntryList& m_Entries;
   const ConnectionFacts& m_Facts;
+  const RoundFlags m_Flags;
+  const SuggestionMode m_Mode;
   const bool m_bEnabled;
 };
+
+// A wired connection keeps the adapter quiet.
+std::uint32_t CountConnectedLans() {
+  const auto adapters = CAdaptersAddresses::CreateObject();
+  adapters->Initialize();
+  std::uint32_t total = 0, lans = 0;
+  adapters->CountConnectedAdapters(&total, &lans);
+  return lans;
+}
 
 }  // namespace
 
@@ -219,19 +329,26 @@ void CGlobalQUAYPolicy::MakeChoice(CWlanInterface* pIf, const BssEntryList& entr
 
 void CGlobalQUAYPolicy::MakeChoice_disconnected(CWlanInterface* pIf, const BssEntryList& entries) {
   if (!pIf) {
-    LOG_DEBUG(DBG(18), u"MakeChoice_disconnected: pIf is NULL!\n");
+    LOG_DEBUG(kNullInterfaceLog, u"MakeChoice_disconnected: pIf is NULL!\n");
     return;
   }
   const int idx = pIf->GetConfigIdx();
   const CSmartPointer<CQUAYInterfaceConfig> config = pIf->Config();
   pIf->ClearAllCandidateCounters("TOP OF MakeChoice_disconnected");
   if (!IsEnabled(*config)) {
-    LOG_ADAPTER(idx, kChoiceLog, u"[%i]Interface is disconnected, but _WE ARE DISABLED_: %i/%i\n", idx,
+    LOG_ADAPTER(idx, kPolicyLog, u"[%i]Interface is disconnected, but _WE ARE DISABLED_: %i/%i\n", idx,
                 config->m_Enabled.load(), CGlobalConfigContainer::GetInstance().m_bServiceEnable.load());
     return;
   }
+  if (const std::uint32_t lans = CountConnectedLans(); lans >= 1) {
+    LOG_ADAPTER(idx, kPolicyLog,
+                u"[%i]Interface is disconnected, BUT we have %u CONNECTED LAN(s)... _____>>> do nothing "
+                u"<_____\n",
+                idx, lans);
+    return;
+  }
   if (!config->m_ForceAutoConnect && !config->m_network_switching) {
-    LOG_ADAPTER(idx, kChoiceLog,
+    LOG_ADAPTER(idx, kPolicyLog,
                 u"[%i]Interface is disconnected with Networking Switching is disabled ... do nothing\n", idx);
     return;
   }

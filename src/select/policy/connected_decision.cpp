@@ -1,23 +1,160 @@
 // The decision of a connected adapter.
 
-#include "config/settings/global_config_container.h"
-#include "core/log/log.h"
 #include "select/policy/policy.h"
-#include "select/policy/policy_text.h"
+#include "select/policy/policy_log.h"
+#include "select/policy/suggesting.h"
+#include "wlan/model/bss_entry_reports.h"
 #include "wlan/binding/wifi_client_container.h"
+#include "wlan/model/base_netname.h"
 
 namespace corvane {
 
 namespace {
 
-constexpr std::uint64_t kDecisionLog = DBG(16) | DBG(17);
-constexpr std::uint64_t kFastScanLog = DBG(3);
-constexpr std::int32_t kForcedScans = 3;
-
-// A busy link, or a call in progress, is left alone.
-bool IsLinkBusy(const CQUAYInterfaceConfig& config, double mbps) {
-  return CGlobalConfigContainer::GetInstance().m_rt_audio || !(mbps < config.m_rate_gate_high);
+// Shows beside each entry whether its network looks like a band of the connected one; changes nothing.
+void LogFirstLetters(int idx, const BssEntryList& entries, const ConnectionFacts& facts) {
+  if (!log::IsOpen(idx, kCandidateDetailLog)) return;
+  WString connected = facts.ssid;
+  StripBandWord(&connected);
+  for (const auto& entry : entries) {
+    const bool match = !connected.empty() && !entry->m_BaseNetname.empty() &&
+                       connected.front() == entry->m_BaseNetname.front();
+    LOG_ADAPTER(idx, kCandidateDetailLog, u"[%i] [_DEBUG_][FIRST LETTER %s] %s, %s\n", idx,
+                match ? u"MATCH" : u"MISMATCH", connected, entry->m_BaseNetname);
+  }
 }
+
+class ConnectedDecision {
+ public:
+  ConnectedDecision(CWlanInterface& adapter, const BssEntryList& entries, const ConnectionFacts& facts)
+      : m_Adapter(adapter),
+        m_Idx(adapter.GetConfigIdx()),
+        m_pConfig(adapter.Config()),
+        m_Entries(entries),
+        m_Facts(facts),
+        m_Mbps(adapter.GetTrafficMbps()) {}
+
+  void Run() {
+    const bool alreadyBest =
+        CGlobalQUAYPolicy::IsConnectedToBest(&m_Adapter, m_Entries, m_Facts, &m_pBest);
+    const std::int32_t score = ConnectedScore();
+    if (alreadyBest) {
+      StayOnBest();
+    } else if (IsLinkBusy(CGlobalConfigContainer::GetInstance().m_rt_audio, m_Mbps,
+                          m_pConfig->m_rate_gate_high)) {
+      LOG_ADAPTER(m_Idx, kPolicyLog,
+                  u"\n[%i][DEFERRED] IF-STATE: %i [CONNECTED to non preferred SSID %s, HOWEVER Connected "
+                  u"Bitrate too high: %0.3lf > %0.3lf] ...\n",
+                  m_Idx, m_Adapter.GetInterfaceState(), m_Facts.ssid, m_Mbps,
+                  m_pConfig->m_rate_gate_high.load());
+      m_Adapter.RollSwitchPeriod();
+    } else if (HasReadyCandidate(score)) {
+      Switch(score);
+    }
+  }
+
+ private:
+  std::int32_t ConnectedScore() {
+    const std::int32_t score = m_Adapter.GetScoreFromBssEntry(m_Facts.ssid, m_Facts.bssid, false);
+    if (score >= 0) return score;
+    const std::int32_t backup = m_Adapter.m_backup_score;
+    LOG_ADAPTER(m_Idx, kPolicyLog,
+                u"\n[%i] MakeChoice_connected: IF-STATE: %i [Connected to SSID: %s "
+                u"{%02x-%02x-%02x-%02x-%02x-%02x}] USING BACKUP SCORE: %i ____________________\n",
+                m_Idx, m_Adapter.GetInterfaceState(), m_Facts.ssid, MAC_ARGS(m_Facts.bssid), backup);
+    return backup;
+  }
+
+  void StayOnBest() {
+    m_Adapter.ClearAllCandidateCounters(
+        "MakeChoice_connected - ALREADY CONNECTED TO BEST (DO NOTHING / CLEAR)");
+    m_Adapter.RollSwitchPeriod();
+    const bool eventMode = ModeOf(*m_pConfig).IsEventMode();
+    if (m_pBest) {
+      LOG_ADAPTER(m_Idx, kPolicyLog,
+                  u"\n[%i] INTERFACE STATE: %i [already CONNECTED to preferred AP - SSID: %s "
+                  u"{%02x-%02x-%02x-%02x-%02x-%02x}][LQ %lu][%0.2lf mbps]\n",
+                  m_Idx, m_Adapter.GetInterfaceState(), m_Facts.ssid, MAC_ARGS(m_Facts.bssid),
+                  m_Facts.quality, m_Mbps);
+      if (eventMode) TellBest();
+    } else {
+      LOG_ADAPTER(m_Idx, kPolicyLog,
+                  u"\n[%i] INTERFACE STATE: %i [CONNECTED to only AP - SSID: %s "
+                  u"{%02x-%02x-%02x-%02x-%02x-%02x}][LQ %lu][%0.2lf mbps] Channel Unknown\n",
+                  m_Idx, m_Adapter.GetInterfaceState(), m_Facts.ssid, MAC_ARGS(m_Facts.bssid),
+                  m_Facts.quality, m_Mbps);
+      if (eventMode) {
+        ReportSignalQuality(*m_pConfig, m_Facts.ssid, MacText(m_Facts.bssid), u"[Channel unknown]",
+                            m_Facts.quality);
+      }
+    }
+  }
+
+  // A suggestion that the user has taken up is closed; any other that stands is answered by the best one.
+  void TellBest() {
+    CSmartPointer<CWlanBssEntry> suggested;
+    if (CGlobalQUAYPolicy::IsConnectedToSuggestedBest_ETW(&m_Adapter, m_Entries, m_Facts.ssid, m_Facts.bssid,
+                                                          &suggested) &&
+        suggested) {
+      NotifyAlreadyBestAP(*suggested, m_pConfig->m_Etw, true);
+    } else if (!m_pConfig->m_Etw.GetMemo().IsEmpty()) {
+      NotifyAlreadyBestAP(*m_pBest, m_pConfig->m_Etw, false);
+    }
+    ReportSignalQuality(*m_pConfig, *m_pBest, m_Facts.quality);
+  }
+
+  bool HasReadyCandidate(std::int32_t score) {
+    CSmartPointer<CWlanBssEntry> qualifier;
+    CandidateSummary summary;
+    if (CGlobalQUAYPolicy::IncrementCandidateCounters(&m_Adapter, m_Facts.bssid, m_Entries, score, &qualifier,
+                                                      &summary)) {
+      return true;
+    }
+    if (qualifier) {
+      LOG_ADAPTER(m_Idx, kPolicyLog,
+                  u"\n[%i] [DEFERRED] IF-STATE: %i [%0.2lf mbps][CONNECTED to diff SSID %s vs preferred "
+                  u"%s(center %u)(or other), waiting: counter %i ++> %i]\n",
+                  m_Idx, m_Adapter.GetInterfaceState(), m_Mbps, m_Facts.ssid, qualifier->m_SSIDW,
+                  qualifier->GetFrequencyKhz(), qualifier->GetCandidate(),
+                  CGlobalQUAYPolicy::RequiredCandidateCount());
+    } else {
+      LOG_ADAPTER(m_Idx, kPolicyLog,
+                  u"\n[%i] [DEFERRED] IF-STATE: %i [%0.2lf mbps][CONNECTED to SSID %s with NO Other "
+                  u"Qualifying AP]\n",
+                  m_Idx, m_Adapter.GetInterfaceState(), m_Mbps, m_Facts.ssid);
+    }
+    m_Adapter.RollSwitchPeriod();
+    return false;
+  }
+
+  // A failing restore ends the round; the adapter then stays disconnected until it is decided anew.
+  void Switch(std::int32_t score) {
+    if (CGlobalQUAYPolicy::SwitchConnectionToBest(&m_Adapter, m_Entries, score, m_Facts)) {
+      m_Adapter.ClearAllCandidateCounters("AFTER SUCCESSFUL SwitchConnectionToBest()");
+      if (m_pConfig->IsAutoswitch()) {
+        LOG_ADAPTER(m_Idx, kPolicyLog, u"\n[%i] Connection to new preferred Network succeeded\n", m_Idx);
+      }
+    } else {
+      LOG_ADAPTER(m_Idx, kPolicyLog,
+                  u"\n[%i] Connection to preferred Network failed, trying to restore %s\n", m_Idx,
+                  m_Facts.ssid);
+      m_Adapter.ConnectToNetwork(m_Facts.ssid);
+      LOG_ADAPTER(m_Idx, kPolicyLog, u"\n[%i] Restoring %s succeeded\n", m_Idx, m_Facts.ssid);
+    }
+    if (m_pConfig->m_force_scan_counter > 0) {
+      m_pConfig->m_force_scan_counter = 0;
+      LOG_ADAPTER(m_Idx, kPolicyLog, u"\n[%i] Clear Force Counter\n", m_Idx);
+    }
+  }
+
+  CWlanInterface& m_Adapter;
+  const int m_Idx;
+  const CSmartPointer<CQUAYInterfaceConfig> m_pConfig;
+  const BssEntryList& m_Entries;
+  const ConnectionFacts& m_Facts;
+  const double m_Mbps;
+  CSmartPointer<CWlanBssEntry> m_pBest;
+};
 
 }  // namespace
 
@@ -25,6 +162,7 @@ bool CGlobalQUAYPolicy::IsConnectedToBest(CWlanInterface* pIf, const BssEntryLis
                                           const ConnectionFacts& facts,
                                           CSmartPointer<CWlanBssEntry>* best) {
   best->reset();
+  LogFirstLetters(pIf->GetConfigIdx(), entries, facts);
   if (entries.empty()) {
     pIf->FindBssEntry(facts.ssid, facts.bssid, best);
     return true;
@@ -46,144 +184,10 @@ bool CGlobalQUAYPolicy::IsConnectedToBest(CWlanInterface* pIf, const BssEntryLis
 void CGlobalQUAYPolicy::MakeChoice_connected(CWlanInterface* pIf, const BssEntryList& entries,
                                              const ConnectionFacts& facts) {
   if (!pIf) {
-    LOG_DEBUG(DBG(18), u"MakeChoice_connected: pIf is NULL!\n");
+    LOG_DEBUG(kNullInterfaceLog, u"MakeChoice_connected: pIf is NULL!\n");
     return;
   }
-  const int idx = pIf->GetConfigIdx();
-  const CSmartPointer<CQUAYInterfaceConfig> config = pIf->Config();
-  CSmartPointer<CWlanBssEntry> best;
-  const bool alreadyBest = IsConnectedToBest(pIf, entries, facts, &best);
-
-  std::int32_t score = pIf->GetScoreFromBssEntry(facts.ssid, facts.bssid, false);
-  if (score < 0) {
-    score = pIf->m_backup_score;
-    LOG_ADAPTER(idx, kDecisionLog,
-                u"\n[%i] MakeChoice_connected: IF-STATE: %i [Connected to SSID: %s "
-                u"{%02x-%02x-%02x-%02x-%02x-%02x}] USING BACKUP SCORE: %i ____________________\n",
-                idx, pIf->GetInterfaceState(), facts.ssid, MAC_ARGS(facts.bssid), score);
-  }
-  const double mbps = pIf->GetTrafficMbps();
-
-  if (alreadyBest) {
-    pIf->ClearAllCandidateCounters(
-        "MakeChoice_connected - ALREADY CONNECTED TO BEST (DO NOTHING / CLEAR)");
-    pIf->RollSwitchPeriod();
-    if (best) {
-      LOG_ADAPTER(idx, kDecisionLog,
-                  u"\n[%i] INTERFACE STATE: %i [already CONNECTED to preferred AP - SSID: %s "
-                  u"{%02x-%02x-%02x-%02x-%02x-%02x}][LQ %lu][%0.2lf mbps]\n",
-                  idx, pIf->GetInterfaceState(), facts.ssid, MAC_ARGS(facts.bssid), facts.quality, mbps);
-    } else {
-      LOG_ADAPTER(idx, kDecisionLog,
-                  u"\n[%i] INTERFACE STATE: %i [CONNECTED to only AP - SSID: %s "
-                  u"{%02x-%02x-%02x-%02x-%02x-%02x}][LQ %lu][%0.2lf mbps] Channel Unknown\n",
-                  idx, pIf->GetInterfaceState(), facts.ssid, MAC_ARGS(facts.bssid), facts.quality, mbps);
-    }
-    return;
-  }
-
-  if (IsLinkBusy(*config, mbps)) {
-    LOG_ADAPTER(idx, kDecisionLog,
-                u"\n[%i][DEFERRED] IF-STATE: %i [CONNECTED to non preferred SSID %s, HOWEVER Connected "
-                u"Bitrate too high: %0.3lf > %0.3lf] ...\n",
-                idx, pIf->GetInterfaceState(), facts.ssid, mbps, config->m_rate_gate_high.load());
-    pIf->RollSwitchPeriod();
-    return;
-  }
-
-  CSmartPointer<CWlanBssEntry> qualifier;
-  CandidateSummary summary;
-  if (!IncrementCandidateCounters(pIf, facts.bssid, entries, score, &qualifier, &summary)) {
-    if (qualifier) {
-      LOG_ADAPTER(idx, kDecisionLog,
-                  u"\n[%i] [DEFERRED] IF-STATE: %i [%0.2lf mbps][CONNECTED to diff SSID %s vs preferred "
-                  u"%s(center %u)(or other), waiting: counter %i ++> %i]\n",
-                  idx, pIf->GetInterfaceState(), mbps, facts.ssid, qualifier->m_SSIDW,
-                  qualifier->GetFrequencyKhz(), qualifier->GetCandidate(), RequiredCandidateCount());
-    } else {
-      LOG_ADAPTER(idx, kDecisionLog,
-                  u"\n[%i] [DEFERRED] IF-STATE: %i [%0.2lf mbps][CONNECTED to SSID %s with NO Other "
-                  u"Qualifying AP]\n",
-                  idx, pIf->GetInterfaceState(), mbps, facts.ssid);
-    }
-    pIf->RollSwitchPeriod();
-    return;
-  }
-
-  if (SwitchConnectionToBest(pIf, entries, score, facts)) {
-    pIf->ClearAllCandidateCounters("AFTER SUCCESSFUL SwitchConnectionToBest()");
-    if (config->IsAutoswitch()) {
-      LOG_ADAPTER(idx, kDecisionLog, u"\n[%i] Connection to new preferred Network succeeded\n", idx);
-    }
-  } else {
-    LOG_ADAPTER(idx, kDecisionLog,
-                u"\n[%i] Connection to preferred Network failed, trying to restore %s\n", idx, facts.ssid);
-    pIf->ConnectToNetwork(facts.ssid);
-    LOG_ADAPTER(idx, kDecisionLog, u"\n[%i] Restoring %s succeeded\n", idx, facts.ssid);
-  }
-  if (config->m_force_scan_counter > 0) {
-    config->m_force_scan_counter = 0;
-    LOG_ADAPTER(idx, kDecisionLog, u"\n[%i] Clear Force Counter\n", idx);
-  }
-}
-
-void CGlobalQUAYPolicy::EnabledFastScan_connected(CWlanInterface* pIf, const BssEntryList& entries,
-                                                  const ConnectionFacts& facts) {
-  if (!pIf) {
-    LOG_DEBUG(DBG(18), u"EnabledFastScan_connected: pIf is NULL!\n");
-    return;
-  }
-  const int idx = pIf->GetConfigIdx();
-  const CSmartPointer<CQUAYInterfaceConfig> config = pIf->Config();
-  const std::int32_t state = pIf->GetInterfaceState();
-  const double mbps = pIf->GetTrafficMbps();
-
-  CSmartPointer<CWlanBssEntry> best;
-  const bool alreadyBest = IsConnectedToBest(pIf, entries, facts, &best);
-  if (!best) {
-    LOG_ADAPTER(idx, kFastScanLog,
-                u"\n[%i][EnabledFastScan_connected] INTERFACE STATE: %i -- pBestCandidate is NULL!\n", idx,
-                state);
-    return;
-  }
-  if (alreadyBest) {
-    LOG_ADAPTER(idx, kFastScanLog,
-                u"\n[%i][EnabledFastScan_connected] INTERFACE STATE: %i [already CONNECTED to preferred AP "
-                u"- SSID: %s {%02x-%02x-%02x-%02x-%02x-%02x}][LQ %lu][%0.2lf mbps] - DO NOTHING\n",
-                idx, state, facts.ssid, MAC_ARGS(facts.bssid), facts.quality, mbps);
-    return;
-  }
-  std::int32_t score = pIf->GetScoreFromBssEntry(facts.ssid, facts.bssid, false);
-  if (score < 0 && !facts.ssid.empty()) score = pIf->m_backup_score;
-  const bool betterPossible = IsBetterCandidatePossible(pIf, entries, score);
-
-  if (IsLinkBusy(*config, mbps)) {
-    LOG_ADAPTER(idx, kFastScanLog,
-                u"\n[%i][EnabledFastScan_connected][DEFERRED] IF-STATE: %i [CONNECTED to non preferred "
-                u"SSID %s, HOWEVER Connected Bitrate too high: %0.3lf > %0.3lf] ...\n",
-                idx, state, facts.ssid, mbps, config->m_rate_gate_high.load());
-    return;
-  }
-  const std::int32_t forced = config->m_force_scan_counter;
-  if (!betterPossible) {
-    const char16_t* outcome = forced > 0 ? u"[Cleared F-COUNTER]" : u"[F-COUNTER already 0]";
-    config->m_force_scan_counter = 0;
-    LOG_ADAPTER(idx, kFastScanLog,
-                u"\n[%i][EnabledFastScan_connected] IF-STATE: %i [CONNECTED to %s] "
-                u"!IsBetterCandidatePossible() - DO NOTHING %s\n",
-                idx, state, facts.ssid, outcome);
-  } else if (forced != 0) {
-    LOG_ADAPTER(idx, kFastScanLog,
-                u"\n[%i][EnabledFastScan_connected] IF-STATE: %i [CONNECTED to %s] F-COUNT %i already "
-                u"nonzero\n",
-                idx, state, facts.ssid, forced);
-  } else {
-    LOG_ADAPTER(idx, kFastScanLog,
-                u"\n[%i][EnabledFastScan_connected] IF-STATE: %i [CONNECTED to %s, Bitrate: %0.3lf] CALLING "
-                u"SetForceScanCounter(3)\n",
-                idx, state, facts.ssid, mbps);
-    config->m_force_scan_counter = kForcedScans;
-  }
+  ConnectedDecision(*pIf, entries, facts).Run();
 }
 
 }  // namespace corvane

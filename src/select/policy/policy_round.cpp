@@ -1,109 +1,155 @@
-// One policy round: snapshot, lists, publication, choice.
+// One policy round: snapshot, lists, publication, one act.
 
-#include "config/settings/global_config_container.h"
 #include "config/store/csv_helper.h"
 #include "config/store/value_names.h"
-#include "core/log/log.h"
 #include "select/policy/candidate_list.h"
 #include "select/policy/policy.h"
+#include "select/policy/policy_log.h"
 #include "select/policy/policy_text.h"
 
 namespace corvane {
 
 namespace {
 
-constexpr std::uint64_t kPolicyLog = DBG(16) | DBG(17);
 constexpr std::uint64_t kScoreLog = DBG(37);
 
-void PublishNetworksInRange(int idx, CQUAYInterfaceConfig& config, const BssEntryList& entries,
-                            const WString& connectedSsid) {
-  bool found = false;
-  const WString json = NetworksInRangeJson(entries, connectedSsid, &found);
-  config.SetString(value::kProfiledNetworksInRangeJson, json);
-  if (!found) {
-    LOG_ADAPTER(idx, kPolicyLog,
-                u"[%i] CGlobalQUAYPolicy::ExecutePolicies: ERROR! %s not found in list of in-range "
-                u"candidates\n",
-                idx, connectedSsid);
-  }
-}
+class PolicyRound {
+ public:
+  explicit PolicyRound(CWlanInterface& adapter)
+      : m_Adapter(adapter), m_Idx(adapter.GetConfigIdx()), m_pConfig(adapter.Config()) {}
 
-void PublishRows(int idx, CQUAYInterfaceConfig& config, const BssEntryList& entries,
-                 const char16_t* name) {
-  auto rows = CSVHelper::CreateObject();
-  for (const auto& entry : entries) {
-    if (rows->AddString(entry->GetStatusLine(), true) < 0) LOG_ERROR(u"[%i] -->FALIED to add to CSV\n", idx);
-  }
-  if (!config.SetString(name, rows->GetString())) {
-    LOG_ERROR(u"[%i] ===========> SetRegistry_%s() FAILED!\n", idx, name);
-  }
-}
+  void Run() {
+    const BssEntryList inRange = EntriesInRange(m_Adapter);
+    GatherConnection();
 
-void LogSettings(int idx, const CQUAYInterfaceConfig& config, std::uint32_t consecDisconnects,
-                 bool connected) {
-  const std::uint32_t lqct = config.m_LQCThreshold;
-  const std::int32_t delta = static_cast<std::int32_t>(config.m_APScoreThreshold.load());
-  if (config.IsAutoswitch()) {
-    LOG_ADAPTER(idx, kPolicyLog,
-                u"[%i] LQCT %lu, NS %i, Pref Priv %i, Latch to Priv %i, SD %i, avg qbss scores: %i "
-                u"[2Ghz], %i [5Ghz], consec disc %lu, connected=%i\n\n",
-                idx, lqct, config.m_network_switching.load(), config.m_PreferPrivateNetwork.load(),
-                config.m_LatchToPrivate.load(), delta, config.m_AvgQBSSScore2.load(),
-                config.m_AvgQBSSScore5.load(), consecDisconnects, connected);
-  } else {
-    LOG_ADAPTER(idx, kPolicyLog,
-                u"[%i][PASSIVE - no suggestion] LQCT %lu, NS %i, SD %i, Pref Priv %i, Latch to Priv %i, "
-                u"avg qbss scores: %i [2Ghz], %i [5Ghz], consec disc %lu, connected=%i\n\n",
-                idx, lqct, config.m_network_switching.load(), delta, config.m_PreferPrivateNetwork.load(),
-                config.m_LatchToPrivate.load(), config.m_AvgQBSSScore2.load(),
-                config.m_AvgQBSSScore5.load(), consecDisconnects, connected);
+    m_Candidates = inRange;
+    KeepCandidates(&m_Candidates);
+    SortCandidates(&m_Candidates, m_pConfig->m_PreferPrivateNetwork);
+    PublishNetworksInRange();
+    if (m_Facts.connected && !m_pConfig->m_network_switching) KeepNetwork(&m_Candidates, m_Facts.ssid);
+    FilterByAllowlist();
+    if (m_Facts.connected) m_Adapter.m_consec_disconnects = 0;
+    LogSettings();
+    PublishRows(m_Candidates, value::kCandidatesCSV, "SORT");
+    m_Others = OtherEntries(inRange, m_Candidates);
+    PublishRows(m_Others, value::kNONCandidatesCSV, "OTHER");
+    LogScores();
+    Act();
   }
-}
 
-void LogScores(int idx, const BssEntryList& entries) {
-  for (const auto& entry : entries) {
-    const MacAddress mac = entry->GetBssid();
-    LOG_ADAPTER(idx, kScoreLog,
-                u"[%i] SCORE LOG: [% 16s] {%02x-%02x-%02x-%02x-%02x-%02x} ++ %hs%hs\n", idx,
-                entry->m_SSIDW, MAC_ARGS(mac), entry->m_ScoreLog, entry->m_FinalScoreLog);
+ private:
+  void GatherConnection() {
+    m_Facts.connected = m_Adapter.GetConnectedSSID(&m_Facts);
+    if (!m_Facts.connected) m_Facts.bssid.fill(0xFF);
+    CGlobalQUAYPolicy::UpdateAssociateLQPegging(&m_Adapter, m_Facts.connected, &m_Facts.quality,
+                                                m_Facts.ssid, m_Facts.bssid, "ExecutePolicies");
   }
-}
+
+  void PublishNetworksInRange() {
+    bool found = false;
+    const WString json = NetworksInRangeJson(m_Candidates, m_Facts.ssid, &found);
+    m_pConfig->SetString(value::kProfiledNetworksInRangeJson, json);
+    if (!found) {
+      LOG_ADAPTER(m_Idx, kPolicyLog,
+                  u"[%i] CGlobalQUAYPolicy::ExecutePolicies: ERROR! %s not found in list of in-range "
+                  u"candidates\n",
+                  m_Idx, m_Facts.ssid);
+    }
+  }
+
+  void FilterByAllowlist() {
+    const ApListRows& rows = m_pConfig->m_Allowlist.Rows();
+    const bool active = CGlobalConfigContainer::GetInstance().m_bAllowlistEnabled && !rows.empty();
+    if (active) KeepAllowed(&m_Candidates, rows);
+    m_pConfig->m_allowlist_active = active;
+  }
+
+  void LogSettings() const {
+    const std::uint32_t lqct = m_pConfig->m_LQCThreshold;
+    const auto points = static_cast<std::int32_t>(m_pConfig->m_APScoreThreshold.load());
+    const int switching = m_pConfig->m_network_switching, preferPrivate = m_pConfig->m_PreferPrivateNetwork;
+    const int latch = m_pConfig->m_LatchToPrivate;
+    if (m_pConfig->IsAutoswitch()) {
+      LOG_ADAPTER(m_Idx, kPolicyLog,
+                  u"[%i] LQCT %lu, NS %i, Pref Priv %i, Latch to Priv %i, SD %i, avg qbss scores: %i "
+                  u"[2Ghz], %i [5Ghz], consec disc %lu, connected=%i\n\n",
+                  m_Idx, lqct, switching, preferPrivate, latch, points, m_pConfig->m_AvgQBSSScore2.load(),
+                  m_pConfig->m_AvgQBSSScore5.load(), m_Adapter.m_consec_disconnects, m_Facts.connected);
+      return;
+    }
+    LOG_ADAPTER(m_Idx, kPolicyLog,
+                u"[%i][PASSIVE - %s] LQCT %lu, NS %i, SD %i, Pref Priv %i, Latch to Priv %i, avg qbss "
+                u"scores: %i [2Ghz], %i [5Ghz], consec disc %lu, connected=%i\n\n",
+                m_Idx,
+                m_Adapter.m_last_suggested_pos < 0 ? WString(u"no suggestion")
+                                                   : u"last '" + m_Adapter.m_last_suggested_ssid + u"'",
+                lqct, switching, points, preferPrivate, latch, m_pConfig->m_AvgQBSSScore2.load(),
+                m_pConfig->m_AvgQBSSScore5.load(), m_Adapter.m_consec_disconnects, m_Facts.connected);
+  }
+
+  void PublishRows(const BssEntryList& entries, const char16_t* name, const char* logPrefix) {
+    auto rows = CSVHelper::CreateObject();
+    for (const auto& entry : entries) {
+      LOG_ADAPTER(m_Idx, kCandidateDetailLog, u"%s", SortLine(m_Idx, *entry, logPrefix));
+      if (rows->AddString(entry->GetStatusLine(), true) < 0) {
+        LOG_ERROR(u"[%i] -->FALIED to add to CSV\n", m_Idx);
+      }
+    }
+    if (!m_pConfig->SetString(name, rows->GetString())) {
+      LOG_ERROR(u"[%i] ===========> SetRegistry_%s() FAILED!\n", m_Idx, name);
+    }
+  }
+
+  void LogScores() const {
+    if (!log::IsOpen(m_Idx, kScoreLog)) return;
+    for (const auto& entry : m_Candidates) {
+      const MacAddress mac = entry->GetBssid();
+      LOG_ADAPTER(m_Idx, kScoreLog,
+                  u"[%i] SCORE LOG: [% 16s] {%02x-%02x-%02x-%02x-%02x-%02x} ++ %hs%hs\n", m_Idx,
+                  entry->m_SSIDW, MAC_ARGS(mac), entry->m_ScoreLog, entry->m_FinalScoreLog);
+    }
+  }
+
+  // One act at most: what people ask for comes first. A client's order lives for one round.
+  void Act() {
+    if (CGlobalQUAYPolicy::CheckAcceptSuggestion(&m_Adapter, m_Candidates, m_Facts)) {
+      LogSkippedChoice(u"TRIED PASSIVE (SUGGESTION-ACCEPTANCE) CONNECT");
+    } else if (CGlobalQUAYPolicy::CheckExecuteConnectFromUI(&m_Adapter, m_Candidates, m_Facts)) {
+      m_pConfig->ClearUIConnectRequest();
+      LogSkippedChoice(u"EXECUTED UI CONNEC CMD - PROFILES");
+    } else if (CGlobalQUAYPolicy::CheckExecuteConnectFromUI(&m_Adapter, m_Others, m_Facts)) {
+      m_pConfig->ClearUIConnectRequest();
+      LogSkippedChoice(u"EXECUTED UI CONNEC CMD - NON-PROFILES");
+    } else {
+      m_pConfig->ClearUIConnectRequest();
+      CGlobalQUAYPolicy::MakeChoice(&m_Adapter, m_Candidates, m_Facts);
+    }
+  }
+
+  void LogSkippedChoice(const char16_t* why) const {
+    const RoundFlags flags(*m_pConfig);
+    LOG_ADAPTER(m_Idx, kPolicyLog, u"\n[%i][Pilot=%i][SKIP CHOICE - %s][ENABLED %i/%i][ROAM-E %i/%i]\n",
+                m_Idx, flags.pilot, why, flags.enabled, flags.serviceEnabled, flags.roaming,
+                flags.gatewayRoaming);
+  }
+
+  CWlanInterface& m_Adapter;
+  const int m_Idx;
+  const CSmartPointer<CQUAYInterfaceConfig> m_pConfig;
+  ConnectionFacts m_Facts;
+  BssEntryList m_Candidates;  // BssEntriesList, best first
+  BssEntryList m_Others;      // OtherEntriesList: in range, but no candidates
+};
 
 }  // namespace
 
 void CGlobalQUAYPolicy::ExecutePolicies(CWlanInterface* pIf) {
   if (!pIf) {
-    LOG_DEBUG(DBG(18), u"ExecutePolicies: pIf is NULL!\n");
+    LOG_DEBUG(kNullInterfaceLog, u"ExecutePolicies: pIf is NULL!\n");
     return;
   }
   const CSmartPointer<CWlanInterface> adapter(pIf);
-  const CSmartPointer<CQUAYInterfaceConfig> config = adapter->Config();
-  const int idx = adapter->GetConfigIdx();
-
-  const BssEntryList inRange = EntriesInRange(*adapter);
-  ConnectionFacts facts;
-  facts.connected = adapter->GetConnectedSSID(&facts);
-  if (!facts.connected) facts.bssid.fill(0xFF);
-  UpdateAssociateLQPegging(adapter.get(), facts.connected, &facts.quality, facts.ssid, facts.bssid,
-                           "ExecutePolicies");
-
-  BssEntryList candidates = inRange;
-  KeepCandidates(&candidates);
-  SortCandidates(&candidates, config->m_PreferPrivateNetwork);
-  PublishNetworksInRange(idx, *config, candidates, facts.ssid);
-  if (facts.connected && !config->m_network_switching) {
-    std::erase_if(candidates, [&](const CSmartPointer<CWlanBssEntry>& entry) {
-      return entry->m_SSIDW.empty() || !EqualsIgnoreCase(entry->m_SSIDW, facts.ssid);
-    });
-  }
-  if (facts.connected) adapter->m_consec_disconnects = 0;
-
-  LogSettings(idx, *config, adapter->m_consec_disconnects, facts.connected);
-  PublishRows(idx, *config, candidates, value::kCandidatesCSV);
-  PublishRows(idx, *config, OtherEntries(inRange, candidates), value::kNONCandidatesCSV);
-  if (log::IsOpen(idx, kScoreLog)) LogScores(idx, candidates);
-
-  MakeChoice(adapter.get(), candidates, facts);
+  PolicyRound(*adapter).Run();
 }
 
 void CGlobalQUAYPolicy::UpdateAssociateLQPegging(CWlanInterface* pIf, bool connected,

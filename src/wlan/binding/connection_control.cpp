@@ -1,6 +1,8 @@
 // Connecting and disconnecting, each to its end: the platform only starts them and tells the end by a
 // notification.
 
+#include "client/launch/launcher.h"
+#include "config/settings/global_config_container.h"
 #include "config/store/value_names.h"
 #include "core/foundation/utils.h"
 #include "core/log/log.h"
@@ -34,12 +36,18 @@ DOT11_BSSID_LIST ListOf(const MacAddress& bssid) {
   return list;
 }
 
-// Leaves the connect to the prompter, which asks the user for credentials; throws when it cannot.
-[[noreturn]] void AskForCredentials(const CWlanBssEntry& entry) {
+// Leaves the connect to the prompter, which asks the user for credentials; throws when it does not
+// start.
+void AskForCredentials(const CWlanBssEntry& entry) {
   const bool service = CUtils::GetInstance().IsRunningAsService();
   LOG_ADAPTER(entry.m_IfIndex, kConnectLog, u"[%i] CWlanBssEntry::ConnectSynchronous: %s NO PROFILE - %s\n",
               entry.m_IfIndex, service ? u"[SERVICE - start external app to connect]" : u"[running as app]",
               entry.m_SSIDW);
+  const auto start = service ? StartPassphraseDeskAsUser : StartPassphraseDeskAsApp;
+  if (start(entry.m_IfIndex, entry.m_SSIDW, entry.m_BSSIDText,
+            static_cast<std::uint32_t>(entry.m_AuthAlgorithm), CGlobalConfigContainer::GetInstance())) {
+    return;
+  }
   throw Exception(service ? "CWlanBssEntry::ConnectSynchronous() - StartPassphraseDeskAsUser() failed"
                           : "CWlanBssEntry::ConnectSynchronous() - StartPassphraseDeskAsApp() failed");
 }

@@ -3,6 +3,8 @@
 
 #include <cstring>
 
+#include "client/notify/ap_summary.h"
+#include "client/notify/notification_manager.h"
 #include "core/log/log.h"
 #include "platform/clock_api.h"
 #include "platform/platform.h"
@@ -128,7 +130,15 @@ void CWlanInterface::OnNoCompletion(DWORD code, bool weInitiated) {
   }
 }
 
+void CWlanInterface::ResetReports(DWORD code) {
+  const auto config = Config();
+  if (config->IsEtwMode() && IsDisconnect(code)) config->m_Etw.NotifyClearPreviousSignalQualityBAD();
+  config->m_Etw.ResetQualityBad();
+  config->m_Etw.ResetQualityGood();
+}
+
 void CWlanInterface::OnOutsideCompletion(DWORD code, bool xSide, const WString& ssid) {
+  ResetReports(code);
   if (!xSide) {
     LOG_ADAPTER(m_ConfigIdx, kNotifyLog,
                 u"[%i]CWlanInterface::ConnectionNotification_internal: OUTSIDE NOTIFICATION! "
@@ -169,6 +179,8 @@ void CWlanInterface::OnOutsideDisconnect(DWORD code, bool xSide, const WString& 
   }
   config->Set_InhibitQUAY(kInhibitOutsideDisconnectMs, "out-disc");
   SaveTempProfiles();
+  QueueNotification(u"Corvane", u"ConnectionChange", u"ExternalDisconnect", u"Unknown", u"Unknown",
+                    m_MacText, m_Description);
 }
 
 void CWlanInterface::OnOutsideConnect(DWORD code, const WString& ssid) {
@@ -178,7 +190,9 @@ void CWlanInterface::OnOutsideConnect(DWORD code, const WString& ssid) {
               u"NotificationCode=%lu [CONNECTION COMPLETE][--- NOT CLEARING INHIBIT QUAY ---]",
               m_ConfigIdx, code);
   ConnectionFacts facts;
-  if (!GetConnectedSSID(&facts)) {
+  if (GetConnectedSSID(&facts)) {
+    TellOfOutsideConnect(facts);
+  } else {
     LOG_ADAPTER(m_ConfigIdx, kNotifyLog,
                 u"[%i] CWlanInterface::ConnectionNotification_internal: OUTSIDE NOTIFICATION! "
                 u"NotificationCode=%lu -- GetConnectedSSID() failed, could not send pipe notification\n",
@@ -205,6 +219,29 @@ void CWlanInterface::OnOutsideConnect(DWORD code, const WString& ssid) {
       m_ConfigIdx, kNotifyLog,
       u"[%i] CWlanInterface::ConnectionNotification_internal: SetForcePopupSuggestionOverride(true)\n",
       m_ConfigIdx);
+  // Whoever is connected needs no suggestion of that network; without its BSSID of none of its parts.
+  config->m_Popup.ClearPopupSuggestedAP_If_Equal(ssid, facts.connected ? MacText(facts.bssid) : WString());
+}
+
+void CWlanInterface::TellOfOutsideConnect(const ConnectionFacts& facts) {
+  ApSummary summary;
+  summary.score = 0;
+  summary.bssid = MacText(facts.bssid);
+  summary.quality = facts.quality;
+  summary.channel = m_CurrentChannel;
+  summary.ssid = facts.ssid;
+  summary.details.emplace();
+  CSmartPointer<CWlanBssEntry> entry;
+  {
+    const CCritSecLock lock(ObjectLock());
+    if (FindBssEntry(facts.ssid, facts.bssid, &entry)) {
+      summary.score = entry->GetScore(false);
+      summary.channel = entry->m_Channel;
+      summary.details->maxRateMbps = static_cast<std::uint32_t>(entry->GetMaxRate());
+    }
+  }
+  QueueNotification(u"Corvane", u"ConnectionChange", u"ExternalConnect", ShortApSummary(summary),
+                    u"Unknown", m_MacText, m_Description);
 }
 
 void CWlanInterface::OnOwnCompletion(DWORD code, WlanOperation kind, DWORD reason, const WString& ssid) {
@@ -212,6 +249,7 @@ void CWlanInterface::OnOwnCompletion(DWORD code, WlanOperation kind, DWORD reaso
   if (m_Operation.Complete(kind, code, static_cast<std::int32_t>(reason))) {
     m_pConnectSyncEvent->SetEvent();
   }
+  ResetReports(code);
   if (IsDisconnect(code)) {
     {
       const CCritSecLock lock(m_StateLock);
@@ -225,6 +263,8 @@ void CWlanInterface::OnOwnCompletion(DWORD code, WlanOperation kind, DWORD reaso
         m_ConfigIdx, kNotifyLog,
         u"[%i] CWlanInterface::ConnectionNotification_internal: SetForcePopupSuggestionOverride(false)\n",
         m_ConfigIdx);
+    const MacAddress own = GetConnectedBssidIfWeInitiated();
+    config->m_Popup.ClearPopupSuggestedAP_If_Equal(ssid, IsZero(own) ? WString() : MacText(own));
   }
   const std::uint64_t inhibited = config->GetRoamingInhibitTick();
   if (inhibited == 0) return;
@@ -238,6 +278,7 @@ void CWlanInterface::OnOwnCompletion(DWORD code, WlanOperation kind, DWORD reaso
 
 void CWlanInterface::ForgetConnection(const WString& ssid) {
   const auto config = Config();
+  ClearContention();
   m_connected_scan_count = 0;
   LogRecord(kLogMemory, "<I>", "[Adapter ", m_ConfigIdx, "] Disconnected from ", ssid);
   config->m_force_scan_counter = 1;  // the next round looks for another network at once

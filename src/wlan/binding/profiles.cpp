@@ -1,5 +1,6 @@
 // The stored profiles: look-ups, the maps of all adapters, and the text that clients read.
 
+#include "client/notify/notification_manager.h"
 #include "config/settings/global_config_container.h"
 #include "config/store/value_names.h"
 #include "core/log/log.h"
@@ -132,6 +133,7 @@ void CWlanInterface::RebuildProfiledNetworks(const char* operation, const std::v
   LOG_ADAPTER(m_ConfigIdx, DBG(0),
               u"[%i]CWlanInterface::%S: registry str mismatch, SENDING EC NOTIFICATION EVENT!", m_ConfigIdx,
               operation);
+  QueueNotification(u"Corvane", u"System", u"ProfiledNetworksJson");
 }
 
 bool CWlanInterface::GetProfileProperties(const WString& ssid, bool* hidden) {

@@ -135,6 +135,9 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   std::uint32_t GetMaxSignalQuality() const { return m_MaxSignalQuality; }
   std::uint64_t GetDisconnectedAgeMs() const;  // 0 while connected
   void SetDisconnectedTick(bool disconnected);  // stamps it unless it is set, or clears it
+  // --- Contention (ap_contention.cpp): the other access points on the connection's channel
+  void UpdateContentionAPs(const WString& ssid, const WString& bssidText, std::uint32_t channel);
+  void ClearContention();
   void ClearConnected();  // forgets the connected flag and the peak quality
 
   // --- Addresses of the present connection (ip_info.cpp)
@@ -220,6 +223,8 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   void OnOutsideConnect(platform::DWORD code, const WString& ssid);
   void OnOwnCompletion(platform::DWORD code, WlanOperation kind, platform::DWORD reason,
                        const WString& ssid);
+  void TellOfOutsideConnect(const ConnectionFacts& facts);
+  void ResetReports(platform::DWORD code);
   void ForgetConnection(const WString& ssid);  // what every completed disconnect does
 
   // Waits for its turn and makes the platform call under the interface lock; false without a client.
@@ -303,6 +308,7 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   OperationGate m_Operation;
 
   NetworkMap m_Networks;  // interface lock
+  CApSetMemo m_ContentionMemo;  // the contenders of the last count
   CApSetMemo m_InternetMemo;  // the connectivity that the scores saw, over a loss of the tree
   CSmartPointer<CInterfacePDH> m_pInterfacePDH;
 

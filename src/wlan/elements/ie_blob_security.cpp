@@ -46,7 +46,6 @@ bool OneOf(std::uint32_t value, std::initializer_list<std::uint32_t> list) {
 KeyManagement ReadKeyManagement(const SuiteList& akms) {
   KeyManagement out;
   for (std::size_t i = 0; i < akms.count; ++i) {
-    if (akms.suites[i] >> 8 != 0x000FAC) continue;
     const std::uint32_t nn = akms.suites[i] & 0xFF;
     out.enterprise |= OneOf(nn, {1, 3, 5, 11, 12, 13});
     out.personal |= OneOf(nn, {2, 4, 6, 8, 9});

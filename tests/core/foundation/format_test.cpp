@@ -131,7 +131,8 @@ TEST(Exception, CarriesTheCodeAndCutsTheMessageAt255) {
   EXPECT_STREQ(plain.what(), "100%i of it");
   EXPECT_EQ(plain.GetCode(), 0u);
 
-  const std::string text = std::string(254, 'a') + "bc";
+  std::string text(254, 'a');
+  text += "bc";
   EXPECT_EQ(Exception(text).what(), text.substr(0, 255));
 }
 

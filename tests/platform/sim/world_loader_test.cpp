@@ -9,6 +9,7 @@
 #include "platform/sim/radio_model.h"
 #include "platform/sim/world_profile.h"
 #include "platform/sim/world_text.h"
+#include "support/source_dir.h"
 #include "support/beacon.h"
 
 namespace corvane::platform::sim {
@@ -17,7 +18,7 @@ namespace {
 using test::Beacon;
 
 World Shipped(const std::string& name) {
-  const std::string path = std::string(CORVANE_SOURCE_DIR) + "/worlds/" + name + ".json";
+  const std::string path = test::SourceDir() + "/worlds/" + name + ".json";
   return ParseWorld(linux_host::ReadTextFile(path), name);
 }
 

@@ -38,6 +38,64 @@ TEST(CandidateMargin, ReadinessNeedsEveryTestAtItsLimit) {
   EXPECT_FALSE(IsReady(percent, margins));
 }
 
+TEST(CandidateVerdict, EachRuleDecidesAtItsLimitAndInItsOrder) {
+  using enum CandidateStanding;
+  const CandidateMargins margins{70, 3, 20};
+  struct Case {
+    const char* name;
+    CandidateInputs in;  // score, current, quality, arbitrary, connected BSS, unavailable
+    CandidateStanding standing;
+    bool lostClaim;
+  };
+  for (const Case& c : {
+           Case{"at both margins", {18, 15, 70, false, false, false}, kQualified, false},
+           Case{"a point short", {17, 15, 70, false, false, false}, kPercentShort, false},
+           Case{"percent met, points short", {12, 10, 70, false, false, false}, kPointsShort, false},
+           Case{"a percent short", {59, 50, 70, false, false, false}, kPercentShort, false},
+           Case{"weak", {30, 15, 69, false, false, false}, kWeak, false},
+           Case{"equal", {15, 15, 70, false, false, false}, kPercentShort, true},
+           Case{"worse and weak", {10, 15, 69, false, false, false}, kWeak, true},
+           Case{"worse passes the percent", {10, 15, 70, false, false, false}, kPointsShort, true},
+           Case{"unavailable", {30, 15, 70, false, false, true}, kUnavailable, false},
+           Case{"weak before unavailable", {30, 15, 69, false, false, true}, kWeak, false},
+           Case{"connected one above its own score", {18, 15, 70, false, true, false}, kConnectedBss, false},
+           Case{"connected one, not above", {15, 15, 70, false, true, false}, kPercentShort, true},
+           Case{"preferred, connected", {18, 15, 70, true, true, false}, kQualified, false},
+           Case{"preferred, worse", {10, 15, 70, true, false, false}, kQualified, false},
+           Case{"preferred, equal", {15, 15, 70, true, false, false}, kPercentShort, false},
+           Case{"no score to compare with", {3, 0, 70, false, false, false}, kQualified, false},
+           Case{"no score, points short", {2, 0, 70, false, false, false}, kPointsShort, false},
+       }) {
+    const CandidateVerdict verdict = JudgeCandidate(c.in, margins);
+    EXPECT_EQ(verdict.standing, c.standing) << c.name;
+    EXPECT_EQ(verdict.lostClaim, c.lostClaim) << c.name;
+  }
+}
+
+TEST(CandidateCount, JumpsWithoutAScoreAndForAnOpenSuggestion) {
+  EXPECT_EQ(ForcedCount(0, 3, false), 3);
+  EXPECT_EQ(ForcedCount(1, 3, false), 0);
+  EXPECT_EQ(ForcedCount(50, 2, true), 2);
+  EXPECT_EQ(RequiredCount(1), 2);
+  EXPECT_EQ(RequiredCount(0), 3);
+  EXPECT_EQ(RequiredCount(2), 3);
+}
+
+TEST(CandidateCount, SuggestionStaysOpenUntilItIsTheConnection) {
+  const StandingSuggestion open{true, u"Office", u"02-00-00-00-00-01", u"02-00-00-00-00-09"};
+  EXPECT_TRUE(IsOpenSuggestion(open, u"Office", u"02-00-00-00-00-01", false, true));
+  EXPECT_FALSE(IsOpenSuggestion(open, u"office", u"02-00-00-00-00-01", false, true));
+  EXPECT_FALSE(IsOpenSuggestion(open, u"Office", u"02-00-00-00-00-02", false, true));
+  StandingSuggestion unread = open;
+  unread.known = false;
+  EXPECT_FALSE(IsOpenSuggestion(unread, u"Office", u"02-00-00-00-00-01", false, true));
+  StandingSuggestion taken = open;
+  taken.connectedBssid = taken.bssid;
+  EXPECT_FALSE(IsOpenSuggestion(taken, u"Office", u"02-00-00-00-00-01", false, false));
+  EXPECT_FALSE(IsOpenSuggestion(taken, u"Office", u"02-00-00-00-00-01", true, true));
+  EXPECT_TRUE(IsOpenSuggestion(taken, u"Office", u"02-00-00-00-00-01", true, false));
+}
+
 TEST(CandidateAdmission, OpenDeniedNamelessAndUnprofiledNetworksStayOut) {
   const AdmissionInputs good{false, false, false, platform::DOT11_AUTH_ALGO_RSNA_PSK, true, false};
   EXPECT_TRUE(IsAdmitted(good));

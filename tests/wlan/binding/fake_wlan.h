@@ -24,7 +24,7 @@ struct FakeBss {
   MacAddress bssid{};
   std::uint32_t quality = 60;
   std::uint32_t frequencyKhz = 5180000;
-  std::vector<std::uint8_t> elements;
+  std::vector<std::uint8_t> elements = {};
   std::uint32_t elementsAway = 0;  // moves the element offset out of place
 };
 

@@ -1,0 +1,189 @@
+// The parts of a round that grow with the number of access points: merging the platform's lists, scoring,
+// the snapshot and the sort; and the whole policy round with what it publishes. The log's gates are closed.
+
+#include <benchmark/benchmark.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <vector>
+
+#include "config/settings/global_config_container.h"
+#include "select/policy/candidate_list.h"
+#include "select/policy/policy.h"
+#include "select/policy/quiet_network_list.h"
+#include "support/pc_fixture.h"
+#include "wlan/binding/wifi_client_container.h"
+
+namespace corvane {
+namespace {
+
+using namespace platform;
+
+// Elements of a usual 5 GHz beacon (IEEE 802.11 9.4.2): SSID, rates, BSS load, RSN, HT and VHT.
+std::vector<BYTE> Elements(const std::string& ssid, BYTE load) {
+  std::vector<BYTE> bytes;
+  const auto add = [&bytes](BYTE id, std::vector<BYTE> value) {
+    bytes.push_back(id);
+    bytes.push_back(static_cast<BYTE>(value.size()));
+    bytes.insert(bytes.end(), value.begin(), value.end());
+  };
+  add(0, {ssid.begin(), ssid.end()});
+  add(1, {0x8c, 0x12, 0x98, 0x24, 0xb0, 0x48, 0x60, 0x6c});
+  add(11, {4, 0, load, 0, 0});
+  add(48, {1, 0, 0, 0x0f, 0xac, 4, 1, 0, 0, 0x0f, 0xac, 4, 1, 0, 0, 0x0f, 0xac, 2, 0, 0});
+  add(45, {0xef, 0x09, 0x1b, 0xff, 0xff, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0});
+  add(61, {36, 5, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0});
+  add(191, {0xb2, 0x59, 0x82, 0x0f, 0xfa, 0xff, 0, 0, 0xfa, 0xff, 0, 0});
+  add(192, {1, 42, 0, 0, 0});
+  return bytes;
+}
+
+// Two BSSes in each network.
+class CrowdedAir : public WlanApi {
+ public:
+  explicit CrowdedAir(std::size_t entries) {
+    constexpr ULONG kFrequencies[] = {5180000, 5220000, 5260000, 5500000, 5745000, 2412000, 2437000, 2462000};
+    for (std::size_t i = 0; i < entries; ++i) {
+      const std::string ssid = "Network " + std::to_string(i / 2);
+      WLAN_BSS_ENTRY bss;
+      bss.dot11Ssid.uSSIDLength = static_cast<ULONG>(ssid.size());
+      std::memcpy(bss.dot11Ssid.ucSSID, ssid.data(), ssid.size());
+      const BYTE mac[6] = {2, 0, 0, 0, static_cast<BYTE>(i >> 8), static_cast<BYTE>(i)};
+      std::memcpy(bss.dot11Bssid, mac, sizeof(mac));
+      bss.dot11BssType = 1;
+      bss.uLinkQuality = static_cast<ULONG>(20 + i * 37 % 80);
+      bss.lRssi = static_cast<LONG>(bss.uLinkQuality / 2) - 100;
+      bss.ulChCenterFrequency = kFrequencies[i % std::size(kFrequencies)];
+      m_Bss.push_back(bss);
+      m_Elements.push_back(Elements(ssid, static_cast<BYTE>(i * 29)));
+      if (i % 2 == 0) {
+        WLAN_AVAILABLE_NETWORK network;
+        network.dot11Ssid = bss.dot11Ssid;
+        network.dot11BssType = 1;
+        network.uNumberOfBssids = 2;
+        network.bNetworkConnectable = 1;
+        network.bSecurityEnabled = 1;
+        network.dot11DefaultAuthAlgorithm = DOT11_AUTH_ALGO_RSNA_PSK;
+        m_Networks.push_back(network);
+      }
+    }
+  }
+
+  DWORD WlanOpenHandle(DWORD, void*, DWORD*, HANDLE* client) override {
+    *client = reinterpret_cast<HANDLE>(1);
+    return ERROR_SUCCESS;
+  }
+  DWORD WlanCloseHandle(HANDLE, void*) override { return ERROR_SUCCESS; }
+  DWORD WlanRegisterNotification(HANDLE, DWORD, BOOL, WLAN_NOTIFICATION_CALLBACK, void*, void*,
+                                 DWORD*) override {
+    return ERROR_SUCCESS;
+  }
+  DWORD WlanEnumInterfaces(HANDLE, void*, WLAN_INTERFACE_INFO_LIST** list) override {
+    *list = Allocate<WLAN_INTERFACE_INFO_LIST>(sizeof(WLAN_INTERFACE_INFO_LIST));
+    (*list)->dwNumberOfItems = 1;
+    return ERROR_SUCCESS;
+  }
+  DWORD WlanQueryInterface(HANDLE, const GUID*, LONG opcode, void*, DWORD* size, void** data, LONG*) override {
+    if (opcode == wlan_intf_opcode_current_connection) return ERROR_INVALID_STATE;
+    *data = Allocate<DWORD>(sizeof(DWORD));
+    *size = sizeof(DWORD);
+    *static_cast<DWORD*>(*data) = 4;  // wlan_interface_state_disconnected
+    return ERROR_SUCCESS;
+  }
+  DWORD WlanGetAvailableNetworkList(HANDLE, const GUID*, DWORD, void*,
+                                    WLAN_AVAILABLE_NETWORK_LIST** list) override {
+    *list = Allocate<WLAN_AVAILABLE_NETWORK_LIST>(sizeof(WLAN_AVAILABLE_NETWORK_LIST) +
+                                                  m_Networks.size() * sizeof(WLAN_AVAILABLE_NETWORK));
+    (*list)->dwNumberOfItems = static_cast<DWORD>(m_Networks.size());
+    std::memcpy(static_cast<void*>((*list)->Network), m_Networks.data(),
+                m_Networks.size() * sizeof(WLAN_AVAILABLE_NETWORK));
+    return ERROR_SUCCESS;
+  }
+  DWORD WlanGetNetworkBssList(HANDLE, const GUID*, const DOT11_SSID*, LONG, BOOL, void*,
+                              WLAN_BSS_LIST** list) override {
+    const std::size_t head = offsetof(WLAN_BSS_LIST, wlanBssEntries);
+    std::size_t bytes = head + m_Bss.size() * sizeof(WLAN_BSS_ENTRY);
+    for (const auto& elements : m_Elements) bytes += elements.size();
+    auto* raw = Allocate<BYTE>(bytes + sizeof(WLAN_BSS_LIST));
+    std::size_t at = head + m_Bss.size() * sizeof(WLAN_BSS_ENTRY);
+    for (std::size_t i = 0; i < m_Bss.size(); ++i) {
+      const std::size_t entryAt = head + i * sizeof(WLAN_BSS_ENTRY);
+      WLAN_BSS_ENTRY bss = m_Bss[i];
+      bss.ulIeOffset = static_cast<ULONG>(at - entryAt);
+      bss.ulIeSize = static_cast<ULONG>(m_Elements[i].size());
+      std::memcpy(raw + entryAt, &bss, sizeof(bss));
+      std::memcpy(raw + at, m_Elements[i].data(), m_Elements[i].size());
+      at += m_Elements[i].size();
+    }
+    *list = reinterpret_cast<WLAN_BSS_LIST*>(raw);
+    (*list)->dwTotalSize = static_cast<DWORD>(bytes);
+    (*list)->dwNumberOfItems = static_cast<DWORD>(m_Bss.size());
+    return ERROR_SUCCESS;
+  }
+  void WlanFreeMemory(void* memory) override { std::free(memory); }
+
+ private:
+  template <class T>
+  static T* Allocate(std::size_t bytes) {
+    return static_cast<T*>(std::calloc(1, bytes));
+  }
+  std::vector<WLAN_BSS_ENTRY> m_Bss;
+  std::vector<std::vector<BYTE>> m_Elements;
+  std::vector<WLAN_AVAILABLE_NETWORK> m_Networks;
+};
+
+// One disconnected adapter in crowded air.
+class Rig : public test::KernelTest {
+ public:
+  explicit Rig(std::size_t entries) {
+    Install<test::QuietNetworkList>();
+    Install<CrowdedAir>(entries);
+    g_DebugMask = 0;
+    g_EnableFileLogging = 0;
+    CGlobalConfigContainer::GetInstance().Initialize(false);
+    CWifiClientContainer::GetInstance().Initialize();
+    adapter = CWifiClientContainer::GetInstance().GetInterface(0);
+    adapter->Config()->m_ScanInterval = 3600;
+    adapter->Config()->m_Enabled = false;
+    Discover();
+    for (const auto& entry : adapter->SnapshotEntries()) entry->m_GrantedAccess = WLAN_EXECUTE_ACCESS;
+  }
+  ~Rig() override {
+    adapter.reset();
+    CWifiClientContainer::GetInstance().Shutdown();
+    CGlobalConfigContainer::GetInstance().Shutdown(false);
+    KernelTest::TearDown();
+  }
+  void TestBody() override {}
+  void Discover() {
+    std::int32_t error = 0;
+    adapter->DiscoverNetworksSynchronous(false, false, &error);
+  }
+
+  CSmartPointer<CWlanInterface> adapter;
+};
+
+void MergeScoreAndSort(benchmark::State& state) {
+  Rig rig(static_cast<std::size_t>(state.range(0)));
+  std::size_t seen = 0;
+  for (auto _ : state) {
+    rig.Discover();
+    BssEntryList entries = EntriesInRange(*rig.adapter);
+    SortCandidates(&entries, true);
+    seen = entries.size();
+    benchmark::DoNotOptimize(entries.data());
+  }
+  if (seen != static_cast<std::size_t>(state.range(0))) state.SkipWithError("entries are missing");
+}
+BENCHMARK(MergeScoreAndSort)->Arg(1000)->Arg(8000)->Unit(benchmark::kMillisecond);
+
+void PolicyRound(benchmark::State& state) {
+  Rig rig(static_cast<std::size_t>(state.range(0)));
+  for (auto _ : state) CGlobalQUAYPolicy::ExecutePolicies(rig.adapter.get());
+}
+BENCHMARK(PolicyRound)->Arg(1000)->Arg(8000)->Unit(benchmark::kMillisecond);
+
+}  // namespace
+}  // namespace corvane
+
+BENCHMARK_MAIN();
