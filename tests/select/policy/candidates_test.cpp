@@ -3,7 +3,7 @@
 namespace corvane {
 namespace {
 
-using test::Bssid;
+using test::ApMac;
 
 class CandidateDebounce : public test::PolicyTest {
  protected:

@@ -3,7 +3,7 @@
 namespace corvane {
 namespace {
 
-using test::Bssid;
+using test::ApMac;
 using Calls = std::vector<std::string>;
 
 class ChoiceTest : public test::PolicyTest {

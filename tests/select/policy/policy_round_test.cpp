@@ -6,7 +6,7 @@
 namespace corvane {
 namespace {
 
-using test::Bssid;
+using test::ApMac;
 
 // First field and second field of each row, as "SSID n".
 std::vector<std::string> RowsOf(const WString& csv) {

@@ -4,7 +4,7 @@
 namespace corvane {
 namespace {
 
-using test::Bssid;
+using test::ApMac;
 using Calls = std::vector<std::string>;
 
 // Collects what subscribers are told.
