@@ -19,7 +19,7 @@ std::string ValueOf(Environment environment, const char* name) {
 }
 
 std::string DefaultHome(Environment environment) {
-  // The XDG Base Directory Specification ignores a relative path.
+  // A relative path counts as none (XDG Base Directory rules).
   const std::string state = ValueOf(environment, "XDG_STATE_HOME");
   if (state.starts_with('/')) return state + "/corvane";
   const std::string user = ValueOf(environment, "HOME");
