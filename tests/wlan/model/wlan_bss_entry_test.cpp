@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "core/foundation/trace.h"
+#include "select/policy/quiet_network_list.h"
 #include "support/beacon.h"
 #include "support/pc_fixture.h"
 #include "wlan/model/global_wireless_maps.h"
@@ -26,6 +27,8 @@ class LineSink : public ILogSink {
 
 class WlanModel : public test::KernelTest {
  protected:
+  WlanModel() { Install<test::QuietNetworkList>(); }
+
   static WLAN_BSS_ENTRY Bss(const std::string& ssid, std::uint8_t last, std::uint32_t quality = 80,
                             std::uint32_t khz = 5180000) {
     WLAN_BSS_ENTRY bss;
