@@ -108,7 +108,9 @@ TEST_F(LoggerTest, StartMovesTheFilesOfTheLastRunsOnOnePlace) {
   StopLogger();
 
   // The overflow file stands beside the live one; it goes in front of it.
-  files = {{u"d/aps.log", std::string(200'000, 'L')}, {u"d/~aps.log", std::string(100'000, 'O')}, {u"d/aps1.log", "one"}};
+  files = {{u"d/aps.log", std::string(200'000, 'L')},
+           {u"d/~aps.log", std::string(100'000, 'O')},
+           {u"d/aps1.log", "one"}};
   StartLogger("d/aps");
   EXPECT_EQ(File(u"d/aps1.log"), std::string(100'000, 'O') + std::string(200'000, 'L'));
   EXPECT_EQ(File(u"d/aps2.log"), "one");

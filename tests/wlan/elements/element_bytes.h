@@ -1,7 +1,7 @@
 #pragma once
 // Element bytes for tests of the decoder, field by field, and what it makes of them.
 
-#include <cstring>
+#include <algorithm>
 #include <vector>
 
 #include "support/platform_test.h"
@@ -65,8 +65,6 @@ inline ByteList HeCapabilities(std::size_t length, const std::vector<std::uint16
 // The decoder on a small platform.
 class ElementsTest : public PlatformTest {
  protected:
-  ElementsTest() { os.console.keep = true; }
-
   static CSmartPointer<CIEBlob> Decode(const ByteList& bytes, std::uint32_t channel = 0, std::uint32_t width = 20,
                                        std::uint32_t khz = 5180000) {
     platform::WLAN_BSS_ENTRY bss;

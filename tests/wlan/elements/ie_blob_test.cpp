@@ -166,9 +166,9 @@ TEST_F(IeBlob, MarksOfThePhysicalLayer) {
 
 // The bounds of every parser at once: bytes cut anywhere read as the whole elements that are left.
 TEST_F(IeBlob, CutBytesReadAsTheElementsThatAreWhole) {
-  const ByteList bytes = Join({test::Beacon(u8"Office").Channel(36).He160(4).MuBeamformer().Rsn({test::AKM_SAE, test::AKM_FT_PSK})
-                                   .Wpa().QbssLoad(5, 51).Bytes(),
-                               test::HeCapabilities(30, {0xFFFA, 0xFFFA, 0xFFFA, 0xFFFA, 0xFFFA, 0xFFFA})});
+  const auto beacon = test::Beacon(u8"Office").Channel(36).He160(4).MuBeamformer().Wpa().QbssLoad(5, 51).Rsn(
+      {test::AKM_SAE, test::AKM_FT_PSK});
+  const ByteList bytes = Join({beacon.Bytes(), test::HeCapabilities(30, {0xFFFA, 0xFFFA, 0xFFFA, 0xFFFA, 0xFFFA, 0xFFFA})});
   std::size_t whole = 0;
   for (std::size_t size = 2; size <= bytes.size(); ++size) {
     if (whole + 2 < size && whole + 2 + bytes[whole + 1] == size) whole = size;

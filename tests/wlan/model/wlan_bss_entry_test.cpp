@@ -170,7 +170,8 @@ TEST_F(WlanModel, StatusLine) {
   CWlanBssEntry::Facts facts;
   facts.grantedAccess = 1;
   facts.authAlgorithm = 7;
-  Update(*entry, Bss("Lab", 0x0A, 75), Beacon(u8"Lab").Channel(36).Vht160(4).MuBeamformer().QbssLoad(3, 51).Bytes(), facts);
+  const auto beacon = Beacon(u8"Lab").Channel(36).Vht160(4).MuBeamformer().QbssLoad(3, 51);
+  Update(*entry, Bss("Lab", 0x0A, 75), beacon.Bytes(), facts);
   entry->m_ApCountOnChannel = 3;
   entry->m_bss_scanned = false;
   const std::string score = std::to_string(entry->GetScore(false));
@@ -296,7 +297,8 @@ class LoadOfTheAir : public WlanModel {
     auto& network = networks[Widen(ssid)];
     if (!network) network = CWlanNetwork::CreateObject();
     const auto bytes = beacon.Bytes();
-    network->AddOrUpdateBss(Bss(ssid, last, 80, khz), bytes.data(), static_cast<std::uint32_t>(bytes.size()), {}, nullptr);
+    network->AddOrUpdateBss(Bss(ssid, last, 80, khz), bytes.data(), static_cast<std::uint32_t>(bytes.size()), {},
+                            nullptr);
     return *network->m_BssMap.at(ToMac(Bss(ssid, last).dot11Bssid));
   }
   NetworkMap networks;
