@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "config/settings/global_config_container.h"
+#include "core/log/log.h"
 #include "select/policy/candidate_list.h"
 #include "select/policy/policy.h"
 #include "select/policy/quiet_network_list.h"

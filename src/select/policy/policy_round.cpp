@@ -1,5 +1,7 @@
 // One policy round: snapshot, lists, publication, one act.
 
+#include <algorithm>
+
 #include "config/store/csv_helper.h"
 #include "config/store/value_names.h"
 #include "select/policy/candidate_list.h"
@@ -12,6 +14,7 @@ namespace corvane {
 namespace {
 
 constexpr std::uint64_t kScoreLog = DBG(37);
+constexpr std::size_t kRowsKept = 400;  // of CSVHelper; the first ones of a longer list are dropped
 
 class PolicyRound {
  public:
@@ -91,7 +94,9 @@ class PolicyRound {
     auto rows = CSVHelper::CreateObject();
     for (const auto& entry : entries) {
       LOG_ADAPTER(m_Idx, kCandidateDetailLog, u"%s", SortLine(m_Idx, *entry, logPrefix));
-      if (rows->AddString(entry->GetStatusLine(), true) < 0) {
+    }
+    for (std::size_t i = entries.size() - std::min(entries.size(), kRowsKept); i < entries.size(); ++i) {
+      if (rows->AddString(entries[i]->GetStatusLine(), true) < 0) {
         LOG_ERROR(u"[%i] -->FALIED to add to CSV\n", m_Idx);
       }
     }

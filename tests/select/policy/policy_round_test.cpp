@@ -62,6 +62,18 @@ TEST_F(PolicyRoundTest, EqualEntriesComeInTheReverseOfTheirMap) {
   EXPECT_EQ(Candidates(), (Rows{"Office 2", "Office 1", "Home 3"}));
 }
 
+TEST_F(PolicyRoundTest, LongListLosesItsFirstRows) {
+  for (int i = 0; i < 402; ++i) {
+    const auto entry = Add("Network " + std::to_string(i), i % 250, 1000 - i);
+    entry->m_BSSIDText = u"02-00-00-00-00-01";
+  }
+  Round();
+  const Rows rows = Candidates();
+  ASSERT_EQ(rows.size(), 400u);
+  EXPECT_EQ(rows.front().substr(0, 9), "Network 2");
+  EXPECT_EQ(rows.back().substr(0, 11), "Network 401");
+}
+
 TEST_F(PolicyRoundTest, PreferredEntryLeadsFromItsQualityOn) {
   Add("Office", 1, 60);
   const auto preferred = Add("Home", 2, 10, 75);
