@@ -9,6 +9,7 @@
 #include "corvane_lab/run_report.h"
 #include "corvane_lab/service_run.h"
 #include "platform/linux/host_text_file.h"
+#include "platform/sim/fault_plan.h"
 #include "platform/sim/simulated_pc.h"
 #include "platform/sim/world.h"
 #include "platform/sim/world_loader.h"
@@ -50,6 +51,7 @@ std::string RunOnce(const World& world, const PcOptions& options, std::uint64_t 
   RunReport report(&Output::Print, output);
   PcOptions watched = options;
   watched.observer = &report;
+  watched.faultRate = 0.0;
   Trouble trouble;
   {
     SimulatedPc pc(world, watched);
@@ -59,6 +61,8 @@ std::string RunOnce(const World& world, const PcOptions& options, std::uint64_t 
     service.Start();
     for (std::uint64_t done = 0; done < ms && trouble.report.empty(); done += kSampleMs) {
       pc.RunFor(std::chrono::milliseconds(std::min(kSampleMs, ms - done)));
+      // Faults begin once the service is up: a start that fails ends it, as it should.
+      if (done == 0 && options.faultRate > 0.0) pc.Faults().FailRandomly(options.faultRate, options.seed);
       if (!service.IsRunning()) {
         Trouble::Note(FormatA("the service ended by itself, exit code %i", service.ExitCode()), &trouble);
         break;

@@ -12,20 +12,22 @@ void ServiceRun::Start() {
 }
 
 unsigned ServiceRun::ThreadProc(void* self) {
+  auto& run = *static_cast<ServiceRun*>(self);
   const char16_t* arguments[] = {u"corvane"};
-  static_cast<ServiceRun*>(self)->m_ExitCode = ServiceMain(1, arguments);
+  run.m_ExitCode = ServiceMain(1, arguments);
+  run.m_bEnded = true;
   return 0;
 }
 
-bool ServiceRun::IsRunning() const {
-  return m_hThread && Os().threads.WaitForSingleObject(m_hThread, 0) == platform::WAIT_TIMEOUT;
-}
+// Asked of the run itself: a wait of the platform may be made to fail.
+bool ServiceRun::IsRunning() const { return m_hThread && !m_bEnded; }
 
 bool ServiceRun::Stop() {
-  constexpr platform::DWORD kLimitMs = 180'000;
+  constexpr std::chrono::minutes kLimit(3);
   if (!m_hThread) return true;
   m_Pc.PressKey();
-  const bool ended = Os().threads.WaitForSingleObject(m_hThread, kLimitMs) == platform::WAIT_OBJECT_0;
+  const bool ended =
+      m_Pc.RunUntil([](void* self) { return static_cast<ServiceRun*>(self)->m_bEnded.load(); }, this, kLimit);
   Os().threads.CloseHandle(m_hThread);
   m_hThread = nullptr;
   return ended;

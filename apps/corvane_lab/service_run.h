@@ -1,4 +1,6 @@
 #pragma once
+#include <atomic>
+
 #include "platform/sim/simulated_pc.h"
 
 namespace corvane::lab {
@@ -21,7 +23,8 @@ class ServiceRun {
 
   platform::sim::SimulatedPc& m_Pc;
   void* m_hThread = nullptr;
-  int m_ExitCode = -1;
+  std::atomic<bool> m_bEnded{false};
+  std::atomic<int> m_ExitCode{-1};
 };
 
 }  // namespace corvane::lab

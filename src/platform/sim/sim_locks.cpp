@@ -160,9 +160,10 @@ void SimLocks::CheckOrder(const SimThread& self, const CRITICAL_SECTION& section
   }
 }
 
+// A thread that has been handed its lock, and has not run since, waits for nothing any more.
 void SimLocks::CheckCircle(const SimThread& self, const CRITICAL_SECTION& section) {
   const SimThread* owner = StateOf(section).owner;
-  while (owner->waitsForLock) {
+  while (owner->state == SimThread::State::kWaiting && owner->waitsForLock) {
     const CRITICAL_SECTION& lock = *owner->waitsForLock;
     owner = StateOf(lock).owner;
     if (!owner) return;
