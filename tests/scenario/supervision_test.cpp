@@ -18,6 +18,7 @@ TEST_F(SupervisionScenario, StartsAnewWhenAnAdapterIsUnpluggedAndPluggedIn) {
   Start(world);
   RunUntil(50'000);
   ASSERT_EQ(CWifiClientContainer::GetInstance().GetCount(), 2);
+  ASSERT_GE(Count(AirEvent::kScanStarted, 0, Cause::kProgram, 1), 1u);
   EXPECT_GE(Events(AirEvent::kScanStarted, 0, Cause::kProgram, 1).front().ms, 3'000u)
       << "the second worker starts three seconds after the first";
   RunUntil(80'000);

@@ -18,7 +18,7 @@ WString Head(const platform::SYSTEMTIME& time, WStringView mac, const char16_t* 
 
 WString ConnectedHistoryRow(const platform::SYSTEMTIME& time, WStringView mac, const ApSummary& ap, double load) {
   const ApSummaryDetails details = ap.details.value_or(ApSummaryDetails());
-  const std::int64_t stations = details.stationCount > kMaxStations ? -1 : details.stationCount;
+  const std::int64_t stations = details.stationCount > kMaxStations ? std::int64_t{-1} : std::int64_t{details.stationCount};
   return Head(time, mac, u"connected") +
          Format(u",%s,%s,%i,%i,%luGhz,%lu,%s,%s,%f,%I64i,%s,%f,%f,%lu", ap.ssid, ap.bssid, ap.score,
                 details.rssi, details.frequencyKHz / kKHzInGHz, ap.channel, details.channelWidth,
