@@ -97,8 +97,13 @@ TEST_F(RoundsScenario, HoldsStillWhileAVpnIsUp) {
 
 TEST_F(RoundsScenario, SleepsLongOnBatteryAndWakesForAClient) {
   WorldBuilder world = OfficeWorld();
-  world->registry.push_back({.key = platform::sim::kHomeKey, .name = u"FreshDone", .number = 1});
-  world->registry.push_back({.key = platform::sim::kHomeKey, .name = u"BatteryModeSleepSecs", .number = 120});
+  for (const auto& [name, number] : {std::pair<const char16_t*, unsigned>{u"FreshDone", 1}, {u"BatteryModeSleepSecs", 120}}) {
+    platform::sim::RegistryWrite write;
+    write.key = platform::sim::kHomeKey;
+    write.name = name;
+    write.number = number;
+    world->registry.push_back(write);
+  }
   world.At(60'000, R"({"do": "power", "mains": false, "batteryPercent": 60})");
   Start(world);
   RunUntil(20'000);

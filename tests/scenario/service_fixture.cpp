@@ -36,7 +36,8 @@ std::string ApText(int accessPoint) { return MacTextA(ApBssid(accessPoint)); }
 ServiceTest::~ServiceTest() = default;
 
 void ServiceTest::TearDown() {
-  if (m_pService) EXPECT_TRUE(m_pService->Stop()) << "the service does not end";
+  const bool ended = !m_pService || m_pService->Stop();
+  EXPECT_TRUE(ended) << "the service does not end";
   m_pService.reset();
   PcTest::TearDown();
 }
