@@ -287,8 +287,6 @@ void CWlanInterface::ForgetConnection(const WString& ssid) {
   if (m_pInterfacePDH) m_pInterfacePDH->ResetIdleMeasure(kRateGateHighStart, kRateGateLowStart);
 }
 
-void CWlanInterface::ClearContention() { Config()->m_Etw.ClearLastAPContentionNotification(); }
-
 void CWlanInterface::ScanNotification_internal(DWORD code, DWORD reason) {
   if (!Client()) return;
   const bool complete = code == wlan_notification_acm_scan_complete;

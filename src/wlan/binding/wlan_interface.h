@@ -135,7 +135,9 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   std::uint32_t GetMaxSignalQuality() const { return m_MaxSignalQuality; }
   std::uint64_t GetDisconnectedAgeMs() const;  // 0 while connected
   void SetDisconnectedTick(bool disconnected);  // stamps it unless it is set, or clears it
-  void ClearContention();  // the state of AP contention, in the reporter too
+  // --- Contention (ap_contention.cpp): the other access points on the connection's channel
+  void UpdateContentionAPs(const WString& ssid, const WString& bssidText, std::uint32_t channel);
+  void ClearContention();
   void ClearConnected();  // forgets the connected flag and the peak quality
 
   // --- Addresses of the present connection (ip_info.cpp)
@@ -306,6 +308,7 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   OperationGate m_Operation;
 
   NetworkMap m_Networks;  // interface lock
+  CApSetMemo m_ContentionMemo;  // the contenders of the last count
   CApSetMemo m_InternetMemo;  // the connectivity that the scores saw, over a loss of the tree
   CSmartPointer<CInterfacePDH> m_pInterfacePDH;
 

@@ -34,7 +34,7 @@ IpAddress V6(BYTE last) {
 World OfficeWithLan() {
   World world = TwoNetworks();
   world.adapters[0].connectedTo = kOne;
-  Network office;
+  platform::sim::Network office;
   office.name = u"Office 2";
   office.description = u"Office";
   office.ssid = "Office";
@@ -43,9 +43,9 @@ World OfficeWithLan() {
   office.ip.gateways = {V4(192, 168, 5, 1), V6(1)};
   office.ip.dnsSuffix = u"corp.example";
   office.neighbours = {{V4(192, 168, 5, 1), {2, 9, 9, 9, 9, 1}}, {V6(1), {2, 9, 9, 9, 9, 1}}};
-  Network wired;
+  platform::sim::Network wired;
   wired.name = u"Wired";
-  Network nameless;
+  platform::sim::Network nameless;
   nameless.nullName = true;
   world.networks = {office, wired, nameless};
   OtherAdapter lan;

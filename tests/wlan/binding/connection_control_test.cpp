@@ -1,3 +1,4 @@
+#include "platform/session_api.h"
 #include "wlan/binding/adapter_fixture.h"
 
 namespace corvane::test {
@@ -185,15 +186,34 @@ TEST_F(ConnectTest, DetachEndsAConnectThatWaits) {
   EXPECT_EQ(wlan.connects.size(), 1u);
 }
 
-TEST_F(ConnectTest, WithoutAnyProfileTheServiceCannotConnect) {
+// Takes the command lines of programs; all of them end with the same result.
+class FakeSession : public SessionApi {
+ public:
+  int result = 0;
+  std::vector<std::u16string> commands;
+  int _wsystem(LPCWSTR command) override {
+    commands.emplace_back(command);
+    return result;
+  }
+};
+
+TEST_F(ConnectTest, WithoutAUsableProfileThePrompterIsAsked) {
+  auto& session = Install<FakeSession>();
   StartDiscovered();
-  EXPECT_NE(ConnectThrows(u"", false, 15000, u"Cafe", 3), "");
+  EXPECT_EQ(ConnectThrows(u"", false, 15000, u"Cafe", 3), "");
   EXPECT_EQ(AdapterValue(u"ConnectStatus"), u"external");
-  EXPECT_TRUE(wlan.connects.empty());
+  EXPECT_FALSE(adapter->IsConnected());
+  ASSERT_EQ(session.commands.size(), 1u);
+  EXPECT_NE(session.commands[0].find(u"PassphraseDesk.exe 0 \"Cafe\" 02-11-22-33-44-03"), std::u16string::npos);
+
+  session.result = 1;
+  EXPECT_EQ(ConnectThrows(u"", false, 15000, u"Cafe", 3),
+            "CWlanBssEntry::ConnectSynchronous() - StartPassphraseDeskAsApp() failed");
   wlan.profiles[u"Cafe"] = u"<xml/>";
   wlan.grantedAccess = WLAN_READ_ACCESS;
   Discover();
   EXPECT_NE(ConnectThrows(u"", false, 15000, u"Cafe", 3), "") << "a profile that may only be read";
+  EXPECT_TRUE(wlan.connects.empty());
 }
 
 TEST_F(ConnectTest, TemporaryProfileServesAgainAndIsStoredAtTheDisconnect) {

@@ -133,6 +133,9 @@ TEST_F(NotificationsTest, ClientsAreToldOfOutsideChanges) {
   const auto subscriber = Subscribe();
   Start();
   Discover();
+  RunFor(10ms);
+  EXPECT_EQ(std::exchange(subscriber->told, {}), std::vector<WString>{u"System/ProfiledNetworksJson"})
+      << "the first list there is";
   wlan.Connect("Office", Bssid(1), 61);
   wlan.NotifyConnection(kComplete, "Office");
   RunFor(10ms);
