@@ -142,7 +142,7 @@ TEST_F(RoundsScenario, SleepsWhileDisabledAndMonitorsIfAsked) {
 }
 
 TEST_F(RoundsScenario, LatchesToAPrivateNetwork) {
-  Start(OfficeWorld());
+  Start(OfficeWorld().At(8'000, R"({"do": "registry", "adapter": 0, "name": "LatchToPrivate", "dword": 1})"));
   RunUntil(40'000);
   EXPECT_FALSE(Config()->m_network_switching);
   EXPECT_EQ(Text(value::kStatusMessage), LookUpStatusText(kStatusRestrictedToPrivate));

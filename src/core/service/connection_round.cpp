@@ -41,6 +41,7 @@ void CQUAYMainWorker::TakeConnection() {
 
   const MacAddress old = m_pInterface->GetConnectedBssid();
   const bool bssidChanged = m_pInterface->SetConnectedBssid(now.bssid);
+  m_pInterface->UpdateContentionAPs(m_pInterface->GetLastConnectedSsid(), now.bssidText, now.channel);
   if (bssidChanged) {
     ssidDiffers = !m_pInterface->IsConnectedToNetworkWithBothBssids(now.bssid, old);
   }
@@ -57,7 +58,12 @@ void CQUAYMainWorker::TakeConnection() {
 }
 
 void CQUAYMainWorker::QueryConnection(Connection* now) {
-  m_pInterface->QueryCurrentConnection(&now->attrs, true);
+  try {
+    m_pInterface->QueryCurrentConnection(&now->attrs, true);
+  } catch (...) {
+    m_pInterface->ClearConnected();
+    throw;
+  }
   now->channel = m_pInterface->QueryChannel();
   const auto& association = now->attrs.wlanAssociationAttributes;
   now->ssid = SsidText(association.dot11Ssid);

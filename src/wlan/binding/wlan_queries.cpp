@@ -191,8 +191,8 @@ void CWlanInterface::CurrentConnection(WLAN_CONNECTION_ATTRIBUTES* attrs) {
 void CWlanInterface::QueryCurrentConnection(WLAN_CONNECTION_ATTRIBUTES* attrs, bool copy) {
   try {
     CurrentConnection(attrs);
-  } catch (...) {
-    ClearConnected();
+  } catch (const Exception&) {
+    if (copy) ClearConnected();
     throw;
   }
   m_bIsConnected = true;
