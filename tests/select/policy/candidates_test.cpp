@@ -3,7 +3,7 @@
 namespace corvane {
 namespace {
 
-using test::Bssid;
+using test::ApMac;
 
 class CandidateDebounce : public test::PolicyTest {
  protected:
@@ -11,7 +11,7 @@ class CandidateDebounce : public test::PolicyTest {
 
   bool Increment(const BssEntryList& entries, std::int32_t current) {
     CandidateSummary unused;
-    return CGlobalQUAYPolicy::IncrementCandidateCounters(adapter.get(), Bssid(1), entries, current,
+    return CGlobalQUAYPolicy::IncrementCandidateCounters(adapter.get(), ApMac(1), entries, current,
                                                          &qualifier, &unused);
   }
   CSmartPointer<CWlanBssEntry> qualifier;
@@ -46,15 +46,15 @@ TEST_F(CandidateDebounceOfTwo, TwoAdaptersReserveInTheSecondRoundAndAreReadyInTh
 TEST_F(CandidateDebounceOfTwo, ConnectionAndReservationOfAnotherAdapterHoldACandidateBack) {
   const BssEntryList entries{Add("Office", 2, 60), Add("Office", 3, 60)};
   Connect("Office", 2, 80, 1);
-  adapters[1]->TakeReservation(Bssid(3));
+  adapters[1]->TakeReservation(ApMac(3));
   EXPECT_FALSE(Increment(entries, 50));
   EXPECT_EQ(entries[0]->m_candidate_counter, 0);
   EXPECT_EQ(entries[1]->m_candidate_counter, 0);
   EXPECT_FALSE(qualifier);
   EXPECT_FALSE(CGlobalQUAYPolicy::IsBetterCandidatePossible(adapter.get(), entries, 50));
-  adapters[1]->ReleaseReservation(Bssid(2));  // another one's: stays
+  adapters[1]->ReleaseReservation(ApMac(2));  // another one's: stays
   EXPECT_FALSE(Increment(entries, 50));
-  adapters[1]->ReleaseReservation(Bssid(3));
+  adapters[1]->ReleaseReservation(ApMac(3));
   Increment(entries, 50);
   EXPECT_EQ(entries[1]->m_candidate_counter, 1);
   EXPECT_TRUE(CGlobalQUAYPolicy::IsBetterCandidatePossible(adapter.get(), entries, 50));
@@ -110,8 +110,8 @@ TEST_F(CandidateDebounce, SuggestionOnTheAllowListNeedNotRipenAgain) {
   config->SetString(value::kAllowlistJson, u"[[\"Office\",\"any\"]]");
   config->m_Allowlist.ReloadFromRegistry();
   config->SetString(value::kSuggestedNetworkSSID, u"Office");
-  config->SetString(value::kSuggestedNetworkBSSID, MacText(Bssid(2)));
-  config->SetString(value::kConnectedBssid, MacText(Bssid(1)));
+  config->SetString(value::kSuggestedNetworkBSSID, MacText(ApMac(2)));
+  config->SetString(value::kConnectedBssid, MacText(ApMac(1)));
   EXPECT_TRUE(Increment(entries, 50));
   adapter->ClearAllCandidateCounters("test");
   EXPECT_FALSE(HasReservation(2));
@@ -141,11 +141,11 @@ TEST_F(CandidateDebounce, RisingConnectionTakesStepsBackAndAsksForAScanMore) {
   const auto entry = Add("Office", 2, 60);
   const auto other = Add("Guests", 3, 40);
   const auto report = [&](std::int32_t score, int n = 1) {
-    adapter->NotifyCurrentNetworkScore(score, Bssid(n));
+    adapter->NotifyCurrentNetworkScore(score, ApMac(n));
     return entry->m_candidate_counter;
   };
   entry->m_candidate_counter = 5;
-  adapter->TakeReservation(Bssid(2));
+  adapter->TakeReservation(ApMac(2));
   EXPECT_EQ(report(50), 5);
   EXPECT_EQ(report(51), 5);
   EXPECT_TRUE(HasReservation(2));
@@ -173,7 +173,7 @@ TEST_F(CandidateDebounce, SuggestedBestIsTheHeadOrAnyEntryWithItsBssid) {
   const BssEntryList entries{head, second};
   CSmartPointer<CWlanBssEntry> found;
   const auto isSuggested = [&](const BssEntryList& list, const WString& ssid, int n) {
-    return CGlobalQUAYPolicy::IsConnectedToSuggestedBest_ETW(adapter.get(), list, ssid, Bssid(n), &found);
+    return CGlobalQUAYPolicy::IsConnectedToSuggestedBest_ETW(adapter.get(), list, ssid, ApMac(n), &found);
   };
   EXPECT_FALSE(isSuggested(entries, u"Office", 2));
   config->m_Etw.GetMemo().Add(false, u"Office", head->m_BSSIDText.c_str(), u"", u"", CApSetMemo::kNoFlag, 0);

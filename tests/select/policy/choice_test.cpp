@@ -3,7 +3,7 @@
 namespace corvane {
 namespace {
 
-using test::Bssid;
+using test::ApMac;
 using Calls = std::vector<std::string>;
 
 class ChoiceTest : public test::PolicyTest {
@@ -179,7 +179,7 @@ TEST_F(ChoiceTest, LatchWithoutForcedConnectKeepsADisconnectedAdapterQuiet) {
 TEST_F(ChoiceTest, DisabledAdapterDecidesNothingWhileDisconnected) {
   const auto entry = Add("Office", 1, 50);
   entry->m_candidate_counter = 2;
-  adapter->TakeReservation(Bssid(1));
+  adapter->TakeReservation(ApMac(1));
   Global().m_bServiceEnable = false;
   CGlobalQUAYPolicy::MakeChoice_disconnected(adapter.get(), {entry});
   EXPECT_EQ(wlan->calls, Calls{});

@@ -3,7 +3,7 @@
 namespace corvane {
 namespace {
 
-using test::Bssid;
+using test::ApMac;
 
 class ConnectedDecisionTest : public test::PolicyTest {
  protected:
@@ -29,7 +29,7 @@ class ConnectedDecisionOfTwo : public ConnectedDecisionTest {
 TEST_F(ConnectedDecisionOfTwo, BestIsTheHeadThatNoOtherAdapterHas) {
   Connect("Office", 1);
   const auto mine = Add("Office", 1, 50), taken = Add("Office", 2, 90), third = Add("Office", 3, 40);
-  adapters[1]->TakeReservation(Bssid(2));
+  adapters[1]->TakeReservation(ApMac(2));
   CSmartPointer<CWlanBssEntry> best;
   EXPECT_TRUE(IsBest({mine, taken}, &best));
   EXPECT_EQ(best, mine);
@@ -41,7 +41,7 @@ TEST_F(ConnectedDecisionOfTwo, BestIsTheHeadThatNoOtherAdapterHas) {
   EXPECT_FALSE(best);
   EXPECT_TRUE(IsBest({}, &best));
   EXPECT_EQ(best, mine);  // out of the model
-  adapters[1]->ReleaseReservation(Bssid(2));
+  adapters[1]->ReleaseReservation(ApMac(2));
   EXPECT_FALSE(IsBest({taken, mine}, &best));
   EXPECT_EQ(best, taken);
 }
@@ -76,7 +76,7 @@ TEST_F(ConnectedDecisionTest, TakenSuggestionIsClosedAndAnotherIsAnsweredByTheBe
   EXPECT_FALSE(memo.HasNetwork(u"Office"));
   EXPECT_EQ(Number(u"BestCount"), 1u);
   config->m_Etw.ResetBest();
-  memo.Add(false, u"Home", MacText(Bssid(2)).c_str(), u"", u"", CApSetMemo::kNoFlag, 0);
+  memo.Add(false, u"Home", MacText(ApMac(2)).c_str(), u"", u"", CApSetMemo::kNoFlag, 0);
   Round();
   EXPECT_TRUE(memo.HasNetwork(u"Home"));
   EXPECT_EQ(Number(u"BestCount"), 2u);

@@ -19,7 +19,7 @@
 
 namespace corvane::test {
 
-inline MacAddress Bssid(int n) { return {2, 0, 0, 0, 0, static_cast<std::uint8_t>(n)}; }
+inline MacAddress ApMac(int n) { return {2, 0, 0, 0, 0, static_cast<std::uint8_t>(n)}; }
 
 inline platform::DOT11_SSID SsidRecord(const std::string& ssid) {
   platform::DOT11_SSID record;
@@ -207,7 +207,7 @@ class PolicyTest : public KernelTest {
                                    platform::ULONG quality = 80, std::size_t on = 0) {
     platform::WLAN_BSS_ENTRY bss;
     bss.dot11Ssid = SsidRecord(ssid);
-    const MacAddress bssid = Bssid(n);
+    const MacAddress bssid = ApMac(n);
     std::memcpy(bss.dot11Bssid, bssid.data(), bssid.size());
     bss.uLinkQuality = quality;
     bss.ulChCenterFrequency = 5180000;
@@ -235,8 +235,8 @@ class PolicyTest : public KernelTest {
   }
 
   void Connect(const std::string& ssid, int n, platform::ULONG quality = 80, std::size_t on = 0) {
-    wlan->links[on] = {true, ssid, Bssid(n), quality};
-    adapters[on]->SetConnectedBssid(Bssid(n));
+    wlan->links[on] = {true, ssid, ApMac(n), quality};
+    adapters[on]->SetConnectedBssid(ApMac(n));
     platform::WLAN_CONNECTION_ATTRIBUTES attrs;
     adapters[on]->QueryCurrentConnection(&attrs, true);
     adapters[on]->QueryChannel();
@@ -269,7 +269,7 @@ class PolicyTest : public KernelTest {
   }
   bool HasReservation(int n) {
     MacAddress reserved;
-    return adapter->GetReservation(&reserved) && reserved == Bssid(n);
+    return adapter->GetReservation(&reserved) && reserved == ApMac(n);
   }
 
   PolicyWlan* wlan = nullptr;

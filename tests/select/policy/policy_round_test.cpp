@@ -6,7 +6,7 @@
 namespace corvane {
 namespace {
 
-using test::Bssid;
+using test::ApMac;
 
 // First field and second field of each row, as "SSID n".
 std::vector<std::string> RowsOf(const WString& csv) {
@@ -129,7 +129,7 @@ TEST_F(PolicyRoundTest, QualityIsTheBetterOfAssociationAndModel) {
   const auto entry = Add("Office", 1, 50, 60);
   std::uint32_t quality = 50;
   const auto peg = [&](bool connected) {
-    CGlobalQUAYPolicy::UpdateAssociateLQPegging(adapter.get(), connected, &quality, u"Office", Bssid(1), "t");
+    CGlobalQUAYPolicy::UpdateAssociateLQPegging(adapter.get(), connected, &quality, u"Office", ApMac(1), "t");
   };
   peg(true);
   EXPECT_EQ(quality, 60u);
@@ -164,14 +164,14 @@ TEST_F(PolicyRoundTest, ClientsOrderIsServedFromEitherListAndLivesForOneRound) {
   const auto order = [&](const WString& ssid, int n) {
     wlan->calls.clear();
     config->SetString(value::kConnectStatus, u"pending");
-    config->SetUIConnectRequest({ssid, MacText(Bssid(n)), {}, false});
+    config->SetUIConnectRequest({ssid, MacText(ApMac(n)), {}, false});
     Round();
     EXPECT_TRUE(config->GetUIConnectRequest().bssid.empty());
     return wlan->calls;
   };
   using Calls = std::vector<std::string>;
   EXPECT_EQ(order(u"Home", 2), (Calls{"connect Home 02-00-00-00-00-02"}));
-  EXPECT_EQ(Value(value::kConnectedBssid), MacText(Bssid(2)));
+  EXPECT_EQ(Value(value::kConnectedBssid), MacText(ApMac(2)));
   EXPECT_EQ(order(u"Cafe", 3), (Calls{"connect Cafe 02-00-00-00-00-03"}));
   EXPECT_EQ(Value(value::kConnectStatus), u"connected");
   // The connection itself: fulfilled already, the status stays.
@@ -183,8 +183,8 @@ TEST_F(PolicyRoundTest, ClientsOrderIsServedFromEitherListAndLivesForOneRound) {
 
 TEST_F(PolicyRoundTest, RefusedOrderIsTriedThreeTimesTwoSecondsApart) {
   const auto entry = Add("Home", 2, 40);
-  wlan->refusals[Bssid(2)] = platform::WLAN_REASON_CODE_ASSOCIATION_FAILURE;
-  config->SetUIConnectRequest({u"Home", MacText(Bssid(2)), {}, false});
+  wlan->refusals[ApMac(2)] = platform::WLAN_REASON_CODE_ASSOCIATION_FAILURE;
+  config->SetUIConnectRequest({u"Home", MacText(ApMac(2)), {}, false});
   const auto before = kernel.Clock().GetTickCount64();
   Round();
   EXPECT_EQ(wlan->calls.size(), 3u);
@@ -211,9 +211,9 @@ TEST_F(PolicyRoundTest, FailedAcceptanceRestoresTheConnectionAndTheRoundGoesOn) 
   Connect("Office", 1);
   Add("Office", 1, 50);
   Add("Home", 2, 40);
-  wlan->refusals[Bssid(2)] = 77;
+  wlan->refusals[ApMac(2)] = 77;
   config->SetString(value::kSuggestedNetworkSSID, u"Home");
-  config->SetString(value::kSuggestedNetworkBSSID, MacText(Bssid(2)));
+  config->SetString(value::kSuggestedNetworkBSSID, MacText(ApMac(2)));
   config->m_accept_suggestion = true;
   adapter->m_last_score_notify_tick = 0;
   Round();

@@ -4,7 +4,7 @@
 namespace corvane {
 namespace {
 
-using test::Bssid;
+using test::ApMac;
 using Calls = std::vector<std::string>;
 
 // Collects what subscribers are told.
@@ -86,7 +86,7 @@ TEST_F(SwitchingTest, RefusedTargetIsFollowedByTheNextReadyOne) {
   Connect("Office", 1);
   Add("Office", 1, 50);
   const auto first = Add("Home", 2, 80), second = Add("Home", 3, 70);
-  wlan->refusals[Bssid(2)] = platform::WLAN_REASON_CODE_NETWORK_NOT_AVAILABLE;
+  wlan->refusals[ApMac(2)] = platform::WLAN_REASON_CODE_NETWORK_NOT_AVAILABLE;
   Rounds(2);
   EXPECT_EQ(wlan->calls, (Calls{"connect Home 02-00-00-00-00-02", "connect Home 02-00-00-00-00-03"}));
   EXPECT_EQ(first->m_connect_failed, 1);
@@ -98,7 +98,7 @@ TEST_F(SwitchingTest, SwitchThatFailsAltogetherRestoresTheOldNetwork) {
   Connect("Office", 1);
   Add("Office", 1, 50);
   const auto better = Add("Home", 2, 70);
-  wlan->refusals[Bssid(2)] = 0x38001;
+  wlan->refusals[ApMac(2)] = 0x38001;
   Rounds(2);
   EXPECT_EQ(wlan->calls, (Calls{"connect Home 02-00-00-00-00-02", "connect Office 00-00-00-00-00-00"}));
   EXPECT_EQ(better->m_candidate_counter, 0);
@@ -110,7 +110,7 @@ TEST_F(SwitchingTest, RestoreThatFailsEndsTheRound) {
   Connect("Office", 1);
   Add("Office", 1, 50);
   Add("Home", 2, 70);
-  wlan->refusals[Bssid(2)] = wlan->refusals[MacAddress{}] = 0x38001;
+  wlan->refusals[ApMac(2)] = wlan->refusals[MacAddress{}] = 0x38001;
   Round();
   EXPECT_THROW(Round(), Exception);
 }
@@ -133,7 +133,7 @@ TEST_F(SwitchingTest, PassiveModeRoamsByItselfWithRoamingOn) {
   wlan->calls.clear();
   Rounds(2);
   EXPECT_EQ(wlan->calls, Calls{});
-  EXPECT_EQ(Value(value::kSuggestedNetworkBSSID), MacText(Bssid(2)));
+  EXPECT_EQ(Value(value::kSuggestedNetworkBSSID), MacText(ApMac(2)));
 }
 
 TEST_F(SwitchingTest, OpenSuggestionVetoesARoam) {
@@ -197,7 +197,7 @@ TEST_F(SwitchingTest, OutsideConnectionAndAllowListTurnAutoswitchIntoDialogs) {
   config->m_bForcePopupOverride = true;
   Rounds(2);
   EXPECT_EQ(wlan->calls, Calls{});
-  EXPECT_EQ(Value(value::kSuggestedNetworkBSSID), MacText(Bssid(2)));
+  EXPECT_EQ(Value(value::kSuggestedNetworkBSSID), MacText(ApMac(2)));
   config->m_bForcePopupOverride = false;
   config->m_Popup.GetMemo().Clear();
   config->SetString(value::kSuggestedNetworkBSSID, u"");
@@ -205,7 +205,7 @@ TEST_F(SwitchingTest, OutsideConnectionAndAllowListTurnAutoswitchIntoDialogs) {
   config->m_Allowlist.ReloadFromRegistry();
   Rounds(2);
   EXPECT_EQ(wlan->calls, Calls{});
-  EXPECT_EQ(Value(value::kSuggestedNetworkBSSID), MacText(Bssid(2)));
+  EXPECT_EQ(Value(value::kSuggestedNetworkBSSID), MacText(ApMac(2)));
 }
 
 TEST_F(SwitchingTest, MonitorModeGoesThroughTheMotionsAndTouchesNothing) {
@@ -228,7 +228,7 @@ TEST_F(SwitchingTest, MonitorModeGoesThroughTheMotionsAndTouchesNothing) {
 TEST_F(SwitchingTest, FirstConnectTakesTheNextEntryAfterARefusal) {
   const auto first = Add("Office", 1, 60);
   Add("Home", 2, 50);
-  wlan->refusals[Bssid(1)] = platform::WLAN_REASON_CODE_NETWORK_NOT_AVAILABLE;
+  wlan->refusals[ApMac(1)] = platform::WLAN_REASON_CODE_NETWORK_NOT_AVAILABLE;
   Rounds(3);
   EXPECT_EQ(wlan->calls, (Calls{"connect Office 02-00-00-00-00-01", "connect Home 02-00-00-00-00-02"}));
   EXPECT_EQ(first->m_connect_failed, 1);
