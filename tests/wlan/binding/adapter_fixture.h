@@ -51,7 +51,7 @@ class MainsPower : public platform::PowerApi {
 
 class AdapterTest : public KernelTest {
  protected:
-  AdapterTest() {
+  explicit AdapterTest(const PcOptions& options = {}) : KernelTest(options) {
     Install<FakeNetworkList>();
     Install<MainsPower>();
   }
