@@ -194,7 +194,9 @@ void Service::ShutDownWorkers() {
 }
 
 void Service::ShutDown() {
-  m_Workers.clear();
+  // An exception may have left workers: one that does not end in time keeps its adapter alive only when
+  // it is shut down, not when it is dropped.
+  ShutDownWorkers();
   SaveTelemetry();
   CGlobalAPGatewayMapMemo::GetInstance().Clear();
   CGlobalDCInfoMemo::GetInstance().Clear();

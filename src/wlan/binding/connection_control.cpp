@@ -111,7 +111,8 @@ void CWlanInterface::ConnectSynchronous(const WLAN_CONNECTION_PARAMETERS& parame
 void CWlanInterface::AwaitConnect(std::uint32_t timeoutMs) {
   const CompletionResult result = AwaitCompletion(*m_pConnectSyncEvent, timeoutMs);
   if (result != CompletionResult::kDone) {
-    m_Operation.Abort();
+    // After a time-out the next operation may be under way already.
+    if (result == CompletionResult::kExit) m_Operation.Abort();
     LOG_ERROR(u"[%i]CWlanInterface::ConnectSynchronous: [waitBool=%i] Got EXIT/ABORT/TIMEOUT Event!",
               m_ConfigIdx, false);
     throw Exception("CWlanInterface::ConnectSynchronous: Got EXIT/ABORT?TIMEOUT Event!");

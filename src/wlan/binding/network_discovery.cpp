@@ -223,6 +223,7 @@ void CWlanInterface::RunHiddenScans() {
 }
 
 void CWlanInterface::ScanSynchronous(const DOT11_SSID* pSsid) {
+  CompletionResult result = CompletionResult::kDone;
   try {
     if (!StartOperation(WlanOperation::kScan, [&] {
           m_scan_in_flight = true;
@@ -230,6 +231,7 @@ void CWlanInterface::ScanSynchronous(const DOT11_SSID* pSsid) {
         })) {
       return;
     }
+    result = AwaitCompletion(*m_pScanSyncEvent, kScanWaitMs);
   } catch (const Exception& e) {
     m_scan_in_flight = false;
     LOG_ERROR(u"[%i]CWlanInterface::ScanSynchronous: Exception: %S", m_ConfigIdx, e.what());
@@ -239,16 +241,15 @@ void CWlanInterface::ScanSynchronous(const DOT11_SSID* pSsid) {
     LOG_ERROR(u"[%i]CWlanInterface::ScanSynchronous: std:exception: %S", m_ConfigIdx, e.what());
     throw;
   }
-  const CompletionResult result = AwaitCompletion(*m_pScanSyncEvent, kScanWaitMs);
   m_scan_in_flight = false;
   if (result == CompletionResult::kDone) {
     m_Operation.TakeOutcome();
     return;
   }
-  m_Operation.Abort();
   const bool exit = result == CompletionResult::kExit;
+  if (exit) m_Operation.Abort();
   LOG_ERROR(
-      u"[%i] CWlanInterface::ScanSynchronous: [waitBool=%i] _AFTER_ m_pScanSyncEvent->WaitOnEvent() "
+      u"\n[%i] CWlanInterface::ScanSynchronous: [waitBool=%i] _AFTER_ m_pScanSyncEvent->WaitOnEvent() "
       u"!!!!!!!!!!!!! %s!",
       m_ConfigIdx, false, exit ? u"GOT EXIT EVENT" : u"TIMEOUT");
   throw Exception(exit ? "ScanSynchronous() - Got Exit Event!" : "ScanSynchronous() - Event Timeout!");

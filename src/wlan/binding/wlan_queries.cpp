@@ -189,7 +189,12 @@ void CWlanInterface::CurrentConnection(WLAN_CONNECTION_ATTRIBUTES* attrs) {
 }
 
 void CWlanInterface::QueryCurrentConnection(WLAN_CONNECTION_ATTRIBUTES* attrs, bool copy) {
-  CurrentConnection(attrs);
+  try {
+    CurrentConnection(attrs);
+  } catch (const Exception&) {
+    if (copy) ClearConnected();
+    throw;
+  }
   m_bIsConnected = true;
   if (copy) {
     const CCritSecLock lock(m_StateLock);

@@ -94,6 +94,9 @@ TEST_F(DiscoveryTest, ScanThatFailsOrNeverEndsLeavesTheLists) {
   wlan.codes.clear();
 
   wlan.onScan = [](const DOT11_SSID*) {};
+  kernel.Faults().FailCall("WaitForMultipleObjects", 1, ERROR_GEN_FAILURE);
+  EXPECT_NE(ThrownBy([&] { adapter->ScanSynchronous(nullptr); }), "");
+  EXPECT_FALSE(adapter->IsScanInFlight()) << "a wait that fails ends the scan";
   const std::uint64_t before = Now();
   EXPECT_EQ(ThrownBy([&] { adapter->ScanSynchronous(nullptr); }), "ScanSynchronous() - Event Timeout!");
   EXPECT_EQ(Now() - before, 20000u);

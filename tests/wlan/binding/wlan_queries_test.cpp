@@ -76,7 +76,7 @@ TEST_F(WlanQueriesTest, ShortAnswersAreRefused) {
             "WlanQueryInterface(7) dwDataSize < 604");
 }
 
-TEST_F(WlanQueriesTest, FailedQueryLeavesTheConnectedFlagAndThePeak) {
+TEST_F(WlanQueriesTest, FailedLookLeavesTheConnectedFlagAndThePeak) {
   StartConnected("Office", Bssid(1));
   ConnectionFacts facts;
   wlan.Connect("Office", Bssid(1), 80);
@@ -92,6 +92,10 @@ TEST_F(WlanQueriesTest, FailedQueryLeavesTheConnectedFlagAndThePeak) {
   EXPECT_FALSE(adapter->GetConnectedSSID(&facts));
   EXPECT_TRUE(facts.ssid.empty());
   EXPECT_TRUE(adapter->IsConnected());
+  WLAN_CONNECTION_ATTRIBUTES attributes;
+  EXPECT_NE(ThrownBy([&] { adapter->QueryCurrentConnection(&attributes, true); }), "");
+  EXPECT_FALSE(adapter->IsConnected()) << "the round's own query decides";
+  EXPECT_EQ(adapter->GetMaxSignalQuality(), 0u);
 }
 
 TEST_F(WlanQueriesTest, RadioIsOffWhenTheHtOrTheVhtPhyIs) {
