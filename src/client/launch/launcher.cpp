@@ -53,7 +53,9 @@ bool BreaksQuotes(WStringView text) {
 
 // A policy that keeps the browser from showing a first-run screen. Failing to set it harms nothing.
 void SetBrowserPolicy(WStringView key, WStringView name) {
-  if (CRegistry::CreateHomeKey(key)) CRegistry::WriteRegistryDWORDParameter(key, name, 1);
+  Launch("SetBrowserPolicy", [&] {
+    return CRegistry::CreateHomeKey(key) && CRegistry::WriteRegistryDWORDParameter(key, name, 1);
+  });
 }
 
 constexpr char16_t kPassphraseDesk[] = u"PassphraseDesk.exe";

@@ -157,7 +157,10 @@ bool CEtwTrellis::NotifyAlreadyBestAP(const ReportedAp& ap) {
   LOG_ADAPTER(m_ConfigIdx, kEtwLog, u"[%i]CEtwTrellis::NotifyAlreadyBestAP: ETW-BEST: ssid=%s, bssid=%s [count=%u]",
               m_ConfigIdx, ap.ssid, ap.bssid, m_BestCount);
   m_Config->SetDWORD(ValueName(u"BestCount"), m_BestCount);
-  m_Config->SetString(u"BestNetwork", GetBestNetworkText());
+  const WString text = GetBestNetworkText();
+  m_Config->SetString(u"BestNetwork", text);
+  // Some clients look for the second adapter's text under its own name, as for the count.
+  if (m_ConfigIdx == 1) m_Config->SetString(u"BestNetwork2", text);
   Send(trellis::kBest, ap.ssid, ap.bssid, m_InterfaceGUID);
   return true;
 }

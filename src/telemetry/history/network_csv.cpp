@@ -95,14 +95,12 @@ void CNetworkCSV::WriteRow(const WString& row) {
   if (stream.Write(text) && stream.Close()) m_BytesWritten = before + text.size();
 }
 
-// What an unknown file needs in front of the next row: the header when it is empty or missing, an end
-// for a row that was cut off in the writing.
+// What an unknown file needs in front of the next row: the header when it is empty, missing or can't be
+// measured, an end for a row that was cut off in the writing.
 std::string CNetworkCSV::WhatComesFirst() const {
   CHistoryFile file;
   std::uint64_t size = 0;
-  if (!Exists(m_FilePath)) return std::string(kHeader) + '\n';
-  if (!file.OpenToRead(m_FilePath) || !file.GetSize(&size)) return {};  // a header amid the rows helps nobody
-  if (size == 0) return std::string(kHeader) + '\n';
+  if (!file.OpenToRead(m_FilePath) || !file.GetSize(&size) || size == 0) return std::string(kHeader) + '\n';
   std::string bytes;
   const bool cutOff = file.ReadAll(&bytes) && !bytes.empty() && bytes.back() != '\n';
   return cutOff ? "\n" : "";

@@ -26,13 +26,13 @@ void CWlanInterface::NoteConnectivity() {
   bool internet = false;
   NlmNetworkRecord record;
   if (list.DoesInterfaceHaveInternet(GetGuid(), &internet, &record) != platform::S_OK) return;
-  if (record.name.empty()) return;
   const WString ssid = SsidText(GetConnAttrs().wlanAssociationAttributes.dot11Ssid);
-  list.SetConnectivityForNetwork(ssid, record.connectivity);
+  // Without a connection in the network list there is nothing to hand on.
+  if (!record.name.empty()) list.SetConnectivityForNetwork(ssid, record.connectivity);
   if (internet) return;
-  LOG_DEBUG(DBG(0) | DBG(16) | DBG(37),
-            u"\n[%i] CWlanInterface::UpdateAllScores(): [%s] CONNECTION HAS NO INTERNET%s\n", m_ConfigIdx,
-            ssid, g_bVPNFound ? u", might be false due to VPN detected." : u"");
+  LOG_ADAPTER(m_ConfigIdx, DBG(0) | DBG(16) | DBG(37),
+              u"\n[%i] CWlanInterface::UpdateAllScores(): [%s] CONNECTION HAS NO INTERNET%s\n", m_ConfigIdx,
+              ssid, g_bVPNFound ? u", might be false due to VPN detected." : u"");
 }
 
 void CWlanInterface::UpdateAllScores() {

@@ -43,7 +43,8 @@ ChannelAndWidth ChannelIn6GHz(std::uint32_t mhz) {
 ChannelAndWidth ChannelOfFrequency(std::uint32_t khz) {
   const std::uint32_t mhz = khz / 1000;
   if (mhz >= 2401 && mhz <= 2999) {
-    // Below channel 1 the quotient rounds to it, as integer division toward zero gives.
+    // The division truncates toward zero: 2408 MHz and up reads as channel 1. What lies lower has no
+    // channel number that anything accepts.
     const std::int32_t offset = (static_cast<std::int32_t>(mhz) - 2412) / 5;
     return {static_cast<std::uint32_t>(offset + 1), 20};
   }

@@ -5,6 +5,7 @@
 #include "core/log/log.h"
 #include "platform/clock_api.h"
 #include "platform/platform.h"
+#include "wlan/elements/element_guard.h"
 
 namespace corvane {
 
@@ -98,13 +99,14 @@ void CIEBlob::Clear() {
   m_FastTransition = false;
 }
 
+void ReportElementFault(const char16_t* line, platform::DWORD code) {
+  LOG_ERROR(u"filterException 0x%x", code);
+  LOG_ERROR(line, code);
+}
+
 // A fault while parsing ends the parse; what was read so far stands.
 void CIEBlob::Parse() {
-  try {
-    Parse_internal();
-  } catch (const platform::PlatformFault& fault) {
-    LOG_ERROR(u"CIEBlob::Parse: EXCEPTION: 0x%08x", fault.code);
-  }
+  GuardElement(u"CIEBlob::Parse: EXCEPTION: 0x%08x", [this] { Parse_internal(); });
 }
 
 void CIEBlob::Parse_internal() {

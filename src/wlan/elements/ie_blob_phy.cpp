@@ -3,23 +3,13 @@
 #include <algorithm>
 
 #include "core/log/log.h"
-#include "platform/types.h"
+#include "wlan/elements/element_guard.h"
 #include "wlan/elements/ie_blob.h"
 #include "wlan/elements/rate_tables.h"
 
 namespace corvane {
 
 namespace {
-
-// A fault inside one element's parser ends that element.
-template <typename Fn>
-void GuardElement(const char16_t* line, Fn&& parse) {
-  try {
-    parse();
-  } catch (const platform::PlatformFault& fault) {
-    LOG_ERROR(line, fault.code);
-  }
-}
 
 std::int32_t ToKbps(double mbps) { return static_cast<std::int32_t>(mbps * 1000.0); }
 
@@ -247,6 +237,18 @@ struct OperatingPoint {
   double factor;
 };
 
+// Reads a map and tells of it. The log line goes through the platform, so that it may fault where the
+// reading can't.
+McsMapReading ReadHEMcsMap(std::uint16_t map, std::uint32_t width, bool shortGI) {
+  McsMapReading reading;
+  GuardElement(u"CIEBlob::ProcessHEMCSMap: EXCEPTION: 0x%08x", [&] {
+    reading = ReadMcsMap(McsGeneration::kHe, map, width, shortGI);
+    LOG_DEBUG(DBG(26), u"CIEBlob::ProcessHEMCSMap_internal:[streams %i] mcsListString=%s\n", reading.streams,
+              reading.text);
+  });
+  return reading;
+}
+
 bool OperatingPointOf(const CIEBlob& blob, OperatingPoint* point) {
   if (blob.m_VHT80Plus80) {
     *point = {80, blob.m_VHTShortGI160, 2.0};
@@ -279,8 +281,7 @@ void CIEBlob::ComputeVHTRate() {
 
 void CIEBlob::ComputeHERate() {
   m_HEMcsDecoded = true;
-  McsMapReading rx = ReadMcsMap(McsGeneration::kHe, m_HERxMcs80, 0, false);
-  LOG_DEBUG(DBG(26), u"CIEBlob::ProcessHEMCSMap_internal:[streams %i] mcsListString=%s\n", rx.streams, rx.text);
+  McsMapReading rx = ReadHEMcsMap(m_HERxMcs80, 0, false);
   m_HERxStreams = rx.streams;
   m_HERxMcsString = std::move(rx.text);
   m_HERxMaxMcs = rx.maxMcs;
@@ -288,8 +289,7 @@ void CIEBlob::ComputeHERate() {
   if (!OperatingPointOf(*this, &point)) return;
   const std::uint16_t map =
       m_VHT80Plus80 ? m_HERxMcs8080 : point.width == 160 ? m_HETxMcs160 : m_HETxMcs80;
-  McsMapReading tx = ReadMcsMap(McsGeneration::kHe, map, point.width, point.shortGI);
-  LOG_DEBUG(DBG(26), u"CIEBlob::ProcessHEMCSMap_internal:[streams %i] mcsListString=%s\n", tx.streams, tx.text);
+  McsMapReading tx = ReadHEMcsMap(map, point.width, point.shortGI);
   m_HETxStreams = tx.streams;
   m_HETxMcsString = std::move(tx.text);
   m_HETxMaxMcs = tx.maxMcs;

@@ -64,6 +64,8 @@ void CWlanBssEntry::UpdateFromBss(const platform::WLAN_BSS_ENTRY& bss, const std
   m_IfIndex = ifIndex;
   m_bHasTempProfile = facts.hasTempProfile;
   m_bNonBroadcast = facts.nonBroadcast;
+  // Texts of names that stay are made once.
+  if (m_BSSIDText.empty() || GetBssid() != ToMac(bss.dot11Bssid)) m_BSSIDText = MacText(ToMac(bss.dot11Bssid));
   m_Bss = bss;
   if (std::string ssid = SsidBytes(bss.dot11Ssid); ssid != m_SSIDA || m_SSIDW.empty()) {
     m_SSIDA = std::move(ssid);
@@ -74,7 +76,6 @@ void CWlanBssEntry::UpdateFromBss(const platform::WLAN_BSS_ENTRY& bss, const std
   if (facts.internetState != kInternetUnknown) {
     m_bInternet = m_bInternetLatch = facts.internetState != 0;
   }
-  if (m_BSSIDText.empty()) m_BSSIDText = MacText(GetBssid());
   m_bss_scanned = true;
   m_unscanned_count = 0;
   const ChannelAndWidth place = ChannelOfFrequency(bss.ulChCenterFrequency);

@@ -171,9 +171,11 @@ TEST_F(LauncherTest, BrowserOpensBeyondItsFirstRunScreens) {
 }
 
 TEST_F(LauncherTest, BrowserFallsBackOnTheInterpreterAndNeedsNoPolicy) {
-  kernel.Faults().FailAlways("RegCreateKeyExW", 5);
   Session().AddSession(SimSession::kFirstSession, false);
+  kernel.Faults().FailAlways("RegCreateKeyExW", 5);
   EXPECT_TRUE(StartBrowserUrl(u"http://x", u"{1}"));
+  kernel.Faults().Clear();
+  kernel.Faults().FailAlways("RegCreateKeyExW", platform::sim::FaultPlan::kFault);
   Session().SetCommandResult(9);
   EXPECT_FALSE(StartBrowserUrl(u"http://x", u"{1}"));
   EXPECT_EQ(Session().TakeCommands(), std::vector<WString>(2, u"cmd /c start /MAX iexplore \"http://x?GUID={1}\""));

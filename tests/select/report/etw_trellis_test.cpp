@@ -194,6 +194,7 @@ TEST_F(EtwTest, BestIsToldOnceUntilItChangesOrIsReset) {
   EXPECT_TRUE(etw->NotifyAlreadyBestAP(Ap(u"Office", kBssid2)));
   EXPECT_EQ(config.numbers[u"BestCount2"], 2u);
   EXPECT_EQ(config.texts[u"BestNetwork"], u"Office [02-00-00-00-00-02] [Channel 36] [5Ghz]");
+  EXPECT_EQ(config.texts[u"BestNetwork2"], config.texts[u"BestNetwork"]) << "under both names";
   etw->ResetBest();
   EXPECT_EQ(etw->GetBestNetworkText(), u"");
   EXPECT_TRUE(etw->NotifyAlreadyBestAP(Ap(u"Office", kBssid2)));

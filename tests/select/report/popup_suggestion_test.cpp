@@ -6,7 +6,6 @@
 #include "platform/sim/sim_session.h"
 #include "support/report_fixture.h"
 
-
 namespace corvane::test {
 namespace {
 

@@ -90,6 +90,20 @@ TEST_F(HistoryTest, ARowThatAKillCutOffGetsItsEnd) {
   EXPECT_EQ(File(), std::string(kHeader) + "one\ntw\nthree\n");
 }
 
+TEST_F(HistoryTest, AFileThatCannotBeMeasuredGetsAHeaderOfItsOwn) {
+  const std::string old = std::string(kHeader) + "one\n";
+  for (const char* operation : {"CreateFileW", "GetFileSizeEx"}) {
+    SCOPED_TRACE(operation);
+    Restart();
+    kernel.Files().Write(kFile, old);
+    kernel.Faults().FailCall(operation, 1, 5);
+    Write(u"two");
+    Write(u"three");
+    EXPECT_EQ(File(), old + std::string(kHeader) + "two\nthree\n");
+    kernel.Faults().Clear();
+  }
+}
+
 TEST_F(HistoryTest, AFailedWriteCostsOneRow) {
   Write(u"one");
   kernel.Faults().FailCall("WriteFile", 1, 112);
