@@ -22,21 +22,23 @@ namespace {
 
 std::size_t g_Allocations = 0;  // by operator new; a benchmark has one thread
 
-void* Allocate(std::size_t size) {
+[[gnu::noinline]] void* Allocate(std::size_t size) noexcept {
   ++g_Allocations;
-  if (void* block = std::malloc(size ? size : 1)) return block;
+  return std::malloc(size ? size : 1);
+}
+
+void* AllocateOrThrow(std::size_t size) {
+  if (void* block = Allocate(size)) return block;
   throw std::bad_alloc();
 }
 
 }  // namespace
 
-void* operator new(std::size_t size) { return Allocate(size); }
-void* operator new[](std::size_t size) { return Allocate(size); }
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-  ++g_Allocations;
-  return std::malloc(size ? size : 1);
-}
+void* operator new(std::size_t size) { return AllocateOrThrow(size); }
+void* operator new[](std::size_t size) { return AllocateOrThrow(size); }
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return Allocate(size); }
 void operator delete(void* block) noexcept { std::free(block); }
+void operator delete(void* block, const std::nothrow_t&) noexcept { std::free(block); }
 void operator delete[](void* block) noexcept { std::free(block); }
 void operator delete(void* block, std::size_t) noexcept { std::free(block); }
 void operator delete[](void* block, std::size_t) noexcept { std::free(block); }

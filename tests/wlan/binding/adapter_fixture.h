@@ -51,7 +51,7 @@ class MainsPower : public platform::PowerApi {
 
 class AdapterTest : public KernelTest {
  protected:
-  explicit AdapterTest(const PcOptions& options = {}) : KernelTest(options) {
+  AdapterTest() {
     Install<FakeNetworkList>();
     Install<MainsPower>();
   }

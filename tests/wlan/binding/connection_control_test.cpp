@@ -248,27 +248,6 @@ TEST_F(ConnectTest, SaveForANetworkWithAProfileOnlyWaitsForTheDisconnect) {
   EXPECT_EQ(wlan.saved, std::vector<std::u16string>{kXml});
 }
 
-// Threads change hands by the seed.
-class OperationRaceTest : public AdapterTest, public testing::WithParamInterface<std::uint64_t> {
- protected:
-  OperationRaceTest() : AdapterTest(PcOptions{.seed = GetParam(), .interleave = true}) {}
-};
-
-// The scan asks for its turn at the very moment at which the connect gives up.
-TEST_P(OperationRaceTest, TimeOutOfAnOperationLeavesTheNextOneAlone) {
-  Start();
-  WLAN_CONNECTION_PARAMETERS parameters;
-  parameters.strProfile = u"Office";
-  std::string connect = "not ended", scan = "not ended";
-  OnThread([&] { connect = ThrownBy([&] { adapter->ConnectSynchronous(parameters, false, 1000); }); });
-  OnThread([&] { scan = ThrownBy([&] { adapter->ScanSynchronous(nullptr); }); });
-  RunFor(60s);
-  EXPECT_EQ(connect, "CWlanInterface::ConnectSynchronous: Got EXIT/ABORT?TIMEOUT Event!");
-  EXPECT_EQ(scan, "");
-}
-
-INSTANTIATE_TEST_SUITE_P(Seeds, OperationRaceTest, testing::Range<std::uint64_t>(1, 25));
-
 TEST_F(ConnectTest, FlappingRaisesTheMarginForGood) {
   Start();
   ASSERT_EQ(adapter->Config()->m_APScoreThreshold, 3u);

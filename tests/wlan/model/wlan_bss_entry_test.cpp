@@ -170,13 +170,13 @@ TEST_F(WlanModel, StatusLine) {
   CWlanBssEntry::Facts facts;
   facts.grantedAccess = 1;
   facts.authAlgorithm = 7;
-  const auto beacon = Beacon(u8"Lab").Channel(36).Vht160(4).MuBeamformer().QbssLoad(3, 51);
+  const auto beacon = Beacon(u8"Lab").Channel(36).Vht80(4).MuBeamformer().QbssLoad(3, 51);
   Update(*entry, Bss("Lab", 0x0A, 75), beacon.Bytes(), facts);
   entry->m_ApCountOnChannel = 3;
   entry->m_bss_scanned = false;
   const std::string score = std::to_string(entry->GetScore(false));
   EXPECT_EQ(line(), "Lab|02-ab-00-00-0c-0a|5Ghz|" + score +
-                        "|75|unknown|not-auto|pending|20.00|36|a/n/ac|7|1|20,40,160|no|3");
+                        "|75|unknown|not-auto|pending|20.00|36|a/n/ac|7|1|20,40,80|no|3");
   entry->m_unscanned_count = 1;
   entry->m_AutoConnect = true;
   EXPECT_NE(line().find("|auto|bad|"), std::string::npos);
