@@ -54,6 +54,12 @@ int SessionApi::_wsystem(LPCWSTR) {
   SetNotImplemented();
   return -1;
 }
+BOOL SessionApi::EnumWindows(WNDENUMPROC, void*) { return No(); }
+int SessionApi::GetWindowTextW(HANDLE, char16_t*, int) {
+  SetNotImplemented();
+  return 0;
+}
+BOOL SessionApi::GetComputerNameExW(int, char16_t*, DWORD*) { return No(); }
 DWORD SessionApi::GetTempPathA(DWORD, char*) {
   SetNotImplemented();
   return 0;

@@ -70,6 +70,11 @@ struct PROCESSENTRY32W {
 };
 static_assert(sizeof(PROCESSENTRY32W) == 568);
 
+inline constexpr int ComputerNameDnsDomain = 2;  // COMPUTER_NAME_FORMAT
+
+// FALSE ends the walk.
+using WNDENUMPROC = BOOL (*)(HANDLE window, void* context);
+
 // The sessions of users and the processes in them. Operations that give BOOL or a null handle leave
 // the reason in ThreadApi::GetLastError(). All handles of this service (tokens, processes, threads of
 // processes, pipe ends, snapshots) are its own and are closed by its CloseHandle, exactly once.
@@ -112,6 +117,15 @@ class SessionApi {
   // The command interpreter: what the command gave, -1 when it could not be run.
   virtual int system(const char* command);
   virtual int _wsystem(LPCWSTR command);
+
+  // The top-level windows of the desktop that this process sees. A service sees none; where there is no
+  // desktop, the terminal of an interactive process stands for one, by the title "Default IME".
+  virtual BOOL EnumWindows(WNDENUMPROC visit, void* context);
+  // Length of the title, cut to `size` characters with its NUL; 0 for none.
+  virtual int GetWindowTextW(HANDLE window, char16_t* title, int size);
+  // A name of this machine. *size is that of the buffer with the NUL, and becomes the length without it;
+  // ERROR_MORE_DATA sets it to what is needed.
+  virtual BOOL GetComputerNameExW(int nameType, char16_t* name, DWORD* size);
 
   // The temporary path of this process, with a separator at its end: its length without the NUL, or
   // the size needed with it when `size` is too small; 0 on failure.

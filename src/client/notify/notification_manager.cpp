@@ -14,14 +14,20 @@ constexpr std::uint32_t kDestructorMs = 1000;
 class CNotificationManagerSingleton::Holder {
  public:
   Holder() : m_pManager(CNotificationManagerSingleton::CreateObject()) {}
-  ~Holder() { m_pManager->Shutdown(kDestructorMs); }
+  ~Holder() {
+    if (m_pManager) m_pManager->Shutdown(kDestructorMs);
+  }
 
-  CSmartPointer<CNotificationManagerSingleton> m_pManager;
+  CSmartPointer<CNotificationManagerSingleton> m_pManager;  // null once dropped
 };
 
 CNotificationManagerSingleton& CNotificationManagerSingleton::GetInstance() {
-  return *Singleton<Holder>::GetInstance().m_pManager;
+  Holder& holder = Singleton<Holder>::GetInstance();
+  if (!holder.m_pManager) holder.m_pManager = CNotificationManagerSingleton::CreateObject();
+  return *holder.m_pManager;
 }
+
+void CNotificationManagerSingleton::DropInstance() { Singleton<Holder>::GetInstance().m_pManager.reset(); }
 
 CNotificationManagerSingleton::CNotificationManagerSingleton()
     : SmartObjEx("notification manager"), CThread("notifications") {

@@ -15,6 +15,9 @@ class CNotificationManagerSingleton : public SmartObjEx<CNotificationManagerSing
                                       public CThread<CNotificationManagerSingleton> {
  public:
   static CNotificationManagerSingleton& GetInstance();
+  // Drops the instance, which a later use makes anew; after Shutdown, when no other thread of the program
+  // runs any more.
+  static void DropInstance();
   const char* GetClassName() const override { return "CNotificationManagerSingleton"; }
 
   void AddProvider(INotificationProvider* provider);

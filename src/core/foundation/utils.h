@@ -12,6 +12,8 @@ class CUtils {
  public:
   static CUtils& GetInstance() { return Singleton<CUtils>::GetInstance(); }
 
+  // A process that sees none of the windows of an interactive desktop runs as a service. Once, at start.
+  void DetectRunningAsService();
   bool IsRunningAsService() const { return m_bRunningAsService; }
   void SetRunningAsService(bool service) { m_bRunningAsService = service; }
 

@@ -10,7 +10,6 @@ namespace corvane {
 namespace {
 
 constexpr std::uint64_t kRoamLog = DBG(24);
-constexpr std::uint64_t kConnectionLog = DBG(31);
 constexpr std::uint64_t kSurgicalEverySecs = 3;
 
 }  // namespace
@@ -19,30 +18,7 @@ void CQUAYMainWorker::UpdateConnectionState() {
   m_Connection = {};
   m_Connection.bssid.fill(0xFF);
   try {
-    Connection now;
-    QueryConnection(&now);
-    m_pInterface->SetDisconnectedTick(false);
-    bool ssidDiffers = m_pInterface->SetLastConnectedSsid(now.ssid);
-    if (now.entry) now.entry->m_ConnAttrs = now.attrs;
-    PublishConnection(now);
-
-    const MacAddress old = m_pInterface->GetConnectedBssid();
-    const bool bssidChanged = m_pInterface->SetConnectedBssid(now.bssid);
-    if (bssidChanged) {
-      ssidDiffers = !m_pInterface->IsConnectedToNetworkWithBothBssids(now.bssid, old);
-    }
-    DetectRoam(now, bssidChanged, ssidDiffers);
-    now.connected = true;
-    m_Connection = now;
-    m_pInterface->m_backup_score = ComputeBackupScore(now.attrs, now.channel);
-    const bool isNew = bssidChanged || m_Round == 0;
-    if (isNew) {
-      m_pInterface->RefreshIPInfo();
-    } else {
-      m_pInterface->GatewayRoamingCheck();
-    }
-    LogConnection(now, isNew);
-    m_pInterface->ProcessIdleThresholds();
+    TakeConnection();
   } catch (const Exception& e) {
     OnDisconnected();
     if (e.GetCode() != platform::ERROR_INVALID_STATE) {
@@ -52,10 +28,42 @@ void CQUAYMainWorker::UpdateConnectionState() {
     OnDisconnected();
     LOG_ERROR(u"[%i]CQUAYMainWorker::WorkThreadProc[INNER-1]: std:exception: %S", m_ConfigIdx, e.what());
   }
+  if (!m_pInterface->IsConnected()) ReportDisconnection();
+}
+
+void CQUAYMainWorker::TakeConnection() {
+  Connection now;
+  QueryConnection(&now);
+  m_pInterface->SetDisconnectedTick(false);
+  bool ssidDiffers = m_pInterface->SetLastConnectedSsid(now.ssid);
+  if (now.entry) now.entry->m_ConnAttrs = now.attrs;
+  PublishConnection(now);
+
+  const MacAddress old = m_pInterface->GetConnectedBssid();
+  const bool bssidChanged = m_pInterface->SetConnectedBssid(now.bssid);
+  m_pInterface->UpdateContentionAPs(m_pInterface->GetLastConnectedSsid(), now.bssidText, now.channel);
+  if (bssidChanged) {
+    ssidDiffers = !m_pInterface->IsConnectedToNetworkWithBothBssids(now.bssid, old);
+  }
+  DetectRoam(now, bssidChanged, ssidDiffers);
+  now.connected = true;
+  m_Connection = now;
+  m_pInterface->m_backup_score = ComputeBackupScore(now.attrs, now.channel);
+  if (bssidChanged || m_Round == 0) {
+    ReportNewConnection(now);
+  } else {
+    ReportStandingConnection(now);
+  }
+  m_pInterface->ProcessIdleThresholds();
 }
 
 void CQUAYMainWorker::QueryConnection(Connection* now) {
-  m_pInterface->QueryCurrentConnection(&now->attrs, true);
+  try {
+    m_pInterface->QueryCurrentConnection(&now->attrs, true);
+  } catch (...) {
+    m_pInterface->ClearConnected();
+    throw;
+  }
   now->channel = m_pInterface->QueryChannel();
   const auto& association = now->attrs.wlanAssociationAttributes;
   now->ssid = SsidText(association.dot11Ssid);
@@ -81,11 +89,11 @@ void CQUAYMainWorker::PublishDisconnection() {
 void CQUAYMainWorker::OnDisconnected() {
   m_Connection = {};
   m_Connection.bssid.fill(0xFF);
-  m_pInterface->ClearConnected();
   m_pInterface->SetDisconnectedTick(true);
+  m_pInterface->ClearContention();
+  PublishDisconnection();
   m_pInterface->ClearConnectedBssid();
   m_pInterface->m_backup_score = 0;
-  PublishDisconnection();
 }
 
 // A change of BSSID inside one network: this program's own move ends a roaming inhibit, anybody
@@ -105,19 +113,6 @@ void CQUAYMainWorker::DetectRoam(const Connection& now, bool bssidChanged, bool 
                 m_ConfigIdx, now.ssid, now.bssidText);
     m_pConfig->SetRoamingInhibit();
   }
-}
-
-void CQUAYMainWorker::LogConnection(const Connection& now, bool isNew) const {
-  if (isNew) {
-    LogRecord(kLogMemory, "<I>", "[Adapter", m_ConfigIdx, "] CURRENTLY CONNECTED to: ", now.ssid, " ",
-              now.bssidText, " [Channel ", now.channel, "]");
-  }
-  LOG_ADAPTER(m_ConfigIdx, kConnectionLog,
-              u"[%i] %s: %s {%s}, channel %lu, signal quality %lu, Rx/Tx %lu/%lu kbps, score %i", m_ConfigIdx,
-              isNew ? u"Currently Connected" : u"Still Connected", now.ssid, now.bssidText, now.channel,
-              now.quality, now.attrs.wlanAssociationAttributes.ulRxRate,
-              now.attrs.wlanAssociationAttributes.ulTxRate,
-              m_pInterface->GetScoreFromBssEntry(now.ssid, now.bssid, false));
 }
 
 void CQUAYMainWorker::SurgicalUpdateIfInhibited() {
@@ -149,6 +144,11 @@ void CQUAYMainWorker::SurgicalUpdateIfInhibited() {
   }
   CGlobalQUAYPolicy::UpdateAssociateLQPegging(m_pInterface.get(), now.connected, &now.quality, now.ssid,
                                               now.bssid, "SURGICAL");
+  if (now.entry) {
+    HandleQUAYSpecialEtwEvents(now.entry.get(), "SURGICAL");
+  } else if (!m_pInterface->IsConnected()) {
+    HandleQUAYSpecialEtwEvents(nullptr, "SURGICAL [disconnected]");
+  }
 }
 
 }  // namespace corvane

@@ -1,6 +1,7 @@
 #include "core/service/main_worker.h"
 
 #include <algorithm>
+#include <list>
 
 #include "client/launch/launcher.h"
 #include "config/settings/global_config_container.h"
@@ -9,7 +10,7 @@
 #include "core/log/log.h"
 #include "core/service/version.h"
 #include "monitors/adapters_addresses.h"
-#include "platform/clock_api.h"
+#include "monitors/network_list_manager.h"
 #include "platform/platform.h"
 #include "platform/thread_api.h"
 #include "select/policy/policy.h"
@@ -29,16 +30,34 @@ constexpr std::uint32_t kDisabledSliceMs = 2000;
 constexpr int kDisabledSlices = 5;
 constexpr std::uint32_t kInhibitedMs = 1000;
 constexpr std::uint32_t kVPNMs = 5000;
+constexpr std::uint32_t kAirplaneMs = 3000;
+constexpr std::uint32_t kInterferenceSliceMs = 2000;
 constexpr std::uint32_t kNoDelayMs = 1000;
 constexpr std::uint32_t kNormalSleepMs = 10000;
 constexpr std::uint64_t kCredentialsTextMs = 60000;
 constexpr std::uint64_t kRoamingInhibitDisconnectedMs = 30000;
+
+// Who the adapter is and where it stands.
+void LogAdapter(const CWlanInterface& adapter) {
+  LOG_INFO(u"[%i]  Interface: %s %s %s", adapter.GetConfigIdx(), adapter.GetConnectionName(),
+           adapter.GetGuidText(), adapter.GetDescription());
+  adapter.DumpIPAddresses();
+  std::list<WString> networks;
+  CNetworkListManager::GetInstance().GetNetworkNamesForInterface(adapter.GetGuid(), &networks);
+  for (const WString& name : networks) LOG_INFO(u"[%i]  Network: %s", adapter.GetConfigIdx(), name);
+}
 
 constexpr char16_t kRule[] =
     u"[%i]::::::::::::::::::::::::::::::::::::::::::::::::::::::::::[%s][%s]"
     u":::::::::::::::::::::::::::::::::::::::::::::::::::::::::::::::::\n";
 
 void Sleep(std::uint32_t ms) { Os().threads.Sleep(ms); }
+
+// A state that can't be read is no airplane mode.
+bool IsAirplaneMode() {
+  std::uint32_t mode = 0;
+  return CQUAYInterfaceConfig::GetAirplaneMode(&mode) && mode == 1;
+}
 
 }  // namespace
 
@@ -88,6 +107,13 @@ void CQUAYMainWorker::Shutdown() {
   m_pInterface.reset();
   m_pConfig.reset();
 }
+
+void CQUAYMainWorker::OnResume() {
+  m_bForgetSsid = true;
+  m_bPowerResumeSeen = true;
+}
+
+void CQUAYMainWorker::OnSuspend() { m_bPowerSuspendSeen = true; }
 
 void CQUAYMainWorker::WorkThreadProc() {
   if (m_pInterface) {
@@ -161,8 +187,7 @@ void CQUAYMainWorker::PrepareRunning() {
   m_pConfig->SetDWORD(u"RadioEnabled", 1);
   m_pInterface->RefreshIPInfo();
   m_pInterface->DetermineInterfaceCapability();
-  LOG_ADAPTER(m_ConfigIdx, kLoopLog, u"[%i]  Interface: %s %s %s", m_ConfigIdx,
-              m_pInterface->GetConnectionName(), m_pInterface->GetGuidText(), m_pInterface->GetDescription());
+  if (log::IsOpen(m_ConfigIdx, kLoopLog)) LogAdapter(*m_pInterface);
   m_forcedArbitrary.clear();
   m_pConfig->m_SelectArbitrary.LoadConfiguration(&m_forcedArbitrary);
   m_pConfig->m_Denylist.LoadFromFileAndRegistry();
@@ -172,52 +197,90 @@ void CQUAYMainWorker::PrepareRunning() {
 }
 
 bool CQUAYMainWorker::RunRound() {
+  if (m_bForgetSsid.exchange(false)) m_pInterface->SetLastConnectedSsid(u"");
   RefreshSettings();
-  const bool vpnBlock = IsBlockedByVPN();
-  if (!MayRun()) return false;
+  if (IsHeldBack(IsBlockedByVPN())) return false;
+  UpdateConnectionState();
+  ReleaseRoamingInhibit();
+  LatchToPrivate();
+  CGlobalQUAYPolicy::UpdateAssociateLQPegging(m_pInterface.get(), m_Connection.connected,
+                                              &m_Connection.quality, m_Connection.ssid, m_Connection.bssid,
+                                              "LOOP");
+  if (m_Connection.entry) {
+    HandleQUAYSpecialEtwEvents(m_Connection.entry.get(), "LOOP");
+    m_Connection.entry.reset();
+  } else if (!m_pInterface->IsConnected()) {
+    HandleQUAYSpecialEtwEvents(nullptr, "LOOP [disconnected]");
+  }
+  if (!PassesCheckPoint()) return false;
+  const bool powerEvent = TakePowerEvents();
+  Discover(powerEvent || m_Round == 0);
+  m_pInterface->ApplyPreferredRows(m_forcedArbitrary);
+  m_pInterface->ApplyDenyRows(m_pConfig->m_Denylist.Rows());
+  if (!PassesCheckPoint()) return false;
+  DecideUnderLock();
+  LOG_ADAPTER(m_ConfigIdx, kLoopLog, kRule, m_ConfigIdx, kVersion, kBuildDate);
+  if (!PassesCheckPoint()) return false;
+  SleepBetweenRounds();
+  return true;
+}
+
+// Airplane mode, a disabled adapter, the inhibit clock and a VPN, in this order.
+bool CQUAYMainWorker::IsHeldBack(bool vpnBlock) {
+  if (IsAirplaneMode()) {
+    m_pConfig->SetAirplaneInhibited(true);
+    LOG_ADAPTER(m_ConfigIdx, kLoopLog,
+                u"[%i]CQUAYMainWorker::WorkThreadProc[LOOP] - AIRPLANE MODE - SLEEPING... [__CLEARING ROAMING "
+                u"INHIBIT__]",
+                m_ConfigIdx);
+    m_pConfig->ClearRoamingInhibit();
+    Sleep(kAirplaneMs);
+    return true;
+  }
+  m_pConfig->SetAirplaneInhibited(false);
+  if (!MayRun()) return true;
   if (m_pConfig->Get_InhibitQUAY(nullptr)) {
     SurgicalUpdateIfInhibited();
     LOG_ADAPTER(m_ConfigIdx, DBG(30),
                 u"[%i]CQUAYMainWorker::WorkThreadProc[LOOP] - INHIBITED %I64u ms, %S, SLEEPING [1000]",
                 m_ConfigIdx, m_pConfig->GetInhibitRemainingMs(), m_pConfig->GetInhibitReason());
     Sleep(kInhibitedMs);
-    return false;
+    return true;
   }
   if (vpnBlock) {
     HoldForVPN();
-    return false;
+    return true;
   }
   m_pConfig->SetVPNInhibited(false);
   m_pConfig->ClearStatusMessage(kStatusVpn);
-  UpdateConnectionState();
-  ReleaseRoamingInhibit();
-  CGlobalQUAYPolicy::UpdateAssociateLQPegging(m_pInterface.get(), m_Connection.connected,
-                                              &m_Connection.quality, m_Connection.ssid, m_Connection.bssid,
-                                              "LOOP");
-  m_Connection.entry.reset();
-  if (IsInhibited()) return false;
-  Discover();
-  m_pInterface->ApplyPreferredRows(m_forcedArbitrary);
-  m_pInterface->ApplyDenyRows(m_pConfig->m_Denylist.Rows());
-  if (IsInhibited()) return false;
-  {
-    const CCritSecLock lock(CGlobalConfigContainer::GetInstance().GetLock());
-    LOG_ADAPTER(m_ConfigIdx, DBG(16) | DBG(31),
-                u"\n[%i][EXECUTE POLICY][ROAM INHIBIT %I64u ticks %s]\n", m_ConfigIdx,
-                m_pConfig->GetRoamingInhibitTick(),
-                m_pConfig->GetRoamingInhibitTick() == 0 ? u"== 0" : u"> 0");
-    CGlobalQUAYPolicy::ExecutePolicies(m_pInterface.get());
-  }
-  LOG_ADAPTER(m_ConfigIdx, kLoopLog, kRule, m_ConfigIdx, kVersion, kBuildDate);
-  if (IsInhibited()) return false;
-  SleepBetweenRounds();
-  return true;
+  return false;
+}
+
+// The place where a round stops that somebody has made pointless since it began.
+bool CQUAYMainWorker::PassesCheckPoint() {
+  const bool airplane = IsAirplaneMode();
+  const bool inhibited = m_pConfig->Get_InhibitQUAY(nullptr);
+  m_pConfig->SetAirplaneInhibited(airplane);
+  return !airplane && !inhibited;
+}
+
+// One policy round at a time over all adapters.
+void CQUAYMainWorker::DecideUnderLock() {
+  const CCritSecLock lock(CGlobalConfigContainer::GetInstance().GetLock());
+  LOG_ADAPTER(m_ConfigIdx, DBG(16) | DBG(31), u"\n[%i][EXECUTE POLICY][ROAM INHIBIT %I64u ticks %s]\n",
+              m_ConfigIdx, m_pConfig->GetRoamingInhibitTick(),
+              m_pConfig->GetRoamingInhibitTick() == 0 ? u"== 0" : u"> 0");
+  CGlobalQUAYPolicy::ExecutePolicies(m_pInterface.get());
 }
 
 void CQUAYMainWorker::RefreshSettings() {
   const CCritSecLock lock(m_pConfig->ObjectLock());
   m_pConfig->RefreshFromRegistry();
+  if (const auto registry = CGlobalConfigContainer::GetInstance().GetRegistry()) {
+    registry->GetRegistryDWORDValue(u"IDET", &m_IDET);
+  }
   m_pConfig->ClearStatusMessageIfOlder(kStatusNeedCredentials, kCredentialsTextMs);
+  m_pInterface->RefreshNetworkAllowDenyFilters();
   const std::uint32_t scanMs = m_pConfig->GetScanIntervalSecs() * 1000;
   m_pConfig->Set_MainLoopSleepMs(std::min(scanMs, kNormalSleepMs));
   if (scanMs < kNormalSleepMs) {
@@ -276,8 +339,6 @@ bool CQUAYMainWorker::MayRun() {
   return false;
 }
 
-bool CQUAYMainWorker::IsInhibited() { return m_pConfig->Get_InhibitQUAY(nullptr); }
-
 void CQUAYMainWorker::ReleaseRoamingInhibit() {
   if (m_pConfig->GetRoamingInhibitTick() == 0) return;
   const std::uint64_t age = m_pInterface->GetDisconnectedAgeMs();
@@ -289,10 +350,54 @@ void CQUAYMainWorker::ReleaseRoamingInhibit() {
   m_pConfig->ClearRoamingInhibit();
 }
 
-void CQUAYMainWorker::Discover() {
-  const bool first = m_Round == 0;
+// On a private network the program keeps to it, if the user wants that.
+void CQUAYMainWorker::LatchToPrivate() {
+  if (m_Connection.connected && m_pConfig->m_LatchToPrivate && m_pInterface->IsConnectedToPrivateNetwork()) {
+    if (m_pConfig->m_network_switching.exchange(false)) m_pConfig->SetStatusMessage(kStatusRestrictedToPrivate);
+    return;
+  }
+  m_pConfig->ClearStatusMessage(kStatusRestrictedToPrivate);
+  if (m_pConfig->m_network_switching_default) m_pConfig->m_network_switching = true;
+}
+
+bool CQUAYMainWorker::TakePowerEvents() {
+  const bool resumed = m_bPowerResumeSeen.exchange(false);
+  if (resumed) {
+    LOG_ADAPTER(m_ConfigIdx, kLoopLog,
+                u"\n~^~^~^~^~^~^~^~^~^~^~^~> [%i]CQUAYMainWorker::WorkThreadProc[LOOP] _POWER RESUME_ --> "
+                u"force_scan = true & ClearNetworks [CLEARING ROAMING INHIBIT]\n",
+                m_ConfigIdx);
+    m_pConfig->m_bForcePopupOverride = false;
+    LOG_ADAPTER(m_ConfigIdx, kLoopLog,
+                u"[%i] CQUAYMainWorker::WorkThreadProc[LOOP] _POWER RESUME_ --> "
+                u"SetForcePopupSuggestionOverride(false)\n",
+                m_ConfigIdx);
+    ForgetSurroundings();
+    m_pInterface->ClearConnectedBssid();
+  }
+  const bool suspended = m_bPowerSuspendSeen.exchange(false);
+  if (suspended) {
+    ForgetSurroundings();
+    m_pInterface->ClearConnectedBssid();
+    LOG_ADAPTER(m_ConfigIdx, kLoopLog,
+                u"\n~_~_~_~_~_~_~_~_~_~_~_> [%i]CQUAYMainWorker::WorkThreadProc[LOOP] _POWER SUSPEND_ --> "
+                u"force_scan = true & ClearNetworks [CLEARING ROAMING INHIBIT]\n",
+                m_ConfigIdx);
+  }
+  return resumed || suspended;
+}
+
+// What was seen so far counts for nothing any more, nor does what was made of it.
+void CQUAYMainWorker::ForgetSurroundings() {
+  m_pInterface->ClearNetworks();
+  m_pConfig->SetSuggestedNetwork(u"");
+  m_pConfig->ClearRoamingInhibit();
+  KillNudgeDialog();
+}
+
+void CQUAYMainWorker::Discover(bool force) {
   std::int32_t auxError = 0;
-  if (m_pInterface->DiscoverNetworksSynchronous(first, first, &auxError) == 0) {
+  if (m_pInterface->DiscoverNetworksSynchronous(force, m_Round == 0, &auxError) == 0) {
     m_pConfig->SetStatusMessage(kStatusNoProfileInRange);
   } else {
     m_pConfig->ClearStatusMessage(kStatusNoProfileInRange);
@@ -300,23 +405,11 @@ void CQUAYMainWorker::Discover() {
   if (auxError == 0) return;
   LOG_ERROR(u"[%i][aux_error=%i] Scan/GetNetworkBssList() Error! -----> Clearing Networks <-----\n",
             m_ConfigIdx, auxError);
-  KillNudgeDialog();
-  m_pInterface->ClearNetworks();
-  m_pConfig->SetString(value::kSuggestedNetwork, u"");
-  m_pConfig->ClearRoamingInhibit();
+  ForgetSurroundings();
 }
 
 void CQUAYMainWorker::SleepBetweenRounds() {
-  const std::uint64_t now = Os().clock.GetTickCount64();
-  const bool onMains = CGlobalConfigContainer::IsOnACPower();
-  if (m_pConfig->m_no_delay && now < m_pConfig->m_NoDelayExpiry && onMains) {
-    m_bNoDelayActive = true;
-    LOG_ADAPTER(m_ConfigIdx, kSleepLog,
-                u"\n[%i]CQUAYMainWorker::WorkThreadProc: __NO DELAY__ [expires %0.2lf secs]", m_ConfigIdx,
-                m_pConfig->GetNoDelayRemainingSecs());
-    Sleep(kNoDelayMs);
-    return;
-  }
+  if (SleepWithoutDelay()) return;
   if (m_bNoDelayActive) {
     m_pConfig->m_no_delay = false;
     LOG_ADAPTER(m_ConfigIdx, kSleepLog,
@@ -332,7 +425,30 @@ void CQUAYMainWorker::SleepBetweenRounds() {
   }
   LOG_ADAPTER(m_ConfigIdx, kSleepLog,
               u"\n[%i]CQUAYMainWorker::WorkThreadProc: __MAIN SLEEP__ : %lu < ms, AC_ON=%i", m_ConfigIdx,
-              sleepMs, onMains);
+              sleepMs, CGlobalConfigContainer::IsOnACPower());
+  AwaitClient(sleepMs);
+}
+
+// Somebody watches: rounds follow one another, on mains, until the window that a client opened ends.
+bool CQUAYMainWorker::SleepWithoutDelay() {
+  if (!m_pConfig->m_no_delay || !m_pConfig->IsNoDelayOpen()) return false;
+  if (!CGlobalConfigContainer::IsOnACPower()) return false;
+  m_bNoDelayActive = true;
+  LOG_ADAPTER(m_ConfigIdx, kSleepLog,
+              u"\n[%i]CQUAYMainWorker::WorkThreadProc: __NO DELAY__ [expires %0.2lf secs]", m_ConfigIdx,
+              m_pConfig->GetNoDelayRemainingSecs());
+  Sleep(kNoDelayMs);
+  return true;
+}
+
+// The sleep proper. A client can end it early.
+void CQUAYMainWorker::AwaitClient(std::uint32_t sleepMs) {
+  if (m_IDET != 0 && m_pInterface->IsConnected()) {
+    for (std::uint32_t slept = 0; slept < sleepMs && m_bRun; slept += kInterferenceSliceMs) {
+      if (m_pConfig->WaitMainLoopSemaphore(kInterferenceSliceMs)) return;
+    }
+    return;
+  }
   m_pConfig->WaitMainLoopSemaphore(sleepMs);
   if (m_Round % 2 == 1) m_pInterface->RefreshProfiledAPList();
 }

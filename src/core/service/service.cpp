@@ -1,5 +1,8 @@
 #include "core/service/service.h"
 
+#include <algorithm>
+#include <array>
+
 #include "client/launch/launcher.h"
 #include "client/launch/user_environment.h"
 #include "client/notify/notification_manager.h"
@@ -7,13 +10,16 @@
 #include "config/store/process_flags.h"
 #include "core/foundation/utils.h"
 #include "core/log/log.h"
+#include "core/service/pilot_schedule.h"
 #include "core/service/version.h"
 #include "monitors/global_ap_gateway_map_memo.h"
 #include "monitors/global_dc_info_memo.h"
 #include "monitors/network_list_manager.h"
+#include "platform/clock_api.h"
 #include "platform/console_api.h"
 #include "platform/file_api.h"
 #include "platform/platform.h"
+#include "platform/session_api.h"
 #include "platform/thread_api.h"
 #include "telemetry/history/telemetry_memo.h"
 #include "wlan/binding/wifi_client_container.h"
@@ -32,6 +38,7 @@ constexpr std::uint32_t kUnwindMs = 10000;
 constexpr int kRoundsBetweenRefreshes = 15;
 constexpr std::uint32_t kNotificationsEndMs = 1000;
 constexpr std::uint64_t kRefreshLog = DBG(32);
+constexpr char16_t kSurveyHost[] = u"https://survey.corvane.example";
 
 void Sleep(std::uint32_t ms) { Os().threads.Sleep(ms); }
 
@@ -54,6 +61,18 @@ std::string LogBaseName() {
   return WideToUtf8(folder) + kBase;
 }
 
+// Empty when the machine is in no domain or does not tell.
+WString DNSDomainName() {
+  std::array<char16_t, 256> name{};
+  auto size = static_cast<platform::DWORD>(name.size());
+  if (!Os().session.GetComputerNameExW(platform::ComputerNameDnsDomain, name.data(), &size)) {
+    LOG_DEBUG(DBG(14), u"=WARNING= | [GetDNSDomainName] GetComputerNameExW() failed - rc %lu\n",
+              Os().threads.GetLastError());
+    return {};
+  }
+  return {name.data(), std::min<std::size_t>(size, name.size())};
+}
+
 }  // namespace
 
 Service::Service(const WString& programName) : m_ProgramName(programName) {}
@@ -72,14 +91,17 @@ int Service::Run() {
 }
 
 void Service::StartUp() {
+  CUtils::GetInstance().DetectRunningAsService();
   std::uint32_t fileLogging = 0;
   if (HomeKey()->GetRegistryDWORDValue(u"EnableFileLogging", &fileLogging)) g_EnableFileLogging = fileLogging;
   StartLogger(LogBaseName());
   LogRecord(kLogFile | kLogConsole | kLogMemory, "<I>", "Corvane.exe", " v", kVersion, ", BUILD Date ", kBuildDate);
+  LogRecord(kLogFile | kLogConsole, "<I>", "DNSDOMAINNAME = [", DNSDomainName(), "]");
   LOG_INFO(CUtils::GetInstance().IsRunningAsService()
                ? u"%s - Main:[start] RUNNING AS SERVICE [%S, %S] DYNAMIC_SCAN_THRESHOLD"
                : u"%s - Main:[start] RUNNING AS APPLICATION [%S, %S] DYNAMIC_SCAN_THRESHOLD",
            m_ProgramName, kVersion, kBuildDate);
+  OpenHomeKey();
   if (const platform::HRESULT result = CNotificationManagerSingleton::GetInstance().BeginThread(); result != 0) {
     LOG_ERROR(u"Main:[starting] the notification thread did not start: 0x%08x", result);
   }
@@ -93,7 +115,7 @@ void Service::StartUp() {
 
 void Service::RunPasses() {
   while (!m_bQuit) {
-    CGlobalConfigContainer::GetInstance().Initialize(false);
+    CGlobalConfigContainer::GetInstance().Initialize(m_bHomeKeyCreated);
     CountBoot();
     CGlobalDCInfoMemo::GetInstance().Load();
     CGlobalAPGatewayMapMemo::GetInstance().Load();
@@ -163,6 +185,7 @@ bool Service::RunMainRound() {
   if (const auto registry = config.GetRegistry()) registry->SetRegistryDWORDValue(u"VPNFound", g_bVPNFound);
   config.RefreshGlobals();
   RestartWorkers();
+  if (config.m_bEnablePilot) RunPilot();
   if (config.m_bServiceEnable) {
     Sleep(kRoundMs);
   } else {
@@ -207,7 +230,7 @@ void Service::ShutDown() {
   CGlobalConfigContainer::GetInstance().Shutdown(false);
   CGlobalWirelessMaps::GetInstance().Shutdown();
   // Nothing of the program may run any more when its log and its process-wide objects go.
-  Os().threads.AwaitAbandoned(kUnwindMs);
+  if (Os().threads.AwaitAbandoned(kUnwindMs)) CNotificationManagerSingleton::DropInstance();
   ReportLeaks();
   StopLogger();
 }
@@ -231,6 +254,38 @@ void Service::RefreshUser() {
   auto& config = CGlobalConfigContainer::GetInstance();
   config.SetUserTempPath(environment->tempPath);
   config.SetProxyPresent(environment->proxyPresent);
+}
+
+// The first open of the home key by the service.
+void Service::OpenHomeKey() {
+  class HomeKeyOpener : public CRegistryHelperBase {};
+  HomeKeyOpener().InitializeRegistry(kHomeKeyPath, &m_bHomeKeyCreated);
+}
+
+// The field experiment, by its calendar.
+void Service::RunPilot() {
+  switch (PilotStepAt(platform::SystemTimeNow())) {
+    case PilotStep::kFirstSurvey: OpenSurvey(u"Survey1", u"/prepilotsurvey.php"); break;
+    case PilotStep::kEngine: break;
+    case PilotStep::kEnd: {
+      const auto registry = CGlobalConfigContainer::GetInstance().GetRegistry();
+      std::uint32_t enabled = 0;
+      if (registry && registry->GetRegistryDWORDValue(u"EnablePilot", &enabled) && enabled != 0) {
+        registry->SetRegistryDWORDValue(u"EnablePilot", 0);
+        LOG_INFO(u"Main[Main loop]: Pilot-3: ENDING PILOT !!!!!!!!!!!!!!!!!\n");
+      }
+      OpenSurvey(u"Survey3", u"/postpilotsurvey.php");
+      break;
+    }
+  }
+}
+
+// Once, when a client has armed the flag.
+void Service::OpenSurvey(WStringView flag, WStringView page) {
+  auto& config = CGlobalConfigContainer::GetInstance();
+  if (!config.ReadFlagAndClear(flag)) return;
+  if (flag == u"Survey1") LOG_INFO(u"Main[Main loop]: Pilot-1: Launching Survey1 ...\n");
+  StartBrowserUrl(kSurveyHost + WString(page), config.GetSystemGuidText());
 }
 
 void Service::ReportLeaks() {

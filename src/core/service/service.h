@@ -25,6 +25,9 @@ class Service {
   void ShutDown();
   void ReadDebugValues();
   void RefreshUser();        // the logged-on user's environment
+  void OpenHomeKey();
+  void RunPilot();
+  void OpenSurvey(WStringView flag, WStringView page);
   void CountBoot();
   void RestartWorkers();
   void RefreshNLM();
@@ -36,6 +39,7 @@ class Service {
   WString m_ProgramName;
   bool m_bQuit = false;
   bool m_bFirstPass = true;
+  bool m_bHomeKeyCreated = false;  // by this process; so it stays for its whole life
   std::vector<CSmartPointer<CQUAYMainWorker>> m_Workers;
 };
 

@@ -1,5 +1,7 @@
 #include "platform/linux/linux_host.h"
 
+#include <unistd.h>
+
 #include <chrono>
 #include <string>
 
@@ -54,6 +56,7 @@ struct LinuxHost::Impl {
                  devices.Wlan()} {
     if (!notice.empty()) console.WriteError("corvane: " + notice + "\n");
     eventTrace.SetObserver(&HostEventFile::Append, &eventFile);
+    if (::isatty(STDIN_FILENO) == 1) session.SetWindows({u"Default IME"});
     devices.SetObserver(options.observer);
     devices.Start();
     SetPlatform(&platform);

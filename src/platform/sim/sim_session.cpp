@@ -337,7 +337,54 @@ DWORD SimSession::GetTempPathA(DWORD size, char* buffer) {
   return length;
 }
 
+BOOL SimSession::EnumWindows(WNDENUMPROC visit, void* context) {
+  if (!Passes("EnumWindows")) return FALSE;
+  std::size_t count = 0;
+  {
+    const std::lock_guard guard(m_Mutex);
+    count = m_Windows.size();
+  }
+  for (std::size_t window = 1; window <= count; ++window) {
+    if (!visit(reinterpret_cast<HANDLE>(window), context)) return FALSE;
+  }
+  return TRUE;
+}
+
+int SimSession::GetWindowTextW(HANDLE window, char16_t* title, int size) {
+  if (!Passes("GetWindowTextW")) return 0;
+  const std::lock_guard guard(m_Mutex);
+  const auto number = reinterpret_cast<std::uintptr_t>(window);
+  if (number == 0 || number > m_Windows.size() || size <= 0) return 0;
+  const std::u16string shown = m_Windows[number - 1].substr(0, static_cast<std::size_t>(size - 1));
+  std::memcpy(title, shown.c_str(), (shown.size() + 1) * sizeof(char16_t));
+  return static_cast<int>(shown.size());
+}
+
+BOOL SimSession::GetComputerNameExW(int nameType, char16_t* name, DWORD* size) {
+  if (!Passes("GetComputerNameExW")) return FALSE;
+  const std::lock_guard guard(m_Mutex);
+  if (nameType != ComputerNameDnsDomain) return Fail(ERROR_INVALID_PARAMETER);
+  const auto length = static_cast<DWORD>(m_DnsDomain.size());
+  if (*size <= length) {
+    *size = length + 1;
+    return Fail(ERROR_MORE_DATA);
+  }
+  std::memcpy(name, m_DnsDomain.c_str(), (length + 1) * sizeof(char16_t));
+  *size = length;
+  return TRUE;
+}
+
 // ---- for worlds and tests ---------------------------------------------------------------------------
+
+void SimSession::SetWindows(std::vector<std::u16string> titles) {
+  const std::lock_guard guard(m_Mutex);
+  m_Windows = std::move(titles);
+}
+
+void SimSession::SetDnsDomain(std::u16string name) {
+  const std::lock_guard guard(m_Mutex);
+  m_DnsDomain = std::move(name);
+}
 
 void SimSession::SetConsoleSession(DWORD session) {
   const std::lock_guard guard(m_Mutex);

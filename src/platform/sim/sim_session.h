@@ -62,6 +62,9 @@ class SimSession final : public SessionApi {
   BOOL TerminateProcess(HANDLE process, DWORD exitCode) override;
   int system(const char* command) override;
   int _wsystem(LPCWSTR command) override;
+  BOOL EnumWindows(WNDENUMPROC visit, void* context) override;
+  int GetWindowTextW(HANDLE window, char16_t* title, int size) override;
+  BOOL GetComputerNameExW(int nameType, char16_t* name, DWORD* size) override;
   DWORD GetTempPathA(DWORD size, char* buffer) override;
 
   // What the program started through CreateProcessAsUserW.
@@ -84,6 +87,9 @@ class SimSession final : public SessionApi {
   std::size_t CountRunning(std::u16string_view executable) const;
   void SetCommandResult(int result);  // of the command interpreter; 0 at start
   void SetTempPath(std::string path);
+  // Titles of the windows that the program sees, none at start: it runs as a service.
+  void SetWindows(std::vector<std::u16string> titles);
+  void SetDnsDomain(std::u16string name);
 
   std::vector<Launch> TakeLaunches();
   std::vector<std::u16string> TakeCommands();  // what the command interpreter was given
@@ -143,6 +149,8 @@ class SimSession final : public SessionApi {
   std::vector<std::u16string> m_Commands;
   int m_CommandResult = 0;
   std::string m_TempPath = "/data/temp/";
+  std::vector<std::u16string> m_Windows;  // a window's handle is its position, counted from 1
+  std::u16string m_DnsDomain = u"corvane.example";
 };
 
 }  // namespace corvane::platform::sim

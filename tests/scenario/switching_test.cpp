@@ -1,0 +1,131 @@
+// From a better access point to the switch.
+
+#include <set>
+
+#include "platform/sim/sim_files.h"
+#include "platform/sim/sim_registry.h"
+#include "scenario/service_fixture.h"
+
+namespace corvane::test {
+
+class SwitchingScenario : public ServiceTest {
+ protected:
+  // Access point 2 is out of reach, and from 60 s on far better than access point 1.
+  static WorldBuilder BetterFromOneMinute() {
+    return OfficeWorld(-80.0).Ap(OfficeBeacon(149), 2, -95.0).Signal({{0, -95.0}, {60'000, -95.0}, {60'001, -45.0}});
+  }
+  // Scans that ended between the moment when it got better and the connect.
+  std::size_t RoundsBeforeSwitch() {
+    if (!RunUntilTrue([&] { return Count(AirEvent::kConnectStarted) > 0; }, 200s)) return 0;
+    const std::uint64_t connect = Events(AirEvent::kConnectStarted).front().ms;
+    std::size_t scans = 0;
+    for (const AirEvent& scan : Events(AirEvent::kScanEnded, 60'001)) scans += scan.ms <= connect;
+    return scans;
+  }
+};
+
+TEST_F(SwitchingScenario, ACandidateRipensOverTwoRoundsWithOneAdapter) {
+  Start(BetterFromOneMinute());
+  EXPECT_EQ(RoundsBeforeSwitch(), 2u);
+  EXPECT_TRUE(RunUntilTrue([&] { return IsOn(2); }, 30s));
+}
+
+TEST_F(SwitchingScenario, AndOverThreeWithTwo) {
+  WorldBuilder world = BetterFromOneMinute();
+  world.Adapter().Ap(Beacon(u8"Lab").Channel(1).Ht20(1).Rsn({AKM_PSK}), 9, -60.0).Profile("Lab").Connected(9);
+  Start(world);
+  EXPECT_EQ(RoundsBeforeSwitch(), 3u);
+}
+
+TEST_F(SwitchingScenario, TrafficHoldsASwitchBackUntilItEnds) {
+  Start(BetterFromOneMinute().Traffic(40'000, 200'000, 20.0));
+  RunUntil(200'000);
+  EXPECT_EQ(Count(AirEvent::kConnectStarted), 0u);
+  EXPECT_TRUE(IsOn(1));
+  EXPECT_TRUE(RunUntilTrue([&] { return IsOn(2); }, 120s));
+}
+
+TEST_F(SwitchingScenario, AFailedConnectMovesToTheNextAndThenRestores) {
+  Start(BetterFromOneMinute()
+            .Ap(OfficeBeacon(52), 3, -95.0)
+            .Signal({{0, -95.0}, {60'000, -95.0}, {60'001, -55.0}})
+            .At(5'000, R"({"do": "refuse", "bssid": "02-50-00-00-00-02", "reason": 229377})")
+            .At(5'000, R"({"do": "refuse", "bssid": "02-50-00-00-00-03", "reason": 229377})"));
+  ASSERT_TRUE(RunUntilTrue([&] { return Count(AirEvent::kConnectFailed) >= 2; }, 200s));
+  const auto failed = Events(AirEvent::kConnectFailed);
+  EXPECT_NE(failed[0].bssid, failed[1].bssid) << "the next entry was not tried";
+  ASSERT_TRUE(RunUntilTrue([&] { return IsOn(1); }, 30s)) << "the old network was not restored";
+}
+
+TEST_F(SwitchingScenario, AHiddenNetworkIsFoundByItsDirectedScan) {
+  WorldBuilder world = OfficeWorld();
+  world.Ap(Beacon(u8"Secret").Channel(44).Vht80(2).Rsn({AKM_PSK}), 2, -50.0).Hidden().Profile("Secret", true, true);
+  Start(world);
+  EXPECT_TRUE(RunUntilTrue(
+      [&] { return Text(value::kCandidatesCSV).find(u"Secret") != std::u16string::npos; }, 60s));
+  bool directed = false;
+  for (const AirEvent& scan : Events(AirEvent::kScanStarted)) directed |= scan.ssid == "Secret";
+  EXPECT_TRUE(directed);
+}
+
+TEST_F(SwitchingScenario, AProfileOfTheUserIsToldOnce) {
+  Start(OfficeWorld().At(60'000, R"({"do": "profile", "add": {"ssid": "Hotel"}})"));
+  RunUntil(58'000);
+  const std::size_t before = CountNotices(u"System", u"ProfiledNetworksJson");
+  EXPECT_EQ(HomeText(value::kProfiledNetworksJson).find(u"Hotel"), std::u16string::npos);
+  RunUntil(150'000);
+  EXPECT_NE(HomeText(value::kProfiledNetworksJson).find(u"Hotel"), std::u16string::npos);
+  EXPECT_EQ(CountNotices(u"System", u"ProfiledNetworksJson"), before + 1);
+}
+
+TEST_F(SwitchingScenario, ADroppedDenyListIsAbsorbedAndMoved) {
+  Start(BetterFromOneMinute());
+  Pc().Files().Write(u"/program/denylist_ap.json",
+                     R"([["Office", "02-50-00-00-00-02"]])");
+  RunUntil(30'000);
+  EXPECT_FALSE(Pc().Files().Read(u"/program/denylist_ap.json"));
+  EXPECT_TRUE(Pc().Files().Read(u"/program/denylist_ap_backup.json"));
+  EXPECT_NE(Text(value::kDenylistJson).find(u"02-50-00-00-00-02"), std::u16string::npos);
+  RunUntil(240'000);
+  EXPECT_EQ(Count(AirEvent::kConnectStarted), 0u) << "a denied access point was chosen";
+}
+
+TEST_F(SwitchingScenario, TwoAdaptersNeverWantTheSameAccessPoint) {
+  WorldBuilder world = BetterFromOneMinute();
+  world.Ap(OfficeBeacon(52), 3, -95.0).Signal({{0, -95.0}, {60'000, -95.0}, {60'001, -46.0}});
+  world.Ap(OfficeBeacon(100), 4, -81.0);
+  world.Adapter().Connected(4).AutoSwitch(10, 1);
+  Start(world);
+  RunUntil(30'000);
+  for (int step = 0; step < 2400; ++step) {
+    RunFor(100ms);
+    MacAddress first{}, second{};
+    const bool both = Wlan(0)->GetReservation(&first) && Wlan(1)->GetReservation(&second);
+    ASSERT_FALSE(both && first == second) << Now();
+    const std::string a = ConnectedBssid(0), b = ConnectedBssid(1);
+    ASSERT_FALSE(!a.empty() && a == b) << Now();
+  }
+  EXPECT_EQ((std::set{ConnectedBssid(0), ConnectedBssid(1)}), (std::set{ApText(2), ApText(3)}));
+}
+
+// Two access points take turns at being the better one.
+TEST_F(SwitchingScenario, FlappingRaisesTheScoreThreshold) {
+  std::vector<platform::sim::SignalPoint> up, down;
+  for (std::uint64_t ms = 0; ms < 600'000; ms += 40'000) {
+    const bool odd = ms / 40'000 % 2 != 0;
+    for (const std::uint64_t at : {ms, ms + 39'999}) {
+      up.push_back({at, odd ? -45.0 : -82.0});
+      down.push_back({at, odd ? -82.0 : -45.0});
+    }
+  }
+  WorldBuilder world;
+  world.Adapter().Ap(OfficeBeacon(36), 1, -60.0).Signal(down).Ap(OfficeBeacon(149), 2, -60.0).Signal(up);
+  world.Profile("Office").Network("Office", 1).Connected(1).AutoSwitch();
+  Start(world);
+  RunUntil(40'000);
+  const std::uint32_t threshold = Number(value::kAPScoreThreshold);
+  ASSERT_TRUE(RunUntilTrue([&] { return Number(value::kAPScoreThreshold) != threshold; }, 400s));
+  EXPECT_EQ(Number(value::kAPScoreThreshold), threshold + 2);
+}
+
+}  // namespace corvane::test
