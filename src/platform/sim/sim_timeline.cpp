@@ -17,9 +17,23 @@ constexpr DWORD kInternet = 0x40;      // NLM_CONNECTIVITY_IPV4_INTERNET
 constexpr DWORD kLocalNetwork = 0x20;  // NLM_CONNECTIVITY_IPV4_LOCALNETWORK
 constexpr char16_t kOwnProgram[] = u"Corvane.exe";
 
+// Where Windows keeps the name that its user sees of a connection.
+std::u16string ConnectionKey(const GUID& adapter) {
+  return u"SYSTEM\\CurrentControlSet\\Control\\Network\\{4D36E972-E325-11CE-BFC1-08002BE10318}\\" +
+         GuidText(adapter) + u"\\Connection";
+}
+
 }  // namespace
 
 void SimTimeline::Boot() {
+  for (const Adapter& adapter : m.machine.world.adapters) {
+    RegistryWrite name;
+    name.key = ConnectionKey(adapter.guid);
+    name.name = u"Name";
+    name.type = REG_SZ;
+    name.text = adapter.connectionName;
+    Write(name);
+  }
   for (const RegistryWrite& write : m.machine.world.registry) Write(write);
   SetSession(m.machine.world.session);
 }

@@ -302,8 +302,14 @@ TEST_F(SimTablesTest, TheTimelineWritesTheRegistry) {
   before.name = u"Before";
   before.number = 7;
   world.registry = {before};
+  world.adapters[0].connectionName = u"Wi-Fi 2";
   Start(world);
   EXPECT_EQ(Pc().Registry().GetDword(kHomeKey, u"Before"), 7u);
+  EXPECT_EQ(Pc().Registry().GetText(u"SYSTEM\\CurrentControlSet\\Control\\Network\\"
+                                    u"{4D36E972-E325-11CE-BFC1-08002BE10318}\\"
+                                    u"{000000A1-0000-0000-0102-030405060708}\\Connection",
+                                    u"Name"),
+            u"Wi-Fi 2");
   Do(R"({"do": "registry", "adapter": 0, "name": "PassiveSuggestMode", "dword": 0})");
   EXPECT_EQ(Pc().Registry().GetDword(
                 std::u16string(kHomeKey) + u"\\{000000A1-0000-0000-0102-030405060708}",
