@@ -89,7 +89,7 @@ class CQUAYMainWorker : public SmartObjEx<CQUAYMainWorker, SmartObj<>>,
   void WriteRow(const WString& row);
   void DumpConnection(const Connection& now, bool isNew) const;  // to the log
 
-  // --- Capability and signal events (special_events.cpp); `entry` may be null
+  // --- Capability and signal events (link_events.cpp); `entry` may be null
   void HandleQUAYSpecialEtwEvents(CWlanBssEntry* entry, const char* context);
   void CompareCapabilities(CWlanBssEntry& entry, const char* context);
   void ReportSignal(CWlanBssEntry& entry, const char* context);
