@@ -276,9 +276,11 @@ void CQUAYMainWorker::DecideUnderLock() {
 void CQUAYMainWorker::RefreshSettings() {
   const CCritSecLock lock(m_pConfig->ObjectLock());
   m_pConfig->RefreshFromRegistry();
+  std::uint32_t detector = 0;  // a value that was taken away turns it off
   if (const auto registry = CGlobalConfigContainer::GetInstance().GetRegistry()) {
-    registry->GetRegistryDWORDValue(u"IDET", &m_IDET);
+    registry->GetRegistryDWORDValue(u"IDET", &detector);
   }
+  m_IDET = detector;
   m_pConfig->ClearStatusMessageIfOlder(kStatusNeedCredentials, kCredentialsTextMs);
   m_pInterface->RefreshNetworkAllowDenyFilters();
   const std::uint32_t scanMs = m_pConfig->GetScanIntervalSecs() * 1000;
