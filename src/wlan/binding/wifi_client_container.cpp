@@ -63,8 +63,7 @@ bool CWifiClientContainer::AdapterCountChanged() {
 
 bool CWifiClientContainer::AvoidThisCandidateOnMyIF(CWlanBssEntry* bss, CWlanInterface* myInterface) {
   if (!bss || !myInterface) {
-    LOG_ERROR(u"CWifiClientContainer::AvoidThisCandidateOnMyIF(): Invalid args!");
-    return false;
+    throw Exception("CWifiClientContainer::AvoidThisCandidateOnMyIF(): Invalid args!");
   }
   const auto client = Client();
   if (!client) return false;

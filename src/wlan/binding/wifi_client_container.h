@@ -17,7 +17,7 @@ class CWifiClientContainer {
   CSmartPointer<CWlanInterface> GetInterface(int position);  // in GUID order; null past the end
   bool AdapterCountChanged();
   // Another adapter is connected to this BSS or has reserved it. Takes the other adapters' interface
-  // locks, one at a time: the caller holds none.
+  // locks, one at a time: the caller holds none. Throws on null.
   bool AvoidThisCandidateOnMyIF(CWlanBssEntry* bss, CWlanInterface* myInterface);
 
  private:

@@ -147,7 +147,7 @@ TEST_F(WlanClientTest, OtherAdaptersConnectionAndReservationAreAvoided) {
   EXPECT_FALSE(avoids(2, other.get()));
   adapter->ClearConnected();
   EXPECT_FALSE(avoids(1, other.get()));
-  EXPECT_FALSE(Container().AvoidThisCandidateOnMyIF(nullptr, other.get()));
+  EXPECT_THROW(Container().AvoidThisCandidateOnMyIF(nullptr, other.get()), Exception);
 }
 
 }  // namespace
