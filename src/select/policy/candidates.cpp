@@ -108,7 +108,7 @@ class CounterPass {
     m_bMetThreshold = true;
   }
 
-  // An access point on the allow list that the user has been asked about is not to ripen again.
+  // An access point on the allow list that the user has been asked about need not ripen anew.
   bool IsOpenAllowedSuggestion(const CWlanBssEntry& entry) const {
     return CGlobalConfigContainer::GetInstance().m_bAllowlistEnabled &&
            IsAllowed(m_pConfig->m_Allowlist.Rows(), entry.m_SSIDW, entry.GetBssid()) &&
