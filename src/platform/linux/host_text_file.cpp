@@ -37,14 +37,14 @@ TextFileWriter::~TextFileWriter() {
   if (m_pFile) std::remove(m_Beside.c_str());
 }
 
-void TextFileWriter::WriteLine(std::string_view line) {
-  const bool written = std::fwrite(line.data(), 1, line.size(), m_pFile.get()) == line.size() &&
-                       std::fputc('\n', m_pFile.get()) != EOF;
-  if (!written) Fail(m_Beside, "write");
+void TextFileWriter::WriteLine(std::string_view line) noexcept {
+  m_bGood = m_bGood && std::fwrite(line.data(), 1, line.size(), m_pFile.get()) == line.size() &&
+            std::fputc('\n', m_pFile.get()) != EOF;
 }
 
 void TextFileWriter::Commit() {
-  if (std::fclose(m_pFile.release()) != 0) Fail(m_Beside, "write");
+  const bool closed = std::fclose(m_pFile.release()) == 0;
+  if (!m_bGood || !closed) Fail(m_Beside, "write");
   if (std::rename(m_Beside.c_str(), m_Path.c_str()) != 0) Fail(m_Path, "replace");
 }
 

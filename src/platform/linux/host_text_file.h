@@ -11,7 +11,8 @@ namespace corvane::platform::linux_host {
 std::string ReadTextFile(const std::string& path);
 
 // Writes a new file beside the one of that name and puts it in its place at the end, so that readers
-// see the old text or the whole new one. Without Commit nothing is changed.
+// see the old text or the whole new one. Without Commit nothing is changed. A line that could not be
+// written makes Commit throw.
 class TextFileWriter {
  public:
   explicit TextFileWriter(const std::string& path);
@@ -19,7 +20,7 @@ class TextFileWriter {
   TextFileWriter(const TextFileWriter&) = delete;
   TextFileWriter& operator=(const TextFileWriter&) = delete;
 
-  void WriteLine(std::string_view line);
+  void WriteLine(std::string_view line) noexcept;
   void Commit();  // once
 
  private:
@@ -30,6 +31,7 @@ class TextFileWriter {
   const std::string m_Path;
   const std::string m_Beside;
   std::unique_ptr<std::FILE, Closer> m_pFile;
+  bool m_bGood = true;
 };
 
 }  // namespace corvane::platform::linux_host
