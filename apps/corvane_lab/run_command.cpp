@@ -55,7 +55,7 @@ struct Trouble {
 
 // One run; empty when all is well, else what went wrong.
 std::string RunOnce(const RunPlan& plan, Output* output, RunSummary* summary) {
-  RunReport report(&Output::Print, output);
+  RunReport report(&Output::Print, output, output->json.has_value());
   PcOptions watched = plan.options;
   watched.observer = &report;
   watched.faultRate = 0.0;

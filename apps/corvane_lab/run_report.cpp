@@ -93,7 +93,7 @@ RunReport::AdapterView& RunReport::View(int adapter) {
 void RunReport::OnRound(const RoundRecord& round) {
   ++m_Summary.rounds;
   AdapterView& view = View(round.adapter);
-  m_Print({}, RoundJson(round), m_pContext);
+  if (m_bRounds) m_Print({}, RoundJson(round), m_pContext);
   std::string outcome = OutcomeText(round);
   if (IsTiresome(round) || outcome == view.outcome) return;
   view.outcome = std::move(outcome);

@@ -34,7 +34,8 @@ class RunReport : public platform::sim::IPcObserver {
  public:
   // Each line goes to `print`, as text and as one JSON object; what would tire a reader has no text.
   using Print = void (*)(const std::string& text, const std::string& json, void* context);
-  RunReport(Print print, void* context) : m_Print(print), m_pContext(context) {}
+  // `rounds`: with one JSON object for every round.
+  RunReport(Print print, void* context, bool rounds) : m_Print(print), m_pContext(context), m_bRounds(rounds) {}
 
   // From before the service starts until after it has ended; both outlive that.
   void Attach(platform::sim::SimulatedPc& pc, const platform::sim::World& world);
@@ -83,6 +84,7 @@ class RunReport : public platform::sim::IPcObserver {
 
   Print m_Print;
   void* m_pContext;
+  const bool m_bRounds;
   platform::sim::SimulatedPc* m_pPc = nullptr;
   std::optional<RoundRecorder> m_Rounds;
   std::optional<DecisionAudit> m_Audit;
