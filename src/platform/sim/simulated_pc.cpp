@@ -21,6 +21,9 @@ struct SimulatedPc::Impl {
                  devices.IpHelper(),     devices.NetworkList(), devices.PerfCounters(),
                  devices.Power(),        kernel.Registry(), kernel.Session(),
                  devices.Wlan()} {
+    for (const ProgramFile& file : world.files) {
+      kernel.Files().Write(SimFiles::kProgramFolder + (u"/" + file.name), file.text);
+    }
     devices.SetObserver(options.observer);
     devices.Start();
     SetPlatform(&platform);

@@ -216,6 +216,12 @@ struct RegistryWrite {
   bool remove = false;
 };
 
+// A file that lies in the folder of the program's executable before it starts.
+struct ProgramFile {
+  std::u16string name;
+  std::string text;
+};
+
 // What an entry of the timeline does. Behind each, the members of Action that it reads.
 enum class ActionKind {
   kMove,         // to, speed: the machine walks there from where it is
@@ -301,6 +307,7 @@ struct World {
   Power power;
   Session session;
   std::vector<RegistryWrite> registry;  // what stands there before the program starts
+  std::vector<ProgramFile> files;
   std::vector<Action> timeline;         // by rising time; entries of one time in the file's order
 };
 

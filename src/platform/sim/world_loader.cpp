@@ -5,6 +5,7 @@
 #include "platform/sim/radio_model.h"
 #include "platform/sim/world_json.h"
 #include "platform/sim/world_sections.h"
+#include "platform/sim/world_text.h"
 
 namespace corvane::platform::sim {
 
@@ -29,6 +30,18 @@ std::vector<Waypoint> ReadMachine(const JsonNode& node) {
   });
   fields.Finish();
   return path;
+}
+
+ProgramFile ReadFile(const JsonNode& node) {
+  JsonFields fields(node);
+  ProgramFile out;
+  const JsonNode name = fields.Need("name");
+  out.name = FromUtf8(name.Text());
+  if (out.name.empty() || out.name.find_first_of(u"/\\") != out.name.npos)
+    name.Fail("wants the bare name of a file");
+  out.text = fields.Need("text").Text();
+  fields.Finish();
+  return out;
 }
 
 void TakeAir(JsonFields& fields, World* world) {
@@ -87,6 +100,7 @@ World ParseWorld(const std::string& jsonText, const std::string& fileName) {
               [&](const JsonNode& item) { world.traffic.push_back(ReadTraffic(item, world)); });
   fields.Each("registry",
               [&](const JsonNode& item) { world.registry.push_back(ReadRegistry(item, world)); });
+  fields.Each("files", [&](const JsonNode& item) { world.files.push_back(ReadFile(item)); });
   if (const auto machine = fields.Find("machine")) world.path = ReadMachine(*machine);
   if (const auto session = fields.Find("session")) world.session = ReadSession(*session);
   TakeAir(fields, &world);

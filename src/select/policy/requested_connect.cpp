@@ -46,6 +46,12 @@ bool TryRepeatedly(CWlanInterface& adapter, CQUAYInterfaceConfig& config, CWlanB
   return false;
 }
 
+// A connect without a profile only starts the credential prompter.
+bool IsConnectedTo(CWlanInterface& adapter, const CWlanBssEntry& entry) {
+  ConnectionFacts facts;
+  return adapter.GetConnectedSSID(&facts) && facts.bssid == entry.GetBssid();
+}
+
 void LogOrder(int idx, const char* text, const WString& ssid, const WString& bssid, std::uint32_t outputs) {
   LogRecord(outputs, "<I>", "[Adapter", idx, text, ssid, " ", bssid);
 }
@@ -92,7 +98,7 @@ bool CGlobalQUAYPolicy::FindAndConnectToBssEntry(CWlanInterface* pIf, const BssE
                 u"[%i] [try=%i] FindAndConnectToBssEntry: Success connecting to %s [STATs: failed=%i, "
                 u"good=%i]\n",
                 idx, tries, entry->m_SSIDW, entry->m_connect_failed, entry->m_connect_good);
-    PublishConnection(*pIf, *config, *entry);
+    if (IsConnectedTo(*pIf, *entry)) PublishConnection(*pIf, *config, *entry);
     return true;
   }
   config->SetString(value::kConnectStatus, u"error");

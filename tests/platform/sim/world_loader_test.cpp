@@ -23,7 +23,8 @@ World Shipped(const std::string& name) {
 }
 
 TEST(ShippedWorlds, LoadAndTellAStoryThatIsTheirs) {
-  for (const char* name : {"home", "office-walk", "two-adapters", "two-hours", "ten-minutes"}) {
+  for (const char* name : {"home", "office-walk", "two-adapters", "two-hours", "ten-minutes",
+                           "eight-hours", "office-day"}) {
     const World world = Shipped(name);
     EXPECT_EQ(world.name, name);
     EXPECT_FALSE(world.adapters.empty()) << name;
