@@ -116,6 +116,7 @@ TEST_F(ConnectionScenario, TheEventStreamTellsOfConnectionContentionAndLossOnce)
   const auto contention = TraceEvents("TRELLIS_N_WIFI_AP_CONTENTION_NIC1");
   ASSERT_EQ(contention.size(), 1u);
   EXPECT_EQ(contention[0].Text("opp_bssids_csv"), ApText(2));
+  EXPECT_TRUE(Printed("[0]  Contention APs: Lab[" + ApText(2) + "(SQ ")) << "in the dump of the connection";
   EXPECT_TRUE(TraceEvents("TRELLIS_N_AP_DISCONNECTED_NIC1").empty());
   RunUntil(140'000);
   ASSERT_EQ(TraceEvents("TRELLIS_N_AP_DISCONNECTED_NIC1").size(), 1u);
