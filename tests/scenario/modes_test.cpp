@@ -123,6 +123,12 @@ TEST_F(ModesScenario, AClientConnectsByProfileOrThroughThePrompterOrNotAtAll) {
   EXPECT_TRUE(IsOn(2));
   EXPECT_EQ(HistoryRows(",connected,Lab,").size(), 1u);
 
+  OrderConnect(1, u"Office");
+  ASSERT_TRUE(RunUntilTrue([&] { return Text(value::kConnectStatus) == u"connecting"; }, 20s));
+  OrderConnect(2, u"Lab");
+  EXPECT_EQ(Statuses(30s), (Words{u"pending", u"connecting", u"connected"}));
+  EXPECT_TRUE(IsOn(2)) << "an order that came during a round was lost";
+
   OrderConnect(99, u"Ghost");
   EXPECT_EQ(Statuses(30s), (Words{u"pending", u"error"}));
   EXPECT_TRUE(IsOn(2));
@@ -134,7 +140,7 @@ TEST_F(ModesScenario, AClientConnectsByProfileOrThroughThePrompterOrNotAtAll) {
   const auto prompters = TakeLaunches(kPrompter);
   ASSERT_EQ(prompters.size(), 1u);
   EXPECT_EQ(prompters[0].commandLine, u"PassphraseDesk.exe 0 \"Cafe\" 02-50-00-00-00-03 7 7");
-  EXPECT_EQ(Count(AirEvent::kConnectStarted), 1u);
+  EXPECT_EQ(Count(AirEvent::kConnectStarted), 3u);
 
   platform::sim::Profile profile;  // the prompter's answer
   profile.ssid = "Cafe";

@@ -62,6 +62,15 @@ TEST_F(SuggestionScenario, ByEventWaitsForItsYesAndIsClosedByTheBest) {
   EXPECT_EQ(TraceEvents(kBest).front().Text("bssid"), ApText(2));
   EXPECT_EQ(Number(u"BestCount"), 1u);
   EXPECT_TRUE(Config()->m_Etw.GetMemo().IsEmpty());
+
+  // The user goes back by hand: from now on a dialog asks, until the service has connected by itself.
+  Do(R"({"do": "connect", "adapter": 0, "ssid": "Office"})");
+  ASSERT_TRUE(WaitForSuggestion(1) && RunUntilTrue([&] { return IsOn(1); }, 60s));
+  EXPECT_TRUE(RunUntilTrue([&] { return TakeDialogs().size() == 1; }, 120s));
+  EXPECT_EQ(TraceEvents(kSuggest).size(), 1u);
+  AcceptSuggestion();
+  ASSERT_TRUE(RunUntilTrue([&] { return IsOn(2); }, 30s));
+  EXPECT_FALSE(Config()->m_bForcePopupOverride);
 }
 
 TEST_F(SuggestionScenario, AnAcceptedOneThatRefusesLeavesTheOldNetwork) {
@@ -82,6 +91,22 @@ TEST_F(SuggestionScenario, AnAcceptedOneThatRefusesLeavesTheOldNetwork) {
   AcceptSuggestion();
   EXPECT_TRUE(RunUntilTrue([&] { return IsOn(2); }, 30s));
   EXPECT_EQ(TraceEvents(kSuggest).size(), 1u);
+}
+
+TEST_F(SuggestionScenario, OneThatLeavesTheAirIsWithdrawn) {
+  Start(BetterLabWorld(1));
+  ASSERT_TRUE(WaitForSuggestion(1));
+  Do(R"({"do": "accessPoint", "bssid": "02-50-00-00-00-02", "on": false})");
+  ASSERT_TRUE(RunUntilTrue([&] { return Text(value::kSuggestedNetworkBSSID).empty(); }, 600s));
+  EXPECT_EQ(Text(value::kSuggestedNetwork), u"");
+  RunFor(20s);
+  ASSERT_EQ(TraceEvents(kBest).size(), 2u);
+  EXPECT_EQ(TraceEvents(kBest).front().Text("bssid"), ApText(2)) << "nothing ends the event";
+  EXPECT_EQ(TraceEvents(kBest).back().Text("bssid"), ApText(1));
+  AcceptSuggestion();  // too late
+  RunFor(30s);
+  EXPECT_EQ(Text(value::kConnectStatus), u"error");
+  EXPECT_TRUE(IsOn(1));
 }
 
 TEST_F(SuggestionScenario, ByPopupAsksOnceADayAndHoldsStillMeanwhile) {
@@ -137,7 +162,7 @@ TEST_F(SuggestionScenario, ByPopupAsksOnceADayAndHoldsStillMeanwhile) {
 }
 
 TEST_F(SuggestionScenario, AnAllowListTurnsASwitchIntoAQuestion) {
-  WorldBuilder world = BetterLabWorld(0, -60.0).Ap(Beacon(u8"Cafe").Channel(44).Vht80(2).Rsn({AKM_PSK}), 3, -95.0);
+  WorldBuilder world = BetterLabWorld(0, -64.0).Ap(Beacon(u8"Cafe").Channel(44).Vht80(2).Rsn({AKM_PSK}), 3, -95.0);
   Start(world.Signal(HeardFrom(60'000, -40.0)).Profile("Cafe").Network("Cafe", 1));
   RunUntil(20'000);
   Write(value::kAllowlistJson, uR"([["Office"], ["Lab", "02-50-00-00-00-02"]])");
@@ -151,6 +176,11 @@ TEST_F(SuggestionScenario, AnAllowListTurnsASwitchIntoAQuestion) {
     EXPECT_NE(Text(value::kSuggestedNetworkSSID), u"Cafe");
   }
   EXPECT_EQ(Count(AirEvent::kConnectStarted), 0u);
+  AcceptSuggestion();
+  ASSERT_TRUE(RunUntilTrue([&] { return IsOn(2); }, 30s));
+  RunFor(120s);
+  EXPECT_TRUE(IsOn(2));
+  EXPECT_TRUE(TakeDialogs().empty()) << "nothing that is allowed is better";
 
   WriteHome(u"AllowlistEnabled", 0);
   EXPECT_TRUE(RunUntilTrue([&] { return IsOn(3); }, 120s)) << "without the list it acts by itself again";

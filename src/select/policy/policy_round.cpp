@@ -117,18 +117,19 @@ class PolicyRound {
     }
   }
 
-  // One act at most: what people ask for comes first. A client's order lives for one round.
+  // One act at most: what people ask for comes first. A client's order lives for one round; one that
+  // comes while it is carried out waits for the next.
   void Act() {
     if (CGlobalQUAYPolicy::CheckAcceptSuggestion(&m_Adapter, m_Candidates, m_Facts)) {
       LogSkippedChoice(u"TRIED PASSIVE (SUGGESTION-ACCEPTANCE) CONNECT");
-    } else if (CGlobalQUAYPolicy::CheckExecuteConnectFromUI(&m_Adapter, m_Candidates, m_Facts)) {
-      m_pConfig->ClearUIConnectRequest();
+      return;
+    }
+    const UIConnectRequest order = m_pConfig->TakeUIConnectRequest();
+    if (CGlobalQUAYPolicy::CheckExecuteConnectFromUI(&m_Adapter, order, m_Candidates, m_Facts)) {
       LogSkippedChoice(u"EXECUTED UI CONNEC CMD - PROFILES");
-    } else if (CGlobalQUAYPolicy::CheckExecuteConnectFromUI(&m_Adapter, m_Others, m_Facts)) {
-      m_pConfig->ClearUIConnectRequest();
+    } else if (CGlobalQUAYPolicy::CheckExecuteConnectFromUI(&m_Adapter, order, m_Others, m_Facts)) {
       LogSkippedChoice(u"EXECUTED UI CONNEC CMD - NON-PROFILES");
     } else {
-      m_pConfig->ClearUIConnectRequest();
       CGlobalQUAYPolicy::MakeChoice(&m_Adapter, m_Candidates, m_Facts);
     }
   }

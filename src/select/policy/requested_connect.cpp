@@ -102,11 +102,9 @@ bool CGlobalQUAYPolicy::FindAndConnectToBssEntry(CWlanInterface* pIf, const BssE
   return false;
 }
 
-bool CGlobalQUAYPolicy::CheckExecuteConnectFromUI(CWlanInterface* pIf, const BssEntryList& entries,
-                                                  const ConnectionFacts& facts) {
+bool CGlobalQUAYPolicy::CheckExecuteConnectFromUI(CWlanInterface* pIf, const UIConnectRequest& request,
+                                                  const BssEntryList& entries, const ConnectionFacts& facts) {
   const int idx = pIf->GetConfigIdx();
-  const CSmartPointer<CQUAYInterfaceConfig> config = pIf->Config();
-  const UIConnectRequest request = config->GetUIConnectRequest();
   if (request.bssid.empty()) return false;
 
   MacAddress bssid{};
