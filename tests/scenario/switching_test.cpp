@@ -77,9 +77,9 @@ TEST_F(SwitchingScenario, APrivateNetworkLeadsTheListHoweverWeak) {
   world->profiles.back().name = u"Lab 2";
   Start(world);
   const auto leads = [&](WStringView ssid) { return Text(value::kCandidatesCSV).starts_with(ssid); };
-  Write(value::kPreferPrivateNetwork, 1);
+  Write(value::kPreferPrivateNetwork, 1u);
   EXPECT_TRUE(RunUntilTrue([&] { return leads(u"Lab\v"); }, 40s));
-  Config()->m_PreferPrivateNetwork = false;
+  Write(value::kPreferPrivateNetwork, 0u);
   EXPECT_TRUE(RunUntilTrue([&] { return leads(u"Office\v"); }, 40s));
 }
 

@@ -41,7 +41,7 @@ class FastScanRound {
     if (!m_pBest) {
       LOG_ADAPTER(m_Idx, kFastScanLog,
                   u"\n[%i][EnabledFastScan_connected] INTERFACE STATE: %i -- pBestCandidate is NULL!\n", m_Idx,
-                  m_State);
+                  State());
       return;
     }
     if (alreadyBest) {

@@ -60,7 +60,7 @@ TEST_F(ChoiceTest, DenyRowHoldsForEverySpellingOfItsSsid) {
 TEST_F(ChoiceTest, DisabledAdapterKeepsADeniedConnectionAndAFailedDisconnectGoesOn) {
   Connect("Office", 1);
   Add("Office", 1, 50);
-  Deny(u"[[\"Office\",\"any\"]]");
+  Deny(u"[[\"Office\",\"02-00-00-00-00-01\"]]");
   config->m_Enabled = false;
   Round();
   EXPECT_EQ(wlan->calls, Calls{});

@@ -248,7 +248,7 @@ TEST_F(SwitchingTest, FirstConnectTakesTheNextEntryAfterARefusal) {
 
   const auto again = [&] {
     Disconnect();
-    adapter->m_consec_disconnects = 20;
+    adapter->m_consec_disconnects = 30;
     wlan->calls.clear();
     Round();
     return wlan->calls.size();
