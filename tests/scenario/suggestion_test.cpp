@@ -162,7 +162,7 @@ TEST_F(SuggestionScenario, ByPopupAsksOnceADayAndHoldsStillMeanwhile) {
 }
 
 TEST_F(SuggestionScenario, AnAllowListTurnsASwitchIntoAQuestion) {
-  WorldBuilder world = BetterLabWorld(0, -64.0).Ap(Beacon(u8"Cafe").Channel(44).Vht80(2).Rsn({AKM_PSK}), 3, -95.0);
+  WorldBuilder world = BetterLabWorld(0, -60.0).Ap(Beacon(u8"Cafe").Channel(44).Vht80(2).Rsn({AKM_PSK}), 3, -95.0);
   Start(world.Signal(HeardFrom(60'000, -40.0)).Profile("Cafe").Network("Cafe", 1));
   RunUntil(20'000);
   Write(value::kAllowlistJson, uR"([["Office"], ["Lab", "02-50-00-00-00-02"]])");
@@ -178,6 +178,7 @@ TEST_F(SuggestionScenario, AnAllowListTurnsASwitchIntoAQuestion) {
   EXPECT_EQ(Count(AirEvent::kConnectStarted), 0u);
   AcceptSuggestion();
   ASSERT_TRUE(RunUntilTrue([&] { return IsOn(2); }, 30s));
+  Do(R"({"do": "signal", "bssid": "02-50-00-00-00-02", "dbm": -80})");
   RunFor(120s);
   EXPECT_TRUE(IsOn(2));
   EXPECT_TRUE(TakeDialogs().empty()) << "nothing that is allowed is better";
