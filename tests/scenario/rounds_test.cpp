@@ -1,6 +1,5 @@
 // What lets a round run, and what holds it back.
 
-#include "config/settings/global_config_container.h"
 #include "platform/sim/sim_registry.h"
 #include "platform/sim/sim_session.h"
 #include "scenario/service_fixture.h"
@@ -65,7 +64,7 @@ TEST_F(RoundsScenario, WaitsForTheRadioAndScansWhenItIsBack) {
 }
 
 TEST_F(RoundsScenario, HoldsStillWhileAVpnIsUp) {
-  WorldBuilder world = OfficeWorld();
+  WorldBuilder world = OfficeWorld().Ap(OfficeBeacon(52), 2, -77.0);
   platform::sim::OtherAdapter vpn;
   vpn.description = u"TAP-Windows Adapter V9";
   vpn.friendlyName = u"Work VPN";
@@ -73,6 +72,7 @@ TEST_F(RoundsScenario, HoldsStillWhileAVpnIsUp) {
   vpn.ifType = 53;
   world->otherAdapters.push_back(vpn);
   world.At(60'000, R"({"do": "interface", "interface": "Work VPN", "on": true})")
+      .At(70'000, R"({"do": "roam", "adapter": 0, "bssid": "02-50-00-00-00-02"})")
       .At(120'000, R"({"do": "interface", "interface": "Work VPN", "on": false})");
   Start(world);
   RunUntil(58'000);
@@ -81,6 +81,7 @@ TEST_F(RoundsScenario, HoldsStillWhileAVpnIsUp) {
   RunUntil(80'000);
   EXPECT_EQ(HomeNumber(u"VPNFound"), 1u);
   EXPECT_EQ(Number(value::kVPNInhibited), 1u);
+  EXPECT_TRUE(IsOn(2)) << "a client still reads of the connection before the tunnel";
   EXPECT_EQ(Text(value::kStatusMessage), LookUpStatusText(kStatusVpn));
   EXPECT_EQ(Text(value::kSuggestedNetwork), u"");
   EXPECT_EQ(Pc().Kernel().Session().CountRunning(u"NudgeDialog.exe"), 0u);
@@ -130,26 +131,12 @@ TEST_F(RoundsScenario, RunsRoundsWithoutDelayInAWindowOnMainsOnly) {
   EXPECT_LE(CountRounds(20s), 3);
 }
 
-TEST_F(RoundsScenario, SleepsWhileDisabledAndMonitorsIfAsked) {
+TEST_F(RoundsScenario, SleepsWhileDisabled) {
   Start(OfficeWorld());
   RunUntil(30'000);
   Write(value::kEnabled, 0u);
   RunFor(15s);
   EXPECT_EQ(CountRounds(40s), 0);
-  WriteHome(u"DBWMEnable", 1);
-  CGlobalConfigContainer::GetInstance().m_bMonitorWhileDisabled = true;
-  EXPECT_GE(CountRounds(40s), 2);
-}
-
-TEST_F(RoundsScenario, LatchesToAPrivateNetwork) {
-  Start(OfficeWorld().At(8'000, R"({"do": "registry", "adapter": 0, "name": "LatchToPrivate", "dword": 1})"));
-  RunUntil(40'000);
-  EXPECT_FALSE(Config()->m_network_switching);
-  EXPECT_EQ(Text(value::kStatusMessage), LookUpStatusText(kStatusRestrictedToPrivate));
-  Write(value::kLatchToPrivate, 0u);
-  RunUntil(60'000);
-  EXPECT_TRUE(Config()->m_network_switching);
-  EXPECT_EQ(Text(value::kStatusMessage), u"");
 }
 
 }  // namespace corvane::test

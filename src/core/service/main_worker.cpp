@@ -44,7 +44,10 @@ void LogAdapter(const CWlanInterface& adapter) {
            adapter.GetGuidText(), adapter.GetDescription());
   adapter.DumpIPAddresses();
   std::list<WString> networks;
-  CNetworkListManager::GetInstance().GetNetworkNamesForInterface(adapter.GetGuid(), &networks);
+  try {
+    CNetworkListManager::GetInstance().GetNetworkNamesForInterface(adapter.GetGuid(), &networks);
+  } catch (const Exception&) {  // the list is not up: its names are only for the log
+  }
   for (const WString& name : networks) LOG_INFO(u"[%i]  Network: %s", adapter.GetConfigIdx(), name);
 }
 
@@ -329,7 +332,7 @@ void CQUAYMainWorker::HoldForVPN() {
   RoundWatches::Step(m_ConfigIdx, RoundStep::kVpn);
   m_pConfig->SetVPNInhibited(true);
   m_pConfig->SetString(value::kSuggestedNetwork, u"");
-  SurgicalUpdateIfInhibited();
+  SurgicalUpdateIfInhibited(true);
   LOG_ADAPTER(m_ConfigIdx, kLoopLog,
               u"[%i]CQUAYMainWorker::WorkThreadProc[LOOP] - VPN-INHIBITED, SLEEPING [5000]", m_ConfigIdx);
   m_pConfig->SetStatusMessage(kStatusVpn);
