@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cstdio>
+#include <optional>
 #include <string>
 
 #include "core/foundation/format.h"
@@ -8,11 +9,11 @@
 #include "corvane_lab/commands.h"
 #include "corvane_lab/run_report.h"
 #include "corvane_lab/service_run.h"
+#include "corvane_lab/simulated_user.h"
+#include "corvane_lab/world_source.h"
 #include "platform/linux/host_text_file.h"
 #include "platform/sim/fault_plan.h"
 #include "platform/sim/simulated_pc.h"
-#include "platform/sim/world.h"
-#include "platform/sim/world_loader.h"
 
 namespace corvane::lab {
 
@@ -25,15 +26,22 @@ using platform::sim::World;
 constexpr std::uint64_t kDefaultMs = 30 * 60'000;
 constexpr std::uint64_t kSampleMs = 1000;
 
-// Where the lines go: standard output, and a JSON text that is kept until the end.
+// Where the lines go: standard output, and a file of JSON.
 struct Output {
   bool quiet = false;
-  std::string json;
+  std::optional<platform::linux_host::TextFileWriter> json;
   static void Print(const std::string& text, const std::string& json, void* context) {
     auto& self = *static_cast<Output*>(context);
-    if (!self.quiet) std::printf("%s\n", text.c_str());
-    self.json += json + "\n";
+    if (!self.quiet && !text.empty()) std::printf("%s\n", text.c_str());
+    if (self.json && !json.empty()) self.json->WriteLine(json);
   }
+};
+
+struct RunPlan {
+  World world;
+  PcOptions options;
+  std::uint64_t ms = kDefaultMs;
+  bool user = false;  // somebody answers the suggestions
 };
 
 // What a run must not do.
@@ -46,49 +54,57 @@ struct Trouble {
 };
 
 // One run; empty when all is well, else what went wrong.
-std::string RunOnce(const World& world, const PcOptions& options, std::uint64_t ms, Output* output,
-                    RunSummary* summary) {
-  RunReport report(&Output::Print, output);
-  PcOptions watched = options;
+std::string RunOnce(const RunPlan& plan, Output* output, RunSummary* summary) {
+  RunReport report(&Output::Print, output, output->json.has_value());
+  PcOptions watched = plan.options;
   watched.observer = &report;
   watched.faultRate = 0.0;
   Trouble trouble;
   {
-    SimulatedPc pc(world, watched);
+    SimulatedPc pc(plan.world, watched);
     pc.SetReportHandler(&Trouble::Note, &trouble);
-    report.Attach(&pc);
+    report.Attach(pc, plan.world);
+    SimulatedUser user(watched.seed);
     ServiceRun service(pc);
     service.Start();
-    for (std::uint64_t done = 0; done < ms && trouble.report.empty(); done += kSampleMs) {
-      pc.RunFor(std::chrono::milliseconds(std::min(kSampleMs, ms - done)));
+    for (std::uint64_t done = 0; done < plan.ms && trouble.report.empty(); done += kSampleMs) {
+      pc.RunFor(std::chrono::milliseconds(std::min(kSampleMs, plan.ms - done)));
       // Faults begin once the service is up: a start that fails ends it, as it should.
-      if (done == 0 && options.faultRate > 0.0) pc.Faults().FailRandomly(options.faultRate, options.seed);
+      if (done == 0 && plan.options.faultRate > 0.0) {
+        pc.Faults().FailRandomly(plan.options.faultRate, plan.options.seed);
+      }
       if (!service.IsRunning()) {
         Trouble::Note(FormatA("the service ended by itself, exit code %i", service.ExitCode()), &trouble);
         break;
       }
       report.Sample();
+      if (plan.user) user.Look(done + kSampleMs);
     }
     if (!service.Stop()) Trouble::Note("the service did not end within three minutes", &trouble);
     report.PrintSummary();
-    report.Attach(nullptr);
+    report.Detach();
   }
   if (trouble.report.empty() && LiveObjectCount() != 0) {
     Trouble::Note(FormatA("%u objects are left over", LiveObjectCount()), &trouble);
   }
   *summary = report.Summary();
+  if (trouble.report.empty() && !summary->brokenRule.empty()) {
+    Trouble::Note("a decision breaks a rule: " + summary->brokenRule, &trouble);
+  }
   return trouble.report;
 }
 
 // A range of seeds: only those that go wrong are told.
-int RunSeeds(const World& world, PcOptions options, std::uint64_t ms, std::uint64_t first, std::uint64_t last) {
-  std::uint64_t bad = 0;
+int RunSeeds(RunPlan plan, std::uint64_t first, std::uint64_t last) {
+  std::uint64_t bad = 0, rounds = 0, moves = 0;
+  Output output;
+  output.quiet = true;
   for (std::uint64_t seed = first; seed <= last; ++seed) {
-    options.seed = seed;
-    Output output;
-    output.quiet = true;
+    plan.options.seed = seed;
     RunSummary summary;
-    const std::string trouble = RunOnce(world, options, ms, &output, &summary);
+    const std::string trouble = RunOnce(plan, &output, &summary);
+    rounds += summary.rounds;
+    moves += summary.moves;
     if (!trouble.empty()) {
       ++bad;
       std::printf("seed %llu: %s\n", static_cast<unsigned long long>(seed), trouble.c_str());
@@ -98,8 +114,9 @@ int RunSeeds(const World& world, PcOptions options, std::uint64_t ms, std::uint6
                    static_cast<unsigned long long>(last - first + 1), static_cast<unsigned long long>(bad));
     }
   }
-  std::printf("%llu seeds, %llu bad\n", static_cast<unsigned long long>(last - first + 1),
-              static_cast<unsigned long long>(bad));
+  std::printf("%llu seeds, %llu bad; %llu rounds, %llu moves by the service's own decision\n",
+              static_cast<unsigned long long>(last - first + 1), static_cast<unsigned long long>(bad),
+              static_cast<unsigned long long>(rounds), static_cast<unsigned long long>(moves));
   return bad == 0 ? 0 : 1;
 }
 
@@ -116,29 +133,27 @@ void ParseSeeds(const std::string& text, std::uint64_t* first, std::uint64_t* la
 }  // namespace
 
 int RunCommand(const std::vector<std::string>& words) {
-  const Arguments arguments(words, {"--for", "--seed", "--json", "--air", "--faults", "--seeds"}, {"--interleave"});
-  const auto air = arguments.Value("--air");
-  if (arguments.Rest().size() != (air ? 0u : 1u)) throw UsageError("one world, or --air and a file");
-  const World world = air ? platform::sim::WorldFromAir(platform::linux_host::ReadTextFile(*air), *air)
-                          : platform::sim::ParseWorld(platform::linux_host::ReadTextFile(arguments.Rest()[0]),
-                                                      arguments.Rest()[0]);
-  const auto duration = arguments.Value("--for");
-  const std::uint64_t ms = duration ? ParseDuration(*duration) : world.durationMs > 0 ? world.durationMs : kDefaultMs;
-
-  PcOptions options;
-  options.seed = arguments.Number("--seed", 1);
-  options.faultRate = static_cast<double>(arguments.Number("--faults", 0)) / 100.0;
-  options.interleave = arguments.Has("--interleave") || options.faultRate > 0.0;
+  const Arguments arguments(words, {"--for", "--seed", "--json", "--air", "--mode", "--faults", "--seeds"},
+                            {"--interleave", "--user"});
+  RunPlan plan;
+  plan.world = WorldOf(arguments);
+  if (plan.world.durationMs > 0) plan.ms = plan.world.durationMs;
+  if (const auto duration = arguments.Value("--for")) plan.ms = ParseDuration(*duration);
+  plan.user = arguments.Has("--user");
+  plan.options.seed = arguments.Number("--seed", 1);
+  plan.options.faultRate = static_cast<double>(arguments.Number("--faults", 0)) / 100.0;
+  plan.options.interleave = arguments.Has("--interleave") || plan.options.faultRate > 0.0;
 
   if (const auto seeds = arguments.Value("--seeds")) {
     std::uint64_t first = 0, last = 0;
     ParseSeeds(*seeds, &first, &last);
-    return RunSeeds(world, options, ms, first, last);
+    return RunSeeds(std::move(plan), first, last);
   }
   Output output;
+  if (const auto json = arguments.Value("--json")) output.json.emplace(*json);
   RunSummary summary;
-  const std::string trouble = RunOnce(world, options, ms, &output, &summary);
-  if (const auto json = arguments.Value("--json")) platform::linux_host::WriteTextFile(*json, output.json);
+  const std::string trouble = RunOnce(plan, &output, &summary);
+  if (output.json) output.json->Commit();
   if (trouble.empty()) return 0;
   std::fflush(stdout);
   std::fprintf(stderr, "corvane-lab run: %s\n", trouble.c_str());

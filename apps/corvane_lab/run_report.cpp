@@ -7,6 +7,7 @@
 
 #include "config/settings/global_config_container.h"
 #include "core/foundation/format.h"
+#include "platform/sim/sim_kernel.h"
 #include "select/policy/policy.h"
 #include "wlan/binding/wifi_client_container.h"
 
@@ -33,6 +34,13 @@ std::string Share(std::uint64_t part, std::uint64_t whole) {
   return whole == 0 ? std::string("0 s") : FormatA("%llu s (%llu %%)", part, part * 100 / whole);
 }
 
+// What a reader sees anyway, or would see all the time: between two scans nothing is decided.
+bool IsTiresome(const RoundRecord& round) {
+  if (round.steps.empty()) return true;
+  const RoundStep first = round.steps.front().step, last = round.steps.back().step;
+  return first == RoundStep::kInhibited || (first == RoundStep::kStale && last != RoundStep::kBetterPossible);
+}
+
 }  // namespace
 
 void RunReport::Line(int adapter, const char* kind, const std::string& text) {
@@ -55,6 +63,59 @@ void RunReport::Line(int adapter, const char* kind, const std::string& text) {
   m_Print(FormatA("%s  %-9s  %s", Clock(ms), who, text), buffer.GetString(), m_pContext);
 }
 
+void RunReport::Attach(platform::sim::SimulatedPc& pc, const platform::sim::World& world) {
+  m_pPc = &pc;
+  m_Rounds.emplace(
+      pc, false, [](const RoundRecord& round, void* self) { static_cast<RunReport*>(self)->OnRound(round); }, this);
+  m_Audit.emplace(
+      world,
+      [](int adapter, const std::string& fault, void* self) {
+        static_cast<RunReport*>(self)->OnBrokenRule(adapter, fault);
+      },
+      this);
+  pc.Kernel().EventTrace().SetObserver(
+      [](const platform::TraceEvent& event, void* self) { static_cast<RunReport*>(self)->OnTraceEvent(event); }, this);
+}
+
+void RunReport::Detach() {
+  m_pPc->Kernel().EventTrace().SetObserver(nullptr, nullptr);
+  m_Audit.reset();
+  m_Rounds.reset();
+  m_pPc = nullptr;
+}
+
+RunReport::AdapterView& RunReport::View(int adapter) {
+  if (m_Adapters.size() <= static_cast<std::size_t>(adapter)) m_Adapters.resize(static_cast<std::size_t>(adapter) + 1);
+  return m_Adapters[static_cast<std::size_t>(adapter)];
+}
+
+// A reader hears of a round when it comes to something else than the one before.
+void RunReport::OnRound(const RoundRecord& round) {
+  ++m_Summary.rounds;
+  AdapterView& view = View(round.adapter);
+  if (m_bRounds) m_Print({}, RoundJson(round), m_pContext);
+  std::string outcome = OutcomeText(round);
+  if (IsTiresome(round) || outcome == view.outcome) return;
+  view.outcome = std::move(outcome);
+  m_Print(FormatA("%s  adapter %i  %s", Clock(round.endedMs), round.adapter, view.outcome), {}, m_pContext);
+}
+
+void RunReport::OnTraceEvent(const platform::TraceEvent& event) {
+  std::string text = "event " + event.name;
+  for (const auto& field : event.fields) {
+    const auto* words = std::get_if<std::u16string>(&field.value);
+    text += " " + field.name + "=" + (words ? WideToUtf8(*words) : std::to_string(std::get<std::int64_t>(field.value)));
+  }
+  Line(-1, "trace", text);
+}
+
+void RunReport::OnBrokenRule(int adapter, const std::string& fault) {
+  Line(adapter, "rule", "BREAKS A RULE: " + fault);
+  if (m_Summary.brokenRule.empty()) {
+    m_Summary.brokenRule = FormatA("at %s adapter %i %s", Clock(static_cast<std::uint64_t>(m_pPc->Now().count())), adapter, fault);
+  }
+}
+
 void RunReport::OnScanStarted(int adapter, Cause cause, const std::string& ssid) {
   ++(cause == Cause::kProgram ? m_Summary.scans : m_Summary.outsideScans);
   Line(adapter, "scan",
@@ -73,15 +134,16 @@ void RunReport::OnConnectEnded(int adapter, Cause cause, const std::string& ssid
                                platform::DWORD reason) {
   if (reason != 0) {
     if (cause == Cause::kProgram) ++m_Summary.connectFailures;
+    if (m_Audit) m_Audit->OnGone(adapter);
     Line(adapter, "connect-failed",
          FormatA("connect to %s by %s failed, reason 0x%x", ssid, CauseText(cause), reason));
     return;
   }
+  if (m_Audit) m_Audit->OnConnected(adapter, cause, bssid);
   std::string why;
   if (cause == Cause::kProgram) {
     ++m_Summary.switches;
-    const AdapterView view =
-        static_cast<std::size_t>(adapter) < m_Adapters.size() ? m_Adapters[static_cast<std::size_t>(adapter)] : AdapterView();
+    const AdapterView& view = View(adapter);
     const auto score = view.scores.find(bssid);
     const int to = score == view.scores.end() ? -1 : score->second;
     why = view.at.bssid.empty() ? FormatA(", score %i", to)
@@ -92,11 +154,13 @@ void RunReport::OnConnectEnded(int adapter, Cause cause, const std::string& ssid
 }
 
 void RunReport::OnDisconnected(int adapter, Cause cause, const std::string& ssid) {
+  if (m_Audit) m_Audit->OnGone(adapter);
   Line(adapter, "disconnected", FormatA("disconnected from %s by %s", ssid, CauseText(cause)));
 }
 
 void RunReport::OnRoamed(int adapter, Cause cause, const std::string& ssid, const std::string& bssid) {
   ++m_Summary.roams;
+  if (m_Audit) m_Audit->OnConnected(adapter, cause, bssid);
   Line(adapter, "roam", FormatA("%s roams to %s %s", CauseText(cause), ssid, bssid));
 }
 
@@ -106,7 +170,6 @@ void RunReport::Sample() {
   ++m_Summary.seconds;
   auto& adapters = CWifiClientContainer::GetInstance();
   const int count = adapters.GetCount();
-  if (m_Adapters.size() < static_cast<std::size_t>(count)) m_Adapters.resize(static_cast<std::size_t>(count));
   const int required = CGlobalQUAYPolicy::RequiredCandidateCount();
   for (int i = 0; i < count; ++i) {
     SampleAdapter(i);
@@ -118,7 +181,7 @@ void RunReport::Sample() {
 // The view is kept by the adapter's position, as the PC counts its adapters in the world's order and
 // the container in GUID order: the two agree where the world lists its adapters by GUID.
 void RunReport::SampleAdapter(int position) {
-  AdapterView& view = m_Adapters[static_cast<std::size_t>(position)];
+  AdapterView& view = View(position);
   const auto adapter = CWifiClientContainer::GetInstance().GetInterface(position);
   if (!adapter) return;
   const bool connected = adapter->IsConnected();
@@ -144,7 +207,7 @@ void RunReport::SampleAdapter(int position) {
 }
 
 void RunReport::SampleCandidates(int position, int required) {
-  AdapterView& view = m_Adapters[static_cast<std::size_t>(position)];
+  AdapterView& view = View(position);
   const auto adapter = CWifiClientContainer::GetInstance().GetInterface(position);
   if (!adapter) return;
   std::map<std::string, int> counters;
@@ -158,15 +221,15 @@ void RunReport::SampleCandidates(int position, int required) {
     counters[bssid] = counter;
     if (const auto before = view.counters.find(bssid); before == view.counters.end() || before->second != counter) {
       Line(position, "candidate",
-           FormatA("candidate %s %s: round %i of %i, score %i against %i", WideToUtf8(entry->m_SSIDW), bssid,
-                   counter, required, entry->GetScore(false), view.at.score));
+           FormatA("candidate %s %s: round %i of %i, score %i%s", WideToUtf8(entry->m_SSIDW), bssid, counter, required,
+                   entry->GetScore(false), view.connected ? FormatA(" against %i", view.at.score) : std::string()));
     }
   }
   view.counters = std::move(counters);
 }
 
 void RunReport::SampleInhibit(int position) {
-  AdapterView& view = m_Adapters[static_cast<std::size_t>(position)];
+  AdapterView& view = View(position);
   const auto adapter = CWifiClientContainer::GetInstance().GetInterface(position);
   const auto config =
       adapter ? CGlobalConfigContainer::GetInstance().FindIFConfig(adapter->GetConfigIdx()) : nullptr;
@@ -188,6 +251,7 @@ void RunReport::SampleInhibit(int position) {
 }
 
 void RunReport::PrintSummary() {
+  if (m_Audit) m_Summary.moves = m_Audit->Moves();
   const RunSummary& sum = m_Summary;
   rapidjson::StringBuffer buffer;
   rapidjson::Writer<rapidjson::StringBuffer> json(buffer);
@@ -198,7 +262,8 @@ void RunReport::PrintSummary() {
       {"seconds", sum.seconds},       {"connected_seconds", sum.connectedSeconds},
       {"best_seconds", sum.bestSeconds}, {"switches", sum.switches},
       {"scans", sum.scans},           {"connect_failures", sum.connectFailures},
-      {"outside_scans", sum.outsideScans}, {"roams", sum.roams}};
+      {"outside_scans", sum.outsideScans}, {"roams", sum.roams},
+      {"rounds", sum.rounds},         {"own_moves", sum.moves}};
   for (const auto& [name, value] : figures) {
     json.Key(name);
     json.Uint64(value);
@@ -208,11 +273,13 @@ void RunReport::PrintSummary() {
   m_Print(FormatA("\nSummary of %llu s with %u adapter(s)\n"
                   "  connected                      %s\n"
                   "  on the best-scored one         %s\n"
+                  "  rounds                         %llu\n"
                   "  switches                       %llu\n"
                   "  scans                          %llu\n"
                   "  connect failures               %llu",
                   sum.seconds, m_Adapters.size(), Share(sum.connectedSeconds, adapterSeconds),
-                  Share(sum.bestSeconds, adapterSeconds), sum.switches, sum.scans, sum.connectFailures),
+                  Share(sum.bestSeconds, adapterSeconds), sum.rounds, sum.switches, sum.scans,
+                  sum.connectFailures),
           buffer.GetString(), m_pContext);
 }
 

@@ -1,12 +1,15 @@
 #pragma once
 #include <cstdint>
-#include <deque>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "corvane_lab/decision_audit.h"
+#include "corvane_lab/round_record.h"
 #include "platform/sim/pc_observer.h"
 #include "platform/sim/simulated_pc.h"
+#include "platform/trace_logging.h"
 
 namespace corvane::lab {
 
@@ -20,17 +23,23 @@ struct RunSummary {
   std::uint64_t connectFailures = 0;
   std::uint64_t outsideScans = 0;
   std::uint64_t roams = 0;             // by the driver
+  std::uint64_t rounds = 0;            // of all adapters
+  std::uint64_t moves = 0;             // by the service's own decision, each held against the rules
+  std::string brokenRule;              // the first one; empty when all held
 };
 
 // Tells a run as a person would want to hear it: one line for each thing that happens, and a summary.
-// Listens to the PC and looks at the service once a second.
+// Listens to the PC and to the rounds, and looks at the service once a second.
 class RunReport : public platform::sim::IPcObserver {
  public:
-  // Each line goes to `print`, as text and as one JSON object.
+  // Each line goes to `print`, as text and as one JSON object; what would tire a reader has no text.
   using Print = void (*)(const std::string& text, const std::string& json, void* context);
-  RunReport(Print print, void* context) : m_Print(print), m_pContext(context) {}
+  // `rounds`: with one JSON object for every round.
+  RunReport(Print print, void* context, bool rounds) : m_Print(print), m_pContext(context), m_bRounds(rounds) {}
 
-  void Attach(platform::sim::SimulatedPc* pc) { m_pPc = pc; }
+  // From before the service starts until after it has ended; both outlive that.
+  void Attach(platform::sim::SimulatedPc& pc, const platform::sim::World& world);
+  void Detach();
   // Looks at the service; the driving thread calls it once a second while the service runs.
   void Sample();
   const RunSummary& Summary() const { return m_Summary; }
@@ -57,6 +66,7 @@ class RunReport : public platform::sim::IPcObserver {
   struct AdapterView {
     bool connected = false;
     Place at;
+    std::string outcome;  // of the last round
     std::string inhibit;  // reason of a running inhibit, empty for none
     bool roamingInhibit = false;
     std::map<std::string, int> counters;  // candidates by BSSID
@@ -64,13 +74,20 @@ class RunReport : public platform::sim::IPcObserver {
   };
 
   void Line(int adapter, const char* kind, const std::string& text);
+  void OnRound(const RoundRecord& round);
+  void OnTraceEvent(const platform::TraceEvent& event);
+  void OnBrokenRule(int adapter, const std::string& fault);
+  AdapterView& View(int adapter);
   void SampleAdapter(int position);
   void SampleCandidates(int position, int required);
   void SampleInhibit(int position);
 
   Print m_Print;
   void* m_pContext;
+  const bool m_bRounds;
   platform::sim::SimulatedPc* m_pPc = nullptr;
+  std::optional<RoundRecorder> m_Rounds;
+  std::optional<DecisionAudit> m_Audit;
   std::vector<AdapterView> m_Adapters;
   RunSummary m_Summary;
 };

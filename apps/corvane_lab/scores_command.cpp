@@ -9,10 +9,8 @@
 #include "corvane_lab/arguments.h"
 #include "corvane_lab/commands.h"
 #include "corvane_lab/service_run.h"
-#include "platform/linux/host_text_file.h"
+#include "corvane_lab/world_source.h"
 #include "platform/sim/simulated_pc.h"
-#include "platform/sim/world.h"
-#include "platform/sim/world_loader.h"
 #include "wlan/binding/wifi_client_container.h"
 
 namespace corvane::lab {
@@ -82,15 +80,10 @@ bool HasScores(void*) {
 }  // namespace
 
 int ScoresCommand(const std::vector<std::string>& words) {
-  const Arguments arguments(words, {"--at", "--air", "--seed"}, {"--json"});
-  const auto air = arguments.Value("--air");
+  const Arguments arguments(words, {"--at", "--air", "--mode", "--seed"}, {"--json"});
   const auto at = arguments.Value("--at");
-  if (arguments.Rest().size() != (air ? 0u : 1u) || (!air && !at)) {
-    throw UsageError("a world and --at TIME, or --air and a file");
-  }
-  const platform::sim::World world =
-      air ? platform::sim::WorldFromAir(platform::linux_host::ReadTextFile(*air), *air)
-          : platform::sim::ParseWorld(platform::linux_host::ReadTextFile(arguments.Rest()[0]), arguments.Rest()[0]);
+  if (!arguments.Value("--air") && !at) throw UsageError("a world and --at TIME, or --air and a file");
+  const platform::sim::World world = WorldOf(arguments);
   platform::sim::PcOptions options;
   options.seed = arguments.Number("--seed", 1);
   platform::sim::SimulatedPc pc(world, options);

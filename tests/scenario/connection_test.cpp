@@ -1,53 +1,21 @@
 // What follows from a connection, its change and its loss.
 
-#include "platform/sim/sim_files.h"
 #include "platform/sim/sim_registry.h"
 #include "scenario/service_fixture.h"
 
 namespace corvane::test {
 
-namespace {
-
-constexpr char16_t kHistoryFolder[] = u"/data/Palisade/PalisadeOptimizer/network_telemetry";
-constexpr char16_t kHistoryFile[] = u"/data/Palisade/PalisadeOptimizer/network_telemetry/NetworkConnections.csv";
-
-int CountIn(const std::string& text, const std::string& what) {
-  int count = 0;
-  for (std::size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) ++count;
-  return count;
-}
-
-}  // namespace
-
-class ConnectionScenario : public ServiceTest {
- protected:
-  WString LastData(WStringView category) const {
-    WString data;
-    for (const Notice& notice : notices) {
-      if (notice.category == category) data = notice.data1;
-    }
-    return data;
-  }
-  std::string History() const { return m_pFiles->Read(kHistoryFile).value_or(""); }
-  void StartWithHistory(const WorldBuilder& world) {
-    Start(world);
-    m_pFiles = &Pc().Files();
-    m_pFiles->MakeDirectories(kHistoryFolder);
-  }
-
- private:
-  platform::sim::SimFiles* m_pFiles = nullptr;
-};
+class ConnectionScenario : public ServiceTest {};
 
 TEST_F(ConnectionScenario, TellsOfAConnectionOnceAndOfItsEnd) {
-  StartWithHistory(OfficeWorld(-50.0)
-                       .At(80'000, R"({"do": "disconnect", "adapter": 0})")
-                       .At(80'000, R"({"do": "accessPoint", "bssid": "02-50-00-00-00-01", "on": false})")
-                       .At(180'000, R"({"do": "accessPoint", "bssid": "02-50-00-00-00-01", "on": true})"));
+  Start(OfficeWorld(-50.0)
+            .At(80'000, R"({"do": "disconnect", "adapter": 0})")
+            .At(80'000, R"({"do": "accessPoint", "bssid": "02-50-00-00-00-01", "on": false})")
+            .At(180'000, R"({"do": "accessPoint", "bssid": "02-50-00-00-00-01", "on": true})"));
   RunUntil(50'000);
   EXPECT_EQ(CountNotices(u"ConnectionStatus", u"Connected"), 1u);
-  EXPECT_NE(LastData(u"ConnectionStatus").find(u", 02-50-00-00-00-01, SQ "), WString::npos);
-  EXPECT_EQ(CountIn(History(), ",connected,Office,02-50-00-00-00-01,"), 1) << History();
+  EXPECT_NE(LastNotice(u"ConnectionStatus").data1.find(u", 02-50-00-00-00-01, SQ "), WString::npos);
+  EXPECT_EQ(HistoryRows(",connected,Office,02-50-00-00-00-01,").size(), 1u);
   EXPECT_NE(Number(value::kConnectedLinkRateTX), 0u);
 
   Config()->m_bReportStatusPending = true;  // somebody subscribes
@@ -60,18 +28,18 @@ TEST_F(ConnectionScenario, TellsOfAConnectionOnceAndOfItsEnd) {
   EXPECT_EQ(Text(value::kConnectedNetwork), u"");
   EXPECT_EQ(Number(value::kConnectedLinkRateTX), 0u);
   EXPECT_EQ(CountNotices(u"ConnectionStatus", u"Disconnected"), 1u);
-  EXPECT_EQ(CountIn(History(), ",disconnected,na,"), 1) << "one row for one disconnect\n" << History();
+  EXPECT_EQ(HistoryRows(",disconnected,na,").size(), 1u) << "one row for one disconnect";
 
   RunUntil(330'000);
   EXPECT_TRUE(IsOn(1));
-  EXPECT_EQ(CountIn(History(), ",connected,Office,"), 2) << History();
+  EXPECT_EQ(HistoryRows(",connected,Office,").size(), 2u);
 }
 
 TEST_F(ConnectionScenario, AHistoryOfNoSizeKeepsNoRow) {
-  StartWithHistory(OfficeWorld());
+  Start(OfficeWorld());
   WriteHome(u"TelemetryConnectionsCSVFileSizeMB", 0);
   RunUntil(40'000);
-  EXPECT_EQ(History(), "");
+  EXPECT_TRUE(HistoryRows().empty());
 }
 
 TEST_F(ConnectionScenario, AnOutsideRoamHoldsTheAdapterWhereItIs) {

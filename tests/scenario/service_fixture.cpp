@@ -1,10 +1,14 @@
 #include "scenario/service_fixture.h"
 
 #include <algorithm>
+#include <sstream>
 
 #include "client/notify/notification_manager.h"
 #include "config/settings/global_config_container.h"
 #include "config/store/address_text.h"
+#include "platform/sim/sim_event_trace.h"
+#include "platform/sim/sim_files.h"
+#include "platform/sim/sim_kernel.h"
 #include "platform/sim/sim_registry.h"
 #include "wlan/binding/wifi_client_container.h"
 
@@ -12,12 +16,14 @@ namespace corvane::test {
 
 namespace {
 
+constexpr char16_t kHistoryFolder[] = u"/data/Palisade/PalisadeOptimizer/network_telemetry";
+
 // Keeps what subscribers are told.
 class Subscriber : public SmartObjEx<Subscriber, SmartObj<>>, public INotificationProvider {
  public:
   explicit Subscriber(std::vector<Notice>* notices) : m_pNotices(notices) {}
   void SendNotification(CNotificationEvent* event) override {
-    m_pNotices->push_back({event->m_Category, event->m_Type, event->m_Data1});
+    m_pNotices->push_back({event->m_Category, event->m_Type, event->m_Data1, event->m_Data2});
   }
 
  private:
@@ -46,6 +52,8 @@ void ServiceTest::Start(const WorldBuilder& world) {
   PcOptions options;
   options.observer = this;
   m_pMachine = &Boot(world.Build(), options);
+  m_pMachine->Files().MakeDirectories(kHistoryFolder);
+  m_pMachine->Kernel().EventTrace().SetObserver(&ServiceTest::Trace, this);
   m_pService = std::make_unique<lab::ServiceRun>(*m_pMachine);
   CNotificationManagerSingleton::GetInstance().AddProvider(Subscriber::CreateObject(&notices).get());
   m_pService->Start();
@@ -55,10 +63,24 @@ Beacon ServiceTest::OfficeBeacon(int channel) {
   return Beacon(u8"Office").Channel(channel).Vht80(2).Rsn({AKM_PSK});
 }
 
+Beacon ServiceTest::LabBeacon(int channel) {
+  return Beacon(u8"Lab").Channel(channel).Vht80(2).Rsn({AKM_PSK});
+}
+std::vector<platform::sim::SignalPoint> ServiceTest::HeardFrom(std::uint64_t ms, double dbm) {
+  return {{0, -95.0}, {ms, -95.0}, {ms + 1, dbm}};
+}
+
 WorldBuilder ServiceTest::OfficeWorld(double dbm) {
   WorldBuilder world;
   world.Adapter().Ap(OfficeBeacon(36), 1, dbm).Profile("Office").Network("Office", 1).Connected(1).AutoSwitch();
   return world;
+}
+
+WorldBuilder ServiceTest::BetterLabWorld(int mode, double dbm) {
+  WorldBuilder world = OfficeWorld(-80.0).Ap(LabBeacon(149), 2, -95.0).Signal(HeardFrom(60'000, dbm));
+  world.Profile("Lab").Network("Lab", 1);
+  return world.At(8'000, R"({"do": "registry", "adapter": 0, "name": "PassiveSuggestMode", "dword": )" +
+                             std::to_string(mode) + "}");
 }
 
 std::u16string ServiceTest::Text(const char16_t* name, int adapter) const {
@@ -118,6 +140,53 @@ std::size_t ServiceTest::CountNotices(WStringView category, WStringView type) co
   }));
 }
 
+Notice ServiceTest::LastNotice(WStringView category, WStringView type) const {
+  Notice last;
+  for (const Notice& notice : notices) {
+    if (notice.category == category && (type.empty() || notice.type == type)) last = notice;
+  }
+  return last;
+}
+
+std::vector<Traced> ServiceTest::TraceEvents(std::string_view name, std::uint64_t fromMs) const {
+  std::vector<Traced> found;
+  std::ranges::copy_if(m_Traced, std::back_inserter(found), [&](const Traced& traced) {
+    return traced.event.name == name && traced.ms >= fromMs;
+  });
+  return found;
+}
+
+std::vector<std::string> ServiceTest::HistoryRows(std::string_view part) const {
+  std::istringstream file(
+      m_pMachine->Files().Read(std::u16string(kHistoryFolder) + u"/NetworkConnections.csv").value_or(""));
+  std::vector<std::string> rows;
+  std::string row;
+  std::getline(file, row);  // the header
+  while (std::getline(file, row)) {
+    if (row.find(part) != std::string::npos) rows.push_back(row);
+  }
+  return rows;
+}
+
+std::vector<platform::sim::SimSession::Launch> ServiceTest::TakeLaunches(std::u16string_view program) const {
+  auto launches = m_pMachine->Kernel().Session().TakeLaunches();
+  std::erase_if(launches, [&](const auto& launch) { return !launch.commandLine.starts_with(program); });
+  return launches;
+}
+
+void ServiceTest::AcceptSuggestion(int adapter) {
+  Config(adapter)->OpenNoDelay(15'000);
+  Config(adapter)->m_accept_suggestion = true;
+}
+
+void ServiceTest::OrderConnect(int accessPoint, WStringView ssid, WStringView profile, int adapter) {
+  Config(adapter)->OpenNoDelay(20'000);
+  Config(adapter)->SetUIConnectRequest(
+      {WString(ssid), Utf8ToWide(ApText(accessPoint)), WString(profile), false});
+  Write(value::kConnectStatus, u"pending", adapter);
+  Config(adapter)->SignalMainLoopSemaphore();
+}
+
 bool ServiceTest::Printed(const std::string& text) const {
   return m_pMachine->ConsoleText().find(text) != std::string::npos;
 }
@@ -127,6 +196,11 @@ CSmartPointer<CQUAYInterfaceConfig> ServiceTest::Config(int adapter) const {
 }
 CSmartPointer<CWlanInterface> ServiceTest::Wlan(int adapter) const {
   return CWifiClientContainer::GetInstance().GetInterface(adapter);
+}
+
+void ServiceTest::Trace(const platform::TraceEvent& event, void* self) {
+  auto& test = *static_cast<ServiceTest*>(self);
+  test.m_Traced.push_back({test.Now(), event});
 }
 
 void ServiceTest::Note(AirEvent::Kind kind, int adapter, Cause cause, const std::string& ssid,

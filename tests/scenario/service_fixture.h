@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "client/notify/notification_event.h"
@@ -11,6 +12,8 @@
 #include "corvane_lab/service_run.h"
 #include "platform/sim/pc_observer.h"
 #include "platform/sim/sim_devices.h"
+#include "platform/sim/sim_session.h"
+#include "platform/trace_logging.h"
 #include "support/pc_fixture.h"
 #include "support/world_builder.h"
 #include "wlan/binding/wlan_interface.h"
@@ -31,7 +34,15 @@ struct AirEvent {
 };
 
 struct Notice {
-  WString category, type, data1;
+  WString category, type, data1, data2;
+};
+
+// An event of the reporter's provider.
+struct Traced {
+  std::uint64_t ms = 0;
+  platform::TraceEvent event;
+  std::string Text(std::string_view field) const { return WideToUtf8(event.Text(field).value_or(u"(none)")); }
+  std::int64_t Number(std::string_view field) const { return event.Number(field).value_or(-1); }
 };
 
 class ServiceTest : public PcTest, private platform::sim::IPcObserver {
@@ -39,7 +50,8 @@ class ServiceTest : public PcTest, private platform::sim::IPcObserver {
   ~ServiceTest() override;
   void TearDown() override;
 
-  // Boots a PC of this world and starts the service on it.
+  // Boots a PC of this world, on which the suite that keeps the history is installed, and starts the
+  // service on it.
   void Start(const WorldBuilder& world);
   // The orderly stop; false when the service does not end.
   bool Stop() { return m_pService->Stop(); }
@@ -48,6 +60,12 @@ class ServiceTest : public PcTest, private platform::sim::IPcObserver {
   // `dbm`; further ones are added with OfficeBeacon.
   static WorldBuilder OfficeWorld(double dbm = -75.0);
   static Beacon OfficeBeacon(int channel);
+  static Beacon LabBeacon(int channel);  // a network of its own, just as good
+  // `dbm` from this time on, and out of reach before.
+  static std::vector<platform::sim::SignalPoint> HeardFrom(std::uint64_t ms, double dbm);
+  // On a weak access point of "Office" in this mode (PassiveSuggestMode); from 60 s on access point 2 of
+  // the network "Lab" is far better.
+  static WorldBuilder BetterLabWorld(int mode, double dbm = -45.0);
 
   std::uint64_t Now() const { return static_cast<std::uint64_t>(m_pMachine->Now().count()); }
   void RunUntil(std::uint64_t ms) { RunFor(std::chrono::milliseconds(ms - Now())); }
@@ -82,8 +100,20 @@ class ServiceTest : public PcTest, private platform::sim::IPcObserver {
                     int adapter = 0) const {
     return Events(kind, fromMs, cause, adapter).size();
   }
+  // Events of this name.
+  std::vector<Traced> TraceEvents(std::string_view name, std::uint64_t fromMs = 0) const;
   std::size_t CountNotices(WStringView category, WStringView type) const;
+  Notice LastNotice(WStringView category, WStringView type = {}) const;  // empty texts without one
+  // Rows of the history that hold `part`; the header is none.
+  std::vector<std::string> HistoryRows(std::string_view part = {}) const;
   bool Printed(const std::string& text) const;
+
+  // What was started in the user's session since the last call, by the program's name.
+  std::vector<platform::sim::SimSession::Launch> TakeLaunches(std::u16string_view program) const;
+
+  // What the commands of a client do.
+  void AcceptSuggestion(int adapter = 0);  // heard in the next round
+  void OrderConnect(int accessPoint, WStringView ssid, WStringView profile = {}, int adapter = 0);
 
   CSmartPointer<CQUAYInterfaceConfig> Config(int adapter = 0) const;
   CSmartPointer<CWlanInterface> Wlan(int adapter = 0) const;
@@ -91,6 +121,7 @@ class ServiceTest : public PcTest, private platform::sim::IPcObserver {
   std::vector<Notice> notices;
 
  private:
+  static void Trace(const platform::TraceEvent& event, void* self);
   void Note(AirEvent::Kind kind, int adapter, Cause cause, const std::string& ssid, const std::string& bssid = {});
   void OnScanStarted(int adapter, Cause cause, const std::string& ssid) override;
   void OnScanEnded(int adapter, Cause cause, bool good) override;
@@ -103,6 +134,7 @@ class ServiceTest : public PcTest, private platform::sim::IPcObserver {
   platform::sim::SimulatedPc* m_pMachine = nullptr;
   std::unique_ptr<lab::ServiceRun> m_pService;
   std::vector<AirEvent> m_Events;
+  std::vector<Traced> m_Traced;
 };
 
 std::string ApText(int accessPoint);  // BSSID text of an access point of WorldBuilder

@@ -12,7 +12,7 @@ class SwitchingScenario : public ServiceTest {
  protected:
   // Access point 2 is out of reach, and from 60 s on far better than access point 1.
   static WorldBuilder BetterFromOneMinute() {
-    return OfficeWorld(-80.0).Ap(OfficeBeacon(149), 2, -95.0).Signal({{0, -95.0}, {60'000, -95.0}, {60'001, -45.0}});
+    return OfficeWorld(-80.0).Ap(OfficeBeacon(149), 2, -95.0).Signal(HeardFrom(60'000, -45.0));
   }
   // Scans that ended between the moment when it got better and the connect.
   std::size_t RoundsBeforeSwitch() {
@@ -48,12 +48,11 @@ TEST_F(SwitchingScenario, TrafficHoldsASwitchBackUntilItEnds) {
 // The better ones are of another network: a restore goes by the name of the network, and the radio takes
 // the strongest access point of that name.
 TEST_F(SwitchingScenario, AFailedConnectMovesToTheNextAndThenRestores) {
-  const auto lab = [](int channel) { return Beacon(u8"Lab").Channel(channel).Vht80(2).Rsn({AKM_PSK}); };
   Start(OfficeWorld(-80.0)
-            .Ap(lab(149), 2, -95.0)
-            .Signal({{0, -95.0}, {60'000, -95.0}, {60'001, -45.0}})
-            .Ap(lab(52), 3, -95.0)
-            .Signal({{0, -95.0}, {60'000, -95.0}, {60'001, -55.0}})
+            .Ap(LabBeacon(149), 2, -95.0)
+            .Signal(HeardFrom(60'000, -45.0))
+            .Ap(LabBeacon(52), 3, -95.0)
+            .Signal(HeardFrom(60'000, -55.0))
             .Profile("Lab")
             .Network("Lab", 1)
             .At(5'000, R"({"do": "refuse", "bssid": "02-50-00-00-00-02", "reason": 229377})")
@@ -104,7 +103,7 @@ TEST_F(SwitchingScenario, ADroppedDenyListIsAbsorbedAndMoved) {
 
 TEST_F(SwitchingScenario, TwoAdaptersNeverWantTheSameAccessPoint) {
   WorldBuilder world = BetterFromOneMinute();
-  world.Ap(OfficeBeacon(52), 3, -95.0).Signal({{0, -95.0}, {60'000, -95.0}, {60'001, -46.0}});
+  world.Ap(OfficeBeacon(52), 3, -95.0).Signal(HeardFrom(60'000, -46.0));
   world.Ap(OfficeBeacon(100), 4, -81.0);
   world.Adapter().Connected(4).AutoSwitch(10, 1);
   Start(world);

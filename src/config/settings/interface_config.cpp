@@ -1,6 +1,7 @@
 #include "config/settings/interface_config.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "config/settings/global_config_container.h"
 #include "config/store/value_names.h"
@@ -350,9 +351,9 @@ void CQUAYInterfaceConfig::SetUIConnectRequest(UIConnectRequest request) {
   std::swap(m_UIConnect, request);
 }
 
-UIConnectRequest CQUAYInterfaceConfig::GetUIConnectRequest() const {
+UIConnectRequest CQUAYInterfaceConfig::TakeUIConnectRequest() {
   const CCritSecLock lock(m_PartsLock);
-  return m_UIConnect;
+  return std::exchange(m_UIConnect, {});
 }
 
 bool CQUAYInterfaceConfig::SetDWORD(WStringView name, std::uint32_t value) {

@@ -140,8 +140,7 @@ class CQUAYInterfaceConfig : public SmartObjEx<CQUAYInterfaceConfig, SmartObj<>>
 
   // The client's connect order: written by the pipe threads, taken up by the policy round.
   void SetUIConnectRequest(UIConnectRequest request);
-  UIConnectRequest GetUIConnectRequest() const;
-  void ClearUIConnectRequest() { SetUIConnectRequest({}); }
+  UIConnectRequest TakeUIConnectRequest();  // the next one may come as soon as this one is taken
 
   const WString& GetDescription() const { return m_Description; }
 

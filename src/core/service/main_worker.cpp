@@ -14,6 +14,7 @@
 #include "platform/platform.h"
 #include "platform/thread_api.h"
 #include "select/policy/policy.h"
+#include "select/policy/round_watch.h"
 
 namespace corvane {
 
@@ -123,7 +124,12 @@ void CQUAYMainWorker::WorkThreadProc() {
   while (AwaitRadio()) {
     PrepareRunning();
     while (GoesOn() && !m_pInterface->IsRadioOff()) {
-      if (RunRound()) ++m_Round;
+      RoundWatches::RoundBegins(m_ConfigIdx);
+      const bool whole = RunRound();
+      RoundWatches::RoundEnds(m_ConfigIdx);
+      if (!whole) continue;
+      SleepBetweenRounds();
+      ++m_Round;
     }
     const bool ended = KillNudgeDialog();
     LOG_ADAPTER(m_ConfigIdx, DBG(8), u"[%i]CQUAYMainWorker::WorkThreadProc:[exit] KillNudgeDialog() %S", m_ConfigIdx,
@@ -158,6 +164,7 @@ bool CQUAYMainWorker::AwaitRadio() {
     if (radioOn) return true;
     if (!answered) {
       m_pConfig->SetRadioInhibited(true);
+      TellRadioOff();
       Sleep(kRadioFailedMs);
       continue;
     }
@@ -167,9 +174,16 @@ bool CQUAYMainWorker::AwaitRadio() {
                 u"[%i]CQUAYMainWorker::WorkThreadProc:[early check loop] BAD RADIO STATE .... SLEEPING",
                 m_ConfigIdx);
     m_pConfig->SetRadioInhibited(true);
+    TellRadioOff();
     Sleep(kRadioOffMs);
   }
   return false;
+}
+
+void CQUAYMainWorker::TellRadioOff() const {
+  RoundWatches::RoundBegins(m_ConfigIdx);
+  RoundWatches::Step(m_ConfigIdx, RoundStep::kRadioOff);
+  RoundWatches::RoundEnds(m_ConfigIdx);
 }
 
 bool CQUAYMainWorker::IsRadioSeenOn() {
@@ -220,9 +234,7 @@ bool CQUAYMainWorker::RunRound() {
   if (!PassesCheckPoint()) return false;
   DecideUnderLock();
   LOG_ADAPTER(m_ConfigIdx, kLoopLog, kRule, m_ConfigIdx, kVersion, kBuildDate);
-  if (!PassesCheckPoint()) return false;
-  SleepBetweenRounds();
-  return true;
+  return PassesCheckPoint();
 }
 
 // Airplane mode, a disabled adapter, the inhibit clock and a VPN, in this order.
@@ -234,12 +246,14 @@ bool CQUAYMainWorker::IsHeldBack(bool vpnBlock) {
                 u"INHIBIT__]",
                 m_ConfigIdx);
     m_pConfig->ClearRoamingInhibit();
+    RoundWatches::Step(m_ConfigIdx, RoundStep::kAirplaneMode);
     Sleep(kAirplaneMs);
     return true;
   }
   m_pConfig->SetAirplaneInhibited(false);
   if (!MayRun()) return true;
   if (m_pConfig->Get_InhibitQUAY(nullptr)) {
+    RoundWatches::Step(m_ConfigIdx, RoundStep::kInhibited);
     SurgicalUpdateIfInhibited();
     LOG_ADAPTER(m_ConfigIdx, DBG(30),
                 u"[%i]CQUAYMainWorker::WorkThreadProc[LOOP] - INHIBITED %I64u ms, %S, SLEEPING [1000]",
@@ -261,7 +275,9 @@ bool CQUAYMainWorker::PassesCheckPoint() {
   const bool airplane = IsAirplaneMode();
   const bool inhibited = m_pConfig->Get_InhibitQUAY(nullptr);
   m_pConfig->SetAirplaneInhibited(airplane);
-  return !airplane && !inhibited;
+  if (!airplane && !inhibited) return true;
+  RoundWatches::Step(m_ConfigIdx, RoundStep::kOvertaken);
+  return false;
 }
 
 // One policy round at a time over all adapters.
@@ -310,6 +326,7 @@ bool CQUAYMainWorker::IsBlockedByVPN() {
 
 // A change of the access point would break the tunnel.
 void CQUAYMainWorker::HoldForVPN() {
+  RoundWatches::Step(m_ConfigIdx, RoundStep::kVpn);
   m_pConfig->SetVPNInhibited(true);
   m_pConfig->SetString(value::kSuggestedNetwork, u"");
   SurgicalUpdateIfInhibited();
@@ -337,6 +354,7 @@ bool CQUAYMainWorker::MayRun() {
   LOG_ADAPTER(m_ConfigIdx, kLoopLog,
               u"[%i]CQUAYMainWorker::WorkThreadProc[LOOP] - DISABLED - SLEEPING..., ENABLEs: adp %i, svc %i",
               m_ConfigIdx, m_pConfig->m_Enabled.load(), global.m_bServiceEnable.load());
+  RoundWatches::Step(m_ConfigIdx, RoundStep::kDisabled);
   for (int slice = 0; slice < kDisabledSlices && m_bRun && !enabled(); ++slice) Sleep(kDisabledSliceMs);
   return false;
 }

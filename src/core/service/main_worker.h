@@ -35,8 +35,9 @@ class CQUAYMainWorker : public SmartObjEx<CQUAYMainWorker, SmartObj<>>,
   bool GoesOn() const { return m_bRun && m_pInterface; }
   bool AwaitRadio();    // the early check loop; false when the thread is to end
   bool IsRadioSeenOn();
+  void TellRadioOff() const;
   void PrepareRunning();
-  bool RunRound();      // false when the round ended early and does not count
+  bool RunRound();      // false when it ended early, and does not count
   void RefreshSettings();
   bool IsBlockedByVPN();
   bool IsHeldBack(bool vpnBlock);  // having slept, when it is

@@ -1,28 +1,25 @@
 #include "platform/linux/host_text_file.h"
 
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
-#include <memory>
 #include <stdexcept>
 
 namespace corvane::platform::linux_host {
 
 namespace {
 
-struct Closer {
-  void operator()(std::FILE* file) const { std::fclose(file); }
-};
-using File = std::unique_ptr<std::FILE, Closer>;
-
 [[noreturn]] void Fail(const std::string& path, const char* doing) {
   throw std::runtime_error(path + ": cannot " + doing + ": " + std::strerror(errno));
 }
 
+struct Closer {
+  void operator()(std::FILE* file) const { std::fclose(file); }
+};
+
 }  // namespace
 
 std::string ReadTextFile(const std::string& path) {
-  const File file(std::fopen(path.c_str(), "rb"));
+  const std::unique_ptr<std::FILE, Closer> file(std::fopen(path.c_str(), "rb"));
   if (!file) Fail(path, "open");
   std::string text;
   char block[65536];
@@ -31,14 +28,24 @@ std::string ReadTextFile(const std::string& path) {
   return text;
 }
 
-void WriteTextFile(const std::string& path, const std::string& text) {
-  const std::string beside = path + ".new";
-  File file(std::fopen(beside.c_str(), "wb"));
-  if (!file) Fail(beside, "open");
-  const bool written = std::fwrite(text.data(), 1, text.size(), file.get()) == text.size();
-  const bool closed = std::fclose(file.release()) == 0;
-  if (!written || !closed) Fail(beside, "write");
-  if (std::rename(beside.c_str(), path.c_str()) != 0) Fail(path, "replace");
+TextFileWriter::TextFileWriter(const std::string& path)
+    : m_Path(path), m_Beside(path + ".new"), m_pFile(std::fopen(m_Beside.c_str(), "wb")) {
+  if (!m_pFile) Fail(m_Beside, "open");
+}
+
+TextFileWriter::~TextFileWriter() {
+  if (m_pFile) std::remove(m_Beside.c_str());
+}
+
+void TextFileWriter::WriteLine(std::string_view line) noexcept {
+  m_bGood = m_bGood && std::fwrite(line.data(), 1, line.size(), m_pFile.get()) == line.size() &&
+            std::fputc('\n', m_pFile.get()) != EOF;
+}
+
+void TextFileWriter::Commit() {
+  const bool closed = std::fclose(m_pFile.release()) == 0;
+  if (!m_bGood || !closed) Fail(m_Beside, "write");
+  if (std::rename(m_Beside.c_str(), m_Path.c_str()) != 0) Fail(m_Path, "replace");
 }
 
 }  // namespace corvane::platform::linux_host

@@ -6,6 +6,7 @@
 #include "config/settings/global_config_container.h"
 #include "monitors/network_list_manager.h"
 #include "select/policy/candidate_rules.h"
+#include "select/policy/round_watch.h"
 
 namespace corvane {
 
@@ -44,6 +45,17 @@ void SortBy(BssEntryList* entries, bool preferPrivate, CandidateRank (*rankOf)(C
                  [](Ranked& one) { return std::move(one.entry); });
 }
 
+// Removes the entries that do not stand as kQualified.
+template <class Judge>
+void KeepQualified(BssEntryList* entries, int adapter, Judge judge) {
+  std::erase_if(*entries, [&](const CSmartPointer<CWlanBssEntry>& entry) {
+    const CandidateStanding standing = judge(*entry);
+    if (standing == CandidateStanding::kQualified) return false;
+    RoundWatches::Standing(adapter, *entry, standing);
+    return true;
+  });
+}
+
 CandidateRank CandidateRankOf(CWlanBssEntry& entry, bool preferPrivate) {
   return {preferPrivate && IsPrivateNetwork(entry),
           entry.GetLQ() >= entry.m_arbitrary_min_lq ? entry.m_arbitrary_priority : 0,
@@ -67,10 +79,10 @@ BssEntryList EntriesInRange(CWlanInterface& adapter) {
   return entries;
 }
 
-void KeepCandidates(BssEntryList* entries) {
-  std::erase_if(*entries, [](const CSmartPointer<CWlanBssEntry>& entry) {
-    return !IsAdmitted({IsOnSystemDenyList(*entry), entry->m_bDenied, entry->m_SSIDW.empty(),
-                        entry->m_AuthAlgorithm, entry->HasUsableProfile(), entry->m_bHasTempProfile});
+void KeepCandidates(BssEntryList* entries, int adapter) {
+  KeepQualified(entries, adapter, [](const CWlanBssEntry& entry) {
+    return JudgeAdmission({IsOnSystemDenyList(entry), entry.m_bDenied, entry.m_SSIDW.empty(), entry.m_AuthAlgorithm,
+                           entry.HasUsableProfile(), entry.m_bHasTempProfile});
   });
 }
 
@@ -78,15 +90,17 @@ void SortCandidates(BssEntryList* entries, bool preferPrivate) {
   SortBy(entries, preferPrivate, &CandidateRankOf);
 }
 
-void KeepNetwork(BssEntryList* entries, WStringView ssid) {
-  std::erase_if(*entries, [&](const CSmartPointer<CWlanBssEntry>& entry) {
-    return entry->m_SSIDW.empty() || !EqualsIgnoreCase(entry->m_SSIDW, ssid);
+void KeepNetwork(BssEntryList* entries, WStringView ssid, int adapter) {
+  KeepQualified(entries, adapter, [&](const CWlanBssEntry& entry) {
+    const bool same = !entry.m_SSIDW.empty() && EqualsIgnoreCase(entry.m_SSIDW, ssid);
+    return same ? CandidateStanding::kQualified : CandidateStanding::kOtherNetwork;
   });
 }
 
-void KeepAllowed(BssEntryList* entries, const ApListRows& rows) {
-  std::erase_if(*entries, [&](const CSmartPointer<CWlanBssEntry>& entry) {
-    return !IsAllowed(rows, entry->m_SSIDW, entry->GetBssid());
+void KeepAllowed(BssEntryList* entries, const ApListRows& rows, int adapter) {
+  KeepQualified(entries, adapter, [&](const CWlanBssEntry& entry) {
+    return IsAllowed(rows, entry.m_SSIDW, entry.GetBssid()) ? CandidateStanding::kQualified
+                                                            : CandidateStanding::kNotAllowed;
   });
 }
 

@@ -8,13 +8,13 @@ namespace corvane {
 BssEntryList EntriesInRange(CWlanInterface& adapter);
 
 // Removes what may not be a candidate and sorts, best first; equal entries end up in the reverse of
-// their earlier order.
-void KeepCandidates(BssEntryList* entries);
+// their earlier order. `adapter` is the adapter index, for those who watch.
+void KeepCandidates(BssEntryList* entries, int adapter);
 void SortCandidates(BssEntryList* entries, bool preferPrivate);
 // Keeps the access points of one network (the case of ASCII letters makes no difference), and those that
 // a row of the allow list names.
-void KeepNetwork(BssEntryList* entries, WStringView ssid);
-void KeepAllowed(BssEntryList* entries, const ApListRows& rows);
+void KeepNetwork(BssEntryList* entries, WStringView ssid, int adapter);
+void KeepAllowed(BssEntryList* entries, const ApListRows& rows, int adapter);
 // What `all` has beyond the candidates, less the networks that the system's filters deny; by score,
 // then by quality.
 BssEntryList OtherEntries(const BssEntryList& all, const BssEntryList& candidates);

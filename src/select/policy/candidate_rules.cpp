@@ -49,10 +49,13 @@ bool IsReady(const ReadinessInputs& in, const CandidateMargins& margins) {
          PassesPointTest(in.score, in.current, margins.scoreThreshold);
 }
 
-bool IsAdmitted(const AdmissionInputs& in) {
-  return !in.onSystemDenyList && !in.denied && !in.ssidEmpty &&
-         in.authAlgorithm != platform::DOT11_AUTH_ALGO_80211_OPEN &&
-         (in.hasUsableProfile || in.hasTempProfile);
+CandidateStanding JudgeAdmission(const AdmissionInputs& in) {
+  if (in.onSystemDenyList) return CandidateStanding::kFiltered;
+  if (in.denied) return CandidateStanding::kDenied;
+  if (in.ssidEmpty) return CandidateStanding::kUnnamed;
+  if (in.authAlgorithm == platform::DOT11_AUTH_ALGO_80211_OPEN) return CandidateStanding::kOpen;
+  if (!in.hasUsableProfile && !in.hasTempProfile) return CandidateStanding::kUnprofiled;
+  return CandidateStanding::kQualified;
 }
 
 bool RanksBelow(const CandidateRank& a, const CandidateRank& b, bool preferPrivate) {

@@ -21,6 +21,32 @@ bool PassesPercentTest(std::int32_t score, std::int32_t current, std::uint32_t p
 // At least the margin in points.
 bool PassesPointTest(std::int32_t score, std::int32_t current, std::uint32_t points);
 
+// How an entry stands in a round, by the rule that settled it.
+enum class CandidateStanding {
+  // Not admitted.
+  kFiltered,      // by the system
+  kDenied,        // by the deny list
+  kUnnamed,
+  kOpen,
+  kUnprofiled,
+  kOtherNetwork,  // while network switching is off
+  kNotAllowed,    // while an allow list is in force
+  // Weighed against the connected access point.
+  kConnectedBss,  // the counter is cleared
+  kNotBetter,     // the counter is cleared
+  kWeak,          // below the quality threshold
+  kUnavailable,   // the counter is cleared
+  kPercentShort,
+  kPointsShort,
+  kTakenElsewhere,  // another adapter has a claim on it
+  kQualified,       // unless another adapter has
+  kRipening,
+  kReady,
+  // Weighed by an adapter without a connection.
+  kNotAutomatic,
+  kEligible,
+};
+
 // What one round sees of one entry.
 struct CandidateInputs {
   std::int32_t score = 0;
@@ -29,15 +55,6 @@ struct CandidateInputs {
   bool arbitraryEligible = false;   // on the preferred list, at its quality
   bool isConnectedBss = false;
   bool lastConnectUnavailable = false;  // WLAN_REASON_CODE_NETWORK_NOT_AVAILABLE
-};
-// The rule that settled it.
-enum class CandidateStanding {
-  kConnectedBss,   // the counter is cleared
-  kWeak,           // below the quality threshold
-  kUnavailable,    // the counter is cleared
-  kPercentShort,
-  kPointsShort,
-  kQualified,      // unless another adapter has a claim on it
 };
 struct CandidateVerdict {
   CandidateStanding standing = CandidateStanding::kQualified;
@@ -82,8 +99,8 @@ struct AdmissionInputs {
   bool hasUsableProfile = false;
   bool hasTempProfile = false;
 };
-// The entry may be a candidate; open networks never are.
-bool IsAdmitted(const AdmissionInputs& in);
+// kQualified, or why the entry may not be a candidate; open networks never are.
+CandidateStanding JudgeAdmission(const AdmissionInputs& in);
 
 // What orders candidates, strongest first: private preference, arbitrary priority, score, quality.
 struct CandidateRank {

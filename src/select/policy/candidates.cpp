@@ -4,6 +4,7 @@
 
 #include "select/policy/policy.h"
 #include "select/policy/policy_log.h"
+#include "select/policy/round_watch.h"
 #include "select/policy/standing_suggestion.h"
 #include "wlan/binding/wifi_client_container.h"
 
@@ -29,7 +30,16 @@ class CounterPass {
         m_Required(CGlobalQUAYPolicy::RequiredCandidateCount()),
         m_bMonitorMode(CGlobalQUAYPolicy::IsMonitorMode(*m_pConfig)) {}
 
-  void Visit(const CSmartPointer<CWlanBssEntry>& entry) {
+  void Visit(const CSmartPointer<CWlanBssEntry>& entry) { RoundWatches::Standing(m_Idx, *entry, Judge(entry)); }
+
+  const CSmartPointer<CWlanBssEntry>& LastQualifier() const { return m_LastQualifier; }
+  const CandidateSummary& Summary() const { return m_Summary; }
+  bool AnyReady() const { return m_bAnyReady; }
+  bool MetThreshold() const { return m_bMetThreshold; }
+  const CandidateMargins& GetMargins() const { return m_Margins; }
+
+ private:
+  CandidateStanding Judge(const CSmartPointer<CWlanBssEntry>& entry) {
     const std::int32_t score = entry->GetScore(false);
     const CandidateInputs in{score,
                              m_Current,
@@ -41,7 +51,10 @@ class CounterPass {
     if (verdict.lostClaim) ClearUnclaimed(*entry, score);
     if (verdict.standing == CandidateStanding::kConnectedBss) ClearConnected(*entry);
     if (verdict.standing == CandidateStanding::kUnavailable) ClearUnavailable(*entry);
-    if (verdict.standing != CandidateStanding::kQualified || IsTakenElsewhere(*entry)) return;
+    if (verdict.standing != CandidateStanding::kQualified) {
+      return verdict.lostClaim ? CandidateStanding::kNotBetter : verdict.standing;
+    }
+    if (IsTakenElsewhere(*entry)) return CandidateStanding::kTakenElsewhere;
 
     m_LastQualifier = entry;
     if (PassesPointTest(score, m_Current, m_Margins.scoreThreshold)) Widen(score - m_Current);
@@ -55,16 +68,11 @@ class CounterPass {
       Bump(*entry, score);
     }
     ReserveIfNearlyRipe(*entry);
-    if (CGlobalQUAYPolicy::IsCandidateReady(&m_Adapter, entry.get(), m_Current)) m_bAnyReady = true;
+    if (!CGlobalQUAYPolicy::IsCandidateReady(&m_Adapter, entry.get(), m_Current)) return CandidateStanding::kRipening;
+    m_bAnyReady = true;
+    return CandidateStanding::kReady;
   }
 
-  const CSmartPointer<CWlanBssEntry>& LastQualifier() const { return m_LastQualifier; }
-  const CandidateSummary& Summary() const { return m_Summary; }
-  bool AnyReady() const { return m_bAnyReady; }
-  bool MetThreshold() const { return m_bMetThreshold; }
-  const CandidateMargins& GetMargins() const { return m_Margins; }
-
- private:
   // --- An entry that has lost its claim starts anew; one that is merely not good enough in this round
   // keeps its count.
   void ClearUnclaimed(CWlanBssEntry& entry, std::int32_t score) {

@@ -12,6 +12,7 @@
 #include "select/policy/policy.h"
 #include "select/policy/policy_log.h"
 #include "select/policy/policy_text.h"
+#include "select/policy/round_watch.h"
 #include "select/policy/suggesting.h"
 #include "wlan/model/bss_entry_reports.h"
 
@@ -42,6 +43,7 @@ class Choice {
       LOG_ADAPTER(m_Idx, kPolicyLog,
                   u"[%i] CGlobalQUAYPolicy::MakeChoice:BssEntriesList [SORTED LIST] is empty... abort! [%s]",
                   m_Idx, m_Facts.ssid);
+      RoundWatches::Step(m_Idx, RoundStep::kNoCandidates);
       return;
     }
     if (IsRoamingInhibited()) return;
@@ -75,6 +77,7 @@ class Choice {
     if (!m_Facts.connected || !IsDenied(m_pConfig->m_Denylist.Rows(), m_Facts.ssid, m_Facts.bssid)) {
       return false;
     }
+    RoundWatches::Step(m_Idx, RoundStep::kDeniedLeft);
     try {
       LOG_ADAPTER(m_Idx, kPolicyLog,
                   u"\n[%i] IF-STATE: %i [Disconnecting DENYLIST AP: %s {%02x-%02x-%02x-%02x-%02x-%02x}\n",
@@ -113,6 +116,7 @@ class Choice {
                 u"%0.2lf secs]\n",
                 m_Idx, since, static_cast<double>(m_pConfig->GetRoamingInhibitAgeMs()) / 1000.0,
                 static_cast<double>(m_Adapter.GetDisconnectedAgeMs()) / 1000.0);
+    RoundWatches::Step(m_Idx, RoundStep::kRoamingInhibit);
     return true;
   }
 
@@ -123,6 +127,7 @@ class Choice {
     const WString* there = inList ? &m_Entries[static_cast<std::size_t>(position)]->m_BSSIDText : nullptr;
     const SuggestionCheck check = CheckSuggestion(position, there, m_Adapter.m_last_suggested_bssid);
     if (check == SuggestionCheck::kNone || check == SuggestionCheck::kStands) return;
+    RoundWatches::Step(m_Idx, RoundStep::kSuggestionWithdrawn);
     if (check == SuggestionCheck::kDisplaced) {
       m_pConfig->SetString(value::kSuggestedNetwork, u"");
       m_pConfig->SetString(value::kSuggestedNetworkSSID, u"");
@@ -160,6 +165,7 @@ class Choice {
         return;
       case RedNetworks::kForceScans:
         m_pConfig->m_force_scan_counter = kForcedScans;
+        RoundWatches::Step(m_Idx, RoundStep::kSurroundingsChanged);
         LOG_ADAPTER(m_Idx, kPolicyLog,
                     u"[%i] CGlobalQUAYPolicy::MakeChoice:[%u RED NETWORK(s) FOUND] SET F-COUNTER to 3\n",
                     m_Idx, red.size());
@@ -186,6 +192,7 @@ class Choice {
     const std::uint32_t interval = m_pConfig->GetScanIntervalSecs();
     const StaleAction action = ActOnStaleRound(CGlobalConfigContainer::GetInstance().m_bULScan, interval);
     if (action == StaleAction::kDecide) return false;
+    RoundWatches::Step(m_Idx, RoundStep::kStale);
     if (action == StaleAction::kFastScan) {
       CGlobalQUAYPolicy::EnabledFastScan_connected(&m_Adapter, m_Entries, m_Facts);
     }
@@ -221,6 +228,7 @@ class Choice {
                     m_Idx, m_Adapter.GetInterfaceState(), m_Facts.ssid, m_Facts.quality,
                     m_pConfig->m_LQCThreshold.load());
         m_pConfig->m_force_scan_counter = kForcedScans;
+        RoundWatches::Step(m_Idx, RoundStep::kWeakConnection);
         m_Adapter.m_emergency_armed = false;
         return;
       case Emergency::kAlreadyForced:
@@ -251,6 +259,7 @@ class Choice {
       CGlobalQUAYPolicy::MakeChoice_connected(&m_Adapter, m_Entries, m_Facts);
     } else {
       m_Adapter.RollSwitchPeriod();
+      RoundWatches::Step(m_Idx, RoundStep::kStateUnclear);
       LOG_ADAPTER(m_Idx, kPolicyLog, u"\n[%i] INTERFACE STATE: %i [no normal decision check]..............\n",
                   m_Idx, state);
     }
@@ -258,7 +267,10 @@ class Choice {
 
   void DecideDisconnected() {
     m_Adapter.RollSwitchPeriod();
-    if (WaitsAfterDeny()) return;
+    if (WaitsAfterDeny()) {
+      RoundWatches::Step(m_Idx, RoundStep::kDeniedJustLeft);
+      return;
+    }
     ResetReporter();
     m_Adapter.m_consec_disconnects += DisconnectStep(m_pConfig->m_no_delay);
     const std::uint32_t count = m_Adapter.m_consec_disconnects;
@@ -273,6 +285,7 @@ class Choice {
                   u"[%i] CGlobalQUAYPolicy::MakeChoice: _DEFER_ MakeChoice_disconnected() [consec discon %lu < "
                   u"%lu]\n",
                   m_Idx, count, kDisconnectsForDecision);
+      RoundWatches::Step(m_Idx, RoundStep::kCountsDisconnects);
     }
   }
 
@@ -338,6 +351,7 @@ void CGlobalQUAYPolicy::MakeChoice_disconnected(CWlanInterface* pIf, const BssEn
   if (!IsEnabled(*config)) {
     LOG_ADAPTER(idx, kPolicyLog, u"[%i]Interface is disconnected, but _WE ARE DISABLED_: %i/%i\n", idx,
                 config->m_Enabled.load(), CGlobalConfigContainer::GetInstance().m_bServiceEnable.load());
+    RoundWatches::Step(idx, RoundStep::kDisabled);
     return;
   }
   if (const std::uint32_t lans = CountConnectedLans(); lans >= 1) {
@@ -345,11 +359,13 @@ void CGlobalQUAYPolicy::MakeChoice_disconnected(CWlanInterface* pIf, const BssEn
                 u"[%i]Interface is disconnected, BUT we have %u CONNECTED LAN(s)... _____>>> do nothing "
                 u"<_____\n",
                 idx, lans);
+    RoundWatches::Step(idx, RoundStep::kWiredLan);
     return;
   }
   if (!config->m_ForceAutoConnect && !config->m_network_switching) {
     LOG_ADAPTER(idx, kPolicyLog,
                 u"[%i]Interface is disconnected with Networking Switching is disabled ... do nothing\n", idx);
+    RoundWatches::Step(idx, RoundStep::kSwitchingOff);
     return;
   }
   ConnectToBestNoDebounce(pIf, entries, !config->m_ForceAutoConnect);

@@ -2,6 +2,7 @@
 
 #include "config/store/value_names.h"
 #include "core/log/log.h"
+#include "select/policy/round_watch.h"
 #include "telemetry/history/telemetry_memo.h"
 
 namespace corvane {
@@ -26,6 +27,8 @@ ConnectOutcome TryConnect(CWlanInterface& adapter, CQUAYInterfaceConfig& config,
     outcome.what = e.what();
     outcome.standard = true;
   }
+  RoundWatches::Step(adapter.GetConfigIdx(), outcome.connected ? RoundStep::kConnected : RoundStep::kConnectFailed,
+                     &entry);
   entry.m_last_reason_code = outcome.code;
   if (outcome.connected) {
     ++entry.m_connect_good;

@@ -2,6 +2,7 @@
 
 #include "select/policy/policy.h"
 #include "select/policy/policy_log.h"
+#include "select/policy/round_watch.h"
 #include "select/policy/suggesting.h"
 #include "wlan/model/bss_entry_reports.h"
 #include "wlan/binding/wifi_client_container.h"
@@ -47,6 +48,7 @@ class ConnectedDecision {
                   u"Bitrate too high: %0.3lf > %0.3lf] ...\n",
                   m_Idx, m_Adapter.GetInterfaceState(), m_Facts.ssid, m_Mbps,
                   m_pConfig->m_rate_gate_high.load());
+      RoundWatches::Step(m_Idx, RoundStep::kLinkBusy);
       m_Adapter.RollSwitchPeriod();
     } else if (HasReadyCandidate(score)) {
       Switch(score);
@@ -69,6 +71,7 @@ class ConnectedDecision {
     m_Adapter.ClearAllCandidateCounters(
         "MakeChoice_connected - ALREADY CONNECTED TO BEST (DO NOTHING / CLEAR)");
     m_Adapter.RollSwitchPeriod();
+    RoundWatches::Step(m_Idx, m_pBest ? RoundStep::kOnBest : RoundStep::kOnUnlisted);
     const bool eventMode = ModeOf(*m_pConfig).IsEventMode();
     if (m_pBest) {
       LOG_ADAPTER(m_Idx, kPolicyLog,
@@ -123,6 +126,7 @@ class ConnectedDecision {
                   u"Qualifying AP]\n",
                   m_Idx, m_Adapter.GetInterfaceState(), m_Mbps, m_Facts.ssid);
     }
+    RoundWatches::Step(m_Idx, qualifier ? RoundStep::kRipening : RoundStep::kNoQualifier, qualifier.get());
     m_Adapter.RollSwitchPeriod();
     return false;
   }
@@ -138,6 +142,7 @@ class ConnectedDecision {
       LOG_ADAPTER(m_Idx, kPolicyLog,
                   u"\n[%i] Connection to preferred Network failed, trying to restore %s\n", m_Idx,
                   m_Facts.ssid);
+      RoundWatches::Step(m_Idx, RoundStep::kRestore);
       m_Adapter.ConnectToNetwork(m_Facts.ssid);
       LOG_ADAPTER(m_Idx, kPolicyLog, u"\n[%i] Restoring %s succeeded\n", m_Idx, m_Facts.ssid);
     }
@@ -176,6 +181,7 @@ bool CGlobalQUAYPolicy::IsConnectedToBest(CWlanInterface* pIf, const BssEntryLis
     *best = first;
     return false;
   }
+  RoundWatches::Standing(pIf->GetConfigIdx(), *first, CandidateStanding::kTakenElsewhere);
   if (entries.size() < 2) return false;
   *best = entries[1];
   return entries[1]->GetBssid() == facts.bssid;

@@ -4,6 +4,7 @@
 #include "select/policy/policy.h"
 #include "select/policy/policy_log.h"
 #include "select/policy/policy_text.h"
+#include "select/policy/round_watch.h"
 #include "select/policy/suggesting.h"
 #include "wlan/binding/wifi_client_container.h"
 
@@ -30,7 +31,9 @@ class FirstConnect {
   bool Run() {
     bool eligible = false, done = false;
     for (std::size_t i = 0; i < m_Entries.size() && !done; ++i) {
-      if (!IsEligible(*m_Entries[i])) continue;
+      const CandidateStanding standing = Judge(*m_Entries[i]);
+      RoundWatches::Standing(m_Idx, *m_Entries[i], standing);
+      if (standing != CandidateStanding::kEligible) continue;
       eligible = true;
       m_pConfig->m_force_scan_counter = 0;
       done = Take(*m_Entries[i], static_cast<std::int32_t>(i));
@@ -39,33 +42,34 @@ class FirstConnect {
       m_pConfig->ClearStatusMessage(kStatusNoAutoConnectProfile);
     } else {
       m_pConfig->SetStatusMessage(kStatusNoAutoConnectProfile);
+      RoundWatches::Step(m_Idx, RoundStep::kNoneEligible);
     }
     return done;
   }
 
  private:
-  bool IsEligible(CWlanBssEntry& entry) {
+  CandidateStanding Judge(CWlanBssEntry& entry) {
     const MacAddress mac = entry.GetBssid();
     if (CWifiClientContainer::GetInstance().AvoidThisCandidateOnMyIF(&entry, &m_Adapter)) {
       LOG_ADAPTER(m_Idx, kPolicyLog,
                   u"[%i] [SKIP DUE TO CONN ON OTHER-IF] %s {%02x-%02x-%02x-%02x-%02x-%02x}\n", m_Idx,
                   entry.m_SSIDW, MAC_ARGS(mac));
-      return false;
+      return CandidateStanding::kTakenElsewhere;
     }
     if (entry.m_last_reason_code == platform::WLAN_REASON_CODE_NETWORK_NOT_AVAILABLE) {
       LOG_ADAPTER(m_Idx, kPolicyLog,
                   u"[%i] [SKIP DUE TO 'WLAN_REASON_CODE_NETWORK_NOT_AVAILABLE'] %s "
                   u"{%02x-%02x-%02x-%02x-%02x-%02x}\n",
                   m_Idx, entry.m_SSIDW, MAC_ARGS(mac));
-      return false;
+      return CandidateStanding::kUnavailable;
     }
     if (m_bAutoOnly && !entry.m_AutoConnect) {
       LOG_ADAPTER(m_Idx, kPolicyLog,
                   u"[%i] [AUTO=%i][AutOnly=%i] NOT connecting to %s {%02x-%02x-%02x-%02x-%02x-%02x}\n", m_Idx,
                   entry.m_AutoConnect, m_bAutoOnly, entry.m_SSIDW, MAC_ARGS(mac));
-      return false;
+      return CandidateStanding::kNotAutomatic;
     }
-    return true;
+    return CandidateStanding::kEligible;
   }
 
   bool Take(CWlanBssEntry& entry, std::int32_t position) {
@@ -75,6 +79,7 @@ class FirstConnect {
                   u"[%i] [DISABLED IN MONITOR MODE] ConnectToBestNoDebounce: _NO_ Connect/Suggest: %s "
                   u"{%02x-%02x-%02x-%02x-%02x-%02x}\n",
                   m_Idx, entry.m_SSIDW, MAC_ARGS(mac));
+      RoundWatches::Step(m_Idx, RoundStep::kMonitorMode, &entry);
       return true;
     }
     const MoveWay way = WayOfConnect(ModeOf(*m_pConfig));
@@ -84,7 +89,9 @@ class FirstConnect {
                 m_Idx, 0, 0, entry.m_AutoConnect, m_bAutoOnly,
                 way == MoveWay::kConnect ? u"Connecting to" : u"SUGGESTING", entry.m_SSIDW, MAC_ARGS(mac));
     if (way == MoveWay::kConnect) return Connect(entry);
-    const bool accepted = way == MoveWay::kSuggestByEvent ? AskByEvent(entry) : AskByPopup(entry);
+    const bool byEvent = way == MoveWay::kSuggestByEvent;
+    const bool accepted = byEvent ? AskByEvent(entry) : AskByPopup(entry);
+    RoundWatches::Step(m_Idx, StepOfSuggestion(byEvent, accepted), &entry);
     if (accepted) RememberSuggestion(m_Adapter, entry, position);
     return true;
   }
@@ -104,6 +111,7 @@ class FirstConnect {
   }
 
   bool Connect(CWlanBssEntry& entry) {
+    RoundWatches::Step(m_Idx, RoundStep::kFirstConnect, &entry);
     if (!TryConnectCounted(m_Adapter, *m_pConfig, entry, "newconnect")) return false;
     CountMove(false);
     LOG_ADAPTER(m_Idx, kPolicyLog,

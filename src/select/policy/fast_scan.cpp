@@ -3,6 +3,7 @@
 #include "select/policy/choice_rules.h"
 #include "select/policy/policy.h"
 #include "select/policy/policy_log.h"
+#include "select/policy/round_watch.h"
 #include "select/policy/standing_suggestion.h"
 #include "select/policy/suggesting.h"
 #include "wlan/model/bss_entry_reports.h"
@@ -12,6 +13,17 @@ namespace corvane {
 namespace {
 
 constexpr std::uint64_t kFastScanLog = DBG(3);
+
+RoundStep StepOf(FastScan outcome) {
+  switch (outcome) {
+    case FastScan::kAlreadySuggested: return RoundStep::kAlreadySuggested;
+    case FastScan::kBusy: return RoundStep::kLinkBusy;
+    case FastScan::kNothingBetter: return RoundStep::kNothingBetter;
+    case FastScan::kAlreadyForced:
+    case FastScan::kForceScans: break;
+  }
+  return RoundStep::kBetterPossible;
+}
 
 class FastScanRound {
  public:
@@ -38,6 +50,7 @@ class FastScanRound {
                   u"\n[%i][EnabledFastScan_connected] INTERFACE STATE: %i [already CONNECTED to preferred AP "
                   u"- SSID: %s {%02x-%02x-%02x-%02x-%02x-%02x}][LQ %lu][%0.2lf mbps] - DO NOTHING\n",
                   m_Idx, m_State, m_Facts.ssid, MAC_ARGS(m_Facts.bssid), m_Facts.quality, m_Mbps);
+      RoundWatches::Step(m_Idx, RoundStep::kOnBest);
       return;
     }
     Act(JudgeFastScan(Gather()));
@@ -77,6 +90,7 @@ class FastScanRound {
 
   void Act(FastScan outcome) {
     const std::int32_t forced = m_pConfig->m_force_scan_counter;
+    RoundWatches::Step(m_Idx, StepOf(outcome), m_pBest.get());
     switch (outcome) {
       case FastScan::kAlreadySuggested:
         LOG_ADAPTER(m_Idx, kFastScanLog,

@@ -54,12 +54,12 @@ class CGlobalQUAYPolicy {
   // Connecting an adapter that has no connection (connecting.cpp). True when something was done.
   static bool ConnectToBestNoDebounce(CWlanInterface* pIf, const BssEntryList& entries, bool auto_only);
 
-  // What people ask for (requested_connect.cpp); all true when connected. The request of a client is left
-  // as it is, that of an accepted suggestion is consumed.
+  // What people ask for (requested_connect.cpp); all true when connected. Asking for an accepted
+  // suggestion consumes it.
   static bool CheckAcceptSuggestion(CWlanInterface* pIf, const BssEntryList& entries,
                                     const ConnectionFacts& facts);
-  static bool CheckExecuteConnectFromUI(CWlanInterface* pIf, const BssEntryList& entries,
-                                        const ConnectionFacts& facts);
+  static bool CheckExecuteConnectFromUI(CWlanInterface* pIf, const UIConnectRequest& request,
+                                        const BssEntryList& entries, const ConnectionFacts& facts);
   static bool FindAndConnectToBssEntry(CWlanInterface* pIf, const BssEntryList& entries, const WString& ssid,
                                        const WString& bssid_text, const WString& profile_xml,
                                        bool save_profile, const ConnectionFacts& facts, const char* tag);

@@ -8,6 +8,7 @@
 #include "select/policy/policy.h"
 #include "select/policy/policy_log.h"
 #include "select/policy/policy_text.h"
+#include "select/policy/round_watch.h"
 
 namespace corvane {
 
@@ -26,10 +27,10 @@ class PolicyRound {
     GatherConnection();
 
     m_Candidates = inRange;
-    KeepCandidates(&m_Candidates);
+    KeepCandidates(&m_Candidates, m_Idx);
     SortCandidates(&m_Candidates, m_pConfig->m_PreferPrivateNetwork);
     PublishNetworksInRange();
-    if (m_Facts.connected && !m_pConfig->m_network_switching) KeepNetwork(&m_Candidates, m_Facts.ssid);
+    if (m_Facts.connected && !m_pConfig->m_network_switching) KeepNetwork(&m_Candidates, m_Facts.ssid, m_Idx);
     FilterByAllowlist();
     if (m_Facts.connected) m_Adapter.m_consec_disconnects = 0;
     LogSettings();
@@ -37,6 +38,7 @@ class PolicyRound {
     m_Others = OtherEntries(inRange, m_Candidates);
     PublishRows(m_Others, value::kNONCandidatesCSV, "OTHER");
     LogScores();
+    RoundWatches::Candidates(m_Adapter, m_Facts, m_Candidates);
     Act();
   }
 
@@ -63,7 +65,7 @@ class PolicyRound {
   void FilterByAllowlist() {
     const ApListRows& rows = m_pConfig->m_Allowlist.Rows();
     const bool active = CGlobalConfigContainer::GetInstance().m_bAllowlistEnabled && !rows.empty();
-    if (active) KeepAllowed(&m_Candidates, rows);
+    if (active) KeepAllowed(&m_Candidates, rows, m_Idx);
     m_pConfig->m_allowlist_active = active;
   }
 
@@ -115,18 +117,19 @@ class PolicyRound {
     }
   }
 
-  // One act at most: what people ask for comes first. A client's order lives for one round.
+  // One act at most: what people ask for comes first. A client's order lives for one round; one that
+  // comes while it is carried out waits for the next.
   void Act() {
     if (CGlobalQUAYPolicy::CheckAcceptSuggestion(&m_Adapter, m_Candidates, m_Facts)) {
       LogSkippedChoice(u"TRIED PASSIVE (SUGGESTION-ACCEPTANCE) CONNECT");
-    } else if (CGlobalQUAYPolicy::CheckExecuteConnectFromUI(&m_Adapter, m_Candidates, m_Facts)) {
-      m_pConfig->ClearUIConnectRequest();
+      return;
+    }
+    const UIConnectRequest order = m_pConfig->TakeUIConnectRequest();
+    if (CGlobalQUAYPolicy::CheckExecuteConnectFromUI(&m_Adapter, order, m_Candidates, m_Facts)) {
       LogSkippedChoice(u"EXECUTED UI CONNEC CMD - PROFILES");
-    } else if (CGlobalQUAYPolicy::CheckExecuteConnectFromUI(&m_Adapter, m_Others, m_Facts)) {
-      m_pConfig->ClearUIConnectRequest();
+    } else if (CGlobalQUAYPolicy::CheckExecuteConnectFromUI(&m_Adapter, order, m_Others, m_Facts)) {
       LogSkippedChoice(u"EXECUTED UI CONNEC CMD - NON-PROFILES");
     } else {
-      m_pConfig->ClearUIConnectRequest();
       CGlobalQUAYPolicy::MakeChoice(&m_Adapter, m_Candidates, m_Facts);
     }
   }

@@ -9,6 +9,7 @@
 #include "select/policy/policy.h"
 #include "select/policy/policy_log.h"
 #include "select/policy/policy_text.h"
+#include "select/policy/round_watch.h"
 
 namespace corvane {
 
@@ -38,12 +39,19 @@ bool TryRepeatedly(CWlanInterface& adapter, CQUAYInterfaceConfig& config, CWlanB
   for (*tries = 1; *tries <= kTries; ++*tries) {
     LOG_ADAPTER(idx, kPolicyLog, u"[%i] %S [try=%i] Connecting to %s {%02x-%02x-%02x-%02x-%02x-%02x}\n", idx,
                 tag, *tries, entry.m_SSIDW, MAC_ARGS(mac));
+    RoundWatches::Step(idx, RoundStep::kRequestedConnect, &entry);
     const ConnectOutcome outcome = TryConnect(adapter, config, entry, profileXml, save, TimeoutOf(entry));
     if (outcome.connected) return true;
     LogFailure(outcome);
     if (*tries < kTries) Os().threads.Sleep(kRetryPauseMs);
   }
   return false;
+}
+
+// A connect without a profile only starts the credential prompter.
+bool IsConnectedTo(CWlanInterface& adapter, const CWlanBssEntry& entry) {
+  ConnectionFacts facts;
+  return adapter.GetConnectedSSID(&facts) && facts.bssid == entry.GetBssid();
 }
 
 void LogOrder(int idx, const char* text, const WString& ssid, const WString& bssid, std::uint32_t outputs) {
@@ -63,6 +71,7 @@ bool CGlobalQUAYPolicy::FindAndConnectToBssEntry(CWlanInterface* pIf, const BssE
                 u"[%i] %S [DISABLED IN MONITOR MODE] FindAndConnectToBssEntry: _NOT_ Connecting. to "
                 u"ssid='%s', bssid='%s'\n",
                 idx, tag, ssid, bssid_text);
+    RoundWatches::Step(idx, RoundStep::kMonitorMode);
     return false;
   }
   if (bssid_text.empty()) {
@@ -92,18 +101,16 @@ bool CGlobalQUAYPolicy::FindAndConnectToBssEntry(CWlanInterface* pIf, const BssE
                 u"[%i] [try=%i] FindAndConnectToBssEntry: Success connecting to %s [STATs: failed=%i, "
                 u"good=%i]\n",
                 idx, tries, entry->m_SSIDW, entry->m_connect_failed, entry->m_connect_good);
-    PublishConnection(*pIf, *config, *entry);
+    if (IsConnectedTo(*pIf, *entry)) PublishConnection(*pIf, *config, *entry);
     return true;
   }
   config->SetString(value::kConnectStatus, u"error");
   return false;
 }
 
-bool CGlobalQUAYPolicy::CheckExecuteConnectFromUI(CWlanInterface* pIf, const BssEntryList& entries,
-                                                  const ConnectionFacts& facts) {
+bool CGlobalQUAYPolicy::CheckExecuteConnectFromUI(CWlanInterface* pIf, const UIConnectRequest& request,
+                                                  const BssEntryList& entries, const ConnectionFacts& facts) {
   const int idx = pIf->GetConfigIdx();
-  const CSmartPointer<CQUAYInterfaceConfig> config = pIf->Config();
-  const UIConnectRequest request = config->GetUIConnectRequest();
   if (request.bssid.empty()) return false;
 
   MacAddress bssid{};
@@ -122,6 +129,7 @@ bool CGlobalQUAYPolicy::CheckExecuteConnectFromUI(CWlanInterface* pIf, const Bss
                                 facts, kClientOrder)) {
     return false;
   }
+  RoundWatches::Step(idx, RoundStep::kClientConnect);
   LogOrder(idx, "] UI Command Connect to: ", request.ssid, request.bssid,
            kLogFile | kLogConsole | kLogMemory);
   return true;
@@ -137,15 +145,18 @@ bool CGlobalQUAYPolicy::CheckAcceptSuggestion(CWlanInterface* pIf, const BssEntr
   config->GetString(value::kSuggestedNetworkSSID, &ssid);
   config->GetString(value::kSuggestedNetworkBSSID, &bssid);
   if (FindAndConnectToBssEntry(pIf, entries, ssid, bssid, {}, false, facts, kAcceptance)) {
+    RoundWatches::Step(idx, RoundStep::kSuggestionAccepted);
     LogOrder(idx, "] SUGGESTION ACCEPTED: Connect to ", ssid, bssid, kLogFile | kLogMemory);
     LOG_ADAPTER(idx, kPolicyLog, u"\n[%i]Connect to suggested Network succeeded [%s][%s]\n", idx, ssid,
                 bssid);
     return true;
   }
   if (IsMonitorMode(*config)) return false;  // nothing was touched that would need to be restored
+  RoundWatches::Step(idx, RoundStep::kSuggestionFailed);
   if (facts.connected && !facts.ssid.empty()) {
     LOG_ADAPTER(idx, kPolicyLog, u"\n[%i]Connect to suggested Network [%s] failed, trying to restore %s\n",
                 idx, ssid, facts.ssid);
+    RoundWatches::Step(idx, RoundStep::kRestore);
     pIf->ConnectToNetwork(facts.ssid);
     LOG_ADAPTER(idx, kPolicyLog, u"\n[%i]Restoring %s succeeded\n", idx, facts.ssid);
   } else {

@@ -5,6 +5,7 @@
 #include "select/policy/policy_log.h"
 #include "select/policy/policy_text.h"
 #include "select/policy/roaming.h"
+#include "select/policy/round_watch.h"
 #include "select/policy/suggesting.h"
 #include "wlan/binding/wifi_client_container.h"
 
@@ -70,11 +71,13 @@ class Switch {
                   u"[%i] [DISABLED IN MONITOR MODE] SwitchConnectionToBest: _NO_ Connect/Suggest: %s "
                   u"{%02x-%02x-%02x-%02x-%02x-%02x}\n",
                   m_Idx, entry.m_SSIDW, MAC_ARGS(mac));
+      RoundWatches::Step(m_Idx, RoundStep::kMonitorMode, &entry);
       return Step::kSettled;
     }
     if (mac == m_Facts.bssid) {
       LOG_ADAPTER(m_Idx, kPolicyLog, u"[%i] [__ALREADY?__] %s {%02x-%02x-%02x-%02x-%02x-%02x}\n", m_Idx,
                   entry.m_SSIDW, MAC_ARGS(mac));
+      RoundWatches::Step(m_Idx, RoundStep::kAlreadyThere, &entry);
       m_pConfig->SetConnectedNetwork(NetworkDisplayName(m_Facts.ssid, entry.m_Channel), m_Facts.ssid,
                                      entry.m_BSSIDText);
       return Step::kSettled;
@@ -106,8 +109,10 @@ class Switch {
 
     const ApSummary suggested = SummaryOf(entry);
     const ApSummary current = SummaryOfConnection(m_Adapter, m_Facts, m_Score);
-    const bool accepted = way == MoveWay::kSuggestByEvent ? AskByEvent(entry, suggested, current)
-                                                          : AskByPopup(entry, suggested, current);
+    const bool byEvent = way == MoveWay::kSuggestByEvent;
+    const bool accepted =
+        byEvent ? AskByEvent(entry, suggested, current) : AskByPopup(entry, suggested, current);
+    RoundWatches::Step(m_Idx, StepOfSuggestion(byEvent, accepted), &entry);
     if (!accepted) return;
     m_Adapter.IncSwitchAttempt();
     RememberSuggestion(m_Adapter, entry, position);
@@ -145,6 +150,7 @@ class Switch {
     LOG_ADAPTER(m_Idx, kPolicyLog, u"[%i] [roam=%i] Connecting to %s {%02x-%02x-%02x-%02x-%02x-%02x}\n",
                 m_Idx, roam, entry.m_SSIDW, MAC_ARGS(mac));
     const ApSummary before = SummaryOfConnection(m_Adapter, m_Facts, m_Score);
+    RoundWatches::Step(m_Idx, RoundStep::kSwitch, &entry);
     if (!TryConnectCounted(m_Adapter, *m_pConfig, entry, "switch")) {
       entry.m_candidate_counter = 0;
       m_Adapter.ReleaseReservation(mac);

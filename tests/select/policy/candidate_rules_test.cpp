@@ -98,20 +98,20 @@ TEST(CandidateCount, SuggestionStaysOpenUntilItIsTheConnection) {
 
 TEST(CandidateAdmission, OpenDeniedNamelessAndUnprofiledNetworksStayOut) {
   const AdmissionInputs good{false, false, false, platform::DOT11_AUTH_ALGO_RSNA_PSK, true, false};
-  EXPECT_TRUE(IsAdmitted(good));
+  EXPECT_EQ(JudgeAdmission(good), CandidateStanding::kQualified);
   auto in = good;
   in.onSystemDenyList = true;
-  EXPECT_FALSE(IsAdmitted(in));
+  EXPECT_EQ(JudgeAdmission(in), CandidateStanding::kFiltered);
   in = good, in.denied = true;
-  EXPECT_FALSE(IsAdmitted(in));
+  EXPECT_EQ(JudgeAdmission(in), CandidateStanding::kDenied);
   in = good, in.ssidEmpty = true;
-  EXPECT_FALSE(IsAdmitted(in));
+  EXPECT_EQ(JudgeAdmission(in), CandidateStanding::kUnnamed);
   in = good, in.authAlgorithm = platform::DOT11_AUTH_ALGO_80211_OPEN;
-  EXPECT_FALSE(IsAdmitted(in));
+  EXPECT_EQ(JudgeAdmission(in), CandidateStanding::kOpen);
   in = good, in.hasUsableProfile = false;
-  EXPECT_FALSE(IsAdmitted(in));
+  EXPECT_EQ(JudgeAdmission(in), CandidateStanding::kUnprofiled);
   in.hasTempProfile = true;
-  EXPECT_TRUE(IsAdmitted(in));
+  EXPECT_EQ(JudgeAdmission(in), CandidateStanding::kQualified);
 }
 
 TEST(CandidateOrder, EachStepDecidesBeforeTheNext) {

@@ -182,7 +182,7 @@ TEST_F(PolicyRoundTest, ClientsOrderIsServedFromEitherListAndLivesForOneRound) {
     config->SetString(value::kConnectStatus, u"pending");
     config->SetUIConnectRequest({ssid, MacText(ApMac(n)), {}, false});
     Round();
-    EXPECT_TRUE(config->GetUIConnectRequest().bssid.empty());
+    EXPECT_TRUE(config->TakeUIConnectRequest().bssid.empty());
     return wlan->calls;
   };
   using Calls = std::vector<std::string>;

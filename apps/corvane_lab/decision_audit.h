@@ -1,0 +1,53 @@
+#pragma once
+#include <cstdint>
+#include <map>
+#include <set>
+#include <string>
+
+#include "platform/sim/pc_observer.h"
+#include "platform/sim/world.h"
+#include "select/policy/round_watch.h"
+
+namespace corvane::lab {
+
+// Holds every move that the service makes by its own decision against what it must never do: go to a
+// denied or an open access point, go where another adapter is, switch while the rate gate or real-time
+// audio holds, switch to a candidate that has not ripened, end up elsewhere than it decided. What people
+// ask for, and the return to the old network, are no decisions of its own.
+class DecisionAudit final : public IRoundWatch {
+ public:
+  using Report = void (*)(int adapter, const std::string& fault, void* context);
+  DecisionAudit(const platform::sim::World& world, Report report, void* context);
+  ~DecisionAudit() { RoundWatches::Remove(this); }
+  DecisionAudit(const DecisionAudit&) = delete;
+  DecisionAudit& operator=(const DecisionAudit&) = delete;
+
+  std::uint64_t Moves() const { return m_Moves; }  // that were held against the rules
+
+  void OnCandidates(CWlanInterface& adapter, const ConnectionFacts& facts, const BssEntryList& candidates) override;
+  void OnStep(int adapter, RoundStep step, CWlanBssEntry* about) override;
+
+  // What the radios do.
+  void OnConnected(int adapter, platform::sim::Cause cause, const std::string& bssid);
+  void OnGone(int adapter);  // not connected any more, or not known to be
+
+ private:
+  struct Link {
+    std::string bssid;  // that the radio is on; empty for none
+    bool byProgram = false;
+    bool busyAtStart = false;  // of the present round
+    std::string target;        // of the move in progress
+  };
+
+  void CheckMove(int adapter, CWlanBssEntry& target, bool isSwitch);
+  bool IsSeenOn(int adapter, const std::string& bssid) const;
+  void Broken(int adapter, const std::string& what, const std::string& bssid);
+
+  std::set<std::string> m_Open;  // BSSIDs of open networks
+  Report m_Report;
+  void* m_pContext;
+  std::map<int, Link> m_Links;
+  std::uint64_t m_Moves = 0;
+};
+
+}  // namespace corvane::lab

@@ -1,0 +1,199 @@
+#include "corvane_lab/round_record.h"
+
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
+
+#include <algorithm>
+
+#include "config/settings/global_config_container.h"
+#include "select/policy/policy.h"
+#include "select/policy/suggesting.h"
+
+namespace corvane::lab {
+
+namespace {
+
+using JsonWriter = rapidjson::Writer<rapidjson::StringBuffer>;
+
+void Text(JsonWriter& json, const char* name, const std::string& text) {
+  json.Key(name);
+  json.String(text.c_str(), static_cast<rapidjson::SizeType>(text.size()));
+}
+
+void Number(JsonWriter& json, const char* name, std::int64_t number) {
+  json.Key(name);
+  json.Int64(number);
+}
+
+void Fraction(JsonWriter& json, const char* name, double number) {
+  constexpr int kPlaces = 3;
+  json.Key(name);
+  json.SetMaxDecimalPlaces(kPlaces);
+  json.Double(number);
+}
+
+const char* ModeText(const CQUAYInterfaceConfig& config) {
+  const SuggestionMode mode = ModeOf(config);
+  return !mode.passive ? "autoswitch" : mode.popup ? "popup" : "event";
+}
+
+// Entries that a rule has settled: a round that weighs none tells of none.
+void Entries(JsonWriter& json, const char* name, const std::vector<EntryRecord>& entries) {
+  json.Key(name);
+  json.StartArray();
+  for (const EntryRecord& entry : entries) {
+    if (!entry.standing) continue;
+    json.StartObject();
+    Text(json, "ssid", entry.ssid);
+    Text(json, "bssid", entry.bssid);
+    Number(json, "score", entry.score);
+    Number(json, "quality", entry.quality);
+    Number(json, "counter", entry.counter);
+    Text(json, "rule", CandidateStandingName(*entry.standing));
+    json.EndObject();
+  }
+  json.EndArray();
+}
+
+void Policy(JsonWriter& json, const RoundRecord& round) {
+  if (round.connected) {
+    json.Key("connection");
+    json.StartObject();
+    Text(json, "ssid", round.ssid);
+    Text(json, "bssid", round.bssid);
+    Number(json, "score", round.score);
+    Number(json, "quality", round.quality);
+    json.EndObject();
+  }
+  Text(json, "mode", round.mode);
+  Number(json, "required_rounds", round.required);
+  Number(json, "margin_points", round.margins.scoreThreshold);
+  Number(json, "margin_percent", round.margins.scorePercent);
+  Number(json, "least_quality", round.margins.qualityThreshold);
+  Fraction(json, "mbps", round.mbps);
+  Fraction(json, "gate_mbps", round.gateMbps);
+  json.Key("real_time_audio");
+  json.Bool(round.realTimeAudio);
+  Entries(json, "candidates", round.candidates);
+  Entries(json, "others", round.others);
+}
+
+}  // namespace
+
+// Steps about one access point stand behind its name, once.
+std::string OutcomeText(const RoundRecord& round) {
+  std::string text;
+  const StepRecord* before = nullptr;
+  for (const StepRecord& step : round.steps) {
+    const bool goesOn = before && !step.bssid.empty() && before->bssid == step.bssid;
+    if (before) text += goesOn ? ", " : "; ";
+    if (!step.bssid.empty() && !goesOn) text += step.ssid + " " + step.bssid + ": ";
+    text += RoundStepText(step.step);
+    before = &step;
+  }
+  return text;
+}
+
+std::string RoundJson(const RoundRecord& round) {
+  rapidjson::StringBuffer buffer;
+  JsonWriter json(buffer);
+  json.StartObject();
+  Number(json, "ms", static_cast<std::int64_t>(round.endedMs));
+  Number(json, "adapter", round.adapter);
+  Text(json, "event", "round");
+  Number(json, "round", static_cast<std::int64_t>(round.number));
+  Number(json, "began_ms", static_cast<std::int64_t>(round.beganMs));
+  Text(json, "text", OutcomeText(round));
+  json.Key("decisions");
+  json.StartArray();
+  for (const StepRecord& step : round.steps) {
+    json.StartObject();
+    Text(json, "decision", RoundStepName(step.step));
+    if (!step.bssid.empty()) {
+      Text(json, "ssid", step.ssid);
+      Text(json, "bssid", step.bssid);
+    }
+    Text(json, "reason", RoundStepText(step.step));
+    json.EndObject();
+  }
+  json.EndArray();
+  if (round.hasPolicy) Policy(json, round);
+  json.EndObject();
+  return buffer.GetString();
+}
+
+const RoundRecord* RoundRecorder::Latest(int adapter) const {
+  const auto found = m_Rounds.find(adapter);
+  return found == m_Rounds.end() ? nullptr : &found->second;
+}
+
+void RoundRecorder::OnRoundBegins(int adapter) {
+  RoundRecord& round = m_Rounds[adapter];
+  RoundRecord next;
+  next.adapter = adapter;
+  next.number = round.number + 1;
+  next.beganMs = Now();
+  round = std::move(next);
+}
+
+EntryRecord RoundRecorder::Read(CWlanBssEntry& entry) const {
+  return {WideToUtf8(entry.m_SSIDW),
+          MacTextA(entry.GetBssid()),
+          entry.GetScore(false),
+          entry.GetLQ(),
+          entry.m_candidate_counter,
+          std::nullopt,
+          m_bTerms ? entry.m_ScoreLog + entry.m_FinalScoreLog : std::string()};
+}
+
+void RoundRecorder::OnCandidates(CWlanInterface& adapter, const ConnectionFacts& facts,
+                                 const BssEntryList& candidates) {
+  RoundRecord& round = m_Rounds[adapter.GetConfigIdx()];
+  const auto config = adapter.Config();
+  const auto& global = CGlobalConfigContainer::GetInstance();
+  round.hasPolicy = true;
+  round.connected = facts.connected;
+  if (facts.connected) {
+    round.ssid = WideToUtf8(facts.ssid);
+    round.bssid = MacTextA(facts.bssid);
+    round.score = adapter.GetScoreFromBssEntry(facts.ssid, facts.bssid, true);
+    round.quality = facts.quality;
+  }
+  round.mode = ModeText(*config);
+  round.required = CGlobalQUAYPolicy::RequiredCandidateCount();
+  round.margins = {config->m_LQCThreshold, config->m_APScoreThreshold, global.m_ScoreDiffPct};
+  round.mbps = adapter.GetTrafficMbps();
+  round.gateMbps = config->m_rate_gate_high;
+  round.realTimeAudio = global.m_rt_audio;
+  round.candidates.reserve(candidates.size());
+  for (const auto& entry : candidates) round.candidates.push_back(Read(*entry));
+}
+
+// Before the list is there, an entry is told of because it may not be in it.
+void RoundRecorder::OnStanding(int adapter, CWlanBssEntry& entry, CandidateStanding standing) {
+  RoundRecord& round = m_Rounds[adapter];
+  if (!round.hasPolicy) {
+    round.others.push_back(Read(entry));
+    round.others.back().standing = standing;
+    return;
+  }
+  const std::string bssid = MacTextA(entry.GetBssid());
+  const auto found = std::ranges::find(round.candidates, bssid, &EntryRecord::bssid);
+  if (found == round.candidates.end()) return;
+  found->standing = standing;
+  found->counter = entry.m_candidate_counter;
+}
+
+void RoundRecorder::OnStep(int adapter, RoundStep step, CWlanBssEntry* about) {
+  m_Rounds[adapter].steps.push_back({step, about ? WideToUtf8(about->m_SSIDW) : std::string(),
+                                     about ? MacTextA(about->GetBssid()) : std::string()});
+}
+
+void RoundRecorder::OnRoundEnds(int adapter) {
+  RoundRecord& round = m_Rounds[adapter];
+  round.endedMs = Now();
+  round.ended = true;
+  if (m_Listener) m_Listener(round, m_pContext);
+}
+
+}  // namespace corvane::lab

@@ -1,0 +1,56 @@
+#include "corvane_lab/world_source.h"
+
+#include <algorithm>
+#include <array>
+
+#include "config/store/address_text.h"
+#include "config/store/value_names.h"
+#include "platform/linux/host_text_file.h"
+#include "platform/sim/world_loader.h"
+
+namespace corvane::lab {
+
+using platform::sim::Action;
+using platform::sim::ActionKind;
+using platform::sim::World;
+
+namespace {
+
+// By then the first start has given every setting its default.
+constexpr std::uint64_t kModeAtMs = 8000;
+
+}  // namespace
+
+World WorldOf(const Arguments& arguments) {
+  const auto air = arguments.Value("--air");
+  if (arguments.Rest().size() != (air ? 0u : 1u)) throw UsageError("one world, or --air and a file");
+  const std::string& file = air ? *air : arguments.Rest()[0];
+  const std::string text = platform::linux_host::ReadTextFile(file);
+  World world = air ? platform::sim::WorldFromAir(text, file) : platform::sim::ParseWorld(text, file);
+  if (const auto mode = arguments.Value("--mode")) SetMode(&world, *mode);
+  return world;
+}
+
+void SetMode(World* world, const std::string& mode) {
+  constexpr std::array kModes{"autoswitch", "event", "popup"};  // by PassiveSuggestMode
+  const auto found = std::ranges::find(kModes, mode);
+  if (found == kModes.end()) throw UsageError("a mode is autoswitch, event or popup, not \"" + mode + "\"");
+  std::erase_if(world->timeline, [](const Action& action) {
+    return action.kind == ActionKind::kRegistry && action.registry.name == value::kPassiveSuggestMode;
+  });
+  const auto at = std::ranges::find_if(world->timeline, [](const Action& action) { return action.atMs > kModeAtMs; });
+  std::vector<Action> actions;
+  for (const auto& adapter : world->adapters) {
+    Action action;
+    action.atMs = kModeAtMs;
+    action.kind = ActionKind::kRegistry;
+    action.registry.key = std::u16string(platform::sim::kHomeKey) + u"\\" + GuidText(adapter.guid);
+    action.registry.name = value::kPassiveSuggestMode;
+    action.registry.number = static_cast<std::uint64_t>(found - kModes.begin());
+    action.line = "mode " + mode;
+    actions.push_back(std::move(action));
+  }
+  world->timeline.insert(at, actions.begin(), actions.end());
+}
+
+}  // namespace corvane::lab
