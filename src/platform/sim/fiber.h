@@ -1,8 +1,12 @@
 #pragma once
 #include <ucontext.h>
 
-#include <cstddef>
-#include <memory>
+
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define __SANITIZE_ADDRESS__ 1  // GCC's word for it
+#endif
+#endif
 
 namespace corvane::platform::sim {
 

@@ -20,7 +20,10 @@ std::u16string FoldCase(std::u16string_view text) {
 }
 
 bool FoldedLess::operator()(std::u16string_view a, std::u16string_view b) const {
-  return std::ranges::lexicographical_compare(a, b, {}, Folded, Folded);
+  const auto [atA, atB] = std::ranges::mismatch(
+      a, b, [](char16_t one, char16_t other) { return one == other || Folded(one) == Folded(other); });
+  if (atB == b.end()) return false;
+  return atA == a.end() || Folded(*atA) < Folded(*atB);
 }
 
 std::string ToUtf8(std::u16string_view text) {
