@@ -31,11 +31,16 @@ static_assert(sizeof(EVENT_DATA_DESCRIPTOR) == 16);
 
 inline constexpr DWORD EventProviderSetTraits = 2;  // class of EventSetInformation
 
+// What a session tells a provider.
+inline constexpr DWORD EVENT_CONTROL_CODE_DISABLE_PROVIDER = 0;
+inline constexpr DWORD EVENT_CONTROL_CODE_ENABLE_PROVIDER = 1;
+inline constexpr DWORD EVENT_CONTROL_CODE_CAPTURE_STATE = 2;
+
 // Event tracing. Results are error codes. Safe for use from every thread.
 class EventTraceApi {
  public:
-  // Tells a provider that a session begins (1) or ends (0) to listen, and its level; also called
-  // within EventRegister.
+  // Tells a provider that a session begins or ends to listen (EVENT_CONTROL_CODE_...), and its level, 0
+  // for all; also called within EventRegister.
   using EnableCallback = void (*)(const GUID* source, DWORD isEnabled, BYTE level,
                                   ULONGLONG matchAnyKeyword, ULONGLONG matchAllKeyword, void* filter,
                                   void* context);

@@ -65,7 +65,7 @@ TEST_F(RoundsScenario, WaitsForTheRadioAndScansWhenItIsBack) {
 }
 
 TEST_F(RoundsScenario, HoldsStillWhileAVpnIsUp) {
-  WorldBuilder world = OfficeWorld();
+  WorldBuilder world = OfficeWorld().Ap(OfficeBeacon(52), 2, -77.0);
   platform::sim::OtherAdapter vpn;
   vpn.description = u"TAP-Windows Adapter V9";
   vpn.friendlyName = u"Work VPN";
@@ -73,6 +73,7 @@ TEST_F(RoundsScenario, HoldsStillWhileAVpnIsUp) {
   vpn.ifType = 53;
   world->otherAdapters.push_back(vpn);
   world.At(60'000, R"({"do": "interface", "interface": "Work VPN", "on": true})")
+      .At(70'000, R"({"do": "roam", "adapter": 0, "bssid": "02-50-00-00-00-02"})")
       .At(120'000, R"({"do": "interface", "interface": "Work VPN", "on": false})");
   Start(world);
   RunUntil(58'000);
@@ -81,6 +82,7 @@ TEST_F(RoundsScenario, HoldsStillWhileAVpnIsUp) {
   RunUntil(80'000);
   EXPECT_EQ(HomeNumber(u"VPNFound"), 1u);
   EXPECT_EQ(Number(value::kVPNInhibited), 1u);
+  EXPECT_TRUE(IsOn(2)) << "a client still reads of the connection before the tunnel";
   EXPECT_EQ(Text(value::kStatusMessage), LookUpStatusText(kStatusVpn));
   EXPECT_EQ(Text(value::kSuggestedNetwork), u"");
   EXPECT_EQ(Pc().Kernel().Session().CountRunning(u"NudgeDialog.exe"), 0u);

@@ -63,6 +63,15 @@ TEST_F(SwitchingScenario, AFailedConnectMovesToTheNextAndThenRestores) {
 
   ASSERT_TRUE(RunUntilTrue([&] { return Count(AirEvent::kConnected, failed[1].ms) > 0; }, 30s));
   EXPECT_EQ(Events(AirEvent::kConnected, failed[1].ms).front().bssid, ApText(1)) << "the old network was not restored";
+  for (const int number : {2, 3}) {
+    CSmartPointer<CWlanBssEntry> entry;
+    ASSERT_TRUE(Wlan()->FindBssEntry(u"Lab", ApBssid(number), &entry));
+    EXPECT_EQ(entry->m_last_reason_code, 229377u);
+    EXPECT_EQ(entry->m_connect_failed, 1);
+  }
+  EXPECT_EQ(Text(value::kConnectStatus), u"error");
+  MacAddress reserved{};
+  EXPECT_FALSE(Wlan()->GetReservation(&reserved)) << "the other adapters are kept off for nothing";
 
   Do(R"({"do": "refuse", "bssid": "02-50-00-00-00-03", "reason": 0})");
   EXPECT_TRUE(RunUntilTrue([&] { return IsOn(3); }, 120s)) << "the next one is not reached past the one that refuses";

@@ -41,16 +41,17 @@ const char16_t* AuthText(platform::LONG algorithm) {
   }
 }
 
-void DumpTraffic(int idx, const CWlanInterface& adapter, const CQUAYInterfaceConfig& config) {
-  const auto pdh = adapter.Pdh();
-  if (!pdh) return;
+void DumpTraffic(int idx, CWlanInterface& adapter, const CQUAYInterfaceConfig& config) {
+  auto pdh = adapter.Pdh();
+  if (!pdh) pdh = CInterfacePDH::CreateObject();  // which measured nothing
   LOG_INFO(u"[%i]  Current TX: %0.3lf mbps, RX: %0.3lf mbps", idx, pdh->GetTxMbps(), pdh->GetRxMbps());
   LOG_INFO(u"[%i]  Thresholds: scan %0.3lf, switch %0.3lf", idx, config.m_rate_gate_low.load(),
            config.m_rate_gate_high.load());
+  LOG_INFO(u"[%i]  Contention APs: %s", idx, adapter.ContentionText());
   LOG_INFO(u"[%i]  Combined Moving Average: %0.3lf mbps, below threshold: %0.1lf%%", idx, pdh->GetIdleMean(),
            100.0 - pdh->GetPercentAboveLow());
   const double age = pdh->GetIdleSecs();
-  if (pdh->GetFirstIdleTick() == 0) {
+  if (pdh->IsIdleSettled()) {
     LOG_INFO(u"[%i]  Connection Age: %0.1lf [NOT NOISY - THRESHOLD CHANGE DISABLED]\n", idx, age);
   } else if (age <= kGateLearningSecs) {
     LOG_INFO(u"[%i]  Connection Age: %0.1lf <= %u [age is time since 1st idle PDH sample]\n", idx, age,
@@ -78,6 +79,8 @@ void CQUAYMainWorker::ReportNewConnection(const Connection& now) {
 }
 
 void CQUAYMainWorker::ReportStandingConnection(const Connection& now) {
+  // A connection that was lost for a while begins without addresses, and they may come late.
+  if (!m_pInterface->HasGatewayMacs()) m_pInterface->RefreshIPInfo();
   if (log::IsOpen(m_ConfigIdx, kConnectionLog)) m_pInterface->DumpIPAddresses();
   m_pInterface->GatewayRoamingCheck();
   DumpConnection(now, false);

@@ -33,6 +33,7 @@ void CQUAYMainWorker::UpdateConnectionState() {
 
 void CQUAYMainWorker::TakeConnection() {
   Connection now;
+  now.wasConnected = m_pInterface->IsConnected();
   QueryConnection(&now);
   m_pInterface->SetDisconnectedTick(false);
   bool ssidDiffers = m_pInterface->SetLastConnectedSsid(now.ssid);
@@ -101,23 +102,26 @@ void CQUAYMainWorker::OnDisconnected() {
 void CQUAYMainWorker::DetectRoam(const Connection& now, bool bssidChanged, bool ssidDiffers) {
   if (!bssidChanged || ssidDiffers || m_pConfig->GetRoamingInhibitTick() != 0) {
     LOG_ADAPTER(m_ConfigIdx, kRoamLog,
-                u"[%i] CQUAYMainWorker: %s %s changed=%i other ssid=%i [NO ROAMING-INHIBIT ENTRY DETECTION]",
-                m_ConfigIdx, now.ssid, now.bssidText, bssidChanged, ssidDiffers);
+                u"[%i] CQUAYMainWorker: %s %s was connected=%i changed=%i other ssid=%i [NO ROAMING-INHIBIT "
+                u"ENTRY DETECTION]",
+                m_ConfigIdx, now.ssid, now.bssidText, now.wasConnected, bssidChanged, ssidDiffers);
   } else if (m_pInterface->GetConnectedBssidIfWeInitiated() == now.bssid) {
     LOG_ADAPTER(m_ConfigIdx, kRoamLog,
-                u"[%i] CQUAYMainWorker: %s %s [WE INITIATED CONN!][DO NOT ENTER ROAMING INHIBIT - FORCE CLEAR]",
-                m_ConfigIdx, now.ssid, now.bssidText);
+                u"[%i] CQUAYMainWorker: %s %s was connected=%i [WE INITIATED CONN!][DO NOT ENTER ROAMING "
+                u"INHIBIT - FORCE CLEAR]",
+                m_ConfigIdx, now.ssid, now.bssidText, now.wasConnected);
     m_pConfig->ClearRoamingInhibit();
   } else {
-    LOG_ADAPTER(m_ConfigIdx, kRoamLog, u"[%i] CQUAYMainWorker: %s %s [~@~@~ START ROAMING-INHIBIT ~@~@~]",
-                m_ConfigIdx, now.ssid, now.bssidText);
+    LOG_ADAPTER(m_ConfigIdx, kRoamLog,
+                u"[%i] CQUAYMainWorker: %s %s was connected=%i [~@~@~ START ROAMING-INHIBIT ~@~@~]",
+                m_ConfigIdx, now.ssid, now.bssidText, now.wasConnected);
     m_pConfig->SetRoamingInhibit();
   }
 }
 
-void CQUAYMainWorker::SurgicalUpdateIfInhibited() {
+void CQUAYMainWorker::SurgicalUpdateIfInhibited(bool isHeldBack) {
   std::uint64_t remainingMs = 0;
-  if (!m_pConfig->Get_InhibitQUAY(&remainingMs)) return;
+  if (!m_pConfig->Get_InhibitQUAY(&remainingMs) && !isHeldBack) return;
   const std::uint64_t remainingSecs = remainingMs / 1000;
   if (remainingSecs % kSurgicalEverySecs != 0) return;
   Connection now;

@@ -23,7 +23,7 @@ void CQUAYMainWorker::HandleQUAYSpecialEtwEvents(CWlanBssEntry* entry, const cha
 }
 
 void CQUAYMainWorker::CompareCapabilities(CWlanBssEntry& entry, const char* context) {
-  const auto& association = entry.m_ConnAttrs.wlanAssociationAttributes;
+  const auto association = m_pInterface->GetConnAttrs().wlanAssociationAttributes;
   CapabilityMismatch ends;
   ends.adapterClass = m_pInterface->AdapterClassText();
   ends.apClass = entry.GetPhyMode();
@@ -71,7 +71,7 @@ void CQUAYMainWorker::ReportSignal(CWlanBssEntry& entry, const char* context) {
               m_pInterface->m_peg_active ? u"[PEG to BSS]"
               : missing                  ? u"[PEG but IF-SQ missing]"
                                          : u"[No PEG]");
-  const auto& association = entry.m_ConnAttrs.wlanAssociationAttributes;
+  const auto association = m_pInterface->GetConnAttrs().wlanAssociationAttributes;
   m_pConfig->m_Etw.APConnected(entry.m_SSIDW, entry.m_BSSIDText, association.ulTxRate, association.ulRxRate,
                                entry.GetScore(false), quality, WString(m_pInterface->AdapterClassText()),
                                entry.GetPhyMode());

@@ -329,7 +329,7 @@ void CQUAYMainWorker::HoldForVPN() {
   RoundWatches::Step(m_ConfigIdx, RoundStep::kVpn);
   m_pConfig->SetVPNInhibited(true);
   m_pConfig->SetString(value::kSuggestedNetwork, u"");
-  SurgicalUpdateIfInhibited();
+  SurgicalUpdateIfInhibited(true);
   LOG_ADAPTER(m_ConfigIdx, kLoopLog,
               u"[%i]CQUAYMainWorker::WorkThreadProc[LOOP] - VPN-INHIBITED, SLEEPING [5000]", m_ConfigIdx);
   m_pConfig->SetStatusMessage(kStatusVpn);

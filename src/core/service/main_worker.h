@@ -57,6 +57,7 @@ class CQUAYMainWorker : public SmartObjEx<CQUAYMainWorker, SmartObj<>>,
   // --- The connection (connection_round.cpp)
   struct Connection {
     bool connected = false;
+    bool wasConnected = false;  // when the round began, for the log
     platform::WLAN_CONNECTION_ATTRIBUTES attrs;
     std::uint32_t channel = 0;
     WString ssid;
@@ -70,8 +71,9 @@ class CQUAYMainWorker : public SmartObjEx<CQUAYMainWorker, SmartObj<>>,
   // failed query is no error: it is how "not connected" reads.
   void UpdateConnectionState();
   void TakeConnection();  // throws when there is none
-  // The part of it that runs while the inhibit clock does.
-  void SurgicalUpdateIfInhibited();
+  // The part of it that runs while the inhibit clock does, or while something else holds the adapter
+  // back.
+  void SurgicalUpdateIfInhibited(bool isHeldBack = false);
   void QueryConnection(Connection* now);
   void PublishConnection(const Connection& now);
   void PublishDisconnection();

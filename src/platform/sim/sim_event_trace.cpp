@@ -18,7 +18,7 @@ ULONG SimEventTrace::EventRegister(const GUID* provider, EnableCallback callback
     m_Providers[*handle] = {*provider, callback, context, {}};
     level = m_Level;
   }
-  if (callback && level != 0) callback(provider, 1, level, 0, 0, nullptr, context);
+  if (callback && level != 0) callback(provider, EVENT_CONTROL_CODE_ENABLE_PROVIDER, level, 0, 0, nullptr, context);
   return ERROR_SUCCESS;
 }
 
@@ -61,15 +61,22 @@ ULONG SimEventTrace::EventUnregister(REGHANDLE handle) {
 }
 
 void SimEventTrace::Listen(BYTE level) {
-  std::vector<Provider> providers;
   {
     const std::lock_guard guard(m_Mutex);
     m_Level = level;
+  }
+  Control(level != 0 ? EVENT_CONTROL_CODE_ENABLE_PROVIDER : EVENT_CONTROL_CODE_DISABLE_PROVIDER, level);
+}
+
+void SimEventTrace::Control(DWORD code, BYTE level) {
+  std::vector<Provider> providers;
+  {
+    const std::lock_guard guard(m_Mutex);
     for (const auto& [handle, provider] : m_Providers) providers.push_back(provider);
   }
   for (const Provider& provider : providers) {
     if (provider.callback) {
-      provider.callback(&provider.id, level != 0 ? 1 : 0, level, 0, 0, nullptr, provider.context);
+      provider.callback(&provider.id, code, level, 0, 0, nullptr, provider.context);
     }
   }
 }

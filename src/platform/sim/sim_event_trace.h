@@ -31,6 +31,8 @@ class SimEventTrace final : public EventTraceApi {
 
   // The level of the listening session, 5 at start; 0 ends it.
   void Listen(BYTE level);
+  // The session tells the providers so, EVENT_CONTROL_CODE_...
+  void Control(DWORD code, BYTE level);
   // What was written since the last call, oldest first, at most as many as are kept.
   std::vector<TraceEvent> TakeEvents();
   // Traits that the provider gave with EventProviderSetTraits; empty without one.

@@ -11,6 +11,7 @@ using namespace platform;
 namespace {
 
 constexpr GUID kProviderId = {0x6F1D3C52, 0x8A47, 0x4E0B, {0x9B, 0x35, 0x2C, 0x71, 0xE4, 0x0D, 0xA8, 0x96}};
+constexpr BYTE kAllLevels = 255;
 constexpr EVENT_DESCRIPTOR kDescriptor = {.Channel = 11, .Level = 4, .Opcode = 0xCD};
 
 EVENT_DATA_DESCRIPTOR Metadata(std::span<const std::uint8_t> blob, std::uint8_t type) {
@@ -71,7 +72,12 @@ HRESULT CTrellisProvider::Register() {
 
 void CTrellisProvider::OnEnable(const GUID*, DWORD isEnabled, BYTE level, ULONGLONG, ULONGLONG, void*,
                                 void* context) {
-  static_cast<CTrellisProvider*>(context)->m_Level = isEnabled != 0 ? level : BYTE{0};
+  auto& kept = static_cast<CTrellisProvider*>(context)->m_Level;
+  if (isEnabled == EVENT_CONTROL_CODE_ENABLE_PROVIDER) {
+    kept = level != 0 ? level : kAllLevels;
+  } else if (isEnabled == EVENT_CONTROL_CODE_DISABLE_PROVIDER) {
+    kept = 0;
+  }
 }
 
 void CTrellisProvider::Write(std::span<const std::uint8_t> metadata, std::span<EVENT_DATA_DESCRIPTOR> data) const {

@@ -17,6 +17,11 @@ MacList CWlanInterface::GetIP6GatewayMacs() const {
   return m_IP6GatewayMacs;
 }
 
+bool CWlanInterface::HasGatewayMacs() const {
+  const CCritSecLock lock(m_StateLock);
+  return !m_IP4GatewayMacs.empty() || !m_IP6GatewayMacs.empty();
+}
+
 void CWlanInterface::GatewayRoamingCheck() {
   const WString ssid = GetLastConnectedSsid();
   if (!m_bIsConnected || ssid.empty() || !Config()->m_GatewayRoaming) return;

@@ -106,8 +106,11 @@ bool CWlanInterface::SetConnectedBssid(const MacAddress& bssid) {
 }
 
 void CWlanInterface::ClearConnectedBssid() {
-  const CCritSecLock lock(m_StateLock);
-  m_connected_dot11Bssid = {};
+  {
+    const CCritSecLock lock(m_StateLock);
+    m_connected_dot11Bssid = {};
+  }
+  ForgetIPInfo();
 }
 
 bool CWlanInterface::SetLastConnectedSsid(WStringView ssid) {

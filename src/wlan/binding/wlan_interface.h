@@ -125,7 +125,7 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   void ConnectToNetwork(const WString& ssid);
   void DisconnectSynchronous(WStringView text);  // `text` goes only to the log
   bool SetConnectedBssid(const MacAddress& bssid);   // true: another BSSID than before
-  void ClearConnectedBssid();
+  void ClearConnectedBssid();  // and what the connection had of addresses
   bool SetLastConnectedSsid(WStringView ssid);  // true: another SSID than before
   MacAddress GetConnectedBssid() const;
   MacAddress GetConnectedBssidIfWeInitiated() const;
@@ -138,6 +138,7 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   // --- Contention (ap_contention.cpp): the other access points on the connection's channel
   void UpdateContentionAPs(const WString& ssid, const WString& bssidText, std::uint32_t channel);
   void ClearContention();
+  WString ContentionText();  // those of the last count, for the log; "none" without any
   void ClearConnected();  // forgets the connected flag and the peak quality
 
   // --- Addresses of the present connection (ip_info.cpp)
@@ -154,6 +155,7 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
                                    const MacList& ip6);
   MacList GetIP4GatewayMacs() const;
   MacList GetIP6GatewayMacs() const;
+  bool HasGatewayMacs() const;
 
   // --- Switch rate (switch_rate.cpp)
   void IncSwitchAttempt();

@@ -290,6 +290,12 @@ TEST_F(EtwTest, NothingIsWrittenBelowTheLevelButEverythingIsRemembered) {
   EXPECT_FALSE(Suggest(u"Office", kBssid1)) << "it was said, as far as the reporter knows";
   EXPECT_TRUE(Suggest(u"Home", kBssid1));
   EXPECT_EQ(Take().size(), 1u);
+  kernel.EventTrace().Control(platform::EVENT_CONTROL_CODE_CAPTURE_STATE, 0);
+  EXPECT_TRUE(Suggest(u"Second", kBssid1));
+  EXPECT_EQ(Take().size(), 1u) << "a question for the state ended the listening";
+  kernel.EventTrace().Control(platform::EVENT_CONTROL_CODE_ENABLE_PROVIDER, 0);
+  EXPECT_TRUE(etw->NotifyNoAPContention(u"Office", kBssid1, 36));
+  EXPECT_EQ(Take().size(), 1u) << "level 0 is all levels";
   kernel.EventTrace().Listen(0);
   EXPECT_TRUE(Suggest(u"Third", kBssid1));
   kernel.EventTrace().Listen(5);

@@ -110,10 +110,13 @@ TEST_F(NotificationsTest, OwnCompletionsEndTheRoamingInhibitAndTheOverride) {
   auto& config = *adapter->Config();
   config.SetRoamingInhibit();
   config.m_bForcePopupOverride = true;
+  CApSetMemo& suggested = config.m_Popup.GetMemo();
+  suggested.Add(false, u"Office", MacText(Bssid(2)).c_str(), u"", u"", CApSetMemo::kNoFlag, 0);
   wlan.onConnect = [this](const WLAN_CONNECTION_PARAMETERS&) { wlan.PostConnection(100, kComplete, "Office"); };
   adapter->ConnectToNetwork(u"Office");
   EXPECT_EQ(config.GetRoamingInhibitTick(), 0u);
   EXPECT_FALSE(config.m_bForcePopupOverride);
+  EXPECT_FALSE(suggested.HasNetwork(u"Office")) << "wherever a connect by name alone has led";
 }
 
 TEST_F(NotificationsTest, OwnDisconnectSetsNoInhibit) {
@@ -137,7 +140,13 @@ TEST_F(NotificationsTest, ClientsAreToldOfOutsideChanges) {
   EXPECT_EQ(std::exchange(subscriber->told, {}), std::vector<WString>{u"System/ProfiledNetworksJson"})
       << "the first list there is";
   wlan.Connect("Office", Bssid(1), 61);
+  CApSetMemo& suggested = adapter->Config()->m_Popup.GetMemo();
+  for (const MacAddress& bssid : {Bssid(1), Bssid(2)}) {
+    suggested.Add(false, u"Office", MacText(bssid).c_str(), u"", u"", CApSetMemo::kNoFlag, 0);
+  }
   wlan.NotifyConnection(kComplete, "Office");
+  EXPECT_FALSE(suggested.HasAp(u"Office", MacText(Bssid(1)))) << "the user followed the suggestion by hand";
+  EXPECT_TRUE(suggested.HasAp(u"Office", MacText(Bssid(2))));
   RunFor(10ms);
   ASSERT_EQ(subscriber->told, std::vector<WString>{u"ConnectionChange/ExternalConnect"});
   EXPECT_EQ(subscriber->last->m_Data1,

@@ -1,3 +1,4 @@
+#include "support/beacon.h"
 #include "wlan/binding/adapter_fixture.h"
 #include "wlan/model/global_wireless_maps.h"
 
@@ -181,6 +182,25 @@ TEST_F(DiscoveryTest, ConnectedEntryIsMarkedAndPegged) {
   EXPECT_FALSE(Entry(u"Office", 2)->m_bConnected);
   EXPECT_TRUE(Entry(u"Office", 2)->m_ever_connected);
   EXPECT_EQ(adapter->GetConnectedBssid(), MacAddress{});
+}
+
+TEST_F(DiscoveryTest, EachBandAveragesTheLoadThatItsEntriesTell) {
+  const auto elements = [](int utilisation) {
+    return Beacon(u8"Office").Channel(36).QbssLoad(3, utilisation).Bytes();
+  };
+  wlan.entries = {{"Office", Bssid(1), 60, 5180000, elements(0)},
+                  {"Office", Bssid(2), 60, 5180000, elements(127)},
+                  {"Office", Bssid(4)},
+                  {"Cafe", Bssid(3), 30, 2437000}};
+  Start();
+  Discover();
+  const auto& config = *adapter->Config();
+  ASSERT_EQ(Entry(u"Office", 1)->m_QBSSPoints, 10);
+  ASSERT_EQ(Entry(u"Office", 2)->m_QBSSPoints, 5);
+  EXPECT_EQ(config.m_AvgQBSSScore5, 7);
+  EXPECT_NEAR(config.m_AvgLoad5, 50 * 127 / 255.0, 0.01);
+  EXPECT_EQ(config.m_AvgQBSSScore2, -1);
+  EXPECT_EQ(config.m_AvgLoad2, -1.0);
 }
 
 TEST_F(DiscoveryTest, ForcedCountFallsByOneWithEachScan) {
