@@ -27,14 +27,30 @@ DecisionAudit::DecisionAudit(const platform::sim::World& world, Report report, v
 }
 
 void DecisionAudit::OnCandidates(CWlanInterface& adapter, const ConnectionFacts&, const BssEntryList&) {
-  m_Links[adapter.GetConfigIdx()].busyAtStart = IsBusy(adapter);
+  Link& link = m_Links[adapter.GetConfigIdx()];
+  link.busyAtStart = IsBusy(adapter);
+  link.targets.clear();
 }
 
+// A connect that the service gave up may still end on the radio: the targets of one round count together.
 void DecisionAudit::OnStep(int adapter, RoundStep step, CWlanBssEntry* about) {
-  m_Links[adapter].target.clear();
-  if (!about || (step != RoundStep::kSwitch && step != RoundStep::kFirstConnect)) return;
-  m_Links[adapter].target = MacTextA(about->GetBssid());
-  CheckMove(adapter, *about, step == RoundStep::kSwitch);
+  Link& link = m_Links[adapter];
+  switch (step) {
+    case RoundStep::kSwitch:
+    case RoundStep::kFirstConnect:
+      link.targets.insert(MacTextA(about->GetBssid()));
+      CheckMove(adapter, *about, step == RoundStep::kSwitch);
+      return;
+    case RoundStep::kConnected:
+      link.settled = MacTextA(about->GetBssid());
+      return;
+    case RoundStep::kRequestedConnect:
+    case RoundStep::kRestore:
+      link.targets.clear();
+      return;
+    default:
+      return;
+  }
 }
 
 void DecisionAudit::CheckMove(int adapter, CWlanBssEntry& target, bool isSwitch) {
@@ -46,9 +62,9 @@ void DecisionAudit::CheckMove(int adapter, CWlanBssEntry& target, bool isSwitch)
     Broken(adapter, "goes to a denied access point", bssid);
   }
   if (m_Open.contains(bssid)) Broken(adapter, "goes to an open access point", bssid);
-  // Where somebody else has moved the other adapter counts from when the service has seen it.
+  // Where the other adapter is counts from when the service can know it.
   for (const auto& [other, link] : m_Links) {
-    if (other != adapter && link.bssid == bssid && (link.byProgram || IsSeenOn(other, bssid))) {
+    if (other != adapter && link.bssid == bssid && (link.settled == bssid || IsSeenOn(other, bssid))) {
       Broken(adapter, "goes where another adapter is", bssid);
     }
   }
@@ -67,13 +83,17 @@ bool DecisionAudit::IsSeenOn(int adapter, const std::string& bssid) const {
 void DecisionAudit::OnConnected(int adapter, Cause cause, const std::string& bssid) {
   Link& link = m_Links[adapter];
   link.bssid = bssid;
-  link.byProgram = cause == Cause::kProgram;
-  if (link.byProgram && !link.target.empty() && link.target != bssid) {
-    Broken(adapter, "decided for " + link.target + " and ends up elsewhere", bssid);
+  if (cause != Cause::kProgram) {
+    link.settled.clear();
+  } else if (!link.targets.empty() && !link.targets.contains(bssid)) {
+    Broken(adapter, "ends up where it did not decide to go", bssid);
   }
 }
 
-void DecisionAudit::OnGone(int adapter) { m_Links[adapter].bssid.clear(); }
+void DecisionAudit::OnGone(int adapter) {
+  m_Links[adapter].bssid.clear();
+  m_Links[adapter].settled.clear();
+}
 
 void DecisionAudit::Broken(int adapter, const std::string& what, const std::string& bssid) {
   m_Report(adapter, what + ": " + bssid, m_pContext);

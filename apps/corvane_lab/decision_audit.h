@@ -33,10 +33,10 @@ class DecisionAudit final : public IRoundWatch {
 
  private:
   struct Link {
-    std::string bssid;  // that the radio is on; empty for none
-    bool byProgram = false;
+    std::string bssid;         // that the radio is on; empty for none
+    std::string settled;       // where the service's last good connect went
     bool busyAtStart = false;  // of the present round
-    std::string target;        // of the move in progress
+    std::set<std::string> targets;  // of the present moves; empty when somebody else decides
   };
 
   void CheckMove(int adapter, CWlanBssEntry& target, bool isSwitch);

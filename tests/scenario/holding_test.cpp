@@ -90,9 +90,8 @@ TEST_F(HoldingScenario, ACableKeepsTheAdapterQuietUntilItIsPulled) {
 
 // The scan interval is long: what the burst of scans finds once the link is free is found soon.
 TEST_F(HoldingScenario, RealTimeAudioAndThenTrafficHoldASwitchBack) {
-  WorldBuilder world = OfficeWorld(-70.0);
-  world.Ap(OfficeBeacon(149), 2, -95.0).Signal(HeardFrom(100'000, -45.0)).AutoSwitch(60);
-  Start(world.Traffic(210'000, 270'000, 20.0));
+  WorldBuilder world = OfficeWorld(-70.0).AutoSwitch(60).Traffic(210'000, 270'000, 20.0);
+  Start(world.Ap(OfficeBeacon(149), 2, -95.0).Signal(HeardFrom(100'000, -45.0)));
   RunUntil(20'000);
   CGlobalConfigContainer::GetInstance().m_rt_audio = true;
   RunUntil(220'000);
@@ -100,7 +99,6 @@ TEST_F(HoldingScenario, RealTimeAudioAndThenTrafficHoldASwitchBack) {
   CSmartPointer<CWlanBssEntry> better;
   ASSERT_TRUE(Wlan()->FindBssEntry(u"Office", ApBssid(2), &better));
   EXPECT_EQ(better->m_candidate_counter, 0) << "a busy link gains candidates";
-  better.reset();
 
   CGlobalConfigContainer::GetInstance().m_rt_audio = false;
   RunUntil(268'000);

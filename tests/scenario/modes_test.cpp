@@ -9,8 +9,6 @@ namespace corvane::test {
 class ModesScenario : public ServiceTest {
  protected:
   static constexpr char16_t kDialog[] = u"NudgeDialog.exe", kPrompter[] = u"PassphraseDesk.exe";
-  static Beacon CafeBeacon() { return Beacon(u8"Cafe").Channel(44).Vht80(2).Rsn({AKM_PSK}); }
-
   // The values that ConnectStatus takes in this time.
   std::vector<std::u16string> Statuses(std::chrono::milliseconds time) {
     std::vector<std::u16string> seen = {Text(value::kConnectStatus)};
@@ -20,9 +18,6 @@ class ModesScenario : public ServiceTest {
     }
     return seen;
   }
-  bool WasMoves(const std::u16string& counts) const {
-    return HomeText(u"TelemetryMemo").ends_with(counts);
-  }
 };
 
 using Words = std::vector<std::u16string>;
@@ -30,12 +25,11 @@ using Words = std::vector<std::u16string>;
 TEST_F(ModesScenario, AutoswitchMovesByItselfAndTellsOfIt) {
   WorldBuilder world = BetterLabWorld(0).Signal(HeardFrom(180'000, -45.0));
   Start(world.Ap(OfficeBeacon(52), 3, -95.0).Signal(HeardFrom(60'000, -64.0)));
-  const std::uint32_t threshold = 3;
   ASSERT_TRUE(RunUntilTrue([&] { return IsOn(3); }, 100s));
   EXPECT_EQ(Text(value::kConnectStatus), u"connected");
   EXPECT_EQ(Text(value::kConnectedNetwork), u"Office [Channel 52]");
   EXPECT_NE(Number(value::kConnectedLinkRateTX), 0u);
-  EXPECT_TRUE(WasMoves(u"\t1\t0")) << "a move within one network";
+  EXPECT_TRUE(HomeText(u"TelemetryMemo").ends_with(u"\t1\t0")) << "a move within one network";
   RunFor(20s);
   Notice moved = LastNotice(u"ConnectionChange", u"Autoswitch");
   EXPECT_NE(moved.data1.find(u", 02-50-00-00-00-03, SQ 72, Channel 52, Link rate Tx "), WString::npos);
@@ -45,7 +39,7 @@ TEST_F(ModesScenario, AutoswitchMovesByItselfAndTellsOfIt) {
 
   ASSERT_TRUE(RunUntilTrue([&] { return IsOn(2); }, 200s));
   EXPECT_GE(Now(), 180'000u);
-  EXPECT_TRUE(WasMoves(u"\t1\t1")) << "a move between networks";
+  EXPECT_TRUE(HomeText(u"TelemetryMemo").ends_with(u"\t1\t1")) << "a move between networks";
   RunFor(20s);
   EXPECT_TRUE(LastNotice(u"ConnectionChange", u"Autoswitch").data1.ends_with(u", \\u004C\\u0061\\u0062"));
   EXPECT_EQ(HistoryRows(",connected,Lab,02-50-00-00-00-02,").size(), 1u);
@@ -54,7 +48,7 @@ TEST_F(ModesScenario, AutoswitchMovesByItselfAndTellsOfIt) {
 
   RunFor(180s);
   EXPECT_EQ(CountNotices(u"ConnectionChange", u"Autoswitch"), 2u);
-  EXPECT_EQ(Number(value::kAPScoreThreshold), threshold) << "two moves are no flapping";
+  EXPECT_EQ(Number(value::kAPScoreThreshold), 3u) << "two moves are no flapping";
   EXPECT_TRUE(TraceEvents("TRELLIS_N_SUGGEST_AP").empty());
   EXPECT_TRUE(TakeLaunches(kDialog).empty());
 }
@@ -66,11 +60,13 @@ TEST_F(ModesScenario, LatchedItStaysInItsPrivateNetwork) {
   EXPECT_EQ(Count(AirEvent::kConnectStarted), 0u) << "the latch did not hold";
   EXPECT_EQ(Text(value::kCandidatesCSV).find(u"Lab"), std::u16string::npos);
   EXPECT_NE(Text(value::kNONCandidatesCSV).find(u"Lab"), std::u16string::npos);
+  EXPECT_EQ(Text(value::kStatusMessage), LookUpStatusText(kStatusRestrictedToPrivate));
   EXPECT_TRUE(RunUntilTrue([&] { return IsOn(3); }, 120s)) << "within its network it may move";
   RunFor(60s);
   ASSERT_TRUE(IsOn(3));
   Write(value::kLatchToPrivate, 0u);
   EXPECT_TRUE(RunUntilTrue([&] { return IsOn(2); }, 120s)) << "released, it stays all the same";
+  EXPECT_EQ(Text(value::kStatusMessage), u"");
 }
 
 TEST_F(ModesScenario, MonitoringGoesThroughTheMotionsAndTouchesNothing) {
@@ -115,8 +111,8 @@ TEST_F(ModesScenario, MonitoringGoesThroughTheMotionsAndTouchesNothing) {
 }
 
 TEST_F(ModesScenario, AClientConnectsByProfileOrThroughThePrompterOrNotAtAll) {
-  WorldBuilder world = OfficeWorld(-50.0).Ap(LabBeacon(149), 2, -50.0).Profile("Lab").Ap(CafeBeacon(), 3, -50.0);
-  Start(world);
+  WorldBuilder world = OfficeWorld(-50.0).Ap(LabBeacon(149), 2, -50.0).Profile("Lab");
+  Start(world.Ap(Beacon(u8"Cafe").Channel(44).Vht80(2).Rsn({AKM_PSK}), 3, -50.0));
   RunUntil(40'000);
   OrderConnect(2, u"Lab");
   EXPECT_EQ(Statuses(30s), (Words{u"pending", u"connecting", u"connected"}));

@@ -9,10 +9,7 @@ namespace corvane::test {
 
 class RoamingScenario : public ServiceTest {
  protected:
-  // Suggestions are events from `ms` on.
-  static void SetEventMode(WorldBuilder& world, std::uint64_t ms) {
-    world.At(ms, R"({"do": "registry", "adapter": 0, "name": "PassiveSuggestMode", "dword": 1})");
-  }
+  static constexpr char kEventMode[] = R"({"do": "registry", "adapter": 0, "name": "PassiveSuggestMode", "dword": 1})";
   // The access points that were suggested.
   std::vector<std::string> Suggested() const {
     std::vector<std::string> bssids;
@@ -24,8 +21,7 @@ class RoamingScenario : public ServiceTest {
 TEST_F(RoamingScenario, InsideOneNetworkItMovesByItselfUnlessTheUserHasBeenAsked) {
   WorldBuilder world = OfficeWorld(-82.0);
   world.Ap(OfficeBeacon(149), 2, -95.0).Signal(HeardFrom(60'000, -58.0)).Ap(OfficeBeacon(52), 3, -95.0);
-  SetEventMode(world, 9'000);
-  Start(world);
+  Start(world.At(9'000, kEventMode));
   RunUntil(5'000);
   WriteHome(u"RoamingEnabled", 0);
   const std::vector<std::string> once{ApText(2)};
@@ -55,16 +51,15 @@ struct Installation {
   bool isOne;
 };
 
-class GatewayRoaming : public RoamingScenario, public testing::WithParamInterface<Installation> {
- protected:
-  static void AddGateway(WorldBuilder& world, std::size_t network, const char* address, const char* mac) {
-    platform::sim::Neighbour row;
-    platform::sim::ReadIpAddress(address, &row.address);
-    platform::sim::ReadMac(mac, &row.mac);
-    world->networks[network].ip.gateways = {row.address};
-    world->networks[network].neighbours = {row};
-  }
-};
+class GatewayRoaming : public RoamingScenario, public testing::WithParamInterface<Installation> {};
+
+void AddGateway(WorldBuilder& world, std::size_t network, const char* address, const char* mac) {
+  platform::sim::Neighbour row;
+  platform::sim::ReadIpAddress(address, &row.address);
+  platform::sim::ReadMac(mac, &row.mac);
+  world->networks[network].ip.gateways = {row.address};
+  world->networks[network].neighbours = {row};
+}
 
 // It is taught the lab's gateway by a stay there, and leaves by itself. Then the lab is better again.
 TEST_P(GatewayRoaming, MovesInsideOneInstallationAndAsksElsewhere) {
@@ -75,14 +70,13 @@ TEST_P(GatewayRoaming, MovesInsideOneInstallationAndAsksElsewhere) {
   world.Profile("Lab").Network("Lab", 1);
   AddGateway(world, 0, "10.1.0.1/16", place.officeGateway);
   AddGateway(world, 1, "10.2.0.1/16", place.labGateway);
-  SetEventMode(world, 45'000);
   if (place.remembered) {
     world->registry.push_back({.key = kHomeKeyPath, .name = u"GatewayMacs", .type = platform::REG_SZ,
                                .text = Utf8ToWide(ApText(2) + "\v" + place.labGateway)});
   } else {
     world.Connected(2);
   }
-  Start(world);
+  Start(world.At(45'000, kEventMode));
   RunUntil(5'000);
   WriteHome(u"GatewayRoaming", place.globalOn);
   Write(value::kGatewayRoaming, place.adapterOn);

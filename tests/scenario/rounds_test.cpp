@@ -1,6 +1,5 @@
 // What lets a round run, and what holds it back.
 
-#include "config/settings/global_config_container.h"
 #include "platform/sim/sim_registry.h"
 #include "platform/sim/sim_session.h"
 #include "scenario/service_fixture.h"
@@ -132,26 +131,12 @@ TEST_F(RoundsScenario, RunsRoundsWithoutDelayInAWindowOnMainsOnly) {
   EXPECT_LE(CountRounds(20s), 3);
 }
 
-TEST_F(RoundsScenario, SleepsWhileDisabledAndMonitorsIfAsked) {
+TEST_F(RoundsScenario, SleepsWhileDisabled) {
   Start(OfficeWorld());
   RunUntil(30'000);
   Write(value::kEnabled, 0u);
   RunFor(15s);
   EXPECT_EQ(CountRounds(40s), 0);
-  WriteHome(u"DBWMEnable", 1);
-  CGlobalConfigContainer::GetInstance().m_bMonitorWhileDisabled = true;
-  EXPECT_GE(CountRounds(40s), 2);
-}
-
-TEST_F(RoundsScenario, LatchesToAPrivateNetwork) {
-  Start(OfficeWorld().At(8'000, R"({"do": "registry", "adapter": 0, "name": "LatchToPrivate", "dword": 1})"));
-  RunUntil(40'000);
-  EXPECT_FALSE(Config()->m_network_switching);
-  EXPECT_EQ(Text(value::kStatusMessage), LookUpStatusText(kStatusRestrictedToPrivate));
-  Write(value::kLatchToPrivate, 0u);
-  RunUntil(60'000);
-  EXPECT_TRUE(Config()->m_network_switching);
-  EXPECT_EQ(Text(value::kStatusMessage), u"");
 }
 
 }  // namespace corvane::test

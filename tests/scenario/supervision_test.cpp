@@ -25,12 +25,28 @@ TEST_F(SupervisionScenario, StartsAnewWhenAnAdapterIsUnpluggedAndPluggedIn) {
   EXPECT_EQ(CWifiClientContainer::GetInstance().GetCount(), 1);
   EXPECT_TRUE(IsOn(1));
   EXPECT_GE(Count(AirEvent::kScanStarted, 60'000), 1u) << "the adapter that stayed does not go on";
+  EXPECT_GE(CountRounds(14s), 1) << "clients read nothing new of the adapter that stayed";
+  Write(value::kEnabled, 0u);
+  RunFor(11s);
+  EXPECT_EQ(CountRounds(14s), 0) << "its settings are not read";
+  Write(value::kEnabled, 1u);
   // The system scans and connects the new adapter by itself, and the end of that scan holds the program
   // back for 15 s.
   RunUntil(145'000);
   EXPECT_EQ(CWifiClientContainer::GetInstance().GetCount(), 2);
   EXPECT_GE(Count(AirEvent::kScanStarted, 120'000, Cause::kProgram, 1), 1u);
+  EXPECT_NE(HomeText(u"0"), HomeText(u"1")) << "two adapters under one index";
   EXPECT_EQ(HomeNumber(u"BootCounter"), 1u) << "a restart counted as a boot";
+}
+
+TEST_F(SupervisionScenario, AMissingNetworkListDisturbsNoAdapter) {
+  Start(OfficeWorld());
+  Pc().Faults().FailDuring("CoCreateInstance", 0, 30'000, 0x80040154);
+  RunUntil(29'000);
+  EXPECT_FALSE(Printed("Main[INNER-0]")) << "everything starts anew";
+  RunUntil(80'000);
+  EXPECT_GE(Count(AirEvent::kScanStarted, 30'000), 1u);
+  EXPECT_TRUE(IsOn(1));
 }
 
 TEST_F(SupervisionScenario, WaitsForTheWlanServiceWithNoAdapter) {

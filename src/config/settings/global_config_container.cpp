@@ -43,10 +43,7 @@ CGlobalConfigContainer::CGlobalConfigContainer() { m_InstallTime = platform::Uni
 CGlobalConfigContainer::~CGlobalConfigContainer() = default;
 
 void CGlobalConfigContainer::Initialize(bool forceDefaults) {
-  {
-    const CCritSecLock lock(m_TableLock);
-    m_IFConfigCount = 0;
-  }
+  for (const auto& config : TakeIFConfigs()) config->Shutdown();  // of a pass that found no adapter
   bool fresh = false;
   if (!GetRegistry()) InitializeRegistry(kHomeKeyPath, &fresh);
   if (fresh || forceDefaults) InitPostSettings();
@@ -147,20 +144,25 @@ void CGlobalConfigContainer::RefreshGlobals() {
 }
 
 void CGlobalConfigContainer::Shutdown(bool killPopups) {
-  std::vector<CSmartPointer<CQUAYInterfaceConfig>> configs;
   CSmartPointer<CSVHelper> weeks;
   {
     const CCritSecLock lock(m_TableLock);
-    m_IFConfigByGuid.clear();
-    configs.swap(m_IFConfigs);
-    m_IFConfigCount = 0;
     m_pRandomCsv.Swap(weeks);
   }
-  for (const auto& config : configs) {
+  for (const auto& config : TakeIFConfigs()) {
     if (killPopups) KillNudgeDialog();
     config->Shutdown();
   }
   ReleaseRegistry();
+}
+
+std::vector<CSmartPointer<CQUAYInterfaceConfig>> CGlobalConfigContainer::TakeIFConfigs() {
+  std::vector<CSmartPointer<CQUAYInterfaceConfig>> configs;
+  const CCritSecLock lock(m_TableLock);
+  m_IFConfigByGuid.clear();
+  configs.swap(m_IFConfigs);
+  m_IFConfigCount = 0;
+  return configs;
 }
 
 CSmartPointer<CQUAYInterfaceConfig> CGlobalConfigContainer::GetIFConfig(int index) {

@@ -89,6 +89,7 @@ class CGlobalConfigContainer final : public CRegistryHelperBase, public IClientF
   void ReadAllowListGroup(CRegistry& registry);
   void ReadWeeks(CRegistry& registry);
   void ReadSystemGuid(CRegistry& registry);
+  std::vector<CSmartPointer<CQUAYInterfaceConfig>> TakeIFConfigs();  // leaves none
 
   CCritSec m_Lock{"global configuration", LockRank::kGlobalConfig};
   CCritSec m_SecondLock{"global configuration, second", LockRank::kGlobalConfigSecond};

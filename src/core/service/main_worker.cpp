@@ -44,7 +44,10 @@ void LogAdapter(const CWlanInterface& adapter) {
            adapter.GetGuidText(), adapter.GetDescription());
   adapter.DumpIPAddresses();
   std::list<WString> networks;
-  CNetworkListManager::GetInstance().GetNetworkNamesForInterface(adapter.GetGuid(), &networks);
+  try {
+    CNetworkListManager::GetInstance().GetNetworkNamesForInterface(adapter.GetGuid(), &networks);
+  } catch (const Exception&) {  // the list is not up: its names are only for the log
+  }
   for (const WString& name : networks) LOG_INFO(u"[%i]  Network: %s", adapter.GetConfigIdx(), name);
 }
 

@@ -95,8 +95,9 @@ void Service::StartUp() {
   std::uint32_t fileLogging = 0;
   if (HomeKey()->GetRegistryDWORDValue(u"EnableFileLogging", &fileLogging)) g_EnableFileLogging = fileLogging;
   StartLogger(LogBaseName());
-  LogRecord(kLogFile | kLogConsole | kLogMemory, "<I>", "Corvane.exe", " v", kVersion, ", BUILD Date ", kBuildDate);
-  LogRecord(kLogFile | kLogConsole, "<I>", "DNSDOMAINNAME = [", DNSDomainName(), "]");
+  LogRecord(kLogFile | kLogConsole | kLogMemory, "<I>", "Corvane.exe", " v", kVersion, ", BUILD Date ", kBuildDate, " ",
+            kBuildTime);
+  LogRecord(kLogFile | kLogConsole | kLogMemory, "<I>", "DNSDOMAINNAME = [", DNSDomainName());
   LOG_INFO(CUtils::GetInstance().IsRunningAsService()
                ? u"%s - Main:[start] RUNNING AS SERVICE [%S, %S] DYNAMIC_SCAN_THRESHOLD"
                : u"%s - Main:[start] RUNNING AS APPLICATION [%S, %S] DYNAMIC_SCAN_THRESHOLD",
@@ -127,6 +128,7 @@ void Service::RunPasses() {
     CGlobalAPGatewayMapMemo::GetInstance().Clear();
     CGlobalDCInfoMemo::GetInstance().Clear();
     CGlobalConfigContainer::GetInstance().Shutdown(true);
+    CWifiClientContainer::GetInstance().Shutdown();  // its adapters hold what was just shut down
   }
 }
 
@@ -318,13 +320,23 @@ void Service::ReadDebugValues() {
   if (registry->GetRegistryDWORDValue(u"EnableFileLogging", &number)) g_EnableFileLogging = number;
 }
 
+// The network list may be late in coming up, or go away: no reason to disturb the adapters.
 void Service::RefreshNLM() {
-  auto& list = CNetworkListManager::GetInstance();
+  const auto logFailure = [](platform::HRESULT result) {
+    LOG_ERROR(
+        u"Main-RefreshNLM(): NLM_S::GetInstance().RefreshNetworkCategories(): FAILED! 0x%08x, resetting NLM...", result);
+  };
+  CNetworkListManager* pList = nullptr;
+  try {
+    pList = &CNetworkListManager::GetInstance();
+  } catch (const Exception& e) {
+    logFailure(static_cast<platform::HRESULT>(e.GetCode()));
+    return;
+  }
+  auto& list = *pList;
   const platform::HRESULT refreshed = list.RefreshNetworkCategories();
   if (refreshed >= 0) return;
-  LOG_ERROR(
-      u"Main-RefreshNLM(): NLM_S::GetInstance().RefreshNetworkCategories(): FAILED! 0x%08x, resetting NLM...",
-      refreshed);
+  logFailure(refreshed);
   const platform::HRESULT reset = list.ResetNLMInstance();
   if (reset < 0) {
     LOG_ERROR(u"Main-RefreshNLM(): NLM_S::GetInstance().ResetNLMInstance(): FAILED! 0x%08x, resetting NLM...",

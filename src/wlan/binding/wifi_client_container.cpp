@@ -4,6 +4,15 @@
 
 namespace corvane {
 
+namespace {
+
+// A connect that its adapter's next round has yet to see.
+bool IsJustConnectedTo(const CWlanInterface& adapter, const MacAddress& bssid) {
+  return ToMac(adapter.GetConnAttrs().wlanAssociationAttributes.dot11Bssid) == bssid;
+}
+
+}  // namespace
+
 CSmartPointer<CWlanClient> CWifiClientContainer::Client() {
   const CCritSecLock lock(m_Lock);
   return m_pClient;
@@ -73,11 +82,11 @@ bool CWifiClientContainer::AvoidThisCandidateOnMyIF(CWlanBssEntry* bss, CWlanInt
     if (!other) return false;
     if (other.get() == myInterface) continue;
     if (const MacAddress connected = other->GetConnectedBssid();
-        other->IsConnected() && connected == wanted) {
+        other->IsConnected() && (connected == wanted || IsJustConnectedTo(*other, wanted))) {
       LOG_DEBUG(DBG(19),
                 u"CWifiClientContainer::AvoidThisCandidateOnMyIF: *MATCHED* BSSID: candidate ssid: %s, "
                 u"bssid: %s, other IF connected bssid: %S",
-                bss->m_SSIDW, bss->m_BSSIDText, MacTextA(connected));
+                bss->m_SSIDW, bss->m_BSSIDText, MacTextA(wanted));
       return true;
     }
     MacAddress reserved{};

@@ -49,9 +49,8 @@ class WorkerTest : public PcTest {
 TEST_F(WorkerTest, SleepAndWakingForgetWhatWasSeenAndLookAnew) {
   const auto office = [](int channel) { return Beacon(u8"Office").Channel(channel).Vht80(2).Rsn({AKM_PSK}); };
   WorldBuilder world;
-  world.Adapter().Connected(1).Ap(office(36), 1, -60.0).Ap(office(52), 2, -70.0);
-  world.Profile("Office").Network("Office", 1);
-  world->adapters[0].autoConnect = false;
+  world.Adapter().Connected(1)->adapters[0].autoConnect = false;
+  world.Ap(office(36), 1, -60.0).Ap(office(52), 2, -70.0).Profile("Office").Network("Office", 1);
   Start(world.AutoSwitch(300)
             .At(20'000, R"({"do": "roam", "bssid": "02-50-00-00-00-02"})")
             .At(60'000, R"({"do": "suspend"})")
@@ -63,8 +62,7 @@ TEST_F(WorkerTest, SleepAndWakingForgetWhatWasSeenAndLookAnew) {
   };
   const auto expectForgotten = [&] {
     WString suggestion;
-    m_pConfig->GetString(value::kSuggestedNetwork, &suggestion);
-    EXPECT_EQ(suggestion, u"");
+    EXPECT_TRUE(m_pConfig->GetString(value::kSuggestedNetwork, &suggestion) && suggestion.empty());
     EXPECT_EQ(session.CountRunning(u"NudgeDialog.exe"), 0u);
     EXPECT_EQ(m_pConfig->GetRoamingInhibitTick(), 0u);
   };

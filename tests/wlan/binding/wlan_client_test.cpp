@@ -145,6 +145,8 @@ TEST_F(WlanClientTest, OtherAdaptersConnectionAndReservationAreAvoided) {
   EXPECT_TRUE(avoids(2, other.get())) << "another BSSID's release";
   adapter->ReleaseReservation(Bssid(2));
   EXPECT_FALSE(avoids(2, other.get()));
+  adapter->ClearConnectedBssid();
+  EXPECT_TRUE(avoids(1, other.get())) << "its next round has yet to see the connect";
   adapter->ClearConnected();
   EXPECT_FALSE(avoids(1, other.get()));
   EXPECT_THROW(Container().AvoidThisCandidateOnMyIF(nullptr, other.get()), Exception);
