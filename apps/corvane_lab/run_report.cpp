@@ -193,9 +193,7 @@ void RunReport::SampleAdapter(int position) {
     at.quality = attributes.wlanSignalQuality;
     at.score = adapter->GetScoreFromBssEntry(SsidText(attributes.dot11Ssid), ToMac(attributes.dot11Bssid), false);
     ++m_Summary.connectedSeconds;
-    const auto best = std::max_element(view.scores.begin(), view.scores.end(),
-                                       [](const auto& a, const auto& b) { return a.second < b.second; });
-    if (best == view.scores.end() || at.score >= best->second) ++m_Summary.bestSeconds;
+    if (at.score >= BestScoreLeft(position)) ++m_Summary.bestSeconds;
   }
   if (connected && (at.bssid != view.at.bssid || !view.connected)) {
     Line(position, "at", FormatA("is connected to %s %s, score %i, quality %u", at.ssid, at.bssid, at.score, at.quality));
@@ -204,6 +202,17 @@ void RunReport::SampleAdapter(int position) {
   }
   view.connected = connected;
   view.at = connected ? at : Place();
+}
+
+int RunReport::BestScoreLeft(int position) {
+  int best = -1;
+  for (const auto& [bssid, score] : View(position).scores) {
+    const bool taken = std::ranges::any_of(m_Adapters, [&](const AdapterView& other) {
+      return &other != &View(position) && other.connected && other.at.bssid == bssid;
+    });
+    if (!taken) best = std::max(best, score);
+  }
+  return best;
 }
 
 void RunReport::SampleCandidates(int position, int required) {

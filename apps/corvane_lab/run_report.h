@@ -17,7 +17,7 @@ namespace corvane::lab {
 struct RunSummary {
   std::uint64_t seconds = 0;
   std::uint64_t connectedSeconds = 0;  // summed over the adapters
-  std::uint64_t bestSeconds = 0;       // connected to a BSS that none scored above
+  std::uint64_t bestSeconds = 0;       // connected to a BSS that none scored above, of those left free
   std::uint64_t switches = 0;          // moves and connects that the service made
   std::uint64_t scans = 0;             // that the service began
   std::uint64_t connectFailures = 0;
@@ -79,6 +79,7 @@ class RunReport : public platform::sim::IPcObserver {
   void OnBrokenRule(int adapter, const std::string& fault);
   AdapterView& View(int adapter);
   void SampleAdapter(int position);
+  int BestScoreLeft(int position);  // of what no other adapter is on; -1 for none
   void SampleCandidates(int position, int required);
   void SampleInhibit(int position);
 

@@ -1,0 +1,67 @@
+#include "corvane_lab/decision_audit.h"
+
+#include <gmock/gmock.h>
+
+#include "select/policy/policy_fixture.h"
+
+namespace corvane::lab {
+namespace {
+
+using platform::sim::Cause;
+using test::ApMac;
+using testing::HasSubstr;
+
+class DecisionAuditTest : public test::PolicyTest {
+ protected:
+  DecisionAuditTest() : PolicyTest(2) {
+    platform::sim::World world;
+    platform::sim::AccessPoint open, secured;
+    open.bssid = ApMac(5);
+    secured.bssid = ApMac(2);
+    secured.security.auth = platform::DOT11_AUTH_ALGO_RSNA_PSK;
+    world.accessPoints = {open, secured};
+    m_Audit.emplace(world, [](int, const std::string& fault, void* self) { static_cast<DecisionAuditTest*>(self)->m_Fault = fault; }, this);
+  }
+
+  // What the audit says of a round of adapter 0 that goes there; empty when it finds nothing.
+  std::string Judge(RoundStep step, CWlanBssEntry& target, int landsOn = 0) {
+    m_Fault.clear();
+    RoundWatches::Candidates(*adapter, {}, {});
+    RoundWatches::Step(0, step, &target);
+    if (landsOn) m_Audit->OnConnected(0, Cause::kProgram, MacTextA(ApMac(landsOn)));
+    return m_Fault;
+  }
+
+  std::optional<DecisionAudit> m_Audit;
+  std::string m_Fault;
+};
+
+TEST_F(DecisionAuditTest, FindsEveryMoveThatMustNotBe) {
+  const auto good = Add("Office", 2, 60), open = Add("Cafe", 5, 60);
+  good->m_candidate_counter = open->m_candidate_counter = 3;
+  EXPECT_EQ(Judge(RoundStep::kSwitch, *good, 2), "");
+  EXPECT_THAT(Judge(RoundStep::kSwitch, *good, 5), HasSubstr("did not decide"));
+  EXPECT_THAT(Judge(RoundStep::kFirstConnect, *open), HasSubstr("open"));
+  EXPECT_EQ(Judge(RoundStep::kRequestedConnect, *open, 5), "") << "somebody asked for it";
+
+  good->m_candidate_counter = 2;
+  EXPECT_THAT(Judge(RoundStep::kSwitch, *good), HasSubstr("unripe"));
+  EXPECT_EQ(Judge(RoundStep::kFirstConnect, *good), "");
+  good->m_candidate_counter = 3;
+  Global().m_rt_audio = true;
+  EXPECT_THAT(Judge(RoundStep::kSwitch, *good), HasSubstr("busy"));
+  Global().m_rt_audio = false;
+
+  m_Audit->OnConnected(1, Cause::kOutside, MacTextA(ApMac(2)));
+  EXPECT_EQ(Judge(RoundStep::kSwitch, *good), "") << "nobody can know of it yet";
+  RoundWatches::Step(1, RoundStep::kConnected, good.get());
+  EXPECT_THAT(Judge(RoundStep::kSwitch, *good), HasSubstr("another adapter"));
+  m_Audit->OnGone(1);
+
+  config->SetString(value::kDenylistJson, u"[[\"Office\", \"any\"]]");
+  config->m_Denylist.ReloadFromRegistry();
+  EXPECT_THAT(Judge(RoundStep::kFirstConnect, *good), HasSubstr("denied"));
+}
+
+}  // namespace
+}  // namespace corvane::lab
