@@ -15,6 +15,14 @@ constexpr char16_t kMacSeparator = u',';
 constexpr char16_t kDashes[] = u"--------------------------------------------------------------------";
 static_assert(std::size(kDashes) == 68 + 1);
 
+// Drops rows from the front until the text is no longer than the registry gives it back.
+WString LastRowsThatFit(WString rows) {
+  constexpr std::size_t kUnits = kLongestTextBytes / sizeof(char16_t);
+  if (rows.size() <= kUnits) return rows;
+  const std::size_t end = rows.find(kRecordSeparator, rows.size() - kUnits - 1);
+  return end == WString::npos ? WString() : rows.substr(end + 1);
+}
+
 WString MacListText(const MacList& macs) {
   CSVHelper list(kMacSeparator);
   for (const MacAddress& mac : macs) list.AddString(MacText(mac), true);
@@ -41,7 +49,7 @@ WString GatewayMapText(const CGlobalAPGatewayMapMemo::Map& records) {
     fields.AddString(MacListText(macs.ip6), true);
     rows.AddString(fields.GetString(), true);
   }
-  return rows.GetString();
+  return LastRowsThatFit(rows.GetString());
 }
 
 void ParseGatewayMap(WStringView text, CGlobalAPGatewayMapMemo::Map* records) {

@@ -43,7 +43,8 @@ class CGlobalAPGatewayMapMemo {
 };
 
 // The text of the registry value: records separated by TAB, their fields (BSSID, IPv4, IPv6) by VT, MACs
-// by comma, at most 400 of each. An empty list leaves no field behind.
+// by comma, at most 400 of each and no more than the registry gives back: the first records in key order
+// fall out. An empty list leaves no field behind.
 WString GatewayMapText(const CGlobalAPGatewayMapMemo::Map& records);
 // Reads such a text; what can't be read is passed over.
 void ParseGatewayMap(WStringView text, CGlobalAPGatewayMapMemo::Map* records);

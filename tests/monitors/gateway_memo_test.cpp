@@ -80,6 +80,18 @@ TEST_F(GatewayMemo, OfMoreThan400RecordsTheFirstFallOutOfTheText) {
   EXPECT_EQ(read.begin()->first, u"001");
 }
 
+TEST_F(GatewayMemo, WhatDoesNotFitIntoAReadableValueFallsOutAtTheFront) {
+  for (int i = 0; i < 300; ++i) Memo().Update(Format(u"02-00-00-00-%02x-%02x", i / 256, i % 256), {kA}, {});
+  EXPECT_FALSE(Memo().LookUp(u"02-00-00-00-00-00").IsEmpty()) << "in memory all stay";
+  Memo().Clear();
+  Memo().Load();
+  EXPECT_TRUE(Memo().LookUp(u"02-00-00-00-00-0f").IsEmpty());
+  EXPECT_FALSE(Memo().LookUp(u"02-00-00-00-00-10").IsEmpty()) << "284 records of 36 characters fit";
+  EXPECT_FALSE(Memo().LookUp(u"02-00-00-00-01-2b").IsEmpty());
+  const MacList many(600, kA);
+  EXPECT_EQ(GatewayMapText({{u"11", {many, many}}}), u"") << "no part of a record";
+}
+
 TEST_F(GatewayMemo, RowsThatCanBeReadCount) {
   const auto fields = [](std::initializer_list<WStringView> parts) { return Joined(parts, u'\v'); };
   CGlobalAPGatewayMapMemo::Map read{{u"11", {{kB}, {kB}}}};

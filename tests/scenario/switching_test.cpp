@@ -46,13 +46,14 @@ TEST_F(SwitchingScenario, TrafficHoldsASwitchBackUntilItEnds) {
 }
 
 // The better ones are of another network: a restore goes by the name of the network, and the radio takes
-// the strongest access point of that name.
+// the strongest access point of that name, which need not be the one before. The move is the service's own.
 TEST_F(SwitchingScenario, AFailedConnectMovesToTheNextAndThenRestores) {
   Start(OfficeWorld(-80.0)
             .Ap(LabBeacon(149), 2, -95.0)
             .Signal(HeardFrom(60'000, -45.0))
             .Ap(LabBeacon(52), 3, -95.0)
             .Signal(HeardFrom(60'000, -55.0))
+            .Ap(OfficeBeacon(100), 4, -76.0)
             .Profile("Lab")
             .Network("Lab", 1)
             .At(5'000, R"({"do": "refuse", "bssid": "02-50-00-00-00-02", "reason": 229377})")
@@ -62,7 +63,7 @@ TEST_F(SwitchingScenario, AFailedConnectMovesToTheNextAndThenRestores) {
   EXPECT_NE(failed[0].bssid, failed[1].bssid) << "the next entry was not tried";
 
   ASSERT_TRUE(RunUntilTrue([&] { return Count(AirEvent::kConnected, failed[1].ms) > 0; }, 30s));
-  EXPECT_EQ(Events(AirEvent::kConnected, failed[1].ms).front().bssid, ApText(1)) << "the old network was not restored";
+  EXPECT_EQ(Events(AirEvent::kConnected, failed[1].ms).front().bssid, ApText(4)) << "the old network was not restored";
   for (const int number : {2, 3}) {
     CSmartPointer<CWlanBssEntry> entry;
     ASSERT_TRUE(Wlan()->FindBssEntry(u"Lab", ApBssid(number), &entry));
@@ -75,6 +76,20 @@ TEST_F(SwitchingScenario, AFailedConnectMovesToTheNextAndThenRestores) {
 
   Do(R"({"do": "refuse", "bssid": "02-50-00-00-00-03", "reason": 0})");
   EXPECT_TRUE(RunUntilTrue([&] { return IsOn(3); }, 120s)) << "the next one is not reached past the one that refuses";
+}
+
+// The profile of the private network goes by another name than its SSID.
+TEST_F(SwitchingScenario, APrivateNetworkLeadsTheListHoweverWeak) {
+  WorldBuilder world = OfficeWorld(-45.0);
+  world.Ap(LabBeacon(149), 2, -80.0).Profile("Lab").Network("Lab 2", 1);
+  world->networks.front().category = 0;
+  world->profiles.back().name = u"Lab 2";
+  Start(world);
+  const auto leads = [&](WStringView ssid) { return Text(value::kCandidatesCSV).starts_with(ssid); };
+  Write(value::kPreferPrivateNetwork, 1u);
+  EXPECT_TRUE(RunUntilTrue([&] { return leads(u"Lab\v"); }, 40s));
+  Write(value::kPreferPrivateNetwork, 0u);
+  EXPECT_TRUE(RunUntilTrue([&] { return leads(u"Office\v"); }, 40s));
 }
 
 TEST_F(SwitchingScenario, AHiddenNetworkIsFoundByItsDirectedScan) {

@@ -46,9 +46,9 @@ bool IsFile(LPCWSTR path) {
   return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
 }
 
-// What the command interpreter would take for the end of a quoted argument.
+// The command interpreter would end a quoted argument there, or put a variable's value in its place.
 bool BreaksQuotes(WStringView text) {
-  return std::ranges::any_of(text, [](char16_t unit) { return unit == u'"' || unit < 0x20; });
+  return std::ranges::any_of(text, [](char16_t unit) { return unit == u'"' || unit == u'%' || unit < 0x20; });
 }
 
 // A policy that keeps the browser from showing a first-run screen. Failing to set it harms nothing.

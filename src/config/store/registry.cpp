@@ -14,7 +14,6 @@ using namespace platform;
 
 constexpr int kAttempts = 5;
 constexpr std::uint32_t kPauseMs = 10;
-constexpr DWORD kLongestString = 20480;  // bytes
 
 // An open key, closed at the end of the scope.
 class OpenKey {
@@ -93,7 +92,7 @@ bool CRegistry::GetRegistryStringValue(WStringView name, WString* out) const {
   const OpenKey key(m_KeyPath, KEY_READ);
   if (!key) return false;
   // One query with room for the longest text: the value may change between two.
-  char16_t buffer[kLongestString / sizeof(char16_t)];
+  char16_t buffer[kLongestTextBytes / sizeof(char16_t)];
   DWORD type = 0, size = sizeof(buffer);
   if (Os().registry.RegQueryValueExW(key.Get(), WString(name).c_str(), &type, reinterpret_cast<BYTE*>(buffer),
                                      &size) != 0 ||

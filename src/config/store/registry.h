@@ -9,6 +9,8 @@ namespace corvane {
 
 // Paths below HKEY_LOCAL_MACHINE.
 inline constexpr char16_t kHomeKeyPath[] = u"SOFTWARE\\OstrelNetworks\\Corvane";
+// A longer text value can be written, but not read.
+inline constexpr std::size_t kLongestTextBytes = 20480;
 
 // Typed, compare-first access to one key below HKEY_LOCAL_MACHINE. No failure ends a thread: reads
 // give false and leave the output alone, writes are logged and give false. Each call opens the key
@@ -24,7 +26,7 @@ class CRegistry : public SmartObjEx<CRegistry, SmartObj<>> {
   bool GetRegistryDWORDValue(WStringView subkey, WStringView name, std::uint32_t* out) const;
   bool GetRegistryDWORDValue(WStringView name, std::uint32_t* out) const;
   bool GetRegistryQWORDValue(WStringView name, std::uint64_t* out) const;
-  // At most 20480 bytes; a longer value reads as failure.
+  // At most kLongestTextBytes; a longer value reads as failure.
   bool GetRegistryStringValue(WStringView name, WString* out) const;
 
   // Write only what differs from the stored value.

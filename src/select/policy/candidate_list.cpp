@@ -79,9 +79,12 @@ BssEntryList EntriesInRange(CWlanInterface& adapter) {
   return entries;
 }
 
-void KeepCandidates(BssEntryList* entries, int adapter) {
-  KeepQualified(entries, adapter, [](const CWlanBssEntry& entry) {
-    return JudgeAdmission({IsOnSystemDenyList(entry), entry.m_bDenied, entry.m_SSIDW.empty(), entry.m_AuthAlgorithm,
+void KeepCandidates(BssEntryList* entries, const ApListRows& denied, int adapter) {
+  KeepQualified(entries, adapter, [&](const CWlanBssEntry& entry) {
+    // A connection to what a row names in whatever case is ended, so it must not be made either: the
+    // mark alone goes by one spelling of the SSID.
+    const bool isDenied = entry.m_bDenied || IsListed(denied, entry.m_SSIDW, entry.GetBssid());
+    return JudgeAdmission({IsOnSystemDenyList(entry), isDenied, entry.m_SSIDW.empty(), entry.m_AuthAlgorithm,
                            entry.HasUsableProfile(), entry.m_bHasTempProfile});
   });
 }

@@ -7,9 +7,9 @@ namespace corvane {
 // Entries that count in this round: in the newest scan, missing for fewer than 3, or connected.
 BssEntryList EntriesInRange(CWlanInterface& adapter);
 
-// Removes what may not be a candidate and sorts, best first; equal entries end up in the reverse of
-// their earlier order. `adapter` is the adapter index, for those who watch.
-void KeepCandidates(BssEntryList* entries, int adapter);
+// Removes what may not be a candidate, the rows of the deny list among it, and sorts, best first; equal
+// entries end up in the reverse of their earlier order. `adapter` is the adapter index, for those who watch.
+void KeepCandidates(BssEntryList* entries, const ApListRows& denied, int adapter);
 void SortCandidates(BssEntryList* entries, bool preferPrivate);
 // Keeps the access points of one network (the case of ASCII letters makes no difference), and those that
 // a row of the allow list names.

@@ -81,14 +81,14 @@ class Choice {
     try {
       LOG_ADAPTER(m_Idx, kPolicyLog,
                   u"\n[%i] IF-STATE: %i [Disconnecting DENYLIST AP: %s {%02x-%02x-%02x-%02x-%02x-%02x}\n",
-                  m_Idx, m_Adapter.GetInterfaceState(), m_Facts.ssid, MAC_ARGS(m_Facts.bssid));
+                  m_Idx, m_Adapter.GetInterfaceStateForLog(), m_Facts.ssid, MAC_ARGS(m_Facts.bssid));
       const WString name = NetworkDisplayName(m_Facts.ssid, m_Adapter.GetCurrentChannel());
       m_Adapter.DisconnectSynchronous(name);
       m_pConfig->SetString(value::kDisconnectedNetwork, name);
       m_pConfig->m_deny_defer_until = Now() + kDenyDeferMs;
       LOG_ADAPTER(m_Idx, kPolicyLog,
                   u"\n[%i] IF-STATE: %i - Extra sleep after Denylist disconnect...\n", m_Idx,
-                  m_Adapter.GetInterfaceState());
+                  m_Adapter.GetInterfaceStateForLog());
       Os().threads.Sleep(kDenySleepMs);
       return true;
     } catch (const Exception& e) {
@@ -201,7 +201,7 @@ class Choice {
                 u"secs][ifstate %i][LQ %lu >= %lu][ENABLED %i/%i][ROAM-E %i/%i]%s\n",
                 m_Idx, m_Flags.pilot, m_Adapter.IsScanFresh(), interval,
                 m_pConfig->m_force_scan_counter.load(),
-                (Now() - m_Adapter.m_last_score_notify_tick) / 1000, m_Adapter.GetInterfaceState(),
+                (Now() - m_Adapter.m_last_score_notify_tick) / 1000, m_Adapter.GetInterfaceStateForLog(),
                 m_Facts.quality, m_pConfig->m_LQCThreshold.load(), m_Flags.enabled, m_Flags.serviceEnabled,
                 m_Flags.roaming, m_Flags.gatewayRoaming, LastSuggestionText(true));
     return true;
@@ -225,7 +225,7 @@ class Choice {
         LOG_ADAPTER(m_Idx, kPolicyLog,
                     u"\n[%i][EnabledFastScan_connected] IF-STATE: %i [CONNECTED to %s][EMERGENCY: LQ %lu < "
                     u"%lu] CALLING SetForceScanCounter(3)\n",
-                    m_Idx, m_Adapter.GetInterfaceState(), m_Facts.ssid, m_Facts.quality,
+                    m_Idx, m_Adapter.GetInterfaceStateForLog(), m_Facts.ssid, m_Facts.quality,
                     m_pConfig->m_LQCThreshold.load());
         m_pConfig->m_force_scan_counter = kForcedScans;
         RoundWatches::Step(m_Idx, RoundStep::kWeakConnection);
@@ -235,7 +235,7 @@ class Choice {
         LOG_ADAPTER(m_Idx, kPolicyLog,
                     u"\n[%i][EnabledFastScan_connected] IF-STATE: %i [CONNECTED to %s][EMERGENCY: LQ %lu < "
                     u"%lu] F-COUNT %i already nonzero\n",
-                    m_Idx, m_Adapter.GetInterfaceState(), m_Facts.ssid, m_Facts.quality,
+                    m_Idx, m_Adapter.GetInterfaceStateForLog(), m_Facts.ssid, m_Facts.quality,
                     m_pConfig->m_LQCThreshold.load(), forced);
         return;
     }
@@ -245,7 +245,7 @@ class Choice {
     LOG_ADAPTER(m_Idx, kPolicyLog,
                 u"\n[%i][Pilot=%i][IF-State %i][wk %i][%s][LQ %lu vs %lu][ENABLED %i/%i][ROAM-E %i/%i]"
                 u"[ALLOWSTALE=%i]%s\n",
-                m_Idx, m_Flags.pilot, m_Adapter.GetInterfaceState(),
+                m_Idx, m_Flags.pilot, m_Adapter.GetInterfaceStateForLog(),
                 WeekSince(CGlobalConfigContainer::GetInstance().m_InstallTime, platform::UnixSecondsNow()),
                 m_Mode.passive ? u"MAKE CHOICE - PASSIVE" : u"MAKE CHOICE", m_Facts.quality,
                 m_pConfig->m_LQCThreshold.load(), m_Flags.enabled, m_Flags.serviceEnabled, m_Flags.roaming,

@@ -11,6 +11,17 @@ namespace {
 
 constexpr std::uint32_t kConnectTimeoutMs = 15000;
 
+// By the facts that a connect leaves behind when it ends well.
+bool IsOn(const CWlanInterface& adapter, const CWlanBssEntry& entry) {
+  return adapter.IsConnected() &&
+         ToMac(adapter.GetConnAttrs().wlanAssociationAttributes.dot11Bssid) == entry.GetBssid();
+}
+
+RoundStep StepOf(const ConnectOutcome& outcome) {
+  if (outcome.failed) return RoundStep::kConnectFailed;
+  return outcome.connected ? RoundStep::kConnected : RoundStep::kCredentialsAsked;
+}
+
 }  // namespace
 
 ConnectOutcome TryConnect(CWlanInterface& adapter, CQUAYInterfaceConfig& config, CWlanBssEntry& entry,
@@ -19,21 +30,22 @@ ConnectOutcome TryConnect(CWlanInterface& adapter, CQUAYInterfaceConfig& config,
   entry.m_last_reason_code = 0;
   try {
     entry.ConnectSynchronous(&adapter, profileXml, save, timeoutMs);
-    outcome.connected = true;
+    outcome.connected = IsOn(adapter, entry);
   } catch (const Exception& e) {
+    outcome.failed = true;
     outcome.what = e.what();
     outcome.code = e.GetCode();
   } catch (const std::exception& e) {
+    outcome.failed = true;
     outcome.what = e.what();
     outcome.standard = true;
   }
-  RoundWatches::Step(adapter.GetConfigIdx(), outcome.connected ? RoundStep::kConnected : RoundStep::kConnectFailed,
-                     &entry);
+  RoundWatches::Step(adapter.GetConfigIdx(), StepOf(outcome), &entry);
   entry.m_last_reason_code = outcome.code;
   if (outcome.connected) {
     ++entry.m_connect_good;
     entry.m_ever_connected = true;
-  } else {
+  } else if (outcome.failed) {
     config.SetString(value::kConnectStatus, u"error");
   }
   return outcome;
@@ -42,7 +54,7 @@ ConnectOutcome TryConnect(CWlanInterface& adapter, CQUAYInterfaceConfig& config,
 bool TryConnectCounted(CWlanInterface& adapter, CQUAYInterfaceConfig& config, CWlanBssEntry& entry,
                        const char* stage) {
   const ConnectOutcome outcome = TryConnect(adapter, config, entry, {}, false, kConnectTimeoutMs);
-  if (outcome.connected) return true;
+  if (!outcome.failed) return true;
   ++entry.m_connect_failed;
   LOG_ERROR(u"[%i]CGlobalQUAYPolicy::MakeChoice:[%S] %S: %S, STATS: failed=%i, good=%i",
             adapter.GetConfigIdx(), stage, outcome.standard ? "std:exception" : "Exception", outcome.what,

@@ -46,7 +46,7 @@ class ConnectedDecision {
       LOG_ADAPTER(m_Idx, kPolicyLog,
                   u"\n[%i][DEFERRED] IF-STATE: %i [CONNECTED to non preferred SSID %s, HOWEVER Connected "
                   u"Bitrate too high: %0.3lf > %0.3lf] ...\n",
-                  m_Idx, m_Adapter.GetInterfaceState(), m_Facts.ssid, m_Mbps,
+                  m_Idx, m_Adapter.GetInterfaceStateForLog(), m_Facts.ssid, m_Mbps,
                   m_pConfig->m_rate_gate_high.load());
       RoundWatches::Step(m_Idx, RoundStep::kLinkBusy);
       m_Adapter.RollSwitchPeriod();
@@ -63,7 +63,7 @@ class ConnectedDecision {
     LOG_ADAPTER(m_Idx, kPolicyLog,
                 u"\n[%i] MakeChoice_connected: IF-STATE: %i [Connected to SSID: %s "
                 u"{%02x-%02x-%02x-%02x-%02x-%02x}] USING BACKUP SCORE: %i ____________________\n",
-                m_Idx, m_Adapter.GetInterfaceState(), m_Facts.ssid, MAC_ARGS(m_Facts.bssid), backup);
+                m_Idx, m_Adapter.GetInterfaceStateForLog(), m_Facts.ssid, MAC_ARGS(m_Facts.bssid), backup);
     return backup;
   }
 
@@ -77,14 +77,14 @@ class ConnectedDecision {
       LOG_ADAPTER(m_Idx, kPolicyLog,
                   u"\n[%i] INTERFACE STATE: %i [already CONNECTED to preferred AP - SSID: %s "
                   u"{%02x-%02x-%02x-%02x-%02x-%02x}][LQ %lu][%0.2lf mbps]\n",
-                  m_Idx, m_Adapter.GetInterfaceState(), m_Facts.ssid, MAC_ARGS(m_Facts.bssid),
+                  m_Idx, m_Adapter.GetInterfaceStateForLog(), m_Facts.ssid, MAC_ARGS(m_Facts.bssid),
                   m_Facts.quality, m_Mbps);
       if (eventMode) TellBest();
     } else {
       LOG_ADAPTER(m_Idx, kPolicyLog,
                   u"\n[%i] INTERFACE STATE: %i [CONNECTED to only AP - SSID: %s "
                   u"{%02x-%02x-%02x-%02x-%02x-%02x}][LQ %lu][%0.2lf mbps] Channel Unknown\n",
-                  m_Idx, m_Adapter.GetInterfaceState(), m_Facts.ssid, MAC_ARGS(m_Facts.bssid),
+                  m_Idx, m_Adapter.GetInterfaceStateForLog(), m_Facts.ssid, MAC_ARGS(m_Facts.bssid),
                   m_Facts.quality, m_Mbps);
       if (eventMode) {
         ReportSignalQuality(*m_pConfig, m_Facts.ssid, MacText(m_Facts.bssid), u"[Channel unknown]",
@@ -117,14 +117,14 @@ class ConnectedDecision {
       LOG_ADAPTER(m_Idx, kPolicyLog,
                   u"\n[%i] [DEFERRED] IF-STATE: %i [%0.2lf mbps][CONNECTED to diff SSID %s vs preferred "
                   u"%s(center %u)(or other), waiting: counter %i ++> %i]\n",
-                  m_Idx, m_Adapter.GetInterfaceState(), m_Mbps, m_Facts.ssid, qualifier->m_SSIDW,
-                  qualifier->GetFrequencyKhz(), qualifier->GetCandidate(),
+                  m_Idx, m_Adapter.GetInterfaceStateForLog(), m_Mbps, m_Facts.ssid, qualifier->m_SSIDW,
+                  qualifier->GetFrequencyKhz(), qualifier->PeekCandidate(),
                   CGlobalQUAYPolicy::RequiredCandidateCount());
     } else {
       LOG_ADAPTER(m_Idx, kPolicyLog,
                   u"\n[%i] [DEFERRED] IF-STATE: %i [%0.2lf mbps][CONNECTED to SSID %s with NO Other "
                   u"Qualifying AP]\n",
-                  m_Idx, m_Adapter.GetInterfaceState(), m_Mbps, m_Facts.ssid);
+                  m_Idx, m_Adapter.GetInterfaceStateForLog(), m_Mbps, m_Facts.ssid);
     }
     RoundWatches::Step(m_Idx, qualifier ? RoundStep::kRipening : RoundStep::kNoQualifier, qualifier.get());
     m_Adapter.RollSwitchPeriod();

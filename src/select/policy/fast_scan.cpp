@@ -30,7 +30,6 @@ class FastScanRound {
   FastScanRound(CWlanInterface& adapter, const BssEntryList& entries, const ConnectionFacts& facts)
       : m_Adapter(adapter),
         m_Idx(adapter.GetConfigIdx()),
-        m_State(adapter.GetInterfaceState()),
         m_Mbps(adapter.GetTrafficMbps()),
         m_pConfig(adapter.Config()),
         m_Entries(entries),
@@ -42,14 +41,14 @@ class FastScanRound {
     if (!m_pBest) {
       LOG_ADAPTER(m_Idx, kFastScanLog,
                   u"\n[%i][EnabledFastScan_connected] INTERFACE STATE: %i -- pBestCandidate is NULL!\n", m_Idx,
-                  m_State);
+                  State());
       return;
     }
     if (alreadyBest) {
       LOG_ADAPTER(m_Idx, kFastScanLog,
                   u"\n[%i][EnabledFastScan_connected] INTERFACE STATE: %i [already CONNECTED to preferred AP "
                   u"- SSID: %s {%02x-%02x-%02x-%02x-%02x-%02x}][LQ %lu][%0.2lf mbps] - DO NOTHING\n",
-                  m_Idx, m_State, m_Facts.ssid, MAC_ARGS(m_Facts.bssid), m_Facts.quality, m_Mbps);
+                  m_Idx, State(), m_Facts.ssid, MAC_ARGS(m_Facts.bssid), m_Facts.quality, m_Mbps);
       RoundWatches::Step(m_Idx, RoundStep::kOnBest);
       return;
     }
@@ -57,6 +56,8 @@ class FastScanRound {
   }
 
  private:
+  std::int32_t State() const { return m_Adapter.GetInterfaceStateForLog(); }
+
   FastScanInputs Gather() {
     FastScanInputs in;
     in.matchesSuggestion = MatchesSuggestion();
@@ -70,7 +71,7 @@ class FastScanRound {
       LOG_ADAPTER(m_Idx, kFastScanLog,
                   u"\n[%i][EnabledFastScan_connected][BMLS=%i/IBP=1/LSOAL=1] IF-STATE: %i [CONNECTED to %s, "
                   u"Bitrate: %0.3lf] IGNORE BestMatchesLastSuggestion due to Suggest == Allowlist\n",
-                  m_Idx, in.matchesSuggestion, m_State, m_Facts.ssid, m_Mbps);
+                  m_Idx, in.matchesSuggestion, State(), m_Facts.ssid, m_Mbps);
     }
     in.linkBusy = IsLinkBusy(CGlobalConfigContainer::GetInstance().m_rt_audio, m_Mbps,
                              m_pConfig->m_rate_gate_high);
@@ -96,33 +97,33 @@ class FastScanRound {
         LOG_ADAPTER(m_Idx, kFastScanLog,
                     u"\n[%i][EnabledFastScan_connected] INTERFACE STATE: %i [not conn'd SAME/NO-REPEAT "
                     u"pref-AP SSID: %s {%02x-%02x-%02x-%02x-%02x-%02x}][LQ %lu][%0.2lf mbps] - DO NOTHING\n",
-                    m_Idx, m_State, m_Facts.ssid, MAC_ARGS(m_Facts.bssid), m_Facts.quality, m_Mbps);
+                    m_Idx, State(), m_Facts.ssid, MAC_ARGS(m_Facts.bssid), m_Facts.quality, m_Mbps);
         return;
       case FastScan::kBusy:
         LOG_ADAPTER(m_Idx, kFastScanLog,
                     u"\n[%i][EnabledFastScan_connected][DEFERRED] IF-STATE: %i [CONNECTED to non preferred "
                     u"SSID %s, HOWEVER Connected Bitrate too high: %0.3lf > %0.3lf] ...\n",
-                    m_Idx, m_State, m_Facts.ssid, m_Mbps, m_pConfig->m_rate_gate_high.load());
+                    m_Idx, State(), m_Facts.ssid, m_Mbps, m_pConfig->m_rate_gate_high.load());
         return;
       case FastScan::kNothingBetter:
         m_pConfig->m_force_scan_counter = 0;
         LOG_ADAPTER(m_Idx, kFastScanLog,
                     u"\n[%i][EnabledFastScan_connected] IF-STATE: %i [CONNECTED to %s, Bitrate: %0.3lf] "
                     u"!IsBetterCandidatePossible() - DO NOTHING %s\n",
-                    m_Idx, m_State, m_Facts.ssid, m_Mbps,
+                    m_Idx, State(), m_Facts.ssid, m_Mbps,
                     forced > 0 ? u"[Cleared F-COUNTER]" : u"[F-COUNTER already 0]");
         return;
       case FastScan::kAlreadyForced:
         LOG_ADAPTER(m_Idx, kFastScanLog,
                     u"\n[%i][EnabledFastScan_connected] IF-STATE: %i [CONNECTED to %s, Bitrate: %0.3lf] "
                     u"F-COUNT %i already nonzero\n",
-                    m_Idx, m_State, m_Facts.ssid, m_Mbps, forced);
+                    m_Idx, State(), m_Facts.ssid, m_Mbps, forced);
         return;
       case FastScan::kForceScans:
         LOG_ADAPTER(m_Idx, kFastScanLog,
                     u"\n[%i][EnabledFastScan_connected] IF-STATE: %i [CONNECTED to %s, Bitrate: %0.3lf] "
                     u"CALLING SetForceScanCounter(3)\n",
-                    m_Idx, m_State, m_Facts.ssid, m_Mbps);
+                    m_Idx, State(), m_Facts.ssid, m_Mbps);
         m_pConfig->m_force_scan_counter = kForcedScans;
         return;
     }
@@ -130,7 +131,6 @@ class FastScanRound {
 
   CWlanInterface& m_Adapter;
   const int m_Idx;
-  const std::int32_t m_State;
   const double m_Mbps;
   const CSmartPointer<CQUAYInterfaceConfig> m_pConfig;
   const BssEntryList& m_Entries;
@@ -158,7 +158,7 @@ void CGlobalQUAYPolicy::CheckEarlySuggestedBest(CWlanInterface* pIf, const BssEn
   LOG_ADAPTER(idx, kPolicyLog,
               u"\n[%i] INTERFACE STATE: %i [EARLIER already CONNECTED to suggested AP - SSID: %s "
               u"{%02x-%02x-%02x-%02x-%02x-%02x}][LQ %lu][%0.2lf mbps]\n",
-              idx, pIf->GetInterfaceState(), facts.ssid, MAC_ARGS(facts.bssid), facts.quality,
+              idx, pIf->GetInterfaceStateForLog(), facts.ssid, MAC_ARGS(facts.bssid), facts.quality,
               pIf->GetTrafficMbps());
   NotifyAlreadyBestAP(*entry, config->m_Etw, true);
   ReportSignalQuality(*config, *entry, facts.quality);

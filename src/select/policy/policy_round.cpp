@@ -27,7 +27,7 @@ class PolicyRound {
     GatherConnection();
 
     m_Candidates = inRange;
-    KeepCandidates(&m_Candidates, m_Idx);
+    KeepCandidates(&m_Candidates, m_pConfig->m_Denylist.Rows(), m_Idx);
     SortCandidates(&m_Candidates, m_pConfig->m_PreferPrivateNetwork);
     PublishNetworksInRange();
     if (m_Facts.connected && !m_pConfig->m_network_switching) KeepNetwork(&m_Candidates, m_Facts.ssid, m_Idx);

@@ -106,7 +106,7 @@ WString SortLine(int idx, CWlanBssEntry& entry, const char* prefix) {
       u"%lu/%u, SCO %i[rssi %i] cent % 3u/%u, scn %i/%i/%i, BLACK %i, auto %i, cat %s, ld %0.2lf, %i "
       u"[%i/%i] mbps, %i mbps, auth %i, CWs [%s], GWs %u+%u\n",
       idx, prefix, entry.m_ever_connected, entry.m_connect_good, entry.m_SSIDW, u"unknown ", MAC_ARGS(mac),
-      InternetLetter(entry), entry.GetCandidate(), entry.m_candidate_counter, entry.GetPhyModes(),
+      InternetLetter(entry), entry.PeekCandidate(), entry.m_candidate_counter, entry.GetPhyModes(),
       entry.GetLQ(), entry.m_Bss.uLinkQuality, entry.GetScore(false), entry.m_Bss.lRssi, entry.m_Channel,
       entry.GetFrequencyKhz(), entry.m_bss_scanned, entry.m_unscanned_count, pending, entry.m_bDenied,
       entry.m_AutoConnect, CategoryHead(entry), entry.GetLoadPct(), entry.GetMaxRate(),

@@ -31,27 +31,21 @@ void LogFailure(const ConnectOutcome& outcome) {
             outcome.standard ? "std:exception" : "Exception", outcome.what);
 }
 
-// Tries one entry up to three times. True when connected; *tries tells how many it took.
-bool TryRepeatedly(CWlanInterface& adapter, CQUAYInterfaceConfig& config, CWlanBssEntry& entry,
+// Tries one entry up to three times, until an attempt does not fail; *tries tells how many it took.
+ConnectOutcome TryRepeatedly(CWlanInterface& adapter, CQUAYInterfaceConfig& config, CWlanBssEntry& entry,
                    const WString& profileXml, bool save, const char* tag, int* tries) {
   const int idx = adapter.GetConfigIdx();
   const MacAddress mac = entry.GetBssid();
-  for (*tries = 1; *tries <= kTries; ++*tries) {
+  for (*tries = 1;; ++*tries) {
     LOG_ADAPTER(idx, kPolicyLog, u"[%i] %S [try=%i] Connecting to %s {%02x-%02x-%02x-%02x-%02x-%02x}\n", idx,
                 tag, *tries, entry.m_SSIDW, MAC_ARGS(mac));
     RoundWatches::Step(idx, RoundStep::kRequestedConnect, &entry);
     const ConnectOutcome outcome = TryConnect(adapter, config, entry, profileXml, save, TimeoutOf(entry));
-    if (outcome.connected) return true;
+    if (!outcome.failed) return outcome;
     LogFailure(outcome);
-    if (*tries < kTries) Os().threads.Sleep(kRetryPauseMs);
+    if (*tries == kTries) return outcome;
+    Os().threads.Sleep(kRetryPauseMs);
   }
-  return false;
-}
-
-// A connect without a profile only starts the credential prompter.
-bool IsConnectedTo(CWlanInterface& adapter, const CWlanBssEntry& entry) {
-  ConnectionFacts facts;
-  return adapter.GetConnectedSSID(&facts) && facts.bssid == entry.GetBssid();
 }
 
 void LogOrder(int idx, const char* text, const WString& ssid, const WString& bssid, std::uint32_t outputs) {
@@ -88,12 +82,12 @@ bool CGlobalQUAYPolicy::FindAndConnectToBssEntry(CWlanInterface* pIf, const BssE
           : WString(u"None");
 
   for (const auto& entry : entries) {
+    if (entry->m_BSSIDText != bssid_text) continue;
     int tries = 0;
-    if (entry->m_BSSIDText != bssid_text ||
-        !TryRepeatedly(*pIf, *config, *entry, profile_xml, save_profile, tag, &tries)) {
-      continue;
-    }
-    if (isAcceptance) {
+    const ConnectOutcome outcome =
+        TryRepeatedly(*pIf, *config, *entry, profile_xml, save_profile, tag, &tries);
+    if (outcome.failed) continue;
+    if (isAcceptance && outcome.connected) {
       CountMove(facts.connected && entry->m_SSIDW == facts.ssid);
       NotifyConnectionChange(*pIf, *config, u"SuggestionAccepted", ShortApSummary(SummaryOf(*entry)), before);
     }
@@ -101,7 +95,7 @@ bool CGlobalQUAYPolicy::FindAndConnectToBssEntry(CWlanInterface* pIf, const BssE
                 u"[%i] [try=%i] FindAndConnectToBssEntry: Success connecting to %s [STATs: failed=%i, "
                 u"good=%i]\n",
                 idx, tries, entry->m_SSIDW, entry->m_connect_failed, entry->m_connect_good);
-    if (IsConnectedTo(*pIf, *entry)) PublishConnection(*pIf, *config, *entry);
+    if (outcome.connected) PublishConnection(*pIf, *config, *entry);
     return true;
   }
   config->SetString(value::kConnectStatus, u"error");

@@ -57,6 +57,7 @@ Words WordsOf(RoundStep step) {
     case RoundStep::kSwitch: return {"switch", "the adapter moves to it"};
     case RoundStep::kRequestedConnect: return {"requested-connect", "it is connected on request"};
     case RoundStep::kConnected: return {"connected", "the connect succeeded"};
+    case RoundStep::kCredentialsAsked: return {"credentials-asked", "the user is asked for credentials"};
     case RoundStep::kConnectFailed: return {"connect-failed", "the connect failed"};
     case RoundStep::kRestore: return {"restore", "the old network is restored"};
   }

@@ -58,6 +58,7 @@ enum class RoundStep {
   kSwitch,
   kRequestedConnect,
   kConnected,
+  kCredentialsAsked,  // of the user, who has to connect it
   kConnectFailed,
   kRestore,
 };

@@ -51,14 +51,14 @@ class Switch {
       LOG_ADAPTER(m_Idx, kPolicyLog,
                   u"\n[%i][NO-READY/SKIP-THIS] IF-STATE: %i [CONNECTED to diff SSID %s][CANDIDATE "
                   u"%s(center %u), counter %i][%0.2lf mbps]\n",
-                  m_Idx, m_Adapter.GetInterfaceState(), m_Facts.ssid, entry.m_SSIDW, entry.GetFrequencyKhz(),
-                  entry.GetCandidate(), m_Adapter.GetTrafficMbps());
+                  m_Idx, m_Adapter.GetInterfaceStateForLog(), m_Facts.ssid, entry.m_SSIDW, entry.GetFrequencyKhz(),
+                  entry.PeekCandidate(), m_Adapter.GetTrafficMbps());
       return false;
     }
     LOG_ADAPTER(m_Idx, kPolicyLog,
                 u"\n[%i] IF-STATE: %i [CONNECTED to diff SSID %s {%02x-%02x-%02x-%02x-%02x-%02x} vs "
                 u"preferred %s(center %u)][Scores %i(new) > %i(old)? FTZ %i][%0.2lf mbps]\n",
-                m_Idx, m_Adapter.GetInterfaceState(), m_Facts.ssid, MAC_ARGS(m_Facts.bssid), entry.m_SSIDW,
+                m_Idx, m_Adapter.GetInterfaceStateForLog(), m_Facts.ssid, MAC_ARGS(m_Facts.bssid), entry.m_SSIDW,
                 entry.GetFrequencyKhz(), entry.GetScore(false), m_Score, 0, m_Adapter.GetTrafficMbps());
     m_pConfig->m_force_scan_counter = 0;
     return true;

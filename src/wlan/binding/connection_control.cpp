@@ -195,6 +195,9 @@ void CWlanInterface::ConnectToNetwork(const WString& ssid) {
   parameters.strProfile = ssid.c_str();
   parameters.dot11BssType = dot11_BSS_type_infrastructure;
   ConnectSynchronous(parameters, false, kRestoreTimeoutMs);
+  // The platform has chosen the access point; the move to it is the program's own all the same.
+  const CCritSecLock lock(m_StateLock);
+  m_connected_dot11Bssid_if_we_initiated = ToMac(m_ConnAttrs.wlanAssociationAttributes.dot11Bssid);
 }
 
 void CWlanInterface::DisconnectSynchronous(WStringView text) {

@@ -55,6 +55,8 @@ std::int32_t CWlanInterface::DiscoverNetworksSynchronous(bool force_scan, bool f
     LOG_ERROR(u"[%i] CWlanInterface::DiscoverNetworksSynchronous: std:exception: %hs\n", m_ConfigIdx,
               e.what());
   }
+  // A scan that fails takes its time too: what is decided next goes by the traffic of now.
+  if (m_pInterfacePDH) m_pInterfacePDH->PollPDHCollection();
   return found;
 }
 
@@ -175,6 +177,7 @@ void CWlanInterface::LogScanDecision(const ScanInputs& in, const ScanDecision& d
 
 void CWlanInterface::RunScans(std::uint64_t now) {
   m_LastScanTime = m_LastScanStart = now;
+  m_scan_fresh = false;  // until it has run
   {
     // One broadcast scan at a time on this machine: two at once would spoil each other's air.
     const CCritSecLock lock(CGlobalConfigContainer::GetInstance().GetSecondLock());

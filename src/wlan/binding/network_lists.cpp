@@ -129,7 +129,6 @@ void CWlanInterface::ReadLists(bool scanned, bool first, double rate, std::int32
               u"Failure!\n",
               m_ConfigIdx);
   }
-  if (m_pInterfacePDH) m_pInterfacePDH->PollPDHCollection();
   m_RateHistory.insert(m_RateHistory.begin(), rate);
   if (m_RateHistory.size() > kRatesRemembered) m_RateHistory.resize(kRatesRemembered);
 }

@@ -74,6 +74,7 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   void DetermineInterfaceCapability();
   std::uint32_t QueryWlanInterface_ForInt(std::int32_t opcode);
   std::int32_t GetInterfaceState();  // WLAN_INTERFACE_STATE
+  std::int32_t GetInterfaceStateForLog() noexcept;  // the same; -1 instead of a throw
   std::uint32_t QueryChannel();
   void QueryRadioState(platform::WLAN_RADIO_STATE* state);
   void CurrentConnection(platform::WLAN_CONNECTION_ATTRIBUTES* attrs);

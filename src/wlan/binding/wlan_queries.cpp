@@ -148,6 +148,14 @@ std::int32_t CWlanInterface::GetInterfaceState() {
   return static_cast<std::int32_t>(QueryWlanInterface_ForInt(wlan_intf_opcode_interface_state));
 }
 
+std::int32_t CWlanInterface::GetInterfaceStateForLog() noexcept {
+  try {
+    return GetInterfaceState();
+  } catch (const std::exception&) {
+    return -1;
+  }
+}
+
 std::uint32_t CWlanInterface::QueryChannel() {
   m_CurrentChannel = QueryWlanInterface_ForInt(wlan_intf_opcode_channel_number);
   return m_CurrentChannel;

@@ -251,7 +251,7 @@ void CWlanBssEntry::UpdateApCount() {
 }
 
 std::int32_t CWlanBssEntry::GetCandidate() {
-  if (!m_bss_scanned && m_unscanned_count != 0) {
+  if (IsOutOfScan()) {
     if (m_candidate_counter > 0) {
       LOG_ADAPTER(m_IfIndex, DBG(16) | DBG(17),
                   u"GetCandidate[%s, m_bss_scanned=%i, m_unscanned_count=%i]: CLEARING CANDIDATE %i --> 0\n",
@@ -265,7 +265,7 @@ std::int32_t CWlanBssEntry::GetCandidate() {
 
 std::int32_t CWlanBssEntry::IncrementCandidate(std::int32_t force) {
   constexpr std::uint64_t kLog = DBG(16) | DBG(17);
-  if (!m_bss_scanned && m_unscanned_count != 0) {
+  if (IsOutOfScan()) {
     m_candidate_counter = 0;
     LOG_ADAPTER(m_IfIndex, kLog,
                 u"IncrementCandidate[%s, m_bss_scanned=%i, m_unscanned_count=%i, force=%i]: CLEAR due to unscan\n",

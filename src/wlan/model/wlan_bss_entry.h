@@ -65,6 +65,7 @@ class CWlanBssEntry : public SmartObjEx<CWlanBssEntry, SmartObj<>> {
 
   // The candidate counter, after the rule that an entry missing from the newest scan has none.
   std::int32_t GetCandidate();
+  std::int32_t PeekCandidate() const { return IsOutOfScan() ? 0 : m_candidate_counter; }  // clears nothing
   std::int32_t IncrementCandidate(std::int32_t force);
   // Stored profile that may be used to connect, by its access mask.
   bool HasUsableProfile() const;
@@ -126,6 +127,8 @@ class CWlanBssEntry : public SmartObjEx<CWlanBssEntry, SmartObj<>> {
   }
 
  private:
+  // An entry that the newest scan missed has no standing as a candidate.
+  bool IsOutOfScan() const { return !m_bss_scanned && m_unscanned_count != 0; }
   void UpdateElements(const std::uint8_t* ies, std::uint32_t cbIEs);
   void ReadNoise(const CIEBlob& blob, bool* valid, bool* quiet) const;
   std::int32_t MaxRate(bool halved) const;

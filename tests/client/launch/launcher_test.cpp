@@ -150,6 +150,7 @@ TEST_F(LauncherTest, PromptAsApplicationGoesToTheInterpreter) {
 
   Session().SetCommandResult(0);
   EXPECT_FALSE(start(u"x\" & format c: & \"")) << "an SSID is no command";
+  EXPECT_FALSE(start(u"%PATH%")) << "nor a variable";
   EXPECT_TRUE(Session().TakeCommands().empty());
 }
 

@@ -1,4 +1,5 @@
 #include "select/policy/policy_fixture.h"
+#include "select/policy/policy_log.h"
 
 namespace corvane {
 namespace {
@@ -36,10 +37,30 @@ TEST_F(ChoiceTest, DeniedConnectionIsLeftAndTheDecisionWaitsTenSeconds) {
   EXPECT_EQ(wlan->calls, (Calls{"disconnect", "connect Home 02-00-00-00-00-02"}));
 }
 
+// The lines of the log ask for the state too; what they get decides nothing.
+TEST_F(ChoiceTest, DeniedConnectionIsLeftThoughTheStateCannotBeRead) {
+  g_DebugMask = kPolicyLog;
+  Connect("Office", 1);
+  Deny(u"[[\"Office\",\"any\"]]");
+  wlan->stateResult = platform::ERROR_GEN_FAILURE;
+  const auto before = kernel.Clock().GetTickCount64();
+  Round();
+  EXPECT_EQ(wlan->calls, Calls{"disconnect"});
+  EXPECT_EQ(kernel.Clock().GetTickCount64() - before, 3000u);
+}
+
+TEST_F(ChoiceTest, DenyRowHoldsForEverySpellingOfItsSsid) {
+  Deny(u"[[\"Lab\",\"any\"]]");
+  Add("Lab", 1, 50)->m_bDenied = true;
+  Add("LAB", 2, 60);
+  Rounds(4);
+  EXPECT_EQ(wlan->calls, Calls{}) << "it would be left and connected again without end";
+}
+
 TEST_F(ChoiceTest, DisabledAdapterKeepsADeniedConnectionAndAFailedDisconnectGoesOn) {
   Connect("Office", 1);
   Add("Office", 1, 50);
-  Deny(u"[[\"Office\",\"any\"]]");
+  Deny(u"[[\"Office\",\"02-00-00-00-00-01\"]]");
   config->m_Enabled = false;
   Round();
   EXPECT_EQ(wlan->calls, Calls{});

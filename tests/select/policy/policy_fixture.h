@@ -46,6 +46,8 @@ class PolicyWlan : public platform::WlanApi {
   std::map<MacAddress, std::string> names;         // SSID by BSSID
   std::vector<std::string> calls;                  // "connect <SSID> <BSSID>", "disconnect"
   platform::DWORD disconnectResult = platform::ERROR_SUCCESS;
+  platform::DWORD stateResult = platform::ERROR_SUCCESS;
+  platform::DWORD connectMs = 0;  // until a connect ends
   std::int32_t stateQueriesBeforeLoss = -1;  // then the state reads disconnected; -1 never
 
   static platform::GUID GuidOf(std::size_t adapter) {
@@ -81,6 +83,7 @@ class PolicyWlan : public platform::WlanApi {
                                      platform::LONG*) override {
     const Link& link = LinkOf(*adapter);
     if (opcode == platform::wlan_intf_opcode_interface_state) {
+      if (stateResult != platform::ERROR_SUCCESS) return stateResult;
       bool connected = link.connected;
       if (stateQueriesBeforeLoss >= 0 && stateQueriesBeforeLoss-- == 0) {
         connected = false;
@@ -116,6 +119,7 @@ class PolicyWlan : public platform::WlanApi {
       Link& link = LinkOf(*adapter);
       link = {true, ssid, bssid, link.quality};
     }
+    m_DelayMs = connectMs;
     Notify(*adapter, platform::wlan_notification_acm_connection_complete, ssid, reason);
     return platform::ERROR_SUCCESS;
   }
@@ -154,12 +158,14 @@ class PolicyWlan : public platform::WlanApi {
   }
   static platform::DWORD Deliver(void* self) {
     auto* wlan = static_cast<PolicyWlan*>(self);
+    if (const platform::DWORD delay = std::exchange(wlan->m_DelayMs, 0)) Os().threads.Sleep(delay);
     if (wlan->m_Callback) wlan->m_Callback(&wlan->m_Notification, wlan->m_Context);
     return 0;
   }
 
   platform::WLAN_NOTIFICATION_CALLBACK m_Callback = nullptr;
   void* m_Context = nullptr;
+  platform::DWORD m_DelayMs = 0;  // of the next notification
   platform::WLAN_CONNECTION_NOTIFICATION_DATA m_Connection;
   platform::WLAN_NOTIFICATION_DATA m_Notification;  // one at a time
 };

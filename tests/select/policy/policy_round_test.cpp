@@ -1,7 +1,9 @@
 #include <algorithm>
 
 #include "select/policy/candidate_list.h"
+#include "platform/sim/sim_session.h"
 #include "select/policy/policy_fixture.h"
+#include "select/policy/policy_log.h"
 
 namespace corvane {
 namespace {
@@ -208,6 +210,40 @@ TEST_F(PolicyRoundTest, RefusedOrderIsTriedThreeTimesTwoSecondsApart) {
   EXPECT_EQ(entry->m_connect_failed, 0);  // a person's wish is no statistic
   EXPECT_EQ(entry->m_last_reason_code, platform::WLAN_REASON_CODE_ASSOCIATION_FAILURE);
   EXPECT_EQ(Value(value::kConnectStatus), u"error");
+}
+
+TEST_F(PolicyRoundTest, OrderWithoutAProfileAsksTheUserAndClaimsNoConnection) {
+  const auto cafe = Add("Cafe", 3, 30), home = Add("Home", 2, 40);
+  cafe->m_GrantedAccess = platform::WLAN_READ_ACCESS;
+  const auto order = [&](const CSmartPointer<CWlanBssEntry>& entry, const char16_t* profile) {
+    config->SetUIConnectRequest({entry->m_SSIDW, entry->m_BSSIDText, profile, false});
+    wlan->calls.clear();
+    Round();
+    return wlan->calls.size();
+  };
+  EXPECT_EQ(order(cafe, u""), 0u);
+  EXPECT_EQ(kernel.Session().TakeCommands().size(), 1u);
+  EXPECT_EQ(Value(value::kConnectStatus), u"external");
+  EXPECT_EQ(Value(value::kConnectedBssid), u"");
+  EXPECT_EQ(cafe->m_connect_good, 0);
+  EXPECT_FALSE(cafe->m_ever_connected);
+  EXPECT_EQ(adapter->m_consec_disconnects, 0u) << "the order is carried out: no choice in this round";
+
+  wlan->connectMs = 100'000;
+  EXPECT_EQ(order(home, u""), 2u) << "the first try is given up after 90 s, and ends during the second";
+  Disconnect();
+  RunFor(std::chrono::seconds(100));
+  EXPECT_EQ(order(cafe, u"<xml/>"), 1u) << "without a stored profile there is no time-out";
+  EXPECT_EQ(cafe->m_connect_good, 1);
+}
+
+TEST_F(PolicyRoundTest, LogLinesLeaveTheCounterOfAnUnscannedEntry) {
+  g_DebugMask = kCandidateDetailLog;
+  const auto entry = Add("Office", 1, 50);
+  entry->m_bss_scanned = false;
+  entry->m_unscanned_count = entry->m_candidate_counter = 1;
+  Round();
+  EXPECT_EQ(entry->m_candidate_counter, 1);
 }
 
 TEST_F(PolicyRoundTest, AcceptedSuggestionIsConnectedOnce) {

@@ -1,4 +1,5 @@
 #include "select/policy/policy_fixture.h"
+#include "select/policy/policy_log.h"
 #include "telemetry/history/telemetry_memo.h"
 
 namespace corvane {
@@ -104,6 +105,13 @@ TEST_F(SwitchingTest, SwitchThatFailsAltogetherRestoresTheOldNetwork) {
   EXPECT_EQ(better->m_candidate_counter, 0);
   EXPECT_FALSE(HasReservation(2));
   EXPECT_EQ(Value(value::kConnectStatus), u"error");
+
+  g_DebugMask = kPolicyLog;  // whose lines ask for the state of each entry that is passed over
+  better->m_candidate_counter = 2;
+  const BssEntryList entries{better, Add("Home", 3, 60)};
+  const ConnectionFacts facts = Facts();
+  wlan->stateResult = platform::ERROR_GEN_FAILURE;
+  EXPECT_FALSE(CGlobalQUAYPolicy::SwitchConnectionToBest(adapter.get(), entries, 50, facts));
 }
 
 TEST_F(SwitchingTest, RestoreThatFailsEndsTheRound) {
@@ -237,6 +245,19 @@ TEST_F(SwitchingTest, FirstConnectTakesTheNextEntryAfterARefusal) {
   ASSERT_EQ(events.size(), 1u);
   EXPECT_EQ(events[0].substr(0, 52), "NewConnection|Score 50, 02-00-00-00-00-02, SQ 80, Ch");
   EXPECT_EQ(events[0].substr(events[0].size() - 5), "|None");
+
+  const auto again = [&] {
+    Disconnect();
+    adapter->m_consec_disconnects = 30;
+    wlan->calls.clear();
+    Round();
+    return wlan->calls.size();
+  };
+  EXPECT_EQ(again(), 1u) << "what is not available is not tried again";
+  first->m_last_reason_code = 0;
+  wlan->refusals[ApMac(1)] = platform::WLAN_REASON_CODE_ASSOCIATION_FAILURE;
+  EXPECT_EQ(again(), 2u);
+  EXPECT_EQ(again(), 2u) << "after any other reason it is";
 }
 
 TEST_F(SwitchingTest, WithoutAnEligibleEntryTheStatusSaysSo) {

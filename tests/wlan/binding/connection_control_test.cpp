@@ -1,4 +1,6 @@
+#include "core/foundation/utils.h"
 #include "platform/session_api.h"
+#include "platform/sim/sim_session.h"
 #include "wlan/binding/adapter_fixture.h"
 
 namespace corvane::test {
@@ -213,6 +215,20 @@ TEST_F(ConnectTest, WithoutAUsableProfileThePrompterIsAsked) {
   wlan.grantedAccess = WLAN_READ_ACCESS;
   Discover();
   EXPECT_NE(ConnectThrows(u"", false, 15000, u"Cafe", 3), "") << "a profile that may only be read";
+  EXPECT_TRUE(wlan.connects.empty());
+}
+
+TEST_F(ConnectTest, AsAServiceThePrompterIsStartedOnTheUsersDesktop) {
+  CUtils::GetInstance().SetRunningAsService(true);
+  StartDiscovered();
+  EXPECT_EQ(ConnectThrows(u"", false, 15000, u"Cafe", 3), "");
+  EXPECT_EQ(AdapterValue(u"ConnectStatus"), u"external");
+  const auto launches = kernel.Session().TakeLaunches();
+  ASSERT_EQ(launches.size(), 1u);
+  EXPECT_EQ(launches[0].commandLine.find(u"PassphraseDesk.exe 0 \"Cafe\" 02-11-22-33-44-03"), 0u);
+  kernel.Faults().FailCall("CreateProcessAsUserW", 1, ERROR_GEN_FAILURE);
+  EXPECT_EQ(ConnectThrows(u"", false, 15000, u"Cafe", 3),
+            "CWlanBssEntry::ConnectSynchronous() - StartPassphraseDeskAsUser() failed");
   EXPECT_TRUE(wlan.connects.empty());
 }
 

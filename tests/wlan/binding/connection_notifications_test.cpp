@@ -110,12 +110,15 @@ TEST_F(NotificationsTest, OwnCompletionsEndTheRoamingInhibitAndTheOverride) {
   auto& config = *adapter->Config();
   config.SetRoamingInhibit();
   config.m_bForcePopupOverride = true;
+  config.SetStatusMessage(kStatusNeedCredentials);
   CApSetMemo& suggested = config.m_Popup.GetMemo();
   suggested.Add(false, u"Office", MacText(Bssid(2)).c_str(), u"", u"", CApSetMemo::kNoFlag, 0);
   wlan.onConnect = [this](const WLAN_CONNECTION_PARAMETERS&) { wlan.PostConnection(100, kComplete, "Office"); };
   adapter->ConnectToNetwork(u"Office");
   EXPECT_EQ(config.GetRoamingInhibitTick(), 0u);
   EXPECT_FALSE(config.m_bForcePopupOverride);
+  EXPECT_EQ(AdapterValue(value::kStatusMessage), u"");
+  EXPECT_EQ(adapter->GetConnectedBssidIfWeInitiated(), Bssid(1)) << "where the platform's choice has led to";
   EXPECT_FALSE(suggested.HasNetwork(u"Office")) << "wherever a connect by name alone has led";
 }
 
@@ -158,16 +161,25 @@ TEST_F(NotificationsTest, ClientsAreToldOfOutsideChanges) {
   EXPECT_EQ(subscriber->told.back(), u"ConnectionChange/ExternalDisconnect");
   EXPECT_EQ(subscriber->last->m_Data4, u"Wireless adapter");
 
+  wlan.onConnect = [this](const WLAN_CONNECTION_PARAMETERS&) {
+    wlan.PostConnection(50, kGone, "Cafe");
+    wlan.PostConnection(100, kComplete, "Office");
+  };
+  adapter->ConnectToNetwork(u"Office");
+  RunFor(10ms);
+  EXPECT_EQ(subscriber->told.size(), 3u) << "the end of the old connection is told as any other";
+  EXPECT_EQ(subscriber->told.back(), u"ConnectionChange/ExternalDisconnect");
+
   wlan.onDisconnect = [this] { wlan.PostConnection(100, kGone, "Office"); };
   adapter->DisconnectSynchronous(u"test");
   RunFor(10ms);
-  EXPECT_EQ(subscriber->told.size(), 2u) << "the service's own change is told elsewhere";
+  EXPECT_EQ(subscriber->told.size(), 3u) << "the service's own change is told elsewhere";
 
   wlan.profiles[u"Cafe"] = u"<xml/>";
   adapter->RefreshProfiledAPList();
   adapter->RefreshProfiledAPList();
   RunFor(10ms);
-  EXPECT_EQ(subscriber->told.size(), 3u);
+  EXPECT_EQ(subscriber->told.size(), 4u);
   EXPECT_EQ(subscriber->told.back(), u"System/ProfiledNetworksJson");
   CNotificationManagerSingleton::GetInstance().Shutdown(1000);
 }

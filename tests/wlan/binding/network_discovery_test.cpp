@@ -10,6 +10,22 @@ using namespace platform;
 constexpr char16_t kHiddenXml[] =
     u"<WLANProfile><name>Attic</name><SSIDConfig><nonBroadcast>true</nonBroadcast></SSIDConfig></WLANProfile>";
 
+// Traffic counters that read what the test sets: half of it sent, half received.
+class Counters : public PerfCounterApi {
+ public:
+  PDH_STATUS PdhOpenQueryW(LPCWSTR, std::uintptr_t, PDH_HQUERY* query) override { return *query = this, 0; }
+  PDH_STATUS PdhAddCounterW(PDH_HQUERY, LPCWSTR, std::uintptr_t, PDH_HCOUNTER* counter) override {
+    return *counter = this, 0;
+  }
+  PDH_STATUS PdhCollectQueryData(PDH_HQUERY) override { return 0; }
+  PDH_STATUS PdhGetFormattedCounterValue(PDH_HCOUNTER, DWORD, DWORD*, PDH_FMT_COUNTERVALUE* value) override {
+    return value->doubleValue = mbps * 125'000 / 2, 0;
+  }
+  PDH_STATUS PdhRemoveCounter(PDH_HCOUNTER) override { return 0; }
+  PDH_STATUS PdhCloseQuery(PDH_HQUERY) override { return 0; }
+  double mbps = 0.0;
+};
+
 class DiscoveryTest : public AdapterTest {
  protected:
   DiscoveryTest() {
@@ -17,6 +33,14 @@ class DiscoveryTest : public AdapterTest {
     wlan.entries = {{"Office", Bssid(1)}, {"Office", Bssid(2), 40}, {"Cafe", Bssid(3), 30, 2437000}};
     wlan.profiles[u"Office"] = u"<xml/>";
   }
+  // Scans of a discovery that nobody forces, so much later.
+  std::size_t ScansAfter(std::chrono::seconds time) {
+    RunFor(time);
+    const std::size_t before = wlan.scans.size();
+    Discover(false);
+    return wlan.scans.size() - before;
+  }
+  Counters& counters = Install<Counters>();
 };
 
 TEST_F(DiscoveryTest, ScansAndMergesBothLists) {
@@ -107,6 +131,39 @@ TEST_F(DiscoveryTest, ScanThatFailsOrNeverEndsLeavesTheLists) {
 
   wlan.onScan = nullptr;
   EXPECT_EQ(Discover(), 1) << "and the next one is not ended by the late signal";
+  EXPECT_TRUE(adapter->IsScanFresh());
+  wlan.onScan = [](const DOT11_SSID*) {};
+  counters.mbps = 2.0;
+  Discover();
+  EXPECT_FALSE(adapter->IsScanFresh()) << "what is there is of the round before";
+  EXPECT_DOUBLE_EQ(adapter->GetTrafficMbps(), 2.0) << "the traffic is that of now";
+}
+
+TEST_F(DiscoveryTest, ThreeScansHeldBackByTrafficMakeTheNextQuietRoundScan) {
+  StartConnected("Office", Bssid(1));
+  CGlobalConfigContainer::GetInstance().m_bULScan = false;
+  adapter->Config()->m_ScanInterval = 10;
+  for (const int held : {2, 3}) {
+    counters.mbps = 1.5;
+    Discover();
+    for (int i = 1; i <= held; ++i) {
+      if (i == held) counters.mbps = 0.05;  // read at the end of the round
+      EXPECT_EQ(ScansAfter(12s), 0u) << i;
+    }
+    EXPECT_EQ(ScansAfter(1s), held == 3 ? 1u : 0u);
+  }
+  EXPECT_EQ(ScansAfter(1s), 0u) << "the count starts anew";
+}
+
+TEST_F(DiscoveryTest, LongIntervalKeepsItsClockWhileTrafficHoldsTheScanBack) {
+  StartConnected("Office", Bssid(1));
+  CGlobalConfigContainer::GetInstance().m_bULScan = false;
+  adapter->Config()->m_ScanInterval = 300;
+  counters.mbps = 0.05;
+  Discover();
+  EXPECT_EQ(ScansAfter(319s), 0u) << "the scan itself took a second";
+  EXPECT_EQ(ScansAfter(39s), 0u);
+  EXPECT_EQ(ScansAfter(1s), 1u) << "a minute after it was due";
 }
 
 TEST_F(DiscoveryTest, FailedScanEndEndsTheWait) {
