@@ -9,16 +9,11 @@
 namespace corvane::singletons {
 namespace {
 
-// The thread that makes a singleton, told by the address of a variable of its own; null for none.
+// The id of the thread that makes a singleton; 0 for none.
 // Constructors may call the platform, where another thread may come in, so a waiting thread waits by
 // the platform too.
-std::atomic<const void*> s_Maker{nullptr};
+std::atomic<platform::DWORD> s_Maker{0};
 int s_Depth = 0;  // of the making thread
-
-const void* ThisThread() {
-  thread_local char here;
-  return &here;
-}
 
 std::vector<void (*)()>& Drops() {
   static auto& drops = *new std::vector<void (*)()>;
@@ -36,19 +31,19 @@ void (*TakeLast())() {
 }  // namespace
 
 CreationGuard::CreationGuard() {
-  const void* const self = ThisThread();
+  const platform::DWORD self = Os().threads.GetCurrentThreadId();
   if (s_Maker.load(std::memory_order_acquire) != self) {
-    const void* nobody = nullptr;
+    platform::DWORD nobody = 0;
     while (!s_Maker.compare_exchange_weak(nobody, self, std::memory_order_acquire)) {
-      if (nobody) Os().threads.Sleep(1);
-      nobody = nullptr;
+      if (nobody != 0) Os().threads.Sleep(1);
+      nobody = 0;
     }
   }
   ++s_Depth;
 }
 
 CreationGuard::~CreationGuard() {
-  if (--s_Depth == 0) s_Maker.store(nullptr, std::memory_order_release);
+  if (--s_Depth == 0) s_Maker.store(0, std::memory_order_release);
 }
 
 void Register(void (*drop)()) {

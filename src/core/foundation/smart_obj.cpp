@@ -1,7 +1,9 @@
 #include "core/foundation/smart_obj.h"
 
-#include <map>
+#include <algorithm>
+#include <functional>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "core/foundation/spin_lock.h"
@@ -19,8 +21,8 @@ namespace {
 CSpinLock s_Lock;
 
 // Never destroyed: objects may outlive every static.
-std::map<const void*, const char*>& Map() {
-  static auto& map = *new std::map<const void*, const char*>;
+std::unordered_map<const void*, const char*>& Map() {
+  static auto& map = *new std::unordered_map<const void*, const char*>;
   return map;
 }
 
@@ -54,6 +56,7 @@ void ForEach(void (*visit)(const Entry& entry, void* context), void* context) {
     const CSpinLockGuard guard(s_Lock);
     for (const auto& [object, name] : Map()) entries.push_back({object, name});
   }
+  std::ranges::sort(entries, std::less<const void*>(), &Entry::object);
   for (const Entry& entry : entries) visit(entry, context);
 }
 

@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
-#include <system_error>
+#include <new>
 #include <tuple>
 #include <utility>
 
@@ -41,6 +41,7 @@ Scheduler::Scheduler(std::uint64_t seed, bool interleave)
   driver->id = m_LastId += 4;
   driver->name = "driver";
   driver->state = SimThread::State::kRunning;
+  driver->fiber = std::make_unique<Fiber>();
   m_pRunning = driver.get();
   m_Threads.push_back(std::move(driver));
 
@@ -53,15 +54,10 @@ Scheduler::Scheduler(std::uint64_t seed, bool interleave)
   }
 }
 
+// What a thread that has not ended holds stays: nobody can unwind it.
 Scheduler::~Scheduler() {
   for (auto& thread : m_Threads) {
-    if (!thread->thread.joinable()) continue;
-    if (thread->state == SimThread::State::kEnded) {
-      thread->thread.join();
-    } else {
-      thread->thread.detach();
-      (void)thread.release();  // it sleeps on its baton for ever
-    }
+    if (thread->state != SimThread::State::kEnded && !IsDriver(*thread)) (void)thread.release();
   }
 }
 
@@ -95,10 +91,11 @@ SimThread* Scheduler::Start(ThreadApi::ThreadProc start, void* parameter, const 
   thread->start = start;
   thread->parameter = parameter;
   thread->abandoned = m_bBroken;
+  thread->scheduler = this;
   SimThread* record = thread.get();
   try {
-    thread->thread = std::thread([this, record] { RunThread(*record); });
-  } catch (const std::system_error&) {
+    thread->fiber = std::make_unique<Fiber>(&RunThread, record);
+  } catch (const std::bad_alloc&) {
     return nullptr;
   }
   m_Threads.push_back(std::move(thread));
@@ -106,8 +103,16 @@ SimThread* Scheduler::Start(ThreadApi::ThreadProc start, void* parameter, const 
   return record;
 }
 
-void Scheduler::RunThread(SimThread& thread) {
-  thread.baton->Take();
+void Scheduler::RunThread(void* record) {
+  SimThread& thread = *static_cast<SimThread*>(record);
+  Scheduler& self = *thread.scheduler;
+  const DWORD exitCode = self.RunToItsEnd(thread);
+  thread.state = SimThread::State::kEnded;
+  if (self.m_pThreadEnd) self.m_pThreadEnd->OnThreadEnd(thread, exitCode);
+  for (;;) self.HandOver(thread, self.PickNext());
+}
+
+DWORD Scheduler::RunToItsEnd(SimThread& thread) {
   DWORD exitCode = 0;
   std::string failure;
   try {  // also of a thread given up before it began: what it was handed is its own to free
@@ -123,18 +128,13 @@ void Scheduler::RunThread(SimThread& thread) {
   }
   if (!failure.empty()) Report("A thread ended by " + failure + ": " + Describe(thread));
   if (!thread.held.empty() && !m_bBroken) Report("A thread ended with locks: " + Describe(thread));
-  thread.state = SimThread::State::kEnded;
-  if (m_pThreadEnd) m_pThreadEnd->OnThreadEnd(thread, exitCode);
-  HandOver(PickNext());
+  return exitCode;
 }
 
-// Joins the threads that have ended: each has given the baton away as its last act.
+// Drops the threads that have ended: each has given the baton away as its last act.
 void Scheduler::Reap() {
-  std::erase_if(m_Threads, [](const auto& thread) {
-    if (thread->state != SimThread::State::kEnded) return false;
-    thread->thread.join();
-    return true;
-  });
+  std::erase_if(m_Threads,
+                [](const auto& thread) { return thread->state == SimThread::State::kEnded; });
 }
 
 Wake Scheduler::Block(std::uint64_t deadline, const IWaitText& what, bool abandonable,
@@ -183,16 +183,15 @@ void Scheduler::SwitchFrom(SimThread& self) {
     self.state = SimThread::State::kRunning;
     return;
   }
-  HandOver(next);
-  self.baton->Take();
+  HandOver(self, next);
 }
 
-void Scheduler::HandOver(SimThread& next) {
+// Returns when the baton comes back to `self`.
+void Scheduler::HandOver(SimThread& self, SimThread& next) {
   next.state = SimThread::State::kRunning;
   m_pRunning = &next;
   m_Fingerprint = (m_Fingerprint ^ next.id ^ m_NowMs << 16) * 0x100000001B3;
-  const std::shared_ptr<Baton> baton = next.baton;
-  baton->Give();
+  self.fiber->SwitchTo(*next.fiber);
 }
 
 SimThread& Scheduler::PickNext() {
@@ -265,8 +264,7 @@ void Scheduler::ReportSpinning() {
 void Scheduler::Park() {
   SimThread& self = *m_pRunning;
   self.state = SimThread::State::kParked;
-  HandOver(PickNext());
-  for (;;) self.baton->Take();
+  for (;;) HandOver(self, PickNext());
 }
 
 void Scheduler::ThrowAbandoned() {

@@ -1,42 +1,17 @@
 #pragma once
-#include <condition_variable>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <string>
-#include <thread>
 #include <vector>
 
+#include "platform/sim/fiber.h"
 #include "platform/sim/seeded_random.h"
 #include "platform/thread_api.h"
 
 namespace corvane::platform::sim {
 
+class Scheduler;
 struct KernelObject;
-
-// The right to run, as one thread waits for it. Woken directly, by whoever hands it over. The giver
-// wakes outside the mutex, which halves the cost of a hand-over; so it holds the baton's memory, as
-// the thread that it woke may have ended by then.
-class Baton {
- public:
-  void Give() {
-    {
-      std::lock_guard lock(m_Mutex);
-      m_bGiven = true;
-    }
-    m_Signal.notify_one();
-  }
-  void Take() {
-    std::unique_lock lock(m_Mutex);
-    while (!m_bGiven) m_Signal.wait(lock);
-    m_bGiven = false;
-  }
-
- private:
-  std::mutex m_Mutex;
-  std::condition_variable m_Signal;
-  bool m_bGiven = false;
-};
 
 // Why a blocked thread runs again.
 enum class Wake {
@@ -64,7 +39,6 @@ struct SimThread {
   const char* name = "";
   bool ofDevices = false;  // belongs to the machine, not to the program
   State state = State::kReady;
-  std::shared_ptr<Baton> baton = std::make_shared<Baton>();
 
   // While it waits.
   std::uint64_t deadline = kNever;  // ms of the PC
@@ -83,12 +57,13 @@ struct SimThread {
 
   ThreadApi::ThreadProc start = nullptr;
   void* parameter = nullptr;
-  std::thread thread;
+  Scheduler* scheduler = nullptr;
+  std::unique_ptr<Fiber> fiber;
 };
 
-// Runs real threads one at a time, in virtual time. The thread that makes the scheduler is the
-// driving thread; it and the threads that it starts hand one baton around, so whoever runs may
-// touch all state of the kernel without a lock. The baton is given up in Block and Yield and, with
+// Runs threads one at a time, in virtual time, each as a fiber. The thread that makes the scheduler
+// is the driving thread; it and the threads that it starts hand one baton around, so whoever runs
+// may touch all state of the kernel without a lock. The baton is given up in Block and Yield and, with
 // interleaving, in Call. When no thread is ready the clock jumps to the next deadline.
 class Scheduler {
  public:
@@ -169,13 +144,14 @@ class Scheduler {
   std::string DescribeAll() const;                      // a line for each thread
 
  private:
-  void RunThread(SimThread& thread);
+  [[noreturn]] static void RunThread(void* thread);
+  DWORD RunToItsEnd(SimThread& thread);
   SimThread& PickNext();
   SimThread* TakeReady();
   std::uint64_t EarliestDeadline() const;
   void JumpTo(std::uint64_t time);
   void SwitchFrom(SimThread& self);
-  void HandOver(SimThread& next);
+  void HandOver(SimThread& self, SimThread& next);
   void Interleave();
   void ReportSpinning();
   [[noreturn]] void Park();

@@ -14,8 +14,11 @@ class SeededRandom {
     z = (z ^ (z >> 27)) * 0x94D049BB133111EB;
     return z ^ (z >> 31);
   }
-  // 0 to limit - 1; limit is at least 1.
-  std::uint64_t Below(std::uint64_t limit) { return Next() % limit; }
+  // 0 to limit - 1; limit is at least 1. Mostly it is a power of two, which takes no division.
+  std::uint64_t Below(std::uint64_t limit) {
+    const std::uint64_t next = Next();
+    return (limit & (limit - 1)) == 0 ? next & (limit - 1) : next % limit;
+  }
   // 0 (included) to 1 (not included).
   double Unit() { return static_cast<double>(Next() >> 11) * 0x1p-53; }
 

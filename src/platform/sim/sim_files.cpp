@@ -117,11 +117,9 @@ BOOL SimFiles::WriteFile(HANDLE file, const void* data, DWORD size, DWORD* writt
   if (!(handle->access & (GENERIC_WRITE | FILE_APPEND_DATA))) return Fail(ERROR_ACCESS_DENIED);
   std::string& bytes = handle->node->bytes;
   if (!(handle->access & GENERIC_WRITE)) handle->position = bytes.size();
-  const std::size_t end = handle->position + size;
-  if (bytes.size() < end) bytes.resize(end);
-  std::copy_n(static_cast<const char*>(data), size,
-              bytes.begin() + static_cast<std::ptrdiff_t>(handle->position));
-  handle->position = end;
+  if (bytes.size() < handle->position) bytes.resize(handle->position);
+  bytes.replace(handle->position, size, static_cast<const char*>(data), size);
+  handle->position += size;
   if (written) *written = size;
   return TRUE;
 }
@@ -165,8 +163,7 @@ DWORD SimFiles::Copy(std::u16string_view from, std::u16string_view to, bool fail
   if (target && failIfExists) return ERROR_FILE_EXISTS;
   if (target && target->handles > 0) return ERROR_SHARING_VIOLATION;
   if (!HasParent(to)) return ERROR_PATH_NOT_FOUND;
-  const std::string bytes = source->bytes;
-  Write(to, bytes);
+  Write(to, source->bytes);
   return ERROR_SUCCESS;
 }
 

@@ -7,11 +7,14 @@ namespace corvane::platform::sim {
 
 std::vector<SimInterface> InterfacesOf(SimMachine& machine, const SimWlanAdapters& adapters,
                                        SimTraffic& traffic) {
+  static const IpSettings kNone;
   std::vector<SimInterface> interfaces;
+  interfaces.reserve(adapters.size() + machine.world.otherAdapters.size());
   for (const auto& wireless : adapters) {
     const Adapter& data = wireless->Data();
     if (!data.present) continue;
-    SimInterface face;
+    SimInterface& face = interfaces.emplace_back();
+    face.ip = &kNone;
     face.guid = data.guid;
     face.description = data.description;
     face.friendlyName = data.connectionName;
@@ -22,15 +25,15 @@ std::vector<SimInterface> InterfacesOf(SimMachine& machine, const SimWlanAdapter
     if (const SimWlanAdapter::Link* link = wireless->Connection()) {
       face.up = true;
       face.network = machine.NetworkOf(link->accessPoint);
-      face.ip = machine.world.networks[*face.network].ip;
+      face.ip = &machine.world.networks[*face.network].ip;
       const WLAN_CONNECTION_ATTRIBUTES attributes = ConnectionAttributes(machine, *wireless);
       face.linkMbps = attributes.wlanAssociationAttributes.ulTxRate / 1000.0;
     }
-    interfaces.push_back(std::move(face));
   }
   for (const OtherAdapter& other : machine.world.otherAdapters) {
     if (!other.present) continue;
-    SimInterface face;
+    SimInterface& face = interfaces.emplace_back();
+    face.ip = &kNone;
     face.guid = other.guid;
     face.description = other.description;
     face.friendlyName = other.friendlyName;
@@ -41,10 +44,9 @@ std::vector<SimInterface> InterfacesOf(SimMachine& machine, const SimWlanAdapter
     face.mtu = other.mtu;
     if (other.up) {
       face.linkMbps = other.linkMbps;
-      face.ip = other.ip;
+      face.ip = &other.ip;
       if (other.network >= 0) face.network = static_cast<std::size_t>(other.network);
     }
-    interfaces.push_back(std::move(face));
   }
   return interfaces;
 }

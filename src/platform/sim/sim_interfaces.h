@@ -1,7 +1,7 @@
 #pragma once
 #include <memory>
 #include <optional>
-#include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/sim/sim_traffic.h"
@@ -9,18 +9,19 @@
 
 namespace corvane::platform::sim {
 
-// A network interface of the machine as the IP helper and the network list see it.
+// A network interface of the machine as the IP helper and the network list see it. It points into
+// the world, and lasts as long as the devices' lock is held.
 struct SimInterface {
   GUID guid;
-  std::u16string description;
-  std::u16string friendlyName;
+  std::u16string_view description;
+  std::u16string_view friendlyName;
   DWORD ifIndex = 0;
   DWORD ifType = 0;
   bool up = false;
   Mac mac{};
   DWORD mtu = 1500;
   double linkMbps = 0.0;
-  IpSettings ip;                       // empty while it is down
+  const IpSettings* ip = nullptr;      // never null; empty while it is down
   std::optional<std::size_t> network;  // of the world, while it is up
   TrafficTotals totals;
 };

@@ -1,7 +1,7 @@
 #include "platform/sim/sim_ip_helper.h"
 
 #include <algorithm>
-#include <cstdio>
+#include <charconv>
 #include <cstdlib>
 #include <cstring>
 #include <new>
@@ -19,15 +19,15 @@ constexpr DWORD kOperational = 5;        // MIB_IF_OPER_STATUS_OPERATIONAL
 constexpr DWORD kNonOperational = 0;     // MIB_IF_OPER_STATUS_NON_OPERATIONAL
 constexpr DWORD kReachable = 5;          // NlnsReachable
 
-// Hands out the parts of the caller's buffer one behind the other, each aligned. Without a buffer it
-// only counts.
+// Hands out the parts of the caller's buffer one behind the other, each aligned. What has no room any
+// more is null, and counted.
 class Arena {
  public:
-  explicit Arena(void* base) : m_pBase(static_cast<BYTE*>(base)) {}
+  Arena(void* base, std::size_t size) : m_pBase(static_cast<BYTE*>(base)), m_Size(base ? size : 0) {}
   void* Take(std::size_t bytes) {
-    void* at = m_pBase ? m_pBase + m_Used : nullptr;
+    const std::size_t from = m_Used;
     m_Used += (bytes + 7) / 8 * 8;
-    return at;
+    return m_Used <= m_Size ? m_pBase + from : nullptr;
   }
   template <class T>
   T* Make() {
@@ -46,6 +46,7 @@ class Arena {
 
  private:
   BYTE* m_pBase;
+  std::size_t m_Size;
   std::size_t m_Used = 0;
 };
 
@@ -86,15 +87,15 @@ void MakeAdapters(Arena& arena, const std::vector<SimInterface>& interfaces, ULO
   IP_ADAPTER_ADDRESSES* last = nullptr;
   for (const SimInterface& face : interfaces) {
     auto* adapter = arena.Make<IP_ADAPTER_ADDRESSES>();
-    IP_ADAPTER_ADDRESSES measured;  // takes the pointers when there is no buffer
+    IP_ADAPTER_ADDRESSES measured;  // takes the pointers when there is no room
     IP_ADAPTER_ADDRESSES& out = adapter ? *adapter : measured;
     out.AdapterName = arena.Text<char>(ToUtf8(GuidText(face.guid)));
-    out.DnsSuffix = arena.Text<char16_t>(face.ip.dnsSuffix);
+    out.DnsSuffix = arena.Text<char16_t>(face.ip->dnsSuffix);
     out.Description = arena.Text<char16_t>(face.description);
     out.FriendlyName = arena.Text<char16_t>(face.friendlyName);
-    MakeList(arena, face.ip.unicast, family, &out.FirstUnicastAddress);
+    MakeList(arena, face.ip->unicast, family, &out.FirstUnicastAddress);
     if ((flags & GAA_FLAG_INCLUDE_GATEWAYS) != 0) {
-      MakeList(arena, face.ip.gateways, family, &out.FirstGatewayAddress);
+      MakeList(arena, face.ip->gateways, family, &out.FirstGatewayAddress);
     }
     out.IfIndex = out.Ipv6IfIndex = face.ifIndex;
     out.IfType = face.ifType;
@@ -109,22 +110,33 @@ void MakeAdapters(Arena& arena, const std::vector<SimInterface>& interfaces, ULO
 }
 
 void PutDotted(const BYTE* bytes, char (&out)[16]) {
-  std::snprintf(out, sizeof out, "%d.%d.%d.%d", bytes[0], bytes[1], bytes[2], bytes[3]);
+  char* at = out;
+  for (int i = 0; i < 4; ++i) {
+    if (i > 0) *at++ = '.';
+    at = std::to_chars(at, std::end(out), bytes[i]).ptr;
+  }
+  *at = 0;
+}
+
+template <std::size_t N>
+void PutText(std::u16string_view text, char (&out)[N]) {
+  const std::string narrow = ToUtf8(text);
+  out[narrow.copy(out, N - 1)] = 0;
 }
 
 // Where the list has no address of its own, the first record says 0.0.0.0.
 void MakeStrings(Arena& arena, const std::vector<IpAddress>& addresses, IP_ADDR_STRING* first) {
-  std::snprintf(first->IpAddress, sizeof first->IpAddress, "0.0.0.0");
-  std::snprintf(first->IpMask, sizeof first->IpMask, "0.0.0.0");
+  constexpr BYTE kNone[4] = {};
+  PutDotted(kNone, first->IpAddress);
+  PutDotted(kNone, first->IpMask);
   IP_ADDR_STRING* last = nullptr;
   IP_ADDR_STRING measured;
   for (const IpAddress& address : addresses) {
     if (address.family != IpAddress::kV4) continue;
     IP_ADDR_STRING* record = first;
     if (last) {
-      record = arena.Make<IP_ADDR_STRING>();
+      record = last->Next = arena.Make<IP_ADDR_STRING>();
       if (!record) record = &measured;
-      last->Next = record;
     }
     PutDotted(address.bytes.data(), record->IpAddress);
     const std::uint64_t bits = 0xFFFFFFFF00000000u >> std::clamp(address.prefix, 0, 32);
@@ -141,33 +153,30 @@ void MakeInfos(Arena& arena, const std::vector<SimInterface>& interfaces) {
     auto* info = arena.Make<IP_ADAPTER_INFO>();
     IP_ADAPTER_INFO measured;
     IP_ADAPTER_INFO& out = info ? *info : measured;
-    std::snprintf(out.AdapterName, sizeof out.AdapterName, "%s", ToUtf8(GuidText(face.guid)).c_str());
-    std::snprintf(out.Description, sizeof out.Description, "%s", ToUtf8(face.description).c_str());
+    PutText(GuidText(face.guid), out.AdapterName);
+    PutText(face.description, out.Description);
     out.AddressLength = static_cast<DWORD>(face.mac.size());
     std::ranges::copy(face.mac, out.Address);
     out.ComboIndex = out.Index = face.ifIndex;
     out.Type = face.ifType;
-    out.DhcpEnabled = face.ip.dhcp ? 1 : 0;
-    MakeStrings(arena, face.ip.unicast, &out.IpAddressList);
-    MakeStrings(arena, face.ip.gateways, &out.GatewayList);
+    out.DhcpEnabled = face.ip->dhcp ? 1 : 0;
+    MakeStrings(arena, face.ip->unicast, &out.IpAddressList);
+    MakeStrings(arena, face.ip->gateways, &out.GatewayList);
     if (last) last->Next = info;
     last = info;
   }
 }
 
-// Writes a list with `make(arena)` when the caller's buffer is large enough.
+// Writes a list with `make(arena)` into the caller's buffer. One that is too small is left with a
+// part of it.
 template <class Make>
 ULONG Write(void* buffer, ULONG* size, bool empty, Make&& make) {
   if (empty) return ERROR_NO_DATA;
-  Arena measure(nullptr);
-  make(measure);
-  const auto needed = static_cast<ULONG>(measure.Used());
-  const bool fits = buffer && *size >= needed;
-  *size = needed;
-  if (!fits) return ERROR_BUFFER_OVERFLOW;
-  Arena arena(buffer);
+  const std::size_t room = buffer ? *size : 0;
+  Arena arena(buffer, room);
   make(arena);
-  return ERROR_SUCCESS;
+  *size = static_cast<ULONG>(arena.Used());
+  return arena.Used() <= room ? ERROR_SUCCESS : ERROR_BUFFER_OVERFLOW;
 }
 
 MIB_IPNET_ROW2 NeighbourRow(const Neighbour& neighbour, DWORD ifIndex) {
@@ -190,65 +199,67 @@ MIB_IPNET_ROW2 NeighbourRow(const Neighbour& neighbour, DWORD ifIndex) {
 
 }  // namespace
 
-std::vector<SimInterface> SimIpHelper::Interfaces() {
-  return m_Machine.loop.WithLock([&] { return InterfacesOf(m_Machine, m_Adapters, m_Traffic); });
-}
-
 DWORD SimIpHelper::GetIfTable(MIB_IFTABLE* table, ULONG* size, BOOL order) {
   if (const DWORD code = m_Gate.Enter("GetIfTable"); code != ERROR_SUCCESS) return code;
   if (!size) return ERROR_INVALID_PARAMETER;
-  std::vector<SimInterface> interfaces = Interfaces();
-  if (order) std::ranges::stable_sort(interfaces, {}, &SimInterface::ifIndex);
-  const std::size_t needed =
-      std::max(sizeof(MIB_IFTABLE), offsetof(MIB_IFTABLE, table) + interfaces.size() * sizeof(MIB_IFROW));
-  const bool fits = table && *size >= needed;
-  *size = static_cast<ULONG>(needed);
-  if (!fits) return ERROR_INSUFFICIENT_BUFFER;
-  table->dwNumEntries = static_cast<DWORD>(interfaces.size());
-  for (std::size_t i = 0; i < interfaces.size(); ++i) {
-    const SimInterface& face = interfaces[i];
-    MIB_IFROW row;
-    CopyText(u"\\DEVICE\\TCPIP_" + GuidText(face.guid), row.wszName, std::size(row.wszName));
-    row.dwIndex = face.ifIndex;
-    row.dwType = face.ifType;
-    row.dwMtu = face.mtu;
-    row.dwSpeed = static_cast<DWORD>(std::min(face.linkMbps * 1e6, 4294967295.0));
-    row.dwPhysAddrLen = static_cast<DWORD>(face.mac.size());
-    std::ranges::copy(face.mac, row.bPhysAddr);
-    row.dwAdminStatus = kAdminUp;
-    row.dwOperStatus = face.up ? kOperational : kNonOperational;
-    row.dwInOctets = static_cast<DWORD>(static_cast<std::uint64_t>(face.totals.inBytes));
-    row.dwOutOctets = static_cast<DWORD>(static_cast<std::uint64_t>(face.totals.outBytes));
-    row.dwInErrors = static_cast<DWORD>(static_cast<std::uint64_t>(face.totals.inErrors));
-    row.dwOutErrors = static_cast<DWORD>(static_cast<std::uint64_t>(face.totals.outErrors));
-    const std::string description = ToUtf8(face.description);
-    const std::size_t length = std::min(description.size(), std::size(row.bDescr) - 1);
-    std::copy_n(description.begin(), length, row.bDescr);
-    row.dwDescrLen = static_cast<DWORD>(length + 1);
-    std::memcpy(reinterpret_cast<BYTE*>(table) + offsetof(MIB_IFTABLE, table) + i * sizeof row, &row,
-                sizeof row);
-  }
-  return ERROR_SUCCESS;
+  return m_Machine.loop.WithLock([&]() -> DWORD {
+    std::vector<SimInterface> interfaces = Interfaces();
+    if (order) std::ranges::stable_sort(interfaces, {}, &SimInterface::ifIndex);
+    const std::size_t needed =
+        std::max(sizeof(MIB_IFTABLE), offsetof(MIB_IFTABLE, table) + interfaces.size() * sizeof(MIB_IFROW));
+    const bool fits = table && *size >= needed;
+    *size = static_cast<ULONG>(needed);
+    if (!fits) return ERROR_INSUFFICIENT_BUFFER;
+    table->dwNumEntries = static_cast<DWORD>(interfaces.size());
+    for (std::size_t i = 0; i < interfaces.size(); ++i) {
+      const SimInterface& face = interfaces[i];
+      MIB_IFROW row;
+      CopyText(u"\\DEVICE\\TCPIP_" + GuidText(face.guid), row.wszName, std::size(row.wszName));
+      row.dwIndex = face.ifIndex;
+      row.dwType = face.ifType;
+      row.dwMtu = face.mtu;
+      row.dwSpeed = static_cast<DWORD>(std::min(face.linkMbps * 1e6, 4294967295.0));
+      row.dwPhysAddrLen = static_cast<DWORD>(face.mac.size());
+      std::ranges::copy(face.mac, row.bPhysAddr);
+      row.dwAdminStatus = kAdminUp;
+      row.dwOperStatus = face.up ? kOperational : kNonOperational;
+      row.dwInOctets = static_cast<DWORD>(static_cast<std::uint64_t>(face.totals.inBytes));
+      row.dwOutOctets = static_cast<DWORD>(static_cast<std::uint64_t>(face.totals.outBytes));
+      row.dwInErrors = static_cast<DWORD>(static_cast<std::uint64_t>(face.totals.inErrors));
+      row.dwOutErrors = static_cast<DWORD>(static_cast<std::uint64_t>(face.totals.outErrors));
+      const std::string description = ToUtf8(face.description);
+      const std::size_t length = std::min(description.size(), std::size(row.bDescr) - 1);
+      std::copy_n(description.begin(), length, row.bDescr);
+      row.dwDescrLen = static_cast<DWORD>(length + 1);
+      std::memcpy(reinterpret_cast<BYTE*>(table) + offsetof(MIB_IFTABLE, table) + i * sizeof row, &row,
+                  sizeof row);
+    }
+    return ERROR_SUCCESS;
+  });
 }
 
 ULONG SimIpHelper::GetAdaptersAddresses(ULONG family, ULONG flags, void*,
                                         IP_ADAPTER_ADDRESSES* addresses, ULONG* size) {
   if (const DWORD code = m_Gate.Enter("GetAdaptersAddresses"); code != ERROR_SUCCESS) return code;
   if (!size) return ERROR_INVALID_PARAMETER;
-  const std::vector<SimInterface> interfaces = Interfaces();
-  return Write(addresses, size, interfaces.empty(),
-               [&](Arena& arena) { MakeAdapters(arena, interfaces, family, flags); });
+  return m_Machine.loop.WithLock([&] {
+    const std::vector<SimInterface> interfaces = Interfaces();
+    return Write(addresses, size, interfaces.empty(),
+                 [&](Arena& arena) { MakeAdapters(arena, interfaces, family, flags); });
+  });
 }
 
 ULONG SimIpHelper::GetAdaptersInfo(IP_ADAPTER_INFO* info, ULONG* size) {
   if (const DWORD code = m_Gate.Enter("GetAdaptersInfo"); code != ERROR_SUCCESS) return code;
   if (!size) return ERROR_INVALID_PARAMETER;
-  std::vector<SimInterface> interfaces = Interfaces();
-  std::erase_if(interfaces, [](const SimInterface& face) {
-    return face.ifType == kLoopback || face.ifType == IF_TYPE_TUNNEL;
+  return m_Machine.loop.WithLock([&] {
+    std::vector<SimInterface> interfaces = Interfaces();
+    std::erase_if(interfaces, [](const SimInterface& face) {
+      return face.ifType == kLoopback || face.ifType == IF_TYPE_TUNNEL;
+    });
+    return Write(info, size, interfaces.empty(),
+                 [&](Arena& arena) { MakeInfos(arena, interfaces); });
   });
-  return Write(info, size, interfaces.empty(),
-               [&](Arena& arena) { MakeInfos(arena, interfaces); });
 }
 
 // Each network that somebody is on shows its hosts, behind the rows that always stand there.
@@ -262,7 +273,7 @@ DWORD SimIpHelper::GetIpNetTable2(WORD family, MIB_IPNET_TABLE2** table) {
       rows.push_back(NeighbourRow(neighbour, ifIndex));
     };
     for (const Neighbour& neighbour : m_Machine.world.neighbours) add(neighbour, 0);
-    for (const SimInterface& face : InterfacesOf(m_Machine, m_Adapters, m_Traffic)) {
+    for (const SimInterface& face : Interfaces()) {
       if (!face.network) continue;
       for (const Neighbour& neighbour : m_Machine.world.networks[*face.network].neighbours) {
         add(neighbour, face.ifIndex);

@@ -20,7 +20,7 @@ class SimIpHelper final : public IpHelperApi {
   void FreeMibTable(void* memory) override;
 
  private:
-  std::vector<SimInterface> Interfaces();
+  std::vector<SimInterface> Interfaces() { return InterfacesOf(m_Machine, m_Adapters, m_Traffic); }
 
   SimMachine& m_Machine;
   SeamGate& m_Gate;

@@ -186,19 +186,20 @@ class SimNetworkListObjects {
   };
 };
 
-HRESULT SimNetworkList::Enter(const char* operation) {
+HRESULT SimNetworkList::Enter(const char* operation) { return Run(operation, [] { return S_OK; }); }
+
+HRESULT SimNetworkList::Run(const char* operation, const std::function<HRESULT()>& work) {
   if (const DWORD code = m_Gate.Enter(operation, kOrdinary); code != ERROR_SUCCESS) {
     return HRESULT_FROM_WIN32(code);
   }
-  const bool runs = m_Machine.loop.WithLock([&] { return m_Machine.networkListService; });
-  return runs ? S_OK : HRESULT_FROM_WIN32(ERROR_SERVICE_NOT_ACTIVE);
+  return m_Machine.loop.WithLock([&] {
+    return m_Machine.networkListService ? work() : HRESULT_FROM_WIN32(ERROR_SERVICE_NOT_ACTIVE);
+  });
 }
 
 HRESULT SimNetworkList::Read(const char* operation, std::size_t network,
                              const std::function<HRESULT(const Network&)>& read) {
-  const HRESULT result = Enter(operation);
-  if (result != S_OK) return result;
-  return m_Machine.loop.WithLock([&] { return read(m_Machine.world.networks[network]); });
+  return Run(operation, [&] { return read(m_Machine.world.networks[network]); });
 }
 
 // One that is Wi-Fi, or that a listed interface can be on, is connected while somebody is on it; any

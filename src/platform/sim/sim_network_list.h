@@ -25,9 +25,10 @@ class SimNetworkList final : public NetworkListApi {
  private:
   friend class SimNetworkListObjects;
 
-  // Gate and service: what the operation answers when it does not go on.
-  HRESULT Enter(const char* operation);
-  // Runs `read(network)` under the devices' lock.
+  // Runs `work` under the devices' lock, when gate and service let the operation go on; else gives
+  // what it answers.
+  HRESULT Run(const char* operation, const std::function<HRESULT()>& work);
+  HRESULT Enter(const char* operation);  // with nothing to run
   HRESULT Read(const char* operation, std::size_t network,
                const std::function<HRESULT(const Network&)>& read);
   bool IsConnected(std::size_t network);  // under the lock

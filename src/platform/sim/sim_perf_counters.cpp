@@ -20,7 +20,8 @@ constexpr PDH_STATUS kInvalidData = Status(0xC0000BC6);  // PDH_INVALID_DATA
 
 std::uintptr_t NumberOf(void* handle) { return reinterpret_cast<std::uintptr_t>(handle); }
 
-std::u16string InstanceName(std::u16string text) {
+std::u16string InstanceName(std::u16string_view description) {
+  std::u16string text(description);
   std::ranges::replace(text, u'#', u'_');
   std::ranges::replace(text, u'(', u'[');
   std::ranges::replace(text, u')', u']');
@@ -85,8 +86,9 @@ PDH_STATUS SimPerfCounters::PdhAddCounterW(PDH_HQUERY query, LPCWSTR path, std::
   });
 }
 
-std::optional<double> SimPerfCounters::Read(const Counter& counter) {
-  for (const SimInterface& face : InterfacesOf(m_Machine, m_Adapters, m_Traffic)) {
+std::optional<double> SimPerfCounters::Read(const Counter& counter,
+                                            const std::vector<SimInterface>& interfaces) {
+  for (const SimInterface& face : interfaces) {
     if (InstanceName(face.description) != counter.instance) continue;
     switch (counter.figure) {
       case Figure::kBytesIn:
@@ -107,11 +109,12 @@ PDH_STATUS SimPerfCounters::PdhCollectQueryData(PDH_HQUERY query) {
   return m_Machine.loop.WithLock([&]() -> PDH_STATUS {
     if (!m_Queries.contains(NumberOf(query))) return kInvalidHandle;
     bool any = false;
+    const auto interfaces = InterfacesOf(m_Machine, m_Adapters, m_Traffic);
     for (auto& [handle, counter] : m_Counters) {
       if (counter.query != NumberOf(query)) continue;
       counter.before = counter.last;
       counter.last.reset();
-      if (const auto figure = Read(counter)) {
+      if (const auto figure = Read(counter, interfaces)) {
         counter.last = Sample{m_Machine.loop.NowMs(), *figure};
         any = true;
       }

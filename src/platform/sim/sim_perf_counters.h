@@ -48,7 +48,9 @@ class SimPerfCounters final : public PerfCounterApi {
   // An operation that passes no gate failure; `code` as a PDH status.
   std::optional<PDH_STATUS> Refused(const char* operation);
   static bool ParsePath(std::u16string_view path, Counter* counter, PDH_STATUS* status);
-  std::optional<double> Read(const Counter& counter);
+  // Without a value when no interface is the counter's instance.
+  static std::optional<double> Read(const Counter& counter,
+                                    const std::vector<SimInterface>& interfaces);
 
   SimMachine& m_Machine;
   SeamGate& m_Gate;

@@ -5,7 +5,6 @@
 #include <limits>
 
 #include "platform/sim/seam_gate.h"
-#include "platform/sim/sim_text.h"
 
 namespace corvane::platform::sim {
 
@@ -66,9 +65,7 @@ class SimRegistry::DeviceFace final : public RegistryApi {
 };
 
 SimRegistry::SimRegistry(SeamGate& gate)
-    : m_Gate(gate), m_pDeviceFace(std::make_unique<DeviceFace>(*this)) {
-  m_Root.spelling = u"HKEY_LOCAL_MACHINE";
-}
+    : m_Gate(gate), m_pDeviceFace(std::make_unique<DeviceFace>(*this)) {}
 
 SimRegistry::~SimRegistry() = default;
 
@@ -125,15 +122,26 @@ SimRegistry::Key* SimRegistry::Walk(Key& from, std::u16string_view path, bool cr
     const std::u16string_view part = path.substr(0, end);
     path = end == path.npos ? std::u16string_view() : path.substr(end + 1);
     if (part.empty()) continue;
-    const std::u16string folded = FoldCase(part);
-    auto found = key->keys.find(folded);
+    auto found = key->keys.find(part);
     if (found == key->keys.end()) {
       if (!create) return nullptr;
-      found = key->keys.emplace(folded, Key{.spelling = std::u16string(part)}).first;
+      found = key->keys.try_emplace(std::u16string(part)).first;
     }
     key = &found->second;
   }
   return key;
+}
+
+SimRegistry::Value& SimRegistry::ValueOf(Key& key, std::u16string_view name) {
+  const auto found = key.values.find(name);
+  return found != key.values.end() ? found->second : key.values[std::u16string(name)];
+}
+
+bool SimRegistry::Erase(Key& key, std::u16string_view name) {
+  const auto found = key.values.find(name);
+  if (found == key.values.end()) return false;
+  key.values.erase(found);
+  return true;
 }
 
 LSTATUS SimRegistry::Open(HKEY root, LPCWSTR path, REGSAM access, bool create, HKEY* key,
@@ -161,7 +169,7 @@ LSTATUS SimRegistry::Query(HKEY key, LPCWSTR name, DWORD* type, BYTE* data, DWOR
   if (!handle) return ERROR_INVALID_HANDLE;
   if (!(handle->access & kQueryValue)) return ERROR_ACCESS_DENIED;
   if (data && !size) return ERROR_INVALID_PARAMETER;
-  const auto found = handle->key->values.find(FoldCase(ViewOf(name)));
+  const auto found = handle->key->values.find(ViewOf(name));
   if (found == handle->key->values.end()) return ERROR_FILE_NOT_FOUND;
   const Value& value = found->second;
   if (type) *type = value.type;
@@ -179,8 +187,7 @@ LSTATUS SimRegistry::Set(HKEY key, LPCWSTR name, DWORD type, const BYTE* data, D
   if (!handle) return ERROR_INVALID_HANDLE;
   if (!(handle->access & kSetValue)) return ERROR_ACCESS_DENIED;
   if (!data && size > 0) return ERROR_INVALID_PARAMETER;
-  Value& value = handle->key->values[FoldCase(ViewOf(name))];
-  if (value.spelling.empty()) value.spelling = ViewOf(name);
+  Value& value = ValueOf(*handle->key, ViewOf(name));
   value.type = type;
   value.data.assign(data, data + size);
   return ERROR_SUCCESS;
@@ -190,8 +197,7 @@ LSTATUS SimRegistry::Delete(HKEY key, LPCWSTR name) {
   const std::optional<Handle> handle = Find(key);
   if (!handle) return ERROR_INVALID_HANDLE;
   if (!(handle->access & kSetValue)) return ERROR_ACCESS_DENIED;
-  return handle->key->values.erase(FoldCase(ViewOf(name))) == 1 ? ERROR_SUCCESS
-                                                                : ERROR_FILE_NOT_FOUND;
+  return Erase(*handle->key, ViewOf(name)) ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND;
 }
 
 const SimRegistry::Key* SimRegistry::FindKey(std::u16string_view path) const {
@@ -202,7 +208,7 @@ const SimRegistry::Value* SimRegistry::FindValue(std::u16string_view path, std::
                                                  DWORD type) const {
   const Key* key = FindKey(path);
   if (!key) return nullptr;
-  const auto found = key->values.find(FoldCase(name));
+  const auto found = key->values.find(name);
   return found != key->values.end() && found->second.type == type ? &found->second : nullptr;
 }
 
@@ -228,8 +234,7 @@ std::optional<ULONGLONG> SimRegistry::GetQword(std::u16string_view path,
 
 void SimRegistry::Put(std::u16string_view path, std::u16string_view name, DWORD type,
                       const void* data, std::size_t size) {
-  Value& value = Walk(m_Root, path, true)->values[FoldCase(name)];
-  if (value.spelling.empty()) value.spelling = name;
+  Value& value = ValueOf(*Walk(m_Root, path, true), name);
   value.type = type;
   const BYTE* bytes = static_cast<const BYTE*>(data);
   value.data.assign(bytes, bytes + size);
@@ -258,27 +263,27 @@ bool SimRegistry::HasKey(std::u16string_view path) const { return FindKey(path) 
 
 bool SimRegistry::DeleteValue(std::u16string_view path, std::u16string_view name) {
   Key* key = Walk(m_Root, path, false);
-  return key && key->values.erase(FoldCase(name)) == 1;
+  return key && Erase(*key, name);
 }
 
 std::vector<std::u16string> SimRegistry::Subkeys(std::u16string_view path) const {
   std::vector<std::u16string> names;
   if (const Key* key = FindKey(path)) {
-    for (const auto& [folded, subkey] : key->keys) names.push_back(subkey.spelling);
+    for (const auto& [name, subkey] : key->keys) names.push_back(name);
   }
   return names;
 }
 
 std::string SimRegistry::Dump() const {
   std::u16string out;
-  DumpKey(m_Root, m_Root.spelling, out);
+  DumpKey(m_Root, u"HKEY_LOCAL_MACHINE", out);
   return ToUtf8(out);
 }
 
 void SimRegistry::DumpKey(const Key& key, const std::u16string& path, std::u16string& out) {
   if (!key.values.empty()) out += u"[" + path + u"]\n";
-  for (const auto& [folded, value] : key.values) {
-    out += value.spelling.empty() ? u"@=" : u"\"" + value.spelling + u"\"=";
+  for (const auto& [name, value] : key.values) {
+    out += name.empty() ? u"@=" : u"\"" + name + u"\"=";
     if (value.type == REG_SZ) {
       out += u"\"" + TextOf(value.data) + u"\"";
     } else if (value.type == REG_DWORD && value.data.size() == sizeof(DWORD)) {
@@ -298,9 +303,7 @@ void SimRegistry::DumpKey(const Key& key, const std::u16string& path, std::u16st
     }
     out += u'\n';
   }
-  for (const auto& [folded, subkey] : key.keys) {
-    DumpKey(subkey, path + u"\\" + subkey.spelling, out);
-  }
+  for (const auto& [name, subkey] : key.keys) DumpKey(subkey, path + u"\\" + name, out);
 }
 
 }  // namespace corvane::platform::sim

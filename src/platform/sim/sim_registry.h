@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "platform/registry_api.h"
+#include "platform/sim/sim_text.h"
 
 namespace corvane::platform::sim {
 
@@ -56,14 +57,12 @@ class SimRegistry final : public RegistryApi {
   class DeviceFace;
 
   struct Value {
-    std::u16string spelling;
     DWORD type = 0;
     std::vector<BYTE> data;
   };
   struct Key {
-    std::u16string spelling;                      // of the last part of its path
-    std::map<std::u16string, Value> values = {};  // by the name in lower case
-    std::map<std::u16string, Key> keys = {};
+    std::map<std::u16string, Value, FoldedLess> values;
+    std::map<std::u16string, Key, FoldedLess> keys;  // by the last part of their paths
   };
   struct Handle {
     Key* key;
@@ -84,6 +83,8 @@ class SimRegistry final : public RegistryApi {
   const Value* FindValue(std::u16string_view path, std::u16string_view name, DWORD type) const;
   void Put(std::u16string_view path, std::u16string_view name, DWORD type, const void* data,
            std::size_t size);
+  static Value& ValueOf(Key& key, std::u16string_view name);  // made where it is missing
+  static bool Erase(Key& key, std::u16string_view name);
   static Key* Walk(Key& from, std::u16string_view path, bool create);
   static void DumpKey(const Key& key, const std::u16string& path, std::u16string& out);
 

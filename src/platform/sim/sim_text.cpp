@@ -5,16 +5,30 @@
 
 namespace corvane::platform::sim {
 
+namespace {
+
+char16_t Folded(char16_t c) {
+  return c >= u'A' && c <= u'Z' ? static_cast<char16_t>(c + (u'a' - u'A')) : c;
+}
+
+}  // namespace
+
 std::u16string FoldCase(std::u16string_view text) {
   std::u16string folded(text);
-  std::ranges::transform(folded, folded.begin(), [](char16_t c) {
-    return c >= u'A' && c <= u'Z' ? static_cast<char16_t>(c + (u'a' - u'A')) : c;
-  });
+  std::ranges::transform(folded, folded.begin(), Folded);
   return folded;
+}
+
+bool FoldedLess::operator()(std::u16string_view a, std::u16string_view b) const {
+  const auto [atA, atB] = std::ranges::mismatch(
+      a, b, [](char16_t one, char16_t other) { return one == other || Folded(one) == Folded(other); });
+  if (atB == b.end()) return false;
+  return atA == a.end() || Folded(*atA) < Folded(*atB);
 }
 
 std::string ToUtf8(std::u16string_view text) {
   std::string out;
+  out.reserve(text.size());
   for (std::size_t i = 0; i < text.size(); ++i) {
     std::uint32_t code = text[i];
     const bool pair =

@@ -79,7 +79,7 @@ DWORD SimWlanAdapter::DeniedReason(const std::string& ssid) const {
 }
 
 void SimWlanAdapter::AddProfile(Profile profile) {
-  m_FailedUntilMs.erase(profile.name);
+  ForgetFailures();
   m_Profiles.Put(std::move(profile));
   Notify(WLAN_NOTIFICATION_SOURCE_ACM, wlan_notification_acm_profile_change,
          DWORD{WLAN_REASON_CODE_SUCCESS});
@@ -142,7 +142,7 @@ void SimWlanAdapter::FinishScan() {
     });
   }
   // The system uses what anybody's scan has found.
-  if (good && IsLeftToTheSystem() && ProfileInReach()) ConnectLater(300);
+  if (good && IsLeftToTheSystem() && NextInReach()) ConnectLater(300);
 }
 
 void SimWlanAdapter::AbortScan() {
@@ -172,8 +172,7 @@ void SimWlanAdapter::SetRadio(bool hardware, bool on) {
     }
   }
   if (IsRadioOn()) {
-    m_bHeld = false;
-    ConnectLater(2000);
+    BeginAnew(2000);
   } else {
     Fall();
   }
@@ -187,36 +186,34 @@ void SimWlanAdapter::SetPresent(bool present) {
   Notify(WLAN_NOTIFICATION_SOURCE_ACM,
          present ? wlan_notification_acm_interface_arrival : wlan_notification_acm_interface_removal,
          DWORD{WLAN_REASON_CODE_SUCCESS});
-  if (present) {
-    m_bHeld = false;
-    ConnectLater(3000);
-  }
+  if (present) BeginAnew(3000);
 }
 
 void SimWlanAdapter::OnServiceStopped() { Fall(); }
 
-void SimWlanAdapter::OnServiceStarted() {
-  m_bHeld = false;
-  ConnectLater(2000);
-}
+void SimWlanAdapter::OnServiceStarted() { BeginAnew(2000); }
 
 void SimWlanAdapter::OnSuspend() { Fall(); }
 
-void SimWlanAdapter::OnResume() {
-  m_bHeld = false;
-  ConnectLater(1500);
-}
+void SimWlanAdapter::OnResume() { BeginAnew(1500); }
 
 bool SimWlanAdapter::IsLeftToTheSystem() const {
   return m_Stage == Stage::kIdle && !m_Link && !m_Attempt && !m_bHeld && Data().autoConnect &&
          m_Machine.wlanService && Ready() == ERROR_SUCCESS;
 }
 
+void SimWlanAdapter::BeginAnew(std::uint64_t delayMs) {
+  m_bHeld = false;
+  ForgetFailures();
+  ConnectLater(delayMs);
+}
+
 // The WLAN service's own rounds while the adapter is not connected. One that is to come replaces the
 // one before.
 void SimWlanAdapter::ConnectLater(std::uint64_t delayMs) {
   if (!Data().autoConnect) return;
-  m_Machine.loop.In(Jittered(delayMs), [this, run = ++m_ConnectLaterRun] {
+  const std::uint64_t dueMs = m_Machine.loop.NowMs() + Jittered(delayMs);
+  m_Machine.loop.At(std::max(dueMs, m_PauseUntilMs), [this, run = ++m_ConnectLaterRun] {
     if (run == m_ConnectLaterRun) ConnectByItself();
   });
 }
@@ -224,14 +221,9 @@ void SimWlanAdapter::ConnectLater(std::uint64_t delayMs) {
 void SimWlanAdapter::ConnectByItself() {
   constexpr std::uint64_t kLongestPauseMs = 60'000;
   if (!IsLeftToTheSystem()) return;
-  if (const Profile* profile = ProfileInReach()) {
+  if (const auto request = NextInReach()) {
     m_FruitlessScans = 0;
-    Connect({.cause = Cause::kOutside,
-             .mode = wlan_connection_mode_profile,
-             .profile = profile->name,
-             .ssid = profile->ssid,
-             .security = profile->security,
-             .bssid = std::nullopt});
+    Connect(*request);
     return;
   }
   const bool any = std::ranges::any_of(m_Profiles.All(), &Profile::autoConnect);
@@ -240,20 +232,45 @@ void SimWlanAdapter::ConnectByItself() {
   ConnectLater(std::min<std::uint64_t>(Data().scanMs * 2 + 10'000 * m_FruitlessScans++, kLongestPauseMs));
 }
 
-// The most preferred profile with an access point that was heard; one of a hidden network is looked
-// for on the air.
-const Profile* SimWlanAdapter::ProfileInReach() {
-  const std::uint64_t now = m_Machine.loop.NowMs();
-  std::erase_if(m_FailedUntilMs, [&](const auto& entry) { return entry.second <= now; });
+// The access point is passed over from now on, and with a wrong key all of its name. Each failure
+// makes the system wait longer.
+void SimWlanAdapter::NoteFailure(const ConnectRequest& request, DWORD reason) {
+  constexpr std::uint64_t kPausesMs[] = {5'000, 15'000, 60'000, 300'000};
+  m_PauseUntilMs = m_Machine.loop.NowMs() + kPausesMs[std::min<std::size_t>(m_Failures++, 3)];
+  const bool wrongKey = reason == WLAN_REASON_CODE_MSMSEC_PSK_MISMATCH_SUSPECTED;
+  const auto& aps = m_Machine.world.accessPoints;
+  for (std::size_t i = 0; i < aps.size(); ++i) {
+    if (aps[i].ssid == request.ssid && (wrongKey || aps[i].bssid == request.bssid)) {
+      m_FailedPoints.insert(i);
+    }
+  }
+}
+
+void SimWlanAdapter::ForgetFailures() {
+  m_Failures = 0;
+  m_PauseUntilMs = 0;
+  m_FailedPoints.clear();
+}
+
+// The most preferred profile with an access point that was heard, and the strongest of these; one of
+// a hidden network is looked for on the air. When all have failed it begins again with the first.
+std::optional<SimWlanAdapter::ConnectRequest> SimWlanAdapter::NextInReach() {
   const SimScanList& heard = Heard();
   for (const Profile& profile : m_Profiles.All()) {
-    if (!profile.autoConnect || m_FailedUntilMs.contains(profile.name)) continue;
-    if (DeniedReason(profile.ssid) != WLAN_REASON_CODE_SUCCESS) continue;
+    if (!profile.autoConnect || DeniedReason(profile.ssid) != WLAN_REASON_CODE_SUCCESS) continue;
     double dbm = 0.0;
-    const auto best = StrongestOf(profile.ssid, m_Machine.world.accessPoints.size(), &dbm);
-    if (best && (profile.nonBroadcast || heard.Find(*best))) return &profile;
+    const auto best = StrongestOf(profile.ssid, m_FailedPoints, &dbm);
+    if (!best || (!profile.nonBroadcast && !heard.Find(*best))) continue;
+    return ConnectRequest{.cause = Cause::kOutside,
+                          .mode = wlan_connection_mode_profile,
+                          .profile = profile.name,
+                          .ssid = profile.ssid,
+                          .security = profile.security,
+                          .bssid = m_Machine.world.accessPoints[*best].bssid};
   }
-  return nullptr;
+  if (m_FailedPoints.empty()) return std::nullopt;
+  m_FailedPoints.clear();
+  return NextInReach();
 }
 
 }  // namespace corvane::platform::sim

@@ -1,7 +1,7 @@
 #pragma once
 #include <cstdint>
-#include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -87,18 +87,22 @@ class SimWlanAdapter {
   void Authenticate(std::size_t accessPoint);
   void Complete(std::size_t accessPoint);
   void EndAttempt(DWORD reason);
+  void FailAttempt(DWORD reason);  // it ends for what came of it, and not by what somebody did
   void DropLink(Cause cause, DWORD reason);
   void LinkUp(std::size_t accessPoint, const ConnectRequest& request);
   void CheckLink();
   void Fall();  // scan, attempt and link end, as the adapter can no longer send
-  std::optional<std::size_t> StrongestOf(const std::string& ssid, std::size_t except,
+  std::optional<std::size_t> StrongestOf(const std::string& ssid, const std::set<std::size_t>& except,
                                          double* dbm) const;
   std::optional<std::size_t> TargetOf(const ConnectRequest& request, double* dbm) const;
 
   bool IsLeftToTheSystem() const;       // nobody uses it, and nobody has disconnected it
   void ConnectLater(std::uint64_t delayMs);  // the system's own connect
   void ConnectByItself();
-  const Profile* ProfileInReach();
+  void BeginAnew(std::uint64_t delayMs);  // whatever was held against a connect is forgotten
+  void NoteFailure(const ConnectRequest& request, DWORD reason);
+  void ForgetFailures();
+  std::optional<ConnectRequest> NextInReach();
 
   void NotifyAcm(DWORD code, DWORD reason);
   void NotifyMsm(DWORD code, DWORD reason);
@@ -130,7 +134,9 @@ class SimWlanAdapter {
   bool m_bHeld = false;  // somebody disconnected it: the system leaves it alone
   std::uint64_t m_ConnectLaterRun = 0;
   unsigned m_FruitlessScans = 0;
-  std::map<std::u16string, std::uint64_t> m_FailedUntilMs;  // profiles, by name
+  unsigned m_Failures = 0;              // of the system's connects, in a row
+  std::uint64_t m_PauseUntilMs = 0;     // before it tries again
+  std::set<std::size_t> m_FailedPoints;  // access points that it passes over
 };
 
 }  // namespace corvane::platform::sim

@@ -15,7 +15,6 @@ constexpr std::uint64_t kWrongKeyMs = 2500;    // handshakes that are tried over
 constexpr std::uint64_t kNoAnswerMs = 3000;    // associations that are tried over
 constexpr std::uint64_t kCheckMs = 2000;       // between two looks at the link
 constexpr std::uint64_t kLookAroundMs = 6000;  // between two of the driver's looks around
-constexpr std::uint64_t kFailedProfileMs = 60'000;
 constexpr unsigned kLostChecks = 2;      // after which the link is lost
 constexpr double kLinkMarginDb = 2.0;    // over the sensitivity, that an association needs
 constexpr ULONG kQualityStep = 10;       // that is worth a notification
@@ -95,7 +94,7 @@ void SimWlanAdapter::Associate() {
   const ConnectRequest& request = *m_Attempt;
   const auto fail = [this](DWORD reason, std::uint64_t afterMs) {
     m_Machine.loop.In(Jittered(afterMs), [this, reason, run = m_AttemptRun] {
-      if (run == m_AttemptRun) EndAttempt(reason);
+      if (run == m_AttemptRun) FailAttempt(reason);
     });
   };
   if (const DWORD denied = DeniedReason(request.ssid); denied != WLAN_REASON_CODE_SUCCESS) {
@@ -125,7 +124,7 @@ void SimWlanAdapter::Authenticate(std::size_t accessPoint) {
   if (m_Machine.SignalFor(Data(), accessPoint)) {
     Complete(accessPoint);
   } else {
-    EndAttempt(WLAN_REASON_CODE_ASSOCIATION_FAILURE);
+    FailAttempt(WLAN_REASON_CODE_ASSOCIATION_FAILURE);
   }
 }
 
@@ -135,7 +134,7 @@ void SimWlanAdapter::Complete(std::size_t accessPoint) {
   ++m_AttemptRun;
   m_Stage = Stage::kIdle;
   LinkUp(accessPoint, request);
-  m_FailedUntilMs.erase(request.profile);
+  ForgetFailures();
   NotifyMsm(wlan_notification_msm_connected, WLAN_REASON_CODE_SUCCESS);
   NotifyAcm(wlan_notification_acm_connection_complete, WLAN_REASON_CODE_SUCCESS);
   m_Machine.loop.Tell([index = Index(), cause = request.cause, ssid = request.ssid,
@@ -143,6 +142,11 @@ void SimWlanAdapter::Complete(std::size_t accessPoint) {
                           IPcObserver& observer) {
     observer.OnConnectEnded(index, cause, ssid, bssid, WLAN_REASON_CODE_SUCCESS);
   });
+}
+
+void SimWlanAdapter::FailAttempt(DWORD reason) {
+  if (m_Attempt->cause != Cause::kProgram) NoteFailure(*m_Attempt, reason);
+  EndAttempt(reason);
 }
 
 // The WLAN service tells of the failed attempt first, and then that the connection is complete, with
@@ -160,9 +164,6 @@ void SimWlanAdapter::EndAttempt(DWORD reason) {
                        reason](IPcObserver& observer) {
     observer.OnConnectEnded(index, cause, ssid, bssid, reason);
   });
-  if (reason != WLAN_REASON_CODE_USER_CANCELLED && request.cause != Cause::kProgram) {
-    m_FailedUntilMs[request.profile] = m_Machine.loop.NowMs() + kFailedProfileMs;
-  }
   if (!m_Link) ConnectLater(3000);
 }
 
@@ -187,6 +188,7 @@ void SimWlanAdapter::DropLink(Cause cause, DWORD reason) {
   m_Link.reset();
   m_bRoaming = false;
   ++m_LinkRun;
+  ForgetFailures();
   m_Traffic.SetConnected(Index(), false);
   if (!m_Attempt) {
     m_Stage = Stage::kIdle;
@@ -261,7 +263,7 @@ void SimWlanAdapter::CheckLink() {
   if (adapter.roaming.enabled && weak && now >= m_NextLookMs) {
     m_NextLookMs = now + kLookAroundMs;
     double best = 0.0;
-    const auto other = StrongestOf(m_Link->request.ssid, m_Link->accessPoint, &best);
+    const auto other = StrongestOf(m_Link->request.ssid, {m_Link->accessPoint}, &best);
     if (other && (!dbm || best >= *dbm + adapter.roaming.marginDb)) {
       Roam(Cause::kDriver, *other);
       return;
@@ -272,11 +274,12 @@ void SimWlanAdapter::CheckLink() {
   }
 }
 
-std::optional<std::size_t> SimWlanAdapter::StrongestOf(const std::string& ssid, std::size_t except,
+std::optional<std::size_t> SimWlanAdapter::StrongestOf(const std::string& ssid,
+                                                       const std::set<std::size_t>& except,
                                                        double* dbm) const {
   std::optional<std::size_t> best;
   for (std::size_t i = 0; i < m_Machine.world.accessPoints.size(); ++i) {
-    if (i == except || m_Machine.world.accessPoints[i].ssid != ssid) continue;
+    if (m_Machine.world.accessPoints[i].ssid != ssid || except.contains(i)) continue;
     const auto signal = m_Machine.SignalFor(Data(), i);
     if (!signal || (best && *signal <= *dbm)) continue;
     best = i;
@@ -288,7 +291,7 @@ std::optional<std::size_t> SimWlanAdapter::StrongestOf(const std::string& ssid, 
 std::optional<std::size_t> SimWlanAdapter::TargetOf(const ConnectRequest& request,
                                                     double* dbm) const {
   const auto& aps = m_Machine.world.accessPoints;
-  if (!request.bssid) return StrongestOf(request.ssid, aps.size(), dbm);
+  if (!request.bssid) return StrongestOf(request.ssid, {}, dbm);
   for (std::size_t i = 0; i < aps.size(); ++i) {
     if (aps[i].bssid != *request.bssid || aps[i].ssid != request.ssid) continue;
     const auto signal = m_Machine.SignalFor(Data(), i);

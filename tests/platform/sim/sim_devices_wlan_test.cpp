@@ -293,6 +293,24 @@ TEST_F(SimWlanTest, ALinkOutOfRangeIsLostAndTheSystemConnectsAgain) {
   EXPECT_EQ(ConnectedBssid(), "error 5023");
 }
 
+TEST_F(SimWlanTest, TheSystemPassesOverWhatRefusesAndWaitsLongerEachTime) {
+  World world = TwoNetworks();
+  world.adapters[0].autoConnect = true;
+  world.accessPoints[0].refuseReason = WLAN_REASON_CODE_ASSOCIATION_FAILURE;
+  Start(world);
+  RunFor(20s);
+  EXPECT_EQ(ConnectedBssid(), kApTwo) << "the next of its name, though weaker";
+  Do(R"({"do": "refuse", "bssid": "02-00-00-00-01-02", "reason": 229377})");
+  Do(R"({"do": "radio", "on": false})");
+  Do(R"({"do": "radio", "on": true})");
+  story.lines.clear();
+  RunFor(10min);  // after 5 s, 15 s, 1 min and 5 min
+  EXPECT_EQ(std::ranges::count(story.lines, "0 outside: connect Office"), 5);
+  Do(R"({"do": "refuse", "bssid": "02-00-00-00-01-01", "reason": 0})");
+  RunFor(5min);
+  EXPECT_EQ(ConnectedBssid(), kApOne) << "who failed long ago is asked again";
+}
+
 TEST_F(SimWlanTest, RadioOffEndsScanAndLink) {
   World world = TwoNetworks();
   world.adapters[0].connectedTo = kOne;
