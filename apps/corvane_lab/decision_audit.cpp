@@ -64,7 +64,7 @@ void DecisionAudit::CheckMove(int adapter, CWlanBssEntry& target, bool isSwitch)
   if (m_Open.contains(bssid)) Broken(adapter, "goes to an open access point", bssid);
   // Where the other adapter is counts from when the service can know it.
   for (const auto& [other, link] : m_Links) {
-    if (other != adapter && link.bssid == bssid && (link.settled == bssid || IsSeenOn(other, bssid))) {
+    if (other != adapter && link.bssid == bssid && CanBeKnown(other, link)) {
       Broken(adapter, "goes where another adapter is", bssid);
     }
   }
@@ -75,9 +75,11 @@ void DecisionAudit::CheckMove(int adapter, CWlanBssEntry& target, bool isSwitch)
   }
 }
 
-bool DecisionAudit::IsSeenOn(int adapter, const std::string& bssid) const {
+// It connected the adapter there itself, or has seen the connection; and no query has failed since.
+bool DecisionAudit::CanBeKnown(int adapter, const Link& link) {
   const auto other = CWifiClientContainer::GetInstance().GetInterface(adapter);
-  return other && other->IsConnected() && MacTextA(other->GetConnectedBssid()) == bssid;
+  return other && other->IsConnected() &&
+         (link.settled == link.bssid || MacTextA(other->GetConnectedBssid()) == link.bssid);
 }
 
 void DecisionAudit::OnConnected(int adapter, Cause cause, const std::string& bssid) {

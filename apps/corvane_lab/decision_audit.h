@@ -40,7 +40,7 @@ class DecisionAudit final : public IRoundWatch {
   };
 
   void CheckMove(int adapter, CWlanBssEntry& target, bool isSwitch);
-  bool IsSeenOn(int adapter, const std::string& bssid) const;
+  static bool CanBeKnown(int adapter, const Link& link);
   void Broken(int adapter, const std::string& what, const std::string& bssid);
 
   std::set<std::string> m_Open;  // BSSIDs of open networks

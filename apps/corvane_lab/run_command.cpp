@@ -108,6 +108,7 @@ int RunSeeds(RunPlan plan, std::uint64_t first, std::uint64_t last) {
     if (!trouble.empty()) {
       ++bad;
       std::printf("seed %llu: %s\n", static_cast<unsigned long long>(seed), trouble.c_str());
+      std::fflush(stdout);
     }
     if (seed % 25 == 0 || seed == last) {
       std::fprintf(stderr, "%llu of %llu seeds done, %llu bad\n", static_cast<unsigned long long>(seed - first + 1),

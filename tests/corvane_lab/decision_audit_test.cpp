@@ -52,6 +52,8 @@ TEST_F(DecisionAuditTest, FindsEveryMoveThatMustNotBe) {
   EXPECT_THAT(Judge(RoundStep::kSwitch, *good), HasSubstr("busy"));
   Global().m_rt_audio = false;
 
+  Connect("Office", 2, 80, 1);
+  adapters[1]->ClearConnectedBssid();  // until its next round
   m_Audit->OnConnected(1, Cause::kOutside, MacTextA(ApMac(2)));
   EXPECT_EQ(Judge(RoundStep::kSwitch, *good), "") << "nobody can know of it yet";
   RoundWatches::Step(1, RoundStep::kConnected, good.get());

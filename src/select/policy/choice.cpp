@@ -272,7 +272,8 @@ class Choice {
       return;
     }
     ResetReporter();
-    m_Adapter.m_consec_disconnects += DisconnectStep(m_pConfig->m_no_delay);
+    // On battery a window runs out with its flag still on: it has no effect.
+    m_Adapter.m_consec_disconnects += DisconnectStep(m_pConfig->m_no_delay && m_pConfig->IsNoDelayOpen());
     const std::uint32_t count = m_Adapter.m_consec_disconnects;
     if (count >= kDisconnectsForDecision) {
       LOG_ADAPTER(m_Idx, kPolicyLog,

@@ -155,11 +155,17 @@ TEST_F(ChoiceTest, DisconnectedAdapterConnectsInTheThirdRoundOrInTheThirtiethOfT
   EXPECT_EQ(adapter->m_consec_disconnects, 0u);
 
   Disconnect();
-  config->m_no_delay = true;
+  config->OpenNoDelay(15'000);
   Rounds(29);
   EXPECT_EQ(wlan->calls.size(), 1u);
   Round();
   EXPECT_EQ(wlan->calls.size(), 2u);
+
+  Disconnect();
+  RunFor(std::chrono::milliseconds(15'000));
+  ASSERT_TRUE(config->m_no_delay) << "its flag stays on where the window has no effect";
+  Rounds(3);
+  EXPECT_EQ(wlan->calls.size(), 3u);
 }
 
 TEST_F(ChoiceTest, StateThatChangesWithinTheRoundDecidesNothing) {
