@@ -3,7 +3,6 @@
 #include "config/settings/global_config_container.h"
 #include "select/policy/policy.h"
 #include "select/policy/switch_rules.h"
-#include "wlan/binding/wifi_client_container.h"
 
 namespace corvane::lab {
 
@@ -19,7 +18,7 @@ bool IsBusy(const CWlanInterface& adapter) {
 }  // namespace
 
 DecisionAudit::DecisionAudit(const platform::sim::World& world, Report report, void* context)
-    : m_Report(report), m_pContext(context) {
+    : m_Report(report), m_pContext(context), m_Numbers(world) {
   for (const auto& accessPoint : world.accessPoints) {
     if (accessPoint.security.auth == platform::DOT11_AUTH_ALGO_80211_OPEN) m_Open.insert(MacTextA(accessPoint.bssid));
   }
@@ -27,19 +26,20 @@ DecisionAudit::DecisionAudit(const platform::sim::World& world, Report report, v
 }
 
 void DecisionAudit::OnCandidates(CWlanInterface& adapter, const ConnectionFacts&, const BssEntryList&) {
-  Link& link = m_Links[adapter.GetConfigIdx()];
+  Link& link = m_Links[m_Numbers.Of(adapter)];
   link.busyAtStart = IsBusy(adapter);
   link.targets.clear();
 }
 
 // A connect that the service gave up may still end on the radio: the targets of one round count together.
 void DecisionAudit::OnStep(int adapter, RoundStep step, CWlanBssEntry* about) {
-  Link& link = m_Links[adapter];
+  const int number = m_Numbers.OfIndex(adapter);
+  Link& link = m_Links[number];
   switch (step) {
     case RoundStep::kSwitch:
     case RoundStep::kFirstConnect:
       link.targets.insert(MacTextA(about->GetBssid()));
-      CheckMove(adapter, *about, step == RoundStep::kSwitch);
+      CheckMove(number, *about, step == RoundStep::kSwitch);
       return;
     case RoundStep::kConnected:
       link.settled = MacTextA(about->GetBssid());
@@ -53,52 +53,52 @@ void DecisionAudit::OnStep(int adapter, RoundStep step, CWlanBssEntry* about) {
   }
 }
 
-void DecisionAudit::CheckMove(int adapter, CWlanBssEntry& target, bool isSwitch) {
+void DecisionAudit::CheckMove(int number, CWlanBssEntry& target, bool isSwitch) {
   ++m_Moves;
-  const auto self = CWifiClientContainer::GetInstance().GetInterface(adapter);
+  const auto self = m_Numbers.Find(number);
   if (!self) return;
   const std::string bssid = MacTextA(target.GetBssid());
   if (IsDenied(self->Config()->m_Denylist.Rows(), target.m_SSIDW, target.GetBssid())) {
-    Broken(adapter, "goes to a denied access point", bssid);
+    Broken(number, "goes to a denied access point", bssid);
   }
-  if (m_Open.contains(bssid)) Broken(adapter, "goes to an open access point", bssid);
+  if (m_Open.contains(bssid)) Broken(number, "goes to an open access point", bssid);
   // Where the other adapter is counts from when the service can know it.
   for (const auto& [other, link] : m_Links) {
-    if (other != adapter && link.bssid == bssid && CanBeKnown(other, link)) {
-      Broken(adapter, "goes where another adapter is", bssid);
+    if (other != number && link.bssid == bssid && CanBeKnown(other, link)) {
+      Broken(number, "goes where another adapter is", bssid);
     }
   }
   if (!isSwitch) return;
-  if (m_Links[adapter].busyAtStart && IsBusy(*self)) Broken(adapter, "switches on a busy link", bssid);
+  if (m_Links[number].busyAtStart && IsBusy(*self)) Broken(number, "switches on a busy link", bssid);
   if (target.GetCandidate() < CGlobalQUAYPolicy::RequiredCandidateCount()) {
-    Broken(adapter, "switches to an unripe candidate", bssid);
+    Broken(number, "switches to an unripe candidate", bssid);
   }
 }
 
 // It connected the adapter there itself, or has seen the connection; and no query has failed since.
-bool DecisionAudit::CanBeKnown(int adapter, const Link& link) {
-  const auto other = CWifiClientContainer::GetInstance().GetInterface(adapter);
+bool DecisionAudit::CanBeKnown(int number, const Link& link) const {
+  const auto other = m_Numbers.Find(number);
   return other && other->IsConnected() &&
          (link.settled == link.bssid || MacTextA(other->GetConnectedBssid()) == link.bssid);
 }
 
-void DecisionAudit::OnConnected(int adapter, Cause cause, const std::string& bssid) {
-  Link& link = m_Links[adapter];
+void DecisionAudit::OnConnected(int number, Cause cause, const std::string& bssid) {
+  Link& link = m_Links[number];
   link.bssid = bssid;
   if (cause != Cause::kProgram) {
     link.settled.clear();
   } else if (!link.targets.empty() && !link.targets.contains(bssid)) {
-    Broken(adapter, "ends up where it did not decide to go", bssid);
+    Broken(number, "ends up where it did not decide to go", bssid);
   }
 }
 
-void DecisionAudit::OnGone(int adapter) {
-  m_Links[adapter].bssid.clear();
-  m_Links[adapter].settled.clear();
+void DecisionAudit::OnGone(int number) {
+  m_Links[number].bssid.clear();
+  m_Links[number].settled.clear();
 }
 
-void DecisionAudit::Broken(int adapter, const std::string& what, const std::string& bssid) {
-  m_Report(adapter, what + ": " + bssid, m_pContext);
+void DecisionAudit::Broken(int number, const std::string& what, const std::string& bssid) {
+  m_Report(number, what + ": " + bssid, m_pContext);
 }
 
 }  // namespace corvane::lab

@@ -4,6 +4,7 @@
 #include <set>
 #include <string>
 
+#include "corvane_lab/adapter_numbers.h"
 #include "platform/sim/pc_observer.h"
 #include "platform/sim/world.h"
 #include "select/policy/round_watch.h"
@@ -16,7 +17,7 @@ namespace corvane::lab {
 // ask for, and the return to the old network, are no decisions of its own.
 class DecisionAudit final : public IRoundWatch {
  public:
-  using Report = void (*)(int adapter, const std::string& fault, void* context);
+  using Report = void (*)(int number, const std::string& fault, void* context);
   DecisionAudit(const platform::sim::World& world, Report report, void* context);
   ~DecisionAudit() { RoundWatches::Remove(this); }
   DecisionAudit(const DecisionAudit&) = delete;
@@ -24,12 +25,13 @@ class DecisionAudit final : public IRoundWatch {
 
   std::uint64_t Moves() const { return m_Moves; }  // that were held against the rules
 
+  void OnRoundBegins(int adapter, const CWlanInterface& interface) override { m_Numbers.Learn(adapter, interface); }
   void OnCandidates(CWlanInterface& adapter, const ConnectionFacts& facts, const BssEntryList& candidates) override;
   void OnStep(int adapter, RoundStep step, CWlanBssEntry* about) override;
 
-  // What the radios do.
-  void OnConnected(int adapter, platform::sim::Cause cause, const std::string& bssid);
-  void OnGone(int adapter);  // not connected any more, or not known to be
+  // What the radios do, by number.
+  void OnConnected(int number, platform::sim::Cause cause, const std::string& bssid);
+  void OnGone(int number);  // not connected any more, or not known to be
 
  private:
   struct Link {
@@ -39,14 +41,15 @@ class DecisionAudit final : public IRoundWatch {
     std::set<std::string> targets;  // of the present moves; empty when somebody else decides
   };
 
-  void CheckMove(int adapter, CWlanBssEntry& target, bool isSwitch);
-  static bool CanBeKnown(int adapter, const Link& link);
-  void Broken(int adapter, const std::string& what, const std::string& bssid);
+  void CheckMove(int number, CWlanBssEntry& target, bool isSwitch);
+  bool CanBeKnown(int number, const Link& link) const;
+  void Broken(int number, const std::string& what, const std::string& bssid);
 
   std::set<std::string> m_Open;  // BSSIDs of open networks
   Report m_Report;
   void* m_pContext;
-  std::map<int, Link> m_Links;
+  AdapterNumbers m_Numbers;
+  std::map<int, Link> m_Links;  // by number
   std::uint64_t m_Moves = 0;
 };
 

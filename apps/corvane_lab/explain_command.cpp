@@ -75,7 +75,7 @@ int ExplainCommand(const std::vector<std::string>& words) {
   platform::sim::PcOptions options;
   options.seed = arguments.Number("--seed", 1);
   platform::sim::SimulatedPc pc(world, options);
-  RoundRecorder rounds(pc, true, nullptr, nullptr);
+  RoundRecorder rounds(pc, world, true, nullptr, nullptr);
   ServiceRun service(pc);
   service.Start();
   pc.RunFor(std::chrono::milliseconds(ParseDuration(*at)));

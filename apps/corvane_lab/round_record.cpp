@@ -127,10 +127,11 @@ const RoundRecord* RoundRecorder::Latest(int adapter) const {
   return found == m_Rounds.end() ? nullptr : &found->second;
 }
 
-void RoundRecorder::OnRoundBegins(int adapter) {
-  RoundRecord& round = m_Rounds[adapter];
+void RoundRecorder::OnRoundBegins(int adapter, const CWlanInterface& interface) {
+  m_Numbers.Learn(adapter, interface);
+  RoundRecord& round = Round(adapter);
   RoundRecord next;
-  next.adapter = adapter;
+  next.adapter = m_Numbers.OfIndex(adapter);
   next.number = round.number + 1;
   next.beganMs = Now();
   round = std::move(next);
@@ -148,7 +149,7 @@ EntryRecord RoundRecorder::Read(CWlanBssEntry& entry) const {
 
 void RoundRecorder::OnCandidates(CWlanInterface& adapter, const ConnectionFacts& facts,
                                  const BssEntryList& candidates) {
-  RoundRecord& round = m_Rounds[adapter.GetConfigIdx()];
+  RoundRecord& round = Round(adapter.GetConfigIdx());
   const auto config = adapter.Config();
   const auto& global = CGlobalConfigContainer::GetInstance();
   round.hasPolicy = true;
@@ -171,7 +172,7 @@ void RoundRecorder::OnCandidates(CWlanInterface& adapter, const ConnectionFacts&
 
 // Before the list is there, an entry is told of because it may not be in it.
 void RoundRecorder::OnStanding(int adapter, CWlanBssEntry& entry, CandidateStanding standing) {
-  RoundRecord& round = m_Rounds[adapter];
+  RoundRecord& round = Round(adapter);
   if (!round.hasPolicy) {
     round.others.push_back(Read(entry));
     round.others.back().standing = standing;
@@ -185,12 +186,12 @@ void RoundRecorder::OnStanding(int adapter, CWlanBssEntry& entry, CandidateStand
 }
 
 void RoundRecorder::OnStep(int adapter, RoundStep step, CWlanBssEntry* about) {
-  m_Rounds[adapter].steps.push_back({step, about ? WideToUtf8(about->m_SSIDW) : std::string(),
+  Round(adapter).steps.push_back({step, about ? WideToUtf8(about->m_SSIDW) : std::string(),
                                      about ? MacTextA(about->GetBssid()) : std::string()});
 }
 
 void RoundRecorder::OnRoundEnds(int adapter) {
-  RoundRecord& round = m_Rounds[adapter];
+  RoundRecord& round = Round(adapter);
   round.endedMs = Now();
   round.ended = true;
   if (m_Listener) m_Listener(round, m_pContext);

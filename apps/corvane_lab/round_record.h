@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "corvane_lab/adapter_numbers.h"
 #include "platform/sim/simulated_pc.h"
 #include "select/policy/round_watch.h"
 
@@ -26,7 +27,7 @@ struct StepRecord {
 
 // One round of one adapter, as it decided.
 struct RoundRecord {
-  int adapter = 0;
+  int adapter = 0;  // its number
   std::uint64_t number = 0;  // of this adapter, from 1
   std::uint64_t beganMs = 0, endedMs = 0;
   bool ended = false;
@@ -57,8 +58,9 @@ class RoundRecorder final : public IRoundWatch {
  public:
   using Listener = void (*)(const RoundRecord& round, void* context);
   // `terms`: with the terms of every score. The PC outlives the recorder.
-  RoundRecorder(const platform::sim::SimulatedPc& pc, bool terms, Listener listener, void* context)
-      : m_Pc(pc), m_bTerms(terms), m_Listener(listener), m_pContext(context) {
+  RoundRecorder(const platform::sim::SimulatedPc& pc, const platform::sim::World& world, bool terms,
+                Listener listener, void* context)
+      : m_Pc(pc), m_bTerms(terms), m_Listener(listener), m_pContext(context), m_Numbers(world) {
     RoundWatches::Add(this);
   }
   ~RoundRecorder() { RoundWatches::Remove(this); }
@@ -68,7 +70,7 @@ class RoundRecorder final : public IRoundWatch {
   // The round begun last; null before the first.
   const RoundRecord* Latest(int adapter) const;
 
-  void OnRoundBegins(int adapter) override;
+  void OnRoundBegins(int adapter, const CWlanInterface& interface) override;
   void OnCandidates(CWlanInterface& adapter, const ConnectionFacts& facts, const BssEntryList& candidates) override;
   void OnStanding(int adapter, CWlanBssEntry& entry, CandidateStanding standing) override;
   void OnStep(int adapter, RoundStep step, CWlanBssEntry* about) override;
@@ -77,12 +79,14 @@ class RoundRecorder final : public IRoundWatch {
  private:
   std::uint64_t Now() const { return static_cast<std::uint64_t>(m_Pc.Now().count()); }
   EntryRecord Read(CWlanBssEntry& entry) const;
+  RoundRecord& Round(int index) { return m_Rounds[m_Numbers.OfIndex(index)]; }
 
   const platform::sim::SimulatedPc& m_Pc;
   const bool m_bTerms;
   const Listener m_Listener;
   void* const m_pContext;
-  std::map<int, RoundRecord> m_Rounds;
+  AdapterNumbers m_Numbers;
+  std::map<int, RoundRecord> m_Rounds;  // by number
 };
 
 }  // namespace corvane::lab

@@ -42,6 +42,7 @@ struct RunPlan {
   PcOptions options;
   std::uint64_t ms = kDefaultMs;
   bool user = false;  // somebody answers the suggestions
+  std::string words;  // of the command line, without seeds
 };
 
 // What a run must not do.
@@ -107,7 +108,8 @@ int RunSeeds(RunPlan plan, std::uint64_t first, std::uint64_t last) {
     moves += summary.moves;
     if (!trouble.empty()) {
       ++bad;
-      std::printf("seed %llu: %s\n", static_cast<unsigned long long>(seed), trouble.c_str());
+      std::printf("seed %llu: %s\n  again: corvane-lab run%s --seed %llu\n", static_cast<unsigned long long>(seed),
+                  trouble.c_str(), plan.words.c_str(), static_cast<unsigned long long>(seed));
       std::fflush(stdout);
     }
     if (seed % 25 == 0 || seed == last) {
@@ -119,6 +121,18 @@ int RunSeeds(RunPlan plan, std::uint64_t first, std::uint64_t last) {
               static_cast<unsigned long long>(last - first + 1), static_cast<unsigned long long>(bad),
               static_cast<unsigned long long>(rounds), static_cast<unsigned long long>(moves));
   return bad == 0 ? 0 : 1;
+}
+
+std::string WordsWithoutSeeds(const std::vector<std::string>& words) {
+  std::string text;
+  for (std::size_t i = 0; i < words.size(); ++i) {
+    if (words[i] == "--seed" || words[i] == "--seeds") {
+      ++i;
+    } else {
+      text += " " + words[i];
+    }
+  }
+  return text;
 }
 
 void ParseSeeds(const std::string& text, std::uint64_t* first, std::uint64_t* last) {
@@ -141,6 +155,7 @@ int RunCommand(const std::vector<std::string>& words) {
   if (plan.world.durationMs > 0) plan.ms = plan.world.durationMs;
   if (const auto duration = arguments.Value("--for")) plan.ms = ParseDuration(*duration);
   plan.user = arguments.Has("--user");
+  plan.words = WordsWithoutSeeds(words);
   plan.options.seed = arguments.Number("--seed", 1);
   plan.options.faultRate = static_cast<double>(arguments.Number("--faults", 0)) / 100.0;
   plan.options.interleave = arguments.Has("--interleave") || plan.options.faultRate > 0.0;

@@ -65,8 +65,9 @@ void RunReport::Line(int adapter, const char* kind, const std::string& text) {
 
 void RunReport::Attach(platform::sim::SimulatedPc& pc, const platform::sim::World& world) {
   m_pPc = &pc;
+  m_Numbers.emplace(world);
   m_Rounds.emplace(
-      pc, false, [](const RoundRecord& round, void* self) { static_cast<RunReport*>(self)->OnRound(round); }, this);
+      pc, world, false, [](const RoundRecord& round, void* self) { static_cast<RunReport*>(self)->OnRound(round); }, this);
   m_Audit.emplace(
       world,
       [](int adapter, const std::string& fault, void* self) {
@@ -89,15 +90,17 @@ RunReport::AdapterView& RunReport::View(int adapter) {
   return m_Adapters[static_cast<std::size_t>(adapter)];
 }
 
-// A reader hears of a round when it comes to something else than the one before.
+// A reader hears of a round when it ends in something else than the one before.
 void RunReport::OnRound(const RoundRecord& round) {
   ++m_Summary.rounds;
   AdapterView& view = View(round.adapter);
   if (m_bRounds) m_Print({}, RoundJson(round), m_pContext);
-  std::string outcome = OutcomeText(round);
-  if (IsTiresome(round) || outcome == view.outcome) return;
-  view.outcome = std::move(outcome);
-  m_Print(FormatA("%s  adapter %i  %s", Clock(round.endedMs), round.adapter, view.outcome), {}, m_pContext);
+  if (IsTiresome(round)) return;
+  const StepRecord& last = round.steps.back();
+  std::string end = RoundStepName(last.step) + last.bssid;
+  if (end == view.end) return;
+  view.end = std::move(end);
+  m_Print(FormatA("%s  adapter %i  %s", Clock(round.endedMs), round.adapter, OutcomeText(round)), {}, m_pContext);
 }
 
 void RunReport::OnTraceEvent(const platform::TraceEvent& event) {
@@ -169,59 +172,55 @@ void RunReport::OnTimeline(const std::string& text) { Line(-1, "timeline", text)
 void RunReport::Sample() {
   ++m_Summary.seconds;
   auto& adapters = CWifiClientContainer::GetInstance();
-  const int count = adapters.GetCount();
   const int required = CGlobalQUAYPolicy::RequiredCandidateCount();
-  for (int i = 0; i < count; ++i) {
-    SampleAdapter(i);
-    SampleCandidates(i, required);
-    SampleInhibit(i);
+  for (int position = 0; position < adapters.GetCount(); ++position) {
+    const auto adapter = adapters.GetInterface(position);
+    const int number = adapter ? m_Numbers->Of(*adapter) : -1;
+    if (number < 0) continue;
+    SampleAdapter(number, *adapter);
+    SampleCandidates(number, *adapter, required);
+    SampleInhibit(number, *adapter);
   }
 }
 
-// The view is kept by the adapter's position, as the PC counts its adapters in the world's order and
-// the container in GUID order: the two agree where the world lists its adapters by GUID.
-void RunReport::SampleAdapter(int position) {
-  AdapterView& view = View(position);
-  const auto adapter = CWifiClientContainer::GetInstance().GetInterface(position);
-  if (!adapter) return;
-  const bool connected = adapter->IsConnected();
+void RunReport::SampleAdapter(int number, CWlanInterface& adapter) {
+  AdapterView& view = View(number);
+  const bool connected = adapter.IsConnected();
   Place at;
   if (connected) {
-    const auto attributes = adapter->GetConnAttrs().wlanAssociationAttributes;
+    const auto attributes = adapter.GetConnAttrs().wlanAssociationAttributes;
     at.ssid = WideToUtf8(SsidText(attributes.dot11Ssid));
     at.bssid = MacTextA(ToMac(attributes.dot11Bssid));
     at.quality = attributes.wlanSignalQuality;
-    at.score = adapter->GetScoreFromBssEntry(SsidText(attributes.dot11Ssid), ToMac(attributes.dot11Bssid), false);
+    at.score = adapter.GetScoreFromBssEntry(SsidText(attributes.dot11Ssid), ToMac(attributes.dot11Bssid), false);
     ++m_Summary.connectedSeconds;
-    if (at.score >= BestScoreLeft(position)) ++m_Summary.bestSeconds;
+    if (at.score >= BestScoreLeft(number)) ++m_Summary.bestSeconds;
   }
   if (connected && (at.bssid != view.at.bssid || !view.connected)) {
-    Line(position, "at", FormatA("is connected to %s %s, score %i, quality %u", at.ssid, at.bssid, at.score, at.quality));
+    Line(number, "at", FormatA("is connected to %s %s, score %i, quality %u", at.ssid, at.bssid, at.score, at.quality));
   } else if (!connected && view.connected) {
-    Line(position, "at", "is not connected");
+    Line(number, "at", "is not connected");
   }
   view.connected = connected;
   view.at = connected ? at : Place();
 }
 
-int RunReport::BestScoreLeft(int position) {
+int RunReport::BestScoreLeft(int number) {
   int best = -1;
-  for (const auto& [bssid, score] : View(position).scores) {
+  for (const auto& [bssid, score] : View(number).scores) {
     const bool taken = std::ranges::any_of(m_Adapters, [&](const AdapterView& other) {
-      return &other != &View(position) && other.connected && other.at.bssid == bssid;
+      return &other != &View(number) && other.connected && other.at.bssid == bssid;
     });
     if (!taken) best = std::max(best, score);
   }
   return best;
 }
 
-void RunReport::SampleCandidates(int position, int required) {
-  AdapterView& view = View(position);
-  const auto adapter = CWifiClientContainer::GetInstance().GetInterface(position);
-  if (!adapter) return;
+void RunReport::SampleCandidates(int number, CWlanInterface& adapter, int required) {
+  AdapterView& view = View(number);
   std::map<std::string, int> counters;
   view.scores.clear();
-  for (const auto& entry : adapter->SnapshotEntries()) {
+  for (const auto& entry : adapter.SnapshotEntries()) {
     if (!entry->m_bss_scanned || !entry->HasUsableProfile()) continue;
     const std::string bssid = MacTextA(entry->GetBssid());
     view.scores[bssid] = entry->GetScore(false);
@@ -229,7 +228,7 @@ void RunReport::SampleCandidates(int position, int required) {
     if (counter == 0) continue;
     counters[bssid] = counter;
     if (const auto before = view.counters.find(bssid); before == view.counters.end() || before->second != counter) {
-      Line(position, "candidate",
+      Line(number, "candidate",
            FormatA("candidate %s %s: round %i of %i, score %i%s", WideToUtf8(entry->m_SSIDW), bssid, counter, required,
                    entry->GetScore(false), view.connected ? FormatA(" against %i", view.at.score) : std::string()));
     }
@@ -237,23 +236,21 @@ void RunReport::SampleCandidates(int position, int required) {
   view.counters = std::move(counters);
 }
 
-void RunReport::SampleInhibit(int position) {
-  AdapterView& view = View(position);
-  const auto adapter = CWifiClientContainer::GetInstance().GetInterface(position);
-  const auto config =
-      adapter ? CGlobalConfigContainer::GetInstance().FindIFConfig(adapter->GetConfigIdx()) : nullptr;
+void RunReport::SampleInhibit(int number, CWlanInterface& adapter) {
+  AdapterView& view = View(number);
+  const auto config = CGlobalConfigContainer::GetInstance().FindIFConfig(adapter.GetConfigIdx());
   if (!config) return;
   const std::uint64_t remaining = config->GetInhibitRemainingMs();
   const std::string reason = remaining > 0 ? config->GetInhibitReason() : "";
   if (!reason.empty() && reason != view.inhibit) {
-    Line(position, "inhibit", FormatA("holds still for %llu s (%s)", (remaining + 999) / 1000, reason));
+    Line(number, "inhibit", FormatA("holds still for %llu s (%s)", (remaining + 999) / 1000, reason));
   } else if (reason.empty() && !view.inhibit.empty()) {
-    Line(position, "inhibit", "goes on");
+    Line(number, "inhibit", "goes on");
   }
   view.inhibit = reason;
   const bool roaming = config->GetRoamingInhibitTick() != 0;
   if (roaming != view.roamingInhibit) {
-    Line(position, "roaming-inhibit",
+    Line(number, "roaming-inhibit",
          roaming ? "somebody else moved the adapter: no switch until that has passed" : "may switch again");
   }
   view.roamingInhibit = roaming;

@@ -66,7 +66,7 @@ class RunReport : public platform::sim::IPcObserver {
   struct AdapterView {
     bool connected = false;
     Place at;
-    std::string outcome;  // of the last round
+    std::string end;      // what the last round told of ended in
     std::string inhibit;  // reason of a running inhibit, empty for none
     bool roamingInhibit = false;
     std::map<std::string, int> counters;  // candidates by BSSID
@@ -78,18 +78,19 @@ class RunReport : public platform::sim::IPcObserver {
   void OnTraceEvent(const platform::TraceEvent& event);
   void OnBrokenRule(int adapter, const std::string& fault);
   AdapterView& View(int adapter);
-  void SampleAdapter(int position);
-  int BestScoreLeft(int position);  // of what no other adapter is on; -1 for none
-  void SampleCandidates(int position, int required);
-  void SampleInhibit(int position);
+  void SampleAdapter(int number, CWlanInterface& adapter);
+  int BestScoreLeft(int number);  // of what no other adapter is on; -1 for none
+  void SampleCandidates(int number, CWlanInterface& adapter, int required);
+  void SampleInhibit(int number, CWlanInterface& adapter);
 
   Print m_Print;
   void* m_pContext;
   const bool m_bRounds;
   platform::sim::SimulatedPc* m_pPc = nullptr;
+  std::optional<AdapterNumbers> m_Numbers;
   std::optional<RoundRecorder> m_Rounds;
   std::optional<DecisionAudit> m_Audit;
-  std::vector<AdapterView> m_Adapters;
+  std::vector<AdapterView> m_Adapters;  // by number
   RunSummary m_Summary;
 };
 

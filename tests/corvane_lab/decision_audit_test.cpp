@@ -20,12 +20,15 @@ class DecisionAuditTest : public test::PolicyTest {
     secured.bssid = ApMac(2);
     secured.security.auth = platform::DOT11_AUTH_ALGO_RSNA_PSK;
     world.accessPoints = {open, secured};
+    world.adapters.resize(2);
+    for (std::size_t i = 0; i < 2; ++i) world.adapters[i].guid = test::PolicyWlan::GuidOf(i);
     m_Audit.emplace(world, [](int, const std::string& fault, void* self) { static_cast<DecisionAuditTest*>(self)->m_Fault = fault; }, this);
   }
 
   // What the audit says of a round of adapter 0 that goes there; empty when it finds nothing.
   std::string Judge(RoundStep step, CWlanBssEntry& target, int landsOn = 0) {
     m_Fault.clear();
+    RoundWatches::RoundBegins(0, *adapter);
     RoundWatches::Candidates(*adapter, {}, {});
     RoundWatches::Step(0, step, &target);
     if (landsOn) m_Audit->OnConnected(0, Cause::kProgram, MacTextA(ApMac(landsOn)));
@@ -56,6 +59,7 @@ TEST_F(DecisionAuditTest, FindsEveryMoveThatMustNotBe) {
   adapters[1]->ClearConnectedBssid();  // until its next round
   m_Audit->OnConnected(1, Cause::kOutside, MacTextA(ApMac(2)));
   EXPECT_EQ(Judge(RoundStep::kSwitch, *good), "") << "nobody can know of it yet";
+  RoundWatches::RoundBegins(1, *adapters[1]);
   RoundWatches::Step(1, RoundStep::kConnected, good.get());
   EXPECT_THAT(Judge(RoundStep::kSwitch, *good), HasSubstr("another adapter"));
   m_Audit->OnGone(1);

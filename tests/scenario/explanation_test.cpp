@@ -9,9 +9,10 @@ namespace corvane::test {
 
 class ExplanationScenario : public ServiceTest {
  protected:
-  void Watch() {
+  void StartWatched(const WorldBuilder& world) {
+    Start(world);
     m_Recorder.emplace(
-        Pc(), true,
+        Pc(), world.Build(), true,
         [](const lab::RoundRecord& round, void* self) { static_cast<ExplanationScenario*>(self)->rounds.push_back(round); },
         this);
   }
@@ -42,7 +43,7 @@ class ExplanationScenario : public ServiceTest {
 };
 
 TEST_F(ExplanationScenario, FollowsACandidateFromItsFirstRoundToTheSwitch) {
-  Start(OfficeWorld(-80.0)
+  StartWatched(OfficeWorld(-80.0)
             .Ap(OfficeBeacon(149), 2, -95.0)
             .Signal({{0, -95.0}, {60'000, -95.0}, {60'001, -45.0}})
             .Ap(Beacon(u8"Cafe").Channel(6).Ht20(1), 3, -50.0)
@@ -50,7 +51,6 @@ TEST_F(ExplanationScenario, FollowsACandidateFromItsFirstRoundToTheSwitch) {
             .Ap(OfficeBeacon(52), 5, -90.0)
             .Traffic(60'000, 90'000, 20.0)
             .At(150'000, R"({"do": "radio", "adapter": 0, "on": false})"));
-  Watch();
   RunUntil(170'000);
   ASSERT_TRUE(Find(RoundStep::kLinkBusy, 60'000));
   const lab::RoundRecord* ripening = Find(RoundStep::kRipening, 60'000);

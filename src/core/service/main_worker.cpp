@@ -127,7 +127,7 @@ void CQUAYMainWorker::WorkThreadProc() {
   while (AwaitRadio()) {
     PrepareRunning();
     while (GoesOn() && !m_pInterface->IsRadioOff()) {
-      RoundWatches::RoundBegins(m_ConfigIdx);
+      RoundWatches::RoundBegins(m_ConfigIdx, *m_pInterface);
       const bool whole = RunRound();
       RoundWatches::RoundEnds(m_ConfigIdx);
       if (!whole) continue;
@@ -184,7 +184,7 @@ bool CQUAYMainWorker::AwaitRadio() {
 }
 
 void CQUAYMainWorker::TellRadioOff() const {
-  RoundWatches::RoundBegins(m_ConfigIdx);
+  RoundWatches::RoundBegins(m_ConfigIdx, *m_pInterface);
   RoundWatches::Step(m_ConfigIdx, RoundStep::kRadioOff);
   RoundWatches::RoundEnds(m_ConfigIdx);
 }

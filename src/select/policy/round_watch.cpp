@@ -99,8 +99,8 @@ const char* CandidateStandingText(CandidateStanding standing) { return WordsOf(s
 void RoundWatches::Add(IRoundWatch* watch) { Watches().push_back(watch); }
 void RoundWatches::Remove(IRoundWatch* watch) { std::erase(Watches(), watch); }
 
-void RoundWatches::RoundBegins(int adapter) {
-  for (IRoundWatch* watch : Watches()) watch->OnRoundBegins(adapter);
+void RoundWatches::RoundBegins(int adapter, const CWlanInterface& interface) {
+  for (IRoundWatch* watch : Watches()) watch->OnRoundBegins(adapter, interface);
 }
 void RoundWatches::Candidates(CWlanInterface& adapter, const ConnectionFacts& facts,
                               const BssEntryList& candidates) {

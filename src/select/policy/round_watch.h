@@ -77,7 +77,7 @@ constexpr RoundStep StepOfSuggestion(bool byEvent, bool made) {
 // index. A step of a move comes before the platform is asked for it.
 class IRoundWatch {
  public:
-  virtual void OnRoundBegins(int adapter) { (void)adapter; }
+  virtual void OnRoundBegins(int adapter, const CWlanInterface& interface) { (void)adapter, (void)interface; }
   // The sorted list, best first, with the connection that it is weighed against.
   virtual void OnCandidates(CWlanInterface& adapter, const ConnectionFacts& facts, const BssEntryList& candidates) {
     (void)adapter, (void)facts, (void)candidates;
@@ -100,7 +100,7 @@ class RoundWatches {
   static void Add(IRoundWatch* watch);
   static void Remove(IRoundWatch* watch);
 
-  static void RoundBegins(int adapter);
+  static void RoundBegins(int adapter, const CWlanInterface& interface);
   static void Candidates(CWlanInterface& adapter, const ConnectionFacts& facts, const BssEntryList& candidates);
   static void Standing(int adapter, CWlanBssEntry& entry, CandidateStanding standing);
   static void Step(int adapter, RoundStep step, CWlanBssEntry* about = nullptr);
