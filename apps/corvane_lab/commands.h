@@ -36,7 +36,8 @@ inline constexpr char kScoresHelp[] =
     "corvane-lab scores (WORLD --at TIME | --air FILE.jsonl) [--seed N] [--mode MODE] [--json]\n"
     "    Prints the access points of each adapter, best first, with their score logs.\n";
 inline constexpr char kExplainHelp[] =
-    "corvane-lab explain (WORLD | --air FILE.jsonl) --at TIME [--adapter N] [--seed N] [--mode MODE] [--json]\n"
+    "corvane-lab explain (WORLD | --air FILE.jsonl) --at TIME [--adapter N] [--seed N] [--mode MODE] [--user]\n"
+    "        [--json]\n"
     "    Tells why the round at that time ended as it did: what was decided, and for each access point its\n"
     "    score with the terms, its counter, and the rule that stopped it. The round is the last one that\n"
     "    had begun by then.\n"

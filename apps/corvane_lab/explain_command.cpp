@@ -1,6 +1,6 @@
 #include <algorithm>
 #include <cstdio>
-#include <stdexcept>
+#include <map>
 #include <string>
 
 #include "core/foundation/format.h"
@@ -8,6 +8,7 @@
 #include "corvane_lab/commands.h"
 #include "corvane_lab/round_record.h"
 #include "corvane_lab/service_run.h"
+#include "corvane_lab/simulated_user.h"
 #include "corvane_lab/world_source.h"
 
 namespace corvane::lab {
@@ -17,18 +18,10 @@ namespace {
 // A round that begins before the time asked for may still run; none takes longer.
 constexpr std::chrono::minutes kLongestRound(10);
 
-// The rule that settled the entry, or what else there is to say of it.
-const char* WhyOf(const RoundRecord& round, const EntryRecord& entry) {
-  if (entry.standing) return CandidateStandingText(*entry.standing);
-  if (round.connected && entry.bssid == round.bssid) return "it is the connected one";
-  const bool onBest = std::ranges::any_of(round.steps, [](const StepRecord& s) { return s.step == RoundStep::kOnBest; });
-  return onBest ? "it ranks behind the connected one" : "the round did not come to weigh it";
-}
-
 void PrintEntry(const RoundRecord& round, std::size_t place, const EntryRecord& entry) {
   std::printf("%s\n", FormatA("%4s  %s %s  score %i  quality %u  counter %i  %s", place ? std::to_string(place) : "",
                               entry.ssid.empty() ? "(no name)" : entry.ssid, entry.bssid, entry.score, entry.quality,
-                              entry.counter, WhyOf(round, entry))
+                              entry.counter, ReasonText(round, entry))
                           .c_str());
   if (!entry.terms.empty()) std::printf("        %s\n", entry.terms.c_str());
 }
@@ -61,35 +54,72 @@ void Print(const RoundRecord& round) {
   if (round.hasPolicy) PrintPolicy(round);
 }
 
+// The rounds that are asked for, by adapter: as they have ended, or the number to wait for.
+struct Wanted {
+  std::map<int, std::uint64_t> running;
+  std::map<int, RoundRecord> rounds;
+
+  static void Take(const RoundRecord& round, void* context) {
+    auto& self = *static_cast<Wanted*>(context);
+    const auto wanted = self.running.find(round.adapter);
+    if (wanted == self.running.end() || wanted->second != round.number) return;
+    self.rounds[round.adapter] = round;
+    self.running.erase(wanted);
+  }
+  static bool HaveEnded(void* context) { return static_cast<Wanted*>(context)->running.empty(); }
+
+  // As they stand at the moment.
+  void Ask(const RoundRecorder& recorder, int adapter) {
+    const RoundRecord* round = recorder.Latest(adapter);
+    if (!round) return;
+    rounds[adapter] = *round;
+    if (!round->ended) running[adapter] = round->number;
+  }
+};
+
+void RunTo(platform::sim::SimulatedPc& pc, std::uint64_t ms, SimulatedUser* user) {
+  constexpr std::uint64_t kStepMs = 1000;
+  for (std::uint64_t done = 0; done < ms;) {
+    const std::uint64_t step = std::min(kStepMs, ms - done);
+    pc.RunFor(std::chrono::milliseconds(step));
+    done += step;
+    if (user) user->Look(done);
+  }
+}
+
 }  // namespace
 
 int ExplainCommand(const std::vector<std::string>& words) {
-  const Arguments arguments(words, {"--at", "--air", "--adapter", "--mode", "--seed"}, {"--json"});
+  const Arguments arguments(words, {"--at", "--air", "--adapter", "--mode", "--seed"}, {"--json", "--user"});
   const auto at = arguments.Value("--at");
   if (!at) throw UsageError("--at TIME says which round");
   const platform::sim::World world = WorldOf(arguments);
-  const int only = arguments.Value("--adapter") ? static_cast<int>(arguments.Number("--adapter", 0)) : -1;
-  if (only >= static_cast<int>(world.adapters.size())) {
-    throw UsageError(FormatA("the world has no adapter %i", only));
-  }
+  const int adapters = static_cast<int>(world.adapters.size());
+  const bool one = arguments.Value("--adapter").has_value();
+  const int first = one ? static_cast<int>(arguments.Number("--adapter", 0)) : 0;
+  if (one && first >= adapters) throw UsageError(FormatA("the world has no adapter %i", first));
+  const int last = one ? first : adapters - 1;
+
   platform::sim::PcOptions options;
   options.seed = arguments.Number("--seed", 1);
   platform::sim::SimulatedPc pc(world, options);
-  RoundRecorder rounds(pc, world, true, nullptr, nullptr);
+  SimulatedUser user(options.seed);
+  Wanted wanted;
+  RoundRecorder recorder(pc, world, true, &Wanted::Take, &wanted);
   ServiceRun service(pc);
   service.Start();
-  pc.RunFor(std::chrono::milliseconds(ParseDuration(*at)));
-  for (int adapter = 0; adapter < static_cast<int>(world.adapters.size()); ++adapter) {
-    if (only >= 0 && adapter != only) continue;
-    const RoundRecord* round = rounds.Latest(adapter);
-    if (!round) {
+  RunTo(pc, ParseDuration(*at), arguments.Has("--user") ? &user : nullptr);
+  for (int adapter = first; adapter <= last; ++adapter) wanted.Ask(recorder, adapter);
+  pc.RunUntil(&Wanted::HaveEnded, &wanted, kLongestRound, std::chrono::milliseconds(10));
+  for (int adapter = first; adapter <= last; ++adapter) {
+    const auto round = wanted.rounds.find(adapter);
+    if (round == wanted.rounds.end()) {
       std::printf("adapter %i has begun no round\n", adapter);
-      continue;
+    } else if (arguments.Has("--json")) {
+      std::printf("%s\n", RoundJson(round->second, RoundDetail::kAll).c_str());
+    } else {
+      Print(round->second);
     }
-    const auto ended = [](void* record) { return static_cast<const RoundRecord*>(record)->ended; };
-    RoundRecord* running = const_cast<RoundRecord*>(round);
-    pc.RunUntil(ended, running, kLongestRound, std::chrono::milliseconds(10));
-    arguments.Has("--json") ? (void)std::printf("%s\n", RoundJson(*round).c_str()) : Print(*round);
   }
   return 0;
 }

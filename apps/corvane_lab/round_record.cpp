@@ -37,25 +37,29 @@ const char* ModeText(const CQUAYInterfaceConfig& config) {
   return !mode.passive ? "autoswitch" : mode.popup ? "popup" : "event";
 }
 
-// Entries that a rule has settled: a round that weighs none tells of none.
-void Entries(JsonWriter& json, const char* name, const std::vector<EntryRecord>& entries) {
+void Entries(JsonWriter& json, const char* name, const RoundRecord& round, const std::vector<EntryRecord>& entries,
+             RoundDetail detail) {
   json.Key(name);
   json.StartArray();
   for (const EntryRecord& entry : entries) {
-    if (!entry.standing) continue;
+    if (!entry.standing && detail == RoundDetail::kJudged) continue;
     json.StartObject();
     Text(json, "ssid", entry.ssid);
     Text(json, "bssid", entry.bssid);
     Number(json, "score", entry.score);
     Number(json, "quality", entry.quality);
     Number(json, "counter", entry.counter);
-    Text(json, "rule", CandidateStandingName(*entry.standing));
+    if (entry.standing) Text(json, "rule", CandidateStandingName(*entry.standing));
+    if (detail == RoundDetail::kAll) {
+      Text(json, "reason", ReasonText(round, entry));
+      Text(json, "terms", entry.terms);
+    }
     json.EndObject();
   }
   json.EndArray();
 }
 
-void Policy(JsonWriter& json, const RoundRecord& round) {
+void Policy(JsonWriter& json, const RoundRecord& round, RoundDetail detail) {
   if (round.connected) {
     json.Key("connection");
     json.StartObject();
@@ -74,8 +78,8 @@ void Policy(JsonWriter& json, const RoundRecord& round) {
   Fraction(json, "gate_mbps", round.gateMbps);
   json.Key("real_time_audio");
   json.Bool(round.realTimeAudio);
-  Entries(json, "candidates", round.candidates);
-  Entries(json, "others", round.others);
+  Entries(json, "candidates", round, round.candidates, detail);
+  Entries(json, "others", round, round.others, detail);
 }
 
 }  // namespace
@@ -94,7 +98,14 @@ std::string OutcomeText(const RoundRecord& round) {
   return text;
 }
 
-std::string RoundJson(const RoundRecord& round) {
+const char* ReasonText(const RoundRecord& round, const EntryRecord& entry) {
+  if (entry.standing) return CandidateStandingText(*entry.standing);
+  if (round.connected && entry.bssid == round.bssid) return "it is the connected one";
+  const bool onBest = std::ranges::any_of(round.steps, [](const StepRecord& s) { return s.step == RoundStep::kOnBest; });
+  return onBest ? "it ranks behind the connected one" : "the round did not come to weigh it";
+}
+
+std::string RoundJson(const RoundRecord& round, RoundDetail detail) {
   rapidjson::StringBuffer buffer;
   JsonWriter json(buffer);
   json.StartObject();
@@ -117,7 +128,7 @@ std::string RoundJson(const RoundRecord& round) {
     json.EndObject();
   }
   json.EndArray();
-  if (round.hasPolicy) Policy(json, round);
+  if (round.hasPolicy) Policy(json, round, detail);
   json.EndObject();
   return buffer.GetString();
 }

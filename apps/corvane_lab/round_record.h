@@ -50,7 +50,11 @@ struct RoundRecord {
 
 // What the round decided, in a sentence.
 std::string OutcomeText(const RoundRecord& round);
-std::string RoundJson(const RoundRecord& round);
+// The rule that settled the entry, or what else there is to say of it.
+const char* ReasonText(const RoundRecord& round, const EntryRecord& entry);
+// kJudged leaves out the entries that the round did not come to weigh, and the terms of the scores.
+enum class RoundDetail { kJudged, kAll };
+std::string RoundJson(const RoundRecord& round, RoundDetail detail);
 
 // Keeps the present round of each adapter and hands on those that have ended. On the threads of the
 // simulated PC, of which one runs at a time.

@@ -161,6 +161,7 @@ int RunCommand(const std::vector<std::string>& words) {
   plan.options.interleave = arguments.Has("--interleave") || plan.options.faultRate > 0.0;
 
   if (const auto seeds = arguments.Value("--seeds")) {
+    if (arguments.Has("--json")) throw UsageError("--json goes with one seed");
     std::uint64_t first = 0, last = 0;
     ParseSeeds(*seeds, &first, &last);
     return RunSeeds(std::move(plan), first, last);

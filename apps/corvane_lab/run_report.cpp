@@ -94,7 +94,7 @@ RunReport::AdapterView& RunReport::View(int adapter) {
 void RunReport::OnRound(const RoundRecord& round) {
   ++m_Summary.rounds;
   AdapterView& view = View(round.adapter);
-  if (m_bRounds) m_Print({}, RoundJson(round), m_pContext);
+  if (m_bRounds) m_Print({}, RoundJson(round, RoundDetail::kJudged), m_pContext);
   if (IsTiresome(round)) return;
   const StepRecord& last = round.steps.back();
   std::string end = RoundStepName(last.step) + last.bssid;

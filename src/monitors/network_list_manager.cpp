@@ -262,6 +262,13 @@ HRESULT CNetworkListManager::ResetNLMInstance() {
   });
 }
 
+std::int32_t CNetworkListManager::CategoryOf(WStringView base) {
+  constexpr std::int32_t kUnknown = -1;
+  std::int32_t category = kUnknown;
+  CNetworkListManager* const list = Find();
+  return list && list->GetCatForBaseNetname(base, &category, false) ? category : kUnknown;
+}
+
 bool CNetworkListManager::GetCatForBaseNetname(WStringView base, std::int32_t* category, bool hint) {
   const auto table = m_pImpl->Present();
   if (const NlmNetworkRecord* record = table->Find(base)) {

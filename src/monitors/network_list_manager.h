@@ -38,7 +38,12 @@ const char16_t* NetworkCategoryName(std::int32_t category);
 // sees whole records only.
 class CNetworkListManager {
  public:
+  // Made on first use by the main thread; throws Exception while the system has no network list.
   static CNetworkListManager& GetInstance() { return Singleton<CNetworkListManager>::GetInstance(); }
+  // For look-ups: null while there is none, and nothing is known.
+  static CNetworkListManager* Find() { return Singleton<CNetworkListManager>::Find(); }
+  // -1 for a network that is not known.
+  static std::int32_t CategoryOf(WStringView base);
 
   platform::HRESULT RefreshNetworkCategories();
   platform::HRESULT ResetNLMInstance();

@@ -68,7 +68,7 @@ TEST_F(ExplanationScenario, FollowsACandidateFromItsFirstRoundToTheSwitch) {
   EXPECT_EQ(move->bssid, ApText(1));
   const std::string text = lab::OutcomeText(*move);
   EXPECT_TRUE(text.starts_with("Office " + ApText(2) + ": the adapter moves to it, the connect succeeded")) << text;
-  EXPECT_NE(lab::RoundJson(*move).find(R"("bssid":"02-50-00-00-00-02","score":)"), std::string::npos);
+  EXPECT_NE(lab::RoundJson(*move, lab::RoundDetail::kJudged).find(R"("bssid":"02-50-00-00-00-02","score":)"), std::string::npos);
   EXPECT_TRUE(Find(RoundStep::kOnBest, move->endedMs));
   EXPECT_TRUE(Find(RoundStep::kRadioOff, 150'000)) << "a round that never reached the policy";
 }

@@ -38,6 +38,8 @@ class Singleton {
     }
     return *instance;
   }
+  // Null until it is made.
+  static T* Find() { return s_Instance.load(std::memory_order_acquire); }
 
  private:
   inline static std::atomic<T*> s_Instance{nullptr};

@@ -11,8 +11,6 @@ std::int32_t CQUAYMainWorker::ComputeBackupScore(const platform::WLAN_CONNECTION
   constexpr std::int32_t kCategoryPrivate = 1;
   const auto& association = attrs.wlanAssociationAttributes;
   const WString ssid = SsidText(association.dot11Ssid);
-  std::int32_t category = -1;
-  const bool known = CNetworkListManager::GetInstance().GetCatForBaseNetname(ssid, &category, false);
 
   const bool lowBand = IsLowBandChannel(channel);
   const std::int32_t average = lowBand ? m_pConfig->m_AvgQBSSScore2 : m_pConfig->m_AvgQBSSScore5;
@@ -22,7 +20,7 @@ std::int32_t CQUAYMainWorker::ComputeBackupScore(const platform::WLAN_CONNECTION
   BackupScoreInputs in;
   in.quality = association.wlanSignalQuality;
   in.weights = m_pConfig->GetScoreWeights();
-  in.isPrivate = known && category == kCategoryPrivate;
+  in.isPrivate = CNetworkListManager::CategoryOf(ssid) == kCategoryPrivate;
   in.rxKbps = association.ulRxRate;
   in.txKbps = association.ulTxRate;
   in.phyType = static_cast<std::int32_t>(association.dot11PhyType);

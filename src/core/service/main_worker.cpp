@@ -44,10 +44,7 @@ void LogAdapter(const CWlanInterface& adapter) {
            adapter.GetGuidText(), adapter.GetDescription());
   adapter.DumpIPAddresses();
   std::list<WString> networks;
-  try {
-    CNetworkListManager::GetInstance().GetNetworkNamesForInterface(adapter.GetGuid(), &networks);
-  } catch (const Exception&) {  // the list is not up: its names are only for the log
-  }
+  if (auto* const list = CNetworkListManager::Find()) list->GetNetworkNamesForInterface(adapter.GetGuid(), &networks);
   for (const WString& name : networks) LOG_INFO(u"[%i]  Network: %s", adapter.GetConfigIdx(), name);
 }
 

@@ -73,6 +73,11 @@ WString DNSDomainName() {
   return {name.data(), std::min<std::size_t>(size, name.size())};
 }
 
+void LogRefreshFailed(platform::HRESULT result) {
+  LOG_ERROR(
+      u"Main-RefreshNLM(): NLM_S::GetInstance().RefreshNetworkCategories(): FAILED! 0x%08x, resetting NLM...", result);
+}
+
 }  // namespace
 
 Service::Service(const WString& programName) : m_ProgramName(programName) {}
@@ -153,6 +158,7 @@ bool Service::RunPass() {
 }
 
 void Service::RunWithAdapters(int count) {
+  HasNLM();
   StartWorkers(count);
   RefreshNLM();
   RunMainLoop();
@@ -320,23 +326,23 @@ void Service::ReadDebugValues() {
   if (registry->GetRegistryDWORDValue(u"EnableFileLogging", &number)) g_EnableFileLogging = number;
 }
 
-// The network list may be late in coming up, or go away: no reason to disturb the adapters.
-void Service::RefreshNLM() {
-  const auto logFailure = [](platform::HRESULT result) {
-    LOG_ERROR(
-        u"Main-RefreshNLM(): NLM_S::GetInstance().RefreshNetworkCategories(): FAILED! 0x%08x, resetting NLM...", result);
-  };
-  CNetworkListManager* pList = nullptr;
+// The list may be late in coming up, or go away: no reason to disturb the adapters. Workers only look up.
+bool Service::HasNLM() {
   try {
-    pList = &CNetworkListManager::GetInstance();
+    CNetworkListManager::GetInstance();
+    return true;
   } catch (const Exception& e) {
-    logFailure(static_cast<platform::HRESULT>(e.GetCode()));
-    return;
+    LogRefreshFailed(static_cast<platform::HRESULT>(e.GetCode()));
+    return false;
   }
-  auto& list = *pList;
+}
+
+void Service::RefreshNLM() {
+  if (!HasNLM()) return;
+  auto& list = CNetworkListManager::GetInstance();
   const platform::HRESULT refreshed = list.RefreshNetworkCategories();
   if (refreshed >= 0) return;
-  logFailure(refreshed);
+  LogRefreshFailed(refreshed);
   const platform::HRESULT reset = list.ResetNLMInstance();
   if (reset < 0) {
     LOG_ERROR(u"Main-RefreshNLM(): NLM_S::GetInstance().ResetNLMInstance(): FAILED! 0x%08x, resetting NLM...",

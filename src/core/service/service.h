@@ -30,6 +30,7 @@ class Service {
   void OpenSurvey(WStringView flag, WStringView page);
   void CountBoot();
   void RestartWorkers();
+  bool HasNLM();  // makes the network list; false while the system has none
   void RefreshNLM();
   void SaveTelemetry();
   void EndCompanions();

@@ -34,18 +34,24 @@ TextFileWriter::TextFileWriter(const std::string& path)
 }
 
 TextFileWriter::~TextFileWriter() {
-  if (m_pFile) std::remove(m_Beside.c_str());
+  if (!m_bCommitted) std::remove(m_Beside.c_str());
 }
 
 void TextFileWriter::WriteLine(std::string_view line) noexcept {
-  m_bGood = m_bGood && std::fwrite(line.data(), 1, line.size(), m_pFile.get()) == line.size() &&
-            std::fputc('\n', m_pFile.get()) != EOF;
+  if (m_Error != 0) return;
+  const bool written = std::fwrite(line.data(), 1, line.size(), m_pFile.get()) == line.size() &&
+                       std::fputc('\n', m_pFile.get()) != EOF;
+  if (!written) m_Error = errno;
 }
 
 void TextFileWriter::Commit() {
-  const bool closed = std::fclose(m_pFile.release()) == 0;
-  if (!m_bGood || !closed) Fail(m_Beside, "write");
+  if (std::fclose(m_pFile.release()) != 0 && m_Error == 0) m_Error = errno;
+  if (m_Error != 0) {
+    errno = m_Error;
+    Fail(m_Beside, "write");
+  }
   if (std::rename(m_Beside.c_str(), m_Path.c_str()) != 0) Fail(m_Path, "replace");
+  m_bCommitted = true;
 }
 
 }  // namespace corvane::platform::linux_host

@@ -31,7 +31,8 @@ class TextFileWriter {
   const std::string m_Path;
   const std::string m_Beside;
   std::unique_ptr<std::FILE, Closer> m_pFile;
-  bool m_bGood = true;
+  bool m_bCommitted = false;
+  int m_Error = 0;  // errno of the first failed write
 };
 
 }  // namespace corvane::platform::linux_host

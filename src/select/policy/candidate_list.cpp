@@ -21,9 +21,7 @@ bool IsOnSystemDenyList(const CWlanBssEntry& entry) {
 }
 
 bool IsPrivateNetwork(const CWlanBssEntry& entry) {
-  std::int32_t category = -1;
-  return CNetworkListManager::GetInstance().GetCatForBaseNetname(entry.m_SSIDW, &category, false) &&
-         category == kCategoryPrivate;
+  return CNetworkListManager::CategoryOf(entry.m_SSIDW) == kCategoryPrivate;
 }
 
 struct Ranked {

@@ -51,15 +51,15 @@ ConnectOutcome TryConnect(CWlanInterface& adapter, CQUAYInterfaceConfig& config,
   return outcome;
 }
 
-bool TryConnectCounted(CWlanInterface& adapter, CQUAYInterfaceConfig& config, CWlanBssEntry& entry,
-                       const char* stage) {
-  const ConnectOutcome outcome = TryConnect(adapter, config, entry, {}, false, kConnectTimeoutMs);
-  if (!outcome.failed) return true;
+ConnectOutcome TryConnectCounted(CWlanInterface& adapter, CQUAYInterfaceConfig& config, CWlanBssEntry& entry,
+                                 const char* stage) {
+  ConnectOutcome outcome = TryConnect(adapter, config, entry, {}, false, kConnectTimeoutMs);
+  if (!outcome.failed) return outcome;
   ++entry.m_connect_failed;
   LOG_ERROR(u"[%i]CGlobalQUAYPolicy::MakeChoice:[%S] %S: %S, STATS: failed=%i, good=%i",
             adapter.GetConfigIdx(), stage, outcome.standard ? "std:exception" : "Exception", outcome.what,
             entry.m_connect_failed, entry.m_connect_good);
-  return false;
+  return outcome;
 }
 
 void CountMove(bool withinNetwork) {

@@ -22,10 +22,9 @@ struct ConnectOutcome {
 ConnectOutcome TryConnect(CWlanInterface& adapter, CQUAYInterfaceConfig& config, CWlanBssEntry& entry,
                           const WString& profileXml, bool save, std::uint32_t timeoutMs);
 
-// The same for the automatic ways: failed attempts count, and the failure is logged under `stage`. False
-// when it failed.
-bool TryConnectCounted(CWlanInterface& adapter, CQUAYInterfaceConfig& config, CWlanBssEntry& entry,
-                       const char* stage);
+// The same for the automatic ways: failed attempts count, and the failure is logged under `stage`.
+ConnectOutcome TryConnectCounted(CWlanInterface& adapter, CQUAYInterfaceConfig& config, CWlanBssEntry& entry,
+                                 const char* stage);
 
 // Moves of the whole program, kept over restarts: within one network, else between networks.
 void CountMove(bool withinNetwork);

@@ -112,7 +112,8 @@ class FirstConnect {
 
   bool Connect(CWlanBssEntry& entry) {
     RoundWatches::Step(m_Idx, RoundStep::kFirstConnect, &entry);
-    if (!TryConnectCounted(m_Adapter, *m_pConfig, entry, "newconnect")) return false;
+    const ConnectOutcome outcome = TryConnectCounted(m_Adapter, *m_pConfig, entry, "newconnect");
+    if (!outcome.connected) return !outcome.failed;
     CountMove(false);
     LOG_ADAPTER(m_Idx, kPolicyLog,
                 u"[%i] ConnectToBestNoDebounce: Success connecting to %s [STATs: failed=%i, good=%i]\n", m_Idx,

@@ -54,7 +54,8 @@ class CGlobalQUAYPolicy {
   // Connecting an adapter that has no connection (connecting.cpp). True when something was done.
   static bool ConnectToBestNoDebounce(CWlanInterface* pIf, const BssEntryList& entries, bool auto_only);
 
-  // What people ask for (requested_connect.cpp); all true when connected. Asking for an accepted
+  // What people ask for (requested_connect.cpp); all true when connected, or when the user has been asked
+  // for credentials. Asking for an accepted
   // suggestion consumes it.
   static bool CheckAcceptSuggestion(CWlanInterface* pIf, const BssEntryList& entries,
                                     const ConnectionFacts& facts);

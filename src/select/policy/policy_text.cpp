@@ -35,10 +35,8 @@ const char16_t* InternetLetter(const CWlanBssEntry& entry) {
 }
 
 WString CategoryHead(const CWlanBssEntry& entry) {
-  std::int32_t category = -1;
-  const bool known =
-      CNetworkListManager::GetInstance().GetCatForBaseNetname(entry.m_SSIDW, &category, false);
-  return WString(known ? NetworkCategoryName(category) : u"unknown").substr(0, 4);
+  const std::int32_t category = CNetworkListManager::CategoryOf(entry.m_SSIDW);
+  return WString(category >= 0 ? NetworkCategoryName(category) : u"unknown").substr(0, 4);
 }
 
 }  // namespace

@@ -18,7 +18,7 @@ struct Words {
 
 Words WordsOf(RoundStep step) {
   switch (step) {
-    case RoundStep::kRadioOff: return {"radio-off", "the radio is off"};
+    case RoundStep::kRadioOff: return {"radio-off", "the radio is off, or does not answer"};
     case RoundStep::kAirplaneMode: return {"airplane-mode", "airplane mode is on"};
     case RoundStep::kDisabled: return {"disabled", "the service or the adapter is disabled"};
     case RoundStep::kInhibited: return {"inhibited", "the inhibit clock runs"};
@@ -57,7 +57,7 @@ Words WordsOf(RoundStep step) {
     case RoundStep::kSwitch: return {"switch", "the adapter moves to it"};
     case RoundStep::kRequestedConnect: return {"requested-connect", "it is connected on request"};
     case RoundStep::kConnected: return {"connected", "the connect succeeded"};
-    case RoundStep::kCredentialsAsked: return {"credentials-asked", "the user is asked for credentials"};
+    case RoundStep::kCredentialsAsked: return {"credentials-asked", "the adapter is not on it yet: the user was asked for credentials"};
     case RoundStep::kConnectFailed: return {"connect-failed", "the connect failed"};
     case RoundStep::kRestore: return {"restore", "the old network is restored"};
   }

@@ -1,7 +1,7 @@
 #pragma once
 // What a round tells somebody who wants to know why it ended as it did: how each entry stood, and each
-// thing that was decided, at the moment when it is. In the service nobody watches, and a round pays one
-// test of a pointer for it.
+// thing that was decided, at the moment when it is. In the service nobody watches, and a round pays the
+// test of an empty list for it.
 
 #include <vector>
 
@@ -73,7 +73,7 @@ constexpr RoundStep StepOfSuggestion(bool byEvent, bool made) {
   return byEvent ? RoundStep::kSuggestByEvent : RoundStep::kSuggestByPopup;
 }
 
-// Told on the adapter's worker, from OnCandidates on under the global lock. `adapter` is the adapter
+// Told on the adapter's worker, what the policy tells under the global lock. `adapter` is the adapter
 // index. A step of a move comes before the platform is asked for it.
 class IRoundWatch {
  public:

@@ -151,11 +151,13 @@ class Switch {
                 m_Idx, roam, entry.m_SSIDW, MAC_ARGS(mac));
     const ApSummary before = SummaryOfConnection(m_Adapter, m_Facts, m_Score);
     RoundWatches::Step(m_Idx, RoundStep::kSwitch, &entry);
-    if (!TryConnectCounted(m_Adapter, *m_pConfig, entry, "switch")) {
+    const ConnectOutcome outcome = TryConnectCounted(m_Adapter, *m_pConfig, entry, "switch");
+    if (outcome.failed) {
       entry.m_candidate_counter = 0;
       m_Adapter.ReleaseReservation(mac);
       return false;
     }
+    if (!outcome.connected) return true;
     CountMove(roam);
     LOG_ADAPTER(m_Idx, kPolicyLog, u"[%i] [roam=%i] Success connecting to %s [STATs: failed=%i, good=%i]\n",
                 m_Idx, roam, entry.m_SSIDW, entry.m_connect_failed, entry.m_connect_good);

@@ -165,7 +165,7 @@ bool CWlanInterface::FindProfile(CWlanNetwork& network) {
   network.m_Profile = GetProfileDataHelper(network.m_SSIDW);
   if (network.m_Profile) return true;
   std::list<WString> names;
-  CNetworkListManager::GetInstance().GetNameForBaseNetname(network.m_SSIDW, &names);
+  if (auto* const list = CNetworkListManager::Find()) list->GetNameForBaseNetname(network.m_SSIDW, &names);
   for (const WString& name : names) {
     network.m_Profile = GetProfileDataHelper(name);
     if (!network.m_Profile) continue;

@@ -21,14 +21,14 @@ struct LoadAverages {
 
 // The connected network's connectivity of this moment, for the scores that follow.
 void CWlanInterface::NoteConnectivity() {
-  if (!m_bIsConnected) return;
-  auto& list = CNetworkListManager::GetInstance();
+  CNetworkListManager* const list = CNetworkListManager::Find();
+  if (!m_bIsConnected || !list) return;
   bool internet = false;
   NlmNetworkRecord record;
-  if (list.DoesInterfaceHaveInternet(GetGuid(), &internet, &record) != platform::S_OK) return;
+  if (list->DoesInterfaceHaveInternet(GetGuid(), &internet, &record) != platform::S_OK) return;
   const WString ssid = SsidText(GetConnAttrs().wlanAssociationAttributes.dot11Ssid);
   // Without a connection in the network list there is nothing to hand on.
-  if (!record.name.empty()) list.SetConnectivityForNetwork(ssid, record.connectivity);
+  if (!record.name.empty()) list->SetConnectivityForNetwork(ssid, record.connectivity);
   if (internet) return;
   LOG_ADAPTER(m_ConfigIdx, DBG(0) | DBG(16) | DBG(37),
               u"\n[%i] CWlanInterface::UpdateAllScores(): [%s] CONNECTION HAS NO INTERNET%s\n", m_ConfigIdx,

@@ -74,7 +74,7 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   void DetermineInterfaceCapability();
   std::uint32_t QueryWlanInterface_ForInt(std::int32_t opcode);
   std::int32_t GetInterfaceState();  // WLAN_INTERFACE_STATE
-  std::int32_t GetInterfaceStateForLog() noexcept;  // the same; -1 instead of a throw
+  std::int32_t GetInterfaceStateForLog();  // the same; -1 on failure
   std::uint32_t QueryChannel();
   void QueryRadioState(platform::WLAN_RADIO_STATE* state);
   void CurrentConnection(platform::WLAN_CONNECTION_ATTRIBUTES* attrs);

@@ -148,7 +148,7 @@ std::int32_t CWlanInterface::GetInterfaceState() {
   return static_cast<std::int32_t>(QueryWlanInterface_ForInt(wlan_intf_opcode_interface_state));
 }
 
-std::int32_t CWlanInterface::GetInterfaceStateForLog() noexcept {
+std::int32_t CWlanInterface::GetInterfaceStateForLog() {
   try {
     return GetInterfaceState();
   } catch (const std::exception&) {
@@ -312,7 +312,7 @@ bool CWlanInterface::IsConnectedToNetworkWithBothBssids(const MacAddress& a, con
 
 bool CWlanInterface::IsConnectedToPrivateNetwork() {
   std::list<NlmNetworkRecord> records;
-  CNetworkListManager::GetInstance().GetNetCatInfoForInterface(GetGuid(), &records);
+  if (auto* const list = CNetworkListManager::Find()) list->GetNetCatInfoForInterface(GetGuid(), &records);
   for (const NlmNetworkRecord& record : records) {
     const bool isPrivate = record.cat == kCategoryPrivate;
     LOG_ADAPTER(m_ConfigIdx, DBG(1),

@@ -47,11 +47,10 @@ AdapterFacts FactsOfAdapter(int ifIndex) {
 }
 
 NetworkFacts FactsOfNetwork(const WString& ssid) {
-  auto& list = CNetworkListManager::GetInstance();
+  CNetworkListManager* const list = CNetworkListManager::Find();
   NetworkFacts facts;
-  std::int32_t category = -1;
-  facts.isPrivate = list.GetCatForBaseNetname(ssid, &category, false) && category == kCategoryPrivate;
-  facts.connectivityKnown = list.GetConnectivityForBaseNetname(ssid, &facts.connectivity, true);
+  facts.isPrivate = CNetworkListManager::CategoryOf(ssid) == kCategoryPrivate;
+  facts.connectivityKnown = list && list->GetConnectivityForBaseNetname(ssid, &facts.connectivity, true);
   return facts;
 }
 
@@ -225,14 +224,12 @@ bool CWlanBssEntry::IsIn5GHzRange() const {
 }
 
 WString CWlanBssEntry::GetStatusLine() {
-  std::int32_t category = -1;
-  const bool known =
-      CNetworkListManager::GetInstance().GetCatForBaseNetname(m_SSIDW, &category, false);
+  const std::int32_t category = CNetworkListManager::CategoryOf(m_SSIDW);
   const char16_t* automatic = m_GrantedAccess == 0 ? u"unknown" : m_AutoConnect ? u"auto" : u"not-auto";
   const char16_t* presence = m_bss_scanned ? u"good" : m_unscanned_count == 0 ? u"pending" : u"bad";
   return Format(u"%s\v%s\v%s\v%i\v%lu\v%s\v%s\v%s\v%0.2lf\v%lu\v%s\v%i\v%i\v%s\v%s\v%i", m_SSIDW,
                 m_BSSIDText, GetBandText(), GetScore(true), GetLQ(),
-                known ? NetworkCategoryName(category) : u"unknown", automatic, presence, GetLoadPct(),
+                category >= 0 ? NetworkCategoryName(category) : u"unknown", automatic, presence, GetLoadPct(),
                 m_Channel, GetPhyModes(), m_AuthAlgorithm, GetMuMimo(),
                 m_IEBlob ? m_IEBlob->GetChannelWidthString(false, u",", false) : WString(u"20"), u"no",
                 m_ApCountOnChannel);
