@@ -1,5 +1,7 @@
 // The parts of a round that grow with the number of access points: merging the platform's lists, scoring,
-// the snapshot and the sort; and the whole policy round with what it publishes. The log's gates are closed.
+// the snapshot and the sort; and the whole policy round with what it publishes, of an adapter without a
+// connection, and of one that weighs each against its connection under a full deny list. The log's gates
+// are closed.
 
 #include <benchmark/benchmark.h>
 
@@ -8,7 +10,10 @@
 #include <vector>
 
 #include "config/settings/global_config_container.h"
+#include "config/store/value_names.h"
+#include "core/foundation/format.h"
 #include "core/log/log.h"
+#include "monitors/network_list_manager.h"
 #include "select/policy/candidate_list.h"
 #include "select/policy/policy.h"
 #include "select/policy/quiet_network_list.h"
@@ -85,10 +90,21 @@ class CrowdedAir : public WlanApi {
     return ERROR_SUCCESS;
   }
   DWORD WlanQueryInterface(HANDLE, const GUID*, LONG opcode, void*, DWORD* size, void** data, LONG*) override {
-    if (opcode == wlan_intf_opcode_current_connection) return ERROR_INVALID_STATE;
+    if (opcode == wlan_intf_opcode_current_connection) {
+      if (!connected) return ERROR_INVALID_STATE;
+      *data = Allocate<WLAN_CONNECTION_ATTRIBUTES>(sizeof(WLAN_CONNECTION_ATTRIBUTES));
+      *size = sizeof(WLAN_CONNECTION_ATTRIBUTES);
+      auto& attributes = *static_cast<WLAN_CONNECTION_ATTRIBUTES*>(*data);
+      attributes.isState = wlan_interface_state_connected;
+      attributes.wlanAssociationAttributes.dot11Ssid = m_Bss[0].dot11Ssid;
+      std::memcpy(attributes.wlanAssociationAttributes.dot11Bssid, m_Bss[0].dot11Bssid, sizeof(m_Bss[0].dot11Bssid));
+      attributes.wlanAssociationAttributes.wlanSignalQuality = m_Bss[0].uLinkQuality;
+      return ERROR_SUCCESS;
+    }
+    constexpr DWORD kDisconnected = 4;  // wlan_interface_state_disconnected
     *data = Allocate<DWORD>(sizeof(DWORD));
     *size = sizeof(DWORD);
-    *static_cast<DWORD*>(*data) = 4;  // wlan_interface_state_disconnected
+    *static_cast<DWORD*>(*data) = connected ? static_cast<DWORD>(wlan_interface_state_connected) : kDisconnected;
     return ERROR_SUCCESS;
   }
   DWORD WlanGetAvailableNetworkList(HANDLE, const GUID*, DWORD, void*,
@@ -123,6 +139,8 @@ class CrowdedAir : public WlanApi {
   }
   void WlanFreeMemory(void* memory) override { std::free(memory); }
 
+  bool connected = false;  // to the first one
+
  private:
   template <class T>
   static T* Allocate(std::size_t bytes) {
@@ -133,12 +151,13 @@ class CrowdedAir : public WlanApi {
   std::vector<WLAN_AVAILABLE_NETWORK> m_Networks;
 };
 
-// One disconnected adapter in crowded air.
+// One adapter in crowded air, disconnected.
 class Rig : public test::KernelTest {
  public:
   explicit Rig(std::size_t entries) {
     Install<test::QuietNetworkList>();
-    Install<CrowdedAir>(entries);
+    CNetworkListManager::GetInstance();
+    m_pAir = &Install<CrowdedAir>(entries);
     g_DebugMask = 0;
     g_EnableFileLogging = 0;
     CGlobalConfigContainer::GetInstance().Initialize(false);
@@ -160,8 +179,28 @@ class Rig : public test::KernelTest {
     std::int32_t error = 0;
     adapter->DiscoverNetworksSynchronous(false, false, &error);
   }
+  // To the first access point, in monitor mode: a round goes through every motion and connects nothing.
+  void Connect() {
+    m_pAir->connected = true;
+    WLAN_CONNECTION_ATTRIBUTES attributes;
+    adapter->QueryCurrentConnection(&attributes, true);
+    adapter->SetConnectedBssid(ToMac(attributes.wlanAssociationAttributes.dot11Bssid));
+    CGlobalConfigContainer::GetInstance().m_bMonitorWhileDisabled = true;
+    CGlobalConfigContainer::GetInstance().m_bULScan = true;
+  }
+  // Rows that name none of the networks but look like them.
+  void Deny(int rows) {
+    WString json = u"[";
+    for (int i = 0; i < rows; ++i) json += Format(u"%s[\"Network x%i\", \"any\"]", i ? u"," : u"", i);
+    const auto config = adapter->Config();
+    config->SetString(value::kDenylistJson, json + u"]");
+    config->m_Denylist.ReloadFromRegistry();
+  }
 
   CSmartPointer<CWlanInterface> adapter;
+
+ private:
+  CrowdedAir* m_pAir = nullptr;
 };
 
 void MergeScoreAndSort(benchmark::State& state) {
@@ -183,6 +222,15 @@ void PolicyRound(benchmark::State& state) {
   for (auto _ : state) CGlobalQUAYPolicy::ExecutePolicies(rig.adapter.get());
 }
 BENCHMARK(PolicyRound)->Arg(1000)->Arg(8000)->Unit(benchmark::kMillisecond);
+
+void ConnectedPolicyRound(benchmark::State& state) {
+  constexpr int kDenyRows = 400;
+  Rig rig(static_cast<std::size_t>(state.range(0)));
+  rig.Connect();
+  rig.Deny(kDenyRows);
+  for (auto _ : state) CGlobalQUAYPolicy::ExecutePolicies(rig.adapter.get());
+}
+BENCHMARK(ConnectedPolicyRound)->Arg(1000)->Arg(8000)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 }  // namespace corvane
