@@ -8,7 +8,7 @@
 #include <new>
 #include <vector>
 
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(CORVANE_ADDRESS_SANITIZER)
 #include <sanitizer/common_interface_defs.h>
 #include <sanitizer/lsan_interface.h>
 #endif
@@ -32,7 +32,10 @@ void* TakeStack() {
   void* stack = mmap(nullptr, kStackSize, PROT_READ | PROT_WRITE,
                      MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE | MAP_STACK, -1, 0);
   if (stack == MAP_FAILED) throw std::bad_alloc();
-  mprotect(stack, kGuardSize, PROT_NONE);
+  if (mprotect(stack, kGuardSize, PROT_NONE) != 0) {
+    munmap(stack, kStackSize);
+    throw std::bad_alloc();
+  }
   return stack;
 }
 
@@ -46,7 +49,7 @@ void GiveStack(void* stack) {
 
 }  // namespace
 
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(CORVANE_ADDRESS_SANITIZER)
 thread_local Fiber* Fiber::t_pLeft = nullptr;  // whose stack's bounds are learnt on arrival
 #endif
 
@@ -62,14 +65,14 @@ Fiber::Fiber(Body body, void* argument)
   const std::uint64_t self = reinterpret_cast<std::uintptr_t>(this);
   makecontext(&m_Context, reinterpret_cast<void (*)()>(&Fiber::Enter), 2,
               static_cast<unsigned>(self >> 32), static_cast<unsigned>(self));
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(CORVANE_ADDRESS_SANITIZER)
   __lsan_register_root_region(m_Context.uc_stack.ss_sp, m_Context.uc_stack.ss_size);
 #endif
 }
 
 Fiber::~Fiber() {
   if (!m_pStack) return;
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(CORVANE_ADDRESS_SANITIZER)
   __lsan_unregister_root_region(m_Context.uc_stack.ss_sp, m_Context.uc_stack.ss_size);
 #endif
   GiveStack(m_pStack);
@@ -89,7 +92,7 @@ void Fiber::SwitchTo(Fiber& next) {
 
 void Fiber::Leaving([[maybe_unused]] Fiber& next) {
   std::memcpy(&m_Exceptions, abi::__cxa_get_globals(), sizeof m_Exceptions);
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(CORVANE_ADDRESS_SANITIZER)
   t_pLeft = this;
   __sanitizer_start_switch_fiber(&m_pSanitizer, next.m_Context.uc_stack.ss_sp,
                                  next.m_Context.uc_stack.ss_size);
@@ -97,7 +100,7 @@ void Fiber::Leaving([[maybe_unused]] Fiber& next) {
 }
 
 void Fiber::Arrived() {
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(CORVANE_ADDRESS_SANITIZER)
   const void* bottom = nullptr;
   std::size_t size = 0;
   __sanitizer_finish_switch_fiber(m_pSanitizer, &bottom, &size);

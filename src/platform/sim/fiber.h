@@ -1,10 +1,11 @@
 #pragma once
 #include <ucontext.h>
 
-
-#if defined(__has_feature)
+#if defined(__SANITIZE_ADDRESS__)  // GCC's word for it
+#define CORVANE_ADDRESS_SANITIZER 1
+#elif defined(__has_feature)
 #if __has_feature(address_sanitizer)
-#define __SANITIZE_ADDRESS__ 1  // GCC's word for it
+#define CORVANE_ADDRESS_SANITIZER 1
 #endif
 #endif
 
@@ -43,7 +44,7 @@ class Fiber {
   Body m_pBody = nullptr;
   void* m_pArgument = nullptr;
   void* m_pStack = nullptr;  // null: it runs on a stack that is not its own
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(CORVANE_ADDRESS_SANITIZER)
   static thread_local Fiber* t_pLeft;
   void* m_pSanitizer = nullptr;  // what the sanitizer keeps of it
 #endif
