@@ -239,8 +239,12 @@ std::size_t CWlanClient::GetCount() {
 
 void CWlanClient::OnNotification(WLAN_NOTIFICATION_DATA* data, void* context) {
   if (!data || !context) return;
-  const auto adapter = static_cast<CWlanClient*>(context)->GetInterfaceByGuid(data->InterfaceGuid);
-  if (adapter) DispatchNotification(*data, *adapter);
+  try {
+    const auto adapter = static_cast<CWlanClient*>(context)->GetInterfaceByGuid(data->InterfaceGuid);
+    if (adapter) DispatchNotification(*data, *adapter);
+  } catch (const std::exception&) {
+    // The log of a handler's own failure failed, too. Nothing may leave into the platform's thread.
+  }
 }
 
 }  // namespace corvane
