@@ -11,12 +11,12 @@
 #include <vector>
 
 #include "bench_platform.h"
-#include "core/foundation/trace.h"
-#include "platform/sim/captured_beacons.h"
+#include "foundation/log_lines.h"
+#include "platform/sim/world/captured_beacons.h"
 #include "support/beacon.h"
 #include "support/source_dir.h"
-#include "wlan/elements/frequency_table.h"
-#include "wlan/elements/ie_blob.h"
+#include "elements/frequency_table.h"
+#include "elements/ie_blob.h"
 
 namespace {
 

@@ -2,11 +2,11 @@
 
 #include <benchmark/benchmark.h>
 
-#include "config/store/ap_list_json.h"
-#include "core/foundation/format.h"
-#include "platform/sim/sim_kernel.h"
+#include "store/ap_list_json.h"
+#include "foundation/format.h"
+#include "platform/sim/kernel/sim_kernel.h"
 #include "support/pc_fixture.h"
-#include "wlan/model/ap_list_marks.h"
+#include "model/ap_list_marks.h"
 
 namespace {
 

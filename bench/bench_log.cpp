@@ -3,7 +3,7 @@
 #include <benchmark/benchmark.h>
 
 #include "bench_platform.h"
-#include "core/log/log.h"
+#include "log/log.h"
 
 namespace corvane {
 namespace {

@@ -9,16 +9,16 @@
 #include <cstring>
 #include <vector>
 
-#include "config/settings/global_config_container.h"
-#include "config/store/value_names.h"
-#include "core/foundation/format.h"
-#include "core/log/log.h"
+#include "settings/global_config_container.h"
+#include "store/value_names.h"
+#include "foundation/format.h"
+#include "foundation/log_lines.h"
 #include "monitors/network_list_manager.h"
-#include "select/policy/candidate_list.h"
-#include "select/policy/policy.h"
-#include "select/policy/quiet_network_list.h"
+#include "policy/candidate_list.h"
+#include "policy/policy.h"
+#include "policy/quiet_network_list.h"
 #include "support/pc_fixture.h"
-#include "wlan/binding/wifi_client_container.h"
+#include "wlan/wifi_client_container.h"
 
 namespace corvane {
 namespace {

@@ -4,12 +4,13 @@
 #include <string_view>
 #include <vector>
 
-#include "core/service/service_main.h"
-#include "platform/linux/host_text.h"
+#include "service/service_main.h"
+#include "platform/utf.h"
 #include "platform/linux/linux_host.h"
 
 int main(int argc, char** argv) {
   using namespace corvane::platform::linux_host;
+  using corvane::platform::ToUtf16;
   if (argc == 2 && std::string_view(argv[1]) == "--help") {
     std::fputs(kHostHelp, stdout);
     return 0;

@@ -1,7 +1,7 @@
 #include "corvane_lab/adapter_numbers.h"
 
-#include "config/store/address_text.h"
-#include "wlan/binding/wifi_client_container.h"
+#include "store/address_text.h"
+#include "wlan/wifi_client_container.h"
 
 namespace corvane::lab {
 

@@ -1,8 +1,8 @@
 #pragma once
 #include <map>
 
-#include "platform/sim/world.h"
-#include "wlan/binding/wlan_interface.h"
+#include "platform/sim/world/world.h"
+#include "wlan/wlan_interface.h"
 
 namespace corvane::lab {
 

@@ -1,8 +1,8 @@
 #include "corvane_lab/decision_audit.h"
 
-#include "config/settings/global_config_container.h"
-#include "select/policy/policy.h"
-#include "select/policy/switch_rules.h"
+#include "settings/global_config_container.h"
+#include "policy/policy.h"
+#include "policy/switch_rules.h"
 
 namespace corvane::lab {
 

@@ -5,9 +5,9 @@
 #include <string>
 
 #include "corvane_lab/adapter_numbers.h"
-#include "platform/sim/pc_observer.h"
-#include "platform/sim/world.h"
-#include "select/policy/round_watch.h"
+#include "platform/sim/devices/pc_observer.h"
+#include "platform/sim/world/world.h"
+#include "policy/round_watch.h"
 
 namespace corvane::lab {
 

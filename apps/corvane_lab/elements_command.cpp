@@ -5,16 +5,16 @@
 #include <string>
 #include <type_traits>
 
-#include "core/foundation/text.h"
+#include "foundation/text.h"
 #include "corvane_lab/arguments.h"
 #include "corvane_lab/commands.h"
-#include "platform/linux/host_text_file.h"
-#include "platform/sim/captured_beacons.h"
+#include "platform/text_file.h"
+#include "platform/sim/world/captured_beacons.h"
 #include "platform/sim/simulated_pc.h"
-#include "platform/sim/world_loader.h"
-#include "wlan/elements/bss_reading.h"
-#include "wlan/elements/frequency_table.h"
-#include "wlan/elements/ie_blob.h"
+#include "platform/sim/world/world_loader.h"
+#include "elements/bss_reading.h"
+#include "elements/frequency_table.h"
+#include "elements/ie_blob.h"
 
 namespace corvane::lab {
 
@@ -206,7 +206,7 @@ int ElementsCommand(const std::vector<std::string>& words) {
   const platform::sim::SimulatedPc pc(platform::sim::World{});
   bool anyBad = false;
   platform::sim::ForEachCapturedLine(
-      platform::linux_host::ReadTextFile(file), file, [&](const std::string& line, const std::string& place) {
+      platform::ReadTextFile(file), file, [&](const std::string& line, const std::string& place) {
         try {
           const platform::sim::CapturedBeacon beacon = platform::sim::ReadCapturedBeacon(line, place);
           if (beacon.freqMhz) std::printf("%s\n", ElementsLine(beacon).c_str());

@@ -3,7 +3,7 @@
 #include <map>
 #include <string>
 
-#include "core/foundation/format.h"
+#include "foundation/format.h"
 #include "corvane_lab/arguments.h"
 #include "corvane_lab/commands.h"
 #include "corvane_lab/round_record.h"

@@ -5,9 +5,9 @@
 
 #include <algorithm>
 
-#include "config/settings/global_config_container.h"
-#include "select/policy/policy.h"
-#include "select/policy/suggesting.h"
+#include "settings/global_config_container.h"
+#include "policy/policy.h"
+#include "policy/suggesting.h"
 
 namespace corvane::lab {
 

@@ -7,7 +7,7 @@
 
 #include "corvane_lab/adapter_numbers.h"
 #include "platform/sim/simulated_pc.h"
-#include "select/policy/round_watch.h"
+#include "policy/round_watch.h"
 
 namespace corvane::lab {
 

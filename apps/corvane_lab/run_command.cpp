@@ -3,16 +3,16 @@
 #include <optional>
 #include <string>
 
-#include "core/foundation/format.h"
-#include "core/foundation/smart_obj.h"
+#include "foundation/format.h"
+#include "foundation/smart_obj.h"
 #include "corvane_lab/arguments.h"
 #include "corvane_lab/commands.h"
 #include "corvane_lab/run_report.h"
 #include "corvane_lab/service_run.h"
 #include "corvane_lab/simulated_user.h"
 #include "corvane_lab/world_source.h"
-#include "platform/linux/host_text_file.h"
-#include "platform/sim/fault_plan.h"
+#include "platform/text_file.h"
+#include "platform/sim/kernel/fault_plan.h"
 #include "platform/sim/simulated_pc.h"
 
 namespace corvane::lab {
@@ -29,7 +29,7 @@ constexpr std::uint64_t kSampleMs = 1000;
 // Where the lines go: standard output, and a file of JSON.
 struct Output {
   bool quiet = false;
-  std::optional<platform::linux_host::TextFileWriter> json;
+  std::optional<platform::TextFileWriter> json;
   static void Print(const std::string& text, const std::string& json, void* context) {
     auto& self = *static_cast<Output*>(context);
     if (!self.quiet && !text.empty()) std::printf("%s\n", text.c_str());

@@ -5,11 +5,11 @@
 
 #include <algorithm>
 
-#include "config/settings/global_config_container.h"
-#include "core/foundation/format.h"
-#include "platform/sim/sim_kernel.h"
-#include "select/policy/policy.h"
-#include "wlan/binding/wifi_client_container.h"
+#include "settings/global_config_container.h"
+#include "foundation/format.h"
+#include "platform/sim/kernel/sim_kernel.h"
+#include "policy/policy.h"
+#include "wlan/wifi_client_container.h"
 
 namespace corvane::lab {
 

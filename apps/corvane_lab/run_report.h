@@ -7,7 +7,7 @@
 
 #include "corvane_lab/decision_audit.h"
 #include "corvane_lab/round_record.h"
-#include "platform/sim/pc_observer.h"
+#include "platform/sim/devices/pc_observer.h"
 #include "platform/sim/simulated_pc.h"
 #include "platform/trace_logging.h"
 

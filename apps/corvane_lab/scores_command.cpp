@@ -5,13 +5,13 @@
 #include <cstdio>
 #include <string>
 
-#include "core/foundation/format.h"
+#include "foundation/format.h"
 #include "corvane_lab/arguments.h"
 #include "corvane_lab/commands.h"
 #include "corvane_lab/service_run.h"
 #include "corvane_lab/world_source.h"
 #include "platform/sim/simulated_pc.h"
-#include "wlan/binding/wifi_client_container.h"
+#include "wlan/wifi_client_container.h"
 
 namespace corvane::lab {
 

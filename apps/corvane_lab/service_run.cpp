@@ -1,6 +1,6 @@
 #include "corvane_lab/service_run.h"
 
-#include "core/service/service_main.h"
+#include "service/service_main.h"
 #include "platform/thread_api.h"
 
 namespace corvane::lab {

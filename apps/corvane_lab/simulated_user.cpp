@@ -1,7 +1,7 @@
 #include "corvane_lab/simulated_user.h"
 
-#include "config/settings/global_config_container.h"
-#include "config/store/value_names.h"
+#include "settings/global_config_container.h"
+#include "store/value_names.h"
 
 namespace corvane::lab {
 

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/sim/seeded_random.h"
+#include "platform/sim/kernel/seeded_random.h"
 
 namespace corvane::lab {
 

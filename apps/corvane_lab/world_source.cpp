@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <array>
 
-#include "config/store/address_text.h"
-#include "config/store/value_names.h"
-#include "platform/linux/host_text_file.h"
-#include "platform/sim/world_loader.h"
+#include "store/address_text.h"
+#include "store/value_names.h"
+#include "platform/text_file.h"
+#include "platform/sim/world/world_loader.h"
 
 namespace corvane::lab {
 
@@ -25,7 +25,7 @@ World WorldOf(const Arguments& arguments) {
   const auto air = arguments.Value("--air");
   if (arguments.Rest().size() != (air ? 0u : 1u)) throw UsageError("one world, or --air and a file");
   const std::string& file = air ? *air : arguments.Rest()[0];
-  const std::string text = platform::linux_host::ReadTextFile(file);
+  const std::string text = platform::ReadTextFile(file);
   World world = air ? platform::sim::WorldFromAir(text, file) : platform::sim::ParseWorld(text, file);
   if (const auto mode = arguments.Value("--mode")) SetMode(&world, *mode);
   return world;

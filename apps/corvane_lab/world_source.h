@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "corvane_lab/arguments.h"
-#include "platform/sim/world.h"
+#include "platform/sim/world/world.h"
 
 namespace corvane::lab {
 

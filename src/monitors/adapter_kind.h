@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "core/foundation/text.h"
+#include "foundation/text.h"
 
 namespace corvane {
 

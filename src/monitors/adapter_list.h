@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "core/foundation/generic_malloc.h"
+#include "foundation/generic_malloc.h"
 #include "monitors/ip_address.h"
 
 namespace corvane {

@@ -4,8 +4,8 @@
 #include <atomic>
 #include <cstring>
 
-#include "core/foundation/guarded.h"
-#include "core/log/log.h"
+#include "foundation/guarded.h"
+#include "foundation/log_lines.h"
 #include "monitors/adapter_kind.h"
 #include "monitors/adapter_list.h"
 #include "platform/ip_helper_api.h"

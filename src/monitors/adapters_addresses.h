@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "core/foundation/generic_malloc.h"
-#include "core/foundation/smart_obj.h"
+#include "foundation/generic_malloc.h"
+#include "foundation/smart_obj.h"
 #include "monitors/ip_address.h"
 #include "platform/types.h"
 

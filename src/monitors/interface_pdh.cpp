@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <cmath>
 
-#include "core/foundation/guarded.h"
-#include "core/foundation/utils.h"
-#include "core/log/log.h"
+#include "foundation/guarded.h"
+#include "monitors/utils.h"
+#include "foundation/log_lines.h"
 #include "platform/clock_api.h"
 #include "platform/platform.h"
 

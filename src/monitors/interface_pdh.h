@@ -2,8 +2,8 @@
 #include <atomic>
 #include <cstdint>
 
-#include "core/foundation/smart_obj.h"
-#include "core/foundation/text.h"
+#include "foundation/smart_obj.h"
+#include "foundation/text.h"
 #include "platform/perf_counter_api.h"
 
 namespace corvane {

@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "core/foundation/format.h"
+#include "foundation/format.h"
 
 namespace corvane {
 

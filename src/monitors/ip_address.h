@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <vector>
 
-#include "config/store/address_text.h"
-#include "core/foundation/text.h"
+#include "store/address_text.h"
+#include "foundation/text.h"
 
 namespace corvane {
 

@@ -3,10 +3,10 @@
 #include <atomic>
 #include <vector>
 
-#include "config/store/address_text.h"
-#include "core/foundation/exception.h"
-#include "core/foundation/guarded.h"
-#include "core/log/log.h"
+#include "store/address_text.h"
+#include "foundation/exception.h"
+#include "foundation/guarded.h"
+#include "foundation/log_lines.h"
 #include "monitors/nlm_table.h"
 #include "platform/platform.h"
 

@@ -1,13 +1,12 @@
 #pragma once
 #include <cstdint>
 #include <list>
-#include <map>
 #include <memory>
-#include <string>
 
-#include "core/foundation/crit_sec.h"
-#include "core/foundation/singleton.h"
-#include "core/foundation/text.h"
+#include "foundation/crit_sec.h"
+#include "foundation/singleton.h"
+#include "foundation/text.h"
+#include "monitors/nlm_record.h"
 #include "platform/network_list_api.h"
 
 namespace corvane {
@@ -15,24 +14,6 @@ namespace corvane {
 // NLM_CONNECTIVITY, the flags in use.
 inline constexpr std::uint32_t kConnectivityInternet = 0x440;
 inline constexpr std::uint32_t kConnectivityNoInternet = 0x333;
-
-// What the operating system's network list says of one base name.
-struct NlmNetworkRecord {
-  WString name;  // the instance that speaks for the base name
-  WString base;
-  std::map<WString, std::int32_t, std::less<>> others;  // every instance name seen
-  WString desc;
-  std::int32_t cat = 2;  // 0 public, 1 private, 2 domain
-  bool iscon = false;
-  bool isinet = false;
-  std::uint32_t connectivity = 0;
-  std::uint64_t connectedTime = 0;  // FILETIME
-  std::uint64_t createdTime = 0;
-  bool seen = false;
-};
-
-// "Public", "Private", "Domain", "Unknown".
-const char16_t* NetworkCategoryName(std::int32_t category);
 
 // The table of networks by base name. The main thread refreshes it; any thread looks things up and
 // sees whole records only.

@@ -1,6 +1,6 @@
 #include "monitors/nlm_table.h"
 
-#include "core/log/log.h"
+#include "foundation/log_lines.h"
 
 namespace corvane {
 

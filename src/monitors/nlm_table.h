@@ -5,7 +5,7 @@
 #include <map>
 #include <vector>
 
-#include "monitors/network_list_manager.h"
+#include "monitors/nlm_record.h"
 
 namespace corvane {
 

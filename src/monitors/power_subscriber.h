@@ -1,5 +1,5 @@
 #pragma once
-#include "core/foundation/smart_obj.h"
+#include "foundation/smart_obj.h"
 
 namespace corvane {
 

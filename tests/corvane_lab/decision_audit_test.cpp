@@ -2,7 +2,7 @@
 
 #include <gmock/gmock.h>
 
-#include "select/policy/policy_fixture.h"
+#include "policy/policy_fixture.h"
 
 namespace corvane::lab {
 namespace {

@@ -7,7 +7,7 @@
 #include <sstream>
 
 #include "corvane_lab/commands.h"
-#include "platform/sim/captured_beacons.h"
+#include "platform/sim/world/captured_beacons.h"
 #include "support/pc_fixture.h"
 #include "support/source_dir.h"
 

@@ -7,7 +7,7 @@
 
 #include "host/temp_directory.h"
 #include "platform/linux/host_gate.h"
-#include "platform/linux/host_text.h"
+#include "platform/utf.h"
 
 namespace corvane::test {
 

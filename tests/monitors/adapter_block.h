@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "core/foundation/text.h"
+#include "foundation/text.h"
 #include "monitors/ip_address.h"
 #include "platform/ip_helper_api.h"
 

@@ -2,7 +2,7 @@
 
 #include <optional>
 
-#include "core/foundation/exception.h"
+#include "foundation/exception.h"
 #include "monitors/adapter_block.h"
 #include "monitors/adapter_list.h"
 #include "support/pc_fixture.h"

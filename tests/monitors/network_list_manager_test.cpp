@@ -2,7 +2,7 @@
 
 #include <functional>
 
-#include "core/foundation/exception.h"
+#include "foundation/exception.h"
 #include "support/pc_fixture.h"
 
 namespace corvane {

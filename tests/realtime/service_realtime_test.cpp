@@ -10,14 +10,14 @@
 #include <fstream>
 #include <thread>
 
-#include "core/foundation/smart_obj.h"
-#include "core/service/service_main.h"
+#include "foundation/smart_obj.h"
+#include "service/service_main.h"
 #include "host/temp_directory.h"
 #include "platform/linux/host_console.h"
 #include "platform/linux/linux_host.h"
-#include "platform/sim/pc_observer.h"
-#include "platform/sim/sim_devices.h"
-#include "platform/sim/world_loader.h"
+#include "platform/sim/devices/pc_observer.h"
+#include "platform/sim/devices/sim_devices.h"
+#include "platform/sim/world/world_loader.h"
 
 namespace corvane::test {
 

@@ -1,7 +1,7 @@
 // What follows from a connection, its change and its loss.
 
-#include "platform/sim/sim_files.h"
-#include "platform/sim/sim_registry.h"
+#include "platform/sim/kernel/sim_files.h"
+#include "platform/sim/kernel/sim_registry.h"
 #include "scenario/service_fixture.h"
 
 namespace corvane::test {

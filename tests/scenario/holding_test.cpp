@@ -1,6 +1,6 @@
 // What keeps an adapter where it is, what makes it look around, and what makes it leave.
 
-#include "config/settings/global_config_container.h"
+#include "settings/global_config_container.h"
 #include "scenario/service_fixture.h"
 
 namespace corvane::test {

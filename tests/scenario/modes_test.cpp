@@ -1,7 +1,7 @@
 // What an adapter does by itself, what it leaves alone, and what it does on a client's order.
 
-#include "platform/sim/sim_files.h"
-#include "platform/sim/world_profile.h"
+#include "platform/sim/kernel/sim_files.h"
+#include "platform/sim/world/world_profile.h"
 #include "scenario/service_fixture.h"
 
 namespace corvane::test {

@@ -1,8 +1,8 @@
 // Moves between the access points of one installation: the service's own, and those of somebody else.
 
-#include "platform/sim/fault_plan.h"
-#include "platform/sim/sim_registry.h"
-#include "platform/sim/world_text.h"
+#include "platform/sim/kernel/fault_plan.h"
+#include "platform/sim/kernel/sim_registry.h"
+#include "platform/sim/world/world_text.h"
 #include "scenario/service_fixture.h"
 
 namespace corvane::test {

@@ -1,7 +1,7 @@
 // What lets a round run, and what holds it back.
 
-#include "platform/sim/sim_registry.h"
-#include "platform/sim/sim_session.h"
+#include "platform/sim/kernel/sim_registry.h"
+#include "platform/sim/kernel/sim_session.h"
 #include "scenario/service_fixture.h"
 
 namespace corvane::test {

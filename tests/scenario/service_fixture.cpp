@@ -3,14 +3,14 @@
 #include <algorithm>
 #include <sstream>
 
-#include "client/notify/notification_manager.h"
-#include "config/settings/global_config_container.h"
-#include "config/store/address_text.h"
-#include "platform/sim/sim_event_trace.h"
-#include "platform/sim/sim_files.h"
-#include "platform/sim/sim_kernel.h"
-#include "platform/sim/sim_registry.h"
-#include "wlan/binding/wifi_client_container.h"
+#include "notify/notification_manager.h"
+#include "settings/global_config_container.h"
+#include "store/address_text.h"
+#include "platform/sim/kernel/sim_event_trace.h"
+#include "platform/sim/kernel/sim_files.h"
+#include "platform/sim/kernel/sim_kernel.h"
+#include "platform/sim/kernel/sim_registry.h"
+#include "wlan/wifi_client_container.h"
 
 namespace corvane::test {
 

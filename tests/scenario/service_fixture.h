@@ -7,16 +7,16 @@
 #include <string_view>
 #include <vector>
 
-#include "client/notify/notification_event.h"
-#include "config/settings/interface_config.h"
+#include "notify/notification_event.h"
+#include "settings/interface_config.h"
 #include "corvane_lab/service_run.h"
-#include "platform/sim/pc_observer.h"
-#include "platform/sim/sim_devices.h"
-#include "platform/sim/sim_session.h"
+#include "platform/sim/devices/pc_observer.h"
+#include "platform/sim/devices/sim_devices.h"
+#include "platform/sim/kernel/sim_session.h"
 #include "platform/trace_logging.h"
 #include "support/pc_fixture.h"
 #include "support/world_builder.h"
-#include "wlan/binding/wlan_interface.h"
+#include "wlan/wlan_interface.h"
 
 namespace corvane::test {
 

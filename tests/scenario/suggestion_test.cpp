@@ -1,6 +1,6 @@
 // A suggestion, from the scan to its answer.
 
-#include "core/foundation/format.h"
+#include "foundation/format.h"
 #include "scenario/service_fixture.h"
 
 namespace corvane::test {

@@ -1,11 +1,11 @@
 // The main thread: adapters that come and go, workers that die, the start and the stop.
 
-#include "core/foundation/smart_obj.h"
-#include "platform/sim/fault_plan.h"
-#include "platform/sim/sim_files.h"
-#include "platform/sim/sim_registry.h"
+#include "foundation/smart_obj.h"
+#include "platform/sim/kernel/fault_plan.h"
+#include "platform/sim/kernel/sim_files.h"
+#include "platform/sim/kernel/sim_registry.h"
 #include "scenario/service_fixture.h"
-#include "wlan/binding/wifi_client_container.h"
+#include "wlan/wifi_client_container.h"
 
 namespace corvane::test {
 

@@ -2,8 +2,8 @@
 
 #include <set>
 
-#include "platform/sim/sim_files.h"
-#include "platform/sim/sim_registry.h"
+#include "platform/sim/kernel/sim_files.h"
+#include "platform/sim/kernel/sim_registry.h"
 #include "scenario/service_fixture.h"
 
 namespace corvane::test {

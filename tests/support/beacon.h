@@ -1,8 +1,8 @@
 #pragma once
 // Beacons for tests: Beacon(u8"Office").Channel(36).Vht80(2).Rsn({AKM_PSK}).Bytes()
 
-#include "platform/sim/beacon_builder.h"
-#include "platform/sim/element_facts.h"
+#include "platform/sim/world/beacon_builder.h"
+#include "platform/sim/world/element_facts.h"
 
 namespace corvane::test {
 

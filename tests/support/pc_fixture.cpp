@@ -2,10 +2,10 @@
 
 #include <cstdio>
 
-#include "core/foundation/singleton.h"
-#include "core/foundation/smart_obj.h"
-#include "core/foundation/trace.h"
-#include "core/log/log.h"
+#include "foundation/singleton.h"
+#include "foundation/smart_obj.h"
+#include "foundation/log_lines.h"
+#include "log/log.h"
 
 namespace corvane::test {
 

@@ -20,7 +20,7 @@
 #include "platform/power_api.h"
 #include "platform/registry_api.h"
 #include "platform/session_api.h"
-#include "platform/sim/sim_kernel.h"
+#include "platform/sim/kernel/sim_kernel.h"
 #include "platform/sim/simulated_pc.h"
 #include "platform/thread_api.h"
 #include "platform/wlan_api.h"

@@ -1,6 +1,6 @@
 // Apart from the rest of the fixtures, so that only tests of a whole PC draw in the devices.
 
-#include "platform/sim/sim_devices.h"
+#include "platform/sim/devices/sim_devices.h"
 #include "support/pc_fixture.h"
 
 namespace corvane::test {

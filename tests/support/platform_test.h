@@ -1,9 +1,9 @@
 #pragma once
 #include <gtest/gtest.h>
 
-#include "core/foundation/singleton.h"
-#include "core/foundation/smart_obj.h"
-#include "core/foundation/trace.h"
+#include "foundation/singleton.h"
+#include "foundation/smart_obj.h"
+#include "foundation/log_lines.h"
 #include "support/basic_platform.h"
 
 namespace corvane::test {

@@ -4,8 +4,8 @@
 
 #include <map>
 
-#include "core/foundation/trace.h"
-#include "select/report/report_config.h"
+#include "foundation/log_lines.h"
+#include "report/report_config.h"
 #include "support/pc_fixture.h"
 
 namespace corvane::test {

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-#include "platform/sim/world_loader.h"
-#include "platform/sim/world_profile.h"
-#include "platform/sim/world_text.h"
+#include "platform/sim/world/world_loader.h"
+#include "platform/sim/world/world_profile.h"
+#include "platform/sim/world/world_text.h"
 
 namespace corvane::test {
 

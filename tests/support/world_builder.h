@@ -2,7 +2,7 @@
 #include <string>
 #include <utility>
 
-#include "platform/sim/world.h"
+#include "platform/sim/world/world.h"
 #include "support/beacon.h"
 
 namespace corvane::test {

@@ -10,8 +10,8 @@
 #include <utility>
 #include <vector>
 
-#include "platform/sim/seam_gate.h"
-#include "platform/sim/sim_text.h"
+#include "platform/sim/kernel/seam_gate.h"
+#include "platform/sim/kernel/sim_text.h"
 #include "platform/thread_api.h"
 
 namespace corvane::platform::linux_host {

@@ -1,6 +1,6 @@
 #pragma once
 #include "platform/linux/host_threads.h"
-#include "platform/sim/seam_gate.h"
+#include "platform/sim/kernel/seam_gate.h"
 
 namespace corvane::platform::linux_host {
 

@@ -9,8 +9,8 @@
 #include <filesystem>
 
 #include "platform/linux/host_error.h"
-#include "platform/linux/host_text.h"
-#include "platform/sim/sim_text.h"
+#include "platform/utf.h"
+#include "platform/sim/kernel/sim_text.h"
 
 namespace corvane::platform::linux_host {
 

@@ -1,7 +1,7 @@
 #pragma once
 #include <string>
 
-#include "platform/sim/world.h"
+#include "platform/sim/world/world.h"
 
 namespace corvane::platform::sim {
 class IPcObserver;

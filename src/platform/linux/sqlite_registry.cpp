@@ -12,8 +12,8 @@
 #include "platform/linux/host_error.h"
 #include "platform/linux/registry_value.h"
 #include "platform/linux/sqlite_database.h"
-#include "platform/sim/seam_gate.h"
-#include "platform/sim/sim_text.h"
+#include "platform/sim/kernel/seam_gate.h"
+#include "platform/sim/kernel/sim_text.h"
 
 namespace corvane::platform::linux_host {
 

@@ -1,7 +1,8 @@
 #include "platform/sim/simulated_pc.h"
 
-#include "platform/sim/sim_devices.h"
-#include "platform/sim/sim_kernel.h"
+#include "platform/sim/devices/sim_devices.h"
+#include "platform/sim/kernel/sim_kernel.h"
+#include "platform/sim/world/world.h"
 
 namespace corvane::platform::sim {
 

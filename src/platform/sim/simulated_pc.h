@@ -5,7 +5,7 @@
 #include <string>
 
 #include "platform/platform.h"
-#include "platform/sim/pc_options.h"
+#include "platform/sim/kernel/pc_options.h"
 
 namespace corvane::platform::sim {
 

@@ -1,7 +1,0 @@
-#include "config/store/process_flags.h"
-
-namespace corvane {
-
-std::atomic<bool> g_bVPNFound{false};
-
-}  // namespace corvane

@@ -1,0 +1,16 @@
+#include "foundation/guarded.h"
+
+#include "foundation/log_lines.h"
+#include "platform/console_api.h"
+#include "platform/platform.h"
+
+namespace corvane {
+
+void ReportFault(const char* className, const char* operation, platform::DWORD code) {
+  Os().console.WriteOutput(
+      FormatA("\n>>>>>>>>>>>>>>>>>>>>[[ %s::filterException 0x%x ]]\n\n", className, code));
+  Os().console.FlushOutput();
+  LOG_ERROR(u"%S::%S: __EXCEPTION__ - s_LastExceptionCode=0x%08x", className, operation, code);
+}
+
+}  // namespace corvane

@@ -1,0 +1,44 @@
+#pragma once
+#include <list>
+#include <map>
+#include <string>
+
+#include "foundation/singleton.h"
+#include "score/channel_load_map.h"
+#include "model/wlan_network.h"
+#include "model/wlan_profile_data.h"
+
+namespace corvane {
+
+// What all adapters share: the stored profiles and the channel load map. Every operation takes the
+// maps lock; where the interface lock is needed too, that one is taken first.
+class CGlobalWirelessMaps {
+ public:
+  static CGlobalWirelessMaps& GetInstance() { return Singleton<CGlobalWirelessMaps>::GetInstance(); }
+
+  using ProfileMap = std::map<WString, CSmartPointer<CWlanProfileData>, std::less<>>;
+
+  CCritSec& GetLock() { return m_Lock; }  // guards the maps below and, across several reads, the load map
+
+  void GetHiddenSsids(std::list<std::string>* ssids);
+  void Shutdown();
+
+  // Works the load map out anew from one adapter's networks. The caller holds the interface lock.
+  void ComputeNoiseLevelArray(NetworkMap& networks);
+  bool IsLoadMapValid();
+  const ChannelLoadMap& LoadMap() const { return m_LoadMap; }  // under the lock
+
+  ProfileMap m_MapOfProfiles;   // hidden networks and profiles looked up
+  ProfileMap m_MapOfProfiles2;  // all profiles of the last refresh
+
+ private:
+  friend class Singleton<CGlobalWirelessMaps>;
+  CGlobalWirelessMaps() = default;
+  void ComputeNoiseLevelArray_internal(NetworkMap& networks);
+
+  CCritSec m_Lock{"wireless maps", LockRank::kMaps};
+  bool m_bLoadMapValid = false;
+  ChannelLoadMap m_LoadMap;
+};
+
+}  // namespace corvane

@@ -1,0 +1,295 @@
+#include "model/wlan_bss_entry.h"
+
+#include <algorithm>
+
+#include "settings/global_config_container.h"
+#include "store/process_flags.h"
+#include "foundation/log_lines.h"
+#include "history/global_ap_gateway_map_memo.h"
+#include "monitors/network_list_manager.h"
+#include "platform/clock_api.h"
+#include "platform/platform.h"
+#include "score/final_score.h"
+#include "score/subtotal.h"
+#include "elements/bss_reading.h"
+#include "elements/frequency_table.h"
+#include "model/base_netname.h"
+#include "model/global_wireless_maps.h"
+
+namespace corvane {
+
+namespace {
+
+constexpr std::uint64_t kElementsKeptMs = 60000;
+constexpr std::size_t kScoresKept = 5;
+constexpr std::uint32_t kFilterPermitted = 1;
+constexpr std::int32_t kCategoryPrivate = 1;
+
+// What a score takes from the adapter's configuration; the defaults when it is gone.
+struct AdapterFacts {
+  ScoreWeights weights;
+  bool heCapable = false;
+  std::int32_t averageScore5 = -1, averageScore2 = -1;
+  double averageLoad5 = -1.0, averageLoad2 = -1.0;
+};
+
+AdapterFacts FactsOfAdapter(int ifIndex) {
+  AdapterFacts facts;
+  const auto config = CGlobalConfigContainer::GetInstance().FindIFConfig(ifIndex);
+  if (!config) return facts;
+  facts.weights = config->GetScoreWeights();
+  facts.heCapable = config->m_bHECapable;
+  facts.averageScore5 = config->m_AvgQBSSScore5;
+  facts.averageScore2 = config->m_AvgQBSSScore2;
+  facts.averageLoad5 = config->m_AvgLoad5;
+  facts.averageLoad2 = config->m_AvgLoad2;
+  return facts;
+}
+
+NetworkFacts FactsOfNetwork(const WString& ssid) {
+  CNetworkListManager* const list = CNetworkListManager::Find();
+  NetworkFacts facts;
+  facts.isPrivate = CNetworkListManager::CategoryOf(ssid) == kCategoryPrivate;
+  facts.connectivityKnown = list && list->GetConnectivityForBaseNetname(ssid, &facts.connectivity, true);
+  return facts;
+}
+
+}  // namespace
+
+CWlanBssEntry::CWlanBssEntry() : SmartObjEx("BSS entry", LockRank::kBssEntry) {}
+
+void CWlanBssEntry::UpdateFromBss(const platform::WLAN_BSS_ENTRY& bss, const std::uint8_t* ies,
+                                  std::uint32_t cbIEs, const Facts& facts, int ifIndex) {
+  m_IfIndex = ifIndex;
+  m_bHasTempProfile = facts.hasTempProfile;
+  m_bNonBroadcast = facts.nonBroadcast;
+  // Texts of names that stay are made once.
+  if (m_BSSIDText.empty() || GetBssid() != ToMac(bss.dot11Bssid)) m_BSSIDText = MacText(ToMac(bss.dot11Bssid));
+  m_Bss = bss;
+  if (std::string ssid = SsidBytes(bss.dot11Ssid); ssid != m_SSIDA || m_SSIDW.empty()) {
+    m_SSIDA = std::move(ssid);
+    m_SSIDW = Utf8ToWide(m_SSIDA);
+    m_BaseNetname = m_SSIDW;
+    StripBandWord(&m_BaseNetname);
+  }
+  if (facts.internetState != kInternetUnknown) {
+    m_bInternet = m_bInternetLatch = facts.internetState != 0;
+  }
+  m_bss_scanned = true;
+  m_unscanned_count = 0;
+  const ChannelAndWidth place = ChannelOfFrequency(bss.ulChCenterFrequency);
+  m_Channel = place.channel;
+  m_Width = place.width;
+  m_GrantedAccess = facts.grantedAccess;
+  m_AutoConnect = facts.autoConnect;
+  m_SecurityEnabled = facts.securityEnabled;
+  m_AuthAlgorithm = facts.authAlgorithm;
+  UpdateElements(ies, cbIEs);
+  UpdateScore(facts.pegLQ);
+}
+
+void CWlanBssEntry::UpdateElements(const std::uint8_t* ies, std::uint32_t cbIEs) {
+  const bool given = ies != nullptr && cbIEs >= 2;
+  if (!given) {
+    if (!m_IEBlob) return;
+    if (Os().clock.GetTickCount64() - m_IEBlob->m_ParsedAtTick <= kElementsKeptMs) return;
+  }
+  auto blob = CIEBlob::CreateObject();
+  blob->Load(given ? ies : nullptr, given ? cbIEs : 0, m_Channel, m_Width, m_Bss);
+  m_IEBlob = std::move(blob);
+}
+
+std::int32_t CWlanBssEntry::ComputeSubtotal(std::uint32_t pegLQ) {
+  const AdapterFacts adapter = FactsOfAdapter(m_IfIndex);
+  auto& global = CGlobalConfigContainer::GetInstance();
+  SubtotalInputs in;
+  in.quality = m_Bss.uLinkQuality;
+  in.pegQuality = pegLQ;
+  in.weights = adapter.weights;
+  RadioFacts radio;
+  if (const CIEBlob* blob = m_IEBlob.get()) {
+    radio.htPresent = blob->m_HTPresent;
+    radio.vhtPresent = blob->m_VHTPresent;
+    radio.heCapsGood = blob->m_HECapsGood;
+    radio.muMimo = IsMuMimo(*blob);
+    radio.securityMask = blob->SecurityMask;
+    radio.maxRateMbps = blob->GetMaxRateMbps(adapter.heCapable, false);
+    radio.loadPct = blob->m_QBSSLoadPct;
+    ReadNoise(*blob, &radio.loadMapValid, &radio.quietChannel);
+    in.radio = &radio;
+  }
+  in.network = FactsOfNetwork(m_SSIDW);
+  in.allowed = global.GetNetworkFilter(m_SSIDW) == kFilterPermitted;
+  in.allowBonus = global.m_AllowFilterScoreBonus;
+  in.vpnFound = g_bVPNFound;
+  in.internet = {m_bInternet, m_bInternetLatch, m_bConnectivityKnown, m_bVpnMuted};
+
+  const SubtotalResult result = corvane::ComputeSubtotal(in, &m_ScoreLog);
+  m_PeggedLQ = result.peggedQuality;
+  m_QBSSPoints = result.loadPoints;
+  m_bInternet = result.internet.internet;
+  m_bInternetLatch = result.internet.latch;
+  m_bConnectivityKnown = result.internet.known;
+  m_bVpnMuted = result.internet.vpnMuted;
+  return result.points;
+}
+
+void CWlanBssEntry::ReadNoise(const CIEBlob& blob, bool* valid, bool* quiet) const {
+  auto& maps = CGlobalWirelessMaps::GetInstance();
+  const CCritSecLock lock(maps.GetLock());
+  *valid = maps.IsLoadMapValid();
+  if (!*valid) return;
+  const int band = BandOfFrequency(GetFrequencyKhz());
+  const ChannelLoadMap& map = maps.LoadMap();
+  *quiet = blob.m_VHT80Plus80
+               ? map.IsQuiet(band, blob.m_LoadSeg0Channel) || map.IsQuiet(band, blob.m_LoadSeg1Channel)
+               : map.IsQuiet(band, blob.m_LoadCenterChannel);
+}
+
+void CWlanBssEntry::UpdateScore(std::uint32_t pegLQ) {
+  const std::int32_t subtotal = ComputeSubtotal(pegLQ);
+  if (!m_ScoreHistory.empty() && m_ScoreHistory.front() == subtotal) return;
+  m_ScoreHistory.insert(m_ScoreHistory.begin(), subtotal);
+  if (m_ScoreHistory.size() > kScoresKept) m_ScoreHistory.resize(kScoresKept);
+}
+
+std::int32_t CWlanBssEntry::GetScore(bool bLog) {
+  if (m_ScoreHistory.empty()) {
+    if (bLog) m_FinalScoreLog.clear();
+    return -1;
+  }
+  FinalScoreInputs in;
+  in.subtotal = m_ScoreHistory.front();
+  in.loadPoints = m_QBSSPoints;
+  if (m_QBSSPoints < 0) {
+    const AdapterFacts adapter = FactsOfAdapter(m_IfIndex);
+    auto& maps = CGlobalWirelessMaps::GetInstance();
+    const CCritSecLock lock(maps.GetLock());
+    in.channelLoad = maps.LoadMap().LoadOf(BandOfFrequency(GetFrequencyKhz()),
+                                           m_IEBlob ? m_IEBlob->m_LoadCenterChannel : 0);
+    in.bandAverage = IsIn5GHzRange() ? adapter.averageScore5 : adapter.averageScore2;
+    in.loadWeight = adapter.weights.QBSSBumpMax;
+  }
+  in.guest = ToLower(m_SSIDW).find(u"guest") != WString::npos;
+  in.bluetoothBand = !IsIn5GHzRange();
+  in.bluetoothPenalty = m_BTPenalty;
+  return ComputeFinalScore(in, bLog ? &m_FinalScoreLog : nullptr);
+}
+
+std::int32_t CWlanBssEntry::MaxRate(bool halved) const {
+  if (m_IEBlob) return m_IEBlob->GetMaxRateMbps(FactsOfAdapter(m_IfIndex).heCapable, halved);
+  // The platform's rate set holds units of 500 kbps with the basic-rate bit on top (IEEE 802.11 9.4.2.3).
+  constexpr std::size_t kRatesRead = 126;
+  const std::size_t count = std::min<std::size_t>(m_Bss.wlanRateSet.uRateSetLength / 2, kRatesRead);
+  std::int32_t best = 0;
+  for (std::size_t i = 0; i < count; ++i) {
+    best = std::max(best, std::int32_t{m_Bss.wlanRateSet.usRateSet[i] & 0x7FFF} / 2);
+  }
+  return best;
+}
+
+std::int32_t CWlanBssEntry::GetMaxRate() const { return MaxRate(false); }
+std::int32_t CWlanBssEntry::GetMaxRateHalved() const { return MaxRate(true); }
+
+double CWlanBssEntry::GetLoadPct() const {
+  if (m_IEBlob && m_IEBlob->m_QBSSLoadPct >= 0.0) return std::min(m_IEBlob->m_QBSSLoadPct, 100.0);
+  const AdapterFacts adapter = FactsOfAdapter(m_IfIndex);
+  return IsIn5GHzRange() ? adapter.averageLoad5 : adapter.averageLoad2;
+}
+
+double CWlanBssEntry::GetRawLoadPct() const { return m_IEBlob ? m_IEBlob->m_QBSSLoadPct : -1.0; }
+
+std::uint16_t CWlanBssEntry::GetStationCount() const {
+  return m_IEBlob ? m_IEBlob->m_StationCount : std::uint16_t{65535};
+}
+
+WString CWlanBssEntry::GetPhyMode() const { return Widen(PhyModeOf(m_IEBlob.get())); }
+
+WString CWlanBssEntry::GetPhyModes() {
+  if (!m_IEBlob) return u"802.11";
+  m_IEBlob->m_PhyModeString = Widen(PhyModesOf(*m_IEBlob));
+  return m_IEBlob->m_PhyModeString;
+}
+
+WString CWlanBssEntry::GetChannelWidthText() {
+  return m_IEBlob ? m_IEBlob->GetChannelWidthString(false, u"/", true) : WString(u"20");
+}
+
+bool CWlanBssEntry::GetMuMimo() const { return m_IEBlob && IsMuMimo(*m_IEBlob); }
+
+WString CWlanBssEntry::GetBandText() const { return Widen(BandTextOf(GetFrequencyKhz())); }
+
+bool CWlanBssEntry::IsIn5GHzRange() const {
+  return GetFrequencyKhz() >= 5150000 && GetFrequencyKhz() <= 5924999;
+}
+
+WString CWlanBssEntry::GetStatusLine() {
+  const std::int32_t category = CNetworkListManager::CategoryOf(m_SSIDW);
+  const char16_t* automatic = m_GrantedAccess == 0 ? u"unknown" : m_AutoConnect ? u"auto" : u"not-auto";
+  const char16_t* presence = m_bss_scanned ? u"good" : m_unscanned_count == 0 ? u"pending" : u"bad";
+  return Format(u"%s\v%s\v%s\v%i\v%lu\v%s\v%s\v%s\v%0.2lf\v%lu\v%s\v%i\v%i\v%s\v%s\v%i", m_SSIDW,
+                m_BSSIDText, GetBandText(), GetScore(true), GetLQ(),
+                category >= 0 ? NetworkCategoryName(category) : u"unknown", automatic, presence, GetLoadPct(),
+                m_Channel, GetPhyModes(), m_AuthAlgorithm, GetMuMimo(),
+                m_IEBlob ? m_IEBlob->GetChannelWidthString(false, u",", false) : WString(u"20"), u"no",
+                m_ApCountOnChannel);
+}
+
+void CWlanBssEntry::UpdateApCount() {
+  std::int64_t channel = m_Channel;
+  if (m_IEBlob && m_IEBlob->m_VHT80Plus80) {
+    channel = m_IEBlob->m_LoadSeg0Channel;
+  } else if (m_IEBlob && m_IEBlob->m_LoadCenterChannel >= 1) {
+    channel = m_IEBlob->m_LoadCenterChannel;
+  }
+  auto& maps = CGlobalWirelessMaps::GetInstance();
+  const CCritSecLock lock(maps.GetLock());
+  m_ApCountOnChannel = maps.LoadMap().ApCountOf(BandOfFrequency(GetFrequencyKhz()), channel);
+}
+
+std::int32_t CWlanBssEntry::GetCandidate() {
+  if (IsOutOfScan()) {
+    if (m_candidate_counter > 0) {
+      LOG_ADAPTER(m_IfIndex, DBG(16) | DBG(17),
+                  u"GetCandidate[%s, m_bss_scanned=%i, m_unscanned_count=%i]: CLEARING CANDIDATE %i --> 0\n",
+                  m_BSSIDText, m_bss_scanned, m_unscanned_count, m_candidate_counter);
+      m_candidate_counter = 0;
+    }
+    return 0;
+  }
+  return m_candidate_counter;
+}
+
+std::int32_t CWlanBssEntry::IncrementCandidate(std::int32_t force) {
+  constexpr std::uint64_t kLog = DBG(16) | DBG(17);
+  if (IsOutOfScan()) {
+    m_candidate_counter = 0;
+    LOG_ADAPTER(m_IfIndex, kLog,
+                u"IncrementCandidate[%s, m_bss_scanned=%i, m_unscanned_count=%i, force=%i]: CLEAR due to unscan\n",
+                m_BSSIDText, m_bss_scanned, m_unscanned_count, force);
+  } else if (force > 0) {
+    m_candidate_counter = force;
+    LOG_ADAPTER(m_IfIndex, kLog,
+                u"IncrementCandidate[%s, m_bss_scanned=%i, m_unscanned_count=%i, force=%i]: _JUMP_ to %i\n",
+                m_BSSIDText, m_bss_scanned, m_unscanned_count, force, m_candidate_counter);
+  } else {
+    ++m_candidate_counter;
+    LOG_ADAPTER(m_IfIndex, kLog,
+                u"IncrementCandidate[%s, m_bss_scanned=%i, m_unscanned_count=%i, force=%i]: BUMPED to %i\n",
+                m_BSSIDText, m_bss_scanned, m_unscanned_count, force, m_candidate_counter);
+  }
+  return m_candidate_counter;
+}
+
+bool CWlanBssEntry::HasUsableProfile() const {
+  const auto holds = [this](std::uint32_t mask) { return (m_GrantedAccess & mask) == mask; };
+  return holds(platform::WLAN_EXECUTE_ACCESS) || holds(platform::WLAN_WRITE_ACCESS);
+}
+
+void CWlanBssEntry::AssignGatewayMacs(const MacList& ip4, const MacList& ip6) {
+  m_IP4GatewayMacs = ip4;
+  m_IP6GatewayMacs = ip6;
+  CGlobalAPGatewayMapMemo::GetInstance().Update(m_BSSIDText, ip4, ip6);
+}
+
+}  // namespace corvane

@@ -1,0 +1,89 @@
+#include "platform/sim/devices/sim_devices.h"
+
+#include "platform/sim/devices/sim_ip_helper.h"
+#include "platform/sim/devices/sim_network_list.h"
+#include "platform/sim/devices/sim_perf_counters.h"
+#include "platform/sim/devices/sim_power.h"
+#include "platform/sim/devices/sim_timeline.h"
+#include "platform/sim/devices/sim_wlan.h"
+#include "platform/sim/world/world_loader.h"
+
+namespace corvane::platform::sim {
+
+struct SimDevices::Impl {
+  Impl(const World& world, std::uint64_t seed, const DeviceHost& host)
+      : loop(host.threads, host.clock),
+        machine(world, seed, loop),
+        clients(loop),
+        traffic(machine),
+        wlan(machine, host.gate, clients, adapters),
+        ipHelper(machine, host.gate, adapters, traffic),
+        networkList(machine, host.gate, adapters, traffic),
+        perfCounters(machine, host.gate, adapters, traffic),
+        power(machine, host.gate, host.threads),
+        timeline({machine, clients, adapters, traffic, power, host.registry, host.session,
+                  host.pressKey, host.pressKeyContext}) {
+    for (std::size_t i = 0; i < world.adapters.size(); ++i) {
+      adapters.push_back(
+          std::make_unique<SimWlanAdapter>(machine, clients, traffic, static_cast<int>(i)));
+    }
+  }
+
+  // What the machine has done before, then the timeline, so that an action at time 0 meets a machine
+  // that runs.
+  void Boot() {
+    timeline.Boot();
+    for (const auto& adapter : adapters) adapter->Boot();
+    for (const Action& action : machine.world.timeline) {
+      loop.At(action.atMs, [this, &action] { timeline.Carry(action); });
+    }
+  }
+
+  SimDeviceLoop loop;
+  SimMachine machine;
+  SimWlanClients clients;
+  SimTraffic traffic;
+  SimWlanAdapters adapters;
+  SimWlan wlan;
+  SimIpHelper ipHelper;
+  SimNetworkList networkList;
+  SimPerfCounters perfCounters;
+  SimPower power;
+  SimTimeline timeline;
+};
+
+SimDevices::SimDevices(const World& world, std::uint64_t seed, const DeviceHost& host)
+    : m_pImpl(std::make_unique<Impl>(world, seed, host)) {}
+
+SimDevices::~SimDevices() = default;
+
+void SimDevices::Start() {
+  m_pImpl->loop.WithLock([this] { m_pImpl->Boot(); });
+  m_pImpl->loop.Start();
+}
+
+void SimDevices::Stop() { m_pImpl->loop.Stop(); }
+
+void SimDevices::SetObserver(IPcObserver* observer) { m_pImpl->loop.SetObserver(observer); }
+
+WlanApi& SimDevices::Wlan() { return m_pImpl->wlan; }
+IpHelperApi& SimDevices::IpHelper() { return m_pImpl->ipHelper; }
+NetworkListApi& SimDevices::NetworkList() { return m_pImpl->networkList; }
+PerfCounterApi& SimDevices::PerfCounters() { return m_pImpl->perfCounters; }
+PowerApi& SimDevices::Power() { return m_pImpl->power; }
+
+void SimDevices::Do(const char* actionJson) {
+  m_pImpl->loop.WithLock(
+      [&] { m_pImpl->timeline.Carry(ParseAction(actionJson, m_pImpl->machine.world)); });
+}
+
+void SimDevices::ClaimImpossibleCounts(bool on) { m_pImpl->wlan.ClaimImpossibleCounts(on); }
+
+SimDevices::Outstanding SimDevices::CountOutstanding() {
+  return {.wlanClients = m_pImpl->loop.WithLock([this] { return m_pImpl->clients.Count(); }),
+          .wlanBuffers = static_cast<std::size_t>(m_pImpl->wlan.BuffersOut()),
+          .networkListObjects = static_cast<std::size_t>(m_pImpl->networkList.ObjectsOut()),
+          .perfCounterHandles = m_pImpl->perfCounters.OpenHandles()};
+}
+
+}  // namespace corvane::platform::sim

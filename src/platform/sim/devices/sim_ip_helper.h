@@ -1,0 +1,31 @@
+#pragma once
+#include "platform/ip_helper_api.h"
+#include "platform/sim/kernel/seam_gate.h"
+#include "platform/sim/devices/sim_interfaces.h"
+
+namespace corvane::platform::sim {
+
+// The interface, address and neighbour tables of the simulated PC.
+class SimIpHelper final : public IpHelperApi {
+ public:
+  SimIpHelper(SimMachine& machine, SeamGate& gate, const SimWlanAdapters& adapters,
+              SimTraffic& traffic)
+      : m_Machine(machine), m_Gate(gate), m_Adapters(adapters), m_Traffic(traffic) {}
+
+  DWORD GetIfTable(MIB_IFTABLE* table, ULONG* size, BOOL order) override;
+  ULONG GetAdaptersAddresses(ULONG family, ULONG flags, void* reserved,
+                             IP_ADAPTER_ADDRESSES* addresses, ULONG* size) override;
+  ULONG GetAdaptersInfo(IP_ADAPTER_INFO* info, ULONG* size) override;
+  DWORD GetIpNetTable2(WORD family, MIB_IPNET_TABLE2** table) override;
+  void FreeMibTable(void* memory) override;
+
+ private:
+  std::vector<SimInterface> Interfaces() { return InterfacesOf(m_Machine, m_Adapters, m_Traffic); }
+
+  SimMachine& m_Machine;
+  SeamGate& m_Gate;
+  const SimWlanAdapters& m_Adapters;
+  SimTraffic& m_Traffic;
+};
+
+}  // namespace corvane::platform::sim

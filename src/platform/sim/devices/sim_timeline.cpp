@@ -1,0 +1,340 @@
+#include "platform/sim/devices/sim_timeline.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "platform/registry_api.h"
+#include "platform/sim/devices/pc_observer.h"
+#include "platform/sim/world/radio_model.h"
+#include "platform/sim/kernel/sim_session.h"
+#include "platform/sim/world/world_text.h"
+
+namespace corvane::platform::sim {
+
+namespace {
+
+constexpr DWORD kInternet = 0x40;      // NLM_CONNECTIVITY_IPV4_INTERNET
+constexpr DWORD kLocalNetwork = 0x20;  // NLM_CONNECTIVITY_IPV4_LOCALNETWORK
+constexpr char16_t kOwnProgram[] = u"Corvane.exe";
+
+// Where Windows keeps the name that its user sees of a connection.
+std::u16string ConnectionKey(const GUID& adapter) {
+  return u"SYSTEM\\CurrentControlSet\\Control\\Network\\{4D36E972-E325-11CE-BFC1-08002BE10318}\\" +
+         GuidText(adapter) + u"\\Connection";
+}
+
+}  // namespace
+
+void SimTimeline::Boot() {
+  for (const Adapter& adapter : m.machine.world.adapters) {
+    RegistryWrite name;
+    name.key = ConnectionKey(adapter.guid);
+    name.name = u"Name";
+    name.type = REG_SZ;
+    name.text = adapter.connectionName;
+    Write(name);
+  }
+  for (const RegistryWrite& write : m.machine.world.registry) Write(write);
+  SetSession(m.machine.world.session);
+}
+
+void SimTimeline::Carry(const Action& action) {
+  switch (action.kind) {
+    case ActionKind::kMove:
+      AddWalk(&m.machine.world.path, m.machine.loop.NowMs(), action.to, action.speed);
+      break;
+    case ActionKind::kScan:
+    case ActionKind::kConnect:
+    case ActionKind::kDisconnect:
+    case ActionKind::kRoam:
+    case ActionKind::kRadio:
+    case ActionKind::kAdapter:
+    case ActionKind::kProfile:
+    case ActionKind::kNotification:
+      for (const auto& adapter : m.adapters) {
+        const int wanted = action.kind == ActionKind::kProfile ? action.profile.adapter : action.adapter;
+        if (wanted == kAllAdapters || wanted == adapter->Index()) Wireless(action, *adapter);
+      }
+      break;
+    case ActionKind::kTraffic: {
+      const std::uint64_t now = m.machine.loop.NowMs();
+      Traffic traffic = action.traffic;
+      traffic.span.fromMs += now;
+      if (traffic.span.toMs != kForever) traffic.span.toMs += now;
+      m.machine.world.traffic.push_back(traffic);
+      break;
+    }
+    case ActionKind::kAccessPoint:
+    case ActionKind::kLoad:
+    case ActionKind::kSignal:
+    case ActionKind::kRefuse:
+      ChangeAccessPoint(action);
+      break;
+    case ActionKind::kWlanService:
+      ChangeService(action.on);
+      break;
+    case ActionKind::kPower:
+    case ActionKind::kSuspend:
+    case ActionKind::kResume:
+      ChangePower(action);
+      break;
+    case ActionKind::kRegistry:
+      Write(action.registry);
+      break;
+    case ActionKind::kNetwork:
+      ChangeNetwork(action);
+      break;
+    case ActionKind::kNetworkList:
+      m.machine.networkListService = action.on;
+      break;
+    case ActionKind::kInterface:
+    case ActionKind::kInterfacePresent:
+      ChangeInterface(action);
+      break;
+    case ActionKind::kNeighbour:
+      ChangeNeighbour(action);
+      break;
+    case ActionKind::kFilter:
+      ChangeFilter(action);
+      break;
+    case ActionKind::kSession:
+      SetSession(action.session);
+      break;
+    case ActionKind::kProcess:
+      SetProcess(action.text, action.on);
+      break;
+    case ActionKind::kKey:
+      if (m.pressKey) m.pressKey(m.pressKeyContext);
+      break;
+  }
+  m.machine.loop.Tell([line = action.line](IPcObserver& observer) { observer.OnTimeline(line); });
+}
+
+// What somebody wants and cannot have at the moment, such as a scan with the radio off, does not
+// happen.
+void SimTimeline::Wireless(const Action& action, SimWlanAdapter& adapter) {
+  switch (action.kind) {
+    case ActionKind::kScan:
+      adapter.Scan(Cause::kOutside, action.ssid, action.good);
+      break;
+    case ActionKind::kConnect:
+      OutsideConnect(action, adapter);
+      break;
+    case ActionKind::kDisconnect:
+      adapter.Disconnect(Cause::kOutside);
+      break;
+    case ActionKind::kRoam:
+      if (const auto target = m.machine.FindAccessPoint(action.bssid)) {
+        adapter.Roam(Cause::kDriver, *target);
+      }
+      break;
+    case ActionKind::kRadio:
+      adapter.SetRadio(action.hardware, action.on);
+      break;
+    case ActionKind::kAdapter:
+      adapter.SetPresent(action.on);
+      break;
+    case ActionKind::kProfile:
+      if (action.on) {
+        adapter.AddProfile(action.profile);
+      } else {
+        adapter.DeleteProfile(Cause::kOutside, action.profile.name);
+      }
+      break;
+    default:
+      BareNotification(action, adapter);
+      break;
+  }
+}
+
+// Somebody else has the key, with a profile or without.
+void SimTimeline::OutsideConnect(const Action& action, SimWlanAdapter& adapter) {
+  const Profile* profile = adapter.Profiles().FindForSsid(action.ssid);
+  SimWlanAdapter::ConnectRequest request;
+  request.cause = Cause::kOutside;
+  request.ssid = action.ssid;
+  request.profile = profile ? profile->name : FromUtf8(action.ssid);
+  request.mode = profile ? wlan_connection_mode_profile : wlan_connection_mode_temporary_profile;
+  if (action.bssid != Mac{}) request.bssid = action.bssid;
+  for (const AccessPoint& ap : m.machine.world.accessPoints) {
+    if (ap.ssid == action.ssid && (!request.bssid || ap.bssid == *request.bssid)) {
+      request.security = ap.security;
+    }
+  }
+  if (profile) request.security = profile->security;
+  adapter.Connect(request);
+}
+
+void SimTimeline::BareNotification(const Action& action, SimWlanAdapter& adapter) {
+  const GUID& guid = adapter.Data().guid;
+  const SimWlanAdapter::Link* link = adapter.Connection();
+  const std::string ssid = link ? link->request.ssid : action.ssid;
+  const bool acm = action.source == WLAN_NOTIFICATION_SOURCE_ACM;
+  const bool ofConnection =
+      acm && (action.code == wlan_notification_acm_disconnecting ||
+              action.code == wlan_notification_acm_disconnected ||
+              (action.code >= wlan_notification_acm_connection_start &&
+               action.code <= wlan_notification_acm_connection_attempt_fail));
+  const bool ofLink = action.source == WLAN_NOTIFICATION_SOURCE_MSM &&
+                      action.code != wlan_notification_msm_signal_quality_change &&
+                      action.code != wlan_notification_msm_adapter_operation_mode_change;
+  if (ofConnection) {
+    WLAN_CONNECTION_NOTIFICATION_DATA data;
+    CopyText(FromUtf8(ssid), data.strProfileName, std::size(data.strProfileName));
+    data.dot11Ssid = ToDot11(ssid);
+    data.dot11BssType = dot11_BSS_type_infrastructure;
+    data.wlanReasonCode = action.number;
+    m.clients.Notify(action.source, action.code, guid, data);
+  } else if (ofLink && action.code == wlan_notification_msm_radio_state_change) {
+    m.clients.Notify(action.source, action.code, guid,
+                     WLAN_PHY_RADIO_STATE{action.number, dot11_radio_state_on, dot11_radio_state_on});
+  } else if (ofLink) {
+    WLAN_MSM_NOTIFICATION_DATA data;
+    data.dot11Ssid = ToDot11(ssid);
+    data.wlanReasonCode = action.number;
+    m.clients.Notify(action.source, action.code, guid, data);
+  } else {
+    m.clients.Notify(action.source, action.code, guid, action.number);
+  }
+}
+
+void SimTimeline::ChangeAccessPoint(const Action& action) {
+  const auto found = m.machine.FindAccessPoint(action.bssid);
+  if (!found) return;
+  AccessPoint& ap = m.machine.world.accessPoints[*found];
+  switch (action.kind) {
+    case ActionKind::kAccessPoint:
+      ap.alive.clear();
+      if (!action.on) ap.alive.push_back({kForever, kForever});
+      break;
+    case ActionKind::kLoad:
+      m.machine.SetLoad(*found, action.stations, action.utilisation);
+      break;
+    case ActionKind::kSignal:
+      m.machine.FixSignal(*found, std::isnan(action.dbm) ? std::nullopt : std::optional(action.dbm));
+      break;
+    default:
+      ap.refuseReason = action.code;
+      break;
+  }
+}
+
+void SimTimeline::ChangeNetwork(const Action& action) {
+  const auto network = std::ranges::find(m.machine.world.networks, action.network, &Network::name);
+  if (network == m.machine.world.networks.end()) return;
+  if (action.category >= 0) network->category = action.category;
+  if (action.connected >= 0) network->connected = action.connected != 0;
+  if (action.internet >= 0) {
+    network->internet = action.internet != 0;
+    network->connectivity = network->internet ? kInternet : kLocalNetwork;
+  }
+  if (action.connectivity >= 0) network->connectivity = static_cast<DWORD>(action.connectivity);
+}
+
+void SimTimeline::ChangeInterface(const Action& action) {
+  for (OtherAdapter& other : m.machine.world.otherAdapters) {
+    if (other.friendlyName != action.interfaceName) continue;
+    (action.kind == ActionKind::kInterface ? other.up : other.present) = action.on;
+    if (action.kind == ActionKind::kInterface && action.on && other.network >= 0) {
+      m.machine.world.networks[static_cast<std::size_t>(other.network)].connectedSecs =
+          m.machine.loop.WallSecs();
+    }
+  }
+}
+
+void SimTimeline::ChangeNeighbour(const Action& action) {
+  const auto same = [&](const Neighbour& row) {
+    return row.address.family == action.neighbour.address.family &&
+           row.address.bytes == action.neighbour.address.bytes;
+  };
+  std::erase_if(m.machine.world.neighbours, same);
+  for (Network& network : m.machine.world.networks) {
+    std::erase_if(network.neighbours, same);
+  }
+  if (action.on) m.machine.world.neighbours.push_back(action.neighbour);
+}
+
+void SimTimeline::ChangeFilter(const Action& action) {
+  auto& filters = m.machine.world.filters;
+  std::erase_if(filters, [&](const Filter& filter) {
+    return filter.type == action.filter.type && filter.ssid == action.filter.ssid;
+  });
+  if (action.on) filters.push_back(action.filter);
+}
+
+void SimTimeline::ChangeService(bool runs) {
+  if (m.machine.wlanService == runs) return;
+  m.machine.wlanService = runs;
+  for (const auto& adapter : m.adapters) {
+    if (runs) {
+      adapter->OnServiceStarted();
+    } else {
+      adapter->OnServiceStopped();
+    }
+  }
+}
+
+// A machine that wakes says so twice: by itself, and once a user is there.
+void SimTimeline::ChangePower(const Action& action) {
+  switch (action.kind) {
+    case ActionKind::kPower:
+      m.machine.world.power.mains = action.on;
+      if (action.percent >= 0) m.machine.world.power.batteryPercent = static_cast<BYTE>(action.percent);
+      m.power.Notify(PBT_APMPOWERSTATUSCHANGE);
+      break;
+    case ActionKind::kSuspend:
+      if (m.machine.suspended) return;
+      m.power.Notify(PBT_APMSUSPEND);
+      for (const auto& adapter : m.adapters) adapter->OnSuspend();
+      m.machine.suspended = true;
+      break;
+    default:
+      if (!m.machine.suspended) return;
+      m.machine.suspended = false;
+      m.power.Notify(PBT_APMRESUMEAUTOMATIC);
+      m.power.Notify(PBT_APMRESUMESUSPEND);
+      for (const auto& adapter : m.adapters) adapter->OnResume();
+      break;
+  }
+}
+
+// The user of the console, what the program's child says of that user, and what runs there.
+void SimTimeline::SetSession(const Session& session) {
+  if (!m.session) return;
+  m.session->AddSession(session.sessionId, session.loggedOn);
+  m.session->SetConsoleSession(session.sessionId);
+  if (!session.childOutput.empty()) {
+    m.session->Install(kOwnProgram, {.output = session.childOutput,
+                                     .exitCode = session.childExitCode,
+                                     .runMs = session.childMs});
+  }
+  for (const std::u16string& name : session.processes) SetProcess(name, true);
+}
+
+void SimTimeline::SetProcess(const std::u16string& name, bool runs) {
+  if (!m.session) return;
+  if (!runs) {
+    m.session->EndProcesses(name);
+  } else if (m.session->CountRunning(name) == 0) {
+    m.session->StartProcess(name);
+  }
+}
+
+void SimTimeline::Write(const RegistryWrite& write) {
+  HKEY key = nullptr;
+  if (m.registry.RegCreateKeyExW(HKEY_LOCAL_MACHINE, write.key.c_str(), KEY_ALL_ACCESS, &key) != 0) return;
+  if (write.remove) {
+    m.registry.RegDeleteValueW(key, write.name.c_str());
+  } else if (write.type == REG_SZ) {
+    m.registry.RegSetValueExW(key, write.name.c_str(), REG_SZ,
+                              reinterpret_cast<const BYTE*>(write.text.c_str()),
+                              static_cast<DWORD>((write.text.size() + 1) * sizeof(char16_t)));
+  } else {
+    const DWORD size = write.type == REG_QWORD ? sizeof(std::uint64_t) : sizeof(DWORD);
+    m.registry.RegSetValueExW(key, write.name.c_str(), write.type,
+                              reinterpret_cast<const BYTE*>(&write.number), size);
+  }
+  m.registry.RegCloseKey(key);
+}
+
+}  // namespace corvane::platform::sim

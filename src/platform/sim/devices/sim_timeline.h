@@ -1,0 +1,51 @@
+#pragma once
+#include "platform/sim/devices/sim_interfaces.h"
+#include "platform/sim/devices/sim_power.h"
+#include "platform/sim/devices/sim_wlan_clients.h"
+
+namespace corvane::platform {
+class RegistryApi;
+}
+
+namespace corvane::platform::sim {
+
+class SimSession;
+
+// Carries out what the timeline of a world says. Under the devices' lock.
+class SimTimeline {
+ public:
+  struct Parts {
+    SimMachine& machine;
+    SimWlanClients& clients;
+    SimWlanAdapters& adapters;
+    SimTraffic& traffic;
+    SimPower& power;
+    RegistryApi& registry;
+    SimSession* session;  // null: the host has its own
+    void (*pressKey)(void* context);
+    void* pressKeyContext;
+  };
+  explicit SimTimeline(const Parts& parts) : m(parts) {}
+
+  void Boot();  // what stands in the registry and runs before the program starts
+  void Carry(const Action& action);
+
+ private:
+  void Wireless(const Action& action, SimWlanAdapter& adapter);
+  void OutsideConnect(const Action& action, SimWlanAdapter& adapter);
+  void BareNotification(const Action& action, SimWlanAdapter& adapter);
+  void ChangeAccessPoint(const Action& action);
+  void ChangeNetwork(const Action& action);
+  void ChangeInterface(const Action& action);
+  void ChangeNeighbour(const Action& action);
+  void ChangeFilter(const Action& action);
+  void ChangeService(bool runs);
+  void ChangePower(const Action& action);
+  void SetSession(const Session& session);
+  void SetProcess(const std::u16string& name, bool runs);
+  void Write(const RegistryWrite& write);
+
+  Parts m;
+};
+
+}  // namespace corvane::platform::sim

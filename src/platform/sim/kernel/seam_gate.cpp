@@ -1,0 +1,17 @@
+#include "platform/sim/kernel/seam_gate.h"
+
+#include <algorithm>
+#include <array>
+
+namespace corvane::platform::sim {
+
+bool NeverUnwinds(std::string_view operation) {
+  static constexpr std::array<std::string_view, 10> kNames = {
+      "SetEvent",         "TerminateThread",          "WaitForSingleObject", "FlushFileBuffers",
+      "PdhRemoveCounter", "WlanRegisterNotification", "FlushOutput",         "EventUnregister",
+      "DestroyEnvironmentBlock", "PowerUnregisterSuspendResumeNotification"};
+  return operation.find("Close") != operation.npos || operation.find("Free") != operation.npos ||
+         std::ranges::find(kNames, operation) != kNames.end();
+}
+
+}  // namespace corvane::platform::sim

@@ -1,0 +1,36 @@
+#pragma once
+#include <cstdint>
+#include <vector>
+
+#include "platform/sim/world/world.h"
+
+namespace corvane::platform::sim {
+
+// Pure functions: the same arguments give the same answer, at any time and in any order.
+
+// Where the machine is.
+Point PositionAt(const std::vector<Waypoint>& path, std::uint64_t ms);
+
+// Cuts the path off at `nowMs` and walks from there to `to`, at `metresPerSecond` (above 0).
+void AddWalk(std::vector<Waypoint>* path, std::uint64_t nowMs, const Point& to,
+             double metresPerSecond);
+
+// A signal track between its points, evenly; before the first and after the last it stays.
+double TrackSignalAt(const std::vector<SignalPoint>& track, std::uint64_t ms);
+
+// What an adapter at the machine's place hears of the access point, in dBm: its track, or the
+// log-distance model (free space to 1 m, then pathLossExponent) with shadowing. Shadowing is one
+// value for each access point and square of two metres, plus a small one for each span of ten
+// seconds; it depends on the seed. Whether the access point is alive is not asked.
+double SignalDbm(const World& world, const AccessPoint& accessPoint, const Point& machine,
+                 std::uint64_t ms, std::uint64_t seed);
+
+// wlanSignalQuality of Windows: 0 at -100 dBm and below, 100 at -50 dBm and above, even between.
+ULONG LinkQualityOf(double dbm);
+
+bool IsAlive(const AccessPoint& accessPoint, std::uint64_t ms);
+
+// The band of a frequency in MHz: 2, 5, 6, or 0.
+int BandOf(ULONG frequencyMhz);
+
+}  // namespace corvane::platform::sim

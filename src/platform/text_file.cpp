@@ -1,0 +1,63 @@
+#include "platform/text_file.h"
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <stdexcept>
+#include <system_error>
+
+namespace corvane::platform {
+
+namespace {
+
+[[noreturn]] void Fail(const std::string& path, const char* doing) {
+  throw std::runtime_error(path + ": cannot " + doing + ": " + std::strerror(errno));
+}
+
+struct Closer {
+  void operator()(std::FILE* file) const { std::fclose(file); }
+};
+
+}  // namespace
+
+std::string ReadTextFile(const std::string& path) {
+  const std::unique_ptr<std::FILE, Closer> file(std::fopen(path.c_str(), "rb"));
+  if (!file) Fail(path, "open");
+  std::string text;
+  char block[65536];
+  for (std::size_t got; (got = std::fread(block, 1, sizeof(block), file.get())) > 0;)
+    text.append(block, got);
+  if (std::ferror(file.get())) Fail(path, "read");
+  return text;
+}
+
+TextFileWriter::TextFileWriter(const std::string& path)
+    : m_Path(path), m_Beside(path + ".new"), m_pFile(std::fopen(m_Beside.c_str(), "wb")) {
+  if (!m_pFile) Fail(m_Beside, "open");
+}
+
+TextFileWriter::~TextFileWriter() {
+  if (!m_bCommitted) std::remove(m_Beside.c_str());
+}
+
+void TextFileWriter::WriteLine(std::string_view line) noexcept {
+  if (m_Error != 0) return;
+  const bool written = std::fwrite(line.data(), 1, line.size(), m_pFile.get()) == line.size() &&
+                       std::fputc('\n', m_pFile.get()) != EOF;
+  if (!written) m_Error = errno;
+}
+
+void TextFileWriter::Commit() {
+  if (std::fclose(m_pFile.release()) != 0 && m_Error == 0) m_Error = errno;
+  if (m_Error != 0) {
+    errno = m_Error;
+    Fail(m_Beside, "write");
+  }
+  // std::rename does not replace a file on every system.
+  std::error_code failure;
+  std::filesystem::rename(m_Beside, m_Path, failure);
+  if (failure) throw std::runtime_error(m_Path + ": cannot replace: " + failure.message());
+  m_bCommitted = true;
+}
+
+}  // namespace corvane::platform

@@ -1,0 +1,38 @@
+#pragma once
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace corvane::platform {
+
+// Files of the host, for programs that stand outside the simulated PC. Failures throw
+// std::runtime_error with the path and the system's reason.
+std::string ReadTextFile(const std::string& path);
+
+// Writes a new file beside the one of that name and puts it in its place at the end, so that readers
+// see the old text or the whole new one. Without Commit nothing is changed. A line that could not be
+// written makes Commit throw.
+class TextFileWriter {
+ public:
+  explicit TextFileWriter(const std::string& path);
+  ~TextFileWriter();
+  TextFileWriter(const TextFileWriter&) = delete;
+  TextFileWriter& operator=(const TextFileWriter&) = delete;
+
+  void WriteLine(std::string_view line) noexcept;
+  void Commit();  // once
+
+ private:
+  struct Closer {
+    void operator()(std::FILE* file) const { std::fclose(file); }
+  };
+
+  const std::string m_Path;
+  const std::string m_Beside;
+  std::unique_ptr<std::FILE, Closer> m_pFile;
+  bool m_bCommitted = false;
+  int m_Error = 0;  // errno of the first failed write
+};
+
+}  // namespace corvane::platform

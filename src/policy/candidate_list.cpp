@@ -1,0 +1,135 @@
+#include "policy/candidate_list.h"
+
+#include <algorithm>
+#include <set>
+
+#include "settings/global_config_container.h"
+#include "monitors/network_list_manager.h"
+#include "policy/candidate_rules.h"
+#include "policy/round_watch.h"
+
+namespace corvane {
+
+namespace {
+
+constexpr std::int32_t kCategoryPrivate = 1;
+constexpr std::uint32_t kFilterDenied = 2;
+constexpr std::uint32_t kMissingScansAllowed = 2;
+
+bool IsOnSystemDenyList(const CWlanBssEntry& entry) {
+  return CGlobalConfigContainer::GetInstance().GetNetworkFilter(entry.m_SSIDW) == kFilterDenied;
+}
+
+bool IsPrivateNetwork(const CWlanBssEntry& entry) {
+  return CNetworkListManager::CategoryOf(entry.m_SSIDW) == kCategoryPrivate;
+}
+
+struct Ranked {
+  CandidateRank rank;
+  CSmartPointer<CWlanBssEntry> entry;
+};
+
+// Each entry is ranked once, so that the order stands still while it is worked out.
+void SortBy(BssEntryList* entries, bool preferPrivate, CandidateRank (*rankOf)(CWlanBssEntry&, bool)) {
+  std::vector<Ranked> ranked;
+  ranked.reserve(entries->size());
+  for (auto& entry : *entries) {
+    ranked.push_back({rankOf(*entry, preferPrivate), std::move(entry)});
+  }
+  std::stable_sort(ranked.begin(), ranked.end(), [preferPrivate](const Ranked& a, const Ranked& b) {
+    return RanksBelow(a.rank, b.rank, preferPrivate);
+  });
+  std::transform(ranked.rbegin(), ranked.rend(), entries->begin(),
+                 [](Ranked& one) { return std::move(one.entry); });
+}
+
+// Removes the entries that do not stand as kQualified.
+template <class Judge>
+void KeepQualified(BssEntryList* entries, int adapter, Judge judge) {
+  std::erase_if(*entries, [&](const CSmartPointer<CWlanBssEntry>& entry) {
+    const CandidateStanding standing = judge(*entry);
+    if (standing == CandidateStanding::kQualified) return false;
+    RoundWatches::Standing(adapter, *entry, standing);
+    return true;
+  });
+}
+
+CandidateRank CandidateRankOf(CWlanBssEntry& entry, bool preferPrivate) {
+  return {preferPrivate && IsPrivateNetwork(entry),
+          entry.GetLQ() >= entry.m_arbitrary_min_lq ? entry.m_arbitrary_priority : 0,
+          entry.GetScore(true), entry.GetLQ()};
+}
+
+CandidateRank OtherRankOf(CWlanBssEntry& entry, bool) {
+  return {false, 0, entry.GetScore(true), entry.GetLQ()};
+}
+
+}  // namespace
+
+BssEntryList EntriesInRange(CWlanInterface& adapter) {
+  const bool connected = adapter.IsConnected();
+  const MacAddress bssid = adapter.GetConnectedBssid();
+  BssEntryList entries = adapter.SnapshotEntries();
+  std::erase_if(entries, [&](const CSmartPointer<CWlanBssEntry>& entry) {
+    return !entry->m_bss_scanned && entry->m_unscanned_count > kMissingScansAllowed &&
+           !(connected && entry->GetBssid() == bssid);
+  });
+  return entries;
+}
+
+void KeepCandidates(BssEntryList* entries, const ApListRows& denied, int adapter) {
+  KeepQualified(entries, adapter, [&](const CWlanBssEntry& entry) {
+    // A connection to what a row names in whatever case is ended, so it must not be made either: the
+    // mark alone goes by one spelling of the SSID.
+    const bool isDenied = entry.m_bDenied || IsListed(denied, entry.m_SSIDW, entry.GetBssid());
+    return JudgeAdmission({IsOnSystemDenyList(entry), isDenied, entry.m_SSIDW.empty(), entry.m_AuthAlgorithm,
+                           entry.HasUsableProfile(), entry.m_bHasTempProfile});
+  });
+}
+
+void SortCandidates(BssEntryList* entries, bool preferPrivate) {
+  SortBy(entries, preferPrivate, &CandidateRankOf);
+}
+
+void KeepNetwork(BssEntryList* entries, WStringView ssid, int adapter) {
+  KeepQualified(entries, adapter, [&](const CWlanBssEntry& entry) {
+    const bool same = !entry.m_SSIDW.empty() && EqualsIgnoreCase(entry.m_SSIDW, ssid);
+    return same ? CandidateStanding::kQualified : CandidateStanding::kOtherNetwork;
+  });
+}
+
+void KeepAllowed(BssEntryList* entries, const ApListRows& rows, int adapter) {
+  KeepQualified(entries, adapter, [&](const CWlanBssEntry& entry) {
+    return IsAllowed(rows, entry.m_SSIDW, entry.GetBssid()) ? CandidateStanding::kQualified
+                                                            : CandidateStanding::kNotAllowed;
+  });
+}
+
+BssEntryList OtherEntries(const BssEntryList& all, const BssEntryList& candidates) {
+  std::set<MacAddress> taken;
+  for (const auto& entry : candidates) taken.insert(entry->GetBssid());
+  BssEntryList others;
+  for (const auto& entry : all) {
+    if (!taken.contains(entry->GetBssid()) && !IsOnSystemDenyList(*entry)) others.push_back(entry);
+  }
+  SortBy(&others, false, &OtherRankOf);
+  return others;
+}
+
+WString NetworksInRangeJson(const BssEntryList& entries, WStringView connectedSsid,
+                            bool* connectedFound) {
+  *connectedFound = std::any_of(entries.begin(), entries.end(),
+                                [&](const auto& entry) { return entry->m_SSIDW == connectedSsid; });
+  WString json = u"[";
+  const auto append = [&json](WStringView ssid) {
+    if (json.size() > 1) json += u',';
+    json.append(u"\"").append(ssid).append(u"\"");
+  };
+  if (*connectedFound) append(connectedSsid);
+  for (const auto& entry : entries) {
+    if (entry->m_SSIDW != connectedSsid) append(entry->m_SSIDW);
+  }
+  return json += u']';
+}
+
+}  // namespace corvane

@@ -1,0 +1,56 @@
+#include "score/final_score.h"
+
+#include <algorithm>
+
+#include "score/text_builder.h"
+
+namespace corvane {
+
+namespace {
+
+constexpr std::uint8_t kNoLoadInformation = 255;
+constexpr std::int32_t kGuestPoints = 3;
+
+struct Term {
+  std::int32_t points;
+  std::string_view head;
+};
+
+Term ChannelLoadTerm(const FinalScoreInputs& in) {
+  if (in.channelLoad == kNoLoadInformation) {
+    if (in.bandAverage >= 1) return {in.bandAverage, ",QBSS_2b("};
+    return {static_cast<std::int32_t>(in.loadWeight / 2), ",QBSS_2c("};
+  }
+  const double points = (100.0 - in.channelLoad) / 100.0 * in.loadWeight;
+  return {static_cast<std::int32_t>(std::clamp(points, -2.1e9, 2.1e9)), ",QBSS_2a("};
+}
+
+}  // namespace
+
+std::int32_t ComputeFinalScore(const FinalScoreInputs& in, std::string* log) {
+  std::string unused;
+  if (log) log->clear();
+  TextBuilder text(log ? log : &unused);
+  std::int32_t total = in.subtotal;
+
+  if (in.loadPoints < 0) {
+    const Term term = ChannelLoadTerm(in);
+    total += term.points;
+    if (log) text << term.head << term.points << ")";
+  }
+  if (in.guest) {
+    total = std::max(total - kGuestPoints, 0);
+    if (log) text << ",GUEST(-3)";
+  }
+  if (in.bluetoothBand && in.bluetoothPenalty >= 1 && total >= 1) {
+    if (total > in.bluetoothPenalty) {
+      total -= in.bluetoothPenalty;
+      if (log) text << ",BT(-" << in.bluetoothPenalty << ")";
+    } else {
+      total = 0;
+    }
+  }
+  return total;
+}
+
+}  // namespace corvane

@@ -1,9 +1,0 @@
-#include "select/report/report_config.h"
-
-namespace corvane {
-
-WString SuggestedNetworkText(const ReportedAp& ap) {
-  return ap.ssid + u" [" + ap.bssid + u"] " + ap.channelText + u" " + ap.bandText;
-}
-
-}  // namespace corvane

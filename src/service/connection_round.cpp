@@ -1,0 +1,158 @@
+// What the adapter is connected to, and what follows from it.
+
+#include "store/value_names.h"
+#include "foundation/log_lines.h"
+#include "service/main_worker.h"
+#include "policy/policy.h"
+
+namespace corvane {
+
+namespace {
+
+constexpr std::uint64_t kRoamLog = DBG(24);
+constexpr std::uint64_t kSurgicalEverySecs = 3;
+
+}  // namespace
+
+void CQUAYMainWorker::UpdateConnectionState() {
+  m_Connection = {};
+  m_Connection.bssid.fill(0xFF);
+  try {
+    TakeConnection();
+  } catch (const Exception& e) {
+    OnDisconnected();
+    if (e.GetCode() != platform::ERROR_INVALID_STATE) {
+      LOG_ERROR(u"[%i]CQUAYMainWorker::WorkThreadProc[INNER-1]: Exception: %S", m_ConfigIdx, e.what());
+    }
+  } catch (const std::exception& e) {
+    OnDisconnected();
+    LOG_ERROR(u"[%i]CQUAYMainWorker::WorkThreadProc[INNER-1]: std:exception: %S", m_ConfigIdx, e.what());
+  }
+  if (!m_pInterface->IsConnected()) ReportDisconnection();
+}
+
+void CQUAYMainWorker::TakeConnection() {
+  Connection now;
+  now.wasConnected = m_pInterface->IsConnected();
+  QueryConnection(&now);
+  m_pInterface->SetDisconnectedTick(false);
+  bool ssidDiffers = m_pInterface->SetLastConnectedSsid(now.ssid);
+  if (now.entry) now.entry->m_ConnAttrs = now.attrs;
+  PublishConnection(now);
+
+  const MacAddress old = m_pInterface->GetConnectedBssid();
+  const bool bssidChanged = m_pInterface->SetConnectedBssid(now.bssid);
+  m_pInterface->UpdateContentionAPs(m_pInterface->GetLastConnectedSsid(), now.bssidText, now.channel);
+  if (bssidChanged) {
+    ssidDiffers = !m_pInterface->IsConnectedToNetworkWithBothBssids(now.bssid, old);
+  }
+  DetectRoam(now, bssidChanged, ssidDiffers);
+  now.connected = true;
+  m_Connection = now;
+  m_pInterface->m_backup_score = ComputeBackupScore(now.attrs, now.channel);
+  if (bssidChanged || m_Round == 0) {
+    ReportNewConnection(now);
+  } else {
+    ReportStandingConnection(now);
+  }
+  m_pInterface->ProcessIdleThresholds();
+}
+
+void CQUAYMainWorker::QueryConnection(Connection* now) {
+  try {
+    m_pInterface->QueryCurrentConnection(&now->attrs, true);
+  } catch (...) {
+    m_pInterface->ClearConnected();
+    throw;
+  }
+  now->channel = m_pInterface->QueryChannel();
+  const auto& association = now->attrs.wlanAssociationAttributes;
+  now->ssid = SsidText(association.dot11Ssid);
+  now->displayName = Format(u"%s [Channel %lu]", now->ssid, now->channel);
+  now->bssid = ToMac(association.dot11Bssid);
+  now->bssidText = MacText(now->bssid);
+  now->quality = association.wlanSignalQuality;
+  m_pInterface->FindBssEntry(now->ssid, now->bssid, &now->entry);
+}
+
+void CQUAYMainWorker::PublishConnection(const Connection& now) {
+  m_pConfig->SetConnectedNetwork(now.displayName, now.ssid, now.bssidText);
+  m_pConfig->SetDWORD(value::kConnectedLinkRateTX, now.attrs.wlanAssociationAttributes.ulTxRate);
+  m_pConfig->SetDWORD(value::kConnectedLinkRateRX, now.attrs.wlanAssociationAttributes.ulRxRate);
+}
+
+void CQUAYMainWorker::PublishDisconnection() {
+  m_pConfig->SetConnectedNetwork(u"", u"", u"");
+  m_pConfig->SetDWORD(value::kConnectedLinkRateTX, 0);
+  m_pConfig->SetDWORD(value::kConnectedLinkRateRX, 0);
+}
+
+void CQUAYMainWorker::OnDisconnected() {
+  m_Connection = {};
+  m_Connection.bssid.fill(0xFF);
+  m_pInterface->SetDisconnectedTick(true);
+  m_pInterface->ClearContention();
+  PublishDisconnection();
+  m_pInterface->ClearConnectedBssid();
+  m_pInterface->m_backup_score = 0;
+}
+
+// A change of BSSID inside one network: this program's own move ends a roaming inhibit, anybody
+// else's begins one.
+void CQUAYMainWorker::DetectRoam(const Connection& now, bool bssidChanged, bool ssidDiffers) {
+  if (!bssidChanged || ssidDiffers || m_pConfig->GetRoamingInhibitTick() != 0) {
+    LOG_ADAPTER(m_ConfigIdx, kRoamLog,
+                u"[%i] CQUAYMainWorker: %s %s was connected=%i changed=%i other ssid=%i [NO ROAMING-INHIBIT "
+                u"ENTRY DETECTION]",
+                m_ConfigIdx, now.ssid, now.bssidText, now.wasConnected, bssidChanged, ssidDiffers);
+  } else if (m_pInterface->GetConnectedBssidIfWeInitiated() == now.bssid) {
+    LOG_ADAPTER(m_ConfigIdx, kRoamLog,
+                u"[%i] CQUAYMainWorker: %s %s was connected=%i [WE INITIATED CONN!][DO NOT ENTER ROAMING "
+                u"INHIBIT - FORCE CLEAR]",
+                m_ConfigIdx, now.ssid, now.bssidText, now.wasConnected);
+    m_pConfig->ClearRoamingInhibit();
+  } else {
+    LOG_ADAPTER(m_ConfigIdx, kRoamLog,
+                u"[%i] CQUAYMainWorker: %s %s was connected=%i [~@~@~ START ROAMING-INHIBIT ~@~@~]",
+                m_ConfigIdx, now.ssid, now.bssidText, now.wasConnected);
+    m_pConfig->SetRoamingInhibit();
+  }
+}
+
+void CQUAYMainWorker::SurgicalUpdateIfInhibited(bool isHeldBack) {
+  std::uint64_t remainingMs = 0;
+  if (!m_pConfig->Get_InhibitQUAY(&remainingMs) && !isHeldBack) return;
+  const std::uint64_t remainingSecs = remainingMs / 1000;
+  if (remainingSecs % kSurgicalEverySecs != 0) return;
+  Connection now;
+  const auto disconnected = [&](const char* kind, const char* what) {
+    PublishDisconnection();
+    LOG_ADAPTER(m_ConfigIdx, DBG(30),
+                u"[%i] CQUAYMainWorker::Surgical...UpdateIfInhibited - %hs %hs [Clear ConnectedNetwork][remain "
+                u"secs %lu]\n",
+                m_ConfigIdx, kind, what, remainingSecs);
+    now.connected = false;
+  };
+  try {
+    QueryConnection(&now);
+    now.connected = true;
+    PublishConnection(now);
+    LOG_ADAPTER(m_ConfigIdx, DBG(30),
+                u"[%i] CQUAYMainWorker::Surgical...UpdateIfInhibited - Set ConnectedNetwork: %s [remain secs "
+                u"%lu]\n",
+                m_ConfigIdx, now.displayName, remainingSecs);
+  } catch (const Exception& e) {
+    disconnected("Exception", e.what());
+  } catch (const std::exception& e) {
+    disconnected("std::exception", e.what());
+  }
+  CGlobalQUAYPolicy::UpdateAssociateLQPegging(m_pInterface.get(), now.connected, &now.quality, now.ssid,
+                                              now.bssid, "SURGICAL");
+  if (now.entry) {
+    HandleQUAYSpecialEtwEvents(now.entry.get(), "SURGICAL");
+  } else if (!m_pInterface->IsConnected()) {
+    HandleQUAYSpecialEtwEvents(nullptr, "SURGICAL [disconnected]");
+  }
+}
+
+}  // namespace corvane

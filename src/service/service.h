@@ -1,0 +1,47 @@
+#pragma once
+#include <cstdint>
+#include <vector>
+
+#include "service/main_worker.h"
+
+namespace corvane {
+
+// The service: start-up, the loop over passes, the main loop, and the stop order. Runs on one thread,
+// the main thread, which supervises the adapters' workers.
+class Service {
+ public:
+  Service(const WString& programName);
+  int Run();
+
+ private:
+  void StartUp();
+  void RunPasses();          // the outer loop
+  bool RunPass();            // false: without an adapter, nothing to shut down
+  void RunWithAdapters(int count);
+  void StartWorkers(int count);
+  void RunMainLoop();
+  bool RunMainRound();       // false ends the pass
+  void ShutDownWorkers();
+  void ShutDown();
+  void ReadDebugValues();
+  void RefreshUser();        // the logged-on user's environment
+  void OpenHomeKey();
+  void RunPilot();
+  void OpenSurvey(WStringView flag, WStringView page);
+  void CountBoot();
+  void RestartWorkers();
+  bool HasNLM();  // makes the network list; false while the system has none
+  void RefreshNLM();
+  void SaveTelemetry();
+  void EndCompanions();
+  void ReportLeaks();
+  bool KeyWaits();
+
+  WString m_ProgramName;
+  bool m_bQuit = false;
+  bool m_bFirstPass = true;
+  bool m_bHomeKeyCreated = false;  // by this process; so it stays for its whole life
+  std::vector<CSmartPointer<CQUAYMainWorker>> m_Workers;
+};
+
+}  // namespace corvane

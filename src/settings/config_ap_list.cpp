@@ -1,0 +1,54 @@
+#include "settings/config_ap_list.h"
+
+#include "settings/interface_config.h"
+#include "settings/program_file.h"
+#include "store/ap_list_json.h"
+#include "foundation/log_lines.h"
+
+namespace corvane {
+
+bool CConfigApList::LoadFromFileAndRegistry() {
+  m_Rows.clear();
+  const std::string file = ReadProgramFile(m_Kind.stem);
+  if (!file.empty()) LoadConfiguration(file);
+  WString stored;
+  if (m_Owner.GetString(m_Kind.valueName, &stored)) LoadConfiguration(WideToUtf8(stored));
+  const bool written = m_Owner.SetString(m_Kind.valueName, Utf8ToWide(ToJson()));
+  // Last, so that at each instant the rows are in one of the two places that a start reads.
+  if (!file.empty()) MoveToBackup();
+  return written;
+}
+
+bool CConfigApList::ReloadFromRegistry() {
+  m_Rows.clear();
+  WString stored;
+  if (!m_Owner.GetString(m_Kind.valueName, &stored)) return false;
+  LoadConfiguration(WideToUtf8(stored));
+  return true;
+}
+
+bool CConfigApList::LoadConfiguration(std::string_view text) {
+  const std::size_t before = m_Rows.size();
+  try {
+    return m_Kind.read(text, &m_Rows);
+  } catch (const Exception& e) {
+    LOG_ERROR(u"%S::LoadConfiguration: Exception: %S", m_Kind.className, e.what());
+  } catch (const std::exception& e) {
+    LOG_ERROR(u"%S::LoadConfiguration: std:exception: %S", m_Kind.className, e.what());
+  }
+  return m_Rows.size() > before;
+}
+
+std::string CConfigApList::ToJson() const { return ApListJson(m_Rows); }
+
+bool CConfigApList::MoveToBackup() const {
+  const std::string from = ProgramFilePath(m_Kind.stem);
+  const std::string to = ProgramFilePath(std::string(m_Kind.stem) + "_backup");
+  const std::uint32_t error = MoveProgramFile(from, to);
+  if (error == 0) return true;
+  LOG_ERROR(u"%S::%S: Failed! rc=%i, errno=%i, command=%S", m_Kind.className, m_Kind.moveName, 1, error,
+            "move /y " + from + " " + to);
+  return false;
+}
+
+}  // namespace corvane

@@ -1,0 +1,292 @@
+#include "settings/global_config_container.h"
+
+#include <algorithm>
+
+#include "store/address_text.h"
+#include "foundation/log_lines.h"
+#include "platform/clock_api.h"
+#include "platform/crypto_api.h"
+#include "platform/file_api.h"
+#include "platform/platform.h"
+#include "platform/power_api.h"
+
+namespace corvane {
+
+namespace {
+
+constexpr std::uint64_t kPilotLog = DBG(33);
+constexpr std::uint32_t kPercentMax = 100;
+constexpr std::int64_t kWeekSecs = 604800;
+constexpr int kWeeksShown = 3;
+
+bool ReadFlag(CRegistry& registry, const char16_t* name, std::atomic<bool>* field) {
+  std::uint32_t number = 0;
+  if (!registry.GetRegistryDWORDValue(name, &number)) return false;
+  *field = number != 0;
+  return true;
+}
+
+// A number of 0 to 100; anything above is refused and the old one stays.
+void ReadPercent(CRegistry& registry, const char16_t* name, std::atomic<std::uint32_t>* field) {
+  std::uint32_t number = 0;
+  if (!registry.GetRegistryDWORDValue(name, &number)) return;
+  if (number > kPercentMax) {
+    LOG_INFO(u"CGlobalConfigContainer::Initialize: [registry value %s] %lu is out of range (0-100)\n", name, number);
+    return;
+  }
+  *field = number;
+}
+
+}  // namespace
+
+CGlobalConfigContainer::CGlobalConfigContainer() { m_InstallTime = platform::UnixSecondsNow(); }
+CGlobalConfigContainer::~CGlobalConfigContainer() = default;
+
+void CGlobalConfigContainer::Initialize(bool forceDefaults) {
+  for (const auto& config : TakeIFConfigs()) config->Shutdown();  // of a pass that found no adapter
+  bool fresh = false;
+  if (!GetRegistry()) InitializeRegistry(kHomeKeyPath, &fresh);
+  if (fresh || forceDefaults) InitPostSettings();
+  const auto registry = GetRegistry();
+  if (!registry) return;
+
+  registry->SetRegistryDWORDValue(u"SCOREMAX", 155);
+  registry->SetRegistryDWORDValue(u"SCOREMAX_AC", 133);
+  registry->SetRegistryDWORDValue(u"SCOREMAX_MID_AC", 96);
+  registry->SetRegistryDWORDValue(u"SCOREMAX_LOW_AC", 81);
+
+  std::uint32_t number = 0;
+  if (registry->GetRegistryDWORDValue(u"BatteryModeSleepSecs", &number)) m_BatteryModeSleepSecs = number;
+  if (registry->GetRegistryDWORDValue(u"BatteryScanIntervalSecs", &number)) m_BatteryScanIntervalSecs = number;
+  ReadFlag(*registry, u"EnablePilot", &m_bEnablePilot);
+  ReadFlag(*registry, u"ServiceEnable", &m_bServiceEnable);
+  ReadFlag(*registry, u"EnablePost", &m_bEnablePost);
+  ReadFlag(*registry, u"BTPenaltyEnabled", &m_bBTPenaltyEnabled);
+  ReadPercent(*registry, u"BTPenaltyValue", &m_BTPenaltyValue);
+  ReadFlag(*registry, u"ULScan", &m_bULScan);
+  ReadFlag(*registry, u"MonitorWhileDisabled", &m_bMonitorWhileDisabled);
+  ReadAllowListGroup(*registry);
+  if (registry->GetRegistryDWORDValue(u"InstallTime", &number)) m_InstallTime = number;
+  ReadWeeks(*registry);
+  ReadSystemGuid(*registry);
+  ReadPercent(*registry, u"SCOREDIFFPCT", &m_ScoreDiffPct);
+  registry->SetRegistryDWORDValue(u"FreshDone", 1);
+}
+
+void CGlobalConfigContainer::InitPostSettings() {
+  const auto registry = GetRegistry();
+  if (!registry) return;
+  registry->SetRegistryDWORDValue(u"EnablePost", 1);
+  registry->SetRegistryDWORDValue(u"MonitorWhileDisabled", 1);
+  registry->SetRegistryDWORDValue(u"GatewayRoaming", 0);
+  registry->SetRegistryDWORDValue(u"RTAudioMode", 2);
+  registry->SetRegistryDWORDValue(u"FastPost", 0);
+  registry->SetRegistryDWORDValue(u"DBWMEnable", 0);
+  registry->SetRegistryDWORDValue(u"RTAudioModeMbps", 15);
+  registry->SetRegistryDWORDValue(u"BTPenaltyEnabled", 0);
+  registry->SetRegistryDWORDValue(u"BTPenaltyValue", 3);
+  registry->SetRegistryDWORDValue(u"ServiceEnable", 1);
+  registry->SetRegistryDWORDValue(u"EnablePilot", 0);
+  registry->SetRegistryDWORDValue(u"ULScan", 0);
+  registry->SetRegistryDWORDValue(u"InstallTime", platform::UnixSecondsNow());
+  const auto weeks = CSVHelper::CreateObject();
+  for (int week = 0; week < kWeeksShown; ++week) weeks->AddString(u"1", true);
+  registry->SetRegistryStringValue(u"RandomCsv", weeks->GetString());
+  LOG_INFO(u"CGlobalConfigContainer::InitPostSettings: RandomCsv: %s\n", weeks->GetString());
+}
+
+void CGlobalConfigContainer::ReadAllowListGroup(CRegistry& registry) {
+  ReadPercent(registry, u"AllowFilterScoreBonus", &m_AllowFilterScoreBonus);
+  ReadFlag(registry, u"AllowlistEnabled", &m_bAllowlistEnabled);
+  if (!ReadFlag(registry, u"RoamingEnabled", &m_bRoamingEnabled)) m_bRoamingEnabled = true;
+  if (!ReadFlag(registry, u"GatewayRoaming", &m_bGatewayRoaming)) m_bGatewayRoaming = true;
+}
+
+void CGlobalConfigContainer::ReadWeeks(CRegistry& registry) {
+  auto weeks = CSVHelper::CreateObject();
+  WString text;
+  if (registry.GetRegistryStringValue(u"RandomCsv", &text)) weeks->AddStringAll(text);
+  {
+    const CCritSecLock lock(m_TableLock);
+    m_pRandomCsv.Swap(weeks);
+  }
+  if (!log::IsOpen(kPilotLog)) return;
+  const std::int64_t installed = std::int64_t{platform::UnixSecondsNow()} - m_InstallTime;
+  const int current = static_cast<int>(installed / kWeekSecs) + 1;
+  LOG_DEBUG(kPilotLog, u"CGlobalConfigContainer::Initialize: read random csv: %s\n", text);
+  LOG_DEBUG(kPilotLog, u"CGlobalConfigContainer::Initialize: enabled for current week %i: %i\n", current,
+            IsEnabledForWeek(current));
+  for (int week = 1; week <= kWeeksShown; ++week) {
+    LOG_DEBUG(kPilotLog, u"CGlobalConfigContainer::Initialize: enabled for week %i: %i\n", week,
+              IsEnabledForWeek(week));
+  }
+}
+
+void CGlobalConfigContainer::ReadSystemGuid(CRegistry& registry) {
+  WString text;
+  platform::GUID guid;
+  if (!registry.GetRegistryStringValue(u"SystemGuid", &text) || !GuidFromText(text, &guid)) {
+    if (Os().crypto.CoCreateGuid(&guid) < 0) return;
+    registry.SetRegistryStringValue(u"SystemGuid", GuidText(guid));
+  }
+  const CCritSecLock lock(m_TableLock);
+  m_SystemGuid = guid;
+}
+
+void CGlobalConfigContainer::RefreshGlobals() {
+  const auto registry = GetRegistry();
+  if (!registry) return;
+  ReadFlag(*registry, u"PalisadeOptimizer", &m_bPalisadeOptimizer);
+  ReadFlag(*registry, u"ServiceEnable", &m_bServiceEnable);
+  ReadFlag(*registry, u"EnablePilot", &m_bEnablePilot);
+  ReadAllowListGroup(*registry);
+  ReadPercent(*registry, u"SCOREDIFFPCT", &m_ScoreDiffPct);
+}
+
+void CGlobalConfigContainer::Shutdown(bool killPopups) {
+  CSmartPointer<CSVHelper> weeks;
+  {
+    const CCritSecLock lock(m_TableLock);
+    m_pRandomCsv.Swap(weeks);
+  }
+  for (const auto& config : TakeIFConfigs()) {
+    if (killPopups) KillNudgeDialog();
+    config->Shutdown();
+  }
+  ReleaseRegistry();
+}
+
+std::vector<CSmartPointer<CQUAYInterfaceConfig>> CGlobalConfigContainer::TakeIFConfigs() {
+  std::vector<CSmartPointer<CQUAYInterfaceConfig>> configs;
+  const CCritSecLock lock(m_TableLock);
+  m_IFConfigByGuid.clear();
+  configs.swap(m_IFConfigs);
+  m_IFConfigCount = 0;
+  return configs;
+}
+
+CSmartPointer<CQUAYInterfaceConfig> CGlobalConfigContainer::GetIFConfig(int index) {
+  auto config = FindIFConfig(index);
+  if (!config) throw Exception("CGlobalConfigContainer::GetIFConfig: INVALID idx %i", index);
+  return config;
+}
+
+CSmartPointer<CQUAYInterfaceConfig> CGlobalConfigContainer::FindIFConfig(int index) {
+  const CCritSecLock lock(m_TableLock);
+  if (index < 0 || static_cast<std::size_t>(index) >= m_IFConfigs.size()) return nullptr;
+  return m_IFConfigs[static_cast<std::size_t>(index)];
+}
+
+CSmartPointer<CQUAYInterfaceConfig> CGlobalConfigContainer::GetIFConfigByGuid(WStringView guidText) {
+  const CCritSecLock lock(m_TableLock);
+  const auto at = m_IFConfigByGuid.find(guidText);
+  return at == m_IFConfigByGuid.end() ? nullptr : at->second;
+}
+
+int CGlobalConfigContainer::GetIFConfigCount() {
+  const CCritSecLock lock(m_TableLock);
+  return m_IFConfigCount;
+}
+
+int CGlobalConfigContainer::AddIFConfig(WStringView guid, WStringView name, WStringView description) {
+  const CCritSecLock lock(m_Lock);
+  bool fresh = false;
+  InitializeRegistry(kHomeKeyPath, &fresh);
+  const int index = GetIFConfigCount();
+  auto config = CQUAYInterfaceConfig::CreateObject();
+  config->Initialize(index, WString(kHomeKeyPath) + u"\\" + WString(guid), guid, name, description);
+  config->m_bForceLQEtw = m_bForceLQEtw.load();
+  const CCritSecLock table(m_TableLock);
+  m_IFConfigs.push_back(config);
+  m_IFConfigByGuid[WString(guid)] = config;
+  m_IFConfigCount = static_cast<int>(m_IFConfigs.size());
+  return index;
+}
+
+void CGlobalConfigContainer::SetUserTempPath(std::string path) {
+  const CCritSecLock lock(m_TableLock);
+  m_UserTempPath.swap(path);
+}
+
+void CGlobalConfigContainer::SetProxyPresent(bool present) {
+  const CCritSecLock lock(m_TableLock);
+  m_bProxyPresent = present;
+}
+
+std::string CGlobalConfigContainer::GetUserTempPath() const {
+  const CCritSecLock lock(m_TableLock);
+  return m_UserTempPath;
+}
+
+bool CGlobalConfigContainer::IsProxyPresent() const {
+  const CCritSecLock lock(m_TableLock);
+  return m_bProxyPresent;
+}
+
+WString CGlobalConfigContainer::GetSystemGuidText() const {
+  const CCritSecLock lock(m_TableLock);
+  return GuidText(m_SystemGuid);
+}
+
+bool CGlobalConfigContainer::SetClientDir(WStringView path) {
+  {
+    const CCritSecLock lock(m_TableLock);
+    if (std::find(m_ClientDirs.begin(), m_ClientDirs.end(), path) != m_ClientDirs.end()) return false;
+    m_ClientDirs.emplace_back(path);
+  }
+  LOG_DEBUG(DBG(45), u"CGlobalConfigContainer::SetClientDir:[LIST EMPTY] saving: %s\n", path);
+  return true;
+}
+
+bool CGlobalConfigContainer::FindFileInClientDirs(WStringView name, WString* found) {
+  std::list<WString> folders;
+  {
+    const CCritSecLock lock(m_TableLock);
+    folders = m_ClientDirs;
+  }
+  for (const WString& folder : folders) {
+    WString path = folder;
+    path += platform::kPathSeparator;
+    path += name;
+    const platform::DWORD attributes = Os().files.GetFileAttributesW(path.c_str());
+    if (attributes == platform::INVALID_FILE_ATTRIBUTES) continue;
+    if ((attributes & platform::FILE_ATTRIBUTE_DIRECTORY) != 0) continue;
+    *found = std::move(path);
+    return true;
+  }
+  return false;
+}
+
+bool CGlobalConfigContainer::ReadFlagAndClear(WStringView name) {
+  const auto registry = GetRegistry();
+  std::uint32_t number = 0;
+  if (!registry || !registry->GetRegistryDWORDValue(name, &number) || number != 1) return false;
+  registry->SetRegistryDWORDValue(name, 0);
+  return true;
+}
+
+bool CGlobalConfigContainer::IsEnabledForWeek(int week) {
+  const CCritSecLock lock(m_TableLock);
+  if (week < 1 || !m_pRandomCsv) return true;
+  const WString* entry = m_pRandomCsv->GetItem(static_cast<std::size_t>(week - 1));
+  return !entry || entry->empty() || *entry != u"0";
+}
+
+bool CGlobalConfigContainer::IsOnACPower() {
+  constexpr platform::BYTE kMains = 1;
+  platform::SYSTEM_POWER_STATUS status;
+  return Os().power.GetSystemPowerStatus(&status) && status.ACLineStatus == kMains;
+}
+
+std::uint32_t CGlobalConfigContainer::GetNetworkFilter(WStringView ssid) {
+  const CCritSecLock lock(m_TableLock);
+  const auto at = m_NetworkFilters.find(ssid);
+  return at == m_NetworkFilters.end() ? 0 : at->second;
+}
+
+void CGlobalConfigContainer::SetNetworkFilter(WStringView ssid, std::uint32_t kind) {
+  const CCritSecLock lock(m_TableLock);
+  m_NetworkFilters[WString(ssid)] = kind;
+}
+
+}  // namespace corvane

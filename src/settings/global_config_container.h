@@ -1,0 +1,108 @@
+#pragma once
+#include <atomic>
+#include <cstdint>
+#include <list>
+#include <map>
+#include <vector>
+
+#include "launch/launcher.h"
+#include "settings/interface_config.h"
+#include "store/csv_helper.h"
+#include "store/registry.h"
+#include "foundation/singleton.h"
+
+namespace corvane {
+
+// Global settings, the adapter configurations and the policy lock. Lives for the process; its
+// registry and configurations live for one pass of the outer loop.
+class CGlobalConfigContainer final : public CRegistryHelperBase, public IClientFileFinder {
+ public:
+  static CGlobalConfigContainer& GetInstance() {
+    return Singleton<CGlobalConfigContainer>::GetInstance();
+  }
+
+  // The lock that lets one policy round at a time run over all adapters, and the second lock that is
+  // held around the broadcast scan.
+  CCritSec& GetLock() { return m_Lock; }
+  CCritSec& GetSecondLock() { return m_SecondLock; }
+
+  void Initialize(bool forceDefaults);
+  void Shutdown(bool killPopups);
+  // The values that the main loop reads again in every round, in their order.
+  void RefreshGlobals();
+
+  // Throws Exception for an index out of range. Takes no lock that is ever held for long.
+  CSmartPointer<CQUAYInterfaceConfig> GetIFConfig(int index);
+  CSmartPointer<CQUAYInterfaceConfig> FindIFConfig(int index);  // null for an index out of range
+  CSmartPointer<CQUAYInterfaceConfig> GetIFConfigByGuid(WStringView guidText);  // null: none
+  int GetIFConfigCount();
+  int AddIFConfig(WStringView guid, WStringView name, WStringView description);
+
+  void SetUserTempPath(std::string path);
+  std::string GetUserTempPath() const;
+  void SetProxyPresent(bool present);
+  bool IsProxyPresent() const;
+  // This installation's identity as "{...}" text.
+  WString GetSystemGuidText() const;
+  // Directories that clients gave; false when the list holds this one already (compared exactly).
+  bool SetClientDir(WStringView path);
+  // The first path <directory>\<name>, in list order, that is a file; false without one.
+  bool FindFileInClientDirs(WStringView name, WString* found) override;
+  // The one-shot flags: true and cleared when the value reads exactly 1.
+  bool ReadFlagAndClear(WStringView name);
+  bool IsEnabledForWeek(int week);
+
+  // True when GetSystemPowerStatus succeeds and reports mains.
+  static bool IsOnACPower();
+
+  // The platform's filter lists, by SSID text: 1 permitted, 2 denied, 0 on neither.
+  std::uint32_t GetNetworkFilter(WStringView ssid);
+  void SetNetworkFilter(WStringView ssid, std::uint32_t kind);
+  std::atomic<std::uint32_t> m_PermitFilterCount{0};  // permit rows of the last refresh
+
+  std::atomic<bool> m_bRoamingEnabled{true};
+  std::atomic<bool> m_bAllowlistEnabled{true};
+  std::atomic<bool> m_bGatewayRoaming{true};
+  std::atomic<bool> m_bPalisadeOptimizer{false};
+  std::atomic<bool> m_bServiceEnable{true};
+  std::atomic<std::uint32_t> m_ScoreDiffPct{20};
+  std::atomic<std::uint32_t> m_AllowFilterScoreBonus{20};
+  std::atomic<bool> m_bEnablePilot{false};
+  std::atomic<bool> m_bEnablePost{true};
+  std::atomic<bool> m_bULScan{true};
+  std::atomic<bool> m_bMonitorWhileDisabled{false};
+  std::atomic<bool> m_bForceLQEtw{false};
+  std::atomic<std::uint32_t> m_BatteryModeSleepSecs{10};
+  std::atomic<std::uint32_t> m_BatteryScanIntervalSecs{900};
+  std::atomic<std::uint32_t> m_InstallTime{0};  // seconds since 1970; the constructor sets the current time
+  std::atomic<bool> m_bBTPenaltyEnabled{false};
+  std::atomic<std::uint32_t> m_BTPenaltyValue{3};
+  std::atomic<bool> m_rt_audio{false};             // real-time audio in progress
+  std::atomic<std::uint64_t> m_rt_audio_tick{0};   // when it was set
+
+ private:
+  friend class Singleton<CGlobalConfigContainer>;
+  CGlobalConfigContainer();
+  ~CGlobalConfigContainer();
+
+  void InitPostSettings();
+  void ReadAllowListGroup(CRegistry& registry);
+  void ReadWeeks(CRegistry& registry);
+  void ReadSystemGuid(CRegistry& registry);
+  std::vector<CSmartPointer<CQUAYInterfaceConfig>> TakeIFConfigs();  // leaves none
+
+  CCritSec m_Lock{"global configuration", LockRank::kGlobalConfig};
+  CCritSec m_SecondLock{"global configuration, second", LockRank::kGlobalConfigSecond};
+  mutable CCritSec m_TableLock{"configuration table", LockRank::kLeaf};  // guards what follows
+  std::vector<CSmartPointer<CQUAYInterfaceConfig>> m_IFConfigs;  // index = adapter index
+  int m_IFConfigCount = 0;
+  std::map<WString, CSmartPointer<CQUAYInterfaceConfig>, std::less<>> m_IFConfigByGuid;
+  std::map<WString, std::uint32_t, std::less<>> m_NetworkFilters;
+  std::list<WString> m_ClientDirs;
+  std::string m_UserTempPath;
+  bool m_bProxyPresent = false;
+  platform::GUID m_SystemGuid;
+  CSmartPointer<CSVHelper> m_pRandomCsv;
+};
+
+}  // namespace corvane

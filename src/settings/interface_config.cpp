@@ -1,0 +1,384 @@
+#include "settings/interface_config.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "settings/global_config_container.h"
+#include "store/value_names.h"
+#include "foundation/log_lines.h"
+#include "platform/clock_api.h"
+#include "platform/platform.h"
+#include "platform/thread_api.h"
+
+namespace corvane {
+
+namespace {
+
+constexpr std::uint64_t kInhibitLog = DBG(30);
+constexpr std::uint64_t kRoamLog = DBG(24);
+constexpr std::uint32_t kScanIntervalMin = 10, kScanIntervalMax = 3600;
+constexpr std::uint32_t kThresholdMax = 100;
+constexpr std::uint32_t kThresholdStep = 2;
+// Values of PassiveSuggestMode.
+constexpr std::uint32_t kAutoswitchMode = 0, kEventMode = 1, kPopupMode = 2;
+constexpr std::uint64_t kLongestSleepMs = platform::INFINITE - 1;
+
+std::uint64_t Now() { return Os().clock.GetTickCount64(); }
+
+}  // namespace
+
+CQUAYInterfaceConfig::CQUAYInterfaceConfig() : SmartObjEx("adapter configuration", LockRank::kAdapterConfig) {}
+CQUAYInterfaceConfig::~CQUAYInterfaceConfig() = default;
+
+void CQUAYInterfaceConfig::Initialize(int index, WStringView keyPath, WStringView guid, WStringView name,
+                                      WStringView description) {
+  m_KeyPath = keyPath;
+  m_Guid = guid;
+  m_Description = description;
+  m_ConfigIdx = index;
+  {
+    auto score = CScoreConfig::CreateObject();
+    auto semaphore = CSemaphore::CreateObject();
+    semaphore->SetDebugName("main loop semaphore");
+    const CCritSecLock lock(m_PartsLock);
+    m_pScoreConfig.Swap(score);
+    m_pMainLoopSemaphore.Swap(semaphore);
+  }
+  bool fresh = false;
+  InitializeRegistry(keyPath, &fresh);
+  if (fresh) {
+    SetProjectDefaults();
+  } else if (std::uint32_t mode = 0; GetDWORD(value::kPassiveSuggestMode, &mode) && mode == kEventMode) {
+    SetPassiveSuggestMode(kPopupMode);
+  }
+  RefreshFromRegistry();
+  m_Etw.Start(index, this, guid, name, description);
+  m_Popup.Start(index, this, guid);
+  if (m_bPassive && m_bPopupMode && index <= 1) {
+    SetDWORD(index == 0 ? u"SuggestCount" : u"SuggestCount2", 0);
+    SetDWORD(index == 0 ? u"BestCount" : u"BestCount2", 0);
+  }
+  ClearStatusMessage(kStatusExternalRoaming);
+  SetString(value::kConnectStatus, u"idle");
+}
+
+bool CQUAYInterfaceConfig::IsOptimizerPresent() const {
+  return CGlobalConfigContainer::GetInstance().m_bPalisadeOptimizer;
+}
+
+void CQUAYInterfaceConfig::Shutdown() {
+  ReleaseRegistry();
+  CSmartPointer<CScoreConfig> score;
+  CSmartPointer<CSemaphore> semaphore;
+  const CCritSecLock lock(m_PartsLock);
+  m_pScoreConfig.Swap(score);
+  m_pMainLoopSemaphore.Swap(semaphore);
+}
+
+void CQUAYInterfaceConfig::SetProjectDefaults() {
+  LOG_INFO(u"CRegistry::SetProjectDefaults: [Home Key Path = %s] Setting Defaults for Trellis/VO/Corvane Build",
+           m_KeyPath);
+  SetPassiveSuggestMode(kPopupMode);
+  SetForceAutoConnect(true);
+  SetLatchToPrivate(false);
+  SetPreferPrivateNetwork(true);
+  SetAPScoreThreshold(3);
+  SetLQCThreshold(70);
+  SetScanInterval(300);
+}
+
+void CQUAYInterfaceConfig::RefreshFromRegistry() {
+  if (!GetRegistry()) return;
+  std::uint32_t number = 0;
+  const auto flag = [&](const char16_t* name, std::atomic<bool>& field) {
+    if (GetDWORD(name, &number)) field = number != 0;
+  };
+  flag(value::kEnabled, m_Enabled);
+  if (GetDWORD(value::kAPScoreThreshold, &number)) m_APScoreThreshold = std::min(number, kThresholdMax);
+  if (GetDWORD(value::kScanInterval, &number)) {
+    m_ScanInterval = std::clamp(number, kScanIntervalMin, kScanIntervalMax);
+  }
+  if (GetDWORD(value::kLQCThreshold, &number)) m_LQCThreshold = std::min(number, kThresholdMax);
+  flag(value::kPreferPrivateNetwork, m_PreferPrivateNetwork);
+  flag(value::kLatchToPrivate, m_LatchToPrivate);
+  flag(value::kGatewayRoaming, m_GatewayRoaming);
+  flag(value::kForceAutoConnect, m_ForceAutoConnect);
+  if (GetDWORD(value::kPassiveSuggestMode, &number) && number <= kPopupMode) {
+    m_bPassive = number != kAutoswitchMode;
+    m_bPopupMode = number == kPopupMode;
+  }
+  WString json;
+  if (!GetString(value::kScoreCfgJson, &json)) return;
+  CSmartPointer<CScoreConfig> score;
+  {
+    const CCritSecLock lock(m_PartsLock);
+    score = m_pScoreConfig;
+  }
+  if (score) score->Initialize(json);
+}
+
+bool CQUAYInterfaceConfig::SetStatusMessage(std::uint32_t id) {
+  const WStringView text = LookUpStatusText(id);
+  if (text.empty()) return false;
+  m_StatusTick = Now();
+  WString stored;
+  if (GetString(value::kStatusMessage, &stored) && stored == text) return true;
+  const bool written = SetString(value::kStatusMessage, text);
+  m_StatusTick = Now();
+  return written;
+}
+
+bool CQUAYInterfaceConfig::ClearStatusMessage(std::uint32_t id) {
+  const WStringView text = LookUpStatusText(id);
+  if (text.empty()) return false;
+  WString stored;
+  if (!GetString(value::kStatusMessage, &stored) || stored != text) return true;
+  m_StatusTick = Now();
+  return SetString(value::kStatusMessage, u"");
+}
+
+bool CQUAYInterfaceConfig::ClearStatusMessageIfOlder(std::uint32_t id, std::uint64_t ms) {
+  const WStringView text = LookUpStatusText(id);
+  if (text.empty()) return false;
+  WString stored;
+  if (!GetString(value::kStatusMessage, &stored) || stored != text) return true;
+  const std::uint64_t now = Now();
+  if (now - m_StatusTick < ms) return true;
+  m_StatusTick = now;
+  return SetString(value::kStatusMessage, u"");
+}
+
+bool CQUAYInterfaceConfig::SetSuggestedNetworkReason(std::uint32_t id) {
+  const WStringView text = LookUpStatusText(id);
+  return !text.empty() && SetString(value::kSuggestedNetworkReason, text);
+}
+
+bool CQUAYInterfaceConfig::SetSuggestedNetworkReasonPercent(std::int32_t percent) {
+  return SetString(value::kSuggestedNetworkReason, Format(u"%s%i%% %s", LookUpStatusText(kStatusBetterHead), percent,
+                                                     LookUpStatusText(kStatusBetterTail)));
+}
+
+void CQUAYInterfaceConfig::Set_InhibitQUAY(std::uint32_t ms, const char* tag) {
+  const std::uint64_t now = Now();
+  InhibitClock::SetResult result;
+  {
+    const CCritSecLock lock(m_InhibitLock);
+    result = m_Inhibit.Set(ms, tag, now);
+  }
+  if (result.outsideScans >= kOutsideScansWarned) {
+    LOG_INFO(u"=WARNING= | [%i]CQUAYInterfaceConfig::Set_InhibitQUAY(%lu) - CONSEC OUTSIDE SCANS %lu\n", m_ConfigIdx,
+             ms, result.outsideScans);
+  }
+  if (result.outsideScans >= kOutsideScansIgnored) {
+    LOG_INFO(
+        u"=WARNING= | [%i]CQUAYInterfaceConfig::Set_InhibitQUAY(%lu) - CONSEC OUTSIDE SCANS %lu - IGNORE INHIBIT / "
+        u"CLEAR\n",
+        m_ConfigIdx, ms, result.outsideScans);
+  }
+  if (result.outcome == InhibitClock::Outcome::kKeptLarger) {
+    LOG_ADAPTER(m_ConfigIdx, kInhibitLog,
+                u"[%i]CQUAYInterfaceConfig::Set_InhibitQUAY(%lu) - Keeping larger future, %I64u [+ %I64u ms]\n",
+                m_ConfigIdx, result.ms, result.future, result.future - now);
+  } else {
+    LOG_ADAPTER(m_ConfigIdx, kInhibitLog,
+                u"[%i]CQUAYInterfaceConfig::Set_InhibitQUAY(%lu) - future = %I64u   <==+==+==+==+==+==+==+== INHIBIT%s\n",
+                m_ConfigIdx, result.ms, result.future,
+                result.outcome == InhibitClock::Outcome::kSetAfterReset ? u" _CLOCK-RESET_" : u"");
+  }
+}
+
+bool CQUAYInterfaceConfig::Get_InhibitQUAY(std::uint64_t* remainingMs) {
+  const std::uint64_t now = Now();
+  InhibitClock::GetResult result;
+  {
+    const CCritSecLock lock(m_InhibitLock);
+    result = m_Inhibit.Get(now);
+  }
+  if (result.clockReset) {
+    LOG_ADAPTER(m_ConfigIdx, kInhibitLog,
+                u"[%i]CQUAYInterfaceConfig::Get_InhibitQUAY()- reset future = %lu + %I64u = %I64u   "
+                u"<==!X=!X=!X=!X=!X=!X=!X= _CLOCK-RESET_\n",
+                m_ConfigIdx, result.remainingMs, now, result.remainingMs + now);
+  }
+  if (result.inhibited && remainingMs) *remainingMs = result.remainingMs;
+  return result.inhibited;
+}
+
+std::uint64_t CQUAYInterfaceConfig::GetInhibitRemainingMs() const {
+  const std::uint64_t now = Now();
+  const CCritSecLock lock(m_InhibitLock);
+  return m_Inhibit.Remaining(now);
+}
+
+const char* CQUAYInterfaceConfig::GetInhibitReason() const {
+  const CCritSecLock lock(m_InhibitLock);
+  return m_Inhibit.m_InhibitReason;
+}
+
+bool CQUAYInterfaceConfig::IsNoDelayOpen() const { return Now() < m_NoDelayExpiry; }
+
+double CQUAYInterfaceConfig::GetNoDelayRemainingSecs() const {
+  const std::uint64_t now = Now(), expiry = m_NoDelayExpiry;
+  return now < expiry ? static_cast<double>(expiry - now) / 1000.0 : 0.0;
+}
+
+void CQUAYInterfaceConfig::OpenNoDelay(std::uint32_t ms) {
+  m_NoDelayExpiry = Now() + ms;
+  m_no_delay = true;
+}
+
+void CQUAYInterfaceConfig::SetRoamingInhibit() {
+  const CCritSecLock lock(ObjectLock());
+  m_RoamingInhibitTick = Now();
+  LOG_ADAPTER(m_ConfigIdx, kRoamLog, u"[%i]CQUAYInterfaceConfig::SetRoamingInhibit: tick %I64u\n", m_ConfigIdx,
+              m_RoamingInhibitTick.load());
+  SetStatusMessage(kStatusExternalRoaming);
+}
+
+void CQUAYInterfaceConfig::ClearRoamingInhibit() {
+  const CCritSecLock lock(ObjectLock());
+  LOG_ADAPTER(m_ConfigIdx, kRoamLog, u"[%i]CQUAYInterfaceConfig::ClearRoamingInhibit: was %I64u\n", m_ConfigIdx,
+              m_RoamingInhibitTick.load());
+  m_RoamingInhibitTick = 0;
+  ClearStatusMessage(kStatusExternalRoaming);
+}
+
+std::uint64_t CQUAYInterfaceConfig::GetRoamingInhibitTick() {
+  const CCritSecLock lock(ObjectLock());
+  return m_RoamingInhibitTick;
+}
+
+std::uint64_t CQUAYInterfaceConfig::GetRoamingInhibitAgeMs() {
+  const std::uint64_t since = GetRoamingInhibitTick(), now = Now();
+  return since == 0 || now < since ? 0 : now - since;
+}
+
+void CQUAYInterfaceConfig::ResolveUp_APScoreDeltaThreshold(const CandidateSummary& summary) {
+  const std::uint32_t threshold = m_APScoreThreshold += kThresholdStep;
+  LOG_INFO(
+      u"[%i]CQUAYInterfaceConfig::ResolveUp_APScoreDeltaThreshold(summary: %i, %i) BUMP SD Threshold = %i "
+      u"<~~~~~~~~~~!!!!!!!!!!!!!\n",
+      m_ConfigIdx, summary.min, summary.max, threshold);
+  SetAPScoreThreshold(threshold);
+}
+
+void CQUAYInterfaceConfig::SignalMainLoopSemaphore() {
+  CSmartPointer<CSemaphore> semaphore;
+  {
+    const CCritSecLock lock(m_PartsLock);
+    semaphore = m_pMainLoopSemaphore;
+  }
+  if (!semaphore) return;
+  try {
+    semaphore->IncReleaseCount();
+  } catch (const Exception& e) {
+    LOG_ERROR(u"CQUAYInterfaceConfig::SignalMainLoopSemaphore: Exception: %S", e.what());
+  } catch (const std::exception& e) {
+    LOG_ERROR(u"CQUAYInterfaceConfig::SignalMainLoopSemaphore: std:exception: %S", e.what());
+  }
+}
+
+bool CQUAYInterfaceConfig::WaitMainLoopSemaphore(std::uint32_t ms) {
+  CSmartPointer<CSemaphore> semaphore;
+  {
+    const CCritSecLock lock(m_PartsLock);
+    semaphore = m_pMainLoopSemaphore;
+  }
+  if (semaphore) return semaphore->WaitOnSemaphore(ms);
+  Os().threads.Sleep(ms);
+  return false;
+}
+
+std::uint32_t CQUAYInterfaceConfig::GetMainLoopSleepMs() const {
+  if (CGlobalConfigContainer::IsOnACPower()) return m_MainLoopSleepMs;
+  const std::uint64_t batteryMs =
+      std::uint64_t{CGlobalConfigContainer::GetInstance().m_BatteryModeSleepSecs} * 1000;
+  return std::max(m_MainLoopSleepMs.load(),
+                  static_cast<std::uint32_t>(std::min(batteryMs, kLongestSleepMs)));
+}
+
+void CQUAYInterfaceConfig::Set_MainLoopSleepMs(std::uint32_t ms) { m_MainLoopSleepMs = ms; }
+
+std::uint32_t CQUAYInterfaceConfig::GetScanIntervalSecs() const {
+  if (CGlobalConfigContainer::IsOnACPower()) return m_ScanInterval;
+  return std::max<std::uint32_t>(m_ScanInterval, CGlobalConfigContainer::GetInstance().m_BatteryScanIntervalSecs);
+}
+
+bool CQUAYInterfaceConfig::IsGatewayRoaming() const {
+  return CGlobalConfigContainer::GetInstance().m_bGatewayRoaming && m_GatewayRoaming;
+}
+
+bool CQUAYInterfaceConfig::IsRoamingEnabled() const {
+  return CGlobalConfigContainer::GetInstance().m_bRoamingEnabled;
+}
+
+void CQUAYInterfaceConfig::SetConnectedNetwork(WStringView display, WStringView ssid, WStringView bssid) {
+  SetString(value::kConnectedSsid, ssid);
+  SetString(value::kConnectedBssid, bssid);
+  WString status;
+  const bool known = GetString(value::kConnectStatus, &status);
+  if (bssid.empty()) {
+    if (!known || status.empty() || status == u"connected") SetString(value::kConnectStatus, u"disconnected");
+  } else if (status == u"connecting") {
+    SetString(value::kConnectStatus, u"connected");
+  }
+  SetString(value::kConnectedNetwork, display);
+}
+
+void CQUAYInterfaceConfig::SetVPNInhibited(bool inhibited) {
+  SetDWORD(value::kVPNInhibited, inhibited);
+  m_VPNInhibited = inhibited;
+}
+
+void CQUAYInterfaceConfig::SetAirplaneInhibited(bool inhibited) {
+  SetDWORD(value::kAirplaneInhibited, inhibited);
+  m_AirplaneInhibited = inhibited;
+}
+
+void CQUAYInterfaceConfig::SetRadioInhibited(bool inhibited) {
+  SetDWORD(value::kRadioInhibited, inhibited);
+  m_RadioInhibited = inhibited;
+}
+
+bool CQUAYInterfaceConfig::GetAirplaneMode(std::uint32_t* value) {
+  // The state is the key's default value.
+  return CRegistry().GetRegistryDWORDValue(
+      u"SYSTEM\\CurrentControlSet\\Control\\RadioManagement\\SystemRadioState", u"", value);
+}
+
+void CQUAYInterfaceConfig::SetUIConnectRequest(UIConnectRequest request) {
+  const CCritSecLock lock(m_PartsLock);
+  std::swap(m_UIConnect, request);
+}
+
+UIConnectRequest CQUAYInterfaceConfig::TakeUIConnectRequest() {
+  const CCritSecLock lock(m_PartsLock);
+  return std::exchange(m_UIConnect, {});
+}
+
+bool CQUAYInterfaceConfig::SetDWORD(WStringView name, std::uint32_t value) {
+  const auto registry = GetRegistry();
+  return registry && registry->SetRegistryDWORDValue(name, value);
+}
+
+bool CQUAYInterfaceConfig::SetString(WStringView name, WStringView text) {
+  const auto registry = GetRegistry();
+  return registry && registry->SetRegistryStringValue(name, text);
+}
+
+bool CQUAYInterfaceConfig::GetDWORD(WStringView name, std::uint32_t* out) const {
+  const auto registry = GetRegistry();
+  return registry && registry->GetRegistryDWORDValue(name, out);
+}
+
+bool CQUAYInterfaceConfig::GetString(WStringView name, WString* out) const {
+  const auto registry = GetRegistry();
+  return registry && registry->GetRegistryStringValue(name, out);
+}
+
+ScoreWeights CQUAYInterfaceConfig::GetScoreWeights() const {
+  const CCritSecLock lock(m_PartsLock);
+  return m_pScoreConfig ? m_pScoreConfig->Get() : ScoreWeights{};
+}
+
+}  // namespace corvane

@@ -1,0 +1,48 @@
+#include "settings/score_config.h"
+
+#include <rapidjson/error/en.h>
+
+#include "store/json_text.h"
+#include "foundation/log_lines.h"
+#include "platform/console_api.h"
+#include "platform/platform.h"
+
+namespace corvane {
+
+namespace {
+
+constexpr const char* kKeys[] = {"Internet",    "SQMax",       "PNMax",   "MUMIMOMax",
+                                 "MBPSBumpMax", "QBSSBumpMax", "NOISEMax"};
+
+}  // namespace
+
+bool CScoreConfig::Initialize(WStringView json) {
+  bool changed = false;
+  try {
+    rapidjson::Document document;
+    const std::string text = WideToUtf8(json);
+    ParseJson(text, &document);
+    if (document.HasParseError()) {
+      Os().console.WriteError(FormatA("\nCScoreConfig::Initialize: Error(offset %u): %s\n", document.GetErrorOffset(),
+                                      rapidjson::GetParseError_En(document.GetParseError())));
+      return false;
+    }
+    if (!document.IsObject()) return false;
+    for (std::size_t i = 0; i < std::size(kKeys); ++i) {
+      const auto member = document.FindMember(kKeys[i]);
+      if (member == document.MemberEnd() || !member->value.IsUint()) continue;
+      if (m_Weights[i].exchange(member->value.GetUint()) != member->value.GetUint()) changed = true;
+    }
+  } catch (const Exception& e) {
+    LOG_ERROR(u"CScoreConfig::Initialize: Exception: %S", e.what());
+  } catch (const std::exception& e) {
+    LOG_ERROR(u"CScoreConfig::Initialize: std:exception: %S", e.what());
+  }
+  return changed;
+}
+
+ScoreWeights CScoreConfig::Get() const {
+  return {m_Weights[0], m_Weights[1], m_Weights[2], m_Weights[3], m_Weights[4], m_Weights[5], m_Weights[6]};
+}
+
+}  // namespace corvane

@@ -1,0 +1,69 @@
+// The other access points on the channel of the connection, told when they change.
+
+#include "platform/clock_api.h"
+#include "platform/platform.h"
+#include "wlan/wlan_interface.h"
+#include "elements/frequency_table.h"
+
+namespace corvane {
+
+namespace {
+
+constexpr std::uint64_t kRecentScanMs = 120000;
+
+// 0 where the model has no such entry. `bssidText` is in lower case, as the entries have it.
+int BandOf(const NetworkMap& networks, const WString& ssid, const WString& bssidText) {
+  const auto network = networks.find(ssid);
+  if (network == networks.end()) return 0;
+  for (const auto& [bssid, entry] : network->second->m_BssMap) {
+    if (entry->m_BSSIDText == bssidText) return BandOfFrequency(entry->GetFrequencyKhz());
+  }
+  return 0;
+}
+
+}  // namespace
+
+void CWlanInterface::UpdateContentionAPs(const WString& ssid, const WString& bssidText,
+                                         std::uint32_t channel) {
+  const auto config = Config();
+  const CCritSecLock lock(ObjectLock());
+  const bool scannedLately = m_LastScanStart != 0 &&
+                             Os().clock.GetTickCount64() - m_LastScanStart <= kRecentScanMs;
+  if (m_connected_scan_count == 0 && !scannedLately) return;
+  m_ContentionMemo.Clear();
+  const WString channelText = Format(u"%lu", channel);
+  // Channel numbers come again in other bands, where nobody contends.
+  const int band = BandOf(m_Networks, ssid, bssidText);
+  for (const auto& [name, network] : m_Networks) {
+    for (const auto& [bssid, entry] : network->m_BssMap) {
+      if (entry->m_Channel != channel) continue;
+      if (band != 0 && BandOfFrequency(entry->GetFrequencyKhz()) != band) continue;
+      if (name == ssid && entry->m_BSSIDText == bssidText) continue;
+      m_ContentionMemo.Add(false, name.c_str(), entry->m_BSSIDText.c_str(), channelText.c_str(),
+                           entry->GetBandText().c_str(), entry->m_bInternet, entry->GetLQ());
+    }
+  }
+  WString ssids, bssids, qualities, shortSummary;
+  m_ContentionMemo.GetLists(&ssids, &bssids, &qualities);
+  WString summary = m_ContentionMemo.GetSummary(&shortSummary);
+  if (summary == u"none") summary.clear();
+  if (config->m_Etw.IsContentionReported(shortSummary)) return;
+  if (summary.empty()) {
+    config->m_Etw.NotifyNoAPContention(ssid, bssidText, channel);
+  } else {
+    config->m_Etw.NotifyAPContention(ssid, bssidText, channel, summary, shortSummary, ssids, bssids,
+                                     qualities);
+  }
+}
+
+// The reporter's contention state has no lock of its own: the interface lock serves, here and above.
+void CWlanInterface::ClearContention() {
+  const auto config = Config();
+  const CCritSecLock lock(ObjectLock());
+  m_ContentionMemo.Clear();
+  config->m_Etw.ClearLastAPContentionNotification();
+}
+
+WString CWlanInterface::ContentionText() { return m_ContentionMemo.GetSummary(nullptr); }
+
+}  // namespace corvane

@@ -1,0 +1,341 @@
+// What the platform tells of an adapter, on its own thread: the service's own operations are told from
+// outside ones, and only shared state is changed.
+
+#include <cstring>
+
+#include "notify/ap_summary.h"
+#include "notify/notification_manager.h"
+#include "foundation/log_lines.h"
+#include "platform/clock_api.h"
+#include "platform/platform.h"
+#include "wlan/wlan_client.h"
+#include "wlan/wlan_interface.h"
+
+namespace corvane {
+
+namespace {
+
+using namespace platform;
+
+constexpr std::uint64_t kNotifyLog = DBG(4) | DBG(30);
+constexpr std::uint32_t kNoDelayMs = 15000;
+constexpr std::uint32_t kInhibitOutsideStartMs = 10000;
+constexpr std::uint32_t kInhibitOutsideDisconnectingMs = 3000;
+constexpr std::uint32_t kInhibitOutsideDisconnectMs = 5000;
+constexpr std::uint32_t kInhibitOutsideScanMs = 15000;
+constexpr std::size_t kConnectionBytes = offsetof(WLAN_CONNECTION_NOTIFICATION_DATA, strProfileXml);
+
+const char16_t* WordOf(DWORD code) {
+  switch (code) {
+    case wlan_notification_acm_connection_start: return u"[CONNECTION START]";
+    case wlan_notification_acm_connection_complete: return u"[CONNECTION COMPLETE]";
+    case wlan_notification_acm_disconnecting: return u"[DISCONNECTING]";
+    case wlan_notification_acm_disconnected: return u"[DISCONNECTED]";
+    default: return u"";
+  }
+}
+
+bool IsDisconnect(DWORD code) { return code == wlan_notification_acm_disconnected; }
+
+}  // namespace
+
+template <typename Handler>
+void CWlanInterface::GuardHandler(const char* operation, Handler&& handler) {
+  try {
+    handler();
+  } catch (const PlatformFault& fault) {
+    LOG_ERROR(u"[%i]CWlanInterface::%S: EXCEPTION: 0x%08x", m_ConfigIdx, operation, fault.code);
+  } catch (const Exception& e) {
+    LOG_ERROR(u"[%i]CWlanInterface::%S: Exception: %S", m_ConfigIdx, operation, e.what());
+  } catch (const std::exception& e) {
+    LOG_ERROR(u"[%i]CWlanInterface::%S: std:exception: %S", m_ConfigIdx, operation, e.what());
+  }
+}
+
+void CWlanInterface::ConnectionNotification(DWORD code, const void* data) {
+  GuardHandler("ConnectionNotification", [&] { ConnectionNotification_internal(code, data); });
+}
+
+void CWlanInterface::ScanNotification(DWORD code, DWORD reason) {
+  GuardHandler("ScanNotification", [&] { ScanNotification_internal(code, reason); });
+}
+
+void CWlanInterface::MSMNotification(const void* data) {
+  GuardHandler("MSMNotification", [&] { MSMNotification_internal(data); });
+}
+
+void CWlanInterface::MSMRadioStateNotification(const void* data) {
+  GuardHandler("MSMRadioStateNotification", [&] { MSMRadioStateNotification_internal(data); });
+}
+
+void CWlanInterface::MSMSignalQualityNotification(DWORD quality) {
+  GuardHandler("MSMSignalQualityNotification", [&] { MSMSignalQualityNotification_internal(quality); });
+}
+
+void CWlanInterface::MSMAdapterOperationModeNotification(DWORD mode) {
+  GuardHandler("MSMAdapterOperationModeNotification",
+               [&] { MSMAdapterOperationModeNotification_internal(mode); });
+}
+
+void CWlanInterface::ConnectionNotification_internal(DWORD code, const void* data) {
+  if (!Client() || !data) return;
+  const auto config = Config();
+  config->OpenNoDelay(kNoDelayMs);
+  WLAN_CONNECTION_NOTIFICATION_DATA facts;
+  std::memcpy(static_cast<void*>(&facts), data, kConnectionBytes);
+  const WString ssid = SsidText(facts.dot11Ssid);
+  LOG_ADAPTER(m_ConfigIdx, kNotifyLog,
+              u"[%i]CWlanInterface::ConnectionNotification_internal: NotificationCode=%lu %s, ssid %s, reason "
+              u"%lu",
+              m_ConfigIdx, code, WordOf(code), ssid, facts.wlanReasonCode);
+
+  const OperationGate::State state = m_Operation.Get();
+  const NotificationOwner owner = OwnerOfNotification(state.m_op_busy, state.m_op_kind, code);
+  const bool isCompletion = code == wlan_notification_acm_connection_complete || IsDisconnect(code);
+  if (!isCompletion) {
+    OnNoCompletion(code, owner.weInitiated);
+    return;
+  }
+  config->ClearStatusMessage(kStatusNeedCredentials);
+  if (owner.weInitiated) {
+    OnOwnCompletion(code, state.m_op_kind, facts.wlanReasonCode, ssid);
+  } else {
+    OnOutsideCompletion(code, owner.xSide, ssid);
+  }
+}
+
+void CWlanInterface::OnNoCompletion(DWORD code, bool weInitiated) {
+  if (weInitiated) {
+    LOG_ADAPTER(m_ConfigIdx, kNotifyLog,
+                u"[%i]CWlanInterface::ConnectionNotification_internal: IGNORE NOTIFICATION! [WE INITIATED] "
+                u"[NotificationCode=%lu][NOT COMPLETION CODE]",
+                m_ConfigIdx, code);
+  } else if (code == wlan_notification_acm_connection_start) {
+    LOG_ADAPTER(m_ConfigIdx, kNotifyLog,
+                u"[%i]CWlanInterface::ConnectionNotification_internal: IGNORE OUTSIDE NOTIFICATION! "
+                u"[NotificationCode=%lu][start CONNECT]",
+                m_ConfigIdx, code);
+    Config()->Set_InhibitQUAY(kInhibitOutsideStartMs, "out-notify-con");
+  } else if (code == wlan_notification_acm_disconnecting) {
+    LOG_ADAPTER(m_ConfigIdx, kNotifyLog,
+                u"[%i]CWlanInterface::ConnectionNotification_internal: IGNORE OUTSIDE NOTIFICATION! "
+                u"[NotificationCode=%lu][start DISCONNECTING]",
+                m_ConfigIdx, code);
+    Config()->Set_InhibitQUAY(kInhibitOutsideDisconnectingMs, "out-notify-disc");
+  } else {
+    LOG_ADAPTER(m_ConfigIdx, kNotifyLog,
+                u"[%i]CWlanInterface::ConnectionNotification_internal: IGNORE OUTSIDE NOTIFICATION! "
+                u"[NotificationCode=%lu][NOT COMPLETION CODE]",
+                m_ConfigIdx, code);
+  }
+}
+
+void CWlanInterface::ResetReports(DWORD code) {
+  const auto config = Config();
+  if (config->IsEtwMode() && IsDisconnect(code)) config->m_Etw.NotifyClearPreviousSignalQualityBAD();
+  config->m_Etw.ResetQualityBad();
+  config->m_Etw.ResetQualityGood();
+}
+
+void CWlanInterface::OnOutsideCompletion(DWORD code, bool xSide, const WString& ssid) {
+  ResetReports(code);
+  if (!xSide) {
+    LOG_ADAPTER(m_ConfigIdx, kNotifyLog,
+                u"[%i]CWlanInterface::ConnectionNotification_internal: OUTSIDE NOTIFICATION! "
+                u"[disconnectOperation=%i] clearing m_connected_dot11Bssid_if_we_initiated !!!",
+                m_ConfigIdx, IsDisconnect(code));
+    const CCritSecLock lock(m_StateLock);
+    m_connected_dot11Bssid_if_we_initiated = {};
+  }
+  if (IsDisconnect(code)) {
+    OnOutsideDisconnect(code, xSide, ssid);
+  } else {
+    OnOutsideConnect(code, ssid);
+  }
+}
+
+void CWlanInterface::OnOutsideDisconnect(DWORD code, bool xSide, const WString& ssid) {
+  const auto config = Config();
+  m_bIsConnected = false;
+  ForgetConnection(ssid);
+  if (xSide) {
+    LOG_ADAPTER(m_ConfigIdx, kNotifyLog,
+                u"[%i]CWlanInterface::ConnectionNotification_internal: [X-SIDE NOTIFICATION] "
+                u"[NotificationCode=%lu][DISCONNECT COMPLETE, FOR INSIDE CONNECT][***INHIBIT QUAY 5000 ***]",
+                m_ConfigIdx, code);
+  } else {
+    LOG_ADAPTER(m_ConfigIdx, kNotifyLog,
+                u"[%i]CWlanInterface::ConnectionNotification_internal: OUTSIDE NOTIFICATION! "
+                u"[NotificationCode=%lu][DISCONNECT COMPLETE][***INHIBIT QUAY 5000 ***]",
+                m_ConfigIdx, code);
+  }
+  const WString last = GetLastConnectedSsid();
+  if (config->GetRoamingInhibitTick() == 0 && !xSide && ssid == last) {
+    LOG_ADAPTER(m_ConfigIdx, kNotifyLog,
+                u"[%i]CWlanInterface::ConnectionNotification_internal: [OUTSIDE DISCONN "
+                u"COMPLETE][ROAM-INHIBIT OFF] ssid %s == last %s [UpdateTimeOfLastConnectedSsid()]",
+                m_ConfigIdx, ssid, last);
+    m_time_of_last_connected_ssid = Os().clock.GetTickCount64();
+  }
+  config->Set_InhibitQUAY(kInhibitOutsideDisconnectMs, "out-disc");
+  SaveTempProfiles();
+  QueueNotification(u"Corvane", u"ConnectionChange", u"ExternalDisconnect", u"Unknown", u"Unknown",
+                    m_MacText, m_Description);
+}
+
+void CWlanInterface::OnOutsideConnect(DWORD code, const WString& ssid) {
+  const auto config = Config();
+  LOG_ADAPTER(m_ConfigIdx, kNotifyLog,
+              u"[%i] CWlanInterface::ConnectionNotification_internal: OUTSIDE NOTIFICATION! "
+              u"NotificationCode=%lu [CONNECTION COMPLETE][--- NOT CLEARING INHIBIT QUAY ---]",
+              m_ConfigIdx, code);
+  ConnectionFacts facts;
+  if (GetConnectedSSID(&facts)) {
+    TellOfOutsideConnect(facts);
+  } else {
+    LOG_ADAPTER(m_ConfigIdx, kNotifyLog,
+                u"[%i] CWlanInterface::ConnectionNotification_internal: OUTSIDE NOTIFICATION! "
+                u"NotificationCode=%lu -- GetConnectedSSID() failed, could not send pipe notification\n",
+                m_ConfigIdx, code);
+  }
+  if (config->GetRoamingInhibitTick() != 0) {
+    const WString last = GetLastConnectedSsid();
+    if (ssid == last) {
+      LOG_ADAPTER(m_ConfigIdx, kNotifyLog,
+                  u"[%i] CWlanInterface::ConnectionNotification_internal: [OUTSIDE CONN "
+                  u"COMPLETE][ROAM-INHIBIT ON] ssid %s == last %s [~~ KEEP ROAMING-INHIBIT ~~]\n",
+                  m_ConfigIdx, ssid, last);
+    } else {
+      LOG_ADAPTER(m_ConfigIdx, kNotifyLog,
+                  u"[%i] CWlanInterface::ConnectionNotification_internal: [OUTSIDE CONN "
+                  u"COMPLETE][ROAM-INHIBIT ON] ssid %s != last %s [!~!~ STOP ROAMING-INHIBIT ~!~!]\n",
+                  m_ConfigIdx, ssid, last);
+      SetLastConnectedSsid(ssid);
+      config->ClearRoamingInhibit();
+    }
+  }
+  config->m_bForcePopupOverride = true;
+  LOG_ADAPTER(
+      m_ConfigIdx, kNotifyLog,
+      u"[%i] CWlanInterface::ConnectionNotification_internal: SetForcePopupSuggestionOverride(true)\n",
+      m_ConfigIdx);
+  // Whoever is connected needs no suggestion of that network; without its BSSID of none of its parts.
+  config->m_Popup.ClearPopupSuggestedAP_If_Equal(ssid, facts.connected ? MacText(facts.bssid) : WString());
+}
+
+void CWlanInterface::TellOfOutsideConnect(const ConnectionFacts& facts) {
+  ApSummary summary;
+  summary.score = 0;
+  summary.bssid = MacText(facts.bssid);
+  summary.quality = facts.quality;
+  summary.channel = m_CurrentChannel;
+  summary.ssid = facts.ssid;
+  summary.details.emplace();
+  CSmartPointer<CWlanBssEntry> entry;
+  {
+    const CCritSecLock lock(ObjectLock());
+    if (FindBssEntry(facts.ssid, facts.bssid, &entry)) {
+      summary.score = entry->GetScore(false);
+      summary.channel = entry->m_Channel;
+      summary.details->maxRateMbps = static_cast<std::uint32_t>(entry->GetMaxRate());
+    }
+  }
+  QueueNotification(u"Corvane", u"ConnectionChange", u"ExternalConnect", ShortApSummary(summary),
+                    u"Unknown", m_MacText, m_Description);
+}
+
+void CWlanInterface::OnOwnCompletion(DWORD code, WlanOperation kind, DWORD reason, const WString& ssid) {
+  const auto config = Config();
+  if (m_Operation.Complete(kind, code, static_cast<std::int32_t>(reason))) {
+    m_pConnectSyncEvent->SetEvent();
+  }
+  ResetReports(code);
+  if (IsDisconnect(code)) {
+    {
+      const CCritSecLock lock(m_StateLock);
+      m_connected_dot11Bssid_if_we_initiated = {};
+    }
+    ForgetConnection(ssid);
+    SaveTempProfiles();
+  } else {
+    config->m_bForcePopupOverride = false;
+    LOG_ADAPTER(
+        m_ConfigIdx, kNotifyLog,
+        u"[%i] CWlanInterface::ConnectionNotification_internal: SetForcePopupSuggestionOverride(false)\n",
+        m_ConfigIdx);
+    const MacAddress own = GetConnectedBssidIfWeInitiated();
+    config->m_Popup.ClearPopupSuggestedAP_If_Equal(ssid, IsZero(own) ? WString() : MacText(own));
+  }
+  const std::uint64_t inhibited = config->GetRoamingInhibitTick();
+  if (inhibited == 0) return;
+  LOG_ADAPTER(m_ConfigIdx, kNotifyLog,
+              u"[%i] CWlanInterface::ConnectionNotification_internal:[INSIDE CONN/DISCONN "
+              u"COMPLETE][ROAM-INHIBIT %I64u ticks] ssid %s, last %s [!~!~ STOP ROAMING-INHIBIT ~!~!]\n",
+              m_ConfigIdx, inhibited, ssid, GetLastConnectedSsid());
+  SetLastConnectedSsid(ssid);
+  config->ClearRoamingInhibit();
+}
+
+void CWlanInterface::ForgetConnection(const WString& ssid) {
+  const auto config = Config();
+  ClearContention();
+  m_connected_scan_count = 0;
+  LogRecord(kLogMemory, "<I>", "[Adapter ", m_ConfigIdx, "] Disconnected from ", ssid);
+  config->m_force_scan_counter = 1;  // the next round looks for another network at once
+  config->m_rate_gate_high = kRateGateHighStart;
+  config->m_rate_gate_low = kRateGateLowStart;
+  if (m_pInterfacePDH) m_pInterfacePDH->ResetIdleMeasure(kRateGateHighStart, kRateGateLowStart);
+}
+
+void CWlanInterface::ScanNotification_internal(DWORD code, DWORD reason) {
+  if (!Client()) return;
+  const bool complete = code == wlan_notification_acm_scan_complete;
+  const OperationGate::State state = m_Operation.Get();
+  if (state.m_op_busy && state.m_op_kind == WlanOperation::kScan) {
+    if (m_Operation.Complete(WlanOperation::kScan, code, static_cast<std::int32_t>(reason))) {
+      LOG_ADAPTER(m_ConfigIdx, DBG(30),
+                  u"[%i]CWlanInterface::ScanNotification_internal: m_pScanSyncEvent->SetEvent() "
+                  u"++++++++++++++ [NotificationCode=%lu]%s",
+                  m_ConfigIdx, code, complete ? u"[SCAN COMPLETE]" : u"[SCAN FAILED]");
+      m_pScanSyncEvent->SetEvent();
+    }
+    return;
+  }
+  LOG_ADAPTER(m_ConfigIdx, DBG(30),
+              u"[%i]CWlanInterface::ScanNotification_internal: OUTSIDE NOTIFICATION! "
+              u"[NotificationCode=%lu]%s[***INHIBIT QUAY 15000 ***]",
+              m_ConfigIdx, code, complete ? u"[SCAN COMPLETE]" : u"");
+  Config()->Set_InhibitQUAY(kInhibitOutsideScanMs, "out-scan");
+}
+
+void CWlanInterface::MSMNotification_internal(const void*) {
+  LOG_ADAPTER(m_ConfigIdx, kNotifyLog, u"[%i]CWlanInterface::MSMNotification_internal", m_ConfigIdx);
+}
+
+void CWlanInterface::MSMRadioStateNotification_internal(const void* data) {
+  if (!data) return;
+  WLAN_PHY_RADIO_STATE state;
+  std::memcpy(static_cast<void*>(&state), data, sizeof(state));
+  LOG_ADAPTER(m_ConfigIdx, kNotifyLog,
+              u"[%i]CWlanInterface::MSMRadioStateNotification_internal: dwPhyIndex=%lu, software=%i, "
+              u"hardware=%i",
+              m_ConfigIdx, state.dwPhyIndex, state.dot11SoftwareRadioState, state.dot11HardwareRadioState);
+  const CCritSecLock lock(m_StateLock);
+  for (auto& known : m_RadioState.PhyRadioState) {
+    if (known.dwPhyIndex != state.dwPhyIndex && known.dwPhyIndex != static_cast<DWORD>(-1)) continue;
+    known = state;
+    return;
+  }
+}
+
+void CWlanInterface::MSMSignalQualityNotification_internal(DWORD quality) {
+  LOG_ADAPTER(m_ConfigIdx, kNotifyLog,
+              u"[%i]CWlanInterface::MSMSignalQualityNotification_internal: %lu", m_ConfigIdx, quality);
+}
+
+void CWlanInterface::MSMAdapterOperationModeNotification_internal(DWORD mode) {
+  LOG_ADAPTER(m_ConfigIdx, kNotifyLog,
+              u"[%i]CWlanInterface::MSMAdapterOperationModeNotification_internal: %lu", m_ConfigIdx, mode);
+}
+
+}  // namespace corvane

@@ -1,0 +1,53 @@
+// What the wired side tells of an access point: the gateways of the present connection, kept with the
+// connected entry and in the memo.
+
+#include "foundation/log_lines.h"
+#include "history/global_ap_gateway_map_memo.h"
+#include "wlan/wlan_interface.h"
+
+namespace corvane {
+
+MacList CWlanInterface::GetIP4GatewayMacs() const {
+  const CCritSecLock lock(m_StateLock);
+  return m_IP4GatewayMacs;
+}
+
+MacList CWlanInterface::GetIP6GatewayMacs() const {
+  const CCritSecLock lock(m_StateLock);
+  return m_IP6GatewayMacs;
+}
+
+bool CWlanInterface::HasGatewayMacs() const {
+  const CCritSecLock lock(m_StateLock);
+  return !m_IP4GatewayMacs.empty() || !m_IP6GatewayMacs.empty();
+}
+
+void CWlanInterface::GatewayRoamingCheck() {
+  const WString ssid = GetLastConnectedSsid();
+  if (!m_bIsConnected || ssid.empty() || !Config()->m_GatewayRoaming) return;
+  AssignGatewayMacsToBssEntry(ssid, GetConnectedBssid(), GetIP4GatewayMacs(), GetIP6GatewayMacs());
+}
+
+bool CWlanInterface::AssignGatewayMacsToBssEntry(const WString& ssid, const MacAddress& bssid,
+                                                 const MacList& ip4, const MacList& ip6) {
+  if (ssid.empty()) return false;
+  const CCritSecLock lock(ObjectLock());
+  const auto network = m_Networks.find(ssid);
+  if (network == m_Networks.end()) {
+    LOG_ADAPTER(m_ConfigIdx, DBG(41), u"[%i] CWlanInterface::AssignGatewayMacsToBssEntry: SSID [%s] not found!\n",
+                m_ConfigIdx, ssid);
+    return false;
+  }
+  const auto& entries = network->second->m_BssMap;
+  if (const auto entry = entries.find(bssid); entry != entries.end()) {
+    entry->second->AssignGatewayMacs(ip4, ip6);
+    return true;
+  }
+  CGlobalAPGatewayMapMemo::GetInstance().Update(MacText(bssid), ip4, ip6);
+  LOG_ADAPTER(m_ConfigIdx, DBG(41),
+              u"[%i] CWlanInterface::AssignGatewayMacsToBssEntry: SSID [%s]: BSSID %s not found!\n",
+              m_ConfigIdx, ssid, MacText(bssid));
+  return false;
+}
+
+}  // namespace corvane

@@ -1,0 +1,249 @@
+// The platform's two lists, merged into the tree of networks and BSS entries.
+
+#include <algorithm>
+#include <cstring>
+
+#include "settings/global_config_container.h"
+#include "foundation/log_lines.h"
+#include "monitors/network_list_manager.h"
+#include "platform/platform.h"
+#include "platform/wlan_api.h"
+#include "wlan/wlan_buffer.h"
+#include "wlan/wlan_call.h"
+#include "wlan/wlan_client.h"
+#include "wlan/wlan_interface.h"
+#include "wlan/wlan_limits.h"
+#include "model/global_wireless_maps.h"
+
+namespace corvane {
+
+namespace {
+
+using namespace platform;
+
+constexpr std::int32_t kBssListError = 100;
+constexpr std::size_t kNetworksAt = offsetof(WLAN_AVAILABLE_NETWORK_LIST, Network);
+constexpr std::size_t kEntriesAt = offsetof(WLAN_BSS_LIST, wlanBssEntries);
+constexpr BOOL kSecurityEnabled = 1;
+
+// A zero-filled copy of at least `minimum` bytes; only `size` bytes of the platform's are read.
+CSmartPointer<CGenericMalloc> CopyOf(const void* data, std::size_t size, std::size_t minimum) {
+  auto copy = CGenericMalloc::CreateObject();
+  copy->Initialize(static_cast<std::uint32_t>(std::max(size, minimum)));
+  std::memcpy(copy->GetData(), data, size);
+  return copy;
+}
+
+// The records lie in a byte block; copies keep alignment and bounds out of the question.
+template <typename T>
+T RecordAt(const CGenericMalloc& block, std::size_t offset) {
+  T record;
+  std::memcpy(&record, block.GetData() + offset, sizeof(T));
+  return record;
+}
+
+bool IsPossible(const WLAN_BSS_LIST& list) {
+  if (list.dwTotalSize < kEntriesAt || list.dwTotalSize > kMaxBssListBytes) return false;
+  return list.dwNumberOfItems <= (list.dwTotalSize - kEntriesAt) / sizeof(WLAN_BSS_ENTRY);
+}
+
+}  // namespace
+
+CSmartPointer<CGenericMalloc> CWlanInterface::GetAvailableNetworkList() {
+  const auto client = Client();
+  try {
+    WlanBuffer<WLAN_AVAILABLE_NETWORK_LIST> list;
+    DWORD result = CodeOfCall("CWlanInterface", "WlanGetAvailableNetworkList", [&] {
+      return Os().wlan.WlanGetAvailableNetworkList(client ? client->GetHandle() : nullptr, &GetGuid(), 0,
+                                                   nullptr, list.Out());
+    });
+    if (result == ERROR_SUCCESS && list && list->dwNumberOfItems > kMaxListedNetworks) {
+      result = ERROR_INVALID_DATA;
+    }
+    if (result != ERROR_SUCCESS) {
+      LOG_ERROR(u"[%i]CWlanInterface::GetAvailableNetworkList: WlanGetAvailableNetworkList FAILED %lu",
+                m_ConfigIdx, result);
+      throw Exception("WlanGetAvailableNetworkList() failed: %i", result);
+    }
+    if (!list) throw Exception("WlanGetAvailableNetworkList() failed: pData is NULL");
+    return CopyOf(list.get(), kNetworksAt + list->dwNumberOfItems * sizeof(WLAN_AVAILABLE_NETWORK),
+                  sizeof(WLAN_AVAILABLE_NETWORK_LIST));
+  } catch (const Exception& e) {
+    LOG_ERROR(u"[%i]CWlanInterface::GetAvailableNetworkList: Exception: %S", m_ConfigIdx, e.what());
+  } catch (const std::exception& e) {
+    LOG_ERROR(u"[%i]CWlanInterface::GetAvailableNetworkList: std:exception: %S", m_ConfigIdx, e.what());
+  }
+  return nullptr;
+}
+
+CSmartPointer<CGenericMalloc> CWlanInterface::GetNetworkBssList() {
+  const auto client = Client();
+  try {
+    WlanBuffer<WLAN_BSS_LIST> list;
+    DWORD result = CodeOfCall("CWlanInterface", "WlanGetNetworkBssList", [&] {
+      return Os().wlan.WlanGetNetworkBssList(client ? client->GetHandle() : nullptr, &GetGuid(), nullptr,
+                                             dot11_BSS_type_any, kSecurityEnabled, nullptr, list.Out());
+    });
+    if (result == ERROR_SUCCESS && list && !IsPossible(*list.get())) result = ERROR_INVALID_DATA;
+    if (result != ERROR_SUCCESS) {
+      LOG_ERROR(u"[%i]CWlanInterface::GetNetworkBssList:: WlanGetNetworkBssList FAILED %lu", m_ConfigIdx,
+                result);
+      throw Exception("WlanGetNetworkBssList() failed: %i", result);
+    }
+    if (!list) throw Exception("WlanGetNetworkBssList() failed: pData is NULL");
+    return CopyOf(list.get(), list->dwTotalSize, sizeof(WLAN_BSS_LIST));
+  } catch (const Exception& e) {
+    LOG_ERROR(u"[%i]CWlanInterface::GetNetworkBssList: Exception: %S", m_ConfigIdx, e.what());
+  } catch (const std::exception& e) {
+    LOG_ERROR(u"[%i]CWlanInterface::GetNetworkBssList: std:exception: %S", m_ConfigIdx, e.what());
+  }
+  return nullptr;
+}
+
+void CWlanInterface::ReadLists(bool scanned, bool first, double rate, std::int32_t* found,
+                               std::int32_t* aux_error) {
+  const CCritSecLock configLock(CGlobalConfigContainer::GetInstance().GetLock());
+  const CCritSecLock lock(ObjectLock());
+  ClearScanMarks();
+  if (const auto networks = GetAvailableNetworkList()) {
+    TakeNetworks(*networks, found);
+    if (const auto entries = GetNetworkBssList()) {
+      TakeBssEntries(*entries);
+      if (scanned) BumpUnscannedCounter();
+    } else {
+      *aux_error = kBssListError;
+      LOG_ERROR(
+          u"[%i]CWlanInterface::DiscoverNetworksSynchronous: GetNetworkBssList()/CGenericMalloc Failure!",
+          m_ConfigIdx);
+    }
+    MarkConnected();
+    if (m_ConfigIdx == 0) CGlobalWirelessMaps::GetInstance().ComputeNoiseLevelArray(m_Networks);
+    UpdateAllScores();
+    if (first && log::IsOpen(m_ConfigIdx, DBG(20))) {
+      int number = 0;
+      for (const auto& [ssid, network] : m_Networks) network->Dump(number++);
+    }
+  } else {
+    LOG_DEBUG(DBG(0),
+              u"[%i] CWlanInterface::DiscoverNetworksSynchronous: GetAvailableNetworkList()/CGenericMalloc "
+              u"Failure!\n",
+              m_ConfigIdx);
+  }
+  m_RateHistory.insert(m_RateHistory.begin(), rate);
+  if (m_RateHistory.size() > kRatesRemembered) m_RateHistory.resize(kRatesRemembered);
+}
+
+void CWlanInterface::ClearScanMarks() {
+  for (const auto& [ssid, network] : m_Networks) {
+    for (const auto& [bssid, entry] : network->m_BssMap) entry->m_bss_scanned = false;
+  }
+}
+
+void CWlanInterface::TakeNetworks(const CGenericMalloc& list, std::int32_t* found) {
+  const auto count = RecordAt<DWORD>(list, offsetof(WLAN_AVAILABLE_NETWORK_LIST, dwNumberOfItems));
+  for (DWORD i = 0; i < count; ++i) {
+    const auto record =
+        RecordAt<WLAN_AVAILABLE_NETWORK>(list, kNetworksAt + i * sizeof(WLAN_AVAILABLE_NETWORK));
+    if (record.dot11Ssid.uSSIDLength == 0) continue;
+    const WString ssid = SsidText(record.dot11Ssid);
+    const auto at = m_Networks.find(ssid);
+    CSmartPointer<CWlanNetwork> network;
+    if (at != m_Networks.end()) {
+      network = at->second;
+      network->Update(record, m_ConfigIdx);
+    } else {
+      network = CWlanNetwork::CreateObject();
+      network->Update(record, m_ConfigIdx);
+      m_Networks.emplace(ssid, network);
+    }
+    if (FindProfile(*network)) ++*found;
+  }
+}
+
+// Under its own name, or under another one that the system's network list has for it.
+bool CWlanInterface::FindProfile(CWlanNetwork& network) {
+  network.m_Profile = GetProfileDataHelper(network.m_SSIDW);
+  if (network.m_Profile) return true;
+  std::list<WString> names;
+  if (auto* const list = CNetworkListManager::Find()) list->GetNameForBaseNetname(network.m_SSIDW, &names);
+  for (const WString& name : names) {
+    network.m_Profile = GetProfileDataHelper(name);
+    if (!network.m_Profile) continue;
+    LOG_DEBUG(DBG(1),
+              u"\n[%i] CWlanInterface::DiscoverNetworksSynchronous: FOUND PROFILE USING OTHER NAME [%s]\n",
+              m_ConfigIdx, name);
+    return true;
+  }
+  return false;
+}
+
+void CWlanInterface::TakeBssEntries(const CGenericMalloc& list) {
+  const auto count = RecordAt<DWORD>(list, offsetof(WLAN_BSS_LIST, dwNumberOfItems));
+  const std::size_t total = list.GetSize();
+  const MacAddress connected = m_bIsConnected ? GetConnectedBssid() : MacAddress{};
+  for (DWORD i = 0; i < count; ++i) {
+    const std::size_t at = kEntriesAt + i * sizeof(WLAN_BSS_ENTRY);
+    const auto bss = RecordAt<WLAN_BSS_ENTRY>(list, at);
+    if (bss.dot11Ssid.uSSIDLength == 0) continue;
+    // Element bytes that would lie outside the list are none.
+    const std::uint64_t first = std::uint64_t{at} + bss.ulIeOffset;
+    const bool inside = first + bss.ulIeSize <= total;
+    TakeBss(bss, inside ? list.GetData() + first : nullptr, inside ? bss.ulIeSize : 0, connected);
+  }
+}
+
+void CWlanInterface::TakeBss(const WLAN_BSS_ENTRY& bss, const std::uint8_t* ies, std::uint32_t cbIEs,
+                             const MacAddress& connected) {
+  const WString ssid = SsidText(bss.dot11Ssid);
+  const auto at = m_Networks.find(ssid);
+  if (at == m_Networks.end()) {
+    LOG_DEBUG(DBG(0), u"=====> ssid %s not found in g_WlanNetworkMap\n", ssid);
+    return;
+  }
+  CWlanNetwork& network = *at->second;
+  const MacAddress bssid = ToMac(bss.dot11Bssid);
+  CWlanBssEntry::Facts facts;
+  if (const CWlanProfileData* profile = network.m_Profile.get()) {
+    facts.grantedAccess = profile->m_GrantedAccess;
+    facts.autoConnect = profile->m_bAutoConnect;
+    facts.nonBroadcast = profile->m_bNonBroadcast;
+  }
+  facts.hasTempProfile = !network.m_TempProfileXml.empty();
+  facts.securityEnabled = network.m_Available.bSecurityEnabled;
+  facts.authAlgorithm = network.m_Available.dot11DefaultAuthAlgorithm;
+  if (!IsZero(connected) && bssid == connected) {
+    facts.pegLQ = GetConnAttrs().wlanAssociationAttributes.wlanSignalQuality;
+  }
+  // Only a new entry takes over what is remembered of its connectivity.
+  if (!network.m_BssMap.contains(bssid)) {
+    facts.internetState = m_InternetMemo.GetFlag(ssid, MacText(bssid));
+  }
+  network.AddOrUpdateBss(bss, ies, cbIEs, facts, nullptr);
+}
+
+void CWlanInterface::BumpUnscannedCounter() {
+  for (const auto& [ssid, network] : m_Networks) {
+    for (const auto& [bssid, entry] : network->m_BssMap) {
+      if (entry->m_bss_scanned) continue;
+      ++entry->m_unscanned_count;
+      LOG_DEBUG(DBG(37),
+                u"BumpUnscannedCounter[%s %s][m_bss_scanned=%i, m_unscanned_count=%i]: BUMPED UNSCANNED "
+                u"COUNTER!\n",
+                entry->m_SSIDW, entry->m_BSSIDText, entry->m_bss_scanned, entry->m_unscanned_count);
+    }
+  }
+}
+
+void CWlanInterface::MarkConnected() {
+  const bool isConnected = m_bIsConnected;
+  if (!isConnected) ClearConnectedBssid();
+  const MacAddress connected = GetConnectedBssid();
+  for (const auto& [ssid, network] : m_Networks) {
+    for (const auto& [bssid, entry] : network->m_BssMap) {
+      entry->m_bConnected = isConnected && bssid == connected;
+      if (entry->m_bConnected) entry->m_ever_connected = true;
+    }
+  }
+}
+
+}  // namespace corvane

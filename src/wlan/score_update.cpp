@@ -1,0 +1,84 @@
+// The scores of one adapter's entries, worked out anew after each discovery.
+
+#include "foundation/averager.h"
+#include "foundation/log_lines.h"
+#include "store/process_flags.h"
+#include "monitors/network_list_manager.h"
+#include "wlan/wlan_interface.h"
+#include "model/global_wireless_maps.h"
+
+namespace corvane {
+
+namespace {
+
+// Load points and load percent over the entries of one band group.
+struct LoadAverages {
+  CAveragerBase<std::int32_t> points;
+  CAveragerBase<double> load;
+};
+
+}  // namespace
+
+// The connected network's connectivity of this moment, for the scores that follow.
+void CWlanInterface::NoteConnectivity() {
+  CNetworkListManager* const list = CNetworkListManager::Find();
+  if (!m_bIsConnected || !list) return;
+  bool internet = false;
+  NlmNetworkRecord record;
+  if (list->DoesInterfaceHaveInternet(GetGuid(), &internet, &record) != platform::S_OK) return;
+  const WString ssid = SsidText(GetConnAttrs().wlanAssociationAttributes.dot11Ssid);
+  // Without a connection in the network list there is nothing to hand on.
+  if (!record.name.empty()) list->SetConnectivityForNetwork(ssid, record.connectivity);
+  if (internet) return;
+  LOG_ADAPTER(m_ConfigIdx, DBG(0) | DBG(16) | DBG(37),
+              u"\n[%i] CWlanInterface::UpdateAllScores(): [%s] CONNECTION HAS NO INTERNET%s\n", m_ConfigIdx,
+              ssid, g_bVPNFound ? u", might be false due to VPN detected." : u"");
+}
+
+void CWlanInterface::UpdateAllScores() {
+  const CCritSecLock lock(ObjectLock());
+  NoteConnectivity();
+  const bool isConnected = m_bIsConnected;
+  const MacAddress connected = GetConnectedBssid();
+  const std::uint32_t quality = GetConnAttrs().wlanAssociationAttributes.wlanSignalQuality;
+  LoadAverages high, low;  // the 5 GHz range, and all else
+  {
+    const CCritSecLock maps(CGlobalWirelessMaps::GetInstance().GetLock());
+    for (const auto& [ssid, network] : m_Networks) {
+      for (const auto& [bssid, entry] : network->m_BssMap) {
+        if (!entry->m_bss_scanned) continue;
+        entry->UpdateScore(isConnected && bssid == connected ? quality : 0);
+        entry->UpdateApCount();
+        if (entry->m_QBSSPoints < 0) continue;
+        LoadAverages& group = entry->IsIn5GHzRange() ? high : low;
+        group.points.Add(entry->m_QBSSPoints);
+        if (const double load = entry->GetRawLoadPct(); load >= 0.0) group.load.Add(load);
+      }
+    }
+  }
+  RememberConnectivity();
+  const auto config = Config();
+  config->m_AvgQBSSScore5 = high.points.Mean();
+  config->m_AvgQBSSScore2 = low.points.Mean();
+  config->m_AvgLoad5 = high.load.Mean();
+  config->m_AvgLoad2 = low.load.Mean();
+  LOG_ADAPTER(m_ConfigIdx, DBG(0),
+              u"[%i] CWlanInterface::UpdateAllScores: Avg qbssload scores: 5Ghz=%i, 2Ghz=%i. Avg load values: "
+              u"5Ghz=%02.lf, 2Ghz=%0.2lf \n",
+              m_ConfigIdx, config->m_AvgQBSSScore5, config->m_AvgQBSSScore2, config->m_AvgLoad5,
+              config->m_AvgLoad2);
+}
+
+// What the entries know of their connectivity survives a loss of the tree. The memo has the rank of
+// the maps, so it is written after their lock.
+void CWlanInterface::RememberConnectivity() {
+  for (const auto& [ssid, network] : m_Networks) {
+    for (const auto& [bssid, entry] : network->m_BssMap) {
+      if (!entry->m_bss_scanned || !entry->m_bConnectivityKnown) continue;
+      m_InternetMemo.Add(false, ssid.c_str(), entry->m_BSSIDText.c_str(), entry->GetBandText().c_str(),
+                         Format(u"%lu", entry->m_Channel).c_str(), entry->m_bInternetLatch, entry->GetLQ());
+    }
+  }
+}
+
+}  // namespace corvane

@@ -1,0 +1,103 @@
+#include "wlan/wifi_client_container.h"
+
+#include "foundation/log_lines.h"
+
+namespace corvane {
+
+namespace {
+
+// A connect that its adapter's next round has yet to see.
+bool IsJustConnectedTo(const CWlanInterface& adapter, const MacAddress& bssid) {
+  return ToMac(adapter.GetConnAttrs().wlanAssociationAttributes.dot11Bssid) == bssid;
+}
+
+}  // namespace
+
+CSmartPointer<CWlanClient> CWifiClientContainer::Client() {
+  const CCritSecLock lock(m_Lock);
+  return m_pClient;
+}
+
+CSmartPointer<CWlanClient> CWifiClientContainer::MakeClient() {
+  try {
+    auto client = CWlanClient::CreateObject();
+    const CCritSecLock lock(m_Lock);
+    m_pClient = client;
+    return client;
+  } catch (const std::exception&) {
+    LOG_ERROR(u"CWifiClientContainer::CWifiClientContainer: Failed to create Wlan Client!");
+    throw;
+  }
+}
+
+void CWifiClientContainer::Initialize() {
+  try {
+    auto client = Client();
+    if (!client) client = MakeClient();
+    client->EnumerateInterfaces();
+    client->PublishAdapters();
+  } catch (const Exception& e) {
+    LOG_ERROR(u"CWifiClientContainer::Initialize: Exception: %S", e.what());
+    Shutdown();
+  } catch (const std::exception& e) {
+    LOG_ERROR(u"CWifiClientContainer::Initialize: std:exception: %S", e.what());
+    Shutdown();
+  }
+}
+
+void CWifiClientContainer::Shutdown() {
+  CSmartPointer<CWlanClient> client;
+  {
+    const CCritSecLock lock(m_Lock);
+    m_pClient.Swap(client);
+  }
+  if (client) client->Shutdown();
+}
+
+int CWifiClientContainer::GetCount() {
+  const auto client = Client();
+  return client ? static_cast<int>(client->GetCount()) : 0;
+}
+
+CSmartPointer<CWlanInterface> CWifiClientContainer::GetInterface(int position) {
+  const auto client = Client();
+  if (!client || position < 0) return nullptr;
+  return client->GetInterfaceByIndex(static_cast<std::size_t>(position));
+}
+
+bool CWifiClientContainer::AdapterCountChanged() {
+  const auto client = Client();
+  return client && client->CheckForChangeInInterfaceCount();
+}
+
+bool CWifiClientContainer::AvoidThisCandidateOnMyIF(CWlanBssEntry* bss, CWlanInterface* myInterface) {
+  if (!bss || !myInterface) {
+    throw Exception("CWifiClientContainer::AvoidThisCandidateOnMyIF(): Invalid args!");
+  }
+  const auto client = Client();
+  if (!client) return false;
+  const MacAddress wanted = bss->GetBssid();
+  for (std::size_t i = 0;; ++i) {
+    const auto other = client->GetInterfaceByIndex(i);
+    if (!other) return false;
+    if (other.get() == myInterface) continue;
+    if (const MacAddress connected = other->GetConnectedBssid();
+        other->IsConnected() && (connected == wanted || IsJustConnectedTo(*other, wanted))) {
+      LOG_DEBUG(DBG(19),
+                u"CWifiClientContainer::AvoidThisCandidateOnMyIF: *MATCHED* BSSID: candidate ssid: %s, "
+                u"bssid: %s, other IF connected bssid: %S",
+                bss->m_SSIDW, bss->m_BSSIDText, MacTextA(wanted));
+      return true;
+    }
+    MacAddress reserved{};
+    if (other->GetReservation(&reserved) && reserved == wanted) {
+      LOG_DEBUG(DBG(19),
+                u"CWifiClientContainer::AvoidThisCandidateOnMyIF: *MATCHED* RESERVED BSSID: candidate "
+                u"ssid: %s, candidate bssid: %s, other RESERVED bssid: %S",
+                bss->m_SSIDW, bss->m_BSSIDText, MacTextA(reserved));
+      return true;
+    }
+  }
+}
+
+}  // namespace corvane

@@ -1,0 +1,34 @@
+#pragma once
+#include "foundation/singleton.h"
+#include "wlan/wlan_client.h"
+
+namespace corvane {
+
+// Holds the one WLAN client.
+class CWifiClientContainer {
+ public:
+  static CWifiClientContainer& GetInstance() { return Singleton<CWifiClientContainer>::GetInstance(); }
+
+  // Makes the client where there is none, enumerates and publishes the adapters. Keeps failures to
+  // itself: then the count is 0, and the next call tries again.
+  void Initialize();
+  void Shutdown();
+  int GetCount();
+  CSmartPointer<CWlanInterface> GetInterface(int position);  // in GUID order; null past the end
+  bool AdapterCountChanged();
+  // Another adapter is connected to this BSS or has reserved it. Takes the other adapters' interface
+  // locks, one at a time: the caller holds none. Throws on null.
+  bool AvoidThisCandidateOnMyIF(CWlanBssEntry* bss, CWlanInterface* myInterface);
+
+ private:
+  friend class Singleton<CWifiClientContainer>;
+  CWifiClientContainer() = default;
+  ~CWifiClientContainer() { Shutdown(); }
+  CSmartPointer<CWlanClient> Client();
+  CSmartPointer<CWlanClient> MakeClient();
+
+  CCritSec m_Lock{"wifi client container", LockRank::kLeaf};
+  CSmartPointer<CWlanClient> m_pClient;
+};
+
+}  // namespace corvane

@@ -1,0 +1,246 @@
+// The walk over the elements, the legacy elements, and any bytes at all.
+
+#include "elements/ie_blob.h"
+
+#include <random>
+
+#include "corvane_lab/commands.h"
+#include "platform/sim/world/captured_beacons.h"
+#include "support/beacon.h"
+#include "elements/element_bytes.h"
+
+namespace corvane {
+namespace {
+
+using test::ByteList;
+using test::Ie;
+using test::Join;
+
+class IeBlob : public test::ElementsTest {
+ protected:
+  // Every field as text, but for the bytes themselves.
+  static std::string Facts(const ByteList& bytes) {
+    platform::sim::CapturedBeacon beacon;
+    beacon.id = "bytes";
+    beacon.freqMhz = 5160;  // in no table: channel and width 0
+    beacon.elements = bytes;
+    std::string text = lab::ElementsLine(beacon);
+    const std::size_t raw = text.find("\"RawIEs\"");
+    return text.erase(raw, text.find(',', raw) - raw);
+  }
+};
+
+TEST_F(IeBlob, AnElementThatStartsInTheLastTwoBytesIsNotLookedAt) {
+  const struct {
+    ByteList bytes;
+    bool ds;
+    unsigned channel;
+    bool erp;
+  } cases[] = {
+      {{0, 1, 'a', 3, 1, 6}, true, 6, false},
+      {{0, 1, 'a', 3, 0}, false, 0, false},         // of no length at the very end
+      {{0, 1, 'a', 3}, false, 0, false},            // an id alone
+      {{3, 0, 0, 1, 'a'}, true, 0, false},          // of no length in the middle
+      {{3, 1, 6, 42, 0}, true, 6, false},
+      {{3, 1, 6, 42, 1, 0}, true, 6, true},
+      {{3, 2, 6}, false, 0, false},                 // runs past the end: dropped
+      {{3, 200, 6, 42, 1, 0}, false, 0, false},     // and ends the walk
+      {{250, 1, 0, 3, 1, 7}, true, 7, false},       // unknown ids are passed over
+  };
+  for (const auto& one : cases) {
+    SCOPED_TRACE(testing::PrintToString(one.bytes));
+    const auto blob = Decode(one.bytes);
+    EXPECT_EQ(blob->m_HasPhyParamSet, one.ds);
+    EXPECT_EQ(blob->m_DSChannel, one.channel);
+    EXPECT_EQ(blob->m_HasErp, one.erp);
+  }
+}
+
+TEST_F(IeBlob, FewerThanTwoBytesLeaveAClearedObjectWithTheCallersChannelAndWidth) {
+  platform::WLAN_BSS_ENTRY bss;
+  bss.ulChCenterFrequency = 5180000;
+  const auto blob = CIEBlob::CreateObject();
+  const ByteList full = test::Beacon(u8"Office").Channel(36).He160(4).Rsn({test::AKM_SAE}).QbssLoad(5, 51).Bytes();
+  blob->Load(full.data(), static_cast<std::uint32_t>(full.size()), 36, 20, bss);
+  ASSERT_TRUE(blob->m_HECapsGood && blob->m_RawIEs && blob->SecurityMask == 0x08 && blob->m_MaxHERateKbps > 0);
+  ASSERT_EQ(blob->m_RawIEs->GetSize(), full.size());
+
+  for (const std::uint32_t size : {0u, 1u}) {
+    os.clock.ticks += 500;
+    blob->Load(full.data(), size, 149, 0, bss);
+    EXPECT_FALSE(blob->m_RawIEs);
+    EXPECT_EQ(blob->m_ParsedAtTick, os.clock.ticks);
+    EXPECT_EQ(blob->m_CenterChannel, 149u);
+    EXPECT_EQ(blob->m_ChannelWidth, 0u);
+    EXPECT_EQ(blob->m_CenterFreqGHz, 5.18);
+    EXPECT_TRUE(blob->m_SSID.empty() && blob->m_LegacyRates.empty() && blob->m_HTStreamsString.empty() &&
+                blob->m_VHTTxMcsString.empty() && blob->m_HETxMcsString.empty());
+    EXPECT_EQ(blob->m_QBSSLoadPct, -1.0);
+    EXPECT_EQ(blob->m_StationCount, 65535);
+    EXPECT_EQ(blob->SecurityMask, 0u);
+    EXPECT_EQ(blob->GetMaxRateMbps(true, false), 0);
+    EXPECT_FALSE(blob->m_HTPresent || blob->m_VHTPresent || blob->m_HECapsSeen || blob->m_HasErp);
+    EXPECT_EQ(blob->m_LoadSeg0Channel + blob->m_LoadSeg1Channel + blob->m_LoadCenterChannel, 0);
+  }
+  blob->Load(nullptr, 40, 149, 0, bss);
+  EXPECT_FALSE(blob->m_RawIEs);
+  blob->Load(full.data(), 2, 149, 0, bss);  // bytes that hold no element are still parsed
+  EXPECT_EQ(blob->m_ChannelWidth, 20u);
+  EXPECT_EQ(blob->m_LoadCenterChannel, 149);
+}
+
+TEST_F(IeBlob, LegacyRates) {
+  const struct {
+    std::uint8_t id;
+    ByteList rates;
+    std::int32_t maxKbps;
+    std::size_t count;
+    const char* flags;  // 1-or-2, 11, 54, DSSS, OFDM, ERP
+  } cases[] = {
+      {1, {0x82, 0x84, 0x8b, 0x96}, 11000, 4, "110100"},
+      {1, {0x0c, 0x12, 0x18, 0x24, 0x30, 0x48, 0x60, 0x6c}, 54000, 8, "001011"},
+      {1, {0xec}, 54000, 1, "001011"},                          // 54 with the basic bit
+      {1, {0x0b}, 5500, 1, "000000"},                           // 5.5 alone is no DSSS mark
+      {1, {0x8c}, 6000, 1, "000000"},
+      {1, {0x98}, 12000, 1, "000010"},
+      {1, {0x2c, 0x42}, 33000, 2, "000010"},                    // 22 and 33
+      {1, {0x7f, 0xff, 0x00, 0x80, 0x03, 0x6d, 0x6b}, 0, 0, "000000"},  // none of them a rate
+      {1, {2, 0x82, 2}, 1000, 1, "100100"},
+      {50, {0x16}, 11000, 1, "010101"},                         // element 50 is an ERP mark by itself
+      {50, {0x7f}, 0, 0, "000001"},
+  };
+  for (const auto& one : cases) {
+    SCOPED_TRACE(testing::PrintToString(one.rates));
+    const auto blob = Decode(Ie(one.id, one.rates));
+    EXPECT_EQ(blob->m_MaxLegacyRateKbps, one.maxKbps);
+    EXPECT_EQ(blob->m_LegacyRates.size(), one.count);
+    std::string flags;
+    for (const bool flag : {blob->m_Has1Or2Mbps, blob->m_Has11Mbps, blob->m_Has54Mbps, blob->m_HasDsssRate,
+                            blob->m_HasOfdmRate, blob->m_HasErp}) {
+      flags += flag ? '1' : '0';
+    }
+    EXPECT_EQ(flags, one.flags);
+  }
+  const auto blob = Decode(Join({Ie(50, {0x6c, 0x30}), Ie(1, {0x96, 0x82, 0x0c})}));
+  std::vector<std::int32_t> rates;
+  for (const auto& [kbps, present] : blob->m_LegacyRates) {
+    EXPECT_TRUE(present);
+    rates.push_back(kbps);
+  }
+  EXPECT_EQ(rates, (std::vector<std::int32_t>{1000, 6000, 11000, 24000, 54000}));
+}
+
+TEST_F(IeBlob, LoadElementCountsOnlyInItsExactLength) {
+  const struct {
+    ByteList value;
+    double percent;
+    unsigned stations;
+  } cases[] = {
+      {{0x34, 0x12, 255, 0, 0}, 100.0, 0x1234}, {{1, 0, 0, 9, 9}, 0.0, 1},
+      {{2, 0, 51, 0, 0}, 20.0, 2},              {{1, 0, 51, 0}, -1.0, 65535},
+      {{1, 0, 51, 0, 0, 0}, -1.0, 65535},       {{}, -1.0, 65535},
+  };
+  for (const auto& one : cases) {
+    const auto blob = Decode(Join({Ie(11, one.value), Ie(0, {'x'})}));
+    EXPECT_DOUBLE_EQ(blob->m_QBSSLoadPct, one.percent) << one.value.size();
+    EXPECT_EQ(blob->m_StationCount, one.stations) << one.value.size();
+  }
+}
+
+TEST_F(IeBlob, TheLastSsidStandsWithAllItsBytes) {
+  EXPECT_EQ(Decode(Join({Ie(0, {'o', 'n', 'e'}), Ie(0, {'t', 0, 'o'})}))->m_SSID, std::string("t\0o", 3));
+  EXPECT_EQ(Decode(Join({Ie(0, {'o'}), Ie(0, {}), Ie(3, {1})}))->m_SSID, "");
+}
+
+TEST_F(IeBlob, MarksOfThePhysicalLayer) {
+  for (const std::uint8_t id : ByteList{2, 8, 9}) {
+    const auto blob = Decode(Ie(id, {1}));
+    EXPECT_TRUE(blob->m_HasPhyParamSet) << int{id};
+    EXPECT_EQ(blob->m_DSChannel, 0);
+  }
+  for (const std::uint8_t id : ByteList{42, 47}) EXPECT_TRUE(Decode(Ie(id, {0}))->m_HasErp) << int{id};
+  for (const std::uint8_t id : ByteList{4, 10, 41, 46, 51, 222, 254}) {
+    EXPECT_EQ(Facts(Ie(id, {1, 2, 3, 4, 5, 6, 7, 8})), Facts({0, 0})) << int{id};
+  }
+}
+
+// The bounds of every parser at once: bytes cut anywhere read as the whole elements that are left.
+TEST_F(IeBlob, CutBytesReadAsTheElementsThatAreWhole) {
+  const auto beacon = test::Beacon(u8"Office").Channel(36).He160(4).MuBeamformer().Wpa().QbssLoad(5, 51).Rsn(
+      {test::AKM_SAE, test::AKM_FT_PSK});
+  const ByteList bytes = Join({beacon.Bytes(), test::HeCapabilities(30, {0xFFFA, 0xFFFA, 0xFFFA, 0xFFFA, 0xFFFA, 0xFFFA})});
+  std::size_t whole = 0;
+  for (std::size_t size = 2; size <= bytes.size(); ++size) {
+    if (whole + 2 < size && whole + 2 + bytes[whole + 1] == size) whole = size;
+    if (whole == 0) continue;
+    const ByteList cut(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(size));
+    const ByteList elements(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(whole));
+    ASSERT_EQ(Facts(cut), Facts(elements)) << size;
+  }
+  EXPECT_EQ(whole, bytes.size());
+}
+
+// Read under the address sanitizer: the copy is exactly as long as the bytes.
+TEST_F(IeBlob, AnyBytesAreReadWithinTheirBoundsAndAlwaysAlike) {
+  constexpr std::uint8_t kIds[] = {0, 1, 3, 11, 45, 48, 50, 61, 191, 192, 221, 255};
+  g_DebugMask = ~std::uint64_t{0};  // the log lines are part of what must stand any bytes
+  std::mt19937 random(20261118);
+  for (int round = 0; round < 3000; ++round) {
+    ByteList bytes(random() % 300);
+    for (std::uint8_t& byte : bytes) byte = static_cast<std::uint8_t>(random());
+    // Mostly elements that a parser knows, of lengths around those that it expects.
+    for (std::size_t at = 0; round % 4 != 0 && at + 2 < bytes.size();) {
+      bytes[at] = kIds[random() % std::size(kIds)];
+      bytes[at + 1] = static_cast<std::uint8_t>(random() % 34);
+      if (bytes[at] == 255) bytes[at + 2] = static_cast<std::uint8_t>(34 + random() % 6);
+      if (bytes[at] == 48 && at + 9 < bytes.size()) {
+        bytes[at + 8] = static_cast<std::uint8_t>(random() % 4);
+        bytes[at + 9] = 0;
+      }
+      at += 2u + bytes[at + 1];
+    }
+    const auto blob = Decode(bytes, 36, 80);
+    const auto again = Decode(bytes, 36, 80);
+    ASSERT_EQ(blob->m_HETxMcsString, again->m_HETxMcsString) << round;
+    ASSERT_EQ(blob->SecurityMask, again->SecurityMask) << round;
+    ASSERT_EQ(blob->m_HECapsRaw, again->m_HECapsRaw) << round;
+    ASSERT_EQ(blob->m_HEOperRaw, again->m_HEOperRaw) << round;
+    for (const bool he : {false, true}) {
+      ASSERT_EQ(blob->GetMaxRateMbps(he, false), again->GetMaxRateMbps(he, false)) << round;
+      ASSERT_GE(blob->GetMaxRateMbps(he, true), 0) << round;
+      ASSERT_LE(blob->GetMaxRateMbps(he, false), 8 * 1201 * 2) << round;
+    }
+    ASSERT_LE(blob->SecurityMask, 0xFFu) << round;
+    ASSERT_LE(blob->m_VHTTxStreams + blob->m_HETxStreams, 16u) << round;
+    ASSERT_FALSE(blob->GetChannelWidthString(false, u",", false).empty()) << round;
+    os.console.Output();
+  }
+}
+
+// A fault of the platform that a log line meets ends that one element.
+TEST_F(IeBlob, AFaultEndsItsElementAndTheWalkGoesOn) {
+  class FaultySink : public ILogSink {
+   public:
+    void Write(std::uint32_t, const char* tag, WStringView text) override {
+      if (lines.empty()) {
+        lines.push_back("fault");
+        throw platform::PlatformFault{0xC0000005};
+      }
+      lines.push_back(tag + Narrow(text));
+    }
+    void Write(std::uint32_t, const char*, std::string_view) override {}
+    std::string GetMemoryLog() override { return {}; }
+    std::vector<std::string> lines;
+  } sink;
+  SetLogSink(&sink);
+  g_DebugMask = DBG(26);
+  const auto blob = Decode(Join({Ie(255, {36, 1, 2, 3, 4, 5, 6}), Ie(3, {11})}));
+  SetLogSink(nullptr);
+  EXPECT_TRUE(blob->m_HEOperGood);
+  EXPECT_EQ(blob->m_DSChannel, 11);
+  EXPECT_EQ(sink.lines, (std::vector<std::string>{"fault", "<E>filterException 0xc0000005",
+                                                  "<E>CIEBlob::ParseExtendedIEData: EXCEPTION: 0xc0000005"}));
+}
+
+}  // namespace
+}  // namespace corvane

@@ -1,0 +1,191 @@
+#include "policy/policy_fixture.h"
+
+namespace corvane {
+namespace {
+
+using test::ApMac;
+
+class CandidateDebounce : public test::PolicyTest {
+ protected:
+  explicit CandidateDebounce(int adapters = 1) : PolicyTest(adapters) {}
+
+  bool Increment(const BssEntryList& entries, std::int32_t current) {
+    CandidateSummary unused;
+    return CGlobalQUAYPolicy::IncrementCandidateCounters(adapter.get(), ApMac(1), entries, current,
+                                                         &qualifier, &unused);
+  }
+  CSmartPointer<CWlanBssEntry> qualifier;
+  void TearDown() override {
+    qualifier.reset();
+    PolicyTest::TearDown();
+  }
+};
+
+class CandidateDebounceOfTwo : public CandidateDebounce {
+ protected:
+  CandidateDebounceOfTwo() : CandidateDebounce(2) {}
+};
+
+TEST_F(CandidateDebounce, OneAdapterReservesInTheFirstRoundAndIsReadyInTheSecond) {
+  const BssEntryList entries{Add("Office", 2, 60), Add("Office", 1, 50)};
+  EXPECT_FALSE(Increment(entries, 50));
+  EXPECT_TRUE(HasReservation(2));
+  EXPECT_EQ(qualifier, entries[0]);
+  EXPECT_TRUE(Increment(entries, 50));
+}
+
+TEST_F(CandidateDebounceOfTwo, TwoAdaptersReserveInTheSecondRoundAndAreReadyInTheThird) {
+  const BssEntryList entries{Add("Office", 2, 60)};
+  EXPECT_FALSE(Increment(entries, 50));
+  EXPECT_FALSE(HasReservation(2));
+  EXPECT_FALSE(Increment(entries, 50));
+  EXPECT_TRUE(HasReservation(2));
+  EXPECT_TRUE(Increment(entries, 50));
+}
+
+TEST_F(CandidateDebounceOfTwo, ConnectionAndReservationOfAnotherAdapterHoldACandidateBack) {
+  const BssEntryList entries{Add("Office", 2, 60), Add("Office", 3, 60)};
+  Connect("Office", 2, 80, 1);
+  adapters[1]->TakeReservation(ApMac(3));
+  EXPECT_FALSE(Increment(entries, 50));
+  EXPECT_EQ(entries[0]->m_candidate_counter, 0);
+  EXPECT_EQ(entries[1]->m_candidate_counter, 0);
+  EXPECT_FALSE(qualifier);
+  EXPECT_FALSE(CGlobalQUAYPolicy::IsBetterCandidatePossible(adapter.get(), entries, 50));
+  adapters[1]->ReleaseReservation(ApMac(2));  // another one's: stays
+  EXPECT_FALSE(Increment(entries, 50));
+  adapters[1]->ReleaseReservation(ApMac(3));
+  Increment(entries, 50);
+  EXPECT_EQ(entries[1]->m_candidate_counter, 1);
+  EXPECT_TRUE(CGlobalQUAYPolicy::IsBetterCandidatePossible(adapter.get(), entries, 50));
+}
+
+TEST_F(CandidateDebounce, FirstReservationStaysWhenALaterEntryRipens) {
+  const BssEntryList entries{Add("Office", 2, 70), Add("Office", 3, 65)};
+  Increment(entries, 50);
+  EXPECT_TRUE(HasReservation(2));
+  EXPECT_EQ(qualifier, entries[1]);  // the lowest in the list
+}
+
+TEST_F(CandidateDebounce, ConnectionWithoutAScoreIsLeftAtOnce) {
+  const BssEntryList entries{Add("Office", 2, 60)};
+  EXPECT_TRUE(Increment(entries, 0));
+  EXPECT_EQ(entries[0]->m_candidate_counter, 2);
+}
+
+TEST_F(CandidateDebounce, EntryMissingFromTheNewestScanHasNoStanding) {
+  const BssEntryList entries{Add("Office", 2, 60)};
+  Increment(entries, 50);
+  entries[0]->m_bss_scanned = false;  // in the pass before the count goes up it keeps its place
+  EXPECT_EQ(entries[0]->GetCandidate(), 1);
+  entries[0]->m_unscanned_count = 1;
+  EXPECT_EQ(entries[0]->GetCandidate(), 0);
+  EXPECT_FALSE(Increment(entries, 50));
+  EXPECT_EQ(entries[0]->m_candidate_counter, 0);
+}
+
+TEST_F(CandidateDebounce, WeakRoundKeepsTheCountAndALostOneClearsIt) {
+  const BssEntryList entries{Add("Office", 2, 60), Add("Guests", 3, 60)};
+  Increment(entries, 50);
+  entries[0]->m_Bss.uLinkQuality = 69;
+  SetScore(*entries[1], 50);
+  Increment(entries, 50);
+  EXPECT_EQ(entries[0]->m_candidate_counter, 1);
+  EXPECT_EQ(entries[1]->m_candidate_counter, 0);
+}
+
+TEST_F(CandidateDebounce, MonitorModeStopsTheCountOneAboveTheRequired) {
+  const BssEntryList entries{Add("Office", 2, 60)};
+  Global().m_bMonitorWhileDisabled = true;
+  config->m_Enabled = false;
+  for (int i = 0; i < 6; ++i) Increment(entries, 50);
+  EXPECT_EQ(entries[0]->m_candidate_counter, 3);
+  config->m_Enabled = true;  // no monitor mode: it climbs on
+  Increment(entries, 50);
+  EXPECT_EQ(entries[0]->m_candidate_counter, 4);
+}
+
+TEST_F(CandidateDebounce, SuggestionOnTheAllowListNeedNotRipenAgain) {
+  const BssEntryList entries{Add("Office", 2, 60)};
+  config->SetString(value::kAllowlistJson, u"[[\"Office\",\"any\"]]");
+  config->m_Allowlist.ReloadFromRegistry();
+  config->SetString(value::kSuggestedNetworkSSID, u"Office");
+  config->SetString(value::kSuggestedNetworkBSSID, MacText(ApMac(2)));
+  config->SetString(value::kConnectedBssid, MacText(ApMac(1)));
+  EXPECT_TRUE(Increment(entries, 50));
+  adapter->ClearAllCandidateCounters("test");
+  EXPECT_FALSE(HasReservation(2));
+  Global().m_bAllowlistEnabled = false;
+  EXPECT_FALSE(Increment(entries, 50));
+  EXPECT_EQ(entries[0]->m_candidate_counter, 1);
+}
+
+TEST_F(CandidateDebounce, EachRoundLeavesItsDifferencesAndTheOldestGo) {
+  const BssEntryList entries{Add("Office", 2, 60), Add("Office", 3, 70)};
+  Increment(entries, 50);
+  CandidateSummary seen = adapter->TakeScoreDiffSummary();
+  EXPECT_EQ(seen.min, 10);
+  EXPECT_EQ(seen.max, 20);
+  Increment({}, 50);
+  seen = adapter->TakeScoreDiffSummary();
+  EXPECT_EQ(seen.min, -1);
+  EXPECT_EQ(seen.max, -1);
+  adapter->AddScoreDiffSummary({1, 900});
+  for (int i = 0; i < 120; ++i) adapter->AddScoreDiffSummary({5, 6});
+  seen = adapter->TakeScoreDiffSummary();
+  EXPECT_EQ(seen.min, 5);
+  EXPECT_EQ(seen.max, 6);
+}
+
+TEST_F(CandidateDebounce, RisingConnectionTakesStepsBackAndAsksForAScanMore) {
+  const auto entry = Add("Office", 2, 60);
+  const auto other = Add("Guests", 3, 40);
+  const auto report = [&](std::int32_t score, int n = 1) {
+    adapter->NotifyCurrentNetworkScore(score, ApMac(n));
+    return entry->m_candidate_counter;
+  };
+  entry->m_candidate_counter = 5;
+  adapter->TakeReservation(ApMac(2));
+  EXPECT_EQ(report(50), 5);
+  EXPECT_EQ(report(51), 5);
+  EXPECT_TRUE(HasReservation(2));
+  EXPECT_EQ(report(52), 4);  // the second rise in a row
+  EXPECT_FALSE(HasReservation(2));
+  EXPECT_EQ(config->m_force_scan_counter, 0);  // nothing forced: nothing added
+  config->m_force_scan_counter = 2;
+  EXPECT_EQ(report(60), 3);  // a jump
+  EXPECT_EQ(config->m_force_scan_counter, 3);
+  EXPECT_EQ(report(60), 3);
+  EXPECT_EQ(report(70, 9), 3);  // another access point: begins anew
+  EXPECT_EQ(report(71, 9), 3);
+  EXPECT_EQ(report(80, 9), 2);
+  EXPECT_EQ(config->m_force_scan_counter, 3);  // at its limit
+  EXPECT_EQ(other->m_candidate_counter, 0);    // never below
+}
+
+TEST_F(CandidateDebounce, NullsAreNotReady) {
+  EXPECT_FALSE(CGlobalQUAYPolicy::IsCandidateReady(nullptr, nullptr, 0));
+  EXPECT_FALSE(CGlobalQUAYPolicy::IsCandidateReady(adapter.get(), nullptr, 0));
+}
+
+TEST_F(CandidateDebounce, SuggestedBestIsTheHeadOrAnyEntryWithItsBssid) {
+  const auto head = Add("Office", 2, 60), second = Add("Guests", 3, 50);
+  const BssEntryList entries{head, second};
+  CSmartPointer<CWlanBssEntry> found;
+  const auto isSuggested = [&](const BssEntryList& list, const WString& ssid, int n) {
+    return CGlobalQUAYPolicy::IsConnectedToSuggestedBest_ETW(adapter.get(), list, ssid, ApMac(n), &found);
+  };
+  EXPECT_FALSE(isSuggested(entries, u"Office", 2));
+  config->m_Etw.GetMemo().Add(false, u"Office", head->m_BSSIDText.c_str(), u"", u"", CApSetMemo::kNoFlag, 0);
+  config->m_Etw.GetMemo().Add(false, u"Guests", second->m_BSSIDText.c_str(), u"", u"", CApSetMemo::kNoFlag, 0);
+  EXPECT_TRUE(isSuggested(entries, u"Office", 2));
+  EXPECT_EQ(found, head);
+  EXPECT_TRUE(isSuggested(entries, u"Guests", 3));
+  EXPECT_EQ(found, second);
+  EXPECT_FALSE(isSuggested({head}, u"Guests", 3));
+  EXPECT_FALSE(found);
+  EXPECT_FALSE(isSuggested({}, u"Office", 2));
+}
+
+}  // namespace
+}  // namespace corvane
