@@ -11,12 +11,12 @@
 #include <vector>
 
 #include "bench_platform.h"
+#include "elements/frequency_table.h"
+#include "elements/ie_blob.h"
 #include "foundation/log_lines.h"
 #include "platform/sim/world/captured_beacons.h"
 #include "support/beacon.h"
 #include "support/source_dir.h"
-#include "elements/frequency_table.h"
-#include "elements/ie_blob.h"
 
 namespace {
 
@@ -67,18 +67,25 @@ std::vector<HeardBeacon> Beacons(std::string* source) {
   if (std::ifstream file(path); file) {
     *source = "captured";
     const std::string text{std::istreambuf_iterator<char>(file), {}};
-    platform::sim::ForEachCapturedLine(text, path, [&](const std::string& line, const std::string& place) {
-      auto captured = platform::sim::ReadCapturedBeacon(line, place);
-      if (captured.freqMhz) beacons.push_back(Heard(std::move(captured.elements), *captured.freqMhz));
-    });
+    platform::sim::ForEachCapturedLine(
+        text, path, [&](const std::string& line, const std::string& place) {
+          auto captured = platform::sim::ReadCapturedBeacon(line, place);
+          if (captured.freqMhz)
+            beacons.push_back(Heard(std::move(captured.elements), *captured.freqMhz));
+        });
   }
   if (!beacons.empty()) return beacons;
   *source = "built";
   using test::Beacon;
   for (const Beacon& beacon :
-       {Beacon(u8"Open").Channel(1).Only80211b(), Beacon(u8"Home").Channel(6).Ht20(2).Rsn({test::AKM_PSK}),
+       {Beacon(u8"Open").Channel(1).Only80211b(),
+        Beacon(u8"Home").Channel(6).Ht20(2).Rsn({test::AKM_PSK}),
         Beacon(u8"Office network").Channel(36).Vht80(4).Rsn({test::AKM_8021X}).QbssLoad(7, 80),
-        Beacon(u8"New one").Channel(100).He160(4).MuBeamformer().Rsn({test::AKM_SAE, test::AKM_PSK})}) {
+        Beacon(u8"New one")
+            .Channel(100)
+            .He160(4)
+            .MuBeamformer()
+            .Rsn({test::AKM_SAE, test::AKM_PSK})}) {
     beacons.push_back(Heard(beacon.Bytes(), beacon.FrequencyMhz()));
   }
   return beacons;
@@ -86,8 +93,8 @@ std::vector<HeardBeacon> Beacons(std::string* source) {
 
 void LoadOne(const HeardBeacon& beacon) {
   const auto blob = CIEBlob::CreateObject();
-  blob->Load(beacon.elements.data(), static_cast<std::uint32_t>(beacon.elements.size()), beacon.place.channel,
-             beacon.place.width, beacon.bss);
+  blob->Load(beacon.elements.data(), static_cast<std::uint32_t>(beacon.elements.size()),
+             beacon.place.channel, beacon.place.width, beacon.bss);
   benchmark::DoNotOptimize(blob->SecurityMask);
 }
 

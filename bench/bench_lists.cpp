@@ -2,11 +2,11 @@
 
 #include <benchmark/benchmark.h>
 
-#include "store/ap_list_json.h"
 #include "foundation/format.h"
-#include "platform/sim/kernel/sim_kernel.h"
-#include "support/pc_fixture.h"
 #include "model/ap_list_marks.h"
+#include "platform/sim/kernel/sim_kernel.h"
+#include "store/ap_list_json.h"
+#include "support/pc_fixture.h"
 
 namespace {
 
@@ -34,16 +34,19 @@ class Bench : public test::KernelTest {
   void TestBody() override {}
 
   static MacAddress Mac(int i) {
-    return {0x00, 0x11, 0x22, 0x33, static_cast<std::uint8_t>(i >> 8), static_cast<std::uint8_t>(i)};
+    return {
+        0x00, 0x11, 0x22, 0x33, static_cast<std::uint8_t>(i >> 8), static_cast<std::uint8_t>(i)};
   }
   NetworkMap networks;
 };
 
-// Rows with the networks' own names, with names that differ in case, and with names that are not there.
+// Rows with the networks' own names, with names that differ in case, and with names that are not
+// there.
 enum Names : int { kExact, kOtherCase, kAbsent };
 
 std::string DenyJson(int rows, int names) {
-  constexpr const char* kFormats[] = {"Network number %i", "NETWORK NUMBER %i", "Somewhere else %i"};
+  constexpr const char* kFormats[] = {"Network number %i", "NETWORK NUMBER %i",
+                                      "Somewhere else %i"};
   std::string json = "[";
   for (int i = 0; i < rows; ++i) {
     if (i > 0) json += ',';
@@ -59,7 +62,9 @@ void BM_ApplyDenyRows(benchmark::State& state) {
   ReadDenyRows(DenyJson(static_cast<int>(state.range(0)), static_cast<int>(state.range(1))), &rows);
   for (auto _ : state) MarkDenied(rows, &bench.networks);
 }
-BENCHMARK(BM_ApplyDenyRows)->ArgsProduct({{400}, {kExact, kOtherCase, kAbsent}})->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_ApplyDenyRows)
+    ->ArgsProduct({{400}, {kExact, kOtherCase, kAbsent}})
+    ->Unit(benchmark::kMicrosecond);
 
 // The round's reload: the rows out of the text.
 void BM_ReadDenyRows(benchmark::State& state) {

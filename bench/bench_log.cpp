@@ -40,7 +40,8 @@ void MemoryRecord(benchmark::State& state) {
   int adapter = 0;
   for (auto _ : state) {
     benchmark::DoNotOptimize(adapter);
-    LogRecord(kLogMemory, "<I>", "[Adapter ", adapter, "] CURRENTLY CONNECTED to: ", ssid, " {", bssid, "}");
+    LogRecord(kLogMemory, "<I>", "[Adapter ", adapter, "] CURRENTLY CONNECTED to: ", ssid, " {",
+              bssid, "}");
   }
   StopLogger();
 }
@@ -55,7 +56,8 @@ void FormattedMemoryRecord(benchmark::State& state) {
   int adapter = 0;
   for (auto _ : state) {
     benchmark::DoNotOptimize(adapter);
-    LogRecord(kLogMemory, "<I>", Format(u"[Adapter %i] CURRENTLY CONNECTED to: %s {%s}", adapter, ssid, bssid));
+    LogRecord(kLogMemory, "<I>",
+              Format(u"[Adapter %i] CURRENTLY CONNECTED to: %s {%s}", adapter, ssid, bssid));
   }
   StopLogger();
 }

@@ -49,9 +49,9 @@ class BenchPlatform {
   platform::RegistryApi m_Registry;
   platform::SessionApi m_Session;
   platform::WlanApi m_Wlan;
-  platform::Platform m_Platform{m_Threads,     m_Clock,        m_Console, m_Crypto,   m_EventTrace,
-                                m_Files,       m_IpHelper,     m_NetworkList, m_PerfCounters, m_Power,
-                                m_Registry,    m_Session,      m_Wlan};
+  platform::Platform m_Platform{m_Threads,  m_Clock,    m_Console,     m_Crypto,       m_EventTrace,
+                                m_Files,    m_IpHelper, m_NetworkList, m_PerfCounters, m_Power,
+                                m_Registry, m_Session,  m_Wlan};
 };
 
 }  // namespace corvane::bench

@@ -1,7 +1,7 @@
-// The parts of a round that grow with the number of access points: merging the platform's lists, scoring,
-// the snapshot and the sort; and the whole policy round with what it publishes, of an adapter without a
-// connection, and of one that weighs each against its connection under a full deny list. The log's gates
-// are closed.
+// The parts of a round that grow with the number of access points: merging the platform's lists,
+// scoring, the snapshot and the sort; and the whole policy round with what it publishes, of an
+// adapter without a connection, and of one that weighs each against its connection under a full
+// deny list. The log's gates are closed.
 
 #include <benchmark/benchmark.h>
 
@@ -9,14 +9,14 @@
 #include <cstring>
 #include <vector>
 
-#include "settings/global_config_container.h"
-#include "store/value_names.h"
 #include "foundation/format.h"
 #include "foundation/log_lines.h"
 #include "monitors/network_list_manager.h"
 #include "policy/candidate_list.h"
 #include "policy/policy.h"
 #include "policy/quiet_network_list.h"
+#include "settings/global_config_container.h"
+#include "store/value_names.h"
 #include "support/pc_fixture.h"
 #include "wlan/wifi_client_container.h"
 
@@ -37,7 +37,8 @@ std::vector<BYTE> Elements(const std::string& ssid, BYTE load) {
   add(1, {0x8c, 0x12, 0x98, 0x24, 0xb0, 0x48, 0x60, 0x6c});
   add(11, {4, 0, load, 0, 0});
   add(48, {1, 0, 0, 0x0f, 0xac, 4, 1, 0, 0, 0x0f, 0xac, 4, 1, 0, 0, 0x0f, 0xac, 2, 0, 0});
-  add(45, {0xef, 0x09, 0x1b, 0xff, 0xff, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0});
+  add(45, {0xef, 0x09, 0x1b, 0xff, 0xff, 0, 0, 0, 0, 0, 0, 0, 0,
+           0,    0,    0,    0,    0,    0, 0, 0, 0, 0, 0, 0, 0});
   add(61, {36, 5, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0});
   add(191, {0xb2, 0x59, 0x82, 0x0f, 0xfa, 0xff, 0, 0, 0xfa, 0xff, 0, 0});
   add(192, {1, 42, 0, 0, 0});
@@ -48,7 +49,8 @@ std::vector<BYTE> Elements(const std::string& ssid, BYTE load) {
 class CrowdedAir : public WlanApi {
  public:
   explicit CrowdedAir(std::size_t entries) {
-    constexpr ULONG kFrequencies[] = {5180000, 5220000, 5260000, 5500000, 5745000, 2412000, 2437000, 2462000};
+    constexpr ULONG kFrequencies[] = {5180000, 5220000, 5260000, 5500000,
+                                      5745000, 2412000, 2437000, 2462000};
     for (std::size_t i = 0; i < entries; ++i) {
       const std::string ssid = "Network " + std::to_string(i / 2);
       WLAN_BSS_ENTRY bss;
@@ -89,7 +91,8 @@ class CrowdedAir : public WlanApi {
     (*list)->dwNumberOfItems = 1;
     return ERROR_SUCCESS;
   }
-  DWORD WlanQueryInterface(HANDLE, const GUID*, LONG opcode, void*, DWORD* size, void** data, LONG*) override {
+  DWORD WlanQueryInterface(HANDLE, const GUID*, LONG opcode, void*, DWORD* size, void** data,
+                           LONG*) override {
     if (opcode == wlan_intf_opcode_current_connection) {
       if (!connected) return ERROR_INVALID_STATE;
       *data = Allocate<WLAN_CONNECTION_ATTRIBUTES>(sizeof(WLAN_CONNECTION_ATTRIBUTES));
@@ -97,20 +100,22 @@ class CrowdedAir : public WlanApi {
       auto& attributes = *static_cast<WLAN_CONNECTION_ATTRIBUTES*>(*data);
       attributes.isState = wlan_interface_state_connected;
       attributes.wlanAssociationAttributes.dot11Ssid = m_Bss[0].dot11Ssid;
-      std::memcpy(attributes.wlanAssociationAttributes.dot11Bssid, m_Bss[0].dot11Bssid, sizeof(m_Bss[0].dot11Bssid));
+      std::memcpy(attributes.wlanAssociationAttributes.dot11Bssid, m_Bss[0].dot11Bssid,
+                  sizeof(m_Bss[0].dot11Bssid));
       attributes.wlanAssociationAttributes.wlanSignalQuality = m_Bss[0].uLinkQuality;
       return ERROR_SUCCESS;
     }
     constexpr DWORD kDisconnected = 4;  // wlan_interface_state_disconnected
     *data = Allocate<DWORD>(sizeof(DWORD));
     *size = sizeof(DWORD);
-    *static_cast<DWORD*>(*data) = connected ? static_cast<DWORD>(wlan_interface_state_connected) : kDisconnected;
+    *static_cast<DWORD*>(*data) =
+        connected ? static_cast<DWORD>(wlan_interface_state_connected) : kDisconnected;
     return ERROR_SUCCESS;
   }
   DWORD WlanGetAvailableNetworkList(HANDLE, const GUID*, DWORD, void*,
                                     WLAN_AVAILABLE_NETWORK_LIST** list) override {
-    *list = Allocate<WLAN_AVAILABLE_NETWORK_LIST>(sizeof(WLAN_AVAILABLE_NETWORK_LIST) +
-                                                  m_Networks.size() * sizeof(WLAN_AVAILABLE_NETWORK));
+    *list = Allocate<WLAN_AVAILABLE_NETWORK_LIST>(
+        sizeof(WLAN_AVAILABLE_NETWORK_LIST) + m_Networks.size() * sizeof(WLAN_AVAILABLE_NETWORK));
     (*list)->dwNumberOfItems = static_cast<DWORD>(m_Networks.size());
     std::memcpy(static_cast<void*>((*list)->Network), m_Networks.data(),
                 m_Networks.size() * sizeof(WLAN_AVAILABLE_NETWORK));
@@ -166,7 +171,8 @@ class Rig : public test::KernelTest {
     adapter->Config()->m_ScanInterval = 3600;
     adapter->Config()->m_Enabled = false;
     Discover();
-    for (const auto& entry : adapter->SnapshotEntries()) entry->m_GrantedAccess = WLAN_EXECUTE_ACCESS;
+    for (const auto& entry : adapter->SnapshotEntries())
+      entry->m_GrantedAccess = WLAN_EXECUTE_ACCESS;
   }
   ~Rig() override {
     adapter.reset();
@@ -179,7 +185,8 @@ class Rig : public test::KernelTest {
     std::int32_t error = 0;
     adapter->DiscoverNetworksSynchronous(false, false, &error);
   }
-  // To the first access point, in monitor mode: a round goes through every motion and connects nothing.
+  // To the first access point, in monitor mode: a round goes through every motion and connects
+  // nothing.
   void Connect() {
     m_pAir->connected = true;
     WLAN_CONNECTION_ATTRIBUTES attributes;
@@ -191,7 +198,8 @@ class Rig : public test::KernelTest {
   // Rows that name none of the networks but look like them.
   void Deny(int rows) {
     WString json = u"[";
-    for (int i = 0; i < rows; ++i) json += Format(u"%s[\"Network x%i\", \"any\"]", i ? u"," : u"", i);
+    for (int i = 0; i < rows; ++i)
+      json += Format(u"%s[\"Network x%i\", \"any\"]", i ? u"," : u"", i);
     const auto config = adapter->Config();
     config->SetString(value::kDenylistJson, json + u"]");
     config->m_Denylist.ReloadFromRegistry();

@@ -4,9 +4,9 @@
 #include <string_view>
 #include <vector>
 
-#include "service/service_main.h"
-#include "platform/utf.h"
 #include "platform/linux/linux_host.h"
+#include "platform/utf.h"
+#include "service/service_main.h"
 
 int main(int argc, char** argv) {
   using namespace corvane::platform::linux_host;

@@ -6,8 +6,8 @@
 
 namespace corvane::lab {
 
-// The number of an adapter is its position in the world's list. The service counts in an order of its
-// own, by connection name, and anew at each of its passes.
+// The number of an adapter is its position in the world's list. The service counts in an order of
+// its own, by connection name, and anew at each of its passes.
 class AdapterNumbers {
  public:
   explicit AdapterNumbers(const platform::sim::World& world);

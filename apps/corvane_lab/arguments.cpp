@@ -13,7 +13,8 @@ bool Contains(const std::vector<std::string>& list, const std::string& word) {
 
 }  // namespace
 
-Arguments::Arguments(const std::vector<std::string>& words, const std::vector<std::string>& withValue,
+Arguments::Arguments(const std::vector<std::string>& words,
+                     const std::vector<std::string>& withValue,
                      const std::vector<std::string>& flags) {
   for (std::size_t i = 0; i < words.size(); ++i) {
     const std::string& word = words[i];
@@ -55,7 +56,8 @@ std::uint64_t ParseDuration(const std::string& text) {
     std::string_view word;
     std::uint64_t ms;
   };
-  static constexpr Unit kUnits[] = {{"ms", 1}, {"s", 1000}, {"m", 60'000}, {"h", 3'600'000}, {"", 1000}};
+  static constexpr Unit kUnits[] = {
+      {"ms", 1}, {"s", 1000}, {"m", 60'000}, {"h", 3'600'000}, {"", 1000}};
   constexpr std::uint64_t kLimit = 1'000'000'000'000;
   std::string_view rest = text;
   std::uint64_t total = 0;

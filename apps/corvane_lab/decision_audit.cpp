@@ -1,8 +1,8 @@
 #include "corvane_lab/decision_audit.h"
 
-#include "settings/global_config_container.h"
 #include "policy/policy.h"
 #include "policy/switch_rules.h"
+#include "settings/global_config_container.h"
 
 namespace corvane::lab {
 
@@ -20,18 +20,21 @@ bool IsBusy(const CWlanInterface& adapter) {
 DecisionAudit::DecisionAudit(const platform::sim::World& world, Report report, void* context)
     : m_Report(report), m_pContext(context), m_Numbers(world) {
   for (const auto& accessPoint : world.accessPoints) {
-    if (accessPoint.security.auth == platform::DOT11_AUTH_ALGO_80211_OPEN) m_Open.insert(MacTextA(accessPoint.bssid));
+    if (accessPoint.security.auth == platform::DOT11_AUTH_ALGO_80211_OPEN)
+      m_Open.insert(MacTextA(accessPoint.bssid));
   }
   RoundWatches::Add(this);
 }
 
-void DecisionAudit::OnCandidates(CWlanInterface& adapter, const ConnectionFacts&, const BssEntryList&) {
+void DecisionAudit::OnCandidates(CWlanInterface& adapter, const ConnectionFacts&,
+                                 const BssEntryList&) {
   Link& link = m_Links[m_Numbers.Of(adapter)];
   link.busyAtStart = IsBusy(adapter);
   link.targets.clear();
 }
 
-// A connect that the service gave up may still end on the radio: the targets of one round count together.
+// A connect that the service gave up may still end on the radio: the targets of one round count
+// together.
 void DecisionAudit::OnStep(int adapter, RoundStep step, CWlanBssEntry* about) {
   const int number = m_Numbers.OfIndex(adapter);
   Link& link = m_Links[number];
@@ -69,7 +72,8 @@ void DecisionAudit::CheckMove(int number, CWlanBssEntry& target, bool isSwitch) 
     }
   }
   if (!isSwitch) return;
-  if (m_Links[number].busyAtStart && IsBusy(*self)) Broken(number, "switches on a busy link", bssid);
+  if (m_Links[number].busyAtStart && IsBusy(*self))
+    Broken(number, "switches on a busy link", bssid);
   if (target.GetCandidate() < CGlobalQUAYPolicy::RequiredCandidateCount()) {
     Broken(number, "switches to an unripe candidate", bssid);
   }

@@ -11,10 +11,10 @@
 
 namespace corvane::lab {
 
-// Holds every move that the service makes by its own decision against what it must never do: go to a
-// denied or an open access point, go where another adapter is, switch while the rate gate or real-time
-// audio holds, switch to a candidate that has not ripened, end up elsewhere than it decided. What people
-// ask for, and the return to the old network, are no decisions of its own.
+// Holds every move that the service makes by its own decision against what it must never do: go to
+// a denied or an open access point, go where another adapter is, switch while the rate gate or
+// real-time audio holds, switch to a candidate that has not ripened, end up elsewhere than it
+// decided. What people ask for, and the return to the old network, are no decisions of its own.
 class DecisionAudit final : public IRoundWatch {
  public:
   using Report = void (*)(int number, const std::string& fault, void* context);
@@ -25,8 +25,11 @@ class DecisionAudit final : public IRoundWatch {
 
   std::uint64_t Moves() const { return m_Moves; }  // that were held against the rules
 
-  void OnRoundBegins(int adapter, const CWlanInterface& interface) override { m_Numbers.Learn(adapter, interface); }
-  void OnCandidates(CWlanInterface& adapter, const ConnectionFacts& facts, const BssEntryList& candidates) override;
+  void OnRoundBegins(int adapter, const CWlanInterface& interface) override {
+    m_Numbers.Learn(adapter, interface);
+  }
+  void OnCandidates(CWlanInterface& adapter, const ConnectionFacts& facts,
+                    const BssEntryList& candidates) override;
   void OnStep(int adapter, RoundStep step, CWlanBssEntry* about) override;
 
   // What the radios do, by number.
@@ -35,9 +38,9 @@ class DecisionAudit final : public IRoundWatch {
 
  private:
   struct Link {
-    std::string bssid;         // that the radio is on; empty for none
-    std::string settled;       // where the service's last good connect went
-    bool busyAtStart = false;  // of the present round
+    std::string bssid;              // that the radio is on; empty for none
+    std::string settled;            // where the service's last good connect went
+    bool busyAtStart = false;       // of the present round
     std::set<std::string> targets;  // of the present moves; empty when somebody else decides
   };
 

@@ -5,16 +5,16 @@
 #include <string>
 #include <type_traits>
 
-#include "foundation/text.h"
 #include "corvane_lab/arguments.h"
 #include "corvane_lab/commands.h"
-#include "platform/text_file.h"
-#include "platform/sim/world/captured_beacons.h"
-#include "platform/sim/simulated_pc.h"
-#include "platform/sim/world/world_loader.h"
 #include "elements/bss_reading.h"
 #include "elements/frequency_table.h"
 #include "elements/ie_blob.h"
+#include "foundation/text.h"
+#include "platform/sim/simulated_pc.h"
+#include "platform/sim/world/captured_beacons.h"
+#include "platform/sim/world/world_loader.h"
+#include "platform/text_file.h"
 
 namespace corvane::lab {
 
@@ -65,7 +65,7 @@ class JsonLine {
     m_Writer.EndArray();
   }
   template <typename T>
-    requires std::is_integral_v<T>
+  requires std::is_integral_v<T>
   void Put(T number) {  // flags as 0 or 1
     if constexpr (std::is_signed_v<T>) {
       m_Writer.Int64(number);
@@ -81,7 +81,8 @@ class JsonLine {
 // Every field of the decoder under its name, in the order of its declaration.
 void AddFields(JsonLine& json, const CIEBlob& blob) {
   json.Add("SSID", Hex(blob.m_SSID));
-  json.Add("RawIEs", blob.m_RawIEs ? Hex(blob.m_RawIEs->GetData(), blob.m_RawIEs->GetSize()) : std::string());
+  json.Add("RawIEs",
+           blob.m_RawIEs ? Hex(blob.m_RawIEs->GetData(), blob.m_RawIEs->GetSize()) : std::string());
 #define FIELD(name) json.Add(#name, blob.m_##name)
   FIELD(ParsedAtTick);
   FIELD(MaxLegacyRateKbps);
@@ -181,8 +182,8 @@ std::string ElementsLine(const platform::sim::CapturedBeacon& beacon) {
   record.ulChCenterFrequency = *beacon.freqMhz * 1000;
   const ChannelAndWidth at = ChannelOfFrequency(record.ulChCenterFrequency);
   const auto blob = CIEBlob::CreateObject();
-  blob->Load(beacon.elements.data(), static_cast<std::uint32_t>(beacon.elements.size()), at.channel, at.width,
-             record);
+  blob->Load(beacon.elements.data(), static_cast<std::uint32_t>(beacon.elements.size()), at.channel,
+             at.width, record);
   const WString width = blob->GetChannelWidthString(false, u",", false);
 
   JsonLine json;
@@ -205,16 +206,18 @@ int ElementsCommand(const std::vector<std::string>& words) {
   const std::string& file = arguments.Rest()[0];
   const platform::sim::SimulatedPc pc(platform::sim::World{});
   bool anyBad = false;
-  platform::sim::ForEachCapturedLine(
-      platform::ReadTextFile(file), file, [&](const std::string& line, const std::string& place) {
-        try {
-          const platform::sim::CapturedBeacon beacon = platform::sim::ReadCapturedBeacon(line, place);
-          if (beacon.freqMhz) std::printf("%s\n", ElementsLine(beacon).c_str());
-        } catch (const platform::sim::WorldError& e) {
-          anyBad = true;
-          std::fprintf(stderr, "%s\n", e.what());
-        }
-      });
+  platform::sim::ForEachCapturedLine(platform::ReadTextFile(file), file,
+                                     [&](const std::string& line, const std::string& place) {
+                                       try {
+                                         const platform::sim::CapturedBeacon beacon =
+                                             platform::sim::ReadCapturedBeacon(line, place);
+                                         if (beacon.freqMhz)
+                                           std::printf("%s\n", ElementsLine(beacon).c_str());
+                                       } catch (const platform::sim::WorldError& e) {
+                                         anyBad = true;
+                                         std::fprintf(stderr, "%s\n", e.what());
+                                       }
+                                     });
   return anyBad ? 1 : 0;
 }
 

@@ -3,13 +3,13 @@
 #include <map>
 #include <string>
 
-#include "foundation/format.h"
 #include "corvane_lab/arguments.h"
 #include "corvane_lab/commands.h"
 #include "corvane_lab/round_record.h"
 #include "corvane_lab/service_run.h"
 #include "corvane_lab/simulated_user.h"
 #include "corvane_lab/world_source.h"
+#include "foundation/format.h"
 
 namespace corvane::lab {
 
@@ -19,26 +19,32 @@ namespace {
 constexpr std::chrono::minutes kLongestRound(10);
 
 void PrintEntry(const RoundRecord& round, std::size_t place, const EntryRecord& entry) {
-  std::printf("%s\n", FormatA("%4s  %s %s  score %i  quality %u  counter %i  %s", place ? std::to_string(place) : "",
-                              entry.ssid.empty() ? "(no name)" : entry.ssid, entry.bssid, entry.score, entry.quality,
-                              entry.counter, ReasonText(round, entry))
+  std::printf("%s\n", FormatA("%4s  %s %s  score %i  quality %u  counter %i  %s",
+                              place ? std::to_string(place) : "",
+                              entry.ssid.empty() ? "(no name)" : entry.ssid, entry.bssid,
+                              entry.score, entry.quality, entry.counter, ReasonText(round, entry))
                           .c_str());
   if (!entry.terms.empty()) std::printf("        %s\n", entry.terms.c_str());
 }
 
 void PrintPolicy(const RoundRecord& round) {
-  const std::string at = round.connected ? FormatA("Connected to %s %s, score %i, quality %u", round.ssid, round.bssid,
-                                                   round.score, round.quality)
-                                         : std::string("Not connected");
+  const std::string at = round.connected
+                             ? FormatA("Connected to %s %s, score %i, quality %u", round.ssid,
+                                       round.bssid, round.score, round.quality)
+                             : std::string("Not connected");
   std::printf("  %s. Mode %s.\n", at.c_str(), round.mode);
-  std::printf("%s\n", FormatA("  To be ready: quality %u, %u points and %u %% above the connected one, in %i rounds. "
-                              "Traffic %.3lf Mbps, held back from %.3lf Mbps on%s.",
-                              round.margins.qualityThreshold, round.margins.scoreThreshold,
-                              round.margins.scorePercent, round.required, round.mbps, round.gateMbps,
-                              round.realTimeAudio ? "; real-time audio runs" : "")
-                          .c_str());
+  std::printf(
+      "%s\n",
+      FormatA(
+          "  To be ready: quality %u, %u points and %u %% above the connected one, in %i rounds. "
+          "Traffic %.3lf Mbps, held back from %.3lf Mbps on%s.",
+          round.margins.qualityThreshold, round.margins.scoreThreshold, round.margins.scorePercent,
+          round.required, round.mbps, round.gateMbps,
+          round.realTimeAudio ? "; real-time audio runs" : "")
+          .c_str());
   std::printf("  Candidates, best first%s\n", round.candidates.empty() ? ": none" : "");
-  for (std::size_t i = 0; i < round.candidates.size(); ++i) PrintEntry(round, i + 1, round.candidates[i]);
+  for (std::size_t i = 0; i < round.candidates.size(); ++i)
+    PrintEntry(round, i + 1, round.candidates[i]);
   if (!round.others.empty()) std::printf("  No candidates\n");
   for (const EntryRecord& entry : round.others) PrintEntry(round, 0, entry);
 }
@@ -47,7 +53,8 @@ std::string Seconds(std::uint64_t ms) { return FormatA("%llu.%03llu s", ms / 100
 
 void Print(const RoundRecord& round) {
   std::printf("%s\n", FormatA("adapter %i, round %llu, from %s to %s", round.adapter, round.number,
-                              Seconds(round.beganMs), round.ended ? Seconds(round.endedMs) : std::string("(cut off)"))
+                              Seconds(round.beganMs),
+                              round.ended ? Seconds(round.endedMs) : std::string("(cut off)"))
                           .c_str());
   const std::string outcome = OutcomeText(round);
   std::printf("  %s\n", outcome.empty() ? "Nothing was decided." : outcome.c_str());
@@ -90,7 +97,8 @@ void RunTo(platform::sim::SimulatedPc& pc, std::uint64_t ms, SimulatedUser* user
 }  // namespace
 
 int ExplainCommand(const std::vector<std::string>& words) {
-  const Arguments arguments(words, {"--at", "--air", "--adapter", "--mode", "--seed"}, {"--json", "--user"});
+  const Arguments arguments(words, {"--at", "--air", "--adapter", "--mode", "--seed"},
+                            {"--json", "--user"});
   const auto at = arguments.Value("--at");
   if (!at) throw UsageError("--at TIME says which round");
   const platform::sim::World world = WorldOf(arguments);

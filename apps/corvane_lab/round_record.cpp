@@ -5,9 +5,9 @@
 
 #include <algorithm>
 
-#include "settings/global_config_container.h"
 #include "policy/policy.h"
 #include "policy/suggesting.h"
+#include "settings/global_config_container.h"
 
 namespace corvane::lab {
 
@@ -37,8 +37,8 @@ const char* ModeText(const CQUAYInterfaceConfig& config) {
   return !mode.passive ? "autoswitch" : mode.popup ? "popup" : "event";
 }
 
-void Entries(JsonWriter& json, const char* name, const RoundRecord& round, const std::vector<EntryRecord>& entries,
-             RoundDetail detail) {
+void Entries(JsonWriter& json, const char* name, const RoundRecord& round,
+             const std::vector<EntryRecord>& entries, RoundDetail detail) {
   json.Key(name);
   json.StartArray();
   for (const EntryRecord& entry : entries) {
@@ -101,7 +101,8 @@ std::string OutcomeText(const RoundRecord& round) {
 const char* ReasonText(const RoundRecord& round, const EntryRecord& entry) {
   if (entry.standing) return CandidateStandingText(*entry.standing);
   if (round.connected && entry.bssid == round.bssid) return "it is the connected one";
-  const bool onBest = std::ranges::any_of(round.steps, [](const StepRecord& s) { return s.step == RoundStep::kOnBest; });
+  const bool onBest = std::ranges::any_of(
+      round.steps, [](const StepRecord& s) { return s.step == RoundStep::kOnBest; });
   return onBest ? "it ranks behind the connected one" : "the round did not come to weigh it";
 }
 
@@ -198,7 +199,7 @@ void RoundRecorder::OnStanding(int adapter, CWlanBssEntry& entry, CandidateStand
 
 void RoundRecorder::OnStep(int adapter, RoundStep step, CWlanBssEntry* about) {
   Round(adapter).steps.push_back({step, about ? WideToUtf8(about->m_SSIDW) : std::string(),
-                                     about ? MacTextA(about->GetBssid()) : std::string()});
+                                  about ? MacTextA(about->GetBssid()) : std::string()});
 }
 
 void RoundRecorder::OnRoundEnds(int adapter) {

@@ -27,7 +27,7 @@ struct StepRecord {
 
 // One round of one adapter, as it decided.
 struct RoundRecord {
-  int adapter = 0;  // its number
+  int adapter = 0;           // its number
   std::uint64_t number = 0;  // of this adapter, from 1
   std::uint64_t beganMs = 0, endedMs = 0;
   bool ended = false;
@@ -75,7 +75,8 @@ class RoundRecorder final : public IRoundWatch {
   const RoundRecord* Latest(int adapter) const;
 
   void OnRoundBegins(int adapter, const CWlanInterface& interface) override;
-  void OnCandidates(CWlanInterface& adapter, const ConnectionFacts& facts, const BssEntryList& candidates) override;
+  void OnCandidates(CWlanInterface& adapter, const ConnectionFacts& facts,
+                    const BssEntryList& candidates) override;
   void OnStanding(int adapter, CWlanBssEntry& entry, CandidateStanding standing) override;
   void OnStep(int adapter, RoundStep step, CWlanBssEntry* about) override;
   void OnRoundEnds(int adapter) override;

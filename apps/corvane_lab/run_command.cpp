@@ -3,17 +3,17 @@
 #include <optional>
 #include <string>
 
-#include "foundation/format.h"
-#include "foundation/smart_obj.h"
 #include "corvane_lab/arguments.h"
 #include "corvane_lab/commands.h"
 #include "corvane_lab/run_report.h"
 #include "corvane_lab/service_run.h"
 #include "corvane_lab/simulated_user.h"
 #include "corvane_lab/world_source.h"
-#include "platform/text_file.h"
+#include "foundation/format.h"
+#include "foundation/smart_obj.h"
 #include "platform/sim/kernel/fault_plan.h"
 #include "platform/sim/simulated_pc.h"
+#include "platform/text_file.h"
 
 namespace corvane::lab {
 
@@ -75,7 +75,8 @@ std::string RunOnce(const RunPlan& plan, Output* output, RunSummary* summary) {
         pc.Faults().FailRandomly(plan.options.faultRate, plan.options.seed);
       }
       if (!service.IsRunning()) {
-        Trouble::Note(FormatA("the service ended by itself, exit code %i", service.ExitCode()), &trouble);
+        Trouble::Note(FormatA("the service ended by itself, exit code %i", service.ExitCode()),
+                      &trouble);
         break;
       }
       report.Sample();
@@ -108,18 +109,22 @@ int RunSeeds(RunPlan plan, std::uint64_t first, std::uint64_t last) {
     moves += summary.moves;
     if (!trouble.empty()) {
       ++bad;
-      std::printf("seed %llu: %s\n  again: corvane-lab run%s --seed %llu\n", static_cast<unsigned long long>(seed),
-                  trouble.c_str(), plan.words.c_str(), static_cast<unsigned long long>(seed));
+      std::printf("seed %llu: %s\n  again: corvane-lab run%s --seed %llu\n",
+                  static_cast<unsigned long long>(seed), trouble.c_str(), plan.words.c_str(),
+                  static_cast<unsigned long long>(seed));
       std::fflush(stdout);
     }
     if (seed % 25 == 0 || seed == last) {
-      std::fprintf(stderr, "%llu of %llu seeds done, %llu bad\n", static_cast<unsigned long long>(seed - first + 1),
-                   static_cast<unsigned long long>(last - first + 1), static_cast<unsigned long long>(bad));
+      std::fprintf(stderr, "%llu of %llu seeds done, %llu bad\n",
+                   static_cast<unsigned long long>(seed - first + 1),
+                   static_cast<unsigned long long>(last - first + 1),
+                   static_cast<unsigned long long>(bad));
     }
   }
   std::printf("%llu seeds, %llu bad; %llu rounds, %llu moves by the service's own decision\n",
-              static_cast<unsigned long long>(last - first + 1), static_cast<unsigned long long>(bad),
-              static_cast<unsigned long long>(rounds), static_cast<unsigned long long>(moves));
+              static_cast<unsigned long long>(last - first + 1),
+              static_cast<unsigned long long>(bad), static_cast<unsigned long long>(rounds),
+              static_cast<unsigned long long>(moves));
   return bad == 0 ? 0 : 1;
 }
 
@@ -148,7 +153,8 @@ void ParseSeeds(const std::string& text, std::uint64_t* first, std::uint64_t* la
 }  // namespace
 
 int RunCommand(const std::vector<std::string>& words) {
-  const Arguments arguments(words, {"--for", "--seed", "--json", "--air", "--mode", "--faults", "--seeds"},
+  const Arguments arguments(words,
+                            {"--for", "--seed", "--json", "--air", "--mode", "--faults", "--seeds"},
                             {"--interleave", "--user"});
   RunPlan plan;
   plan.world = WorldOf(arguments);

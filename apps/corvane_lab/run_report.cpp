@@ -5,10 +5,10 @@
 
 #include <algorithm>
 
-#include "settings/global_config_container.h"
 #include "foundation/format.h"
 #include "platform/sim/kernel/sim_kernel.h"
 #include "policy/policy.h"
+#include "settings/global_config_container.h"
 #include "wlan/wifi_client_container.h"
 
 namespace corvane::lab {
@@ -19,15 +19,19 @@ namespace {
 
 const char* CauseText(Cause cause) {
   switch (cause) {
-    case Cause::kProgram: return "the service";
-    case Cause::kOutside: return "somebody else";
-    case Cause::kDriver: return "the driver";
+    case Cause::kProgram:
+      return "the service";
+    case Cause::kOutside:
+      return "somebody else";
+    case Cause::kDriver:
+      return "the driver";
   }
   return "";
 }
 
 std::string Clock(std::uint64_t ms) {
-  return FormatA("%02llu:%02llu:%02llu.%03llu", ms / 3'600'000, ms / 60'000 % 60, ms / 1000 % 60, ms % 1000);
+  return FormatA("%02llu:%02llu:%02llu.%03llu", ms / 3'600'000, ms / 60'000 % 60, ms / 1000 % 60,
+                 ms % 1000);
 }
 
 std::string Share(std::uint64_t part, std::uint64_t whole) {
@@ -38,7 +42,8 @@ std::string Share(std::uint64_t part, std::uint64_t whole) {
 bool IsTiresome(const RoundRecord& round) {
   if (round.steps.empty()) return true;
   const RoundStep first = round.steps.front().step, last = round.steps.back().step;
-  return first == RoundStep::kInhibited || (first == RoundStep::kStale && last != RoundStep::kBetterPossible);
+  return first == RoundStep::kInhibited ||
+         (first == RoundStep::kStale && last != RoundStep::kBetterPossible);
 }
 
 }  // namespace
@@ -67,7 +72,9 @@ void RunReport::Attach(platform::sim::SimulatedPc& pc, const platform::sim::Worl
   m_pPc = &pc;
   m_Numbers.emplace(world);
   m_Rounds.emplace(
-      pc, world, false, [](const RoundRecord& round, void* self) { static_cast<RunReport*>(self)->OnRound(round); }, this);
+      pc, world, false,
+      [](const RoundRecord& round, void* self) { static_cast<RunReport*>(self)->OnRound(round); },
+      this);
   m_Audit.emplace(
       world,
       [](int adapter, const std::string& fault, void* self) {
@@ -75,7 +82,10 @@ void RunReport::Attach(platform::sim::SimulatedPc& pc, const platform::sim::Worl
       },
       this);
   pc.Kernel().EventTrace().SetObserver(
-      [](const platform::TraceEvent& event, void* self) { static_cast<RunReport*>(self)->OnTraceEvent(event); }, this);
+      [](const platform::TraceEvent& event, void* self) {
+        static_cast<RunReport*>(self)->OnTraceEvent(event);
+      },
+      this);
 }
 
 void RunReport::Detach() {
@@ -86,7 +96,8 @@ void RunReport::Detach() {
 }
 
 RunReport::AdapterView& RunReport::View(int adapter) {
-  if (m_Adapters.size() <= static_cast<std::size_t>(adapter)) m_Adapters.resize(static_cast<std::size_t>(adapter) + 1);
+  if (m_Adapters.size() <= static_cast<std::size_t>(adapter))
+    m_Adapters.resize(static_cast<std::size_t>(adapter) + 1);
   return m_Adapters[static_cast<std::size_t>(adapter)];
 }
 
@@ -100,14 +111,16 @@ void RunReport::OnRound(const RoundRecord& round) {
   std::string end = RoundStepName(last.step) + last.bssid;
   if (end == view.end) return;
   view.end = std::move(end);
-  m_Print(FormatA("%s  adapter %i  %s", Clock(round.endedMs), round.adapter, OutcomeText(round)), {}, m_pContext);
+  m_Print(FormatA("%s  adapter %i  %s", Clock(round.endedMs), round.adapter, OutcomeText(round)),
+          {}, m_pContext);
 }
 
 void RunReport::OnTraceEvent(const platform::TraceEvent& event) {
   std::string text = "event " + event.name;
   for (const auto& field : event.fields) {
     const auto* words = std::get_if<std::u16string>(&field.value);
-    text += " " + field.name + "=" + (words ? WideToUtf8(*words) : std::to_string(std::get<std::int64_t>(field.value)));
+    text += " " + field.name + "=" +
+            (words ? WideToUtf8(*words) : std::to_string(std::get<std::int64_t>(field.value)));
   }
   Line(-1, "trace", text);
 }
@@ -115,14 +128,17 @@ void RunReport::OnTraceEvent(const platform::TraceEvent& event) {
 void RunReport::OnBrokenRule(int adapter, const std::string& fault) {
   Line(adapter, "rule", "BREAKS A RULE: " + fault);
   if (m_Summary.brokenRule.empty()) {
-    m_Summary.brokenRule = FormatA("at %s adapter %i %s", Clock(static_cast<std::uint64_t>(m_pPc->Now().count())), adapter, fault);
+    m_Summary.brokenRule =
+        FormatA("at %s adapter %i %s", Clock(static_cast<std::uint64_t>(m_pPc->Now().count())),
+                adapter, fault);
   }
 }
 
 void RunReport::OnScanStarted(int adapter, Cause cause, const std::string& ssid) {
   ++(cause == Cause::kProgram ? m_Summary.scans : m_Summary.outsideScans);
   Line(adapter, "scan",
-       FormatA("scan by %s%s", CauseText(cause), ssid.empty() ? std::string() : " for the hidden " + ssid));
+       FormatA("scan by %s%s", CauseText(cause),
+               ssid.empty() ? std::string() : " for the hidden " + ssid));
 }
 
 void RunReport::OnScanEnded(int adapter, Cause cause, bool good) {
@@ -133,8 +149,8 @@ void RunReport::OnConnectStarted(int adapter, Cause cause, const std::string& ss
   Line(adapter, "connecting", FormatA("%s connects to %s", CauseText(cause), ssid));
 }
 
-void RunReport::OnConnectEnded(int adapter, Cause cause, const std::string& ssid, const std::string& bssid,
-                               platform::DWORD reason) {
+void RunReport::OnConnectEnded(int adapter, Cause cause, const std::string& ssid,
+                               const std::string& bssid, platform::DWORD reason) {
   if (reason != 0) {
     if (cause == Cause::kProgram) ++m_Summary.connectFailures;
     if (m_Audit) m_Audit->OnGone(adapter);
@@ -149,8 +165,9 @@ void RunReport::OnConnectEnded(int adapter, Cause cause, const std::string& ssid
     const AdapterView& view = View(adapter);
     const auto score = view.scores.find(bssid);
     const int to = score == view.scores.end() ? -1 : score->second;
-    why = view.at.bssid.empty() ? FormatA(", score %i", to)
-                                : FormatA(", score %i over %i of %s", to, view.at.score, view.at.bssid);
+    why = view.at.bssid.empty()
+              ? FormatA(", score %i", to)
+              : FormatA(", score %i over %i of %s", to, view.at.score, view.at.bssid);
   }
   Line(adapter, cause == Cause::kProgram ? "switch" : "connected",
        FormatA("%s connected to %s %s%s", CauseText(cause), ssid, bssid, why));
@@ -161,7 +178,8 @@ void RunReport::OnDisconnected(int adapter, Cause cause, const std::string& ssid
   Line(adapter, "disconnected", FormatA("disconnected from %s by %s", ssid, CauseText(cause)));
 }
 
-void RunReport::OnRoamed(int adapter, Cause cause, const std::string& ssid, const std::string& bssid) {
+void RunReport::OnRoamed(int adapter, Cause cause, const std::string& ssid,
+                         const std::string& bssid) {
   ++m_Summary.roams;
   if (m_Audit) m_Audit->OnConnected(adapter, cause, bssid);
   Line(adapter, "roam", FormatA("%s roams to %s %s", CauseText(cause), ssid, bssid));
@@ -192,12 +210,15 @@ void RunReport::SampleAdapter(int number, CWlanInterface& adapter) {
     at.ssid = WideToUtf8(SsidText(attributes.dot11Ssid));
     at.bssid = MacTextA(ToMac(attributes.dot11Bssid));
     at.quality = attributes.wlanSignalQuality;
-    at.score = adapter.GetScoreFromBssEntry(SsidText(attributes.dot11Ssid), ToMac(attributes.dot11Bssid), false);
+    at.score = adapter.GetScoreFromBssEntry(SsidText(attributes.dot11Ssid),
+                                            ToMac(attributes.dot11Bssid), false);
     ++m_Summary.connectedSeconds;
     if (at.score >= BestScoreLeft(number)) ++m_Summary.bestSeconds;
   }
   if (connected && (at.bssid != view.at.bssid || !view.connected)) {
-    Line(number, "at", FormatA("is connected to %s %s, score %i, quality %u", at.ssid, at.bssid, at.score, at.quality));
+    Line(number, "at",
+         FormatA("is connected to %s %s, score %i, quality %u", at.ssid, at.bssid, at.score,
+                 at.quality));
   } else if (!connected && view.connected) {
     Line(number, "at", "is not connected");
   }
@@ -227,10 +248,12 @@ void RunReport::SampleCandidates(int number, CWlanInterface& adapter, int requir
     const int counter = entry->m_candidate_counter;
     if (counter == 0) continue;
     counters[bssid] = counter;
-    if (const auto before = view.counters.find(bssid); before == view.counters.end() || before->second != counter) {
+    if (const auto before = view.counters.find(bssid);
+        before == view.counters.end() || before->second != counter) {
       Line(number, "candidate",
-           FormatA("candidate %s %s: round %i of %i, score %i%s", WideToUtf8(entry->m_SSIDW), bssid, counter, required,
-                   entry->GetScore(false), view.connected ? FormatA(" against %i", view.at.score) : std::string()));
+           FormatA("candidate %s %s: round %i of %i, score %i%s", WideToUtf8(entry->m_SSIDW), bssid,
+                   counter, required, entry->GetScore(false),
+                   view.connected ? FormatA(" against %i", view.at.score) : std::string()));
     }
   }
   view.counters = std::move(counters);
@@ -243,7 +266,8 @@ void RunReport::SampleInhibit(int number, CWlanInterface& adapter) {
   const std::uint64_t remaining = config->GetInhibitRemainingMs();
   const std::string reason = remaining > 0 ? config->GetInhibitReason() : "";
   if (!reason.empty() && reason != view.inhibit) {
-    Line(number, "inhibit", FormatA("holds still for %llu s (%s)", (remaining + 999) / 1000, reason));
+    Line(number, "inhibit",
+         FormatA("holds still for %llu s (%s)", (remaining + 999) / 1000, reason));
   } else if (reason.empty() && !view.inhibit.empty()) {
     Line(number, "inhibit", "goes on");
   }
@@ -251,7 +275,8 @@ void RunReport::SampleInhibit(int number, CWlanInterface& adapter) {
   const bool roaming = config->GetRoamingInhibitTick() != 0;
   if (roaming != view.roamingInhibit) {
     Line(number, "roaming-inhibit",
-         roaming ? "somebody else moved the adapter: no switch until that has passed" : "may switch again");
+         roaming ? "somebody else moved the adapter: no switch until that has passed"
+                 : "may switch again");
   }
   view.roamingInhibit = roaming;
 }
@@ -265,11 +290,16 @@ void RunReport::PrintSummary() {
   json.Key("event");
   json.String("summary");
   const std::pair<const char*, std::uint64_t> figures[] = {
-      {"seconds", sum.seconds},       {"connected_seconds", sum.connectedSeconds},
-      {"best_seconds", sum.bestSeconds}, {"switches", sum.switches},
-      {"scans", sum.scans},           {"connect_failures", sum.connectFailures},
-      {"outside_scans", sum.outsideScans}, {"roams", sum.roams},
-      {"rounds", sum.rounds},         {"own_moves", sum.moves}};
+      {"seconds", sum.seconds},
+      {"connected_seconds", sum.connectedSeconds},
+      {"best_seconds", sum.bestSeconds},
+      {"switches", sum.switches},
+      {"scans", sum.scans},
+      {"connect_failures", sum.connectFailures},
+      {"outside_scans", sum.outsideScans},
+      {"roams", sum.roams},
+      {"rounds", sum.rounds},
+      {"own_moves", sum.moves}};
   for (const auto& [name, value] : figures) {
     json.Key(name);
     json.Uint64(value);

@@ -17,25 +17,27 @@ namespace corvane::lab {
 struct RunSummary {
   std::uint64_t seconds = 0;
   std::uint64_t connectedSeconds = 0;  // summed over the adapters
-  std::uint64_t bestSeconds = 0;       // connected to a BSS that none scored above, of those left free
-  std::uint64_t switches = 0;          // moves and connects that the service made
-  std::uint64_t scans = 0;             // that the service began
+  std::uint64_t bestSeconds = 0;  // connected to a BSS that none scored above, of those left free
+  std::uint64_t switches = 0;     // moves and connects that the service made
+  std::uint64_t scans = 0;        // that the service began
   std::uint64_t connectFailures = 0;
   std::uint64_t outsideScans = 0;
-  std::uint64_t roams = 0;             // by the driver
-  std::uint64_t rounds = 0;            // of all adapters
-  std::uint64_t moves = 0;             // by the service's own decision, each held against the rules
-  std::string brokenRule;              // the first one; empty when all held
+  std::uint64_t roams = 0;   // by the driver
+  std::uint64_t rounds = 0;  // of all adapters
+  std::uint64_t moves = 0;   // by the service's own decision, each held against the rules
+  std::string brokenRule;    // the first one; empty when all held
 };
 
-// Tells a run as a person would want to hear it: one line for each thing that happens, and a summary.
-// Listens to the PC and to the rounds, and looks at the service once a second.
+// Tells a run as a person would want to hear it: one line for each thing that happens, and a
+// summary. Listens to the PC and to the rounds, and looks at the service once a second.
 class RunReport : public platform::sim::IPcObserver {
  public:
-  // Each line goes to `print`, as text and as one JSON object; what would tire a reader has no text.
+  // Each line goes to `print`, as text and as one JSON object; what would tire a reader has no
+  // text.
   using Print = void (*)(const std::string& text, const std::string& json, void* context);
   // `rounds`: with one JSON object for every round.
-  RunReport(Print print, void* context, bool rounds) : m_Print(print), m_pContext(context), m_bRounds(rounds) {}
+  RunReport(Print print, void* context, bool rounds)
+      : m_Print(print), m_pContext(context), m_bRounds(rounds) {}
 
   // From before the service starts until after it has ended; both outlive that.
   void Attach(platform::sim::SimulatedPc& pc, const platform::sim::World& world);

@@ -5,11 +5,11 @@
 #include <cstdio>
 #include <string>
 
-#include "foundation/format.h"
 #include "corvane_lab/arguments.h"
 #include "corvane_lab/commands.h"
 #include "corvane_lab/service_run.h"
 #include "corvane_lab/world_source.h"
+#include "foundation/format.h"
 #include "platform/sim/simulated_pc.h"
 #include "wlan/wifi_client_container.h"
 
@@ -68,8 +68,8 @@ void PrintJson(const Row& row) {
 }
 
 void PrintText(const Row& row) {
-  std::printf("%4i  %s  quality %3u  %s\n      %s%s\n", row.score, row.bssid.c_str(), row.quality, row.ssid.c_str(),
-              row.log.c_str(), row.finalLog.c_str());
+  std::printf("%4i  %s  quality %3u  %s\n      %s%s\n", row.score, row.bssid.c_str(), row.quality,
+              row.ssid.c_str(), row.log.c_str(), row.finalLog.c_str());
 }
 
 bool HasScores(void*) {
@@ -82,7 +82,8 @@ bool HasScores(void*) {
 int ScoresCommand(const std::vector<std::string>& words) {
   const Arguments arguments(words, {"--at", "--air", "--mode", "--seed"}, {"--json"});
   const auto at = arguments.Value("--at");
-  if (!arguments.Value("--air") && !at) throw UsageError("a world and --at TIME, or --air and a file");
+  if (!arguments.Value("--air") && !at)
+    throw UsageError("a world and --at TIME, or --air and a file");
   const platform::sim::World world = WorldOf(arguments);
   platform::sim::PcOptions options;
   options.seed = arguments.Number("--seed", 1);
@@ -94,7 +95,8 @@ int ScoresCommand(const std::vector<std::string>& words) {
   } else {
     constexpr std::chrono::minutes kLimit(2);
     constexpr std::chrono::seconds kSettle(1);
-    if (!pc.RunUntil(&HasScores, nullptr, kLimit)) throw std::runtime_error("no access point was heard");
+    if (!pc.RunUntil(&HasScores, nullptr, kLimit))
+      throw std::runtime_error("no access point was heard");
     pc.RunFor(kSettle);
   }
   auto& adapters = CWifiClientContainer::GetInstance();
@@ -103,7 +105,8 @@ int ScoresCommand(const std::vector<std::string>& words) {
     if (!arguments.Has("--json")) {
       std::printf("adapter %i: %s\n", i, WideToUtf8(adapter->GetConnectionName()).c_str());
     }
-    for (const Row& row : RowsOf(*adapter)) arguments.Has("--json") ? PrintJson(row) : PrintText(row);
+    for (const Row& row : RowsOf(*adapter))
+      arguments.Has("--json") ? PrintJson(row) : PrintText(row);
   }
   return 0;
 }

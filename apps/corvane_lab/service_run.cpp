@@ -1,7 +1,7 @@
 #include "corvane_lab/service_run.h"
 
-#include "service/service_main.h"
 #include "platform/thread_api.h"
+#include "service/service_main.h"
 
 namespace corvane::lab {
 
@@ -26,8 +26,8 @@ bool ServiceRun::Stop() {
   constexpr std::chrono::minutes kLimit(3);
   if (!m_hThread) return true;
   m_Pc.PressKey();
-  const bool ended =
-      m_Pc.RunUntil([](void* self) { return static_cast<ServiceRun*>(self)->m_bEnded.load(); }, this, kLimit);
+  const bool ended = m_Pc.RunUntil(
+      [](void* self) { return static_cast<ServiceRun*>(self)->m_bEnded.load(); }, this, kLimit);
   Os().threads.CloseHandle(m_hThread);
   m_hThread = nullptr;
   return ended;

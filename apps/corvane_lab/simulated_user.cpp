@@ -23,7 +23,8 @@ void SimulatedUser::Look(std::uint64_t nowMs) {
     if (bssid != sight.bssid) {
       const bool yes = !bssid.empty() && m_Random.Below(2) == 1;
       sight.bssid = bssid;
-      sight.answerMs = yes ? nowMs + kFastestAnswerMs + m_Random.Below(kSlowestAnswerMs - kFastestAnswerMs) : 0;
+      sight.answerMs =
+          yes ? nowMs + kFastestAnswerMs + m_Random.Below(kSlowestAnswerMs - kFastestAnswerMs) : 0;
     } else if (sight.answerMs != 0 && nowMs >= sight.answerMs) {
       sight.answerMs = 0;
       config->OpenNoDelay(kNoDelayMs);

@@ -7,8 +7,8 @@
 
 namespace corvane::lab {
 
-// Somebody at the PC who answers suggestions as a client passes it on: half of them with a yes, after
-// some seconds up to a minute.
+// Somebody at the PC who answers suggestions as a client passes it on: half of them with a yes,
+// after some seconds up to a minute.
 class SimulatedUser {
  public:
   explicit SimulatedUser(std::uint64_t seed) : m_Random(seed) {}

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <array>
 
+#include "platform/sim/world/world_loader.h"
+#include "platform/text_file.h"
 #include "store/address_text.h"
 #include "store/value_names.h"
-#include "platform/text_file.h"
-#include "platform/sim/world/world_loader.h"
 
 namespace corvane::lab {
 
@@ -23,10 +23,12 @@ constexpr std::uint64_t kModeAtMs = 8000;
 
 World WorldOf(const Arguments& arguments) {
   const auto air = arguments.Value("--air");
-  if (arguments.Rest().size() != (air ? 0u : 1u)) throw UsageError("one world, or --air and a file");
+  if (arguments.Rest().size() != (air ? 0u : 1u))
+    throw UsageError("one world, or --air and a file");
   const std::string& file = air ? *air : arguments.Rest()[0];
   const std::string text = platform::ReadTextFile(file);
-  World world = air ? platform::sim::WorldFromAir(text, file) : platform::sim::ParseWorld(text, file);
+  World world =
+      air ? platform::sim::WorldFromAir(text, file) : platform::sim::ParseWorld(text, file);
   if (const auto mode = arguments.Value("--mode")) SetMode(&world, *mode);
   return world;
 }
@@ -34,11 +36,14 @@ World WorldOf(const Arguments& arguments) {
 void SetMode(World* world, const std::string& mode) {
   constexpr std::array kModes{"autoswitch", "event", "popup"};  // by PassiveSuggestMode
   const auto found = std::ranges::find(kModes, mode);
-  if (found == kModes.end()) throw UsageError("a mode is autoswitch, event or popup, not \"" + mode + "\"");
+  if (found == kModes.end())
+    throw UsageError("a mode is autoswitch, event or popup, not \"" + mode + "\"");
   std::erase_if(world->timeline, [](const Action& action) {
-    return action.kind == ActionKind::kRegistry && action.registry.name == value::kPassiveSuggestMode;
+    return action.kind == ActionKind::kRegistry &&
+           action.registry.name == value::kPassiveSuggestMode;
   });
-  const auto at = std::ranges::find_if(world->timeline, [](const Action& action) { return action.atMs > kModeAtMs; });
+  const auto at = std::ranges::find_if(
+      world->timeline, [](const Action& action) { return action.atMs > kModeAtMs; });
   std::vector<Action> actions;
   for (const auto& adapter : world->adapters) {
     Action action;

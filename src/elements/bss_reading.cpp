@@ -10,8 +10,9 @@ struct Standards {
 
 Standards StandardsOf(const CIEBlob& blob) {
   const double ghz = blob.m_CenterFreqGHz;
-  return {blob.m_Has11Mbps && ghz < 2.5, blob.m_Has54Mbps && ghz >= 5.0,  blob.m_HasErp && ghz < 5.0,
-          blob.m_HTPresent,              blob.m_VHTPresent && ghz >= 5.0, blob.m_HECapsSeen || blob.m_HEOperSeen};
+  return {blob.m_Has11Mbps && ghz < 2.5,   blob.m_Has54Mbps && ghz >= 5.0,
+          blob.m_HasErp && ghz < 5.0,      blob.m_HTPresent,
+          blob.m_VHTPresent && ghz >= 5.0, blob.m_HECapsSeen || blob.m_HEOperSeen};
 }
 
 }  // namespace
@@ -47,7 +48,8 @@ std::string PhyModesOf(const CIEBlob& blob) {
 
 bool IsMuMimo(const CIEBlob& blob) {
   constexpr std::uint32_t kFourStreams = 4;
-  return blob.m_VHTMUBeamformer && (blob.m_VHTChannelWidth > 80 || blob.m_VHTTxStreams >= kFourStreams) &&
+  return blob.m_VHTMUBeamformer &&
+         (blob.m_VHTChannelWidth > 80 || blob.m_VHTTxStreams >= kFourStreams) &&
          (blob.m_VHTPresent || blob.m_HECapsSeen || blob.m_HEOperSeen);
 }
 

@@ -14,8 +14,8 @@ struct Element {
   Bytes value;
 };
 
-// Walks elements (IEEE Std 802.11-2020 9.4.2.1). An element that starts in the last two bytes is not
-// looked at; one whose length runs past the end is dropped and ends the walk.
+// Walks elements (IEEE Std 802.11-2020 9.4.2.1). An element that starts in the last two bytes is
+// not looked at; one whose length runs past the end is dropped and ends the walk.
 class ElementCursor {
  public:
   explicit ElementCursor(Bytes bytes) : m_Rest(bytes) {}

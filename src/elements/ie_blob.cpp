@@ -2,10 +2,10 @@
 
 #include <algorithm>
 
+#include "elements/element_guard.h"
 #include "foundation/log_lines.h"
 #include "platform/clock_api.h"
 #include "platform/platform.h"
-#include "elements/element_guard.h"
 
 namespace corvane {
 
@@ -36,8 +36,8 @@ enum : std::uint8_t {
 
 CIEBlob::CIEBlob() : SmartObjEx("IE blob") {}
 
-void CIEBlob::Load(const std::uint8_t* ies, std::uint32_t cbIEs, std::uint32_t channel, std::uint32_t width,
-                   const platform::WLAN_BSS_ENTRY& bss) {
+void CIEBlob::Load(const std::uint8_t* ies, std::uint32_t cbIEs, std::uint32_t channel,
+                   std::uint32_t width, const platform::WLAN_BSS_ENTRY& bss) {
   m_ParsedAtTick = Os().clock.GetTickCount64();
   Clear();
   m_ChannelWidth = width;
@@ -229,7 +229,8 @@ std::int32_t CIEBlob::GetMaxRateMbps(bool bAdapterHE, bool bHalved) const {
   return mbps(m_MaxLegacyRateKbps);
 }
 
-const WString& CIEBlob::GetChannelWidthString(bool bDescending, WStringView separator, bool bMaxOnly) {
+const WString& CIEBlob::GetChannelWidthString(bool bDescending, WStringView separator,
+                                              bool bMaxOnly) {
   if (!m_WidthSeparator.empty() && m_WidthSeparator == separator) return m_WidthString;
   m_WidthSeparator = separator;
 

@@ -3,26 +3,26 @@
 #include <cstdint>
 #include <string>
 
+#include "elements/element_cursor.h"
+#include "elements/legacy_rates.h"
 #include "foundation/generic_malloc.h"
 #include "foundation/text.h"
 #include "platform/wlan_types.h"
-#include "elements/element_cursor.h"
-#include "elements/legacy_rates.h"
 
 namespace corvane {
 
-// What the elements of one beacon or probe response say. Load fills it once; from then on it is read
-// only, but for the texts that are built on demand on the adapter's worker. Takes no lock. No bytes
-// make it read outside its copy or throw; only lack of memory does.
+// What the elements of one beacon or probe response say. Load fills it once; from then on it is
+// read only, but for the texts that are built on demand on the adapter's worker. Takes no lock. No
+// bytes make it read outside its copy or throw; only lack of memory does.
 class CIEBlob : public SmartObjEx<CIEBlob, SmartObj<>> {
  public:
   CIEBlob();
   const char* GetClassName() const override { return "CIEBlob"; }
 
-  // `ies` may be null. `channel` and `width` (MHz) come from the frequency table; of the record only
-  // the centre frequency is read.
-  void Load(const std::uint8_t* ies, std::uint32_t cbIEs, std::uint32_t channel, std::uint32_t width,
-            const platform::WLAN_BSS_ENTRY& bss);
+  // `ies` may be null. `channel` and `width` (MHz) come from the frequency table; of the record
+  // only the centre frequency is read.
+  void Load(const std::uint8_t* ies, std::uint32_t cbIEs, std::uint32_t channel,
+            std::uint32_t width, const platform::WLAN_BSS_ENTRY& bss);
 
   // The highest rate in Mbps for an adapter that does HE or not; halved where the rules allow it.
   std::int32_t GetMaxRateMbps(bool bAdapterHE, bool bHalved) const;
@@ -143,7 +143,8 @@ class CIEBlob : public SmartObjEx<CIEBlob, SmartObj<>> {
   void ParseHECapabilities(Bytes value);
   void ParseRSN(Bytes value);
   void ParseVendorSpecificData(Bytes value);
-  bool ApplySuiteToSecurityMask(std::uint32_t suite, bool bPersonal, bool f2, bool f3, std::uint16_t rsnCaps);
+  bool ApplySuiteToSecurityMask(std::uint32_t suite, bool bPersonal, bool f2, bool f3,
+                                std::uint16_t rsnCaps);
   bool ApplyWpaSuite(std::uint32_t suite, bool bEnterprise);
   void LogSecurity(const char16_t* operation, WStringView flags, bool applied, Bytes value) const;
   void ComputeVHTRate();

@@ -2,10 +2,10 @@
 
 #include <algorithm>
 
-#include "foundation/log_lines.h"
 #include "elements/element_guard.h"
 #include "elements/ie_blob.h"
 #include "elements/rate_tables.h"
+#include "foundation/log_lines.h"
 
 namespace corvane {
 
@@ -74,7 +74,8 @@ void CIEBlob::Process_HT_MCS_Support_String(const std::array<std::uint8_t, 10>& 
 void CIEBlob::ParseHTOperation(Bytes value) {
   m_HTPresent = true;
   m_HTChannelWidth = 20;
-  GuardElement(u"CIEBlob::ParseHTOperationData: EXCEPTION: 0x%08x", [&] { ParseHTOperationData(value); });
+  GuardElement(u"CIEBlob::ParseHTOperationData: EXCEPTION: 0x%08x",
+               [&] { ParseHTOperationData(value); });
 
   constexpr unsigned kAbove = 1, kBelow = 3;
   const unsigned offset = m_HTOpInfo1 & 3;
@@ -120,7 +121,8 @@ void CIEBlob::ParseVHTCapabilitiesData(Bytes value) {
 // IEEE Std 802.11-2020 9.4.2.158.
 void CIEBlob::ParseVHTOperation(Bytes value) {
   m_VHTPresent = true;
-  GuardElement(u"CIEBlob::ParseVHTOperationData: EXCEPTION: 0x%08x", [&] { ParseVHTOperationData(value); });
+  GuardElement(u"CIEBlob::ParseVHTOperationData: EXCEPTION: 0x%08x",
+               [&] { ParseVHTOperationData(value); });
   if (m_VHT80Plus80) {
     m_ChannelWidth = m_VHTChannelWidth;
   } else if (m_VHTChannelWidth > 40) {
@@ -132,14 +134,21 @@ void CIEBlob::ParseVHTOperation(Bytes value) {
 void CIEBlob::ParseVHTOperationData(Bytes value) {
   if (value.size() < 5) return;
   switch (value[0]) {
-    case 0: m_VHTChannelWidth = 20; break;
-    case 1: m_VHTChannelWidth = 80; break;
-    case 2: m_VHTChannelWidth = 160; break;
+    case 0:
+      m_VHTChannelWidth = 20;
+      break;
+    case 1:
+      m_VHTChannelWidth = 80;
+      break;
+    case 2:
+      m_VHTChannelWidth = 160;
+      break;
     case 3:
       m_VHTChannelWidth = 80;
       m_VHT80Plus80 = true;
       break;
-    default: break;
+    default:
+      break;
   }
   m_VHTSeg0Channel = value[1];
   m_VHTSeg1Channel = value[2];
@@ -162,12 +171,15 @@ void CIEBlob::ParseExtendedIEData_internal(Bytes value) {
       m_HEOperSeen = true;
       if (value.size() >= 7) {
         m_HEOperRaw.fill(0);
-        std::copy_n(value.begin() + 1, std::min(value.size() - 1, m_HEOperRaw.size()), m_HEOperRaw.begin());
+        std::copy_n(value.begin() + 1, std::min(value.size() - 1, m_HEOperRaw.size()),
+                    m_HEOperRaw.begin());
         m_HEOperGood = true;
-        LOG_DEBUG(DBG(26), u"CIEBlob::ParseExtendedIEData_internal:[%s] Got good HE Oper!\n", m_SSID);
+        LOG_DEBUG(DBG(26), u"CIEBlob::ParseExtendedIEData_internal:[%s] Got good HE Oper!\n",
+                  m_SSID);
       } else {
-        LOG_DEBUG(DBG(27), u"CIEBlob::ParseExtendedIEData_internal:[%s] Got bad HE Oper! [%u <= 6]\n", m_SSID,
-                  value.size());
+        LOG_DEBUG(DBG(27),
+                  u"CIEBlob::ParseExtendedIEData_internal:[%s] Got bad HE Oper! [%u <= 6]\n",
+                  m_SSID, value.size());
       }
       break;
     case kHeMuEdca:
@@ -175,31 +187,35 @@ void CIEBlob::ParseExtendedIEData_internal(Bytes value) {
       if (value.size() >= 14) {
         std::copy_n(value.begin() + 1, m_HEEdcaRaw.size(), m_HEEdcaRaw.begin());
         m_HEEdcaGood = true;
-        LOG_DEBUG(DBG(26),
-                  u"CIEBlob::ParseExtendedIEData_internal:[%s] Got good HE Edca Param Set [len=%u]\n", m_SSID,
-                  value.size());
+        LOG_DEBUG(
+            DBG(26),
+            u"CIEBlob::ParseExtendedIEData_internal:[%s] Got good HE Edca Param Set [len=%u]\n",
+            m_SSID, value.size());
       } else {
-        LOG_DEBUG(DBG(27),
-                  u"CIEBlob::ParseExtendedIEData_internal:[%s] Got bad HE Edca Param Set [%u <= %u]\n", m_SSID,
-                  value.size(), 13);
+        LOG_DEBUG(
+            DBG(27),
+            u"CIEBlob::ParseExtendedIEData_internal:[%s] Got bad HE Edca Param Set [%u <= %u]\n",
+            m_SSID, value.size(), 13);
       }
       break;
     default:
-      LOG_DEBUG(DBG(26), u"CIEBlob::ParseExtendedIEData_internal:[%s] Got unsupported EXT-EID %u [len %u]\n",
+      LOG_DEBUG(DBG(26),
+                u"CIEBlob::ParseExtendedIEData_internal:[%s] Got unsupported EXT-EID %u [len %u]\n",
                 m_SSID, value[0], value.size());
       break;
   }
 }
 
-// Extension id, 6 bytes of MAC and 11 of PHY capabilities, then 4, 8 or 12 bytes of MCS and NSS sets
-// (IEEE Std 802.11ax-2021 9.4.2.248).
+// Extension id, 6 bytes of MAC and 11 of PHY capabilities, then 4, 8 or 12 bytes of MCS and NSS
+// sets (IEEE Std 802.11ax-2021 9.4.2.248).
 void CIEBlob::ParseHECapabilities(Bytes value) {
   constexpr std::size_t kOneSet = 22, kTwoSets = 26, kThreeSets = 30, kAmbiguous = 29, kZeroed = 25;
   m_HECapsSeen = true;
   const std::size_t length = value.size();
   if (length < kAmbiguous && length != kOneSet && length != kTwoSets) {
     LOG_DEBUG(DBG(27),
-              u"CIEBlob::ParseExtendedIEData_internal:[%s] Got bad HE Caps! [len %u does not match %u, %u, or "
+              u"CIEBlob::ParseExtendedIEData_internal:[%s] Got bad HE Caps! [len %u does not match "
+              u"%u, %u, or "
               u"%u]\n",
               m_SSID, length, kThreeSets, kTwoSets, kOneSet);
     return;
@@ -219,12 +235,13 @@ void CIEBlob::ParseHECapabilities(Bytes value) {
   m_HECapsGood = true;
   if (length == kAmbiguous) {
     LOG_DEBUG(DBG(27),
-              u"CIEBlob::ParseExtendedIEData_internal:[%s] Got ambiguous HE Caps! [len %u does not match %u, "
+              u"CIEBlob::ParseExtendedIEData_internal:[%s] Got ambiguous HE Caps! [len %u does not "
+              u"match %u, "
               u"%u, or %u]\n",
               m_SSID, length, kThreeSets, kTwoSets, kOneSet);
   } else {
-    LOG_DEBUG(DBG(26), u"CIEBlob::ParseExtendedIEData_internal:[%s] Got good HE Caps! [len=%u]\n", m_SSID,
-              length);
+    LOG_DEBUG(DBG(26), u"CIEBlob::ParseExtendedIEData_internal:[%s] Got good HE Caps! [len=%u]\n",
+              m_SSID, length);
   }
 }
 
@@ -237,14 +254,14 @@ struct OperatingPoint {
   double factor;
 };
 
-// Reads a map and tells of it. The log line goes through the platform, so that it may fault where the
-// reading can't.
+// Reads a map and tells of it. The log line goes through the platform, so that it may fault where
+// the reading can't.
 McsMapReading ReadHEMcsMap(std::uint16_t map, std::uint32_t width, bool shortGI) {
   McsMapReading reading;
   GuardElement(u"CIEBlob::ProcessHEMCSMap: EXCEPTION: 0x%08x", [&] {
     reading = ReadMcsMap(McsGeneration::kHe, map, width, shortGI);
-    LOG_DEBUG(DBG(26), u"CIEBlob::ProcessHEMCSMap_internal:[streams %i] mcsListString=%s\n", reading.streams,
-              reading.text);
+    LOG_DEBUG(DBG(26), u"CIEBlob::ProcessHEMCSMap_internal:[streams %i] mcsListString=%s\n",
+              reading.streams, reading.text);
   });
   return reading;
 }
@@ -255,11 +272,20 @@ bool OperatingPointOf(const CIEBlob& blob, OperatingPoint* point) {
     return true;
   }
   switch (blob.m_ChannelWidth) {
-    case 20: *point = {20, blob.m_HTShortGI20, 1.0}; return true;
-    case 40: *point = {40, blob.m_HTShortGI40, 1.0}; return true;
-    case 80: *point = {80, blob.m_VHTShortGI80, 1.0}; return true;
-    case 160: *point = {160, blob.m_VHTShortGI160, 1.0}; return true;
-    default: return false;
+    case 20:
+      *point = {20, blob.m_HTShortGI20, 1.0};
+      return true;
+    case 40:
+      *point = {40, blob.m_HTShortGI40, 1.0};
+      return true;
+    case 80:
+      *point = {80, blob.m_VHTShortGI80, 1.0};
+      return true;
+    case 160:
+      *point = {160, blob.m_VHTShortGI160, 1.0};
+      return true;
+    default:
+      return false;
   }
 }
 
@@ -287,8 +313,9 @@ void CIEBlob::ComputeHERate() {
   m_HERxMaxMcs = rx.maxMcs;
   OperatingPoint point{};
   if (!OperatingPointOf(*this, &point)) return;
-  const std::uint16_t map =
-      m_VHT80Plus80 ? m_HERxMcs8080 : point.width == 160 ? m_HETxMcs160 : m_HETxMcs80;
+  const std::uint16_t map = m_VHT80Plus80        ? m_HERxMcs8080
+                            : point.width == 160 ? m_HETxMcs160
+                                                 : m_HETxMcs80;
   McsMapReading tx = ReadHEMcsMap(map, point.width, point.shortGI);
   m_HETxStreams = tx.streams;
   m_HETxMcsString = std::move(tx.text);

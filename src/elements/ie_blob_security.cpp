@@ -2,15 +2,16 @@
 
 #include <algorithm>
 
-#include "foundation/log_lines.h"
 #include "elements/ie_blob.h"
+#include "foundation/log_lines.h"
 
 namespace corvane {
 
 namespace {
 
 constexpr std::uint64_t kSecurityLog = DBG(44);
-constexpr std::uint16_t kMfpRequired = 1u << 6;  // RSN capabilities, IEEE Std 802.11-2020 9.4.2.24.4
+constexpr std::uint16_t kMfpRequired = 1u
+                                       << 6;  // RSN capabilities, IEEE Std 802.11-2020 9.4.2.24.4
 
 // The suites of one list; an element of at most 255 bytes holds no more.
 struct SuiteList {
@@ -65,7 +66,8 @@ void CIEBlob::ParseRSN(Bytes value) {
   std::uint32_t group = 0;
   SuiteList pairwise, akms;
   if (!reader.TakeU16(&version) || !reader.TakeSuite(&group)) return;
-  LOG_DEBUG(kSecurityLog, u"[%s - chan %i]ParseRSN: version %u\n", m_SSID, m_CenterChannel, version);
+  LOG_DEBUG(kSecurityLog, u"[%s - chan %i]ParseRSN: version %u\n", m_SSID, m_CenterChannel,
+            version);
   if (!TakeSuites(&reader, &pairwise) || !TakeSuites(&reader, &akms)) return;
   const KeyManagement keys = ReadKeyManagement(akms);
   if (keys.fastTransition) m_FastTransition = true;
@@ -137,8 +139,8 @@ void CIEBlob::ParseVendorSpecificData(Bytes value) {
   SuiteList pairwise, akms;
   if (!reader.TakeSuite(&type) || type != kWpa) return;
   if (!reader.TakeU16(&version) || !reader.TakeSuite(&group)) return;
-  LOG_DEBUG(kSecurityLog, u"[%s - chan %i]ParseVendorSpecificData: version %u\n", m_SSID, m_CenterChannel,
-            version);
+  LOG_DEBUG(kSecurityLog, u"[%s - chan %i]ParseVendorSpecificData: version %u\n", m_SSID,
+            m_CenterChannel, version);
   if (!TakeSuites(&reader, &pairwise) || !TakeSuites(&reader, &akms)) return;
 
   const auto listed = [&akms](std::uint32_t akm) {
@@ -149,7 +151,8 @@ void CIEBlob::ParseVendorSpecificData(Bytes value) {
   bool applied = false;
   if (enterprise || listed(kAkmPersonal)) {
     applied = ApplyWpaSuite(group, enterprise);
-    for (std::size_t i = 0; i < pairwise.count; ++i) applied |= ApplyWpaSuite(pairwise.suites[i], enterprise);
+    for (std::size_t i = 0; i < pairwise.count; ++i)
+      applied |= ApplyWpaSuite(pairwise.suites[i], enterprise);
   }
   if (log::IsOpen(kSecurityLog)) LogSecurity(u"ParseVendorSpecificData", {}, applied, value);
 }
@@ -162,19 +165,21 @@ bool CIEBlob::ApplyWpaSuite(std::uint32_t suite, bool bEnterprise) {
   return bits != 0;
 }
 
-void CIEBlob::LogSecurity(const char16_t* operation, WStringView flags, bool applied, Bytes value) const {
+void CIEBlob::LogSecurity(const char16_t* operation, WStringView flags, bool applied,
+                          Bytes value) const {
   if (applied) {
-    LOG_DEBUG(kSecurityLog, u"[%s - chan %i]%s: [UPDATED]%s SecurityMask=0x%08x\n", m_SSID, m_CenterChannel,
-              operation, flags, SecurityMask);
+    LOG_DEBUG(kSecurityLog, u"[%s - chan %i]%s: [UPDATED]%s SecurityMask=0x%08x\n", m_SSID,
+              m_CenterChannel, operation, flags, SecurityMask);
     return;
   }
-  LOG_DEBUG(kSecurityLog, u"[%s - chan %i]%s: [NO CHANGE]%s SecurityMask=0x%08x\n", m_SSID, m_CenterChannel,
-            operation, flags, SecurityMask);
-  LOG_DEBUG(kSecurityLog, u"\n[%s - chan %i]%s: WPA IE (NO SECURITY BITS SET!)\n", m_SSID, m_CenterChannel,
-            operation);
+  LOG_DEBUG(kSecurityLog, u"[%s - chan %i]%s: [NO CHANGE]%s SecurityMask=0x%08x\n", m_SSID,
+            m_CenterChannel, operation, flags, SecurityMask);
+  LOG_DEBUG(kSecurityLog, u"\n[%s - chan %i]%s: WPA IE (NO SECURITY BITS SET!)\n", m_SSID,
+            m_CenterChannel, operation);
   for (std::size_t row = 0; row < value.size(); row += 4) {
     WString line;
-    for (const std::uint8_t byte : value.subspan(row, std::min<std::size_t>(4, value.size() - row))) {
+    for (const std::uint8_t byte :
+         value.subspan(row, std::min<std::size_t>(4, value.size() - row))) {
       line += Format(u"%02x ", byte);
     }
     LOG_DEBUG(kSecurityLog, u"%s\n", line);

@@ -5,11 +5,13 @@
 
 namespace corvane {
 
-// The recognised rates of elements 1 and 50: an ordered map of kbps to true, held as one bit a rate.
+// The recognised rates of elements 1 and 50: an ordered map of kbps to true, held as one bit a
+// rate.
 class LegacyRates {
  public:
   // The fourteen rates, ascending, in units of 500 kbps (IEEE Std 802.11-2020 9.4.2.3).
-  static constexpr std::uint8_t kUnits[14] = {2, 4, 11, 12, 18, 22, 24, 36, 44, 48, 66, 72, 96, 108};
+  static constexpr std::uint8_t kUnits[14] = {2,  4,  11, 12, 18, 22, 24,
+                                              36, 44, 48, 66, 72, 96, 108};
 
   class Iterator {
    public:

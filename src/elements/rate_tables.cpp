@@ -9,14 +9,14 @@ namespace {
 
 // Columns: 20, 20 SGI, 40, 40 SGI. Row 32 is the duplicate mode.
 constexpr double kHt[33][4] = {
-    {6.5, 7.2, 13.5, 15},   {13, 14.4, 27, 30},     {19.5, 21.7, 40.5, 45},   {26, 28.9, 54, 60},
-    {39, 43.3, 81, 90},     {52, 57.8, 108, 120},   {58.5, 65, 121.5, 135},   {65, 72.2, 135, 150},
-    {13, 14.4, 27, 30},     {26, 28.9, 54, 60},     {39, 43.3, 81, 90},       {52, 57.8, 108, 120},
-    {78, 86.7, 162, 180},   {104, 115.6, 216, 240}, {117, 130, 243, 270},     {130, 144.4, 270, 300},
-    {19.5, 21.7, 40.5, 45}, {39, 43.3, 81, 90},     {58.5, 65, 121.5, 135},   {78, 86.7, 162, 180},
-    {117, 130, 243, 270},   {156, 173.3, 324, 360}, {175.5, 195, 364, 405},   {195, 216.7, 405, 450},
-    {26, 28.9, 54, 60},     {52, 57.8, 108, 120},   {78, 86.7, 162, 180},     {104, 115.6, 216, 240},
-    {156, 173.3, 324, 360}, {208, 231.1, 432, 480}, {234, 260, 486, 540},     {260, 288.9, 540, 600},
+    {6.5, 7.2, 13.5, 15},   {13, 14.4, 27, 30},     {19.5, 21.7, 40.5, 45}, {26, 28.9, 54, 60},
+    {39, 43.3, 81, 90},     {52, 57.8, 108, 120},   {58.5, 65, 121.5, 135}, {65, 72.2, 135, 150},
+    {13, 14.4, 27, 30},     {26, 28.9, 54, 60},     {39, 43.3, 81, 90},     {52, 57.8, 108, 120},
+    {78, 86.7, 162, 180},   {104, 115.6, 216, 240}, {117, 130, 243, 270},   {130, 144.4, 270, 300},
+    {19.5, 21.7, 40.5, 45}, {39, 43.3, 81, 90},     {58.5, 65, 121.5, 135}, {78, 86.7, 162, 180},
+    {117, 130, 243, 270},   {156, 173.3, 324, 360}, {175.5, 195, 364, 405}, {195, 216.7, 405, 450},
+    {26, 28.9, 54, 60},     {52, 57.8, 108, 120},   {78, 86.7, 162, 180},   {104, 115.6, 216, 240},
+    {156, 173.3, 324, 360}, {208, 231.1, 432, 480}, {234, 260, 486, 540},   {260, 288.9, 540, 600},
     {0, 0, 6, 6.7},
 };
 
@@ -50,21 +50,30 @@ constexpr double kHe[12][8] = {
 
 int WidthColumn(std::uint32_t width) {
   switch (width) {
-    case 20: return 0;
-    case 40: return 2;
-    case 80: return 4;
-    case 160: return 6;
-    default: return -1;
+    case 20:
+      return 0;
+    case 40:
+      return 2;
+    case 80:
+      return 4;
+    case 160:
+      return 6;
+    default:
+      return -1;
   }
 }
 
 // VHT MCS 9 does not exist for some widths and stream counts (IEEE Std 802.11-2020 21.5).
 bool LacksVhtMcs9(std::uint32_t width, std::uint32_t streams) {
   switch (width) {
-    case 20: return streams != 3 && streams != 6;
-    case 80: return streams == 6;
-    case 160: return streams == 3;
-    default: return false;
+    case 20:
+      return streams != 3 && streams != 6;
+    case 80:
+      return streams == 6;
+    case 160:
+      return streams == 3;
+    default:
+      return false;
   }
 }
 
@@ -81,7 +90,8 @@ double HtRateMbps(unsigned mcs, bool forty, bool shortGI20, bool shortGI40) {
   return kHt[mcs][shortGI20 ? 1 : 0];
 }
 
-McsMapReading ReadMcsMap(McsGeneration generation, std::uint16_t map, std::uint32_t width, bool shortGI) {
+McsMapReading ReadMcsMap(McsGeneration generation, std::uint16_t map, std::uint32_t width,
+                         bool shortGI) {
   const bool vht = generation == McsGeneration::kVht;
   McsMapReading reading;
   reading.maxMcs = 99;

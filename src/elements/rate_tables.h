@@ -20,6 +20,7 @@ struct McsMapReading {
 };
 
 // `width` in MHz; 0 leaves the rate out.
-McsMapReading ReadMcsMap(McsGeneration generation, std::uint16_t map, std::uint32_t width, bool shortGI);
+McsMapReading ReadMcsMap(McsGeneration generation, std::uint16_t map, std::uint32_t width,
+                         bool shortGI);
 
 }  // namespace corvane

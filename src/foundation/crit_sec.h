@@ -3,8 +3,8 @@
 
 namespace corvane {
 
-// Ranks of locks, outermost first. A thread takes ranked locks in rising order only; taking the lock
-// that it already holds is always allowed. The simulated PC fails a run that breaks the order.
+// Ranks of locks, outermost first. A thread takes ranked locks in rising order only; taking the
+// lock that it already holds is always allowed. The simulated PC fails a run that breaks the order.
 enum class LockRank : int {
   kNone = 0,  // not checked
   kGlobalConfig = 10,
@@ -13,10 +13,10 @@ enum class LockRank : int {
   kInterface = 40,
   kNetwork = 42,
   kBssEntry = 44,
-  kMaps = 50,       // wireless maps, gateway memo, AP set memos
+  kMaps = 50,         // wireless maps, gateway memo, AP set memos
   kNotifyQueue = 55,  // held during a delivery, under which providers take their own locks
-  kObject = 60,     // the lock of any other counted object
-  kLeaf = 90,       // held for a few instructions, calls nothing
+  kObject = 60,       // the lock of any other counted object
+  kLeaf = 90,         // held for a few instructions, calls nothing
   kLogger = 100,
 };
 

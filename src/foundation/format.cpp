@@ -35,7 +35,8 @@ void AppendAscii(const char* begin, const char* end, std::basic_string<Ch>* out)
   }
 }
 
-// Text of either width: a byte becomes the wide character of its value, a wide character its low byte.
+// Text of either width: a byte becomes the wide character of its value, a wide character its low
+// byte.
 template <typename Ch, typename From>
 void AppendConverted(std::basic_string_view<From> text, std::basic_string<Ch>* out) {
   if constexpr (std::is_same_v<Ch, From>) {
@@ -43,9 +44,9 @@ void AppendConverted(std::basic_string_view<From> text, std::basic_string<Ch>* o
   } else {
     const std::size_t at = out->size();
     out->resize(at + text.size());
-    std::transform(text.begin(), text.end(), out->begin() + static_cast<std::ptrdiff_t>(at), [](From c) {
-      return static_cast<Ch>(static_cast<std::make_unsigned_t<From>>(c));
-    });
+    std::transform(
+        text.begin(), text.end(), out->begin() + static_cast<std::ptrdiff_t>(at),
+        [](From c) { return static_cast<Ch>(static_cast<std::make_unsigned_t<From>>(c)); });
   }
 }
 
@@ -55,7 +56,8 @@ std::size_t Missing(int wanted, std::size_t have) {
 }
 
 template <typename Ch, typename From>
-void AppendText(const Conversion& how, std::basic_string_view<From> text, std::basic_string<Ch>* out) {
+void AppendText(const Conversion& how, std::basic_string_view<From> text,
+                std::basic_string<Ch>* out) {
   if (how.precision >= 0) text = text.substr(0, static_cast<std::size_t>(how.precision));
   const std::size_t padding = Missing(how.width, text.size());
   if (!how.left) out->append(padding, how.zero ? Ch{'0'} : Ch{' '});
@@ -145,8 +147,8 @@ void AppendSigned(const Conversion& how, std::int64_t value, std::basic_string<C
   AppendInteger(how, value < 0 ? 0 - bits : bits, value < 0, 10, true, out);
 }
 
-// A whole number under the type of the format. Its own width counts: a 32-bit -1 reads 4294967295 under
-// %u and ffffffff under %x, a 32-bit 4294967295 reads -1 under %i.
+// A whole number under the type of the format. Its own width counts: a 32-bit -1 reads 4294967295
+// under %u and ffffffff under %x, a 32-bit 4294967295 reads -1 under %i.
 template <typename Ch>
 void AppendWhole(Conversion how, const FormatArg& arg, std::basic_string<Ch>* out) {
   const bool isSigned = arg.GetKind() == FormatArg::Kind::kSigned;
@@ -260,9 +262,25 @@ class Formatter {
 
   static bool IsType(Ch c) {
     switch (c) {
-      case 'd': case 'i': case 'u': case 'o': case 'x': case 'X': case 'p':
-      case 'c': case 'C': case 's': case 'S':
-      case 'f': case 'F': case 'e': case 'E': case 'g': case 'G': case 'a': case 'A':
+      case 'd':
+      case 'i':
+      case 'u':
+      case 'o':
+      case 'x':
+      case 'X':
+      case 'p':
+      case 'c':
+      case 'C':
+      case 's':
+      case 'S':
+      case 'f':
+      case 'F':
+      case 'e':
+      case 'E':
+      case 'g':
+      case 'G':
+      case 'a':
+      case 'A':
         return true;
       default:
         return false;
@@ -272,12 +290,23 @@ class Formatter {
   void ReadFlags(Conversion* how) {
     for (;; ++m_At) {
       switch (Peek()) {
-        case '-': how->left = true; break;
-        case '+': how->plus = true; break;
-        case ' ': how->space = true; break;
-        case '#': how->alternate = true; break;
-        case '0': how->zero = true; break;
-        default: return;
+        case '-':
+          how->left = true;
+          break;
+        case '+':
+          how->plus = true;
+          break;
+        case ' ':
+          how->space = true;
+          break;
+        case '#':
+          how->alternate = true;
+          break;
+        case '0':
+          how->zero = true;
+          break;
+        default:
+          return;
       }
     }
   }
@@ -322,7 +351,13 @@ class Formatter {
           if (digits == View(d64, 2) || digits == View(d32, 2)) m_At += 2;
           break;
         }
-        case 'h': case 'l': case 'L': case 'w': case 'z': case 'j': case 't':
+        case 'h':
+        case 'l':
+        case 'L':
+        case 'w':
+        case 'z':
+        case 'j':
+        case 't':
           ++m_At;
           break;
         default:

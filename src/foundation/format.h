@@ -1,9 +1,10 @@
 #pragma once
 // printf-style formatting with the meaning of the Microsoft wide family: in a wide format %s takes
-// wide text and %S or %hs narrow text, %I64u and %llu 64-bit numbers, %lu 32-bit ones, and %p prints
-// 16 digits in upper case. Each value comes with its own type and width, so the size in the format
-// counts for nothing: a mismatch prints the value by its type instead of crashing, a missing value
-// prints "(missing)", and no value is truncated. What is no conversion stands in the result as it is.
+// wide text and %S or %hs narrow text, %I64u and %llu 64-bit numbers, %lu 32-bit ones, and %p
+// prints 16 digits in upper case. Each value comes with its own type and width, so the size in the
+// format counts for nothing: a mismatch prints the value by its type instead of crashing, a missing
+// value prints "(missing)", and no value is truncated. What is no conversion stands in the result
+// as it is.
 
 #include <atomic>
 #include <cstddef>
@@ -18,11 +19,19 @@ namespace corvane {
 
 class FormatArg {
  public:
-  enum class Kind : std::uint8_t { kSigned, kUnsigned, kDouble, kLongDouble, kPointer, kNarrow, kWide };
+  enum class Kind : std::uint8_t {
+    kSigned,
+    kUnsigned,
+    kDouble,
+    kLongDouble,
+    kPointer,
+    kNarrow,
+    kWide
+  };
 
   template <typename T>
-    requires(std::is_integral_v<T> || std::is_enum_v<T>)
-  FormatArg(T value)  // NOLINT: converts on purpose
+  requires(std::is_integral_v<T> || std::is_enum_v<T>)
+      FormatArg(T value)  // NOLINT: converts on purpose
       : m_Bits(sizeof(T) * 8) {
     if constexpr (std::is_enum_v<T>) {
       *this = FormatArg(static_cast<std::underlying_type_t<T>>(value));
@@ -36,11 +45,10 @@ class FormatArg {
   }
   FormatArg(double value) : m_Kind(Kind::kDouble) { m_Value.d = value; }
   FormatArg(long double value) : m_Kind(Kind::kLongDouble) { m_Value.ld = value; }
-  // Text: a null pointer reads "(null)", an array ends at its first NUL or its last element. Any other
-  // pointer prints as an address.
+  // Text: a null pointer reads "(null)", an array ends at its first NUL or its last element. Any
+  // other pointer prints as an address.
   template <typename T>
-    requires std::is_pointer_v<T>
-  FormatArg(const T& pointer) {  // NOLINT
+  requires std::is_pointer_v<T> FormatArg(const T& pointer) {  // NOLINT
     if constexpr (std::is_convertible_v<T, const char*>) {
       *this = FormatArg(std::string_view(pointer ? pointer : "(null)"));
     } else if constexpr (std::is_convertible_v<T, const char16_t*>) {
@@ -54,7 +62,9 @@ class FormatArg {
   template <std::size_t N>
   FormatArg(const char16_t (&text)[N]) : FormatArg(UpToNul(WStringView(text, N))) {}  // NOLINT
   FormatArg(const std::string& text) : FormatArg(std::string_view(text)) {}
-  FormatArg(std::string_view text) : m_Kind(Kind::kNarrow) { m_Value.text = {text.data(), text.size()}; }
+  FormatArg(std::string_view text) : m_Kind(Kind::kNarrow) {
+    m_Value.text = {text.data(), text.size()};
+  }
   FormatArg(const WString& text) : FormatArg(WStringView(text)) {}
   FormatArg(WStringView text) : m_Kind(Kind::kWide) { m_Value.text = {text.data(), text.size()}; }
   FormatArg(const void* pointer) : m_Kind(Kind::kPointer) { m_Value.p = pointer; }

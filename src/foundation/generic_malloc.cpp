@@ -23,7 +23,8 @@ void CGenericMalloc::Initialize(std::uint32_t size) {
 
 void CGenericMalloc::Initialize(const void* data, std::uint32_t size, std::uint32_t minimum) {
   if (!data) throw Exception("CGenericMalloc::Initialize() - pData is NULL");
-  if (size < minimum) throw Exception("CGenericMalloc::Initialize() - dwDataSize %u too small", size);
+  if (size < minimum)
+    throw Exception("CGenericMalloc::Initialize() - dwDataSize %u too small", size);
   Initialize(size);
   std::memcpy(m_pData, data, size);
 }

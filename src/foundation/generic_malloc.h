@@ -13,7 +13,7 @@ class CGenericMalloc : public SmartObjEx<CGenericMalloc, SmartObj<>> {
   const char* GetClassName() const override { return "CGenericMalloc"; }
 
   // Frees the old block. All forms throw Exception.
-  void Initialize(std::uint32_t size);  // zero-filled
+  void Initialize(std::uint32_t size);                                           // zero-filled
   void Initialize(const void* data, std::uint32_t size, std::uint32_t minimum);  // a copy
 
   const std::uint8_t* GetData() const { return m_pData; }

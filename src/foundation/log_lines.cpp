@@ -64,7 +64,8 @@ void LineInfo(const WString& text) { LogInfo(AsLine(text)); }
 
 void LineError(const WString& text) { LogError(AsLine(text)); }
 
-void WritePieces(std::uint32_t outputs, const char* tag, const FormatArg* pieces, std::size_t count) {
+void WritePieces(std::uint32_t outputs, const char* tag, const FormatArg* pieces,
+                 std::size_t count) {
   std::string text;
   for (std::size_t i = 0; i < count; ++i) text += FormatV(std::string_view("%s"), pieces + i, 1);
   Write(outputs, tag, std::string_view(text));

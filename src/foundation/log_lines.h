@@ -31,8 +31,8 @@ enum LogOutput : std::uint32_t { kLogFile = 1, kLogConsole = 2, kLogMemory = 4 }
 
 constexpr std::uint64_t DBG(unsigned bit) { return std::uint64_t{1} << bit; }
 
-// Takes the records. `tag` is "<I>", "<W>" or "<E>"; wide text loses its high bytes. Called by every
-// thread; may throw std::runtime_error.
+// Takes the records. `tag` is "<I>", "<W>" or "<E>"; wide text loses its high bytes. Called by
+// every thread; may throw std::runtime_error.
 class ILogSink {
  public:
   virtual void Write(std::uint32_t outputs, const char* tag, WStringView text) = 0;
@@ -54,9 +54,9 @@ inline bool IsOpen(std::uint64_t mask) {
 }
 // `adapter` is the adapter index; the gate looks at the bit of its value modulo 32.
 inline bool IsOpen(int adapter, std::uint64_t mask) {
-  return IsOpen(mask) && ((g_DebugIFMask.load(std::memory_order_relaxed) >>
-                           (static_cast<unsigned>(adapter) % 32)) &
-                          1) != 0;
+  return IsOpen(mask) &&
+         ((g_DebugIFMask.load(std::memory_order_relaxed) >> (static_cast<unsigned>(adapter) % 32)) &
+          1) != 0;
 }
 
 // A formatted line: cut at 2047 characters, less one line feed at its end, to file and console.
@@ -64,7 +64,8 @@ inline bool IsOpen(int adapter, std::uint64_t mask) {
 void LineInfo(const WString& text);
 void LineError(const WString& text);
 
-void WritePieces(std::uint32_t outputs, const char* tag, const FormatArg* pieces, std::size_t count);
+void WritePieces(std::uint32_t outputs, const char* tag, const FormatArg* pieces,
+                 std::size_t count);
 
 }  // namespace log
 
@@ -85,15 +86,14 @@ void LogRecord(std::uint32_t outputs, const char* tag, const Pieces&... pieces) 
 // The memory log, oldest record first; empty without a sink.
 std::string GetMemoryLog();
 
-#define LOG_DEBUG(mask, ...)                                      \
-  do {                                                            \
-    if (::corvane::log::IsOpen(mask))                             \
-      ::corvane::log::LineInfo(::corvane::Format(__VA_ARGS__));   \
+#define LOG_DEBUG(mask, ...)                                                                    \
+  do {                                                                                          \
+    if (::corvane::log::IsOpen(mask)) ::corvane::log::LineInfo(::corvane::Format(__VA_ARGS__)); \
   } while (0)
-#define LOG_ADAPTER(adapter, mask, ...)                           \
-  do {                                                            \
-    if (::corvane::log::IsOpen((adapter), (mask)))                \
-      ::corvane::log::LineInfo(::corvane::Format(__VA_ARGS__));   \
+#define LOG_ADAPTER(adapter, mask, ...)                         \
+  do {                                                          \
+    if (::corvane::log::IsOpen((adapter), (mask)))              \
+      ::corvane::log::LineInfo(::corvane::Format(__VA_ARGS__)); \
   } while (0)
 #define LOG_INFO(...) ::corvane::log::LineInfo(::corvane::Format(__VA_ARGS__))
 #define LOG_ERROR(...) ::corvane::log::LineError(::corvane::Format(__VA_ARGS__))

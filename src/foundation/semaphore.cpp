@@ -17,14 +17,16 @@ void CSemaphore::IncReleaseCount() {
             _semaphore, m_DebugName);
   if (!_semaphore) {
     LOG_ERROR(
-        u"CSemaphore::IncReleaseCount:[this=0x%p][_semaphore=NULL][name=%S] ERROR! _semaphore is NULL",
+        u"CSemaphore::IncReleaseCount:[this=0x%p][_semaphore=NULL][name=%S] ERROR! _semaphore is "
+        u"NULL",
         this, m_DebugName);
     throw Exception("IncReleaseCount() ERROR: _semaphore is NULL");
   }
   if (Os().threads.ReleaseSemaphore(_semaphore, 1, nullptr)) return;
   const platform::DWORD code = Os().threads.GetLastError();
   LOG_ERROR(
-      u"CSemaphore::IncReleaseCount:[this=0x%p][_semaphore=0x%p][name=%S] ERROR! ReleaseSemaphore() "
+      u"CSemaphore::IncReleaseCount:[this=0x%p][_semaphore=0x%p][name=%S] ERROR! "
+      u"ReleaseSemaphore() "
       u"failed: %i%S",
       this, _semaphore, m_DebugName, code,
       code == platform::ERROR_TOO_MANY_POSTS ? " [ERROR_TOO_MANY_POSTS]" : "");
@@ -32,8 +34,8 @@ void CSemaphore::IncReleaseCount() {
 }
 
 bool CSemaphore::WaitOnSemaphore(std::uint32_t milliseconds) {
-  LOG_DEBUG(DBG(23), u"CSemaphore::WaitOnSemaphore:[this=0x%p][_semaphore=0x%p][name=%S] %u ms", this,
-            _semaphore, m_DebugName, milliseconds);
+  LOG_DEBUG(DBG(23), u"CSemaphore::WaitOnSemaphore:[this=0x%p][_semaphore=0x%p][name=%S] %u ms",
+            this, _semaphore, m_DebugName, milliseconds);
   if (!_semaphore) throw Exception("WaitOnSemaphore() ERROR: _semaphore is NULL");
   switch (Os().threads.WaitForSingleObject(_semaphore, milliseconds)) {
     case platform::WAIT_OBJECT_0:

@@ -15,7 +15,7 @@ class CSemaphore : public SmartObjEx<CSemaphore, SmartObj<>> {
 
   void IncReleaseCount();  // throws Exception, also when a wake-up already waits
   bool WaitOnSemaphore(std::uint32_t milliseconds);  // false on time-out; throws Exception
-  void SetDebugName(std::string name);  // before other threads use the object
+  void SetDebugName(std::string name);               // before other threads use the object
 
  private:
   platform::HANDLE _semaphore = nullptr;

@@ -10,8 +10,8 @@ namespace corvane::singletons {
 namespace {
 
 // The id of the thread that makes a singleton; 0 for none.
-// Constructors may call the platform, where another thread may come in, so a waiting thread waits by
-// the platform too.
+// Constructors may call the platform, where another thread may come in, so a waiting thread waits
+// by the platform too.
 std::atomic<platform::DWORD> s_Maker{0};
 int s_Depth = 0;  // of the making thread
 

@@ -1,6 +1,6 @@
 #pragma once
-// Counted objects with an object lock. A long-lived class derives from SmartObjEx<C, SmartObj<>> and
-// overrides GetClassName; holders are CSmartPointer. No cycle of holders may exist.
+// Counted objects with an object lock. A long-lived class derives from SmartObjEx<C, SmartObj<>>
+// and overrides GetClassName; holders are CSmartPointer. No cycle of holders may exist.
 //
 // The count is atomic and needs no lock, so a holder may be dropped under any other lock.
 
@@ -16,8 +16,8 @@ namespace corvane {
 
 class ISmartObj {
  public:
-  virtual std::uint32_t AddRef() = 0;      // returns the new count
-  virtual std::uint32_t Release() = 0;     // returns the new count; deletes the object at 0
+  virtual std::uint32_t AddRef() = 0;   // returns the new count
+  virtual std::uint32_t Release() = 0;  // returns the new count; deletes the object at 0
   virtual std::uint32_t GetRefCount() = 0;
   virtual void Lock() = 0;    // enter the object's lock
   virtual void Unlock() = 0;  // leave it
@@ -42,7 +42,8 @@ std::size_t Size();
 void ForEach(void (*visit)(const Entry& entry, void* context), void* context);
 }  // namespace live_objects
 
-// Out-of-memory report of CreateObject: writes the time and the text to the error stream and throws.
+// Out-of-memory report of CreateObject: writes the time and the text to the error stream and
+// throws.
 [[noreturn]] void ThrowOutOfMemory(const char* printed, const char* thrown);
 
 template <class LockT = CCritSec>
@@ -93,10 +94,11 @@ template <class T>
 class CSmartPointer {
  public:
   CSmartPointer() = default;
-  CSmartPointer(std::nullptr_t) {}                         // NOLINT
+  CSmartPointer(std::nullptr_t) {}                          // NOLINT
   CSmartPointer(T* object) : m_pObject(object) { Hold(); }  // NOLINT: converts on purpose
   CSmartPointer(const CSmartPointer& other) : m_pObject(other.m_pObject) { Hold(); }
-  CSmartPointer(CSmartPointer&& other) noexcept : m_pObject(std::exchange(other.m_pObject, nullptr)) {}
+  CSmartPointer(CSmartPointer&& other) noexcept
+      : m_pObject(std::exchange(other.m_pObject, nullptr)) {}
   virtual ~CSmartPointer() { Drop(); }
 
   CSmartPointer& operator=(const CSmartPointer& other) {

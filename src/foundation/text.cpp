@@ -8,8 +8,8 @@ namespace {
 constexpr char32_t kReplacement = 0xFFFD;
 
 // One code point at the head of `bytes`, which is not empty. `used` gets its length; a byte that
-// begins no well-formed sequence (RFC 3629: no overlong form, no surrogate, nothing over U+10FFFF) is
-// used up alone.
+// begins no well-formed sequence (RFC 3629: no overlong form, no surrogate, nothing over U+10FFFF)
+// is used up alone.
 char32_t DecodeUtf8(std::string_view bytes, std::size_t* used) {
   const auto at = [bytes](std::size_t i) { return static_cast<std::uint8_t>(bytes[i]); };
   *used = 1;
@@ -80,7 +80,8 @@ Ch LowerAscii(Ch c) {
 
 std::string Narrow(WStringView text) {
   std::string out(text.size(), '\0');
-  std::transform(text.begin(), text.end(), out.begin(), [](char16_t c) { return static_cast<char>(c); });
+  std::transform(text.begin(), text.end(), out.begin(),
+                 [](char16_t c) { return static_cast<char>(c); });
   return out;
 }
 

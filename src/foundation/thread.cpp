@@ -5,9 +5,9 @@
 #include <utility>
 
 #include "foundation/exception.h"
+#include "foundation/log_lines.h"
 #include "foundation/smart_obj.h"
 #include "foundation/spin_lock.h"
-#include "foundation/log_lines.h"
 #include "platform/platform.h"
 #include "platform/thread_api.h"
 
@@ -23,7 +23,7 @@ struct CThreadBase::Frame {
   }
 
   CSpinLock m_Lock;
-  CThreadBase* m_pOwner;                // under m_Lock; null once the thread was given up
+  CThreadBase* m_pOwner;                 // under m_Lock; null once the thread was given up
   CSmartPointer<ISmartObj> m_KeptOwner;  // an owner that must outlive a thread given up
   std::atomic<int> m_Shares{2};
 };

@@ -26,8 +26,8 @@ void CWinEvent::SetEvent() { Signal(_event, "SetEvent", "_event"); }
 void CWinEvent::SetExitEvent() { Signal(_eventExit, "SetExitEvent", "_eventExit"); }
 
 void CWinEvent::Signal(platform::HANDLE handle, const char* operation, const char* member) {
-  LOG_DEBUG(DBG(12), u"CWinEvent::%S:[this=0x%p][%S=0x%p][name=%S]", operation, this, member, handle,
-            m_DebugName);
+  LOG_DEBUG(DBG(12), u"CWinEvent::%S:[this=0x%p][%S=0x%p][name=%S]", operation, this, member,
+            handle, m_DebugName);
   if (!handle) {
     LOG_ERROR(u"CWinEvent::%S() ERROR: %S is NULL", operation, member);
     throw Exception(FormatA("%s() ERROR: %s is NULL", operation, member));
@@ -42,8 +42,8 @@ void CWinEvent::Signal(platform::HANDLE handle, const char* operation, const cha
 bool CWinEvent::WaitOnEvent(std::uint32_t milliseconds, bool* timedOut) {
   auto& threads = Os().threads;
   if (timedOut) *timedOut = false;
-  LOG_DEBUG(DBG(12), u"CWinEvent::WaitOnEvent:[this=0x%p][_event=0x%p][name=%S] %u ms", this, _event,
-            m_DebugName, milliseconds);
+  LOG_DEBUG(DBG(12), u"CWinEvent::WaitOnEvent:[this=0x%p][_event=0x%p][name=%S] %u ms", this,
+            _event, m_DebugName, milliseconds);
 
   // The first signalled handle in order decides, so the event comes before the exit signal.
   const platform::HANDLE handles[] = {_event, _eventExit};

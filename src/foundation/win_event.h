@@ -15,9 +15,9 @@ class CWinEvent : public SmartObjEx<CWinEvent, SmartObj<>> {
 
   void SetEvent();      // throws Exception on failure
   void SetExitEvent();  // throws Exception on failure
-  // True when the event fired, which resets it. False with *timedOut true at the time-out; false with
-  // *timedOut false when the exit signal came, which resets that. Both set: the event wins. Throws
-  // Exception when the wait itself fails.
+  // True when the event fired, which resets it. False with *timedOut true at the time-out; false
+  // with *timedOut false when the exit signal came, which resets that. Both set: the event wins.
+  // Throws Exception when the wait itself fails.
   bool WaitOnEvent(std::uint32_t milliseconds, bool* timedOut = nullptr);
   void SetDebugName(std::string name);  // before other threads use the object
 

@@ -1,8 +1,8 @@
 #include "history/global_ap_gateway_map_memo.h"
 
+#include "foundation/log_lines.h"
 #include "store/csv_helper.h"
 #include "store/registry.h"
-#include "foundation/log_lines.h"
 
 namespace corvane {
 
@@ -12,7 +12,8 @@ constexpr char16_t kValueName[] = u"GatewayMacs";
 constexpr char16_t kRecordSeparator = u'\t';
 constexpr char16_t kFieldSeparator = u'\v';
 constexpr char16_t kMacSeparator = u',';
-constexpr char16_t kDashes[] = u"--------------------------------------------------------------------";
+constexpr char16_t kDashes[] =
+    u"--------------------------------------------------------------------";
 static_assert(std::size(kDashes) == 68 + 1);
 
 // Drops rows from the front until the text is no longer than the registry gives it back.
@@ -71,7 +72,8 @@ void CGlobalAPGatewayMapMemo::Load() {
   if (m_bLoaded) return;
   m_bLoaded = true;
   WString text;
-  if (CRegistry(kHomeKeyPath).GetRegistryStringValue(kValueName, &text)) ParseGatewayMap(text, &m_Records);
+  if (CRegistry(kHomeKeyPath).GetRegistryStringValue(kValueName, &text))
+    ParseGatewayMap(text, &m_Records);
 }
 
 void CGlobalAPGatewayMapMemo::Clear() {
@@ -80,7 +82,8 @@ void CGlobalAPGatewayMapMemo::Clear() {
   m_bLoaded = false;
 }
 
-void CGlobalAPGatewayMapMemo::Update(WStringView bssidText, const MacList& ip4, const MacList& ip6) {
+void CGlobalAPGatewayMapMemo::Update(WStringView bssidText, const MacList& ip4,
+                                     const MacList& ip6) {
   const CCritSecLock lock(m_Lock);
   const auto known = m_Records.find(bssidText);
   if (known != m_Records.end() && known->second.ip4 == ip4 && known->second.ip6 == ip6) return;

@@ -1,9 +1,9 @@
 #pragma once
 #include <map>
 
-#include "store/address_text.h"
 #include "foundation/crit_sec.h"
 #include "foundation/singleton.h"
+#include "store/address_text.h"
 
 namespace corvane {
 
@@ -15,8 +15,8 @@ struct GatewayMacs {
   friend bool operator==(const GatewayMacs&, const GatewayMacs&) = default;
 };
 
-// Remembers the gateways last seen behind each BSSID, past the end of the process: the registry value
-// GatewayMacs. For any thread; taken inside the interface lock.
+// Remembers the gateways last seen behind each BSSID, past the end of the process: the registry
+// value GatewayMacs. For any thread; taken inside the interface lock.
 class CGlobalAPGatewayMapMemo {
  public:
   using Map = std::map<WString, GatewayMacs, std::less<>>;
@@ -42,9 +42,9 @@ class CGlobalAPGatewayMapMemo {
   Map m_Records;
 };
 
-// The text of the registry value: records separated by TAB, their fields (BSSID, IPv4, IPv6) by VT, MACs
-// by comma, at most 400 of each and no more than the registry gives back: the first records in key order
-// fall out. An empty list leaves no field behind.
+// The text of the registry value: records separated by TAB, their fields (BSSID, IPv4, IPv6) by VT,
+// MACs by comma, at most 400 of each and no more than the registry gives back: the first records in
+// key order fall out. An empty list leaves no field behind.
 WString GatewayMapText(const CGlobalAPGatewayMapMemo::Map& records);
 // Reads such a text; what can't be read is passed over.
 void ParseGatewayMap(WStringView text, CGlobalAPGatewayMapMemo::Map* records);

@@ -23,7 +23,8 @@ void CGlobalDCInfoMemo::Load() {
   if (m_bLoaded) return;
   m_bLoaded = true;
   WString text;
-  if (CRegistry(kHomeKeyPath).GetRegistryStringValue(u"DCInfo", &text)) ParseDCInfo(text, &m_Records);
+  if (CRegistry(kHomeKeyPath).GetRegistryStringValue(u"DCInfo", &text))
+    ParseDCInfo(text, &m_Records);
 }
 
 void CGlobalDCInfoMemo::Clear() {

@@ -16,9 +16,15 @@ bool CHistoryFile::Open(const WString& path, DWORD access, DWORD disposition) {
   return IsOpen();
 }
 
-bool CHistoryFile::OpenToRead(const WString& path) { return Open(path, GENERIC_READ, OPEN_EXISTING); }
-bool CHistoryFile::OpenToAppend(const WString& path) { return Open(path, FILE_APPEND_DATA, OPEN_ALWAYS); }
-bool CHistoryFile::OpenToReplace(const WString& path) { return Open(path, GENERIC_WRITE, CREATE_ALWAYS); }
+bool CHistoryFile::OpenToRead(const WString& path) {
+  return Open(path, GENERIC_READ, OPEN_EXISTING);
+}
+bool CHistoryFile::OpenToAppend(const WString& path) {
+  return Open(path, FILE_APPEND_DATA, OPEN_ALWAYS);
+}
+bool CHistoryFile::OpenToReplace(const WString& path) {
+  return Open(path, GENERIC_WRITE, CREATE_ALWAYS);
+}
 
 bool CHistoryFile::GetSize(std::uint64_t* size) const {
   return IsOpen() && Os().files.GetFileSizeEx(m_hFile, size);
@@ -45,7 +51,9 @@ bool CHistoryFile::Write(std::string_view bytes) {
 
 bool CHistoryFile::Flush() { return IsOpen() && Os().files.FlushFileBuffers(m_hFile); }
 
-bool CHistoryFile::Close() { return !m_hFile || Os().files.CloseFile(std::exchange(m_hFile, nullptr)); }
+bool CHistoryFile::Close() {
+  return !m_hFile || Os().files.CloseFile(std::exchange(m_hFile, nullptr));
+}
 
 std::string CutHistory(std::string_view file, std::size_t headerSize, std::size_t limit) {
   const std::size_t room = limit - std::min(limit, headerSize);

@@ -5,9 +5,9 @@
 #include "foundation/exception.h"
 #include "foundation/guarded.h"
 #include "foundation/log_lines.h"
+#include "history/history_file.h"
 #include "platform/file_api.h"
 #include "platform/platform.h"
-#include "history/history_file.h"
 
 namespace corvane {
 
@@ -16,20 +16,23 @@ using namespace platform;
 namespace {
 
 constexpr std::string_view kHeader =
-    "TIME,MAC,REASON,SSID,BSSID,SCORE,RSSI,BAND,CHANNEL,CHANNELWIDTH,CLASS,QLOAD,STATIONCOUNT,MUMIMO,LINKTX,LINKRX,"
+    "TIME,MAC,REASON,SSID,BSSID,SCORE,RSSI,BAND,CHANNEL,CHANNELWIDTH,CLASS,QLOAD,STATIONCOUNT,"
+    "MUMIMO,LINKTX,LINKRX,"
     "MAXDATARATE";
 static_assert(kHeader.size() == 121);
 constexpr std::size_t kMegabyte = 1'000'000;
 
 constexpr char16_t kFileName[] = u"NetworkConnections.csv";
 constexpr char16_t kTempName[] = u"NetworkConnections_temp.csv";
-constexpr const char16_t* kDirectoryParts[] = {u"Palisade", u"PalisadeOptimizer", u"network_telemetry"};
+constexpr const char16_t* kDirectoryParts[] = {u"Palisade", u"PalisadeOptimizer",
+                                               u"network_telemetry"};
 
 // One line of the file, one byte for each character.
 std::string LineOf(const WString& row) {
   std::string line;
   line.reserve(row.size() + 1);
-  for (const char16_t unit : row) line += unit < 0x20 || unit > 0xFF ? '?' : static_cast<char>(unit);
+  for (const char16_t unit : row)
+    line += unit < 0x20 || unit > 0xFF ? '?' : static_cast<char>(unit);
   return line + '\n';
 }
 
@@ -91,16 +94,18 @@ void CNetworkCSV::WriteRow(const WString& row) {
   const std::string text = (known ? std::string() : WhatComesFirst()) + LineOf(row);
   CHistoryFile stream;
   if (!OpenTelemetryWriteStream(&stream)) return;
-  const std::uint64_t before = std::exchange(m_BytesWritten, 0);  // a failure lets the next row look at the file
+  const std::uint64_t before =
+      std::exchange(m_BytesWritten, 0);  // a failure lets the next row look at the file
   if (stream.Write(text) && stream.Close()) m_BytesWritten = before + text.size();
 }
 
-// What an unknown file needs in front of the next row: the header when it is empty, missing or can't be
-// measured, an end for a row that was cut off in the writing.
+// What an unknown file needs in front of the next row: the header when it is empty, missing or
+// can't be measured, an end for a row that was cut off in the writing.
 std::string CNetworkCSV::WhatComesFirst() const {
   CHistoryFile file;
   std::uint64_t size = 0;
-  if (!file.OpenToRead(m_FilePath) || !file.GetSize(&size) || size == 0) return std::string(kHeader) + '\n';
+  if (!file.OpenToRead(m_FilePath) || !file.GetSize(&size) || size == 0)
+    return std::string(kHeader) + '\n';
   std::string bytes;
   const bool cutOff = file.ReadAll(&bytes) && !bytes.empty() && bytes.back() != '\n';
   return cutOff ? "\n" : "";
@@ -136,10 +141,13 @@ void CNetworkCSV::CutFile(std::size_t limit) {
   const std::string rows = CutHistory(bytes, kHeader.size(), limit);
 
   CHistoryFile temp;
-  const bool complete = temp.OpenToReplace(m_TempPath) && temp.Write(std::string(kHeader) + '\n' + rows) &&
-                        temp.Flush() && temp.Close();
-  if (!complete || !Os().files.MoveFileExW(m_TempPath.c_str(), m_FilePath.c_str(), MOVEFILE_REPLACE_EXISTING)) {
-    LOG_ERROR(u"CNetworkCSV::TrimFile: the history could not be cut and stays as it is: %s", m_FilePath);
+  const bool complete = temp.OpenToReplace(m_TempPath) &&
+                        temp.Write(std::string(kHeader) + '\n' + rows) && temp.Flush() &&
+                        temp.Close();
+  if (!complete ||
+      !Os().files.MoveFileExW(m_TempPath.c_str(), m_FilePath.c_str(), MOVEFILE_REPLACE_EXISTING)) {
+    LOG_ERROR(u"CNetworkCSV::TrimFile: the history could not be cut and stays as it is: %s",
+              m_FilePath);
     return;
   }
   m_BytesWritten = rows.size();

@@ -16,12 +16,12 @@ class CNetworkCSV {
  public:
   static CNetworkCSV& GetInstance() { return Singleton<CNetworkCSV>::GetInstance(); }
 
-  // Appends the row, then cuts the file back to `sizeMB` million bytes. 0 or less deletes the file and
-  // ignores the row. A character that one byte can't hold, and a control character, is stored as '?'.
-  // Any thread. A failure costs this row alone.
+  // Appends the row, then cuts the file back to `sizeMB` million bytes. 0 or less deletes the file
+  // and ignores the row. A character that one byte can't hold, and a control character, is stored
+  // as '?'. Any thread. A failure costs this row alone.
   void WriteLineTelemetry(std::int32_t sizeMB, WString row);
-  // Cuts rows off the file's start until header and rows fit. The file stays as it was unless the cut
-  // file is complete on the medium.
+  // Cuts rows off the file's start until header and rows fit. The file stays as it was unless the
+  // cut file is complete on the medium.
   void TrimFile(std::int32_t sizeMB);
 
  private:

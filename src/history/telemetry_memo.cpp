@@ -2,11 +2,11 @@
 
 #include <limits>
 
-#include "store/csv_helper.h"
-#include "store/registry.h"
 #include "foundation/format.h"
 #include "foundation/log_lines.h"
 #include "platform/clock_api.h"
+#include "store/csv_helper.h"
+#include "store/registry.h"
 
 namespace corvane {
 
@@ -17,8 +17,8 @@ constexpr std::size_t kItems = 3;  // first seen, ap, net
 
 WString TimeStamp() {
   const platform::SYSTEMTIME now = platform::SystemTimeNow();
-  return Format(u"%02d-%02d-%02dT%02d:%02d:%02d.%dZ", now.wYear, now.wMonth, now.wDay, now.wHour, now.wMinute,
-                now.wSecond, now.wMilliseconds);
+  return Format(u"%02d-%02d-%02dT%02d:%02d:%02d.%dZ", now.wYear, now.wMonth, now.wDay, now.wHour,
+                now.wMinute, now.wSecond, now.wMilliseconds);
 }
 
 // The decimal number at the start of the text, 0 without one; held at the type's greatest value.
@@ -51,29 +51,32 @@ void CTelemetryMemo::LoadFromRegistry() {
   const auto items = CSVHelper::CreateObject();
   items->AddStringAll(text);
   if (items->GetCount() < kItems) {
-    LOG_ERROR(u"CTelemetryMemo::LoadFromRegistry: ERROR GOT ONLY %i items from CSV string: %s", items->GetCount(),
-              text);
+    LOG_ERROR(u"CTelemetryMemo::LoadFromRegistry: ERROR GOT ONLY %i items from CSV string: %s",
+              items->GetCount(), text);
     return;
   }
   m_FirstSeen = *items->GetItem(0);
   m_Ap = ToNumber(*items->GetItem(1));
   m_Net = ToNumber(*items->GetItem(2));
-  LOG_INFO(u"CTelemetryMemo::LoadFromRegistry:Read ValueName %s --> %s [V %u, P %u]", kValueName, text, m_Ap, m_Net);
+  LOG_INFO(u"CTelemetryMemo::LoadFromRegistry:Read ValueName %s --> %s [V %u, P %u]", kValueName,
+           text, m_Ap, m_Net);
 }
 
 bool CTelemetryMemo::SaveToRegistry() {
   const CCritSecLock lock(m_Lock);
-  // A memo that could not be read begins now; a text without its time would not be read back either.
+  // A memo that could not be read begins now; a text without its time would not be read back
+  // either.
   if (m_FirstSeen.empty()) m_FirstSeen = TimeStamp();
   const auto items = CSVHelper::CreateObject();
   items->AddString(m_FirstSeen, true);
   items->AddString(Format(u"%u", m_Ap), true);
   items->AddString(Format(u"%u", m_Net), true);
   const WString text = items->GetString();
-  const bool saved = CRegistry::CreateObject(kHomeKeyPath)->SetRegistryStringValue(kValueName, text);
+  const bool saved =
+      CRegistry::CreateObject(kHomeKeyPath)->SetRegistryStringValue(kValueName, text);
   if (saved) m_SavedText = text;
-  LOG_INFO(u"CTelemetryMemo::SaveToRegistry:Saved under ValueName %s --> %s [ap %u, net %u]%s", kValueName, text,
-           m_Ap, m_Net, saved ? u"" : u" ___FAILED___");
+  LOG_INFO(u"CTelemetryMemo::SaveToRegistry:Saved under ValueName %s --> %s [ap %u, net %u]%s",
+           kValueName, text, m_Ap, m_Net, saved ? u"" : u" ___FAILED___");
   return saved;
 }
 

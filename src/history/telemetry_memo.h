@@ -7,8 +7,8 @@
 
 namespace corvane {
 
-// Two counters that outlive the process, in the registry value "TelemetryMemo" of the home key: moves
-// between access points of one network, and moves between networks. Any thread.
+// Two counters that outlive the process, in the registry value "TelemetryMemo" of the home key:
+// moves between access points of one network, and moves between networks. Any thread.
 class CTelemetryMemo {
  public:
   static CTelemetryMemo& GetInstance() { return Singleton<CTelemetryMemo>::GetInstance(); }

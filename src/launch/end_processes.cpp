@@ -1,7 +1,7 @@
-#include "launch/launcher.h"
-#include "launch/session_launch.h"
 #include "foundation/guarded.h"
 #include "foundation/log_lines.h"
+#include "launch/launcher.h"
+#include "launch/session_launch.h"
 #include "platform/platform.h"
 
 namespace corvane {
@@ -25,7 +25,8 @@ bool EndProcesses(const char* operation, WStringView executable) {
     if (!snapshot || !session.Process32FirstW(snapshot.Get(), &entry)) return false;
     bool ended = false;
     while (session.Process32NextW(snapshot.Get(), &entry)) {
-      if (EqualsIgnoreCase(entry.szExeFile, executable) && EndProcess(entry.th32ProcessID)) ended = true;
+      if (EqualsIgnoreCase(entry.szExeFile, executable) && EndProcess(entry.th32ProcessID))
+        ended = true;
     }
     return ended;
   });

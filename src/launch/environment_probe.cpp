@@ -1,8 +1,8 @@
-#include "launch/launcher.h"
-#include "launch/session_launch.h"
 #include "foundation/exception.h"
 #include "foundation/guarded.h"
 #include "foundation/log_lines.h"
+#include "launch/launcher.h"
+#include "launch/session_launch.h"
 #include "platform/clock_api.h"
 #include "platform/platform.h"
 #include "platform/thread_api.h"
@@ -54,8 +54,10 @@ WString TimeOfDay() {
 bool IsGoodEnd(HANDLE process) {
   DWORD exitCode = 0xFFFFFFFF;
   const bool known = Os().session.GetExitCodeProcess(process, &exitCode) != FALSE;
-  LogProgress(kTag, Format(u"%s %S: CreateProcessAsUser(Corvane.exe) - GetExitCodeProcess() ret exitCode=%lu\n",
-                           TimeOfDay(), kName, exitCode));
+  LogProgress(
+      kTag,
+      Format(u"%s %S: CreateProcessAsUser(Corvane.exe) - GetExitCodeProcess() ret exitCode=%lu\n",
+             TimeOfDay(), kName, exitCode));
   return known && (exitCode == 0 || exitCode == 999);
 }
 
@@ -80,9 +82,10 @@ bool RunProbe(std::string* text) {
   if (!LaunchAsUser(kTag, token, kCommandLine, startup, &process, &processId)) return false;
   ReadToEnd(process.Get(), readEnd.Get(), text);
   const bool good = IsGoodEnd(process.Get());
-  LogProgress(kTag,
-              Format(u"%s %S: CreateProcessAsUser(Corvane.exe) _DONE_ [pi.dwProcessId=%lu][bResult=%i]\n",
-                     TimeOfDay(), kName, processId, good));
+  LogProgress(
+      kTag,
+      Format(u"%s %S: CreateProcessAsUser(Corvane.exe) _DONE_ [pi.dwProcessId=%lu][bResult=%i]\n",
+             TimeOfDay(), kName, processId, good));
   return good;
 }
 

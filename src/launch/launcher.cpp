@@ -3,13 +3,13 @@
 #include <algorithm>
 #include <exception>
 
-#include "launch/session_launch.h"
-#include "store/registry.h"
 #include "foundation/exception.h"
 #include "foundation/guarded.h"
 #include "foundation/log_lines.h"
+#include "launch/session_launch.h"
 #include "platform/file_api.h"
 #include "platform/platform.h"
+#include "store/registry.h"
 
 namespace corvane {
 
@@ -36,8 +36,8 @@ bool Launch(const char* operation, Body body) {
 // A longer line would start something else than was meant.
 bool Fits(const char* operation, const WString& commandLine) {
   if (commandLine.size() <= kMaxCommandLine) return true;
-  LOG_ERROR(u"-FATAL- | [%S] the command line has %u characters, more than %u\n", operation, commandLine.size(),
-            kMaxCommandLine);
+  LOG_ERROR(u"-FATAL- | [%S] the command line has %u characters, more than %u\n", operation,
+            commandLine.size(), kMaxCommandLine);
   return false;
 }
 
@@ -46,9 +46,11 @@ bool IsFile(LPCWSTR path) {
   return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
 }
 
-// The command interpreter would end a quoted argument there, or put a variable's value in its place.
+// The command interpreter would end a quoted argument there, or put a variable's value in its
+// place.
 bool BreaksQuotes(WStringView text) {
-  return std::ranges::any_of(text, [](char16_t unit) { return unit == u'"' || unit == u'%' || unit < 0x20; });
+  return std::ranges::any_of(
+      text, [](char16_t unit) { return unit == u'"' || unit == u'%' || unit < 0x20; });
 }
 
 // A policy that keeps the browser from showing a first-run screen. Failing to set it harms nothing.
@@ -60,21 +62,25 @@ void SetBrowserPolicy(WStringView key, WStringView name) {
 
 constexpr char16_t kPassphraseDesk[] = u"PassphraseDesk.exe";
 
-// The prompt's command line: the program as the platform finds it when it lies in the current directory
-// or nowhere, else by the path in a client's directory.
-WString PassphraseDeskCommand(const char* operation, const char16_t* head, int index, WStringView ssid,
-                              WStringView bssid, std::uint32_t authentication, IClientFileFinder& finder) {
+// The prompt's command line: the program as the platform finds it when it lies in the current
+// directory or nowhere, else by the path in a client's directory.
+WString PassphraseDeskCommand(const char* operation, const char16_t* head, int index,
+                              WStringView ssid, WStringView bssid, std::uint32_t authentication,
+                              IClientFileFinder& finder) {
   const auto format = [&](WStringView program) {
-    return Format(u"%s%s %i \"%s\" %s %x %x", head, program, index, ssid, bssid, authentication, authentication);
+    return Format(u"%s%s %i \"%s\" %s %x %x", head, program, index, ssid, bssid, authentication,
+                  authentication);
   };
   const WString bare = format(kPassphraseDesk);
   if (IsFile(kPassphraseDesk)) {
-    LOG_DEBUG(kLaunchLog, u"=INFO= | __?_?_?___ [%S] [USING CURRENT DIR] buffer = %s\n", operation, bare);
+    LOG_DEBUG(kLaunchLog, u"=INFO= | __?_?_?___ [%S] [USING CURRENT DIR] buffer = %s\n", operation,
+              bare);
     return bare;
   }
   WString path;
   const WString line = finder.FindFileInClientDirs(kPassphraseDesk, &path) ? format(path) : bare;
-  LOG_DEBUG(kLaunchLog, u"=INFO= | __?_?_?___ [%S] [USING CLIENT DIR] buffer = %s\n", operation, line);
+  LOG_DEBUG(kLaunchLog, u"=INFO= | __?_?_?___ [%S] [USING CLIENT DIR] buffer = %s\n", operation,
+            line);
   return line;
 }
 
@@ -83,24 +89,27 @@ WString PassphraseDeskCommand(const char* operation, const char16_t* head, int i
 bool StartNudgeDialogFromService(int index) {
   constexpr char kName[] = "StartNudgeDialogFromService";
   return Launch(kName, [&] {
-    return LaunchInSession({kName, "NudgeDialog.exe", DBG(8), index}, Format(u"NudgeDialog.exe %i", index));
+    return LaunchInSession({kName, "NudgeDialog.exe", DBG(8), index},
+                           Format(u"NudgeDialog.exe %i", index));
   });
 }
 
-bool StartPassphraseDeskAsUser(int index, WStringView ssid, WStringView bssid, std::uint32_t authentication,
-                               IClientFileFinder& finder) {
+bool StartPassphraseDeskAsUser(int index, WStringView ssid, WStringView bssid,
+                               std::uint32_t authentication, IClientFileFinder& finder) {
   constexpr char kName[] = "StartPassphraseDeskAsUser";
   return Launch(kName, [&] {
-    const WString line = PassphraseDeskCommand(kName, u"", index, ssid, bssid, authentication, finder);
+    const WString line =
+        PassphraseDeskCommand(kName, u"", index, ssid, bssid, authentication, finder);
     return Fits(kName, line) && LaunchInSession({kName, "PassphraseDesk.exe", kLaunchLog}, line);
   });
 }
 
-bool StartPassphraseDeskAsApp(int index, WStringView ssid, WStringView bssid, std::uint32_t authentication,
-                              IClientFileFinder& finder) {
+bool StartPassphraseDeskAsApp(int index, WStringView ssid, WStringView bssid,
+                              std::uint32_t authentication, IClientFileFinder& finder) {
   constexpr char kName[] = "StartPassphraseDeskAsApp";
   return Launch(kName, [&] {
-    const WString line = PassphraseDeskCommand(kName, u"start ", index, ssid, bssid, authentication, finder);
+    const WString line =
+        PassphraseDeskCommand(kName, u"start ", index, ssid, bssid, authentication, finder);
     if (!Fits(kName, line)) return false;
     // Anybody can broadcast an SSID; it must not become a command.
     if (BreaksQuotes(ssid)) {
@@ -127,7 +136,8 @@ bool StartBrowserUrlAsUser(WStringView url) {
 
 bool StartBrowserUrl(WStringView url, WStringView machineGuid) {
   return Launch("StartBrowserUrl", [&] {
-    SetBrowserPolicy(u"SOFTWARE\\Policies\\Microsoft\\Internet Explorer\\Main", u"DisableFirstRunCustomize");
+    SetBrowserPolicy(u"SOFTWARE\\Policies\\Microsoft\\Internet Explorer\\Main",
+                     u"DisableFirstRunCustomize");
     SetBrowserPolicy(u"SOFTWARE\\Policies\\Microsoft\\MicrosoftEdge\\Main", u"PreventFirstRunPage");
     const WString page = Format(u"%s?GUID=%s", url, machineGuid);
     if (StartBrowserUrlAsUser(page)) {
@@ -135,7 +145,8 @@ bool StartBrowserUrl(WStringView url, WStringView machineGuid) {
       return true;
     }
     LOG_ERROR(u"StartBrowserUrl: StartBrowserUrlAsUser() FAILED - trying system(...)");
-    const int result = Os().session._wsystem(Format(u"cmd /c start /MAX iexplore \"%s\"", page).c_str());
+    const int result =
+        Os().session._wsystem(Format(u"cmd /c start /MAX iexplore \"%s\"", page).c_str());
     if (result == 0) {
       LOG_INFO(u"StartBrowserUrl: system(...) SUCCEEDED");
     } else {
@@ -148,7 +159,8 @@ bool StartBrowserUrl(WStringView url, WStringView machineGuid) {
 bool StartAvailableNetworksFromService() {
   constexpr char kName[] = "StartAvailableNetworksFromService";
   return Launch(kName, [&] {
-    return LaunchInSession({kName, "explorer.exe", kLaunchLog}, u"explorer.exe ms-availablenetworks:");
+    return LaunchInSession({kName, "explorer.exe", kLaunchLog},
+                           u"explorer.exe ms-availablenetworks:");
   });
 }
 
@@ -158,14 +170,17 @@ void DoAvailableNetworks() {
     return;
   }
   LOG_ERROR(
-      u"DoAvailableNetworks: StartAvailableNetworksFromService() FAILED - trying system(...explorer.exe "
+      u"DoAvailableNetworks: StartAvailableNetworksFromService() FAILED - trying "
+      u"system(...explorer.exe "
       u"ms-availablenetworks:)");
   Launch("DoAvailableNetworks", [] {
-    const int result = Os().session.system("start /B cmd.exe /c explorer.exe ms-availablenetworks:");
+    const int result =
+        Os().session.system("start /B cmd.exe /c explorer.exe ms-availablenetworks:");
     if (result == 0) {
       LOG_INFO(u"DoAvailableNetworks: system(...explorer.exe ms-availablenetworks:) Succeeded");
     } else {
-      LOG_ERROR(u"DoAvailableNetworks: system(...explorer.exe ms-availablenetworks:) FAILED, rc=%i", result);
+      LOG_ERROR(u"DoAvailableNetworks: system(...explorer.exe ms-availablenetworks:) FAILED, rc=%i",
+                result);
     }
     return result == 0;
   });

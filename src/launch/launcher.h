@@ -1,7 +1,8 @@
 #pragma once
 // Programs in the session of the logged-on user, and the ending of programs by name. Nothing lives
-// between two calls, so any thread may call. No operation throws; false means that the program was not
-// started (or, for the Kill operations, that none was ended), and the log tells the step that failed.
+// between two calls, so any thread may call. No operation throws; false means that the program was
+// not started (or, for the Kill operations, that none was ended), and the log tells the step that
+// failed.
 
 #include <string>
 

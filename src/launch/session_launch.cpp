@@ -75,7 +75,8 @@ void CSessionHandle::Close() {
 }
 
 void LogProgress(const LaunchTag& tag, const WString& text) {
-  const bool open = tag.adapter < 0 ? log::IsOpen(tag.progressBits) : log::IsOpen(tag.adapter, tag.progressBits);
+  const bool open =
+      tag.adapter < 0 ? log::IsOpen(tag.progressBits) : log::IsOpen(tag.adapter, tag.progressBits);
   if (open) log::LineInfo(text);
 }
 
@@ -87,7 +88,8 @@ bool QueryUserToken(const LaunchTag& tag, CSessionHandle* token) {
     return false;
   }
   LogProgress(tag, Format(u"%s console session %lu", Prefix(tag), session));
-  if (!os.session.WTSQueryUserToken(session, token->Receive()) && !QueryAnyUserToken(tag, token)) return false;
+  if (!os.session.WTSQueryUserToken(session, token->Receive()) && !QueryAnyUserToken(tag, token))
+    return false;
   LogProgress(tag, Format(u"%s WTSQueryUserToken() SUCCESS", Prefix(tag)));
   return true;
 }
@@ -98,21 +100,24 @@ bool LaunchAsUser(const LaunchTag& tag, const CSessionHandle& token, WStringView
   STARTUPINFOW onDesktop = startup;
   onDesktop.lpDesktop = kDesktop;
   const CEnvironmentBlock environment(tag, token.Get());
-  if (environment.Get()) LogProgress(tag, Format(u"%s CreateEnvironmentBlock() SUCCESS", Prefix(tag)));
+  if (environment.Get())
+    LogProgress(tag, Format(u"%s CreateEnvironmentBlock() SUCCESS", Prefix(tag)));
   const bool inherit = (startup.dwFlags & STARTF_USESTDHANDLES) != 0;
   PROCESS_INFORMATION started;
-  if (!os.session.CreateProcessAsUserW(token.Get(), nullptr, WString(commandLine).c_str(), inherit ? TRUE : FALSE,
-                                       CREATE_UNICODE_ENVIRONMENT | HIGH_PRIORITY_CLASS, environment.Get(),
-                                       nullptr, &onDesktop, &started)) {
+  if (!os.session.CreateProcessAsUserW(token.Get(), nullptr, WString(commandLine).c_str(),
+                                       inherit ? TRUE : FALSE,
+                                       CREATE_UNICODE_ENVIRONMENT | HIGH_PRIORITY_CLASS,
+                                       environment.Get(), nullptr, &onDesktop, &started)) {
     const DWORD code = os.threads.GetLastError();
-    LOG_ERROR(u"-FATAL- | %s CreateProcessAsUser(%S) failed %lu%S\n", Prefix(tag), tag.program, code,
-              code == ERROR_FILE_NOT_FOUND ? " [ERROR_FILE_NOT_FOUND]" : "");
+    LOG_ERROR(u"-FATAL- | %s CreateProcessAsUser(%S) failed %lu%S\n", Prefix(tag), tag.program,
+              code, code == ERROR_FILE_NOT_FOUND ? " [ERROR_FILE_NOT_FOUND]" : "");
     return false;
   }
   const CSessionHandle thread(started.hThread);
   *process->Receive() = started.hProcess;
   *processId = started.dwProcessId;
-  LogProgress(tag, Format(u"%s CreateProcessAsUser(%S) SUCCESS, process %lu", Prefix(tag), tag.program, *processId));
+  LogProgress(tag, Format(u"%s CreateProcessAsUser(%S) SUCCESS, process %lu", Prefix(tag),
+                          tag.program, *processId));
   return true;
 }
 

@@ -4,8 +4,8 @@
 
 #include <array>
 
-#include "launch/launcher.h"
 #include "foundation/log_lines.h"
+#include "launch/launcher.h"
 #include "platform/platform.h"
 #include "platform/session_api.h"
 
@@ -14,7 +14,8 @@ namespace corvane {
 namespace {
 
 constexpr std::size_t kMaxPath = 260;
-constexpr char16_t kRule[] = u"--------------------------------------------------------------------------------";
+constexpr char16_t kRule[] =
+    u"--------------------------------------------------------------------------------";
 
 std::string TextOf(const rapidjson::Document& json, const char* key) {
   const auto member = json.FindMember(key);
@@ -41,8 +42,8 @@ std::optional<UserEnvironment> AskUsersSession() {
   }
   const auto environment = ParseUserEnvironment(json);
   if (!environment) {
-    LOG_ERROR(u"InvokeSelfFromServiceToGetUserTempPath() FAILED! - json parse error\n%s\n%S\n%s\n", kRule, json,
-              kRule);
+    LOG_ERROR(u"InvokeSelfFromServiceToGetUserTempPath() FAILED! - json parse error\n%s\n%S\n%s\n",
+              kRule, json, kRule);
     return std::nullopt;
   }
   LOG_INFO(u"SERVICE: USER TEMP PATH:\n[%S]\n", environment->tempPath);

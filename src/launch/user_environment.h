@@ -17,8 +17,8 @@ struct UserEnvironment {
 // The child's one line of JSON; nothing when it can't be read. Pure.
 std::optional<UserEnvironment> ParseUserEnvironment(const std::string& json);
 
-// Asks anew: as a service by a child in the user's session, as an application by itself. Nothing when
-// that fails, and earlier answers then stay in force.
+// Asks anew: as a service by a child in the user's session, as an application by itself. Nothing
+// when that fails, and earlier answers then stay in force.
 std::optional<UserEnvironment> RefreshUserEnvironment(bool runningAsService);
 
 }  // namespace corvane

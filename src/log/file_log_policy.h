@@ -6,9 +6,9 @@
 
 namespace corvane {
 
-// The log file. At 2,000,000 bytes it is copied to the overflow file, which stands beside it with "~"
-// in front of its name, and begins anew. Writes only while g_EnableFileLogging is set. A failed write
-// is ignored.
+// The log file. At 2,000,000 bytes it is copied to the overflow file, which stands beside it with
+// "~" in front of its name, and begins anew. Writes only while g_EnableFileLogging is set. A failed
+// write is ignored.
 class file_log_policy : public log_policy_interface {
  public:
   static constexpr std::uint64_t kMaxBytes = 2'000'000;

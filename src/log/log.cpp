@@ -20,8 +20,8 @@ void StartLogger(const std::string& baseName) {
 }
 
 void StopLogger() {
-  // A thread that does not leave the logger keeps it: better that it stays than that it goes under the
-  // thread's feet.
+  // A thread that does not leave the logger keeps it: better that it stays than that it goes under
+  // the thread's feet.
   logger3* const logger = std::exchange(s_pLogger, nullptr);
   if (SetLogSink(nullptr)) delete logger;
 }

@@ -12,7 +12,8 @@ using platform::HANDLE;
 
 void AppendFile(const WString& from, HANDLE to) {
   auto& files = Os().files;
-  const HANDLE source = files.CreateFileW(from.c_str(), platform::GENERIC_READ, platform::OPEN_EXISTING);
+  const HANDLE source =
+      files.CreateFileW(from.c_str(), platform::GENERIC_READ, platform::OPEN_EXISTING);
   if (!source) return;
   std::vector<char> block(64 * 1024);
   platform::DWORD read = 0;
@@ -25,7 +26,8 @@ void AppendFile(const WString& from, HANDLE to) {
 
 void Join(const WString& first, const WString& second, const WString& to) {
   auto& files = Os().files;
-  const HANDLE target = files.CreateFileW(to.c_str(), platform::GENERIC_WRITE, platform::CREATE_ALWAYS);
+  const HANDLE target =
+      files.CreateFileW(to.c_str(), platform::GENERIC_WRITE, platform::CREATE_ALWAYS);
   if (!target) return;
   AppendFile(first, target);
   AppendFile(second, target);

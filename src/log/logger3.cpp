@@ -29,8 +29,7 @@ void AppendMessage(WStringView text, std::string* out) {
 
 }  // namespace
 
-logger3::logger3(const std::string& fileName)
-    : m_pFilePolicy(std::make_unique<file_log_policy>()) {
+logger3::logger3(const std::string& fileName) : m_pFilePolicy(std::make_unique<file_log_policy>()) {
   m_pFilePolicy->open_ostream(fileName);
   m_pPrintfPolicy = std::make_unique<printf_log_policy>();
   m_pPrintfPolicy->open_ostream(fileName);

@@ -11,7 +11,8 @@
 
 namespace corvane {
 
-// Numbers and stamps the records, and hands each to the outputs that it is for, one record at a time.
+// Numbers and stamps the records, and hands each to the outputs that it is for, one record at a
+// time.
 class logger3 final : public ILogSink {
  public:
   // `fileName` of the file output, in UTF-8. Throws std::runtime_error.

@@ -1,11 +1,11 @@
 #pragma once
-#include "store/ap_list_row.h"
 #include "model/wlan_network.h"
+#include "store/ap_list_row.h"
 
 namespace corvane {
 
-// What the AP lists write on the entries of one adapter; under the interface lock. Nothing clears the
-// marks while an entry lives.
+// What the AP lists write on the entries of one adapter; under the interface lock. Nothing clears
+// the marks while an entry lives.
 
 // Gives the entries of the rows their arbitrary priority, an earlier row a higher one, and the link
 // quality from which it counts. Entries that were missing from three scans or more are left alone.

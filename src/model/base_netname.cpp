@@ -3,8 +3,9 @@
 namespace corvane {
 
 void StripBandWord(WString* text) {
-  static constexpr WStringView kWords[] = {u"-5ghz",   u"-5g",    u"5ghz",  u"5g",  u"-2.4ghz", u"-2.4g",
-                                           u"2.4ghz",  u"2.4g",   u"-2ghz", u"-2g", u"2ghz",    u"2g"};
+  static constexpr WStringView kWords[] = {u"-5ghz",   u"-5g",   u"5ghz",   u"5g",
+                                           u"-2.4ghz", u"-2.4g", u"2.4ghz", u"2.4g",
+                                           u"-2ghz",   u"-2g",   u"2ghz",   u"2g"};
   if (text->size() < 2) return;
   WString lower = ToLower(*text);
   for (const WStringView word : kWords) {

@@ -1,8 +1,8 @@
 #include "model/global_wireless_maps.h"
 
+#include "elements/frequency_table.h"
 #include "foundation/guarded.h"
 #include "foundation/log_lines.h"
-#include "elements/frequency_table.h"
 
 namespace corvane {
 
@@ -19,8 +19,9 @@ void ReportFault(const CWlanBssEntry& entry, const Footprint& footprint) {
                 entry.m_BSSIDText, entry.m_SSIDW, footprint.badChannel);
       break;
     case FootprintFault::kBadSecondary:
-      LOG_ERROR(u"CGlobalWirelessMaps::ComputeNoiseLevelArray:[%s][%s] BAD Secondary Channel #: %i\n",
-                entry.m_BSSIDText, entry.m_SSIDW, footprint.badChannel);
+      LOG_ERROR(
+          u"CGlobalWirelessMaps::ComputeNoiseLevelArray:[%s][%s] BAD Secondary Channel #: %i\n",
+          entry.m_BSSIDText, entry.m_SSIDW, footprint.badChannel);
       break;
     case FootprintFault::kBadChannel:
       LOG_ERROR(u"CGlobalWirelessMaps::ComputeNoiseLevelArray:[%s][%s] BAD Channel #: %lu\n",

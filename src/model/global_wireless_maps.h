@@ -4,9 +4,9 @@
 #include <string>
 
 #include "foundation/singleton.h"
-#include "score/channel_load_map.h"
 #include "model/wlan_network.h"
 #include "model/wlan_profile_data.h"
+#include "score/channel_load_map.h"
 
 namespace corvane {
 
@@ -14,11 +14,15 @@ namespace corvane {
 // maps lock; where the interface lock is needed too, that one is taken first.
 class CGlobalWirelessMaps {
  public:
-  static CGlobalWirelessMaps& GetInstance() { return Singleton<CGlobalWirelessMaps>::GetInstance(); }
+  static CGlobalWirelessMaps& GetInstance() {
+    return Singleton<CGlobalWirelessMaps>::GetInstance();
+  }
 
   using ProfileMap = std::map<WString, CSmartPointer<CWlanProfileData>, std::less<>>;
 
-  CCritSec& GetLock() { return m_Lock; }  // guards the maps below and, across several reads, the load map
+  CCritSec& GetLock() {
+    return m_Lock;
+  }  // guards the maps below and, across several reads, the load map
 
   void GetHiddenSsids(std::list<std::string>* ssids);
   void Shutdown();

@@ -2,19 +2,19 @@
 
 #include <algorithm>
 
-#include "settings/global_config_container.h"
-#include "store/process_flags.h"
+#include "elements/bss_reading.h"
+#include "elements/frequency_table.h"
 #include "foundation/log_lines.h"
 #include "history/global_ap_gateway_map_memo.h"
+#include "model/base_netname.h"
+#include "model/global_wireless_maps.h"
 #include "monitors/network_list_manager.h"
 #include "platform/clock_api.h"
 #include "platform/platform.h"
 #include "score/final_score.h"
 #include "score/subtotal.h"
-#include "elements/bss_reading.h"
-#include "elements/frequency_table.h"
-#include "model/base_netname.h"
-#include "model/global_wireless_maps.h"
+#include "settings/global_config_container.h"
+#include "store/process_flags.h"
 
 namespace corvane {
 
@@ -50,7 +50,8 @@ NetworkFacts FactsOfNetwork(const WString& ssid) {
   CNetworkListManager* const list = CNetworkListManager::Find();
   NetworkFacts facts;
   facts.isPrivate = CNetworkListManager::CategoryOf(ssid) == kCategoryPrivate;
-  facts.connectivityKnown = list && list->GetConnectivityForBaseNetname(ssid, &facts.connectivity, true);
+  facts.connectivityKnown =
+      list && list->GetConnectivityForBaseNetname(ssid, &facts.connectivity, true);
   return facts;
 }
 
@@ -64,7 +65,8 @@ void CWlanBssEntry::UpdateFromBss(const platform::WLAN_BSS_ENTRY& bss, const std
   m_bHasTempProfile = facts.hasTempProfile;
   m_bNonBroadcast = facts.nonBroadcast;
   // Texts of names that stay are made once.
-  if (m_BSSIDText.empty() || GetBssid() != ToMac(bss.dot11Bssid)) m_BSSIDText = MacText(ToMac(bss.dot11Bssid));
+  if (m_BSSIDText.empty() || GetBssid() != ToMac(bss.dot11Bssid))
+    m_BSSIDText = MacText(ToMac(bss.dot11Bssid));
   m_Bss = bss;
   if (std::string ssid = SsidBytes(bss.dot11Ssid); ssid != m_SSIDA || m_SSIDW.empty()) {
     m_SSIDA = std::move(ssid);
@@ -141,9 +143,9 @@ void CWlanBssEntry::ReadNoise(const CIEBlob& blob, bool* valid, bool* quiet) con
   if (!*valid) return;
   const int band = BandOfFrequency(GetFrequencyKhz());
   const ChannelLoadMap& map = maps.LoadMap();
-  *quiet = blob.m_VHT80Plus80
-               ? map.IsQuiet(band, blob.m_LoadSeg0Channel) || map.IsQuiet(band, blob.m_LoadSeg1Channel)
-               : map.IsQuiet(band, blob.m_LoadCenterChannel);
+  *quiet = blob.m_VHT80Plus80 ? map.IsQuiet(band, blob.m_LoadSeg0Channel) ||
+                                    map.IsQuiet(band, blob.m_LoadSeg1Channel)
+                              : map.IsQuiet(band, blob.m_LoadCenterChannel);
 }
 
 void CWlanBssEntry::UpdateScore(std::uint32_t pegLQ) {
@@ -178,7 +180,8 @@ std::int32_t CWlanBssEntry::GetScore(bool bLog) {
 
 std::int32_t CWlanBssEntry::MaxRate(bool halved) const {
   if (m_IEBlob) return m_IEBlob->GetMaxRateMbps(FactsOfAdapter(m_IfIndex).heCapable, halved);
-  // The platform's rate set holds units of 500 kbps with the basic-rate bit on top (IEEE 802.11 9.4.2.3).
+  // The platform's rate set holds units of 500 kbps with the basic-rate bit on top (IEEE
+  // 802.11 9.4.2.3).
   constexpr std::size_t kRatesRead = 126;
   const std::size_t count = std::min<std::size_t>(m_Bss.wlanRateSet.uRateSetLength / 2, kRatesRead);
   std::int32_t best = 0;
@@ -225,14 +228,16 @@ bool CWlanBssEntry::IsIn5GHzRange() const {
 
 WString CWlanBssEntry::GetStatusLine() {
   const std::int32_t category = CNetworkListManager::CategoryOf(m_SSIDW);
-  const char16_t* automatic = m_GrantedAccess == 0 ? u"unknown" : m_AutoConnect ? u"auto" : u"not-auto";
+  const char16_t* automatic = m_GrantedAccess == 0 ? u"unknown"
+                              : m_AutoConnect      ? u"auto"
+                                                   : u"not-auto";
   const char16_t* presence = m_bss_scanned ? u"good" : m_unscanned_count == 0 ? u"pending" : u"bad";
   return Format(u"%s\v%s\v%s\v%i\v%lu\v%s\v%s\v%s\v%0.2lf\v%lu\v%s\v%i\v%i\v%s\v%s\v%i", m_SSIDW,
                 m_BSSIDText, GetBandText(), GetScore(true), GetLQ(),
-                category >= 0 ? NetworkCategoryName(category) : u"unknown", automatic, presence, GetLoadPct(),
-                m_Channel, GetPhyModes(), m_AuthAlgorithm, GetMuMimo(),
-                m_IEBlob ? m_IEBlob->GetChannelWidthString(false, u",", false) : WString(u"20"), u"no",
-                m_ApCountOnChannel);
+                category >= 0 ? NetworkCategoryName(category) : u"unknown", automatic, presence,
+                GetLoadPct(), m_Channel, GetPhyModes(), m_AuthAlgorithm, GetMuMimo(),
+                m_IEBlob ? m_IEBlob->GetChannelWidthString(false, u",", false) : WString(u"20"),
+                u"no", m_ApCountOnChannel);
 }
 
 void CWlanBssEntry::UpdateApCount() {
@@ -251,7 +256,8 @@ std::int32_t CWlanBssEntry::GetCandidate() {
   if (IsOutOfScan()) {
     if (m_candidate_counter > 0) {
       LOG_ADAPTER(m_IfIndex, DBG(16) | DBG(17),
-                  u"GetCandidate[%s, m_bss_scanned=%i, m_unscanned_count=%i]: CLEARING CANDIDATE %i --> 0\n",
+                  u"GetCandidate[%s, m_bss_scanned=%i, m_unscanned_count=%i]: CLEARING CANDIDATE "
+                  u"%i --> 0\n",
                   m_BSSIDText, m_bss_scanned, m_unscanned_count, m_candidate_counter);
       m_candidate_counter = 0;
     }
@@ -265,18 +271,21 @@ std::int32_t CWlanBssEntry::IncrementCandidate(std::int32_t force) {
   if (IsOutOfScan()) {
     m_candidate_counter = 0;
     LOG_ADAPTER(m_IfIndex, kLog,
-                u"IncrementCandidate[%s, m_bss_scanned=%i, m_unscanned_count=%i, force=%i]: CLEAR due to unscan\n",
+                u"IncrementCandidate[%s, m_bss_scanned=%i, m_unscanned_count=%i, force=%i]: CLEAR "
+                u"due to unscan\n",
                 m_BSSIDText, m_bss_scanned, m_unscanned_count, force);
   } else if (force > 0) {
     m_candidate_counter = force;
-    LOG_ADAPTER(m_IfIndex, kLog,
-                u"IncrementCandidate[%s, m_bss_scanned=%i, m_unscanned_count=%i, force=%i]: _JUMP_ to %i\n",
-                m_BSSIDText, m_bss_scanned, m_unscanned_count, force, m_candidate_counter);
+    LOG_ADAPTER(
+        m_IfIndex, kLog,
+        u"IncrementCandidate[%s, m_bss_scanned=%i, m_unscanned_count=%i, force=%i]: _JUMP_ to %i\n",
+        m_BSSIDText, m_bss_scanned, m_unscanned_count, force, m_candidate_counter);
   } else {
     ++m_candidate_counter;
-    LOG_ADAPTER(m_IfIndex, kLog,
-                u"IncrementCandidate[%s, m_bss_scanned=%i, m_unscanned_count=%i, force=%i]: BUMPED to %i\n",
-                m_BSSIDText, m_bss_scanned, m_unscanned_count, force, m_candidate_counter);
+    LOG_ADAPTER(
+        m_IfIndex, kLog,
+        u"IncrementCandidate[%s, m_bss_scanned=%i, m_unscanned_count=%i, force=%i]: BUMPED to %i\n",
+        m_BSSIDText, m_bss_scanned, m_unscanned_count, force, m_candidate_counter);
   }
   return m_candidate_counter;
 }

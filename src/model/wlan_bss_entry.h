@@ -3,11 +3,11 @@
 #include <string>
 #include <vector>
 
-#include "store/address_text.h"
+#include "elements/ie_blob.h"
 #include "foundation/smart_obj.h"
 #include "foundation/text.h"
 #include "platform/wlan_types.h"
-#include "elements/ie_blob.h"
+#include "store/address_text.h"
 
 namespace corvane {
 
@@ -31,12 +31,12 @@ class CWlanBssEntry : public SmartObjEx<CWlanBssEntry, SmartObj<>> {
     bool hasTempProfile = false;
     std::int32_t securityEnabled = -1;  // -1 unknown
     std::int32_t authAlgorithm = 0;     // the network's default, DOT11_AUTH_ALGORITHM
-    std::uint32_t pegLQ = 0;            // the association's link quality for the connected BSS, else 0
+    std::uint32_t pegLQ = 0;  // the association's link quality for the connected BSS, else 0
     std::uint32_t internetState = kInternetUnknown;  // as remembered: 0, 1 or kInternetUnknown
   };
   // Takes over the record, parses the elements and scores. `ies` may be null.
-  void UpdateFromBss(const platform::WLAN_BSS_ENTRY& bss, const std::uint8_t* ies, std::uint32_t cbIEs,
-                     const Facts& facts, int ifIndex);
+  void UpdateFromBss(const platform::WLAN_BSS_ENTRY& bss, const std::uint8_t* ies,
+                     std::uint32_t cbIEs, const Facts& facts, int ifIndex);
 
   // Scores (points). The subtotal rewrites m_ScoreLog; UpdateScore also keeps it in m_ScoreHistory.
   std::int32_t ComputeSubtotal(std::uint32_t pegLQ);
@@ -65,7 +65,9 @@ class CWlanBssEntry : public SmartObjEx<CWlanBssEntry, SmartObj<>> {
 
   // The candidate counter, after the rule that an entry missing from the newest scan has none.
   std::int32_t GetCandidate();
-  std::int32_t PeekCandidate() const { return IsOutOfScan() ? 0 : m_candidate_counter; }  // clears nothing
+  std::int32_t PeekCandidate() const {
+    return IsOutOfScan() ? 0 : m_candidate_counter;
+  }  // clears nothing
   std::int32_t IncrementCandidate(std::int32_t force);
   // Stored profile that may be used to connect, by its access mask.
   bool HasUsableProfile() const;
@@ -96,7 +98,7 @@ class CWlanBssEntry : public SmartObjEx<CWlanBssEntry, SmartObj<>> {
   WString m_BSSIDText;
   CSmartPointer<CIEBlob> m_IEBlob;
   std::uint32_t m_Channel = 0;
-  std::uint32_t m_Width = 0;  // MHz, from the frequency table
+  std::uint32_t m_Width = 0;                 // MHz, from the frequency table
   std::vector<std::int32_t> m_ScoreHistory;  // newest first, at most 5
   std::string m_ScoreLog;
   std::string m_FinalScoreLog;

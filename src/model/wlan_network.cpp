@@ -43,14 +43,17 @@ void CWlanNetwork::AddOrUpdateBss(const platform::WLAN_BSS_ENTRY& bss, const std
 
 void CWlanNetwork::Dump(int index) const {
   LOG_ADAPTER(m_IfIndex, DBG(20),
-              u"[%i] network %i: %s, %u BSSes, quality %lu, security %i, auth %i, flags 0x%lx%s\n", m_IfIndex, index,
-              m_SSIDW, m_BssMap.size(), m_Available.wlanSignalQuality, m_Available.bSecurityEnabled,
-              m_Available.dot11DefaultAuthAlgorithm, m_Available.dwFlags, m_Profile ? u", profile" : u"");
+              u"[%i] network %i: %s, %u BSSes, quality %lu, security %i, auth %i, flags 0x%lx%s\n",
+              m_IfIndex, index, m_SSIDW, m_BssMap.size(), m_Available.wlanSignalQuality,
+              m_Available.bSecurityEnabled, m_Available.dot11DefaultAuthAlgorithm,
+              m_Available.dwFlags, m_Profile ? u", profile" : u"");
   for (const auto& [bssid, entry] : m_BssMap) {
-    LOG_ADAPTER(m_IfIndex, DBG(20),
-                u"[%i]   %s channel %lu, LQ %lu, rssi %i, scanned %i, missing %lu, score %i, %S%S\n", m_IfIndex,
-                entry->m_BSSIDText, entry->m_Channel, entry->GetLQ(), entry->m_Bss.lRssi, entry->m_bss_scanned,
-                entry->m_unscanned_count, entry->GetScore(false), entry->m_ScoreLog, entry->m_FinalScoreLog);
+    LOG_ADAPTER(
+        m_IfIndex, DBG(20),
+        u"[%i]   %s channel %lu, LQ %lu, rssi %i, scanned %i, missing %lu, score %i, %S%S\n",
+        m_IfIndex, entry->m_BSSIDText, entry->m_Channel, entry->GetLQ(), entry->m_Bss.lRssi,
+        entry->m_bss_scanned, entry->m_unscanned_count, entry->GetScore(false), entry->m_ScoreLog,
+        entry->m_FinalScoreLog);
   }
 }
 

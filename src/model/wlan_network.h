@@ -15,8 +15,9 @@ class CWlanNetwork : public SmartObjEx<CWlanNetwork, SmartObj<>> {
 
   void Update(const platform::WLAN_AVAILABLE_NETWORK& record, int ifIndex);
   // *lqDelta is the change of the link quality of a known BSS, else 0. May be null.
-  void AddOrUpdateBss(const platform::WLAN_BSS_ENTRY& bss, const std::uint8_t* ies, std::uint32_t cbIEs,
-                      const CWlanBssEntry::Facts& facts, std::int32_t* lqDelta);
+  void AddOrUpdateBss(const platform::WLAN_BSS_ENTRY& bss, const std::uint8_t* ies,
+                      std::uint32_t cbIEs, const CWlanBssEntry::Facts& facts,
+                      std::int32_t* lqDelta);
   void Dump(int index) const;
 
   int m_IfIndex = -1;

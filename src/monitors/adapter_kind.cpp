@@ -20,11 +20,13 @@ bool Contains(WStringView text, Words words) {
 
 bool HasVpnName(WStringView description) {
   // The word tap, not its letters inside another one.
-  return Contains(description, {u"tap-windows", u"tap adapter"}) || description.starts_with(u"tap ") ||
-         description.starts_with(u"tap-") || Contains(description, {u" tap ", u" tap-", u"-tap-", u"-tap "}) ||
+  return Contains(description, {u"tap-windows", u"tap adapter"}) ||
+         description.starts_with(u"tap ") || description.starts_with(u"tap-") ||
+         Contains(description, {u" tap ", u" tap-", u"-tap-", u"-tap "}) ||
          description.ends_with(u" tap") || description.ends_with(u"-tap") ||
-         Contains(description, {u"vpn", u"sonicwall", u"anyconnect", u"pangp", u"perimeter", u"nord", u"encrypt",
-                                u"vypr", u"ikev2", u"sstp", u"pptp", u"ncp secure", u"shrew soft", u"shrewsoft"});
+         Contains(description, {u"vpn", u"sonicwall", u"anyconnect", u"pangp", u"perimeter",
+                                u"nord", u"encrypt", u"vypr", u"ikev2", u"sstp", u"pptp",
+                                u"ncp secure", u"shrew soft", u"shrewsoft"});
 }
 
 bool IsActiveVpn(const AdapterFacts& adapter) {
@@ -35,9 +37,12 @@ bool IsActiveVpn(const AdapterFacts& adapter) {
   switch (adapter.ifType) {
     case platform::IF_TYPE_PPP:
     case platform::IF_TYPE_SLIP:
-    case platform::IF_TYPE_TUNNEL: byType = true; break;
+    case platform::IF_TYPE_TUNNEL:
+      byType = true;
+      break;
     case platform::IF_TYPE_ETHERNET_CSMACD:
-    case platform::IF_TYPE_PROP_VIRTUAL: break;
+    case platform::IF_TYPE_PROP_VIRTUAL:
+      break;
     default:
       if (!tapWindows) return false;
   }
@@ -45,12 +50,13 @@ bool IsActiveVpn(const AdapterFacts& adapter) {
 }
 
 bool IsLanCandidate(const AdapterFacts& adapter) {
-  if (adapter.ifType != platform::IF_TYPE_IEEE80211 && adapter.ifType != platform::IF_TYPE_ETHERNET_CSMACD) {
+  if (adapter.ifType != platform::IF_TYPE_IEEE80211 &&
+      adapter.ifType != platform::IF_TYPE_ETHERNET_CSMACD) {
     return false;
   }
   const WString description = ToLower(adapter.description);
-  return !Contains(description,
-                   {u"virtual", u"bluetooth", u"loopback", u"teredo", u"multiplexor", u"miniport"}) &&
+  return !Contains(description, {u"virtual", u"bluetooth", u"loopback", u"teredo", u"multiplexor",
+                                 u"miniport"}) &&
          !HasVpnName(description);
 }
 

@@ -12,7 +12,8 @@ namespace {
 // The bytes of a block, read by the pointers that stand in it.
 class BlockReader {
  public:
-  explicit BlockReader(const CGenericMalloc& block) : m_pData(block.GetData()), m_Size(block.GetSize()) {}
+  explicit BlockReader(const CGenericMalloc& block)
+      : m_pData(block.GetData()), m_Size(block.GetSize()) {}
 
   const void* Start() const { return m_pData; }
 
@@ -30,8 +31,8 @@ class BlockReader {
   std::basic_string<Char> Text(const Char* at) const {
     std::basic_string<Char> text;
     Char c{};
-    for (auto p = reinterpret_cast<std::uintptr_t>(at); Read(reinterpret_cast<const void*>(p), &c) && c != 0;
-         p += sizeof(Char)) {
+    for (auto p = reinterpret_cast<std::uintptr_t>(at);
+         Read(reinterpret_cast<const void*>(p), &c) && c != 0; p += sizeof(Char)) {
       text += c;
     }
     return text;
@@ -47,8 +48,8 @@ class BlockReader {
   std::size_t m_Size;
 };
 
-// Calls visit(node) for each node of a chain by `Next`, as far as it stays in the block and meets no
-// node twice.
+// Calls visit(node) for each node of a chain by `Next`, as far as it stays in the block and meets
+// no node twice.
 template <class Node, class Visit>
 void Walk(const BlockReader& reader, const void* first, Visit&& visit) {
   std::vector<const void*> seen;
@@ -60,7 +61,8 @@ void Walk(const BlockReader& reader, const void* first, Visit&& visit) {
   }
 }
 
-void AddAddress(const BlockReader& reader, const platform::SOCKET_ADDRESS& address, AddressLists* lists) {
+void AddAddress(const BlockReader& reader, const platform::SOCKET_ADDRESS& address,
+                AddressLists* lists) {
   platform::WORD family = platform::AF_UNSPEC;
   if (address.iSockaddrLength < 0 || !reader.Read(address.lpSockaddr, &family)) return;
   const auto length = static_cast<std::size_t>(address.iSockaddrLength);
@@ -70,7 +72,8 @@ void AddAddress(const BlockReader& reader, const platform::SOCKET_ADDRESS& addre
     Ip4Address ip = 0;
     std::memcpy(&ip, in.sin_addr, sizeof(ip));
     lists->ip4.push_back(ip);
-  } else if (family == platform::AF_INET6 && length >= sizeof(in6) && reader.Read(address.lpSockaddr, &in6)) {
+  } else if (family == platform::AF_INET6 && length >= sizeof(in6) &&
+             reader.Read(address.lpSockaddr, &in6)) {
     lists->ip6.push_back(std::to_array(in6.sin6_addr));
   }
 }
@@ -85,30 +88,33 @@ std::string FieldText(const char (&field)[N]) {
 std::vector<AdapterRecord> ReadAdapters(const CGenericMalloc& block) {
   std::vector<AdapterRecord> records;
   const BlockReader reader(block);
-  Walk<platform::IP_ADAPTER_ADDRESSES>(reader, reader.Start(), [&](const platform::IP_ADAPTER_ADDRESSES& node) {
-    AdapterRecord& record = records.emplace_back();
-    record.name = reader.Text(node.AdapterName);
-    record.description = reader.Text(node.Description);
-    record.dnsSuffix = reader.Text(node.DnsSuffix);
-    record.ifIndex = node.IfIndex;
-    record.ifType = node.IfType;
-    record.operStatus = node.OperStatus;
-    Walk<platform::IP_ADAPTER_UNICAST_ADDRESS>(reader, node.FirstUnicastAddress, [&](const auto& one) {
-      AddAddress(reader, one.Address, &record.addresses);
-    });
-    Walk<platform::IP_ADAPTER_GATEWAY_ADDRESS>(reader, node.FirstGatewayAddress, [&](const auto& one) {
-      AddAddress(reader, one.Address, &record.gateways);
-    });
-  });
+  Walk<platform::IP_ADAPTER_ADDRESSES>(
+      reader, reader.Start(), [&](const platform::IP_ADAPTER_ADDRESSES& node) {
+        AdapterRecord& record = records.emplace_back();
+        record.name = reader.Text(node.AdapterName);
+        record.description = reader.Text(node.Description);
+        record.dnsSuffix = reader.Text(node.DnsSuffix);
+        record.ifIndex = node.IfIndex;
+        record.ifType = node.IfType;
+        record.operStatus = node.OperStatus;
+        Walk<platform::IP_ADAPTER_UNICAST_ADDRESS>(
+            reader, node.FirstUnicastAddress,
+            [&](const auto& one) { AddAddress(reader, one.Address, &record.addresses); });
+        Walk<platform::IP_ADAPTER_GATEWAY_ADDRESS>(
+            reader, node.FirstGatewayAddress,
+            [&](const auto& one) { AddAddress(reader, one.Address, &record.gateways); });
+      });
   return records;
 }
 
 std::vector<AdapterInfoRecord> ReadAdapterInfo(const CGenericMalloc& block) {
   std::vector<AdapterInfoRecord> records;
   const BlockReader reader(block);
-  Walk<platform::IP_ADAPTER_INFO>(reader, reader.Start(), [&](const platform::IP_ADAPTER_INFO& node) {
-    records.push_back({node.Index, FieldText(node.IpAddressList.IpAddress), FieldText(node.IpAddressList.IpMask)});
-  });
+  Walk<platform::IP_ADAPTER_INFO>(
+      reader, reader.Start(), [&](const platform::IP_ADAPTER_INFO& node) {
+        records.push_back({node.Index, FieldText(node.IpAddressList.IpAddress),
+                           FieldText(node.IpAddressList.IpMask)});
+      });
   return records;
 }
 

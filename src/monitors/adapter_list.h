@@ -1,6 +1,6 @@
 #pragma once
-// The platform's adapter lists as plain records. Nothing outside the block is read: what points out of
-// it, or runs past its end, is passed over.
+// The platform's adapter lists as plain records. Nothing outside the block is read: what points out
+// of it, or runs past its end, is passed over.
 
 #include <string>
 #include <vector>

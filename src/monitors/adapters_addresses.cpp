@@ -24,8 +24,8 @@ constexpr int kAttempts = 3;
 
 std::atomic<bool> g_TraceVPN{false};
 
-// The block that fill(data, &size) filled, empty where it has nothing to list; null with the code in
-// *result when it failed.
+// The block that fill(data, &size) filled, empty where it has nothing to list; null with the code
+// in *result when it failed.
 template <typename Fill>
 CSmartPointer<CGenericMalloc> FillBlock(const char* operation, ULONG* result, Fill&& fill) {
   ULONG size = kFirstBytes;
@@ -70,12 +70,13 @@ class NeighbourTable {
       const platform::MIB_IPNET_ROW2& row = m_pTable->Table[i];
       Sockaddr address;
       std::memcpy(static_cast<void*>(&address), &row.Address, sizeof(address));
-      if (row.Address.si_family != m_Family || !matches(address) || row.PhysicalAddressLength < MacAddress{}.size() ||
-          IsZero(ToMac(row.PhysicalAddress))) {
+      if (row.Address.si_family != m_Family || !matches(address) ||
+          row.PhysicalAddressLength < MacAddress{}.size() || IsZero(ToMac(row.PhysicalAddress))) {
         continue;
       }
       *mac = 0;
-      for (std::size_t b = std::min<std::size_t>(row.PhysicalAddressLength, sizeof(*mac)); b > 0; --b) {
+      for (std::size_t b = std::min<std::size_t>(row.PhysicalAddressLength, sizeof(*mac)); b > 0;
+           --b) {
         *mac = *mac << 8 | row.PhysicalAddress[b - 1];
       }
       return true;
@@ -104,8 +105,9 @@ AdapterFacts FactsOf(const AdapterRecord& adapter) {
 std::vector<AdapterRecord> AdaptersOf(const CGenericMalloc& block, const platform::GUID& guid) {
   const WString wanted = GuidText(guid);
   std::vector<AdapterRecord> adapters = ReadAdapters(block);
-  std::erase_if(adapters,
-                [&](const AdapterRecord& one) { return !EqualsIgnoreCase(Widen(one.name), wanted); });
+  std::erase_if(adapters, [&](const AdapterRecord& one) {
+    return !EqualsIgnoreCase(Widen(one.name), wanted);
+  });
   return adapters;
 }
 
@@ -126,11 +128,13 @@ void CAdaptersAddresses::InitializeAddresses() {
   ULONG result = platform::ERROR_BUFFER_OVERFLOW;
   m_pAddresses = FillBlock("InitializeAddresses", &result, [](std::uint8_t* data, ULONG* size) {
     return Os().ipHelper.GetAdaptersAddresses(
-        platform::AF_UNSPEC, platform::GAA_FLAG_INCLUDE_PREFIX | platform::GAA_FLAG_INCLUDE_GATEWAYS, nullptr,
+        platform::AF_UNSPEC,
+        platform::GAA_FLAG_INCLUDE_PREFIX | platform::GAA_FLAG_INCLUDE_GATEWAYS, nullptr,
         reinterpret_cast<platform::IP_ADAPTER_ADDRESSES*>(data), size);
   });
   if (m_pAddresses) return;
-  LOG_DEBUG(DBG(31), u"CAdaptersAddresses::InitializeAddresses_internal: GetAdaptersAddresses failed %lu\n",
+  LOG_DEBUG(DBG(31),
+            u"CAdaptersAddresses::InitializeAddresses_internal: GetAdaptersAddresses failed %lu\n",
             result);
 }
 
@@ -141,11 +145,14 @@ void CAdaptersAddresses::InitializeAdapterInfo() {
     return Os().ipHelper.GetAdaptersInfo(reinterpret_cast<platform::IP_ADAPTER_INFO*>(data), size);
   });
   if (m_pAdapterInfo) return;
-  LOG_DEBUG(DBG(31), u"CAdaptersAddresses::InitializeAdapterInfo_internal: GetAdaptersInfo failed %lu\n", result);
+  LOG_DEBUG(DBG(31),
+            u"CAdaptersAddresses::InitializeAdapterInfo_internal: GetAdaptersInfo failed %lu\n",
+            result);
 }
 
 std::uint32_t CAdaptersAddresses::CountVPNAdapters() {
-  return Guarded(kClassName, "CountVPNAdapters", std::uint32_t{0}, [this] { return CountVPNAdapters_internal(); });
+  return Guarded(kClassName, "CountVPNAdapters", std::uint32_t{0},
+                 [this] { return CountVPNAdapters_internal(); });
 }
 
 std::uint32_t CAdaptersAddresses::CountVPNAdapters_internal() {
@@ -158,22 +165,26 @@ std::uint32_t CAdaptersAddresses::CountVPNAdapters_internal() {
     const bool vpn = IsActiveVpn(FactsOf(adapter));
     if (vpn) ++count;
     if (g_TraceVPN) {
-      LOG_INFO(u"CAdaptersAddresses::CountVPNAdapters: [%s] IfType=%lu, OperStatus=%lu, named=%i, VPN=%i\n",
-               adapter.description, adapter.ifType, adapter.operStatus, HasVpnName(ToLower(adapter.description)),
-               vpn);
+      LOG_INFO(
+          u"CAdaptersAddresses::CountVPNAdapters: [%s] IfType=%lu, OperStatus=%lu, named=%i, "
+          u"VPN=%i\n",
+          adapter.description, adapter.ifType, adapter.operStatus,
+          HasVpnName(ToLower(adapter.description)), vpn);
     }
   }
   return count;
 }
 
-std::uint32_t CAdaptersAddresses::CountConnectedAdapters(std::uint32_t* total, std::uint32_t* lanUp) {
+std::uint32_t CAdaptersAddresses::CountConnectedAdapters(std::uint32_t* total,
+                                                         std::uint32_t* lanUp) {
   *total = 0;
   *lanUp = 0;
   return Guarded(kClassName, "CountConnectedAdapters", std::uint32_t{0},
                  [&] { return CountConnectedAdapters_internal(total, lanUp); });
 }
 
-std::uint32_t CAdaptersAddresses::CountConnectedAdapters_internal(std::uint32_t* total, std::uint32_t* lanUp) {
+std::uint32_t CAdaptersAddresses::CountConnectedAdapters_internal(std::uint32_t* total,
+                                                                  std::uint32_t* lanUp) {
   if (!m_pAddresses) return 0;
   std::uint32_t up = 0;
   for (const AdapterRecord& adapter : ReadAdapters(*m_pAddresses)) {
@@ -189,8 +200,10 @@ std::uint32_t CAdaptersAddresses::CountConnectedAdapters_internal(std::uint32_t*
 
 std::size_t CAdaptersAddresses::GetIPAddressesForInterface(const platform::GUID& adapter,
                                                            std::vector<Ip4Address>* ip4,
-                                                           std::vector<Ip6Address>* ip6, WString* dnsSuffix) {
-  if (!m_pAddresses) throw Exception("CAdaptersAddresses::GetIPAddressesForInterface: not initialized");
+                                                           std::vector<Ip6Address>* ip6,
+                                                           WString* dnsSuffix) {
+  if (!m_pAddresses)
+    throw Exception("CAdaptersAddresses::GetIPAddressesForInterface: not initialized");
   std::size_t count = 0;
   for (const AdapterRecord& one : AdaptersOf(*m_pAddresses, adapter)) {
     *dnsSuffix = one.dnsSuffix;
@@ -203,18 +216,21 @@ std::size_t CAdaptersAddresses::GetIPAddressesForInterface(const platform::GUID&
 std::size_t CAdaptersAddresses::GetIPGatewaysForInterface(const platform::GUID& adapter,
                                                           std::vector<Ip4Address>* ip4,
                                                           std::vector<Ip6Address>* ip6) {
-  if (!m_pAddresses) throw Exception("CAdaptersAddresses::GetIPGatewaysForInterface: not initialized");
+  if (!m_pAddresses)
+    throw Exception("CAdaptersAddresses::GetIPGatewaysForInterface: not initialized");
   std::size_t count = 0;
   for (const AdapterRecord& one : AdaptersOf(*m_pAddresses, adapter)) {
     for (const Ip4Address gateway : one.gateways.ip4) {
       ++count;
-      LOG_DEBUG(DBG(40), u"CAdaptersAddresses::GetIPGatewaysForInterface: [count=%i] IP4 GATEWAY: %s\n", count,
-                Ip4Text(gateway));
+      LOG_DEBUG(DBG(40),
+                u"CAdaptersAddresses::GetIPGatewaysForInterface: [count=%i] IP4 GATEWAY: %s\n",
+                count, Ip4Text(gateway));
     }
     for (const Ip6Address& gateway : one.gateways.ip6) {
       ++count;
-      LOG_DEBUG(DBG(40), u"CAdaptersAddresses::GetIPGatewaysForInterface: [count=%i] IP6 GATEWAY: %s\n", count,
-                Ip6Text(gateway));
+      LOG_DEBUG(DBG(40),
+                u"CAdaptersAddresses::GetIPGatewaysForInterface: [count=%i] IP6 GATEWAY: %s\n",
+                count, Ip6Text(gateway));
     }
     Append(one.gateways, ip4, ip6);
   }
@@ -224,9 +240,10 @@ std::size_t CAdaptersAddresses::GetIPGatewaysForInterface(const platform::GUID& 
 bool CAdaptersAddresses::GetIPv6AddressForIndex(std::uint32_t ifIndex, Ip6Address* address) {
   if (!m_pAddresses) return false;
   const std::vector<AdapterRecord> adapters = ReadAdapters(*m_pAddresses);
-  const auto found = std::find_if(adapters.begin(), adapters.end(), [ifIndex](const AdapterRecord& one) {
-    return one.ifIndex == ifIndex && !one.addresses.ip6.empty();
-  });
+  const auto found =
+      std::find_if(adapters.begin(), adapters.end(), [ifIndex](const AdapterRecord& one) {
+        return one.ifIndex == ifIndex && !one.addresses.ip6.empty();
+      });
   if (found == adapters.end()) return false;
   *address = found->addresses.ip6.front();
   return true;
@@ -243,12 +260,14 @@ bool CAdaptersAddresses::GetIP4MaskFromAdaptersInfo(std::int32_t ifIndex, const 
   return false;
 }
 
-std::size_t CAdaptersAddresses::GetMacForIP4(const std::vector<Ip4Address>& ip4, std::vector<MacValue>* macs) {
+std::size_t CAdaptersAddresses::GetMacForIP4(const std::vector<Ip4Address>& ip4,
+                                             std::vector<MacValue>* macs) {
   if (ip4.empty()) return 0;
   return Guarded(kClassName, "GetMacForIP4", std::size_t{0}, [&]() -> std::size_t {
     const NeighbourTable table(platform::AF_INET);
     if (table.Result() != platform::ERROR_SUCCESS) {
-      LOG_ERROR(u"CAdaptersAddresses::GetMacForIP4: GetIpNetTable2 for IPv4 Failed: %ld\n", table.Result());
+      LOG_ERROR(u"CAdaptersAddresses::GetMacForIP4: GetIpNetTable2 for IPv4 Failed: %ld\n",
+                table.Result());
       return 0;
     }
     std::size_t found = 0;
@@ -261,19 +280,22 @@ std::size_t CAdaptersAddresses::GetMacForIP4(const std::vector<Ip4Address>& ip4,
         macs->push_back(mac);
         ++found;
       } else {
-        LOG_INFO(u"CAdaptersAddresses::GetMacForIP4: failed to find mac for ip4: %s\n", Ip4Text(ip));
+        LOG_INFO(u"CAdaptersAddresses::GetMacForIP4: failed to find mac for ip4: %s\n",
+                 Ip4Text(ip));
       }
     }
     return found;
   });
 }
 
-std::size_t CAdaptersAddresses::GetMacForIP6(const std::vector<Ip6Address>& ip6, std::vector<MacValue>* macs) {
+std::size_t CAdaptersAddresses::GetMacForIP6(const std::vector<Ip6Address>& ip6,
+                                             std::vector<MacValue>* macs) {
   if (ip6.empty()) return 0;
   return Guarded(kClassName, "GetMacForIP6", std::size_t{0}, [&]() -> std::size_t {
     const NeighbourTable table(platform::AF_INET6);
     if (table.Result() != platform::ERROR_SUCCESS) {
-      LOG_ERROR(u"CAdaptersAddresses::GetMacForIP6: GetIpNetTable2 for IPv6 Failed: %ld\n", table.Result());
+      LOG_ERROR(u"CAdaptersAddresses::GetMacForIP6: GetIpNetTable2 for IPv6 Failed: %ld\n",
+                table.Result());
       return 0;
     }
     std::size_t found = 0;
@@ -286,7 +308,8 @@ std::size_t CAdaptersAddresses::GetMacForIP6(const std::vector<Ip6Address>& ip6,
         macs->push_back(mac);
         ++found;
       } else {
-        LOG_INFO(u"CAdaptersAddresses::GetMacForIP6: failed to find mac for ip6: %s\n", Ip6Text(ip));
+        LOG_INFO(u"CAdaptersAddresses::GetMacForIP6: failed to find mac for ip6: %s\n",
+                 Ip6Text(ip));
       }
     }
     return found;

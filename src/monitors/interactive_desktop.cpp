@@ -3,8 +3,8 @@
 #include <array>
 
 #include "foundation/guarded.h"
-#include "foundation/text.h"
 #include "foundation/log_lines.h"
+#include "foundation/text.h"
 #include "monitors/utils.h"
 #include "platform/platform.h"
 #include "platform/session_api.h"
@@ -20,7 +20,8 @@ bool IsDesktopTitle(WStringView title) {
   constexpr WStringView kHeads[] = {u"CiceroUIWndFrame", u"DDE Server Window", u"AutoCompleteProxy",
                                     u"Default IME"};
   for (const WStringView head : kHeads) {
-    if (title.size() >= head.size() && ToLower(title.substr(0, head.size())) == ToLower(head)) return true;
+    if (title.size() >= head.size() && ToLower(title.substr(0, head.size())) == ToLower(head))
+      return true;
   }
   return false;
 }
@@ -28,8 +29,10 @@ bool IsDesktopTitle(WStringView title) {
 platform::BOOL EnumWindowsProc(platform::HANDLE window, void* isService) {
   std::array<char16_t, kTitleChars> title{};
   const int length = Os().session.GetWindowTextW(window, title.data(), kTitleChars);
-  if (length <= 0 || !IsDesktopTitle({title.data(), static_cast<std::size_t>(length)})) return platform::TRUE;
-  LOG_DEBUG(DBG(14), u"[hwnd %p] EnumWindowsProc: FOUND MATCH: %s\n", window, WString(title.data()));
+  if (length <= 0 || !IsDesktopTitle({title.data(), static_cast<std::size_t>(length)}))
+    return platform::TRUE;
+  LOG_DEBUG(DBG(14), u"[hwnd %p] EnumWindowsProc: FOUND MATCH: %s\n", window,
+            WString(title.data()));
   *static_cast<bool*>(isService) = false;
   return platform::FALSE;
 }

@@ -4,8 +4,8 @@
 #include <cmath>
 
 #include "foundation/guarded.h"
-#include "monitors/utils.h"
 #include "foundation/log_lines.h"
+#include "monitors/utils.h"
 #include "platform/clock_api.h"
 #include "platform/platform.h"
 
@@ -17,7 +17,7 @@ constexpr char kClassName[] = "CInterfacePDH";
 constexpr std::uint64_t kPdhLog = DBG(13);
 constexpr std::uint32_t kNoIndex = 0xFFFFFFFF;
 constexpr std::int64_t kMinPollMs = 500;
-constexpr double kTrickleMbps = 0.1;  // from here on it is real traffic
+constexpr double kTrickleMbps = 0.1;       // from here on it is real traffic
 constexpr std::uint32_t kMeanSamples = 9;  // from here on a new sample weighs a tenth
 
 std::uint64_t Now() { return Os().clock.GetTickCount64(); }
@@ -40,10 +40,17 @@ void TakeErrors(double value, std::int64_t elapsedMs, std::atomic<double>* error
 WString InstanceName(WString description) {
   for (char16_t& c : description) {
     switch (c) {
-      case u'#': c = u'_'; break;
-      case u'(': c = u'['; break;
-      case u')': c = u']'; break;
-      default: break;
+      case u'#':
+        c = u'_';
+        break;
+      case u'(':
+        c = u'[';
+        break;
+      case u')':
+        c = u']';
+        break;
+      default:
+        break;
     }
   }
   return description;
@@ -53,7 +60,8 @@ WString InstanceName(WString description) {
 
 CInterfacePDH::~CInterfacePDH() { CloseCounters(); }
 
-bool CInterfacePDH::Initialize(std::uint32_t ifIndex, int configIdx, double rateGateHigh, double rateGateLow) {
+bool CInterfacePDH::Initialize(std::uint32_t ifIndex, int configIdx, double rateGateHigh,
+                               double rateGateLow) {
   m_IfIndex = ifIndex;
   m_ConfigIdx = configIdx;
   m_RateGateHigh = rateGateHigh;
@@ -69,8 +77,8 @@ bool CInterfacePDH::Initialize(std::uint32_t ifIndex, int configIdx, double rate
 bool CInterfacePDH::OpenCounters() {
   if (Os().perfCounters.PdhOpenQueryW(nullptr, 0, &m_hQuery) != 0) {
     m_hQuery = nullptr;
-    LOG_ERROR(u"[%i]CInterfacePDH::Initialize: m_IfIndex = %i, 1st PdhOpenQuery() failed!", m_ConfigIdx,
-              m_IfIndex);
+    LOG_ERROR(u"[%i]CInterfacePDH::Initialize: m_IfIndex = %i, 1st PdhOpenQuery() failed!",
+              m_ConfigIdx, m_IfIndex);
     return false;
   }
   if (!AddRateCounter(u"Bytes Received/sec", &m_BytesReceivedPerSecCounter) ||
@@ -82,8 +90,8 @@ bool CInterfacePDH::OpenCounters() {
   // A rate takes two samples; this is the first.
   if (Os().perfCounters.PdhCollectQueryData(m_hQuery) != 0) {
     LOG_ADAPTER(m_ConfigIdx, kPdhLog,
-                u"[%i]CInterfacePDH::Initialize: m_IfIndex = %i, 1st PdhCollectQueryData() failed!", m_ConfigIdx,
-                m_IfIndex);
+                u"[%i]CInterfacePDH::Initialize: m_IfIndex = %i, 1st PdhCollectQueryData() failed!",
+                m_ConfigIdx, m_IfIndex);
     CloseCounters();
     return false;
   }
@@ -101,16 +109,16 @@ bool CInterfacePDH::AddCounter(const WString& path, platform::PDH_HCOUNTER* coun
 bool CInterfacePDH::AddRateCounter(const char16_t* name, platform::PDH_HCOUNTER* counter) {
   const WString path = Format(u"\\Network Adapter(%s)\\%s", m_InstanceName, name);
   if (AddCounter(path, counter)) return true;
-  LOG_ERROR(u"[%i]CInterfacePDH::Initialize: m_IfIndex = %i, 1stPdhAddCounter( ...%s...) failed!", m_ConfigIdx,
-            m_IfIndex, path);
+  LOG_ERROR(u"[%i]CInterfacePDH::Initialize: m_IfIndex = %i, 1stPdhAddCounter( ...%s...) failed!",
+            m_ConfigIdx, m_IfIndex, path);
   return false;
 }
 
 void CInterfacePDH::AddErrorCounter(const char16_t* name, platform::PDH_HCOUNTER* counter) {
   const WString path = Format(u"\\Network Adapter(%s)\\%s", m_InstanceName, name);
   if (AddCounter(path, counter)) return;
-  LOG_ERROR(u"[%i]CInterfacePDH::Initialize: m_IfIndex = %i, FAILED to Add Counter[%s]\n", m_ConfigIdx, m_IfIndex,
-            path);
+  LOG_ERROR(u"[%i]CInterfacePDH::Initialize: m_IfIndex = %i, FAILED to Add Counter[%s]\n",
+            m_ConfigIdx, m_IfIndex, path);
 }
 
 void CInterfacePDH::PollPDHCollection() {
@@ -147,7 +155,8 @@ void CInterfacePDH::ReadCounters(std::int64_t elapsedMs) {
 }
 
 // A value that is no number counts as one that can't be read.
-bool CInterfacePDH::ReadCounter(platform::PDH_HCOUNTER counter, const char16_t* name, double* value) const {
+bool CInterfacePDH::ReadCounter(platform::PDH_HCOUNTER counter, const char16_t* name,
+                                double* value) const {
   if (!counter) return false;
   platform::PDH_FMT_COUNTERVALUE formatted;
   const platform::PDH_STATUS result = Os().perfCounters.PdhGetFormattedCounterValue(
@@ -156,9 +165,10 @@ bool CInterfacePDH::ReadCounter(platform::PDH_HCOUNTER counter, const char16_t* 
     *value = formatted.doubleValue;
     return true;
   }
-  LOG_ADAPTER(m_ConfigIdx, kPdhLog,
-              u"[%i]CInterfacePDH::Initialize: m_IfIndex = %i, PdhGetFormattedCounterValue(%s...) failed!",
-              m_ConfigIdx, m_IfIndex, name);
+  LOG_ADAPTER(
+      m_ConfigIdx, kPdhLog,
+      u"[%i]CInterfacePDH::Initialize: m_IfIndex = %i, PdhGetFormattedCounterValue(%s...) failed!",
+      m_ConfigIdx, m_IfIndex, name);
   return false;
 }
 
@@ -174,8 +184,9 @@ void CInterfacePDH::TakeTrickleSample(double mbps, std::uint64_t now) {
 
 void CInterfacePDH::CloseCounters() {
   auto& pdh = Os().perfCounters;
-  for (platform::PDH_HCOUNTER* counter : {&m_BytesSentPerSecCounter, &m_BytesReceivedPerSecCounter,
-                                          &m_PacketsOutboundErrorsCounter, &m_PacketsReceivedErrorsCounter}) {
+  for (platform::PDH_HCOUNTER* counter :
+       {&m_BytesSentPerSecCounter, &m_BytesReceivedPerSecCounter, &m_PacketsOutboundErrorsCounter,
+        &m_PacketsReceivedErrorsCounter}) {
     if (*counter) pdh.PdhRemoveCounter(*counter);
     *counter = nullptr;
   }

@@ -8,15 +8,15 @@
 
 namespace corvane {
 
-// Traffic of one adapter by the performance counters. Polled on the adapter's worker; the values may
-// be read by any thread.
+// Traffic of one adapter by the performance counters. Polled on the adapter's worker; the values
+// may be read by any thread.
 class CInterfacePDH : public SmartObjEx<CInterfacePDH, SmartObj<>> {
  public:
   ~CInterfacePDH() override;
   const char* GetClassName() const override { return "CInterfacePDH"; }
 
-  // Opens the counters of the interface with this index of the operating system; the gates are in Mbps.
-  // False without that interface or without counters; then polls read what there is.
+  // Opens the counters of the interface with this index of the operating system; the gates are in
+  // Mbps. False without that interface or without counters; then polls read what there is.
   bool Initialize(std::uint32_t ifIndex, int configIdx, double rateGateHigh, double rateGateLow);
   void PollPDHCollection();  // at most once in 500 ms
   void CloseCounters();

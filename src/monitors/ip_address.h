@@ -3,12 +3,13 @@
 #include <cstdint>
 #include <vector>
 
-#include "store/address_text.h"
 #include "foundation/text.h"
+#include "store/address_text.h"
 
 namespace corvane {
 
-using Ip4Address = std::uint32_t;  // network byte order: the first byte of the address in memory first
+using Ip4Address =
+    std::uint32_t;  // network byte order: the first byte of the address in memory first
 using Ip6Address = std::array<std::uint8_t, 16>;
 
 // As InetNtopW writes them; IPv6 in the form of RFC 5952.

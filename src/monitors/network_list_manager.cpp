@@ -3,12 +3,12 @@
 #include <atomic>
 #include <vector>
 
-#include "store/address_text.h"
 #include "foundation/exception.h"
 #include "foundation/guarded.h"
 #include "foundation/log_lines.h"
 #include "monitors/nlm_table.h"
 #include "platform/platform.h"
+#include "store/address_text.h"
 
 namespace corvane {
 
@@ -57,7 +57,8 @@ bool ReadNetwork(platform::INetwork& network, const char16_t* operation, NlmNetw
   network.get_IsConnectedToInternet(&record->isinet);
   platform::DWORD connectivity = 0;
   if (const HRESULT result = network.GetConnectivity(&connectivity); Failed(result)) {
-    LOG_ERROR(u"CNetworkListManager::%s: pNetwork->GetConnectivity() failed 0x%08x", operation, result);
+    LOG_ERROR(u"CNetworkListManager::%s: pNetwork->GetConnectivity() failed 0x%08x", operation,
+              result);
   } else {
     record->connectivity = connectivity;
   }
@@ -74,10 +75,14 @@ const char16_t* ConnectivityWord(std::uint32_t flags, const char16_t* neither) {
 
 const char16_t* NetworkCategoryName(std::int32_t category) {
   switch (category) {
-    case 0: return u"Public";
-    case 1: return u"Private";
-    case 2: return u"Domain";
-    default: return u"Unknown";
+    case 0:
+      return u"Public";
+    case 1:
+      return u"Private";
+    case 2:
+      return u"Domain";
+    default:
+      return u"Unknown";
   }
 }
 
@@ -155,13 +160,14 @@ struct CNetworkListManager::Impl {
       const std::vector<ComPointer<platform::INetwork>> owned(batch, batch + count);
       for (const auto& network : owned) {
         NlmNetworkRecord record;
-        if (network && ReadNetwork(*network, operation, &record)) listed->push_back(std::move(record));
+        if (network && ReadNetwork(*network, operation, &record))
+          listed->push_back(std::move(record));
       }
     }
   }
 
-  // Runs the passes on a copy of the table and publishes it; the lists are asked for beforehand, so that
-  // the writers' lock waits for no platform call.
+  // Runs the passes on a copy of the table and publishes it; the lists are asked for beforehand, so
+  // that the writers' lock waits for no platform call.
   HRESULT Refresh(bool dump) {
     NlmTable::Listed seed, strict, loose;
     if (Present()->IsEmpty()) ListNetworks(u"SeedNetworkCategories_internal", &seed);
@@ -183,11 +189,11 @@ struct CNetworkListManager::Impl {
     return result;
   }
 
-  // Calls visit(network) for each connection of the adapter, until it gives false. The two names are for
-  // the log: of the operation, and of failed calls.
+  // Calls visit(network) for each connection of the adapter, until it gives false. The two names
+  // are for the log: of the operation, and of failed calls.
   template <typename Visit>
-  HRESULT WalkConnections(const platform::GUID& adapter, const char16_t* operation, const char16_t* callName,
-                          Visit&& visit) {
+  HRESULT WalkConnections(const platform::GUID& adapter, const char16_t* operation,
+                          const char16_t* callName, Visit&& visit) {
     const Manager manager = PresentManager();
     if (!manager) {
       LOG_ERROR(u"CNetworkListManager::%s_internal: m_pNLM is NULL!", operation);
@@ -198,7 +204,8 @@ struct CNetworkListManager::Impl {
     const ComPointer<platform::IEnumNetworkConnections> connections(enumeration);
     if (!Failed(result) && !connections) result = platform::E_POINTER;
     if (Failed(result)) {
-      LOG_ERROR(u"CNetworkListManager::%s() - GetNetworkConnections() failed 0x%08x", callName, result);
+      LOG_ERROR(u"CNetworkListManager::%s() - GetNetworkConnections() failed 0x%08x", callName,
+                result);
       return result;
     }
     for (;;) {
@@ -223,14 +230,16 @@ struct CNetworkListManager::Impl {
   void Dump(const NlmTable& table) const {
     for (const auto& [base, record] : table.Records()) {
       WString others;
-      for (const auto& [name, unused] : record.others) others += (others.empty() ? u"" : u", ") + name;
-      LOG_INFO(u"DUMP-NLM Map: name=%s, base=%s, cat=%s, desc=%s, connectivity=0x%08x%s, others=%s\n",
-               record.name, base, NetworkCategoryName(record.cat), record.desc, record.connectivity,
-               ConnectivityWord(record.connectivity, u""), others);
+      for (const auto& [name, unused] : record.others)
+        others += (others.empty() ? u"" : u", ") + name;
+      LOG_INFO(
+          u"DUMP-NLM Map: name=%s, base=%s, cat=%s, desc=%s, connectivity=0x%08x%s, others=%s\n",
+          record.name, base, NetworkCategoryName(record.cat), record.desc, record.connectivity,
+          ConnectivityWord(record.connectivity, u""), others);
     }
   }
 
-  CCritSec m_WriteLock{"network list, writers"};  // one writer at a time
+  CCritSec m_WriteLock{"network list, writers"};                // one writer at a time
   CCritSec m_TableLock{"network list table", LockRank::kLeaf};  // guards the two below
   Manager m_pNLM;
   Table m_pTable = std::make_shared<const NlmTable>();
@@ -239,7 +248,8 @@ struct CNetworkListManager::Impl {
 CNetworkListManager::CNetworkListManager() : m_pImpl(std::make_unique<Impl>()) {
   Impl::InitCom();
   if (const HRESULT result = m_pImpl->InitInstance(); Failed(result)) {
-    LOG_ERROR(u"CNetworkListManager::CNetworkListManager() - InitNLMInstance failed 0x%08x", result);
+    LOG_ERROR(u"CNetworkListManager::CNetworkListManager() - InitNLMInstance failed 0x%08x",
+              result);
     throw Exception("CoCreateInstance(CLSID_NetworkListManager...): failed 0x%08x", result);
   }
 }
@@ -269,30 +279,33 @@ std::int32_t CNetworkListManager::CategoryOf(WStringView base) {
   return list && list->GetCatForBaseNetname(base, &category, false) ? category : kUnknown;
 }
 
-bool CNetworkListManager::GetCatForBaseNetname(WStringView base, std::int32_t* category, bool hint) {
+bool CNetworkListManager::GetCatForBaseNetname(WStringView base, std::int32_t* category,
+                                               bool hint) {
   const auto table = m_pImpl->Present();
   if (const NlmNetworkRecord* record = table->Find(base)) {
     *category = record->cat;
     return true;
   }
   if (hint && NlmDebugLevel() >= kVerbose) {
-    LOG_DEBUG(DBG(1), u"\nCNetworkListManager::GetCatForBaseNetname: %s __NOT FOUND__! [hint_find=%i]\n", base,
-              hint);
+    LOG_DEBUG(DBG(1),
+              u"\nCNetworkListManager::GetCatForBaseNetname: %s __NOT FOUND__! [hint_find=%i]\n",
+              base, hint);
   }
   return false;
 }
 
-bool CNetworkListManager::GetConnectivityForBaseNetname(WStringView base, std::uint32_t* connectivity,
-                                                        bool hint) {
+bool CNetworkListManager::GetConnectivityForBaseNetname(WStringView base,
+                                                        std::uint32_t* connectivity, bool hint) {
   const auto table = m_pImpl->Present();
   if (const NlmNetworkRecord* record = table->Find(base)) {
     *connectivity = record->connectivity;
     return true;
   }
   if (hint && NlmDebugLevel() >= kVerbose) {
-    LOG_DEBUG(DBG(1),
-              u"\nCNetworkListManager::GetConnectivityForBaseNetname: %s __NOT FOUND__! [hint_find=%i]\n", base,
-              hint);
+    LOG_DEBUG(
+        DBG(1),
+        u"\nCNetworkListManager::GetConnectivityForBaseNetname: %s __NOT FOUND__! [hint_find=%i]\n",
+        base, hint);
   }
   return false;
 }
@@ -303,7 +316,8 @@ bool CNetworkListManager::GetNameForBaseNetname(WStringView base, std::list<WStr
   const NlmNetworkRecord* record = table->Find(base);
   if (!record) {
     if (NlmDebugLevel() >= kVerbose) {
-      LOG_INFO(u"\nCNetworkListManager::GetNameForBaseNetname: %s __NOT FOUND__! [hint_find=%i]\n", base, 0);
+      LOG_INFO(u"\nCNetworkListManager::GetNameForBaseNetname: %s __NOT FOUND__! [hint_find=%i]\n",
+               base, 0);
     }
     return false;
   }
@@ -324,8 +338,10 @@ void CNetworkListManager::SetConnectivityForNetwork(WStringView name, std::uint3
   }
   if (!record) return;
   if (NlmDebugLevel() >= kVerbose) {
-    LOG_INFO(u"\nCNetworkListManager::SetConnectivityForNetwork: [search %s %s][inst name %s] 0x%08x ==> 0x%08x\n",
-             search, base, record->name, record->connectivity, connectivity);
+    LOG_INFO(
+        u"\nCNetworkListManager::SetConnectivityForNetwork: [search %s %s][inst name %s] 0x%08x "
+        u"==> 0x%08x\n",
+        search, base, record->name, record->connectivity, connectivity);
   }
   if (record->connectivity == connectivity) return;
   auto table = std::make_shared<NlmTable>(*present);
@@ -342,7 +358,8 @@ HRESULT CNetworkListManager::GetNetworkNamesForInterface(const platform::GUID& a
       if (const HRESULT result = network.GetName(&name); result == platform::S_OK) {
         names->push_back(std::move(name));
       } else {
-        LOG_ERROR(u"CNetworkListManager::%s() - pNetwork->GetName() failed 0x%08x", kCallName, result);
+        LOG_ERROR(u"CNetworkListManager::%s() - pNetwork->GetName() failed 0x%08x", kCallName,
+                  result);
       }
       return true;
     };
@@ -350,39 +367,40 @@ HRESULT CNetworkListManager::GetNetworkNamesForInterface(const platform::GUID& a
   });
 }
 
-HRESULT CNetworkListManager::DoesInterfaceHaveInternet(const platform::GUID& adapter, bool* internet,
-                                                       NlmNetworkRecord* record) {
+HRESULT CNetworkListManager::DoesInterfaceHaveInternet(const platform::GUID& adapter,
+                                                       bool* internet, NlmNetworkRecord* record) {
   *internet = false;
   *record = {};
   return Guarded(kClassName, "DoesInterfaceHaveInternet", platform::E_FAIL, [&] {
     constexpr char16_t kOperation[] = u"DoesInterfaceHaveInternet";
     std::uint32_t found = 0;
-    return m_pImpl->WalkConnections(adapter, kOperation, kOperation, [&](platform::INetwork& network) {
-      NlmNetworkRecord one;
-      if (!ReadNetwork(network, kOperation, &one)) return true;
-      ++found;
-      const bool verbose = NlmDebugLevel() >= 1;
-      if ((one.connectivity & kConnectivityInternet) != 0) {
-        if (verbose) {
-          LOG_INFO(u"[%s][%s][%s] connectivity=0x%08x[INTERNET][Found=%lu, stop loop]\n", one.name, one.base,
-                   NetworkCategoryName(one.cat), one.connectivity, found);
-        }
-        *internet = true;
-        *record = std::move(one);
-        return false;
-      }
-      if ((one.connectivity & kConnectivityNoInternet) != 0) {
-        if (verbose) {
-          LOG_INFO(u"[%s][%s][%s] connectivity=0x%08x[NO INTERNET][Found=%lu, so far...]\n", one.name, one.base,
-                   NetworkCategoryName(one.cat), one.connectivity, found);
-        }
-        *record = std::move(one);
-      } else if (verbose) {
-        LOG_INFO(u"[%s] connectivity=0x%08x[DISCONNECTED][Found=%lu, so far...]\n", one.name, one.connectivity,
-                 found);
-      }
-      return true;
-    });
+    return m_pImpl->WalkConnections(
+        adapter, kOperation, kOperation, [&](platform::INetwork& network) {
+          NlmNetworkRecord one;
+          if (!ReadNetwork(network, kOperation, &one)) return true;
+          ++found;
+          const bool verbose = NlmDebugLevel() >= 1;
+          if ((one.connectivity & kConnectivityInternet) != 0) {
+            if (verbose) {
+              LOG_INFO(u"[%s][%s][%s] connectivity=0x%08x[INTERNET][Found=%lu, stop loop]\n",
+                       one.name, one.base, NetworkCategoryName(one.cat), one.connectivity, found);
+            }
+            *internet = true;
+            *record = std::move(one);
+            return false;
+          }
+          if ((one.connectivity & kConnectivityNoInternet) != 0) {
+            if (verbose) {
+              LOG_INFO(u"[%s][%s][%s] connectivity=0x%08x[NO INTERNET][Found=%lu, so far...]\n",
+                       one.name, one.base, NetworkCategoryName(one.cat), one.connectivity, found);
+            }
+            *record = std::move(one);
+          } else if (verbose) {
+            LOG_INFO(u"[%s] connectivity=0x%08x[DISCONNECTED][Found=%lu, so far...]\n", one.name,
+                     one.connectivity, found);
+          }
+          return true;
+        });
   });
 }
 
@@ -400,8 +418,8 @@ HRESULT CNetworkListManager::GetNetCatInfoForInterface(const platform::GUID& ada
       if (!ReadNetwork(network, kOperation, &one)) return true;
       one.seen = true;
       if (NlmDebugLevel() >= 1) {
-        LOG_INFO(u"CNetworkListManager::%s: FOUND: name=%s, category=%i %s, ifguid=%s %s\n", kOperation, one.name,
-                 one.cat, NetworkCategoryName(one.cat), GuidText(adapter),
+        LOG_INFO(u"CNetworkListManager::%s: FOUND: name=%s, category=%i %s, ifguid=%s %s\n",
+                 kOperation, one.name, one.cat, NetworkCategoryName(one.cat), GuidText(adapter),
                  ConnectivityWord(one.connectivity, u"[DISCONNECTED]"));
       }
       records->push_back(std::move(one));
@@ -425,7 +443,9 @@ WString CNetworkListManager::StripInstanceNumFromNetName(WStringView name) {
     text.remove_prefix(first);
   }
   if (NlmDebugLevel() >= kVerbose && text != name) {
-    LOG_INFO(u"\nCNetworkListManager::StripInstanceNumFromNetName: returning '%s' [from input '%s']\n", text, name);
+    LOG_INFO(
+        u"\nCNetworkListManager::StripInstanceNumFromNetName: returning '%s' [from input '%s']\n",
+        text, name);
   }
   return WString(text);
 }

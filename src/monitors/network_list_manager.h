@@ -20,7 +20,9 @@ inline constexpr std::uint32_t kConnectivityNoInternet = 0x333;
 class CNetworkListManager {
  public:
   // Made on first use by the main thread; throws Exception while the system has no network list.
-  static CNetworkListManager& GetInstance() { return Singleton<CNetworkListManager>::GetInstance(); }
+  static CNetworkListManager& GetInstance() {
+    return Singleton<CNetworkListManager>::GetInstance();
+  }
   // For look-ups: null while there is none, and nothing is known.
   static CNetworkListManager* Find() { return Singleton<CNetworkListManager>::Find(); }
   // -1 for a network that is not known.
@@ -36,7 +38,8 @@ class CNetworkListManager {
   void SetConnectivityForNetwork(WStringView name, std::uint32_t connectivity);
 
   // Walks over the adapter's connections.
-  platform::HRESULT GetNetworkNamesForInterface(const platform::GUID& adapter, std::list<WString>* names);
+  platform::HRESULT GetNetworkNamesForInterface(const platform::GUID& adapter,
+                                                std::list<WString>* names);
   platform::HRESULT DoesInterfaceHaveInternet(const platform::GUID& adapter, bool* internet,
                                               NlmNetworkRecord* record);
   // 0 when one or more were added, else 1.

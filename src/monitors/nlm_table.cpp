@@ -6,9 +6,9 @@ namespace corvane {
 
 namespace {
 
-#define NLM_LOG(level, ...)                                     \
-  do {                                                          \
-    if (NlmDebugLevel() >= (level)) LOG_INFO(__VA_ARGS__);      \
+#define NLM_LOG(level, ...)                                \
+  do {                                                     \
+    if (NlmDebugLevel() >= (level)) LOG_INFO(__VA_ARGS__); \
   } while (0)
 
 WString Brief(const NlmNetworkRecord& one) {
@@ -66,8 +66,10 @@ void NlmTable::Seed(const NlmNetworkRecord& network) {
   const auto at = m_Records.find(network.base);
   if (at == m_Records.end()) {
     Store(network);
-    NLM_LOG(1, u"NLM-SEED: ADD:[new entry] name=%s, base=%s, cat=%s, connectivity=0x%08x, desc=%s\n",
-            network.name, network.base, NetworkCategoryName(network.cat), network.connectivity, network.desc);
+    NLM_LOG(1,
+            u"NLM-SEED: ADD:[new entry] name=%s, base=%s, cat=%s, connectivity=0x%08x, desc=%s\n",
+            network.name, network.base, NetworkCategoryName(network.cat), network.connectivity,
+            network.desc);
     return;
   }
   NlmNetworkRecord& old = at->second;
@@ -85,32 +87,38 @@ void NlmTable::Strict(const NlmNetworkRecord& network) {
   if (at == m_Records.end()) {
     if (IsLive(network) || network.desc == network.name) {
       Store(network);
-      NLM_LOG(1, u"NLM-STRICT __CREATE_NEW__: %s [EXACT NAME MATCH, OR iscon is true]\n", WithState(network));
+      NLM_LOG(1, u"NLM-STRICT __CREATE_NEW__: %s [EXACT NAME MATCH, OR iscon is true]\n",
+              WithState(network));
     } else {
-      NLM_LOG(1, u"NLM-STRICT __SKIP-INVALID?__:[Existing NOT found] %s [NAME MISMATCH & iscon is false]\n",
+      NLM_LOG(1,
+              u"NLM-STRICT __SKIP-INVALID?__:[Existing NOT found] %s [NAME MISMATCH & iscon is "
+              u"false]\n",
               WithState(network));
     }
     return;
   }
   NlmNetworkRecord& old = at->second;
   if (old.name == network.name) {
-    NLM_LOG(1, u"NLM-STRICT [UPDATE-INSTANCE]: NEW: %s ==> OLD: %s\n", WithState(network), WithState(old));
+    NLM_LOG(1, u"NLM-STRICT [UPDATE-INSTANCE]: NEW: %s ==> OLD: %s\n", WithState(network),
+            WithState(old));
     Replace(&old, network);
   } else if (IsLive(network) && !IsLive(old)) {
     NLM_LOG(1,
-            u"NLM-STRICT SWAP:[Existing found] TAKE-NEW: name=%s, base=%s, cat=%s%s, connectivity=0x%08x, "
+            u"NLM-STRICT SWAP:[Existing found] TAKE-NEW: name=%s, base=%s, cat=%s%s, "
+            u"connectivity=0x%08x, "
             u"desc=%s, iscon=%i/%i\n",
             network.name, network.base, NetworkCategoryName(network.cat),
-            network.cat == old.cat ? u"" : u"[_CHANGED_]", network.connectivity, network.desc, network.iscon,
-            network.isinet);
+            network.cat == old.cat ? u"" : u"[_CHANGED_]", network.connectivity, network.desc,
+            network.iscon, network.isinet);
     NLM_LOG(1, u"NLM-STRICT SWAP:[Existing found] REPL-OLD: %s\n", WithState(old));
     Replace(&old, network);
   } else {
     NLM_LOG(1,
-            u"NLM-STRICT SKIP:[Existing found] name=%s[add name to 'others' under base], base=%s, cat=%s, "
+            u"NLM-STRICT SKIP:[Existing found] name=%s[add name to 'others' under base], base=%s, "
+            u"cat=%s, "
             u"connectivity=0x%08x[IGNORE], desc=%s, iscon=%i/%i\n",
-            network.name, network.base, NetworkCategoryName(network.cat), network.connectivity, network.desc,
-            network.iscon, network.isinet);
+            network.name, network.base, NetworkCategoryName(network.cat), network.connectivity,
+            network.desc, network.iscon, network.isinet);
     old.others.emplace(network.name, 1);
   }
 }

@@ -81,9 +81,8 @@ bool CUtils::GetDescriptionForIfIndex(std::uint32_t ifIndex, WString* descriptio
   const auto row = FindIndex(rows, ifIndex);
   if (row == rows.end()) return false;
   const std::string_view text = DescriptionOf(*row);
-  const auto earlier = std::count_if(rows.begin(), row, [text](const MIB_IFROW& other) {
-    return DescriptionOf(other) == text;
-  });
+  const auto earlier = std::count_if(
+      rows.begin(), row, [text](const MIB_IFROW& other) { return DescriptionOf(other) == text; });
   *description = Widen(text);
   std::replace(description->begin(), description->end(), u'/', u'_');
   if (earlier > 0) *description += Format(u"#%u", static_cast<unsigned>(earlier));

@@ -15,7 +15,8 @@ WString Head(const ApSummary& ap) {
 
 // The highest rate and the SSID.
 WString Tail(const ApSummary& ap) {
-  const WString rate = ap.details ? Format(u"%lu mbps", ap.details->maxRateMbps) : WString(u"unknown");
+  const WString rate =
+      ap.details ? Format(u"%lu mbps", ap.details->maxRateMbps) : WString(u"unknown");
   return u", Max datarate " + rate + u", " + EscapeForJson(ap.ssid);
 }
 
@@ -38,20 +39,24 @@ WString EscapeForJson(WStringView text) {
 WString ShortApSummary(const ApSummary& ap) { return Head(ap) + Tail(ap); }
 
 WString LongApSummary(const ApSummary& ap) {
-  WString text = Head(ap) + Format(u", Link rate Tx %lu kbps, Link rate Rx %lu kbps", ap.txKbps, ap.rxKbps);
+  WString text =
+      Head(ap) + Format(u", Link rate Tx %lu kbps, Link rate Rx %lu kbps", ap.txKbps, ap.rxKbps);
   if (!ap.details) {
     text +=
-        u", Band unknown, Rssi unknown, MUMIMO unknown, ChannelWidth unknown, Standard unknown, QLoad unknown, "
+        u", Band unknown, Rssi unknown, MUMIMO unknown, ChannelWidth unknown, Standard unknown, "
+        u"QLoad unknown, "
         u"StationCount unknown";
     return text + Tail(ap);
   }
   const ApSummaryDetails& details = *ap.details;
   text += Format(u", Band %lu Ghz, Rssi %i", details.frequencyKHz / kKHzInGHz, details.rssi);
   text += details.muMimo ? u", MUMIMO yes" : u", MUMIMO no";
-  text += Format(u", ChannelWidth %s, Standard 802.11%s", details.channelWidth, StandardLetters(details.standard));
+  text += Format(u", ChannelWidth %s, Standard 802.11%s", details.channelWidth,
+                 StandardLetters(details.standard));
   text += details.qLoad < 0 ? u", QLoad unknown" : Format(u", QLoad %i", details.qLoad);
-  text += details.stationCount >= kUnknownStations ? u", StationCount unknown"
-                                                   : Format(u", StationCount %lu", details.stationCount);
+  text += details.stationCount >= kUnknownStations
+              ? u", StationCount unknown"
+              : Format(u", StationCount %lu", details.stationCount);
   return text + Tail(ap);
 }
 

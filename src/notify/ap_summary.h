@@ -17,8 +17,8 @@ struct ApSummaryDetails {
   std::int32_t rssi = 0;           // dBm
   bool muMimo = false;
   WString channelWidth;
-  WString standard;  // class text such as "802.11ac"; "802.11" and "11" add no letters
-  std::int32_t qLoad = -1;             // below 0: unknown
+  WString standard;         // class text such as "802.11ac"; "802.11" and "11" add no letters
+  std::int32_t qLoad = -1;  // below 0: unknown
   std::uint32_t stationCount = 65535;  // 65535 and more: unknown
   std::uint32_t maxRateMbps = 0;
 };
@@ -30,11 +30,12 @@ struct ApSummary {
   std::uint32_t channel = 0;
   std::uint32_t txKbps = 0;
   std::uint32_t rxKbps = 0;
-  WString ssid;  // as it is; the texts escape it
+  WString ssid;                             // as it is; the texts escape it
   std::optional<ApSummaryDetails> details;  // nothing: not in the scan table
 };
 
-// "Score S, BSSID, SQ Q, Channel C, Max datarate R mbps, SSID"; the rate is "unknown" without details.
+// "Score S, BSSID, SQ Q, Channel C, Max datarate R mbps, SSID"; the rate is "unknown" without
+// details.
 WString ShortApSummary(const ApSummary& ap);
 // The same with link rates, band, RSSI and the rest.
 WString LongApSummary(const ApSummary& ap);

@@ -5,14 +5,15 @@
 
 namespace corvane {
 
-void CNotificationEvent::Set(WStringView nameSpace, WStringView category, WStringView type, bool state) {
+void CNotificationEvent::Set(WStringView nameSpace, WStringView category, WStringView type,
+                             bool state) {
   m_Namespace = nameSpace;
   m_Category = category;
   m_Type = type;
   m_bState = state;
   const platform::SYSTEMTIME now = platform::SystemTimeNow();
-  m_Timestamp = Format(u"%02d/%02d/%02dT%d:%02d:%02d.%02dZ", now.wDay, now.wMonth, now.wYear, now.wHour,
-                       now.wMinute, now.wSecond, now.wMilliseconds);
+  m_Timestamp = Format(u"%02d/%02d/%02dT%d:%02d:%02d.%02dZ", now.wDay, now.wMonth, now.wYear,
+                       now.wHour, now.wMinute, now.wSecond, now.wMilliseconds);
 }
 
 WString CNotificationEvent::GetJson() const {

@@ -24,8 +24,9 @@ class CNotificationEvent : public SmartObjEx<CNotificationEvent, SmartObj<>> {
   WString m_Data1, m_Data2, m_Data3, m_Data4, m_Data5;
 };
 
-// Takes the events. SendNotification runs on the notification thread under the queue's lock: it must
-// neither wait for the global configuration lock nor queue an event of its own from another thread.
+// Takes the events. SendNotification runs on the notification thread under the queue's lock: it
+// must neither wait for the global configuration lock nor queue an event of its own from another
+// thread.
 class INotificationProvider : public virtual ISmartObj {
  public:
   virtual void SendNotification(CNotificationEvent* event) = 0;

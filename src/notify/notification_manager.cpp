@@ -27,7 +27,9 @@ CNotificationManagerSingleton& CNotificationManagerSingleton::GetInstance() {
   return *holder.m_pManager;
 }
 
-void CNotificationManagerSingleton::DropInstance() { Singleton<Holder>::GetInstance().m_pManager.reset(); }
+void CNotificationManagerSingleton::DropInstance() {
+  Singleton<Holder>::GetInstance().m_pManager.reset();
+}
 
 CNotificationManagerSingleton::CNotificationManagerSingleton()
     : SmartObjEx("notification manager"), CThread("notifications") {
@@ -111,8 +113,9 @@ void CNotificationManagerSingleton::Deliver() {
   }
 }
 
-void QueueNotification(WStringView nameSpace, WStringView category, WStringView type, WStringView data1,
-                       WStringView data2, WStringView data3, WStringView data4, WStringView data5) {
+void QueueNotification(WStringView nameSpace, WStringView category, WStringView type,
+                       WStringView data1, WStringView data2, WStringView data3, WStringView data4,
+                       WStringView data5) {
   const auto event = CNotificationEvent::CreateObject();
   event->Set(nameSpace, category, type, true);
   event->m_Data1 = data1;

@@ -2,10 +2,10 @@
 #include <cstdint>
 #include <list>
 
-#include "notify/notification_event.h"
 #include "foundation/singleton.h"
 #include "foundation/thread.h"
 #include "foundation/win_event.h"
+#include "notify/notification_event.h"
 
 namespace corvane {
 
@@ -15,16 +15,16 @@ class CNotificationManagerSingleton : public SmartObjEx<CNotificationManagerSing
                                       public CThread<CNotificationManagerSingleton> {
  public:
   static CNotificationManagerSingleton& GetInstance();
-  // Drops the instance, which a later use makes anew; after Shutdown, when no other thread of the program
-  // runs any more.
+  // Drops the instance, which a later use makes anew; after Shutdown, when no other thread of the
+  // program runs any more.
   static void DropInstance();
   const char* GetClassName() const override { return "CNotificationManagerSingleton"; }
 
   void AddProvider(INotificationProvider* provider);
   // Any thread. Waits while a delivery runs. Without a provider the event is dropped at delivery.
   void QueueNotification(CNotificationEvent* event);
-  // Ends the thread within `timeoutMs` or gives it up; lets the providers go. What is still queued is
-  // not delivered, and later events are dropped.
+  // Ends the thread within `timeoutMs` or gives it up; lets the providers go. What is still queued
+  // is not delivered, and later events are dropped.
   void Shutdown(std::uint32_t timeoutMs);
 
   void RunThreadLoop();

@@ -7,7 +7,7 @@ namespace corvane::platform {
 class ClockApi {
  public:
   virtual ~ClockApi() = default;
-  virtual ULONGLONG GetTickCount64();  // milliseconds since the machine started
+  virtual ULONGLONG GetTickCount64();                   // milliseconds since the machine started
   virtual void GetSystemTimeAsFileTime(FILETIME* now);  // UTC, 100 ns units since 1601
 };
 

@@ -39,16 +39,16 @@ inline constexpr DWORD EVENT_CONTROL_CODE_CAPTURE_STATE = 2;
 // Event tracing. Results are error codes. Safe for use from every thread.
 class EventTraceApi {
  public:
-  // Tells a provider that a session begins or ends to listen (EVENT_CONTROL_CODE_...), and its level, 0
-  // for all; also called within EventRegister.
+  // Tells a provider that a session begins or ends to listen (EVENT_CONTROL_CODE_...), and its
+  // level, 0 for all; also called within EventRegister.
   using EnableCallback = void (*)(const GUID* source, DWORD isEnabled, BYTE level,
-                                  ULONGLONG matchAnyKeyword, ULONGLONG matchAllKeyword, void* filter,
-                                  void* context);
+                                  ULONGLONG matchAnyKeyword, ULONGLONG matchAllKeyword,
+                                  void* filter, void* context);
   virtual ~EventTraceApi() = default;
   virtual ULONG EventRegister(const GUID* provider, EnableCallback callback, void* context,
                               REGHANDLE* handle);
-  virtual ULONG EventSetInformation(REGHANDLE handle, DWORD informationClass, const void* information,
-                                    ULONG length);
+  virtual ULONG EventSetInformation(REGHANDLE handle, DWORD informationClass,
+                                    const void* information, ULONG length);
   // `data` begins with the provider's metadata and the event's.
   virtual ULONG EventWriteTransfer(REGHANDLE handle, const EVENT_DESCRIPTOR* descriptor,
                                    const GUID* activity, const GUID* related, ULONG count,

@@ -36,8 +36,9 @@ class IpHelperApi {
   // ERROR_INSUFFICIENT_BUFFER with the bytes needed in `size`.
   virtual DWORD GetIfTable(MIB_IFTABLE* table, ULONG* size, BOOL order);
 
-  // The list begins at the start of the caller's buffer of *size bytes, and all that it points to lies
-  // within. ERROR_BUFFER_OVERFLOW with the bytes needed in *size; ERROR_NO_DATA for an empty list.
+  // The list begins at the start of the caller's buffer of *size bytes, and all that it points to
+  // lies within. ERROR_BUFFER_OVERFLOW with the bytes needed in *size; ERROR_NO_DATA for an empty
+  // list.
   virtual ULONG GetAdaptersAddresses(ULONG family, ULONG flags, void* reserved,
                                      IP_ADAPTER_ADDRESSES* addresses, ULONG* size);
   // The same, of IPv4 alone.

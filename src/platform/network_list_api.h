@@ -9,7 +9,7 @@ struct INetwork {
   virtual ULONG Release() = 0;
   virtual HRESULT GetName(std::u16string* name) = 0;  // S_FALSE stands for a null BSTR
   virtual HRESULT GetDescription(std::u16string* description) = 0;
-  virtual HRESULT GetCategory(LONG* category) = 0;  // 0 public, 1 private, 2 domain
+  virtual HRESULT GetCategory(LONG* category) = 0;    // 0 public, 1 private, 2 domain
   virtual HRESULT GetConnectivity(DWORD* flags) = 0;  // NLM_CONNECTIVITY
   virtual HRESULT GetTimeCreatedAndConnected(FILETIME* created, FILETIME* connected) = 0;
   virtual HRESULT get_IsConnected(bool* connected) = 0;

@@ -18,7 +18,9 @@ DWORD SessionApi::WTSGetActiveConsoleSessionId() {
   return NO_CONSOLE_SESSION;
 }
 BOOL SessionApi::WTSQueryUserToken(DWORD, HANDLE*) { return No(); }
-BOOL SessionApi::WTSEnumerateSessionsA(HANDLE, DWORD, DWORD, WTS_SESSION_INFOA**, DWORD*) { return No(); }
+BOOL SessionApi::WTSEnumerateSessionsA(HANDLE, DWORD, DWORD, WTS_SESSION_INFOA**, DWORD*) {
+  return No();
+}
 void SessionApi::WTSFreeMemory(void*) {}
 BOOL SessionApi::CreateEnvironmentBlock(void**, HANDLE, BOOL) { return No(); }
 BOOL SessionApi::DestroyEnvironmentBlock(void*) { return No(); }

@@ -76,8 +76,8 @@ inline constexpr int ComputerNameDnsDomain = 2;  // COMPUTER_NAME_FORMAT
 using WNDENUMPROC = BOOL (*)(HANDLE window, void* context);
 
 // The sessions of users and the processes in them. Operations that give BOOL or a null handle leave
-// the reason in ThreadApi::GetLastError(). All handles of this service (tokens, processes, threads of
-// processes, pipe ends, snapshots) are its own and are closed by its CloseHandle, exactly once.
+// the reason in ThreadApi::GetLastError(). All handles of this service (tokens, processes, threads
+// of processes, pipe ends, snapshots) are its own and are closed by its CloseHandle, exactly once.
 class SessionApi {
  public:
   virtual ~SessionApi() = default;
@@ -91,7 +91,8 @@ class SessionApi {
   virtual BOOL CreateEnvironmentBlock(void** environment, HANDLE token, BOOL inherit);
   virtual BOOL DestroyEnvironmentBlock(void* environment);
 
-  // Without an application name: the first word of the command line is searched for by the platform.
+  // Without an application name: the first word of the command line is searched for by the
+  // platform.
   virtual BOOL CreateProcessAsUserW(HANDLE token, LPCWSTR application, LPCWSTR commandLine,
                                     BOOL inheritHandles, DWORD flags, void* environment,
                                     LPCWSTR directory, const STARTUPINFOW* startup,
@@ -118,13 +119,14 @@ class SessionApi {
   virtual int system(const char* command);
   virtual int _wsystem(LPCWSTR command);
 
-  // The top-level windows of the desktop that this process sees. A service sees none; where there is no
-  // desktop, the terminal of an interactive process stands for one, by the title "Default IME".
+  // The top-level windows of the desktop that this process sees. A service sees none; where there
+  // is no desktop, the terminal of an interactive process stands for one, by the title "Default
+  // IME".
   virtual BOOL EnumWindows(WNDENUMPROC visit, void* context);
   // Length of the title, cut to `size` characters with its NUL; 0 for none.
   virtual int GetWindowTextW(HANDLE window, char16_t* title, int size);
-  // A name of this machine. *size is that of the buffer with the NUL, and becomes the length without it;
-  // ERROR_MORE_DATA sets it to what is needed.
+  // A name of this machine. *size is that of the buffer with the NUL, and becomes the length
+  // without it; ERROR_MORE_DATA sets it to what is needed.
   virtual BOOL GetComputerNameExW(int nameType, char16_t* name, DWORD* size);
 
   // The temporary path of this process, with a separator at its end: its length without the NUL, or

@@ -10,9 +10,9 @@ namespace corvane::platform {
 // std::runtime_error with the path and the system's reason.
 std::string ReadTextFile(const std::string& path);
 
-// Writes a new file beside the one of that name and puts it in its place at the end, so that readers
-// see the old text or the whole new one. Without Commit nothing is changed. A line that could not be
-// written makes Commit throw.
+// Writes a new file beside the one of that name and puts it in its place at the end, so that
+// readers see the old text or the whole new one. Without Commit nothing is changed. A line that
+// could not be written makes Commit throw.
 class TextFileWriter {
  public:
   explicit TextFileWriter(const std::string& path);

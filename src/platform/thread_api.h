@@ -3,8 +3,8 @@
 
 namespace corvane::platform {
 
-// A recursive lock. The storage belongs to the platform in force when it was initialised; it must be
-// deleted under the same platform.
+// A recursive lock. The storage belongs to the platform in force when it was initialised; it must
+// be deleted under the same platform.
 struct CRITICAL_SECTION {
   alignas(8) unsigned char storage[64] = {};
   const char* name = "";  // static text, for dead-end and lock-order reports

@@ -62,7 +62,8 @@ bool ReadValue(TlgIn type, const EVENT_DATA_DESCRIPTOR& data, TraceField* field)
     case TlgIn::kUnicodeString: {
       std::u16string text(data.Size / sizeof(char16_t), u'\0');
       if (data.Size % sizeof(char16_t) != 0 || text.empty()) return false;
-      std::memcpy(text.data(), reinterpret_cast<const void*>(static_cast<std::uintptr_t>(data.Ptr)), data.Size);
+      std::memcpy(text.data(), reinterpret_cast<const void*>(static_cast<std::uintptr_t>(data.Ptr)),
+                  data.Size);
       if (text.find(u'\0') != text.size() - 1) return false;
       text.pop_back();
       field->value = std::move(text);
@@ -125,11 +126,13 @@ std::optional<TraceEvent> ReadTraceEvent(const EVENT_DESCRIPTOR& descriptor,
   ByteCursor provider = BytesOf(data[0]);
   if (!ReadSize(provider) || !provider.ReadName(&event.provider)) return std::nullopt;
   ByteCursor metadata = BytesOf(data[1]);
-  if (!ReadSize(metadata) || !SkipTags(metadata) || !metadata.ReadName(&event.name)) return std::nullopt;
+  if (!ReadSize(metadata) || !SkipTags(metadata) || !metadata.ReadName(&event.name))
+    return std::nullopt;
   for (const EVENT_DATA_DESCRIPTOR& value : data.subspan(2)) {
     TraceField field;
     TlgIn type{};
-    if (!metadata.ReadName(&field.name) || !metadata.Read(&type) || !ReadValue(type, value, &field)) {
+    if (!metadata.ReadName(&field.name) || !metadata.Read(&type) ||
+        !ReadValue(type, value, &field)) {
       return std::nullopt;
     }
     event.fields.push_back(std::move(field));

@@ -1,7 +1,7 @@
 #pragma once
-// Self-describing events (TraceLogging): what an event's metadata says about its data. Metadata is a
-// 16-bit size that counts itself, tag bytes, the event's name, and for each field its name and type;
-// names are UTF-8 and end with NUL. All numbers are little-endian.
+// Self-describing events (TraceLogging): what an event's metadata says about its data. Metadata is
+// a 16-bit size that counts itself, tag bytes, the event's name, and for each field its name and
+// type; names are UTF-8 and end with NUL. All numbers are little-endian.
 
 #include <cstdint>
 #include <optional>
@@ -37,7 +37,8 @@ struct TraceEvent {
 std::optional<TraceEvent> ReadTraceEvent(const EVENT_DESCRIPTOR& descriptor,
                                          std::span<const EVENT_DATA_DESCRIPTOR> data);
 
-// One line of JSON without a line feed: {"time":T,"event":name,field:value,...}. `time` stands as it is.
+// One line of JSON without a line feed: {"time":T,"event":name,field:value,...}. `time` stands as
+// it is.
 std::string TraceEventJson(const TraceEvent& event, std::string_view time);
 
 }  // namespace corvane::platform

@@ -11,8 +11,11 @@ namespace {
 std::size_t Decode(std::string_view bytes, std::uint32_t* code) {
   static constexpr std::uint32_t kSmallest[] = {0, 0, 0x80, 0x800, 0x10000};
   const auto first = static_cast<unsigned char>(bytes[0]);
-  const std::size_t length =
-      first < 0x80 ? 1 : first >> 5 == 6 ? 2 : first >> 4 == 14 ? 3 : first >> 3 == 30 ? 4 : 0;
+  const std::size_t length = first < 0x80       ? 1
+                             : first >> 5 == 6  ? 2
+                             : first >> 4 == 14 ? 3
+                             : first >> 3 == 30 ? 4
+                                                : 0;
   if (length == 0 || length > bytes.size()) return 0;
   *code = length == 1 ? first : first & (0x7FU >> length);
   for (std::size_t i = 1; i < length; ++i) {

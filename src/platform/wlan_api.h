@@ -3,14 +3,15 @@
 
 namespace corvane::platform {
 
-// Native Wifi. Results are error codes; buffers that an operation gives out belong to the caller and
-// go back with WlanFreeMemory. Safe for use from every thread. Notifications come on a thread of the
-// platform's own, one at a time, with no lock held; once WlanCloseHandle or a registration for
-// WLAN_NOTIFICATION_SOURCE_NONE has returned, the callback is not called any more.
+// Native Wifi. Results are error codes; buffers that an operation gives out belong to the caller
+// and go back with WlanFreeMemory. Safe for use from every thread. Notifications come on a thread
+// of the platform's own, one at a time, with no lock held; once WlanCloseHandle or a registration
+// for WLAN_NOTIFICATION_SOURCE_NONE has returned, the callback is not called any more.
 class WlanApi {
  public:
   virtual ~WlanApi() = default;
-  virtual DWORD WlanOpenHandle(DWORD clientVersion, void* reserved, DWORD* negotiated, HANDLE* client);
+  virtual DWORD WlanOpenHandle(DWORD clientVersion, void* reserved, DWORD* negotiated,
+                               HANDLE* client);
   virtual DWORD WlanCloseHandle(HANDLE client, void* reserved);
   virtual DWORD WlanRegisterNotification(HANDLE client, DWORD source, BOOL ignoreDuplicate,
                                          WLAN_NOTIFICATION_CALLBACK callback, void* context,

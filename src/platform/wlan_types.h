@@ -1,5 +1,6 @@
 #pragma once
-// Structures and codes of Native Wifi (wlanapi.h, windot11.h, wlantypes.h), with their Windows layout.
+// Structures and codes of Native Wifi (wlanapi.h, windot11.h, wlantypes.h), with their Windows
+// layout.
 
 #include "platform/types.h"
 
@@ -29,7 +30,11 @@ enum : LONG {
 };
 
 // DOT11_BSS_TYPE
-enum : LONG { dot11_BSS_type_infrastructure = 1, dot11_BSS_type_independent = 2, dot11_BSS_type_any = 3 };
+enum : LONG {
+  dot11_BSS_type_infrastructure = 1,
+  dot11_BSS_type_independent = 2,
+  dot11_BSS_type_any = 3
+};
 
 // DOT11_AUTH_ALGORITHM and DOT11_CIPHER_ALGORITHM, the values that the program tells apart.
 enum : LONG {
@@ -61,8 +66,8 @@ struct WLAN_BSS_ENTRY {
   DOT11_MAC_ADDRESS dot11Bssid = {};
   LONG dot11BssType = 0;
   LONG dot11BssPhyType = 0;
-  LONG lRssi = 0;           // dBm
-  ULONG uLinkQuality = 0;   // 0 to 100
+  LONG lRssi = 0;          // dBm
+  ULONG uLinkQuality = 0;  // 0 to 100
   BYTE bInRegDomain = 0;
   std::uint16_t usBeaconPeriod = 0;
   ULONGLONG ullTimestamp = 0;

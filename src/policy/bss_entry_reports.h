@@ -1,8 +1,8 @@
 #pragma once
 // An entry of the model told to the reporters.
 
-#include "report/etw_trellis.h"
 #include "model/wlan_bss_entry.h"
+#include "report/etw_trellis.h"
 
 namespace corvane {
 

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <set>
 
-#include "settings/global_config_container.h"
 #include "monitors/network_list_manager.h"
 #include "policy/candidate_rules.h"
 #include "policy/round_watch.h"
+#include "settings/global_config_container.h"
 
 namespace corvane {
 
@@ -30,7 +30,8 @@ struct Ranked {
 };
 
 // Each entry is ranked once, so that the order stands still while it is worked out.
-void SortBy(BssEntryList* entries, bool preferPrivate, CandidateRank (*rankOf)(CWlanBssEntry&, bool)) {
+void SortBy(BssEntryList* entries, bool preferPrivate,
+            CandidateRank (*rankOf)(CWlanBssEntry&, bool)) {
   std::vector<Ranked> ranked;
   ranked.reserve(entries->size());
   for (auto& entry : *entries) {
@@ -79,11 +80,12 @@ BssEntryList EntriesInRange(CWlanInterface& adapter) {
 
 void KeepCandidates(BssEntryList* entries, const ApListRows& denied, int adapter) {
   KeepQualified(entries, adapter, [&](const CWlanBssEntry& entry) {
-    // A connection to what a row names in whatever case is ended, so it must not be made either: the
-    // mark alone goes by one spelling of the SSID.
+    // A connection to what a row names in whatever case is ended, so it must not be made either:
+    // the mark alone goes by one spelling of the SSID.
     const bool isDenied = entry.m_bDenied || IsListed(denied, entry.m_SSIDW, entry.GetBssid());
-    return JudgeAdmission({IsOnSystemDenyList(entry), isDenied, entry.m_SSIDW.empty(), entry.m_AuthAlgorithm,
-                           entry.HasUsableProfile(), entry.m_bHasTempProfile});
+    return JudgeAdmission({IsOnSystemDenyList(entry), isDenied, entry.m_SSIDW.empty(),
+                           entry.m_AuthAlgorithm, entry.HasUsableProfile(),
+                           entry.m_bHasTempProfile});
   });
 }
 

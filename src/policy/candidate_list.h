@@ -7,12 +7,13 @@ namespace corvane {
 // Entries that count in this round: in the newest scan, missing for fewer than 3, or connected.
 BssEntryList EntriesInRange(CWlanInterface& adapter);
 
-// Removes what may not be a candidate, the rows of the deny list among it, and sorts, best first; equal
-// entries end up in the reverse of their earlier order. `adapter` is the adapter index, for those who watch.
+// Removes what may not be a candidate, the rows of the deny list among it, and sorts, best first;
+// equal entries end up in the reverse of their earlier order. `adapter` is the adapter index, for
+// those who watch.
 void KeepCandidates(BssEntryList* entries, const ApListRows& denied, int adapter);
 void SortCandidates(BssEntryList* entries, bool preferPrivate);
-// Keeps the access points of one network (the case of ASCII letters makes no difference), and those that
-// a row of the allow list names.
+// Keeps the access points of one network (the case of ASCII letters makes no difference), and those
+// that a row of the allow list names.
 void KeepNetwork(BssEntryList* entries, WStringView ssid, int adapter);
 void KeepAllowed(BssEntryList* entries, const ApListRows& rows, int adapter);
 // What `all` has beyond the candidates, less the networks that the system's filters deny; by score,
@@ -21,9 +22,12 @@ BssEntryList OtherEntries(const BssEntryList& all, const BssEntryList& candidate
 
 // The names of the networks in the list as a JSON array: the connected one first and once, every
 // other entry's as it comes. *connectedFound tells whether the connected one is in the list.
-WString NetworksInRangeJson(const BssEntryList& entries, WStringView connectedSsid, bool* connectedFound);
+WString NetworksInRangeJson(const BssEntryList& entries, WStringView connectedSsid,
+                            bool* connectedFound);
 
 // Bluetooth activity lasts until this tick; 0 for none.
-constexpr bool IsBluetoothActive(std::uint64_t endTick, std::uint64_t now) { return endTick != 0 && endTick > now; }
+constexpr bool IsBluetoothActive(std::uint64_t endTick, std::uint64_t now) {
+  return endTick != 0 && endTick > now;
+}
 
 }  // namespace corvane

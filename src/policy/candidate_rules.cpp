@@ -27,7 +27,8 @@ CandidateVerdict JudgeCandidate(const CandidateInputs& in, const CandidateMargin
     verdict.standing = CandidateStanding::kUnavailable;
   } else if (!PassesPercentTest(in.score, in.current, margins.scorePercent)) {
     verdict.standing = CandidateStanding::kPercentShort;
-  } else if (!in.arbitraryEligible && !PassesPointTest(in.score, in.current, margins.scoreThreshold)) {
+  } else if (!in.arbitraryEligible &&
+             !PassesPointTest(in.score, in.current, margins.scoreThreshold)) {
     verdict.standing = CandidateStanding::kPointsShort;
   }
   return verdict;

@@ -15,8 +15,9 @@ struct CandidateMargins {
   std::uint32_t scorePercent = 20;      // SCOREDIFFPCT
 };
 
-// The difference of `score` to `current` in percent of `current`, truncated. Fails only when it lies
-// in 0 <= P < percent; a lower score and a current score of 0 pass, and the point margin decides.
+// The difference of `score` to `current` in percent of `current`, truncated. Fails only when it
+// lies in 0 <= P < percent; a lower score and a current score of 0 pass, and the point margin
+// decides.
 bool PassesPercentTest(std::int32_t score, std::int32_t current, std::uint32_t percent);
 // At least the margin in points.
 bool PassesPointTest(std::int32_t score, std::int32_t current, std::uint32_t points);
@@ -24,8 +25,8 @@ bool PassesPointTest(std::int32_t score, std::int32_t current, std::uint32_t poi
 // How an entry stands in a round, by the rule that settled it.
 enum class CandidateStanding {
   // Not admitted.
-  kFiltered,      // by the system
-  kDenied,        // by the deny list
+  kFiltered,  // by the system
+  kDenied,    // by the deny list
   kUnnamed,
   kOpen,
   kUnprofiled,
@@ -52,13 +53,14 @@ struct CandidateInputs {
   std::int32_t score = 0;
   std::int32_t current = 0;  // score of the connected access point
   std::uint32_t quality = 0;
-  bool arbitraryEligible = false;   // on the preferred list, at its quality
+  bool arbitraryEligible = false;  // on the preferred list, at its quality
   bool isConnectedBss = false;
   bool lastConnectUnavailable = false;  // WLAN_REASON_CODE_NETWORK_NOT_AVAILABLE
 };
 struct CandidateVerdict {
   CandidateStanding standing = CandidateStanding::kQualified;
-  bool lostClaim = false;  // not above the connected one: the counter is cleared, whatever the standing
+  bool lostClaim =
+      false;  // not above the connected one: the counter is cleared, whatever the standing
 };
 CandidateVerdict JudgeCandidate(const CandidateInputs& in, const CandidateMargins& margins);
 
@@ -69,13 +71,13 @@ struct StandingSuggestion {
   WString bssid;           // text
   WString connectedBssid;  // text
 };
-// The entry is the standing suggestion, and not merely the connection that it led to: the suggestion
-// counts still while the connection is elsewhere, or is to be made anew by itself.
+// The entry is the standing suggestion, and not merely the connection that it led to: the
+// suggestion counts still while the connection is elsewhere, or is to be made anew by itself.
 bool IsOpenSuggestion(const StandingSuggestion& suggestion, WStringView ssid, WStringView bssid,
                       bool forceAutoConnect, bool connected);
 
-// The count to which the counter jumps, 0 for an ordinary step. `openSuggestion` is that of an entry on
-// the allow list.
+// The count to which the counter jumps, 0 for an ordinary step. `openSuggestion` is that of an
+// entry on the allow list.
 std::int32_t ForcedCount(std::int32_t current, std::int32_t required, bool openSuggestion);
 
 // Rounds that a candidate has to win: fewer with exactly one adapter.

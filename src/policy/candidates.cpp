@@ -30,7 +30,9 @@ class CounterPass {
         m_Required(CGlobalQUAYPolicy::RequiredCandidateCount()),
         m_bMonitorMode(CGlobalQUAYPolicy::IsMonitorMode(*m_pConfig)) {}
 
-  void Visit(const CSmartPointer<CWlanBssEntry>& entry) { RoundWatches::Standing(m_Idx, *entry, Judge(entry)); }
+  void Visit(const CSmartPointer<CWlanBssEntry>& entry) {
+    RoundWatches::Standing(m_Idx, *entry, Judge(entry));
+  }
 
   const CSmartPointer<CWlanBssEntry>& LastQualifier() const { return m_LastQualifier; }
   const CandidateSummary& Summary() const { return m_Summary; }
@@ -41,12 +43,13 @@ class CounterPass {
  private:
   CandidateStanding Judge(const CSmartPointer<CWlanBssEntry>& entry) {
     const std::int32_t score = entry->GetScore(false);
-    const CandidateInputs in{score,
-                             m_Current,
-                             entry->GetLQ(),
-                             entry->IsArbitraryEligible(),
-                             entry->GetBssid() == m_Connected,
-                             entry->m_last_reason_code == platform::WLAN_REASON_CODE_NETWORK_NOT_AVAILABLE};
+    const CandidateInputs in{
+        score,
+        m_Current,
+        entry->GetLQ(),
+        entry->IsArbitraryEligible(),
+        entry->GetBssid() == m_Connected,
+        entry->m_last_reason_code == platform::WLAN_REASON_CODE_NETWORK_NOT_AVAILABLE};
     const CandidateVerdict verdict = JudgeCandidate(in, m_Margins);
     if (verdict.lostClaim) ClearUnclaimed(*entry, score);
     if (verdict.standing == CandidateStanding::kConnectedBss) ClearConnected(*entry);
@@ -68,45 +71,52 @@ class CounterPass {
       Bump(*entry, score);
     }
     ReserveIfNearlyRipe(*entry);
-    if (!CGlobalQUAYPolicy::IsCandidateReady(&m_Adapter, entry.get(), m_Current)) return CandidateStanding::kRipening;
+    if (!CGlobalQUAYPolicy::IsCandidateReady(&m_Adapter, entry.get(), m_Current))
+      return CandidateStanding::kRipening;
     m_bAnyReady = true;
     return CandidateStanding::kReady;
   }
 
-  // --- An entry that has lost its claim starts anew; one that is merely not good enough in this round
-  // keeps its count.
+  // --- An entry that has lost its claim starts anew; one that is merely not good enough in this
+  // round keeps its count.
   void ClearUnclaimed(CWlanBssEntry& entry, std::int32_t score) {
     LOG_ADAPTER(m_Idx, kCandidateDetailLog,
-                u"___[%i]IncrementCandidateCounters: CLEARING CANDIDATE(%i): SSID %s %s [center %u] due to: "
+                u"___[%i]IncrementCandidateCounters: CLEARING CANDIDATE(%i): SSID %s %s [center "
+                u"%u] due to: "
                 u"%i <= %i\n",
-                m_Idx, entry.m_candidate_counter, entry.m_SSIDW, entry.m_BSSIDText, entry.GetFrequencyKhz(),
-                score, m_Current);
+                m_Idx, entry.m_candidate_counter, entry.m_SSIDW, entry.m_BSSIDText,
+                entry.GetFrequencyKhz(), score, m_Current);
     entry.m_candidate_counter = 0;
   }
 
   void ClearConnected(CWlanBssEntry& entry) {
-    LOG_ADAPTER(m_Idx, kCandidateDetailLog,
-                u"___[%i]IncrementCandidateCounters: CLEARING CANDIDATE(%i): SSID %s %s [center %u] "
-                u"[CURRENT AP BSSID!]\n",
-                m_Idx, entry.m_candidate_counter, entry.m_SSIDW, entry.m_BSSIDText, entry.GetFrequencyKhz());
+    LOG_ADAPTER(
+        m_Idx, kCandidateDetailLog,
+        u"___[%i]IncrementCandidateCounters: CLEARING CANDIDATE(%i): SSID %s %s [center %u] "
+        u"[CURRENT AP BSSID!]\n",
+        m_Idx, entry.m_candidate_counter, entry.m_SSIDW, entry.m_BSSIDText,
+        entry.GetFrequencyKhz());
     entry.m_candidate_counter = 0;
   }
 
   void ClearUnavailable(CWlanBssEntry& entry) {
     LOG_ADAPTER(m_Idx, kCandidateDetailLog,
-                u"___[%i]IncrementCandidateCounters: CLEARING CANDIDATE(%i): SSID %s %s [center %u] [BAD prev "
+                u"___[%i]IncrementCandidateCounters: CLEARING CANDIDATE(%i): SSID %s %s [center "
+                u"%u] [BAD prev "
                 u"reason-code %i]\n",
-                m_Idx, entry.m_candidate_counter, entry.m_SSIDW, entry.m_BSSIDText, entry.GetFrequencyKhz(),
-                entry.m_last_reason_code);
+                m_Idx, entry.m_candidate_counter, entry.m_SSIDW, entry.m_BSSIDText,
+                entry.GetFrequencyKhz(), entry.m_last_reason_code);
     entry.m_candidate_counter = 0;
   }
 
   bool IsTakenElsewhere(CWlanBssEntry& entry) {
-    if (!CWifiClientContainer::GetInstance().AvoidThisCandidateOnMyIF(&entry, &m_Adapter)) return false;
-    LOG_ADAPTER(m_Idx, kPolicyLog,
-                u"[%i] IncrementCandidateCounters: SKIP candidate(connected on other IF): %s, %s, current "
-                u"counter=%i",
-                m_Idx, entry.m_SSIDW, entry.m_BSSIDText, entry.m_candidate_counter);
+    if (!CWifiClientContainer::GetInstance().AvoidThisCandidateOnMyIF(&entry, &m_Adapter))
+      return false;
+    LOG_ADAPTER(
+        m_Idx, kPolicyLog,
+        u"[%i] IncrementCandidateCounters: SKIP candidate(connected on other IF): %s, %s, current "
+        u"counter=%i",
+        m_Idx, entry.m_SSIDW, entry.m_BSSIDText, entry.m_candidate_counter);
     return true;
   }
 
@@ -126,13 +136,14 @@ class CounterPass {
 
   void Bump(CWlanBssEntry& entry, std::int32_t score) {
     const std::int32_t before = entry.m_candidate_counter;
-    const std::int32_t counter =
-        entry.IncrementCandidate(ForcedCount(m_Current, m_Required, IsOpenAllowedSuggestion(entry)));
-    LOG_ADAPTER(m_Idx, kPolicyLog,
-                u"_[%i]IncrementCandidateCounters: [AllowStaleDecision=%i] %s CANDIDATE(%i, before=%i): "
-                u"SSID %s %s [center %u] score: %i vs %i\n",
-                m_Idx, 0, counter != 0 ? u"BUMPED" : u"_FAILED_ BUMP", counter, before, entry.m_SSIDW,
-                entry.m_BSSIDText, entry.GetFrequencyKhz(), score, m_Current);
+    const std::int32_t counter = entry.IncrementCandidate(
+        ForcedCount(m_Current, m_Required, IsOpenAllowedSuggestion(entry)));
+    LOG_ADAPTER(
+        m_Idx, kPolicyLog,
+        u"_[%i]IncrementCandidateCounters: [AllowStaleDecision=%i] %s CANDIDATE(%i, before=%i): "
+        u"SSID %s %s [center %u] score: %i vs %i\n",
+        m_Idx, 0, counter != 0 ? u"BUMPED" : u"_FAILED_ BUMP", counter, before, entry.m_SSIDW,
+        entry.m_BSSIDText, entry.GetFrequencyKhz(), score, m_Current);
   }
 
   void ReserveIfNearlyRipe(CWlanBssEntry& entry) {
@@ -140,8 +151,8 @@ class CounterPass {
     if (m_Adapter.GetReservation(&reserved) || entry.GetCandidate() < m_Required - 1) return;
     m_Adapter.TakeReservation(entry.GetBssid());
     LOG_ADAPTER(m_Idx, kPolicyLog,
-                u"[%i] IncrementCandidateCounters: RESERVING CANDIDATE: %s, %s, current counter=%i", m_Idx,
-                entry.m_SSIDW, entry.m_BSSIDText, entry.m_candidate_counter);
+                u"[%i] IncrementCandidateCounters: RESERVING CANDIDATE: %s, %s, current counter=%i",
+                m_Idx, entry.m_SSIDW, entry.m_BSSIDText, entry.m_candidate_counter);
   }
 
   CWlanInterface& m_Adapter;
@@ -187,7 +198,8 @@ bool CGlobalQUAYPolicy::IsCandidateReady(CWlanInterface* pIf, CWlanBssEntry* pbs
   return IsReady(in, Margins(*pIf->Config()));
 }
 
-bool CGlobalQUAYPolicy::IncrementCandidateCounters(CWlanInterface* pIf, const MacAddress& connected_bssid,
+bool CGlobalQUAYPolicy::IncrementCandidateCounters(CWlanInterface* pIf,
+                                                   const MacAddress& connected_bssid,
                                                    const BssEntryList& entries,
                                                    std::int32_t current_score,
                                                    CSmartPointer<CWlanBssEntry>* last_qualifier,
@@ -196,11 +208,12 @@ bool CGlobalQUAYPolicy::IncrementCandidateCounters(CWlanInterface* pIf, const Ma
   for (const auto& entry : entries) pass.Visit(entry);
   pIf->AddScoreDiffSummary(pass.Summary());
   if (!pass.MetThreshold()) {
-    LOG_ADAPTER(pIf->GetConfigIdx(), kPolicyLog,
-                u"[%i] IncrementCandidateCounters: _NO_ Candidate met Score difference threshold [%i "
-                u"points & %lu percent] <<<=====************************",
-                pIf->GetConfigIdx(), static_cast<std::int32_t>(pass.GetMargins().scoreThreshold),
-                pass.GetMargins().scorePercent);
+    LOG_ADAPTER(
+        pIf->GetConfigIdx(), kPolicyLog,
+        u"[%i] IncrementCandidateCounters: _NO_ Candidate met Score difference threshold [%i "
+        u"points & %lu percent] <<<=====************************",
+        pIf->GetConfigIdx(), static_cast<std::int32_t>(pass.GetMargins().scoreThreshold),
+        pass.GetMargins().scorePercent);
   }
   *last_qualifier = pass.LastQualifier();
   *summary = pass.Summary();
@@ -213,16 +226,19 @@ bool CGlobalQUAYPolicy::IsBetterCandidatePossible(CWlanInterface* pIf, const Bss
   for (const auto& entry : entries) {
     if (entry->GetLQ() < margins.qualityThreshold) continue;
     if (!PassesPointTest(entry->GetScore(false), current_score, margins.scoreThreshold)) continue;
-    if (!CWifiClientContainer::GetInstance().AvoidThisCandidateOnMyIF(entry.get(), pIf)) return true;
-    LOG_ADAPTER(pIf->GetConfigIdx(), kPolicyLog,
-                u"[%i] IsBetterCandidatePossible: SKIP candidate(connected on other IF): %s, %s, current "
-                u"counter=%i",
-                pIf->GetConfigIdx(), entry->m_SSIDW, entry->m_BSSIDText, entry->m_candidate_counter);
+    if (!CWifiClientContainer::GetInstance().AvoidThisCandidateOnMyIF(entry.get(), pIf))
+      return true;
+    LOG_ADAPTER(
+        pIf->GetConfigIdx(), kPolicyLog,
+        u"[%i] IsBetterCandidatePossible: SKIP candidate(connected on other IF): %s, %s, current "
+        u"counter=%i",
+        pIf->GetConfigIdx(), entry->m_SSIDW, entry->m_BSSIDText, entry->m_candidate_counter);
   }
   return false;
 }
 
-bool CGlobalQUAYPolicy::IsConnectedToSuggestedBest_ETW(CWlanInterface* pIf, const BssEntryList& entries,
+bool CGlobalQUAYPolicy::IsConnectedToSuggestedBest_ETW(CWlanInterface* pIf,
+                                                       const BssEntryList& entries,
                                                        const WString& ssid, const MacAddress& bssid,
                                                        CSmartPointer<CWlanBssEntry>* entry) {
   entry->reset();
@@ -230,26 +246,29 @@ bool CGlobalQUAYPolicy::IsConnectedToSuggestedBest_ETW(CWlanInterface* pIf, cons
   const CSmartPointer<CQUAYInterfaceConfig> config = pIf->Config();
   const WString bssidText = MacText(bssid);
   if (!config->m_Etw.GetMemo().HasAp(ssid, bssidText)) {
-    LOG_ADAPTER(idx, kPolicyLog, u"[%i] IsConnectedToSuggestedBest_ETW: %s != %s, return false", idx,
-                config->m_Etw.GetSuggestedNetworkText(), bssidText);
+    LOG_ADAPTER(idx, kPolicyLog, u"[%i] IsConnectedToSuggestedBest_ETW: %s != %s, return false",
+                idx, config->m_Etw.GetSuggestedNetworkText(), bssidText);
     return false;
   }
   if (entries.empty()) {
     LOG_ADAPTER(idx, kPolicyLog,
-                u"[%i] IsConnectedToSuggestedBest_ETW: BssEntriesList.size() <= 0, return false", idx);
+                u"[%i] IsConnectedToSuggestedBest_ETW: BssEntriesList.size() <= 0, return false",
+                idx);
     return false;
   }
   if (entries.front()->m_SSIDW == ssid && entries.front()->GetBssid() == bssid) {
     *entry = entries.front();
     LOG_ADAPTER(idx, kPolicyLog,
-                u"[%i] IsConnectedToSuggestedBest_ETW: Found ETW BssEntry in front(), return true", idx);
+                u"[%i] IsConnectedToSuggestedBest_ETW: Found ETW BssEntry in front(), return true",
+                idx);
     return true;
   }
   const auto found = std::find_if(entries.begin() + 1, entries.end(),
                                   [&](const auto& one) { return one->GetBssid() == bssid; });
   if (found == entries.end()) {
-    LOG_ADAPTER(idx, kPolicyLog,
-                u"[%i] IsConnectedToSuggestedBest_ETW: Failed to find BssEntry in list, return false", idx);
+    LOG_ADAPTER(
+        idx, kPolicyLog,
+        u"[%i] IsConnectedToSuggestedBest_ETW: Failed to find BssEntry in list, return false", idx);
     return false;
   }
   *entry = *found;

@@ -1,20 +1,19 @@
 // The choice: when a decision happens, not which access point wins.
 
-#include "policy/choice_rules.h"
-
 #include <set>
 
-#include "store/value_names.h"
 #include "monitors/adapters_addresses.h"
 #include "platform/clock_api.h"
 #include "platform/platform.h"
 #include "platform/thread_api.h"
+#include "policy/bss_entry_reports.h"
+#include "policy/choice_rules.h"
 #include "policy/policy.h"
 #include "policy/policy_log.h"
 #include "policy/policy_text.h"
 #include "policy/round_watch.h"
 #include "policy/suggesting.h"
-#include "policy/bss_entry_reports.h"
+#include "store/value_names.h"
 
 namespace corvane {
 
@@ -23,8 +22,8 @@ namespace {
 constexpr std::uint32_t kDenyDeferMs = 10000;
 constexpr std::uint32_t kDenySleepMs = 3000;
 
-// The facts of one choice, with the state asked from the platform at each use: it may change between
-// two questions.
+// The facts of one choice, with the state asked from the platform at each use: it may change
+// between two questions.
 class Choice {
  public:
   Choice(CWlanInterface& adapter, const BssEntryList& entries, const ConnectionFacts& facts)
@@ -41,7 +40,8 @@ class Choice {
     if (LeaveDeniedAp()) return;
     if (m_Entries.empty()) {
       LOG_ADAPTER(m_Idx, kPolicyLog,
-                  u"[%i] CGlobalQUAYPolicy::MakeChoice:BssEntriesList [SORTED LIST] is empty... abort! [%s]",
+                  u"[%i] CGlobalQUAYPolicy::MakeChoice:BssEntriesList [SORTED LIST] is empty... "
+                  u"abort! [%s]",
                   m_Idx, m_Facts.ssid);
       RoundWatches::Step(m_Idx, RoundStep::kNoCandidates);
       return;
@@ -74,14 +74,16 @@ class Choice {
       LogDisabled();
       return false;
     }
-    if (!m_Facts.connected || !IsDenied(m_pConfig->m_Denylist.Rows(), m_Facts.ssid, m_Facts.bssid)) {
+    if (!m_Facts.connected ||
+        !IsDenied(m_pConfig->m_Denylist.Rows(), m_Facts.ssid, m_Facts.bssid)) {
       return false;
     }
     RoundWatches::Step(m_Idx, RoundStep::kDeniedLeft);
     try {
-      LOG_ADAPTER(m_Idx, kPolicyLog,
-                  u"\n[%i] IF-STATE: %i [Disconnecting DENYLIST AP: %s {%02x-%02x-%02x-%02x-%02x-%02x}\n",
-                  m_Idx, m_Adapter.GetInterfaceStateForLog(), m_Facts.ssid, MAC_ARGS(m_Facts.bssid));
+      LOG_ADAPTER(
+          m_Idx, kPolicyLog,
+          u"\n[%i] IF-STATE: %i [Disconnecting DENYLIST AP: %s {%02x-%02x-%02x-%02x-%02x-%02x}\n",
+          m_Idx, m_Adapter.GetInterfaceStateForLog(), m_Facts.ssid, MAC_ARGS(m_Facts.bssid));
       const WString name = NetworkDisplayName(m_Facts.ssid, m_Adapter.GetCurrentChannel());
       m_Adapter.DisconnectSynchronous(name);
       m_pConfig->SetString(value::kDisconnectedNetwork, name);
@@ -92,11 +94,11 @@ class Choice {
       Os().threads.Sleep(kDenySleepMs);
       return true;
     } catch (const Exception& e) {
-      LOG_ERROR(u"CGlobalQUAYPolicy::MakeChoice:[disconn denylist] Exception: %S, SSID=%s", e.what(),
-                m_Facts.ssid);
+      LOG_ERROR(u"CGlobalQUAYPolicy::MakeChoice:[disconn denylist] Exception: %S, SSID=%s",
+                e.what(), m_Facts.ssid);
     } catch (const std::exception& e) {
-      LOG_ERROR(u"CGlobalQUAYPolicy::MakeChoice:[disconn denylist] std:exception: %S, SSID=%s", e.what(),
-                m_Facts.ssid);
+      LOG_ERROR(u"CGlobalQUAYPolicy::MakeChoice:[disconn denylist] std:exception: %S, SSID=%s",
+                e.what(), m_Facts.ssid);
     }
     return false;
   }
@@ -111,11 +113,12 @@ class Choice {
   bool IsRoamingInhibited() const {
     const std::uint64_t since = m_pConfig->GetRoamingInhibitTick();
     if (since == 0) return false;
-    LOG_ADAPTER(m_Idx, kPolicyLog,
-                u"\n[%i] [SKIP CHOICE] - ROAMING INHIBITED %I64u ticks [age: %0.2lf secs][disconnected "
-                u"%0.2lf secs]\n",
-                m_Idx, since, static_cast<double>(m_pConfig->GetRoamingInhibitAgeMs()) / 1000.0,
-                static_cast<double>(m_Adapter.GetDisconnectedAgeMs()) / 1000.0);
+    LOG_ADAPTER(
+        m_Idx, kPolicyLog,
+        u"\n[%i] [SKIP CHOICE] - ROAMING INHIBITED %I64u ticks [age: %0.2lf secs][disconnected "
+        u"%0.2lf secs]\n",
+        m_Idx, since, static_cast<double>(m_pConfig->GetRoamingInhibitAgeMs()) / 1000.0,
+        static_cast<double>(m_Adapter.GetDisconnectedAgeMs()) / 1000.0);
     RoundWatches::Step(m_Idx, RoundStep::kRoamingInhibit);
     return true;
   }
@@ -124,8 +127,10 @@ class Choice {
   void CheckLastSuggestion() {
     const std::int32_t position = m_Adapter.m_last_suggested_pos;
     const bool inList = position >= 0 && static_cast<std::size_t>(position) < m_Entries.size();
-    const WString* there = inList ? &m_Entries[static_cast<std::size_t>(position)]->m_BSSIDText : nullptr;
-    const SuggestionCheck check = CheckSuggestion(position, there, m_Adapter.m_last_suggested_bssid);
+    const WString* there =
+        inList ? &m_Entries[static_cast<std::size_t>(position)]->m_BSSIDText : nullptr;
+    const SuggestionCheck check =
+        CheckSuggestion(position, there, m_Adapter.m_last_suggested_bssid);
     if (check == SuggestionCheck::kNone || check == SuggestionCheck::kStands) return;
     RoundWatches::Step(m_Idx, RoundStep::kSuggestionWithdrawn);
     if (check == SuggestionCheck::kDisplaced) {
@@ -154,21 +159,24 @@ class Choice {
     const std::int32_t forced = m_pConfig->m_force_scan_counter;
     switch (JudgeRedNetworks(red.size(), forced)) {
       case RedNetworks::kFew:
-        LOG_ADAPTER(m_Idx, kPolicyLog,
-                    u"[%i] CGlobalQUAYPolicy::MakeChoice:[ONLY %u RED NETWORK(s) FOUND] F-COUNTER = %i\n",
-                    m_Idx, red.size(), forced);
+        LOG_ADAPTER(
+            m_Idx, kPolicyLog,
+            u"[%i] CGlobalQUAYPolicy::MakeChoice:[ONLY %u RED NETWORK(s) FOUND] F-COUNTER = %i\n",
+            m_Idx, red.size(), forced);
         return;
       case RedNetworks::kAlreadyForced:
-        LOG_ADAPTER(m_Idx, kPolicyLog,
-                    u"[%i] CGlobalQUAYPolicy::MakeChoice:[%u RED NETWORK(s) FOUND] F-COUNTER already %i\n",
-                    m_Idx, red.size(), forced);
+        LOG_ADAPTER(
+            m_Idx, kPolicyLog,
+            u"[%i] CGlobalQUAYPolicy::MakeChoice:[%u RED NETWORK(s) FOUND] F-COUNTER already %i\n",
+            m_Idx, red.size(), forced);
         return;
       case RedNetworks::kForceScans:
         m_pConfig->m_force_scan_counter = kForcedScans;
         RoundWatches::Step(m_Idx, RoundStep::kSurroundingsChanged);
-        LOG_ADAPTER(m_Idx, kPolicyLog,
-                    u"[%i] CGlobalQUAYPolicy::MakeChoice:[%u RED NETWORK(s) FOUND] SET F-COUNTER to 3\n",
-                    m_Idx, red.size());
+        LOG_ADAPTER(
+            m_Idx, kPolicyLog,
+            u"[%i] CGlobalQUAYPolicy::MakeChoice:[%u RED NETWORK(s) FOUND] SET F-COUNTER to 3\n",
+            m_Idx, red.size());
         return;
     }
   }
@@ -176,34 +184,38 @@ class Choice {
   void ReportScore() {
     if (!IsStateConnected()) return;
     const std::uint64_t now = Now();
-    if (!IsScoreReportDue(now, m_Adapter.m_last_score_notify_tick, m_pConfig->GetMainLoopSleepMs())) return;
+    if (!IsScoreReportDue(now, m_Adapter.m_last_score_notify_tick, m_pConfig->GetMainLoopSleepMs()))
+      return;
     m_Adapter.NotifyCurrentNetworkScore(
         m_Adapter.GetScoreFromBssEntry(m_Facts.ssid, m_Facts.bssid, true), m_Facts.bssid);
     m_Adapter.m_last_score_notify_tick = now;
   }
 
-  // Without a fresh scan there is nothing to decide for a good connection; at most a burst of scans is
-  // asked for.
+  // Without a fresh scan there is nothing to decide for a good connection; at most a burst of scans
+  // is asked for.
   bool SkipStaleRound() {
-    if (!IsStale({m_Adapter.IsScanFresh(), IsStateConnected(), HasGoodQuality(), m_bEnabled})) return false;
+    if (!IsStale({m_Adapter.IsScanFresh(), IsStateConnected(), HasGoodQuality(), m_bEnabled}))
+      return false;
     if (m_Mode.IsEventMode()) {
       CGlobalQUAYPolicy::CheckEarlySuggestedBest(&m_Adapter, m_Entries, m_Facts);
     }
     const std::uint32_t interval = m_pConfig->GetScanIntervalSecs();
-    const StaleAction action = ActOnStaleRound(CGlobalConfigContainer::GetInstance().m_bULScan, interval);
+    const StaleAction action =
+        ActOnStaleRound(CGlobalConfigContainer::GetInstance().m_bULScan, interval);
     if (action == StaleAction::kDecide) return false;
     RoundWatches::Step(m_Idx, RoundStep::kStale);
     if (action == StaleAction::kFastScan) {
       CGlobalQUAYPolicy::EnabledFastScan_connected(&m_Adapter, m_Entries, m_Facts);
     }
-    LOG_ADAPTER(m_Idx, kPolicyLog,
-                u"\n[%i][Pilot=%i][SKIP CHOICE & STALE: scanLoop %i][interval %lu, F-COUNTER %i, %I64u "
-                u"secs][ifstate %i][LQ %lu >= %lu][ENABLED %i/%i][ROAM-E %i/%i]%s\n",
-                m_Idx, m_Flags.pilot, m_Adapter.IsScanFresh(), interval,
-                m_pConfig->m_force_scan_counter.load(),
-                (Now() - m_Adapter.m_last_score_notify_tick) / 1000, m_Adapter.GetInterfaceStateForLog(),
-                m_Facts.quality, m_pConfig->m_LQCThreshold.load(), m_Flags.enabled, m_Flags.serviceEnabled,
-                m_Flags.roaming, m_Flags.gatewayRoaming, LastSuggestionText(true));
+    LOG_ADAPTER(
+        m_Idx, kPolicyLog,
+        u"\n[%i][Pilot=%i][SKIP CHOICE & STALE: scanLoop %i][interval %lu, F-COUNTER %i, %I64u "
+        u"secs][ifstate %i][LQ %lu >= %lu][ENABLED %i/%i][ROAM-E %i/%i]%s\n",
+        m_Idx, m_Flags.pilot, m_Adapter.IsScanFresh(), interval,
+        m_pConfig->m_force_scan_counter.load(), (Now() - m_Adapter.m_last_score_notify_tick) / 1000,
+        m_Adapter.GetInterfaceStateForLog(), m_Facts.quality, m_pConfig->m_LQCThreshold.load(),
+        m_Flags.enabled, m_Flags.serviceEnabled, m_Flags.roaming, m_Flags.gatewayRoaming,
+        LastSuggestionText(true));
     return true;
   }
 
@@ -222,34 +234,37 @@ class Choice {
       case Emergency::kNone:
         return;
       case Emergency::kForceScans:
-        LOG_ADAPTER(m_Idx, kPolicyLog,
-                    u"\n[%i][EnabledFastScan_connected] IF-STATE: %i [CONNECTED to %s][EMERGENCY: LQ %lu < "
-                    u"%lu] CALLING SetForceScanCounter(3)\n",
-                    m_Idx, m_Adapter.GetInterfaceStateForLog(), m_Facts.ssid, m_Facts.quality,
-                    m_pConfig->m_LQCThreshold.load());
+        LOG_ADAPTER(
+            m_Idx, kPolicyLog,
+            u"\n[%i][EnabledFastScan_connected] IF-STATE: %i [CONNECTED to %s][EMERGENCY: LQ %lu < "
+            u"%lu] CALLING SetForceScanCounter(3)\n",
+            m_Idx, m_Adapter.GetInterfaceStateForLog(), m_Facts.ssid, m_Facts.quality,
+            m_pConfig->m_LQCThreshold.load());
         m_pConfig->m_force_scan_counter = kForcedScans;
         RoundWatches::Step(m_Idx, RoundStep::kWeakConnection);
         m_Adapter.m_emergency_armed = false;
         return;
       case Emergency::kAlreadyForced:
-        LOG_ADAPTER(m_Idx, kPolicyLog,
-                    u"\n[%i][EnabledFastScan_connected] IF-STATE: %i [CONNECTED to %s][EMERGENCY: LQ %lu < "
-                    u"%lu] F-COUNT %i already nonzero\n",
-                    m_Idx, m_Adapter.GetInterfaceStateForLog(), m_Facts.ssid, m_Facts.quality,
-                    m_pConfig->m_LQCThreshold.load(), forced);
+        LOG_ADAPTER(
+            m_Idx, kPolicyLog,
+            u"\n[%i][EnabledFastScan_connected] IF-STATE: %i [CONNECTED to %s][EMERGENCY: LQ %lu < "
+            u"%lu] F-COUNT %i already nonzero\n",
+            m_Idx, m_Adapter.GetInterfaceStateForLog(), m_Facts.ssid, m_Facts.quality,
+            m_pConfig->m_LQCThreshold.load(), forced);
         return;
     }
   }
 
   void LogChoice() const {
-    LOG_ADAPTER(m_Idx, kPolicyLog,
-                u"\n[%i][Pilot=%i][IF-State %i][wk %i][%s][LQ %lu vs %lu][ENABLED %i/%i][ROAM-E %i/%i]"
-                u"[ALLOWSTALE=%i]%s\n",
-                m_Idx, m_Flags.pilot, m_Adapter.GetInterfaceStateForLog(),
-                WeekSince(CGlobalConfigContainer::GetInstance().m_InstallTime, platform::UnixSecondsNow()),
-                m_Mode.passive ? u"MAKE CHOICE - PASSIVE" : u"MAKE CHOICE", m_Facts.quality,
-                m_pConfig->m_LQCThreshold.load(), m_Flags.enabled, m_Flags.serviceEnabled, m_Flags.roaming,
-                m_Flags.gatewayRoaming, 0, LastSuggestionText(false));
+    LOG_ADAPTER(
+        m_Idx, kPolicyLog,
+        u"\n[%i][Pilot=%i][IF-State %i][wk %i][%s][LQ %lu vs %lu][ENABLED %i/%i][ROAM-E %i/%i]"
+        u"[ALLOWSTALE=%i]%s\n",
+        m_Idx, m_Flags.pilot, m_Adapter.GetInterfaceStateForLog(),
+        WeekSince(CGlobalConfigContainer::GetInstance().m_InstallTime, platform::UnixSecondsNow()),
+        m_Mode.passive ? u"MAKE CHOICE - PASSIVE" : u"MAKE CHOICE", m_Facts.quality,
+        m_pConfig->m_LQCThreshold.load(), m_Flags.enabled, m_Flags.serviceEnabled, m_Flags.roaming,
+        m_Flags.gatewayRoaming, 0, LastSuggestionText(false));
   }
 
   void DecideConnected() {
@@ -260,8 +275,9 @@ class Choice {
     } else {
       m_Adapter.RollSwitchPeriod();
       RoundWatches::Step(m_Idx, RoundStep::kStateUnclear);
-      LOG_ADAPTER(m_Idx, kPolicyLog, u"\n[%i] INTERFACE STATE: %i [no normal decision check]..............\n",
-                  m_Idx, state);
+      LOG_ADAPTER(m_Idx, kPolicyLog,
+                  u"\n[%i] INTERFACE STATE: %i [no normal decision check]..............\n", m_Idx,
+                  state);
     }
   }
 
@@ -273,17 +289,20 @@ class Choice {
     }
     ResetReporter();
     // On battery a window runs out with its flag still on: it has no effect.
-    m_Adapter.m_consec_disconnects += DisconnectStep(m_pConfig->m_no_delay && m_pConfig->IsNoDelayOpen());
+    m_Adapter.m_consec_disconnects +=
+        DisconnectStep(m_pConfig->m_no_delay && m_pConfig->IsNoDelayOpen());
     const std::uint32_t count = m_Adapter.m_consec_disconnects;
     if (count >= kDisconnectsForDecision) {
       LOG_ADAPTER(m_Idx, kPolicyLog,
-                  u"[%i] CGlobalQUAYPolicy::MakeChoice: _CALLING_ MakeChoice_disconnected() [consec discon %lu "
+                  u"[%i] CGlobalQUAYPolicy::MakeChoice: _CALLING_ MakeChoice_disconnected() "
+                  u"[consec discon %lu "
                   u"== %lu]\n",
                   m_Idx, count, count);
       CGlobalQUAYPolicy::MakeChoice_disconnected(&m_Adapter, m_Entries);
     } else {
       LOG_ADAPTER(m_Idx, kPolicyLog,
-                  u"[%i] CGlobalQUAYPolicy::MakeChoice: _DEFER_ MakeChoice_disconnected() [consec discon %lu < "
+                  u"[%i] CGlobalQUAYPolicy::MakeChoice: _DEFER_ MakeChoice_disconnected() [consec "
+                  u"discon %lu < "
                   u"%lu]\n",
                   m_Idx, count, kDisconnectsForDecision);
       RoundWatches::Step(m_Idx, RoundStep::kCountsDisconnects);
@@ -295,14 +314,16 @@ class Choice {
     const DenyDeferral deferral = JudgeDenyDeferral(until, now);
     if (deferral == DenyDeferral::kWait) {
       LOG_ADAPTER(m_Idx, kPolicyLog,
-                  u"[%i] CGlobalQUAYPolicy::MakeChoice:[disconnected] DEFERRING DECISION due to prior Denylist "
+                  u"[%i] CGlobalQUAYPolicy::MakeChoice:[disconnected] DEFERRING DECISION due to "
+                  u"prior Denylist "
                   u"disconnect, expire tick time=%I64u, now=%I64u",
                   m_Idx, until, now);
     } else if (deferral == DenyDeferral::kOver) {
-      LOG_ADAPTER(m_Idx, kPolicyLog,
-                  u"[%i] CGlobalQUAYPolicy::MakeChoice:[disconnected] DEFERRMENT NOT ENFORCED... expire "
-                  u"time=%I64u, now=%I64u",
-                  m_Idx, until, now);
+      LOG_ADAPTER(
+          m_Idx, kPolicyLog,
+          u"[%i] CGlobalQUAYPolicy::MakeChoice:[disconnected] DEFERRMENT NOT ENFORCED... expire "
+          u"time=%I64u, now=%I64u",
+          m_Idx, until, now);
     }
     return deferral == DenyDeferral::kWait;
   }
@@ -350,22 +371,26 @@ void CGlobalQUAYPolicy::MakeChoice_disconnected(CWlanInterface* pIf, const BssEn
   const CSmartPointer<CQUAYInterfaceConfig> config = pIf->Config();
   pIf->ClearAllCandidateCounters("TOP OF MakeChoice_disconnected");
   if (!IsEnabled(*config)) {
-    LOG_ADAPTER(idx, kPolicyLog, u"[%i]Interface is disconnected, but _WE ARE DISABLED_: %i/%i\n", idx,
-                config->m_Enabled.load(), CGlobalConfigContainer::GetInstance().m_bServiceEnable.load());
+    LOG_ADAPTER(idx, kPolicyLog, u"[%i]Interface is disconnected, but _WE ARE DISABLED_: %i/%i\n",
+                idx, config->m_Enabled.load(),
+                CGlobalConfigContainer::GetInstance().m_bServiceEnable.load());
     RoundWatches::Step(idx, RoundStep::kDisabled);
     return;
   }
   if (const std::uint32_t lans = CountConnectedLans(); lans >= 1) {
-    LOG_ADAPTER(idx, kPolicyLog,
-                u"[%i]Interface is disconnected, BUT we have %u CONNECTED LAN(s)... _____>>> do nothing "
-                u"<_____\n",
-                idx, lans);
+    LOG_ADAPTER(
+        idx, kPolicyLog,
+        u"[%i]Interface is disconnected, BUT we have %u CONNECTED LAN(s)... _____>>> do nothing "
+        u"<_____\n",
+        idx, lans);
     RoundWatches::Step(idx, RoundStep::kWiredLan);
     return;
   }
   if (!config->m_ForceAutoConnect && !config->m_network_switching) {
-    LOG_ADAPTER(idx, kPolicyLog,
-                u"[%i]Interface is disconnected with Networking Switching is disabled ... do nothing\n", idx);
+    LOG_ADAPTER(
+        idx, kPolicyLog,
+        u"[%i]Interface is disconnected with Networking Switching is disabled ... do nothing\n",
+        idx);
     RoundWatches::Step(idx, RoundStep::kSwitchingOff);
     return;
   }

@@ -39,7 +39,8 @@ SuggestionCheck CheckSuggestion(std::int32_t position, const WString* bssidAtPos
                                 WStringView suggestedBssid) {
   if (position < 0) return SuggestionCheck::kNone;
   if (!bssidAtPosition) return SuggestionCheck::kGone;
-  return *bssidAtPosition == suggestedBssid ? SuggestionCheck::kStands : SuggestionCheck::kDisplaced;
+  return *bssidAtPosition == suggestedBssid ? SuggestionCheck::kStands
+                                            : SuggestionCheck::kDisplaced;
 }
 
 DenyDeferral JudgeDenyDeferral(std::uint64_t deferUntil, std::uint64_t now) {

@@ -14,7 +14,8 @@ inline constexpr std::int32_t kForcedScans = 3;
 enum class RedNetworks { kFew, kAlreadyForced, kForceScans };
 RedNetworks JudgeRedNetworks(std::size_t networks, std::int32_t forcedScans);
 
-// Milliseconds between two reports of the connection's score: the sleep of the loop, 10 seconds at least.
+// Milliseconds between two reports of the connection's score: the sleep of the loop, 10 seconds at
+// least.
 bool IsScoreReportDue(std::uint64_t now, std::uint64_t last, std::uint32_t sleepMs);
 
 // A round without a fresh scan, on a good connection of an enabled adapter.
@@ -51,12 +52,13 @@ enum class SuggestionCheck {
 SuggestionCheck CheckSuggestion(std::int32_t position, const WString* bssidAtPosition,
                                 WStringView suggestedBssid);
 
-// The disconnected decision waits after a denied access point was left: until `deferUntil` included.
+// The disconnected decision waits after a denied access point was left: until `deferUntil`
+// included.
 enum class DenyDeferral { kNone, kWait, kOver };
 DenyDeferral JudgeDenyDeferral(std::uint64_t deferUntil, std::uint64_t now);
 
-// Disconnected rounds count by 10, by 1 in the quick loop of a no-delay window; from 30 on an adapter
-// may be connected.
+// Disconnected rounds count by 10, by 1 in the quick loop of a no-delay window; from 30 on an
+// adapter may be connected.
 inline constexpr std::uint32_t kDisconnectsForDecision = 30;
 constexpr std::uint32_t DisconnectStep(bool noDelay) { return noDelay ? 1 : 10; }
 

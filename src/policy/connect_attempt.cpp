@@ -1,9 +1,9 @@
 #include "policy/connect_attempt.h"
 
-#include "store/value_names.h"
 #include "foundation/log_lines.h"
-#include "policy/round_watch.h"
 #include "history/telemetry_memo.h"
+#include "policy/round_watch.h"
+#include "store/value_names.h"
 
 namespace corvane {
 
@@ -24,8 +24,9 @@ RoundStep StepOf(const ConnectOutcome& outcome) {
 
 }  // namespace
 
-ConnectOutcome TryConnect(CWlanInterface& adapter, CQUAYInterfaceConfig& config, CWlanBssEntry& entry,
-                          const WString& profileXml, bool save, std::uint32_t timeoutMs) {
+ConnectOutcome TryConnect(CWlanInterface& adapter, CQUAYInterfaceConfig& config,
+                          CWlanBssEntry& entry, const WString& profileXml, bool save,
+                          std::uint32_t timeoutMs) {
   ConnectOutcome outcome;
   entry.m_last_reason_code = 0;
   try {
@@ -51,14 +52,14 @@ ConnectOutcome TryConnect(CWlanInterface& adapter, CQUAYInterfaceConfig& config,
   return outcome;
 }
 
-ConnectOutcome TryConnectCounted(CWlanInterface& adapter, CQUAYInterfaceConfig& config, CWlanBssEntry& entry,
-                                 const char* stage) {
+ConnectOutcome TryConnectCounted(CWlanInterface& adapter, CQUAYInterfaceConfig& config,
+                                 CWlanBssEntry& entry, const char* stage) {
   ConnectOutcome outcome = TryConnect(adapter, config, entry, {}, false, kConnectTimeoutMs);
   if (!outcome.failed) return outcome;
   ++entry.m_connect_failed;
   LOG_ERROR(u"[%i]CGlobalQUAYPolicy::MakeChoice:[%S] %S: %S, STATS: failed=%i, good=%i",
-            adapter.GetConfigIdx(), stage, outcome.standard ? "std:exception" : "Exception", outcome.what,
-            entry.m_connect_failed, entry.m_connect_good);
+            adapter.GetConfigIdx(), stage, outcome.standard ? "std:exception" : "Exception",
+            outcome.what, entry.m_connect_failed, entry.m_connect_good);
   return outcome;
 }
 

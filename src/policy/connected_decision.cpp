@@ -1,18 +1,19 @@
 // The decision of a connected adapter.
 
+#include "model/base_netname.h"
+#include "policy/bss_entry_reports.h"
 #include "policy/policy.h"
 #include "policy/policy_log.h"
 #include "policy/round_watch.h"
 #include "policy/suggesting.h"
-#include "policy/bss_entry_reports.h"
 #include "wlan/wifi_client_container.h"
-#include "model/base_netname.h"
 
 namespace corvane {
 
 namespace {
 
-// Shows beside each entry whether its network looks like a band of the connected one; changes nothing.
+// Shows beside each entry whether its network looks like a band of the connected one; changes
+// nothing.
 void LogFirstLetters(int idx, const BssEntryList& entries, const ConnectionFacts& facts) {
   if (!log::IsOpen(idx, kCandidateDetailLog)) return;
   WString connected = facts.ssid;
@@ -27,7 +28,8 @@ void LogFirstLetters(int idx, const BssEntryList& entries, const ConnectionFacts
 
 class ConnectedDecision {
  public:
-  ConnectedDecision(CWlanInterface& adapter, const BssEntryList& entries, const ConnectionFacts& facts)
+  ConnectedDecision(CWlanInterface& adapter, const BssEntryList& entries,
+                    const ConnectionFacts& facts)
       : m_Adapter(adapter),
         m_Idx(adapter.GetConfigIdx()),
         m_pConfig(adapter.Config()),
@@ -43,11 +45,12 @@ class ConnectedDecision {
       StayOnBest();
     } else if (IsLinkBusy(CGlobalConfigContainer::GetInstance().m_rt_audio, m_Mbps,
                           m_pConfig->m_rate_gate_high)) {
-      LOG_ADAPTER(m_Idx, kPolicyLog,
-                  u"\n[%i][DEFERRED] IF-STATE: %i [CONNECTED to non preferred SSID %s, HOWEVER Connected "
-                  u"Bitrate too high: %0.3lf > %0.3lf] ...\n",
-                  m_Idx, m_Adapter.GetInterfaceStateForLog(), m_Facts.ssid, m_Mbps,
-                  m_pConfig->m_rate_gate_high.load());
+      LOG_ADAPTER(
+          m_Idx, kPolicyLog,
+          u"\n[%i][DEFERRED] IF-STATE: %i [CONNECTED to non preferred SSID %s, HOWEVER Connected "
+          u"Bitrate too high: %0.3lf > %0.3lf] ...\n",
+          m_Idx, m_Adapter.GetInterfaceStateForLog(), m_Facts.ssid, m_Mbps,
+          m_pConfig->m_rate_gate_high.load());
       RoundWatches::Step(m_Idx, RoundStep::kLinkBusy);
       m_Adapter.RollSwitchPeriod();
     } else if (HasReadyCandidate(score)) {
@@ -63,7 +66,8 @@ class ConnectedDecision {
     LOG_ADAPTER(m_Idx, kPolicyLog,
                 u"\n[%i] MakeChoice_connected: IF-STATE: %i [Connected to SSID: %s "
                 u"{%02x-%02x-%02x-%02x-%02x-%02x}] USING BACKUP SCORE: %i ____________________\n",
-                m_Idx, m_Adapter.GetInterfaceStateForLog(), m_Facts.ssid, MAC_ARGS(m_Facts.bssid), backup);
+                m_Idx, m_Adapter.GetInterfaceStateForLog(), m_Facts.ssid, MAC_ARGS(m_Facts.bssid),
+                backup);
     return backup;
   }
 
@@ -93,11 +97,12 @@ class ConnectedDecision {
     }
   }
 
-  // A suggestion that the user has taken up is closed; any other that stands is answered by the best one.
+  // A suggestion that the user has taken up is closed; any other that stands is answered by the
+  // best one.
   void TellBest() {
     CSmartPointer<CWlanBssEntry> suggested;
-    if (CGlobalQUAYPolicy::IsConnectedToSuggestedBest_ETW(&m_Adapter, m_Entries, m_Facts.ssid, m_Facts.bssid,
-                                                          &suggested) &&
+    if (CGlobalQUAYPolicy::IsConnectedToSuggestedBest_ETW(&m_Adapter, m_Entries, m_Facts.ssid,
+                                                          m_Facts.bssid, &suggested) &&
         suggested) {
       NotifyAlreadyBestAP(*suggested, m_pConfig->m_Etw, true);
     } else if (!m_pConfig->m_Etw.GetMemo().IsEmpty()) {
@@ -109,24 +114,27 @@ class ConnectedDecision {
   bool HasReadyCandidate(std::int32_t score) {
     CSmartPointer<CWlanBssEntry> qualifier;
     CandidateSummary summary;
-    if (CGlobalQUAYPolicy::IncrementCandidateCounters(&m_Adapter, m_Facts.bssid, m_Entries, score, &qualifier,
-                                                      &summary)) {
+    if (CGlobalQUAYPolicy::IncrementCandidateCounters(&m_Adapter, m_Facts.bssid, m_Entries, score,
+                                                      &qualifier, &summary)) {
       return true;
     }
     if (qualifier) {
-      LOG_ADAPTER(m_Idx, kPolicyLog,
-                  u"\n[%i] [DEFERRED] IF-STATE: %i [%0.2lf mbps][CONNECTED to diff SSID %s vs preferred "
-                  u"%s(center %u)(or other), waiting: counter %i ++> %i]\n",
-                  m_Idx, m_Adapter.GetInterfaceStateForLog(), m_Mbps, m_Facts.ssid, qualifier->m_SSIDW,
-                  qualifier->GetFrequencyKhz(), qualifier->PeekCandidate(),
-                  CGlobalQUAYPolicy::RequiredCandidateCount());
+      LOG_ADAPTER(
+          m_Idx, kPolicyLog,
+          u"\n[%i] [DEFERRED] IF-STATE: %i [%0.2lf mbps][CONNECTED to diff SSID %s vs preferred "
+          u"%s(center %u)(or other), waiting: counter %i ++> %i]\n",
+          m_Idx, m_Adapter.GetInterfaceStateForLog(), m_Mbps, m_Facts.ssid, qualifier->m_SSIDW,
+          qualifier->GetFrequencyKhz(), qualifier->PeekCandidate(),
+          CGlobalQUAYPolicy::RequiredCandidateCount());
     } else {
-      LOG_ADAPTER(m_Idx, kPolicyLog,
-                  u"\n[%i] [DEFERRED] IF-STATE: %i [%0.2lf mbps][CONNECTED to SSID %s with NO Other "
-                  u"Qualifying AP]\n",
-                  m_Idx, m_Adapter.GetInterfaceStateForLog(), m_Mbps, m_Facts.ssid);
+      LOG_ADAPTER(
+          m_Idx, kPolicyLog,
+          u"\n[%i] [DEFERRED] IF-STATE: %i [%0.2lf mbps][CONNECTED to SSID %s with NO Other "
+          u"Qualifying AP]\n",
+          m_Idx, m_Adapter.GetInterfaceStateForLog(), m_Mbps, m_Facts.ssid);
     }
-    RoundWatches::Step(m_Idx, qualifier ? RoundStep::kRipening : RoundStep::kNoQualifier, qualifier.get());
+    RoundWatches::Step(m_Idx, qualifier ? RoundStep::kRipening : RoundStep::kNoQualifier,
+                       qualifier.get());
     m_Adapter.RollSwitchPeriod();
     return false;
   }
@@ -136,7 +144,8 @@ class ConnectedDecision {
     if (CGlobalQUAYPolicy::SwitchConnectionToBest(&m_Adapter, m_Entries, score, m_Facts)) {
       m_Adapter.ClearAllCandidateCounters("AFTER SUCCESSFUL SwitchConnectionToBest()");
       if (m_pConfig->IsAutoswitch()) {
-        LOG_ADAPTER(m_Idx, kPolicyLog, u"\n[%i] Connection to new preferred Network succeeded\n", m_Idx);
+        LOG_ADAPTER(m_Idx, kPolicyLog, u"\n[%i] Connection to new preferred Network succeeded\n",
+                    m_Idx);
       }
     } else {
       LOG_ADAPTER(m_Idx, kPolicyLog,

@@ -52,8 +52,8 @@ class FirstConnect {
     const MacAddress mac = entry.GetBssid();
     if (CWifiClientContainer::GetInstance().AvoidThisCandidateOnMyIF(&entry, &m_Adapter)) {
       LOG_ADAPTER(m_Idx, kPolicyLog,
-                  u"[%i] [SKIP DUE TO CONN ON OTHER-IF] %s {%02x-%02x-%02x-%02x-%02x-%02x}\n", m_Idx,
-                  entry.m_SSIDW, MAC_ARGS(mac));
+                  u"[%i] [SKIP DUE TO CONN ON OTHER-IF] %s {%02x-%02x-%02x-%02x-%02x-%02x}\n",
+                  m_Idx, entry.m_SSIDW, MAC_ARGS(mac));
       return CandidateStanding::kTakenElsewhere;
     }
     if (entry.m_last_reason_code == platform::WLAN_REASON_CODE_NETWORK_NOT_AVAILABLE) {
@@ -64,9 +64,10 @@ class FirstConnect {
       return CandidateStanding::kUnavailable;
     }
     if (m_bAutoOnly && !entry.m_AutoConnect) {
-      LOG_ADAPTER(m_Idx, kPolicyLog,
-                  u"[%i] [AUTO=%i][AutOnly=%i] NOT connecting to %s {%02x-%02x-%02x-%02x-%02x-%02x}\n", m_Idx,
-                  entry.m_AutoConnect, m_bAutoOnly, entry.m_SSIDW, MAC_ARGS(mac));
+      LOG_ADAPTER(
+          m_Idx, kPolicyLog,
+          u"[%i] [AUTO=%i][AutOnly=%i] NOT connecting to %s {%02x-%02x-%02x-%02x-%02x-%02x}\n",
+          m_Idx, entry.m_AutoConnect, m_bAutoOnly, entry.m_SSIDW, MAC_ARGS(mac));
       return CandidateStanding::kNotAutomatic;
     }
     return CandidateStanding::kEligible;
@@ -75,10 +76,11 @@ class FirstConnect {
   bool Take(CWlanBssEntry& entry, std::int32_t position) {
     const MacAddress mac = entry.GetBssid();
     if (CGlobalQUAYPolicy::IsMonitorMode(*m_pConfig)) {
-      LOG_ADAPTER(m_Idx, kPolicyLog,
-                  u"[%i] [DISABLED IN MONITOR MODE] ConnectToBestNoDebounce: _NO_ Connect/Suggest: %s "
-                  u"{%02x-%02x-%02x-%02x-%02x-%02x}\n",
-                  m_Idx, entry.m_SSIDW, MAC_ARGS(mac));
+      LOG_ADAPTER(
+          m_Idx, kPolicyLog,
+          u"[%i] [DISABLED IN MONITOR MODE] ConnectToBestNoDebounce: _NO_ Connect/Suggest: %s "
+          u"{%02x-%02x-%02x-%02x-%02x-%02x}\n",
+          m_Idx, entry.m_SSIDW, MAC_ARGS(mac));
       RoundWatches::Step(m_Idx, RoundStep::kMonitorMode, &entry);
       return true;
     }
@@ -87,7 +89,8 @@ class FirstConnect {
                 u"[%i] [allowAutoConnectOutOfSleep=%i/%i][AUTO=%i][AutOnly=%i] %s %s "
                 u"{%02x-%02x-%02x-%02x-%02x-%02x}\n",
                 m_Idx, 0, 0, entry.m_AutoConnect, m_bAutoOnly,
-                way == MoveWay::kConnect ? u"Connecting to" : u"SUGGESTING", entry.m_SSIDW, MAC_ARGS(mac));
+                way == MoveWay::kConnect ? u"Connecting to" : u"SUGGESTING", entry.m_SSIDW,
+                MAC_ARGS(mac));
     if (way == MoveWay::kConnect) return Connect(entry);
     const bool byEvent = way == MoveWay::kSuggestByEvent;
     const bool accepted = byEvent ? AskByEvent(entry) : AskByPopup(entry);
@@ -101,10 +104,11 @@ class FirstConnect {
   }
 
   bool AskByPopup(CWlanBssEntry& entry) {
-    const bool accepted = SuggestByPopup(*m_pConfig, entry, 0, 0, 0, ShortApSummary(SummaryOf(entry)),
-                                         kNoConnectionMbps);
+    const bool accepted = SuggestByPopup(*m_pConfig, entry, 0, 0, 0,
+                                         ShortApSummary(SummaryOf(entry)), kNoConnectionMbps);
     LOG_ADAPTER(m_Idx, kPolicyLog,
-                u"[%i] CGlobalQUAYPolicy::ConnectToBestNoDebounce: [***INHIBIT QUAY 5000 ***]\n", m_Idx);
+                u"[%i] CGlobalQUAYPolicy::ConnectToBestNoDebounce: [***INHIBIT QUAY 5000 ***]\n",
+                m_Idx);
     m_pConfig->Set_InhibitQUAY(kInhibitAfterPopupMs, "con-pop");
     m_Adapter.TakeReservation(entry.GetBssid());
     return accepted;
@@ -115,12 +119,14 @@ class FirstConnect {
     const ConnectOutcome outcome = TryConnectCounted(m_Adapter, *m_pConfig, entry, "newconnect");
     if (!outcome.connected) return !outcome.failed;
     CountMove(false);
-    LOG_ADAPTER(m_Idx, kPolicyLog,
-                u"[%i] ConnectToBestNoDebounce: Success connecting to %s [STATs: failed=%i, good=%i]\n", m_Idx,
-                entry.m_SSIDW, entry.m_connect_failed, entry.m_connect_good);
+    LOG_ADAPTER(
+        m_Idx, kPolicyLog,
+        u"[%i] ConnectToBestNoDebounce: Success connecting to %s [STATs: failed=%i, good=%i]\n",
+        m_Idx, entry.m_SSIDW, entry.m_connect_failed, entry.m_connect_good);
     PublishConnection(m_Adapter, *m_pConfig, entry);
     const ApSummary after = SummaryOf(entry);
-    LogInfo(Format(u"[Adapter%i] AUTOCONNECT (from disconnnected adapter): %s", m_Idx, BriefText(after)));
+    LogInfo(Format(u"[Adapter%i] AUTOCONNECT (from disconnnected adapter): %s", m_Idx,
+                   BriefText(after)));
     NotifyConnectionChange(m_Adapter, *m_pConfig, u"NewConnection", ShortApSummary(after), u"None");
     return true;
   }

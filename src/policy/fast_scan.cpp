@@ -1,12 +1,13 @@
-// A connected adapter's rounds without fresh scan data: they bump no counters, but may ask for scans.
+// A connected adapter's rounds without fresh scan data: they bump no counters, but may ask for
+// scans.
 
+#include "policy/bss_entry_reports.h"
 #include "policy/choice_rules.h"
 #include "policy/policy.h"
 #include "policy/policy_log.h"
 #include "policy/round_watch.h"
 #include "policy/standing_suggestion.h"
 #include "policy/suggesting.h"
-#include "policy/bss_entry_reports.h"
 
 namespace corvane {
 
@@ -16,11 +17,15 @@ constexpr std::uint64_t kFastScanLog = DBG(3);
 
 RoundStep StepOf(FastScan outcome) {
   switch (outcome) {
-    case FastScan::kAlreadySuggested: return RoundStep::kAlreadySuggested;
-    case FastScan::kBusy: return RoundStep::kLinkBusy;
-    case FastScan::kNothingBetter: return RoundStep::kNothingBetter;
+    case FastScan::kAlreadySuggested:
+      return RoundStep::kAlreadySuggested;
+    case FastScan::kBusy:
+      return RoundStep::kLinkBusy;
+    case FastScan::kNothingBetter:
+      return RoundStep::kNothingBetter;
     case FastScan::kAlreadyForced:
-    case FastScan::kForceScans: break;
+    case FastScan::kForceScans:
+      break;
   }
   return RoundStep::kBetterPossible;
 }
@@ -39,16 +44,19 @@ class FastScanRound {
     const bool alreadyBest =
         CGlobalQUAYPolicy::IsConnectedToBest(&m_Adapter, m_Entries, m_Facts, &m_pBest);
     if (!m_pBest) {
-      LOG_ADAPTER(m_Idx, kFastScanLog,
-                  u"\n[%i][EnabledFastScan_connected] INTERFACE STATE: %i -- pBestCandidate is NULL!\n", m_Idx,
-                  State());
+      LOG_ADAPTER(
+          m_Idx, kFastScanLog,
+          u"\n[%i][EnabledFastScan_connected] INTERFACE STATE: %i -- pBestCandidate is NULL!\n",
+          m_Idx, State());
       return;
     }
     if (alreadyBest) {
-      LOG_ADAPTER(m_Idx, kFastScanLog,
-                  u"\n[%i][EnabledFastScan_connected] INTERFACE STATE: %i [already CONNECTED to preferred AP "
-                  u"- SSID: %s {%02x-%02x-%02x-%02x-%02x-%02x}][LQ %lu][%0.2lf mbps] - DO NOTHING\n",
-                  m_Idx, State(), m_Facts.ssid, MAC_ARGS(m_Facts.bssid), m_Facts.quality, m_Mbps);
+      LOG_ADAPTER(
+          m_Idx, kFastScanLog,
+          u"\n[%i][EnabledFastScan_connected] INTERFACE STATE: %i [already CONNECTED to preferred "
+          u"AP "
+          u"- SSID: %s {%02x-%02x-%02x-%02x-%02x-%02x}][LQ %lu][%0.2lf mbps] - DO NOTHING\n",
+          m_Idx, State(), m_Facts.ssid, MAC_ARGS(m_Facts.bssid), m_Facts.quality, m_Mbps);
       RoundWatches::Step(m_Idx, RoundStep::kOnBest);
       return;
     }
@@ -68,10 +76,12 @@ class FastScanRound {
         IsOpenSuggestion(ReadStandingSuggestion(*m_pConfig), m_pBest->m_SSIDW, m_pBest->m_BSSIDText,
                          m_pConfig->m_ForceAutoConnect, m_Adapter.IsConnected());
     if (in.openSuggestion) {
-      LOG_ADAPTER(m_Idx, kFastScanLog,
-                  u"\n[%i][EnabledFastScan_connected][BMLS=%i/IBP=1/LSOAL=1] IF-STATE: %i [CONNECTED to %s, "
-                  u"Bitrate: %0.3lf] IGNORE BestMatchesLastSuggestion due to Suggest == Allowlist\n",
-                  m_Idx, in.matchesSuggestion, State(), m_Facts.ssid, m_Mbps);
+      LOG_ADAPTER(
+          m_Idx, kFastScanLog,
+          u"\n[%i][EnabledFastScan_connected][BMLS=%i/IBP=1/LSOAL=1] IF-STATE: %i [CONNECTED to "
+          u"%s, "
+          u"Bitrate: %0.3lf] IGNORE BestMatchesLastSuggestion due to Suggest == Allowlist\n",
+          m_Idx, in.matchesSuggestion, State(), m_Facts.ssid, m_Mbps);
     }
     in.linkBusy = IsLinkBusy(CGlobalConfigContainer::GetInstance().m_rt_audio, m_Mbps,
                              m_pConfig->m_rate_gate_high);
@@ -83,8 +93,8 @@ class FastScanRound {
     const SuggestionMode mode = ModeOf(*m_pConfig);
     if (mode.IsEventMode()) {
       CSmartPointer<CWlanBssEntry> unused;
-      return CGlobalQUAYPolicy::IsConnectedToSuggestedBest_ETW(&m_Adapter, m_Entries, m_pBest->m_SSIDW,
-                                                               m_pBest->GetBssid(), &unused);
+      return CGlobalQUAYPolicy::IsConnectedToSuggestedBest_ETW(
+          &m_Adapter, m_Entries, m_pBest->m_SSIDW, m_pBest->GetBssid(), &unused);
     }
     return mode.popup && m_pConfig->m_Popup.GetMemo().HasAp(m_pBest->m_SSIDW, m_pBest->m_BSSIDText);
   }
@@ -94,36 +104,42 @@ class FastScanRound {
     RoundWatches::Step(m_Idx, StepOf(outcome), m_pBest.get());
     switch (outcome) {
       case FastScan::kAlreadySuggested:
-        LOG_ADAPTER(m_Idx, kFastScanLog,
-                    u"\n[%i][EnabledFastScan_connected] INTERFACE STATE: %i [not conn'd SAME/NO-REPEAT "
-                    u"pref-AP SSID: %s {%02x-%02x-%02x-%02x-%02x-%02x}][LQ %lu][%0.2lf mbps] - DO NOTHING\n",
-                    m_Idx, State(), m_Facts.ssid, MAC_ARGS(m_Facts.bssid), m_Facts.quality, m_Mbps);
+        LOG_ADAPTER(
+            m_Idx, kFastScanLog,
+            u"\n[%i][EnabledFastScan_connected] INTERFACE STATE: %i [not conn'd SAME/NO-REPEAT "
+            u"pref-AP SSID: %s {%02x-%02x-%02x-%02x-%02x-%02x}][LQ %lu][%0.2lf mbps] - DO "
+            u"NOTHING\n",
+            m_Idx, State(), m_Facts.ssid, MAC_ARGS(m_Facts.bssid), m_Facts.quality, m_Mbps);
         return;
       case FastScan::kBusy:
-        LOG_ADAPTER(m_Idx, kFastScanLog,
-                    u"\n[%i][EnabledFastScan_connected][DEFERRED] IF-STATE: %i [CONNECTED to non preferred "
-                    u"SSID %s, HOWEVER Connected Bitrate too high: %0.3lf > %0.3lf] ...\n",
-                    m_Idx, State(), m_Facts.ssid, m_Mbps, m_pConfig->m_rate_gate_high.load());
+        LOG_ADAPTER(
+            m_Idx, kFastScanLog,
+            u"\n[%i][EnabledFastScan_connected][DEFERRED] IF-STATE: %i [CONNECTED to non preferred "
+            u"SSID %s, HOWEVER Connected Bitrate too high: %0.3lf > %0.3lf] ...\n",
+            m_Idx, State(), m_Facts.ssid, m_Mbps, m_pConfig->m_rate_gate_high.load());
         return;
       case FastScan::kNothingBetter:
         m_pConfig->m_force_scan_counter = 0;
-        LOG_ADAPTER(m_Idx, kFastScanLog,
-                    u"\n[%i][EnabledFastScan_connected] IF-STATE: %i [CONNECTED to %s, Bitrate: %0.3lf] "
-                    u"!IsBetterCandidatePossible() - DO NOTHING %s\n",
-                    m_Idx, State(), m_Facts.ssid, m_Mbps,
-                    forced > 0 ? u"[Cleared F-COUNTER]" : u"[F-COUNTER already 0]");
+        LOG_ADAPTER(
+            m_Idx, kFastScanLog,
+            u"\n[%i][EnabledFastScan_connected] IF-STATE: %i [CONNECTED to %s, Bitrate: %0.3lf] "
+            u"!IsBetterCandidatePossible() - DO NOTHING %s\n",
+            m_Idx, State(), m_Facts.ssid, m_Mbps,
+            forced > 0 ? u"[Cleared F-COUNTER]" : u"[F-COUNTER already 0]");
         return;
       case FastScan::kAlreadyForced:
-        LOG_ADAPTER(m_Idx, kFastScanLog,
-                    u"\n[%i][EnabledFastScan_connected] IF-STATE: %i [CONNECTED to %s, Bitrate: %0.3lf] "
-                    u"F-COUNT %i already nonzero\n",
-                    m_Idx, State(), m_Facts.ssid, m_Mbps, forced);
+        LOG_ADAPTER(
+            m_Idx, kFastScanLog,
+            u"\n[%i][EnabledFastScan_connected] IF-STATE: %i [CONNECTED to %s, Bitrate: %0.3lf] "
+            u"F-COUNT %i already nonzero\n",
+            m_Idx, State(), m_Facts.ssid, m_Mbps, forced);
         return;
       case FastScan::kForceScans:
-        LOG_ADAPTER(m_Idx, kFastScanLog,
-                    u"\n[%i][EnabledFastScan_connected] IF-STATE: %i [CONNECTED to %s, Bitrate: %0.3lf] "
-                    u"CALLING SetForceScanCounter(3)\n",
-                    m_Idx, State(), m_Facts.ssid, m_Mbps);
+        LOG_ADAPTER(
+            m_Idx, kFastScanLog,
+            u"\n[%i][EnabledFastScan_connected] IF-STATE: %i [CONNECTED to %s, Bitrate: %0.3lf] "
+            u"CALLING SetForceScanCounter(3)\n",
+            m_Idx, State(), m_Facts.ssid, m_Mbps);
         m_pConfig->m_force_scan_counter = kForcedScans;
         return;
     }
@@ -154,7 +170,8 @@ void CGlobalQUAYPolicy::CheckEarlySuggestedBest(CWlanInterface* pIf, const BssEn
   const int idx = pIf->GetConfigIdx();
   const CSmartPointer<CQUAYInterfaceConfig> config = pIf->Config();
   CSmartPointer<CWlanBssEntry> entry;
-  if (!IsConnectedToSuggestedBest_ETW(pIf, entries, facts.ssid, facts.bssid, &entry) || !entry) return;
+  if (!IsConnectedToSuggestedBest_ETW(pIf, entries, facts.ssid, facts.bssid, &entry) || !entry)
+    return;
   LOG_ADAPTER(idx, kPolicyLog,
               u"\n[%i] INTERFACE STATE: %i [EARLIER already CONNECTED to suggested AP - SSID: %s "
               u"{%02x-%02x-%02x-%02x-%02x-%02x}][LQ %lu][%0.2lf mbps]\n",

@@ -1,8 +1,8 @@
 #pragma once
 // What the log lines of several decisions share.
 
-#include "settings/global_config_container.h"
 #include "foundation/log_lines.h"
+#include "settings/global_config_container.h"
 
 namespace corvane {
 

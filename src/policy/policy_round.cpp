@@ -2,13 +2,13 @@
 
 #include <algorithm>
 
-#include "store/csv_helper.h"
-#include "store/value_names.h"
 #include "policy/candidate_list.h"
 #include "policy/policy.h"
 #include "policy/policy_log.h"
 #include "policy/policy_text.h"
 #include "policy/round_watch.h"
+#include "store/csv_helper.h"
+#include "store/value_names.h"
 
 namespace corvane {
 
@@ -30,7 +30,8 @@ class PolicyRound {
     KeepCandidates(&m_Candidates, m_pConfig->m_Denylist.Rows(), m_Idx);
     SortCandidates(&m_Candidates, m_pConfig->m_PreferPrivateNetwork);
     PublishNetworksInRange();
-    if (m_Facts.connected && !m_pConfig->m_network_switching) KeepNetwork(&m_Candidates, m_Facts.ssid, m_Idx);
+    if (m_Facts.connected && !m_pConfig->m_network_switching)
+      KeepNetwork(&m_Candidates, m_Facts.ssid, m_Idx);
     FilterByAllowlist();
     if (m_Facts.connected) m_Adapter.m_consec_disconnects = 0;
     LogSettings();
@@ -55,10 +56,11 @@ class PolicyRound {
     const WString json = NetworksInRangeJson(m_Candidates, m_Facts.ssid, &found);
     m_pConfig->SetString(value::kProfiledNetworksInRangeJson, json);
     if (!found) {
-      LOG_ADAPTER(m_Idx, kPolicyLog,
-                  u"[%i] CGlobalQUAYPolicy::ExecutePolicies: ERROR! %s not found in list of in-range "
-                  u"candidates\n",
-                  m_Idx, m_Facts.ssid);
+      LOG_ADAPTER(
+          m_Idx, kPolicyLog,
+          u"[%i] CGlobalQUAYPolicy::ExecutePolicies: ERROR! %s not found in list of in-range "
+          u"candidates\n",
+          m_Idx, m_Facts.ssid);
     }
   }
 
@@ -72,24 +74,27 @@ class PolicyRound {
   void LogSettings() const {
     const std::uint32_t lqct = m_pConfig->m_LQCThreshold;
     const auto points = static_cast<std::int32_t>(m_pConfig->m_APScoreThreshold.load());
-    const int switching = m_pConfig->m_network_switching, preferPrivate = m_pConfig->m_PreferPrivateNetwork;
+    const int switching = m_pConfig->m_network_switching,
+              preferPrivate = m_pConfig->m_PreferPrivateNetwork;
     const int latch = m_pConfig->m_LatchToPrivate;
     if (m_pConfig->IsAutoswitch()) {
-      LOG_ADAPTER(m_Idx, kPolicyLog,
-                  u"[%i] LQCT %lu, NS %i, Pref Priv %i, Latch to Priv %i, SD %i, avg qbss scores: %i "
-                  u"[2Ghz], %i [5Ghz], consec disc %lu, connected=%i\n\n",
-                  m_Idx, lqct, switching, preferPrivate, latch, points, m_pConfig->m_AvgQBSSScore2.load(),
-                  m_pConfig->m_AvgQBSSScore5.load(), m_Adapter.m_consec_disconnects, m_Facts.connected);
+      LOG_ADAPTER(
+          m_Idx, kPolicyLog,
+          u"[%i] LQCT %lu, NS %i, Pref Priv %i, Latch to Priv %i, SD %i, avg qbss scores: %i "
+          u"[2Ghz], %i [5Ghz], consec disc %lu, connected=%i\n\n",
+          m_Idx, lqct, switching, preferPrivate, latch, points, m_pConfig->m_AvgQBSSScore2.load(),
+          m_pConfig->m_AvgQBSSScore5.load(), m_Adapter.m_consec_disconnects, m_Facts.connected);
       return;
     }
-    LOG_ADAPTER(m_Idx, kPolicyLog,
-                u"[%i][PASSIVE - %s] LQCT %lu, NS %i, SD %i, Pref Priv %i, Latch to Priv %i, avg qbss "
-                u"scores: %i [2Ghz], %i [5Ghz], consec disc %lu, connected=%i\n\n",
-                m_Idx,
-                m_Adapter.m_last_suggested_pos < 0 ? WString(u"no suggestion")
-                                                   : u"last '" + m_Adapter.m_last_suggested_ssid + u"'",
-                lqct, switching, points, preferPrivate, latch, m_pConfig->m_AvgQBSSScore2.load(),
-                m_pConfig->m_AvgQBSSScore5.load(), m_Adapter.m_consec_disconnects, m_Facts.connected);
+    LOG_ADAPTER(
+        m_Idx, kPolicyLog,
+        u"[%i][PASSIVE - %s] LQCT %lu, NS %i, SD %i, Pref Priv %i, Latch to Priv %i, avg qbss "
+        u"scores: %i [2Ghz], %i [5Ghz], consec disc %lu, connected=%i\n\n",
+        m_Idx,
+        m_Adapter.m_last_suggested_pos < 0 ? WString(u"no suggestion")
+                                           : u"last '" + m_Adapter.m_last_suggested_ssid + u"'",
+        lqct, switching, points, preferPrivate, latch, m_pConfig->m_AvgQBSSScore2.load(),
+        m_pConfig->m_AvgQBSSScore5.load(), m_Adapter.m_consec_disconnects, m_Facts.connected);
   }
 
   void PublishRows(const BssEntryList& entries, const char16_t* name, const char* logPrefix) {
@@ -97,7 +102,8 @@ class PolicyRound {
     for (const auto& entry : entries) {
       LOG_ADAPTER(m_Idx, kCandidateDetailLog, u"%s", SortLine(m_Idx, *entry, logPrefix));
     }
-    for (std::size_t i = entries.size() - std::min(entries.size(), kRowsKept); i < entries.size(); ++i) {
+    for (std::size_t i = entries.size() - std::min(entries.size(), kRowsKept); i < entries.size();
+         ++i) {
       if (rows->AddString(entries[i]->GetStatusLine(), true) < 0) {
         LOG_ERROR(u"[%i] -->FALIED to add to CSV\n", m_Idx);
       }
@@ -117,8 +123,8 @@ class PolicyRound {
     }
   }
 
-  // One act at most: what people ask for comes first. A client's order lives for one round; one that
-  // comes while it is carried out waits for the next.
+  // One act at most: what people ask for comes first. A client's order lives for one round; one
+  // that comes while it is carried out waits for the next.
   void Act() {
     if (CGlobalQUAYPolicy::CheckAcceptSuggestion(&m_Adapter, m_Candidates, m_Facts)) {
       LogSkippedChoice(u"TRIED PASSIVE (SUGGESTION-ACCEPTANCE) CONNECT");
@@ -136,8 +142,9 @@ class PolicyRound {
 
   void LogSkippedChoice(const char16_t* why) const {
     const RoundFlags flags(*m_pConfig);
-    LOG_ADAPTER(m_Idx, kPolicyLog, u"\n[%i][Pilot=%i][SKIP CHOICE - %s][ENABLED %i/%i][ROAM-E %i/%i]\n",
-                m_Idx, flags.pilot, why, flags.enabled, flags.serviceEnabled, flags.roaming,
+    LOG_ADAPTER(m_Idx, kPolicyLog,
+                u"\n[%i][Pilot=%i][SKIP CHOICE - %s][ENABLED %i/%i][ROAM-E %i/%i]\n", m_Idx,
+                flags.pilot, why, flags.enabled, flags.serviceEnabled, flags.roaming,
                 flags.gatewayRoaming);
   }
 
@@ -168,10 +175,11 @@ void CGlobalQUAYPolicy::UpdateAssociateLQPegging(CWlanInterface* pIf, bool conne
     pIf->m_peg_active = false;
     pIf->m_assoc_lq = -1;
     pIf->m_bss_lq = -1;
-    LOG_ADAPTER(idx, kPolicyLog,
-                u"\n[%i]CGlobalQUAYPolicy::UpdateAssociateLQPegging[%S]: NOT CONNECTED: set PEG=false, "
-                u"assoc SQ=-1, last BSS SQ=-1\n",
-                idx, tag);
+    LOG_ADAPTER(
+        idx, kPolicyLog,
+        u"\n[%i]CGlobalQUAYPolicy::UpdateAssociateLQPegging[%S]: NOT CONNECTED: set PEG=false, "
+        u"assoc SQ=-1, last BSS SQ=-1\n",
+        idx, tag);
     return;
   }
   pIf->m_assoc_lq = static_cast<std::int32_t>(*quality);
@@ -179,18 +187,20 @@ void CGlobalQUAYPolicy::UpdateAssociateLQPegging(CWlanInterface* pIf, bool conne
   const bool known = pIf->FindBssEntry(ssid, bssid, &entry);
   if (known) pIf->m_bss_lq = static_cast<std::int32_t>(entry->GetLQ());
   if (known && entry->GetLQ() > *quality) {
-    LOG_ADAPTER(idx, kPolicyLog,
-                u"\n[%i]CGlobalQUAYPolicy::UpdateAssociateLQPegging[%S]: SET PEG BEACON-SQ: change %lu "
-                u"--to--> %lu\n",
-                idx, tag, *quality, entry->GetLQ());
+    LOG_ADAPTER(
+        idx, kPolicyLog,
+        u"\n[%i]CGlobalQUAYPolicy::UpdateAssociateLQPegging[%S]: SET PEG BEACON-SQ: change %lu "
+        u"--to--> %lu\n",
+        idx, tag, *quality, entry->GetLQ());
     *quality = entry->GetLQ();
     pIf->m_peg_active = true;
   } else {
     pIf->m_peg_active = false;
-    LOG_ADAPTER(idx, kPolicyLog,
-                u"\n[%i]CGlobalQUAYPolicy::UpdateAssociateLQPegging[%S]: CLEAR PEG SQ [USE ASSOCIATION "
-                u"SQ]: keep %lu\n",
-                idx, tag, *quality);
+    LOG_ADAPTER(
+        idx, kPolicyLog,
+        u"\n[%i]CGlobalQUAYPolicy::UpdateAssociateLQPegging[%S]: CLEAR PEG SQ [USE ASSOCIATION "
+        u"SQ]: keep %lu\n",
+        idx, tag, *quality);
   }
 }
 

@@ -1,10 +1,10 @@
 #include "policy/policy_text.h"
 
-#include "notify/notification_manager.h"
-#include "store/value_names.h"
 #include "foundation/format.h"
 #include "monitors/network_list_manager.h"
+#include "notify/notification_manager.h"
 #include "policy/policy_log.h"
+#include "store/value_names.h"
 
 namespace corvane {
 
@@ -58,7 +58,8 @@ ApSummary SummaryOf(CWlanBssEntry& entry, const CWlanInterface& adapter) {
   return ap;
 }
 
-ApSummary SummaryOfConnection(CWlanInterface& adapter, const ConnectionFacts& facts, std::int32_t score) {
+ApSummary SummaryOfConnection(CWlanInterface& adapter, const ConnectionFacts& facts,
+                              std::int32_t score) {
   ApSummary ap;
   ap.score = score;
   ap.bssid = MacText(facts.bssid);
@@ -92,7 +93,8 @@ void NotifyConnectionChange(const CWlanInterface& adapter, const CQUAYInterfaceC
                             WStringView type, WStringView newAp, WStringView oldAp) {
   WString description;
   config.GetString(value::kAdapterDescription, &description);
-  QueueNotification(u"Corvane", u"ConnectionChange", type, newAp, oldAp, adapter.GetMacText(), description);
+  QueueNotification(u"Corvane", u"ConnectionChange", type, newAp, oldAp, adapter.GetMacText(),
+                    description);
 }
 
 WString SortLine(int idx, CWlanBssEntry& entry, const char* prefix) {
@@ -100,17 +102,20 @@ WString SortLine(int idx, CWlanBssEntry& entry, const char* prefix) {
   const CIEBlob* blob = entry.m_IEBlob.get();
   const bool pending = !entry.m_bss_scanned && entry.m_unscanned_count == 0;
   return Format(
-      u"[%i] %S:[ec %i/%02i][% 16s][%s] {%02x-%02x-%02x-%02x-%02x-%02x}[%s][%02i/%02i] [cls % 10s], LQ "
-      u"%lu/%u, SCO %i[rssi %i] cent % 3u/%u, scn %i/%i/%i, BLACK %i, auto %i, cat %s, ld %0.2lf, %i "
+      u"[%i] %S:[ec %i/%02i][% 16s][%s] {%02x-%02x-%02x-%02x-%02x-%02x}[%s][%02i/%02i] [cls % "
+      u"10s], LQ "
+      u"%lu/%u, SCO %i[rssi %i] cent % 3u/%u, scn %i/%i/%i, BLACK %i, auto %i, cat %s, ld %0.2lf, "
+      u"%i "
       u"[%i/%i] mbps, %i mbps, auth %i, CWs [%s], GWs %u+%u\n",
-      idx, prefix, entry.m_ever_connected, entry.m_connect_good, entry.m_SSIDW, u"unknown ", MAC_ARGS(mac),
-      InternetLetter(entry), entry.PeekCandidate(), entry.m_candidate_counter, entry.GetPhyModes(),
-      entry.GetLQ(), entry.m_Bss.uLinkQuality, entry.GetScore(false), entry.m_Bss.lRssi, entry.m_Channel,
-      entry.GetFrequencyKhz(), entry.m_bss_scanned, entry.m_unscanned_count, pending, entry.m_bDenied,
-      entry.m_AutoConnect, CategoryHead(entry), entry.GetLoadPct(), entry.GetMaxRate(),
-      (blob ? blob->m_MaxVHTRateKbps : 0) / 1000, (blob ? blob->m_MaxHERateKbps : 0) / 1000,
-      (blob ? blob->m_MaxLegacyRateKbps : 0) / 1000, entry.m_AuthAlgorithm, entry.GetChannelWidthText(),
-      entry.m_IP4GatewayMacs.size(), entry.m_IP6GatewayMacs.size());
+      idx, prefix, entry.m_ever_connected, entry.m_connect_good, entry.m_SSIDW, u"unknown ",
+      MAC_ARGS(mac), InternetLetter(entry), entry.PeekCandidate(), entry.m_candidate_counter,
+      entry.GetPhyModes(), entry.GetLQ(), entry.m_Bss.uLinkQuality, entry.GetScore(false),
+      entry.m_Bss.lRssi, entry.m_Channel, entry.GetFrequencyKhz(), entry.m_bss_scanned,
+      entry.m_unscanned_count, pending, entry.m_bDenied, entry.m_AutoConnect, CategoryHead(entry),
+      entry.GetLoadPct(), entry.GetMaxRate(), (blob ? blob->m_MaxVHTRateKbps : 0) / 1000,
+      (blob ? blob->m_MaxHERateKbps : 0) / 1000, (blob ? blob->m_MaxLegacyRateKbps : 0) / 1000,
+      entry.m_AuthAlgorithm, entry.GetChannelWidthText(), entry.m_IP4GatewayMacs.size(),
+      entry.m_IP6GatewayMacs.size());
 }
 
 }  // namespace corvane

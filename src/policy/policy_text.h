@@ -6,13 +6,14 @@
 
 namespace corvane {
 
-// An access point as notifications and suggestions tell of it. Link rates are those of the adapter's last
-// connection query, 0 in the form without them.
+// An access point as notifications and suggestions tell of it. Link rates are those of the
+// adapter's last connection query, 0 in the form without them.
 ApSummary SummaryOf(CWlanBssEntry& entry);
 ApSummary SummaryOf(CWlanBssEntry& entry, const CWlanInterface& adapter);
-// The connection of this round: score, quality and channel are the connection's, the rest is the model's,
-// if it has the entry.
-ApSummary SummaryOfConnection(CWlanInterface& adapter, const ConnectionFacts& facts, std::int32_t score);
+// The connection of this round: score, quality and channel are the connection's, the rest is the
+// model's, if it has the entry.
+ApSummary SummaryOfConnection(CWlanInterface& adapter, const ConnectionFacts& facts,
+                              std::int32_t score);
 
 // "SSID BSSID, SQ Q, Score S", for people who read the log.
 WString BriefText(const ApSummary& ap);

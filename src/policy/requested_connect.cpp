@@ -2,7 +2,6 @@
 
 #include <string_view>
 
-#include "store/value_names.h"
 #include "platform/platform.h"
 #include "platform/thread_api.h"
 #include "policy/connect_attempt.h"
@@ -10,6 +9,7 @@
 #include "policy/policy_log.h"
 #include "policy/policy_text.h"
 #include "policy/round_watch.h"
+#include "store/value_names.h"
 
 namespace corvane {
 
@@ -32,15 +32,18 @@ void LogFailure(const ConnectOutcome& outcome) {
 }
 
 // Tries one entry up to three times, until an attempt does not fail; *tries tells how many it took.
-ConnectOutcome TryRepeatedly(CWlanInterface& adapter, CQUAYInterfaceConfig& config, CWlanBssEntry& entry,
-                   const WString& profileXml, bool save, const char* tag, int* tries) {
+ConnectOutcome TryRepeatedly(CWlanInterface& adapter, CQUAYInterfaceConfig& config,
+                             CWlanBssEntry& entry, const WString& profileXml, bool save,
+                             const char* tag, int* tries) {
   const int idx = adapter.GetConfigIdx();
   const MacAddress mac = entry.GetBssid();
   for (*tries = 1;; ++*tries) {
-    LOG_ADAPTER(idx, kPolicyLog, u"[%i] %S [try=%i] Connecting to %s {%02x-%02x-%02x-%02x-%02x-%02x}\n", idx,
-                tag, *tries, entry.m_SSIDW, MAC_ARGS(mac));
+    LOG_ADAPTER(idx, kPolicyLog,
+                u"[%i] %S [try=%i] Connecting to %s {%02x-%02x-%02x-%02x-%02x-%02x}\n", idx, tag,
+                *tries, entry.m_SSIDW, MAC_ARGS(mac));
     RoundWatches::Step(idx, RoundStep::kRequestedConnect, &entry);
-    const ConnectOutcome outcome = TryConnect(adapter, config, entry, profileXml, save, TimeoutOf(entry));
+    const ConnectOutcome outcome =
+        TryConnect(adapter, config, entry, profileXml, save, TimeoutOf(entry));
     if (!outcome.failed) return outcome;
     LogFailure(outcome);
     if (*tries == kTries) return outcome;
@@ -48,7 +51,8 @@ ConnectOutcome TryRepeatedly(CWlanInterface& adapter, CQUAYInterfaceConfig& conf
   }
 }
 
-void LogOrder(int idx, const char* text, const WString& ssid, const WString& bssid, std::uint32_t outputs) {
+void LogOrder(int idx, const char* text, const WString& ssid, const WString& bssid,
+              std::uint32_t outputs) {
   LogRecord(outputs, "<I>", "[Adapter", idx, text, ssid, " ", bssid);
 }
 
@@ -61,24 +65,25 @@ bool CGlobalQUAYPolicy::FindAndConnectToBssEntry(CWlanInterface* pIf, const BssE
   const int idx = pIf->GetConfigIdx();
   const CSmartPointer<CQUAYInterfaceConfig> config = pIf->Config();
   if (IsMonitorMode(*config)) {
-    LOG_ADAPTER(idx, kPolicyLog,
-                u"[%i] %S [DISABLED IN MONITOR MODE] FindAndConnectToBssEntry: _NOT_ Connecting. to "
-                u"ssid='%s', bssid='%s'\n",
-                idx, tag, ssid, bssid_text);
+    LOG_ADAPTER(
+        idx, kPolicyLog,
+        u"[%i] %S [DISABLED IN MONITOR MODE] FindAndConnectToBssEntry: _NOT_ Connecting. to "
+        u"ssid='%s', bssid='%s'\n",
+        idx, tag, ssid, bssid_text);
     RoundWatches::Step(idx, RoundStep::kMonitorMode);
     return false;
   }
   if (bssid_text.empty()) {
-    LOG_ADAPTER(idx, kPolicyLog, u"[%i] %S _NOT_ Connecting. to ssid='%s', bssid='%s'\n", idx, tag, ssid,
-                bssid_text);
+    LOG_ADAPTER(idx, kPolicyLog, u"[%i] %S _NOT_ Connecting. to ssid='%s', bssid='%s'\n", idx, tag,
+                ssid, bssid_text);
     config->SetString(value::kConnectStatus, u"error");
     return false;
   }
   const bool isAcceptance = std::string_view(tag) == kAcceptance;
   const WString before =
       isAcceptance && facts.connected
-          ? ShortApSummary(SummaryOfConnection(*pIf, facts,
-                                               pIf->GetScoreFromBssEntry(facts.ssid, facts.bssid, true)))
+          ? ShortApSummary(SummaryOfConnection(
+                *pIf, facts, pIf->GetScoreFromBssEntry(facts.ssid, facts.bssid, true)))
           : WString(u"None");
 
   for (const auto& entry : entries) {
@@ -89,12 +94,14 @@ bool CGlobalQUAYPolicy::FindAndConnectToBssEntry(CWlanInterface* pIf, const BssE
     if (outcome.failed) continue;
     if (isAcceptance && outcome.connected) {
       CountMove(facts.connected && entry->m_SSIDW == facts.ssid);
-      NotifyConnectionChange(*pIf, *config, u"SuggestionAccepted", ShortApSummary(SummaryOf(*entry)), before);
+      NotifyConnectionChange(*pIf, *config, u"SuggestionAccepted",
+                             ShortApSummary(SummaryOf(*entry)), before);
     }
-    LOG_ADAPTER(idx, kPolicyLog,
-                u"[%i] [try=%i] FindAndConnectToBssEntry: Success connecting to %s [STATs: failed=%i, "
-                u"good=%i]\n",
-                idx, tries, entry->m_SSIDW, entry->m_connect_failed, entry->m_connect_good);
+    LOG_ADAPTER(
+        idx, kPolicyLog,
+        u"[%i] [try=%i] FindAndConnectToBssEntry: Success connecting to %s [STATs: failed=%i, "
+        u"good=%i]\n",
+        idx, tries, entry->m_SSIDW, entry->m_connect_failed, entry->m_connect_good);
     if (outcome.connected) PublishConnection(*pIf, *config, *entry);
     return true;
   }
@@ -102,16 +109,18 @@ bool CGlobalQUAYPolicy::FindAndConnectToBssEntry(CWlanInterface* pIf, const BssE
   return false;
 }
 
-bool CGlobalQUAYPolicy::CheckExecuteConnectFromUI(CWlanInterface* pIf, const UIConnectRequest& request,
-                                                  const BssEntryList& entries, const ConnectionFacts& facts) {
+bool CGlobalQUAYPolicy::CheckExecuteConnectFromUI(CWlanInterface* pIf,
+                                                  const UIConnectRequest& request,
+                                                  const BssEntryList& entries,
+                                                  const ConnectionFacts& facts) {
   const int idx = pIf->GetConfigIdx();
   if (request.bssid.empty()) return false;
 
   MacAddress bssid{};
   if (!MacStringToBinary(u'-', request.bssid, &bssid)) {
     LOG_ADAPTER(idx, kPolicyLog,
-                u"[%i]GlobalQUAYPolicy::CheckExecuteConnectFromUI: MacStringToBinary() FAILED!: %S", idx,
-                Narrow(request.bssid));
+                u"[%i]GlobalQUAYPolicy::CheckExecuteConnectFromUI: MacStringToBinary() FAILED!: %S",
+                idx, Narrow(request.bssid));
   } else {
     const bool same = bssid == facts.bssid;
     LOG_ADAPTER(idx, kPolicyLog,
@@ -119,8 +128,8 @@ bool CGlobalQUAYPolicy::CheckExecuteConnectFromUI(CWlanInterface* pIf, const UIC
                 same ? u"SAME" : u"DIFFERENT", request.bssid, MacText(facts.bssid));
     if (same) return false;
   }
-  if (!FindAndConnectToBssEntry(pIf, entries, request.ssid, request.bssid, request.profile, request.save,
-                                facts, kClientOrder)) {
+  if (!FindAndConnectToBssEntry(pIf, entries, request.ssid, request.bssid, request.profile,
+                                request.save, facts, kClientOrder)) {
     return false;
   }
   RoundWatches::Step(idx, RoundStep::kClientConnect);
@@ -141,21 +150,23 @@ bool CGlobalQUAYPolicy::CheckAcceptSuggestion(CWlanInterface* pIf, const BssEntr
   if (FindAndConnectToBssEntry(pIf, entries, ssid, bssid, {}, false, facts, kAcceptance)) {
     RoundWatches::Step(idx, RoundStep::kSuggestionAccepted);
     LogOrder(idx, "] SUGGESTION ACCEPTED: Connect to ", ssid, bssid, kLogFile | kLogMemory);
-    LOG_ADAPTER(idx, kPolicyLog, u"\n[%i]Connect to suggested Network succeeded [%s][%s]\n", idx, ssid,
-                bssid);
+    LOG_ADAPTER(idx, kPolicyLog, u"\n[%i]Connect to suggested Network succeeded [%s][%s]\n", idx,
+                ssid, bssid);
     return true;
   }
   if (IsMonitorMode(*config)) return false;  // nothing was touched that would need to be restored
   RoundWatches::Step(idx, RoundStep::kSuggestionFailed);
   if (facts.connected && !facts.ssid.empty()) {
-    LOG_ADAPTER(idx, kPolicyLog, u"\n[%i]Connect to suggested Network [%s] failed, trying to restore %s\n",
-                idx, ssid, facts.ssid);
+    LOG_ADAPTER(idx, kPolicyLog,
+                u"\n[%i]Connect to suggested Network [%s] failed, trying to restore %s\n", idx,
+                ssid, facts.ssid);
     RoundWatches::Step(idx, RoundStep::kRestore);
     pIf->ConnectToNetwork(facts.ssid);
     LOG_ADAPTER(idx, kPolicyLog, u"\n[%i]Restoring %s succeeded\n", idx, facts.ssid);
   } else {
     LOG_ADAPTER(idx, kPolicyLog,
-                u"\n[%i]Connect to suggested Network [%s] failed, no current network to restore\n", idx, ssid);
+                u"\n[%i]Connect to suggested Network [%s] failed, no current network to restore\n",
+                idx, ssid);
   }
   return false;
 }

@@ -10,8 +10,9 @@ bool IsRoam(CWlanInterface* pIf, CWlanBssEntry* target, WStringView ssid) {
   facts.current = {pIf->GetIP4GatewayMacs(), pIf->GetIP6GatewayMacs()};
   facts.bssid = target->GetBssid();
   facts.candidate = {target->m_IP4GatewayMacs, target->m_IP6GatewayMacs};
-  return IsRoam(facts,
-                [target] { return CGlobalAPGatewayMapMemo::GetInstance().LookUp(target->m_BSSIDText); });
+  return IsRoam(facts, [target] {
+    return CGlobalAPGatewayMapMemo::GetInstance().LookUp(target->m_BSSIDText);
+  });
 }
 
 }  // namespace corvane

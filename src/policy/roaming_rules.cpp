@@ -11,9 +11,10 @@ constexpr std::uint64_t kRoamLog = DBG(24);
 bool IsGateway(int index, const char* family, const MacList& gateways, const MacAddress& bssid) {
   for (std::size_t i = 0; i < gateways.size(); ++i) {
     if (gateways[i] != bssid) continue;
-    LOG_ADAPTER(index, kRoamLog,
-                u"[%i] CheckGatewayDaisyChainForRoaming: [%i][%S] MATCH: %s == [BSSID] %s - return true\n", index, i,
-                family, MacText(gateways[i]), MacText(bssid));
+    LOG_ADAPTER(
+        index, kRoamLog,
+        u"[%i] CheckGatewayDaisyChainForRoaming: [%i][%S] MATCH: %s == [BSSID] %s - return true\n",
+        index, i, family, MacText(gateways[i]), MacText(bssid));
     return true;
   }
   return false;
@@ -22,7 +23,8 @@ bool IsGateway(int index, const char* family, const MacList& gateways, const Mac
 bool SameSize(int index, const char* family, const MacList& current, const MacList& candidate) {
   if (current.size() == candidate.size()) return true;
   LOG_ADAPTER(index, kRoamLog,
-              u"[%i] CheckGatewaysMatchesForRoaming:[%S] LIST SIZE MISMATCH: [current] %u != %u [candidate] - "
+              u"[%i] CheckGatewaysMatchesForRoaming:[%S] LIST SIZE MISMATCH: [current] %u != %u "
+              u"[candidate] - "
               u"return false\n",
               index, family, current.size(), candidate.size());
   return false;
@@ -31,10 +33,11 @@ bool SameSize(int index, const char* family, const MacList& current, const MacLi
 bool SameMacs(int index, const char* family, const MacList& current, const MacList& candidate) {
   for (std::size_t i = 0; i < current.size(); ++i) {
     if (current[i] == candidate[i]) continue;
-    LOG_ADAPTER(index, kRoamLog,
-                u"[%i] CheckGatewaysMatchesForRoaming: [%i][%S] MISMATCH: [current] %s != %s [candidate] - "
-                u"return false\n",
-                index, i, family, MacText(current[i]), MacText(candidate[i]));
+    LOG_ADAPTER(
+        index, kRoamLog,
+        u"[%i] CheckGatewaysMatchesForRoaming: [%i][%S] MISMATCH: [current] %s != %s [candidate] - "
+        u"return false\n",
+        index, i, family, MacText(current[i]), MacText(candidate[i]));
     return false;
   }
   return true;
@@ -49,8 +52,10 @@ bool CheckGatewayDaisyChainForRoaming(int index, const MacList& ip4, const MacLi
 
 bool CheckGatewaysMatchesForRoaming(int index, const MacList& currentIp4, const MacList& currentIp6,
                                     const MacList& candidateIp4, const MacList& candidateIp6) {
-  if (!SameSize(index, "IP4", currentIp4, candidateIp4) || !SameSize(index, "IP6", currentIp6, candidateIp6) ||
-      !SameMacs(index, "IP4", currentIp4, candidateIp4) || !SameMacs(index, "IP6", currentIp6, candidateIp6)) {
+  if (!SameSize(index, "IP4", currentIp4, candidateIp4) ||
+      !SameSize(index, "IP6", currentIp6, candidateIp6) ||
+      !SameMacs(index, "IP4", currentIp4, candidateIp4) ||
+      !SameMacs(index, "IP6", currentIp6, candidateIp6)) {
     return false;
   }
   LOG_ADAPTER(index, kRoamLog, u"[%i] CheckGatewaysMatchesForRoaming: returning true\n", index);

@@ -1,7 +1,7 @@
 #pragma once
-// What a round tells somebody who wants to know why it ended as it did: how each entry stood, and each
-// thing that was decided, at the moment when it is. In the service nobody watches, and a round pays the
-// test of an empty list for it.
+// What a round tells somebody who wants to know why it ended as it did: how each entry stood, and
+// each thing that was decided, at the moment when it is. In the service nobody watches, and a round
+// pays the test of an empty list for it.
 
 #include <vector>
 
@@ -53,8 +53,8 @@ enum class RoundStep {
   kAlreadyThere,
   kSuggestByEvent,
   kSuggestByPopup,
-  kNotSuggested,    // too small a gain, or told before
-  kFirstConnect,    // by the service's own decision, as the next one
+  kNotSuggested,  // too small a gain, or told before
+  kFirstConnect,  // by the service's own decision, as the next one
   kSwitch,
   kRequestedConnect,
   kConnected,
@@ -73,13 +73,16 @@ constexpr RoundStep StepOfSuggestion(bool byEvent, bool made) {
   return byEvent ? RoundStep::kSuggestByEvent : RoundStep::kSuggestByPopup;
 }
 
-// Told on the adapter's worker, what the policy tells under the global lock. `adapter` is the adapter
-// index. A step of a move comes before the platform is asked for it.
+// Told on the adapter's worker, what the policy tells under the global lock. `adapter` is the
+// adapter index. A step of a move comes before the platform is asked for it.
 class IRoundWatch {
  public:
-  virtual void OnRoundBegins(int adapter, const CWlanInterface& interface) { (void)adapter, (void)interface; }
+  virtual void OnRoundBegins(int adapter, const CWlanInterface& interface) {
+    (void)adapter, (void)interface;
+  }
   // The sorted list, best first, with the connection that it is weighed against.
-  virtual void OnCandidates(CWlanInterface& adapter, const ConnectionFacts& facts, const BssEntryList& candidates) {
+  virtual void OnCandidates(CWlanInterface& adapter, const ConnectionFacts& facts,
+                            const BssEntryList& candidates) {
     (void)adapter, (void)facts, (void)candidates;
   }
   // The last one told of an entry holds.
@@ -87,7 +90,9 @@ class IRoundWatch {
     (void)adapter, (void)entry, (void)standing;
   }
   // `about` is null for what concerns no entry.
-  virtual void OnStep(int adapter, RoundStep step, CWlanBssEntry* about) { (void)adapter, (void)step, (void)about; }
+  virtual void OnStep(int adapter, RoundStep step, CWlanBssEntry* about) {
+    (void)adapter, (void)step, (void)about;
+  }
   virtual void OnRoundEnds(int adapter) { (void)adapter; }
 
  protected:
@@ -101,7 +106,8 @@ class RoundWatches {
   static void Remove(IRoundWatch* watch);
 
   static void RoundBegins(int adapter, const CWlanInterface& interface);
-  static void Candidates(CWlanInterface& adapter, const ConnectionFacts& facts, const BssEntryList& candidates);
+  static void Candidates(CWlanInterface& adapter, const ConnectionFacts& facts,
+                         const BssEntryList& candidates);
   static void Standing(int adapter, CWlanBssEntry& entry, CandidateStanding standing);
   static void Step(int adapter, RoundStep step, CWlanBssEntry* about = nullptr);
   static void RoundEnds(int adapter);

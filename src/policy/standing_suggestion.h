@@ -1,7 +1,7 @@
 #pragma once
+#include "policy/candidate_rules.h"
 #include "settings/interface_config.h"
 #include "store/value_names.h"
-#include "policy/candidate_rules.h"
 
 namespace corvane {
 

@@ -10,8 +10,10 @@ SuggestionMode ModeOf(const CQUAYInterfaceConfig& config) {
 }
 
 bool SuggestByEvent(CQUAYInterfaceConfig& config, const CWlanBssEntry& entry, std::int32_t percent,
-                    std::uint32_t quality, const WString& suggestedSummary, const WString& currentSummary) {
-  if (!config.m_Etw.SuggestAP(ReportedApOf(entry), percent, quality, suggestedSummary, currentSummary)) {
+                    std::uint32_t quality, const WString& suggestedSummary,
+                    const WString& currentSummary) {
+  if (!config.m_Etw.SuggestAP(ReportedApOf(entry), percent, quality, suggestedSummary,
+                              currentSummary)) {
     return false;
   }
   config.m_Etw.ResetBest();
@@ -21,12 +23,13 @@ bool SuggestByEvent(CQUAYInterfaceConfig& config, const CWlanBssEntry& entry, st
 bool SuggestByPopup(CQUAYInterfaceConfig& config, const CWlanBssEntry& entry, std::int32_t percent,
                     std::uint32_t quality, std::uint32_t threshold, const WString& suggestedSummary,
                     const WString& currentSummary) {
-  return config.m_Popup.PopupSuggestAP(ReportedApOf(entry), percent, quality, threshold, suggestedSummary,
-                                       currentSummary);
+  return config.m_Popup.PopupSuggestAP(ReportedApOf(entry), percent, quality, threshold,
+                                       suggestedSummary, currentSummary);
 }
 
-void ReportSignalQuality(CQUAYInterfaceConfig& config, const WString& ssid, const WString& bssidText,
-                         const WString& channelText, std::uint32_t quality) {
+void ReportSignalQuality(CQUAYInterfaceConfig& config, const WString& ssid,
+                         const WString& bssidText, const WString& channelText,
+                         std::uint32_t quality) {
   // The option asks for the next report even if nothing has changed.
   if (config.m_bForceLQEtw.exchange(false)) {
     config.m_Etw.ResetQualityBad();
@@ -39,12 +42,14 @@ void ReportSignalQuality(CQUAYInterfaceConfig& config, const WString& ssid, cons
   }
 }
 
-void ReportSignalQuality(CQUAYInterfaceConfig& config, const CWlanBssEntry& entry, std::uint32_t quality) {
+void ReportSignalQuality(CQUAYInterfaceConfig& config, const CWlanBssEntry& entry,
+                         std::uint32_t quality) {
   const ReportedAp ap = ReportedApOf(entry);
   ReportSignalQuality(config, ap.ssid, ap.bssid, ap.channelText, quality);
 }
 
-void RememberSuggestion(CWlanInterface& adapter, const CWlanBssEntry& entry, std::int32_t position) {
+void RememberSuggestion(CWlanInterface& adapter, const CWlanBssEntry& entry,
+                        std::int32_t position) {
   adapter.m_last_suggested_bssid = entry.m_BSSIDText;
   adapter.m_last_suggested_ssid = entry.m_SSIDW;
   adapter.m_last_suggested_pos = position;

@@ -10,7 +10,8 @@ namespace {
 constexpr std::int32_t kPercentOfNothing = 100;
 
 MoveWay WayOfSuggestion(const SuggestionMode& mode) {
-  return mode.IsEventMode() && !mode.popupOverride ? MoveWay::kSuggestByEvent : MoveWay::kSuggestByPopup;
+  return mode.IsEventMode() && !mode.popupOverride ? MoveWay::kSuggestByEvent
+                                                   : MoveWay::kSuggestByPopup;
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 #pragma once
-// Connect or suggest, by which way, with what percent; and what a round without fresh data may ask for.
-// Pure: plain inputs, plain results.
+// Connect or suggest, by which way, with what percent; and what a round without fresh data may ask
+// for. Pure: plain inputs, plain results.
 
 #include <cstdint>
 
@@ -16,20 +16,20 @@ struct SuggestionMode {
 };
 
 enum class MoveWay { kConnect, kSuggestByEvent, kSuggestByPopup };
-// A connected adapter's move to a better access point. In autoswitch every move connects by itself, in
-// the passive modes only a roam does. An allow list asks the user in every mode; autoswitch has no
-// reporter of its own and does so by the dialog.
+// A connected adapter's move to a better access point. In autoswitch every move connects by itself,
+// in the passive modes only a roam does. An allow list asks the user in every mode; autoswitch has
+// no reporter of its own and does so by the dialog.
 MoveWay WayOfSwitch(const SuggestionMode& mode, bool roam, bool roamingEnabled);
 // A disconnected adapter's move. With an allow list in force there is nothing to ask.
 MoveWay WayOfConnect(const SuggestionMode& mode);
 
 // How much better a suggestion is, in percent of the present score.
 struct SuggestionPercent {
-  bool shown = false;        // enough to be shown
+  bool shown = false;  // enough to be shown
   std::int32_t percent = 0;
 };
-// `minimumPoints` stand in for a difference of 0 (0 for none). A connection without any score is worse
-// by any measure: the suggestion is shown, with 100 percent.
+// `minimumPoints` stand in for a difference of 0 (0 for none). A connection without any score is
+// worse by any measure: the suggestion is shown, with 100 percent.
 SuggestionPercent PercentOf(std::int32_t score, std::int32_t current, std::uint32_t minimumPoints,
                             std::uint32_t requiredPercent);
 

@@ -51,15 +51,17 @@ class Switch {
       LOG_ADAPTER(m_Idx, kPolicyLog,
                   u"\n[%i][NO-READY/SKIP-THIS] IF-STATE: %i [CONNECTED to diff SSID %s][CANDIDATE "
                   u"%s(center %u), counter %i][%0.2lf mbps]\n",
-                  m_Idx, m_Adapter.GetInterfaceStateForLog(), m_Facts.ssid, entry.m_SSIDW, entry.GetFrequencyKhz(),
-                  entry.PeekCandidate(), m_Adapter.GetTrafficMbps());
+                  m_Idx, m_Adapter.GetInterfaceStateForLog(), m_Facts.ssid, entry.m_SSIDW,
+                  entry.GetFrequencyKhz(), entry.PeekCandidate(), m_Adapter.GetTrafficMbps());
       return false;
     }
-    LOG_ADAPTER(m_Idx, kPolicyLog,
-                u"\n[%i] IF-STATE: %i [CONNECTED to diff SSID %s {%02x-%02x-%02x-%02x-%02x-%02x} vs "
-                u"preferred %s(center %u)][Scores %i(new) > %i(old)? FTZ %i][%0.2lf mbps]\n",
-                m_Idx, m_Adapter.GetInterfaceStateForLog(), m_Facts.ssid, MAC_ARGS(m_Facts.bssid), entry.m_SSIDW,
-                entry.GetFrequencyKhz(), entry.GetScore(false), m_Score, 0, m_Adapter.GetTrafficMbps());
+    LOG_ADAPTER(
+        m_Idx, kPolicyLog,
+        u"\n[%i] IF-STATE: %i [CONNECTED to diff SSID %s {%02x-%02x-%02x-%02x-%02x-%02x} vs "
+        u"preferred %s(center %u)][Scores %i(new) > %i(old)? FTZ %i][%0.2lf mbps]\n",
+        m_Idx, m_Adapter.GetInterfaceStateForLog(), m_Facts.ssid, MAC_ARGS(m_Facts.bssid),
+        entry.m_SSIDW, entry.GetFrequencyKhz(), entry.GetScore(false), m_Score, 0,
+        m_Adapter.GetTrafficMbps());
     m_pConfig->m_force_scan_counter = 0;
     return true;
   }
@@ -67,19 +69,20 @@ class Switch {
   Step Take(CWlanBssEntry& entry, std::int32_t position) {
     const MacAddress mac = entry.GetBssid();
     if (CGlobalQUAYPolicy::IsMonitorMode(*m_pConfig)) {
-      LOG_ADAPTER(m_Idx, kPolicyLog,
-                  u"[%i] [DISABLED IN MONITOR MODE] SwitchConnectionToBest: _NO_ Connect/Suggest: %s "
-                  u"{%02x-%02x-%02x-%02x-%02x-%02x}\n",
-                  m_Idx, entry.m_SSIDW, MAC_ARGS(mac));
+      LOG_ADAPTER(
+          m_Idx, kPolicyLog,
+          u"[%i] [DISABLED IN MONITOR MODE] SwitchConnectionToBest: _NO_ Connect/Suggest: %s "
+          u"{%02x-%02x-%02x-%02x-%02x-%02x}\n",
+          m_Idx, entry.m_SSIDW, MAC_ARGS(mac));
       RoundWatches::Step(m_Idx, RoundStep::kMonitorMode, &entry);
       return Step::kSettled;
     }
     if (mac == m_Facts.bssid) {
-      LOG_ADAPTER(m_Idx, kPolicyLog, u"[%i] [__ALREADY?__] %s {%02x-%02x-%02x-%02x-%02x-%02x}\n", m_Idx,
-                  entry.m_SSIDW, MAC_ARGS(mac));
+      LOG_ADAPTER(m_Idx, kPolicyLog, u"[%i] [__ALREADY?__] %s {%02x-%02x-%02x-%02x-%02x-%02x}\n",
+                  m_Idx, entry.m_SSIDW, MAC_ARGS(mac));
       RoundWatches::Step(m_Idx, RoundStep::kAlreadyThere, &entry);
-      m_pConfig->SetConnectedNetwork(NetworkDisplayName(m_Facts.ssid, entry.m_Channel), m_Facts.ssid,
-                                     entry.m_BSSIDText);
+      m_pConfig->SetConnectedNetwork(NetworkDisplayName(m_Facts.ssid, entry.m_Channel),
+                                     m_Facts.ssid, entry.m_BSSIDText);
       return Step::kSettled;
     }
     const SuggestionMode mode = ModeOf(*m_pConfig);
@@ -95,16 +98,18 @@ class Switch {
     if (!IsSuggested(*m_pConfig, entry.m_SSIDW, entry.m_BSSIDText)) return false;
     const MacAddress mac = entry.GetBssid();
     LOG_ADAPTER(m_Idx, kPolicyLog,
-                u"[%i] [ABORT ROAMING-SWITCH ON CURRENT %s SUGGESTION] %s {%02x-%02x-%02x-%02x-%02x-%02x}\n",
+                u"[%i] [ABORT ROAMING-SWITCH ON CURRENT %s SUGGESTION] %s "
+                u"{%02x-%02x-%02x-%02x-%02x-%02x}\n",
                 m_Idx, mode.popup ? u"POPUP" : u"ETW", entry.m_SSIDW, MAC_ARGS(mac));
     return true;
   }
 
   void Suggest(CWlanBssEntry& entry, std::int32_t position, MoveWay way) {
     const MacAddress mac = entry.GetBssid();
-    LOG_ADAPTER(m_Idx, kPolicyLog,
-                u"[%i] Clearing candidate counters & suggesting: %s {%02x-%02x-%02x-%02x-%02x-%02x}\n", m_Idx,
-                entry.m_SSIDW, MAC_ARGS(mac));
+    LOG_ADAPTER(
+        m_Idx, kPolicyLog,
+        u"[%i] Clearing candidate counters & suggesting: %s {%02x-%02x-%02x-%02x-%02x-%02x}\n",
+        m_Idx, entry.m_SSIDW, MAC_ARGS(mac));
     m_Adapter.ClearAllCandidateCounters("BEFORE PASSIVE SUGGEST");
 
     const ApSummary suggested = SummaryOf(entry);
@@ -116,8 +121,9 @@ class Switch {
     if (!accepted) return;
     m_Adapter.IncSwitchAttempt();
     RememberSuggestion(m_Adapter, entry, position);
-    LogRecord(kLogFile | kLogConsole | kLogMemory, "<I>", "[Adapter", m_Idx, "] SUGGEST AP: Current = ",
-              BriefText(current), ", Suggestion: ", BriefText(suggested));
+    LogRecord(kLogFile | kLogConsole | kLogMemory, "<I>", "[Adapter", m_Idx,
+              "] SUGGEST AP: Current = ", BriefText(current),
+              ", Suggestion: ", BriefText(suggested));
   }
 
   bool AskByEvent(CWlanBssEntry& entry, const ApSummary& suggested, const ApSummary& current) {
@@ -129,26 +135,29 @@ class Switch {
   bool AskByPopup(CWlanBssEntry& entry, const ApSummary& suggested, const ApSummary& current) {
     const SuggestionPercent percent = Percent(suggested.score, 0);
     const bool accepted =
-        percent.shown &&
-        SuggestByPopup(*m_pConfig, entry, percent.percent, m_Facts.quality, m_pConfig->m_LQCThreshold,
-                       ShortApSummary(suggested), ShortApSummary(current));
+        percent.shown && SuggestByPopup(*m_pConfig, entry, percent.percent, m_Facts.quality,
+                                        m_pConfig->m_LQCThreshold, ShortApSummary(suggested),
+                                        ShortApSummary(current));
     LOG_ADAPTER(m_Idx, kPolicyLog,
-                u"[%i] CGlobalQUAYPolicy::SwitchConnectionToBest: [***INHIBIT QUAY 5000 ***]\n", m_Idx);
+                u"[%i] CGlobalQUAYPolicy::SwitchConnectionToBest: [***INHIBIT QUAY 5000 ***]\n",
+                m_Idx);
     m_pConfig->Set_InhibitQUAY(kInhibitAfterPopupMs, "sw-pop");
     m_Adapter.TakeReservation(entry.GetBssid());
     return accepted;
   }
 
   SuggestionPercent Percent(std::int32_t score, std::uint32_t minimumPoints) const {
-    return PercentOf(score, m_Score, minimumPoints, CGlobalConfigContainer::GetInstance().m_ScoreDiffPct);
+    return PercentOf(score, m_Score, minimumPoints,
+                     CGlobalConfigContainer::GetInstance().m_ScoreDiffPct);
   }
 
   bool Connect(CWlanBssEntry& entry, bool roam) {
     const MacAddress mac = entry.GetBssid();
     m_bAttempted = true;
     m_Adapter.IncSwitchAttempt();
-    LOG_ADAPTER(m_Idx, kPolicyLog, u"[%i] [roam=%i] Connecting to %s {%02x-%02x-%02x-%02x-%02x-%02x}\n",
-                m_Idx, roam, entry.m_SSIDW, MAC_ARGS(mac));
+    LOG_ADAPTER(m_Idx, kPolicyLog,
+                u"[%i] [roam=%i] Connecting to %s {%02x-%02x-%02x-%02x-%02x-%02x}\n", m_Idx, roam,
+                entry.m_SSIDW, MAC_ARGS(mac));
     const ApSummary before = SummaryOfConnection(m_Adapter, m_Facts, m_Score);
     RoundWatches::Step(m_Idx, RoundStep::kSwitch, &entry);
     const ConnectOutcome outcome = TryConnectCounted(m_Adapter, *m_pConfig, entry, "switch");
@@ -159,11 +168,13 @@ class Switch {
     }
     if (!outcome.connected) return true;
     CountMove(roam);
-    LOG_ADAPTER(m_Idx, kPolicyLog, u"[%i] [roam=%i] Success connecting to %s [STATs: failed=%i, good=%i]\n",
-                m_Idx, roam, entry.m_SSIDW, entry.m_connect_failed, entry.m_connect_good);
+    LOG_ADAPTER(m_Idx, kPolicyLog,
+                u"[%i] [roam=%i] Success connecting to %s [STATs: failed=%i, good=%i]\n", m_Idx,
+                roam, entry.m_SSIDW, entry.m_connect_failed, entry.m_connect_good);
     PublishConnection(m_Adapter, *m_pConfig, entry);
     const ApSummary after = SummaryOf(entry, m_Adapter);
-    LogInfo(Format(u"[Adapter%i] AUTOSWITCH: %s --> %s", m_Idx, BriefText(before), BriefText(after)));
+    LogInfo(
+        Format(u"[Adapter%i] AUTOSWITCH: %s --> %s", m_Idx, BriefText(before), BriefText(after)));
     NotifyConnectionChange(m_Adapter, *m_pConfig, u"Autoswitch", LongApSummary(after),
                            LongApSummary(before));
     return true;
@@ -181,7 +192,8 @@ class Switch {
 }  // namespace
 
 bool CGlobalQUAYPolicy::SwitchConnectionToBest(CWlanInterface* pIf, const BssEntryList& entries,
-                                               std::int32_t current_score, const ConnectionFacts& facts) {
+                                               std::int32_t current_score,
+                                               const ConnectionFacts& facts) {
   return Switch(*pIf, entries, current_score, facts).Run();
 }
 

@@ -89,7 +89,8 @@ bool CApSetMemo::HasNetwork(WStringView ssid) {
 bool CApSetMemo::HasAp(WStringView ssid, WStringView bssid) {
   const CCritSecLock lock(m_Lock);
   const auto network = m_Networks.find(ssid);
-  return network != m_Networks.end() && network->second.aps.find(bssid) != network->second.aps.end();
+  return network != m_Networks.end() &&
+         network->second.aps.find(bssid) != network->second.aps.end();
 }
 
 std::uint64_t CApSetMemo::BumpRepeats(WStringView ssid, std::uint64_t* unixTime) {

@@ -7,8 +7,8 @@
 
 namespace corvane {
 
-// A lock-guarded two-level map SSID to BSSID with repeat counts and stamps. Keys compare exactly. Any
-// thread.
+// A lock-guarded two-level map SSID to BSSID with repeat counts and stamps. Keys compare exactly.
+// Any thread.
 class CApSetMemo {
  public:
   static constexpr std::uint32_t kNoFlag = 0xFFFFFFFF;
@@ -26,7 +26,7 @@ class CApSetMemo {
   void ResetRepeats(WStringView ssid);
   std::uint32_t GetRepeats(WStringView ssid);
   std::uint32_t GetFlag(WStringView ssid, WStringView bssid);  // kNoFlag when the pair is not there
-  void ClearStamps();  // of all networks
+  void ClearStamps();                                          // of all networks
   void Clear();
   bool IsEmpty();
   // What was given for the newest pair: the one added last, or after its removal the one seen last.
@@ -35,8 +35,8 @@ class CApSetMemo {
   };
   bool GetNewest(Newest* out);  // false for an empty memo
 
-  // "SSID[BSSID(SQ n), BSSID(SQ n)], SSID[...]" in key order, "none" for an empty memo; shortText (may
-  // be null) gets the same without the qualities.
+  // "SSID[BSSID(SQ n), BSSID(SQ n)], SSID[...]" in key order, "none" for an empty memo; shortText
+  // (may be null) gets the same without the qualities.
   WString GetSummary(WString* shortText);
   // One element for each pair in the same order, separated by ", ".
   void GetLists(WString* ssids, WString* bssids, WString* sqs);

@@ -1,11 +1,11 @@
 #include "report/etw_trellis.h"
 
+#include "foundation/log_lines.h"
 #include "notify/ap_summary.h"
 #include "notify/notification_manager.h"
-#include "store/value_names.h"
-#include "foundation/log_lines.h"
 #include "report/trellis_events.h"
 #include "report/trellis_provider.h"
+#include "store/value_names.h"
 
 namespace corvane {
 
@@ -58,7 +58,9 @@ void CEtwTrellis::Start(int index, IReportConfig* config, WStringView guidText, 
 }
 
 // The second adapter's counters and networks have names of their own.
-WString CEtwTrellis::ValueName(WStringView name) const { return WString(name) + (m_ConfigIdx == 1 ? u"2" : u""); }
+WString CEtwTrellis::ValueName(WStringView name) const {
+  return WString(name) + (m_ConfigIdx == 1 ? u"2" : u"");
+}
 
 WString CEtwTrellis::Description() const {
   WString description;
@@ -66,10 +68,11 @@ WString CEtwTrellis::Description() const {
   return description;
 }
 
-bool CEtwTrellis::HasHandle(const char* operation, const char* failed, WStringView ssid, WStringView bssid) const {
+bool CEtwTrellis::HasHandle(const char* operation, const char* failed, WStringView ssid,
+                            WStringView bssid) const {
   if (m_pProvider) return true;
-  LOG_ERROR(u"[%i]CEtwTrellis::%S: HANDLE IS NULL! FAILED to %S: ssid=%s, bssid=%s\n", m_ConfigIdx, operation, failed,
-            ssid, bssid);
+  LOG_ERROR(u"[%i]CEtwTrellis::%S: HANDLE IS NULL! FAILED to %S: ssid=%s, bssid=%s\n", m_ConfigIdx,
+            operation, failed, ssid, bssid);
   return false;
 }
 
@@ -84,7 +87,8 @@ void CEtwTrellis::CheckIndex(const char* operation) const {
 
 template <class Pair, class... Values>
 void CEtwTrellis::Send(const Pair& events, const Values&... values) const {
-  static_assert(Pair::template Takes<Values...>(), "the values are not those of the event's fields");
+  static_assert(Pair::template Takes<Values...>(),
+                "the values are not those of the event's fields");
   if (!IsSending()) return;
   const bool second = m_ConfigIdx == 1;
   constexpr std::size_t kHead = 2 + 2 + (Pair::kHasClear ? 1 : 0);
@@ -101,25 +105,30 @@ void CEtwTrellis::Send(const Pair& events, const Values&... values) const {
   }
 }
 
-// ---- suggestions ------------------------------------------------------------------------------------
+// ---- suggestions
+// ------------------------------------------------------------------------------------
 
 bool CEtwTrellis::SuggestAP(const ReportedAp& ap, std::int32_t percent, std::uint32_t lq,
                             const WString& suggestedSummary, const WString& currentSummary) {
   if (!HasHandle("SuggestAP", "suggest", ap.ssid, ap.bssid)) return false;
   if (m_SuggestMemo.HasNetwork(ap.ssid)) {
     m_SuggestMemo.BumpRepeats(ap.ssid, nullptr);
-    LOG_ADAPTER(m_ConfigIdx, kEtwLog,
-                u"[%i]CEtwTrellis::SuggestAP: skip repeat: ssid=%s, bssid=%s [m_consec_repeats=%u]\n", m_ConfigIdx,
-                ap.ssid, ap.bssid, m_SuggestMemo.GetRepeats(ap.ssid));
+    LOG_ADAPTER(
+        m_ConfigIdx, kEtwLog,
+        u"[%i]CEtwTrellis::SuggestAP: skip repeat: ssid=%s, bssid=%s [m_consec_repeats=%u]\n",
+        m_ConfigIdx, ap.ssid, ap.bssid, m_SuggestMemo.GetRepeats(ap.ssid));
     return false;
   }
   m_SuggestMemo.ResetRepeats(ap.ssid);
-  const bool added = m_SuggestMemo.Add(false, ap.ssid.c_str(), ap.bssid.c_str(), ap.bandText.c_str(),
-                                       ap.channelText.c_str(), CApSetMemo::kNoFlag, 0);
+  const bool added =
+      m_SuggestMemo.Add(false, ap.ssid.c_str(), ap.bssid.c_str(), ap.bandText.c_str(),
+                        ap.channelText.c_str(), CApSetMemo::kNoFlag, 0);
   ++m_SuggestCount;
   LOG_ADAPTER(m_ConfigIdx, kEtwLog,
-              u"[%i]CEtwTrellis::SuggestAP: ETW-SUGGEST[AP-Add %S]: ssid=%s, bssid=%s, pct=%i, LQ=%lu [count=%u]\n",
-              m_ConfigIdx, added ? "SUCCESS" : "FAILED", ap.ssid, ap.bssid, percent, lq, m_SuggestCount);
+              u"[%i]CEtwTrellis::SuggestAP: ETW-SUGGEST[AP-Add %S]: ssid=%s, bssid=%s, pct=%i, "
+              u"LQ=%lu [count=%u]\n",
+              m_ConfigIdx, added ? "SUCCESS" : "FAILED", ap.ssid, ap.bssid, percent, lq,
+              m_SuggestCount);
 
   m_Config->SetDWORD(u"SuggestCount", m_SuggestCount);
   m_Config->SetString(value::kSuggestedNetwork, SuggestedNetworkText(ap));
@@ -131,13 +140,14 @@ bool CEtwTrellis::SuggestAP(const ReportedAp& ap, std::int32_t percent, std::uin
     m_Config->SetSuggestedNetworkReason(kReasonBestNetwork);
     percent = kForcedPercent;
     LOG_ADAPTER(m_ConfigIdx, kEtwLog,
-                u"[%i]CEtwTrellis::SuggestAP: ETW-SUGGEST: m_last_ssid=%s, m_last_bssid=%s, FORCE pct: 0 --> 100 "
+                u"[%i]CEtwTrellis::SuggestAP: ETW-SUGGEST: m_last_ssid=%s, m_last_bssid=%s, FORCE "
+                u"pct: 0 --> 100 "
                 u"!!!!!!!!!!!!!!!!!!!!!! \n",
                 m_ConfigIdx, ap.ssid, ap.bssid);
   }
   if (m_Config->IsOptimizerPresent()) {
-    QueueNotification(u"Corvane", u"Suggestion", u"AP", EscapeForJson(ap.ssid), suggestedSummary, currentSummary,
-                      m_InterfaceGUID, Description());
+    QueueNotification(u"Corvane", u"Suggestion", u"AP", EscapeForJson(ap.ssid), suggestedSummary,
+                      currentSummary, m_InterfaceGUID, Description());
   }
   Send(trellis::kSuggest, ap.ssid, ap.bssid, m_InterfaceGUID, percent, lq);
   return true;
@@ -146,15 +156,17 @@ bool CEtwTrellis::SuggestAP(const ReportedAp& ap, std::int32_t percent, std::uin
 bool CEtwTrellis::NotifyAlreadyBestAP(const ReportedAp& ap) {
   if (!HasHandle("NotifyAlreadyBestAP", "notify", ap.ssid, ap.bssid)) return false;
   if (m_Best.IsRepeat(ap.ssid, ap.bssid)) {
-    LOG_ADAPTER(m_ConfigIdx, kEtwLog,
-                u"[%i]CEtwTrellis::NotifyAlreadyBestAP: skip repeat: %s, %s [m_consec_repeats_best = %u]", m_ConfigIdx,
-                ap.ssid, ap.bssid, m_Best.repeats);
+    LOG_ADAPTER(
+        m_ConfigIdx, kEtwLog,
+        u"[%i]CEtwTrellis::NotifyAlreadyBestAP: skip repeat: %s, %s [m_consec_repeats_best = %u]",
+        m_ConfigIdx, ap.ssid, ap.bssid, m_Best.repeats);
     return false;
   }
   m_BestBandText = ap.bandText;
   m_BestChannelText = ap.channelText;
   ++m_BestCount;
-  LOG_ADAPTER(m_ConfigIdx, kEtwLog, u"[%i]CEtwTrellis::NotifyAlreadyBestAP: ETW-BEST: ssid=%s, bssid=%s [count=%u]",
+  LOG_ADAPTER(m_ConfigIdx, kEtwLog,
+              u"[%i]CEtwTrellis::NotifyAlreadyBestAP: ETW-BEST: ssid=%s, bssid=%s [count=%u]",
               m_ConfigIdx, ap.ssid, ap.bssid, m_BestCount);
   m_Config->SetDWORD(ValueName(u"BestCount"), m_BestCount);
   const WString text = GetBestNetworkText();
@@ -199,15 +211,16 @@ WString CEtwTrellis::GetBestNetworkText() {
   return SuggestedNetworkText({m_Best.ap.ssid, m_Best.ap.bssid, m_BestBandText, m_BestChannelText});
 }
 
-// ---- signal quality ---------------------------------------------------------------------------------
+// ---- signal quality
+// ---------------------------------------------------------------------------------
 
-bool CEtwTrellis::NotifySignalQualityBAD(const WString& ssid, const WString& bssid, const WString& channelText,
-                                         std::uint32_t lq) {
+bool CEtwTrellis::NotifySignalQualityBAD(const WString& ssid, const WString& bssid,
+                                         const WString& channelText, std::uint32_t lq) {
   return NotifySignalQuality(true, ssid, bssid, channelText, lq);
 }
 
-bool CEtwTrellis::NotifySignalQualityGOOD(const WString& ssid, const WString& bssid, const WString& channelText,
-                                          std::uint32_t lq) {
+bool CEtwTrellis::NotifySignalQualityGOOD(const WString& ssid, const WString& bssid,
+                                          const WString& channelText, std::uint32_t lq) {
   return NotifySignalQuality(false, ssid, bssid, channelText, lq);
 }
 
@@ -229,12 +242,14 @@ bool CEtwTrellis::NotifySignalQuality(bool bad, const WString& ssid, const WStri
     count = counter;
   }
   if (repeat) {
-    LOG_ADAPTER(m_ConfigIdx, kEtwLog, u"[%i]CEtwTrellis::%S: skip repeat: ssid=%s, bssid=%s [%S = %u]\n", m_ConfigIdx,
-                operation, ssid, bssid, bad ? "m_consec_repeats_quality_bad" : "m_consec_repeats_quality_good",
-                repeats);
+    LOG_ADAPTER(m_ConfigIdx, kEtwLog,
+                u"[%i]CEtwTrellis::%S: skip repeat: ssid=%s, bssid=%s [%S = %u]\n", m_ConfigIdx,
+                operation, ssid, bssid,
+                bad ? "m_consec_repeats_quality_bad" : "m_consec_repeats_quality_good", repeats);
     return false;
   }
-  LOG_ADAPTER(m_ConfigIdx, kEtwLog, u"[%i]CEtwTrellis::%S: ssid=%s, bssid=%s, %s, LQ=%lu [count=%u]\n", m_ConfigIdx,
+  LOG_ADAPTER(m_ConfigIdx, kEtwLog,
+              u"[%i]CEtwTrellis::%S: ssid=%s, bssid=%s, %s, LQ=%lu [count=%u]\n", m_ConfigIdx,
               operation, ssid, bssid, channelText, lq, count);
   m_Config->SetDWORD(ValueName(bad ? u"QualityBadCount" : u"QualityGoodCount"), count);
   m_Config->SetString(ValueName(bad ? u"QualityBadNetwork" : u"QualityGoodNetwork"), ssid);
@@ -254,7 +269,8 @@ bool CEtwTrellis::NotifyClearPreviousSignalQualityBAD() {
   }
   if (!HasHandle("NotifyClearPreviousSignalQualityBAD", "notify", ap.ssid, ap.bssid)) return false;
   if (ap.ssid.empty() || ap.bssid.empty()) return false;
-  LOG_ADAPTER(m_ConfigIdx, kEtwLog, u"[%i]CEtwTrellis::NotifyClearPreviousSignalQualityBAD: ssid=%s, bssid=%s\n",
+  LOG_ADAPTER(m_ConfigIdx, kEtwLog,
+              u"[%i]CEtwTrellis::NotifyClearPreviousSignalQualityBAD: ssid=%s, bssid=%s\n",
               m_ConfigIdx, ap.ssid, ap.bssid);
   Send(trellis::kQualityCleared, kFullQuality, ap.ssid, ap.bssid, m_InterfaceGUID);
   return true;
@@ -270,48 +286,55 @@ void CEtwTrellis::ResetQualityGood() {
   m_Good.Reset();
 }
 
-// ---- connection -------------------------------------------------------------------------------------
+// ---- connection
+// -------------------------------------------------------------------------------------
 
-bool CEtwTrellis::APConnected(const WString& ssid, const WString& bssid, std::uint32_t txKbps, std::uint32_t rxKbps,
-                              std::int32_t score, std::uint32_t lq, const WString& adapterClass,
-                              const WString& apClass) {
+bool CEtwTrellis::APConnected(const WString& ssid, const WString& bssid, std::uint32_t txKbps,
+                              std::uint32_t rxKbps, std::int32_t score, std::uint32_t lq,
+                              const WString& adapterClass, const WString& apClass) {
   if (!HasHandle("APConnected", "notify", ssid, bssid)) return false;
   if (m_Connected.IsRepeat(ssid, bssid)) {
     LOG_ADAPTER(m_ConfigIdx, kEtwLog,
-                u"[%i]CEtwTrellis::APConnected: skip repeat: ssid=%s, bssid=%s [m_consec_connected_repeats=%u]\n",
+                u"[%i]CEtwTrellis::APConnected: skip repeat: ssid=%s, bssid=%s "
+                u"[m_consec_connected_repeats=%u]\n",
                 m_ConfigIdx, ssid, bssid, m_Connected.repeats);
     return false;
   }
   ++m_connected_count;
   LOG_ADAPTER(m_ConfigIdx, kEtwLog,
-              u"[%i]CEtwTrellis::APConnected: ssid=%s, bssid=%s, score=%i, LQ=%lu, classes %s, %s [count=%u]\n",
+              u"[%i]CEtwTrellis::APConnected: ssid=%s, bssid=%s, score=%i, LQ=%lu, classes %s, %s "
+              u"[count=%u]\n",
               m_ConfigIdx, ssid, bssid, score, lq, adapterClass, apClass, m_connected_count);
   CheckIndex("APConnected");
-  Send(trellis::kConnected, ssid, bssid, m_InterfaceGUID, txKbps, rxKbps, score, adapterClass, apClass, lq,
-       m_Description);
+  Send(trellis::kConnected, ssid, bssid, m_InterfaceGUID, txKbps, rxKbps, score, adapterClass,
+       apClass, lq, m_Description);
   m_connected_reported = true;
   return true;
 }
 
 bool CEtwTrellis::APDisconnected() {
-  if (!HasHandle("APDisconnected", "notify", m_Connected.ap.ssid, m_Connected.ap.bssid)) return false;
+  if (!HasHandle("APDisconnected", "notify", m_Connected.ap.ssid, m_Connected.ap.bssid))
+    return false;
   if (!m_connected_reported) {
     LOG_ADAPTER(m_ConfigIdx, kEtwLog,
-                u"[%i]CEtwTrellis::APDisconnected: skip etw: no previous connection reported or disconnect already "
+                u"[%i]CEtwTrellis::APDisconnected: skip etw: no previous connection reported or "
+                u"disconnect already "
                 u"reported\n",
                 m_ConfigIdx);
     return false;
   }
   m_connected_reported = false;
   ++m_disconnected_count;
-  LOG_ADAPTER(m_ConfigIdx, kEtwLog, u"[%i]CEtwTrellis::APDisconnected: ssid=%s, bssid=%s [count=%u]\n", m_ConfigIdx,
+  LOG_ADAPTER(m_ConfigIdx, kEtwLog,
+              u"[%i]CEtwTrellis::APDisconnected: ssid=%s, bssid=%s [count=%u]\n", m_ConfigIdx,
               m_Connected.ap.ssid, m_Connected.ap.bssid, m_disconnected_count);
   CheckIndex("APDisconnected");
   Send(trellis::kDisconnected, m_Connected.ap.ssid, m_Connected.ap.bssid, m_InterfaceGUID);
   return true;
 }
 
-// ---- capability mismatch ----------------------------------------------------------------------------
+// ---- capability mismatch
+// ----------------------------------------------------------------------------
 
 bool CEtwTrellis::CapabilityMismatchAPBetter(const CapabilityMismatch& mismatch) {
   return ReportMismatch(true, mismatch);
@@ -322,33 +345,40 @@ bool CEtwTrellis::CapabilityMismatchWifiBetter(const CapabilityMismatch& mismatc
 }
 
 bool CEtwTrellis::ReportMismatch(bool apBetter, const CapabilityMismatch& mismatch) {
-  const char* const operation = apBetter ? "CapabilityMismatchAPBetter" : "CapabilityMismatchWifiBetter";
+  const char* const operation =
+      apBetter ? "CapabilityMismatchAPBetter" : "CapabilityMismatchWifiBetter";
   if (!HasHandle(operation, "notify", mismatch.ssid, mismatch.bssid)) return false;
   Report& report = apBetter ? m_Mismatch1 : m_Mismatch2;
   if (report.IsRepeat(mismatch.ssid, mismatch.bssid)) {
-    LOG_ADAPTER(m_ConfigIdx, kEtwLog, u"[%i]CEtwTrellis::%S: skip repeat: ssid=%s, bssid=%s [%S=%u]\n", m_ConfigIdx,
-                operation, mismatch.ssid, mismatch.bssid,
-                apBetter ? "m_consec_mismatch1_repeats" : "m_consec_mismatch2_repeats", report.repeats);
+    LOG_ADAPTER(
+        m_ConfigIdx, kEtwLog, u"[%i]CEtwTrellis::%S: skip repeat: ssid=%s, bssid=%s [%S=%u]\n",
+        m_ConfigIdx, operation, mismatch.ssid, mismatch.bssid,
+        apBetter ? "m_consec_mismatch1_repeats" : "m_consec_mismatch2_repeats", report.repeats);
     return false;
   }
   ++m_mismatch_count;
-  LOG_ADAPTER(m_ConfigIdx, kEtwLog, u"[%i]CEtwTrellis::%S: ssid=%s, bssid=%s, nic=%s [%i], ap=%s [%i] [count=%u]\n",
-              m_ConfigIdx, operation, mismatch.ssid, mismatch.bssid, mismatch.adapterClass, mismatch.capability1,
-              mismatch.apClass, mismatch.capability2, m_mismatch_count);
   LOG_ADAPTER(m_ConfigIdx, kEtwLog,
-              u"\n[%i]CEtwTrellis::%S: FAKE DISCONNECT CapabilityMismatchClearLast(), BEFORE new CAPS MISMATCH...\n",
+              u"[%i]CEtwTrellis::%S: ssid=%s, bssid=%s, nic=%s [%i], ap=%s [%i] [count=%u]\n",
+              m_ConfigIdx, operation, mismatch.ssid, mismatch.bssid, mismatch.adapterClass,
+              mismatch.capability1, mismatch.apClass, mismatch.capability2, m_mismatch_count);
+  LOG_ADAPTER(m_ConfigIdx, kEtwLog,
+              u"\n[%i]CEtwTrellis::%S: FAKE DISCONNECT CapabilityMismatchClearLast(), BEFORE new "
+              u"CAPS MISMATCH...\n",
               m_ConfigIdx, operation);
-  CapabilityMismatchClearLast(kDisconnectedText, kNoBssid, mismatch.adapterClass, kDisconnectedText);
+  CapabilityMismatchClearLast(kDisconnectedText, kNoBssid, mismatch.adapterClass,
+                              kDisconnectedText);
   if (m_Config->IsOptimizerPresent()) {
     QueueNotification(u"Corvane", u"Hardware", apBetter ? u"UpgradeAdapter" : u"UpgradeAP",
                       m_InterfaceGUID + u"," + m_Description,
-                      mismatch.bssid + u"," + EscapeForJson(mismatch.ssid), Format(u"%i", mismatch.score),
+                      mismatch.bssid + u"," + EscapeForJson(mismatch.ssid),
+                      Format(u"%i", mismatch.score),
                       Format(u"%lu,%lu", mismatch.txKbps, mismatch.rxKbps),
                       mismatch.adapterClass + u"," + mismatch.apClass);
   }
   CheckIndex(operation);
   const auto send = [&](const auto& events) {
-    Send(events, mismatch.ssid, mismatch.bssid, m_InterfaceGUID, mismatch.adapterClass, mismatch.apClass);
+    Send(events, mismatch.ssid, mismatch.bssid, m_InterfaceGUID, mismatch.adapterClass,
+         mismatch.apClass);
     m_last_mismatch = events.type.Of(m_ConfigIdx == 1);
   };
   if (apBetter) {
@@ -359,13 +389,13 @@ bool CEtwTrellis::ReportMismatch(bool apBetter, const CapabilityMismatch& mismat
   return true;
 }
 
-bool CEtwTrellis::CapabilityMismatchClear1(const WString& ssid, const WString& bssid, const WString& adapterClass,
-                                           const WString& apClass) {
+bool CEtwTrellis::CapabilityMismatchClear1(const WString& ssid, const WString& bssid,
+                                           const WString& adapterClass, const WString& apClass) {
   return ClearMismatch(true, ssid, bssid, adapterClass, apClass);
 }
 
-bool CEtwTrellis::CapabilityMismatchClear2(const WString& ssid, const WString& bssid, const WString& adapterClass,
-                                           const WString& apClass) {
+bool CEtwTrellis::CapabilityMismatchClear2(const WString& ssid, const WString& bssid,
+                                           const WString& adapterClass, const WString& apClass) {
   return ClearMismatch(false, ssid, bssid, adapterClass, apClass);
 }
 
@@ -375,13 +405,15 @@ bool CEtwTrellis::ClearMismatch(bool apBetter, const WString& ssid, const WStrin
   if (!HasHandle(operation, "clear", ssid, bssid)) return false;
   Report& report = apBetter ? m_Clear1 : m_Clear2;
   if (report.IsRepeat(ssid, bssid)) {
-    LOG_ADAPTER(m_ConfigIdx, kEtwLog, u"[%i]CEtwTrellis::%S: skip repeat: ssid=%s, bssid=%s [%S=%u]\n", m_ConfigIdx,
+    LOG_ADAPTER(m_ConfigIdx, kEtwLog,
+                u"[%i]CEtwTrellis::%S: skip repeat: ssid=%s, bssid=%s [%S=%u]\n", m_ConfigIdx,
                 operation, ssid, bssid,
-                apBetter ? "m_consec_clear_mismatch1_repeats" : "m_consec_clear_mismatch2_repeats", report.repeats);
+                apBetter ? "m_consec_clear_mismatch1_repeats" : "m_consec_clear_mismatch2_repeats",
+                report.repeats);
     return false;
   }
-  LOG_ADAPTER(m_ConfigIdx, kEtwLog, u"[%i]CEtwTrellis::%S: ssid=%s, bssid=%s, nic=%s, ap=%s\n", m_ConfigIdx,
-              operation, ssid, bssid, adapterClass, apClass);
+  LOG_ADAPTER(m_ConfigIdx, kEtwLog, u"[%i]CEtwTrellis::%S: ssid=%s, bssid=%s, nic=%s, ap=%s\n",
+              m_ConfigIdx, operation, ssid, bssid, adapterClass, apClass);
   CheckIndex(operation);
   if (apBetter) {
     Send(trellis::kClear1, ssid, bssid, m_InterfaceGUID, adapterClass, apClass);
@@ -395,9 +427,10 @@ bool CEtwTrellis::CapabilityMismatchClearLast(const WString& ssid, const WString
                                               const WString& adapterClass, const WString& apClass) {
   if (!HasHandle("CapabilityMismatchClearLast", "clear", ssid, bssid)) return false;
   if (m_last_mismatch < 0) {
-    LOG_ADAPTER(m_ConfigIdx, kEtwLog,
-                u"[%i]CEtwTrellis::CapabilityMismatchClearLast: [ssid=%s, bssid=%s] NOTHING TO CLEAR!\n", m_ConfigIdx,
-                ssid, bssid);
+    LOG_ADAPTER(
+        m_ConfigIdx, kEtwLog,
+        u"[%i]CEtwTrellis::CapabilityMismatchClearLast: [ssid=%s, bssid=%s] NOTHING TO CLEAR!\n",
+        m_ConfigIdx, ssid, bssid);
     return false;
   }
   const bool apBetter = m_last_mismatch == trellis::kApBetter.type.Of(m_ConfigIdx == 1);
@@ -406,48 +439,56 @@ bool CEtwTrellis::CapabilityMismatchClearLast(const WString& ssid, const WString
                   : CapabilityMismatchClear2(ssid, bssid, adapterClass, apClass);
 }
 
-// ---- contention -------------------------------------------------------------------------------------
+// ---- contention
+// -------------------------------------------------------------------------------------
 
 bool CEtwTrellis::IsContentionReported(WStringView shortSummary) const {
   return m_contention_reported && m_ContentionSummary == shortSummary;
 }
 
-bool CEtwTrellis::NotifyAPContention(const WString& ssid, const WString& bssid, std::uint32_t channel,
-                                     const WString& summary, const WString& shortSummary, const WString& ssids,
+bool CEtwTrellis::NotifyAPContention(const WString& ssid, const WString& bssid,
+                                     std::uint32_t channel, const WString& summary,
+                                     const WString& shortSummary, const WString& ssids,
                                      const WString& bssids, const WString& sqs) {
   if (!HasHandle("NotifyAPContention", "notify", ssid, bssid)) return false;
   StoreContention(ssid, bssid, channel, shortSummary);
-  LogRecord(ContentionOutputs(), "<I>", u"[Adapter ", m_ConfigIdx, u"] Wifi contention for ssid ", ssid, u", bssid ",
-            bssid, u", channel ", channel, u": ", summary);
+  LogRecord(ContentionOutputs(), "<I>", u"[Adapter ", m_ConfigIdx, u"] Wifi contention for ssid ",
+            ssid, u", bssid ", bssid, u", channel ", channel, u": ", summary);
   Send(trellis::kContention, ssid, bssid, channel, summary, ssids, bssids, sqs, m_InterfaceGUID);
   return true;
 }
 
-bool CEtwTrellis::NotifyNoAPContention(const WString& ssid, const WString& bssid, std::uint32_t channel) {
+bool CEtwTrellis::NotifyNoAPContention(const WString& ssid, const WString& bssid,
+                                       std::uint32_t channel) {
   if (!HasHandle("NotifyNoAPContention", "notify", ssid, bssid)) return false;
   StoreContention(ssid, bssid, channel, {});
-  LogRecord(ContentionOutputs(), "<I>", u"[Adapter ", m_ConfigIdx, u"] NO Wifi contention for ssid ", ssid,
-            u", bssid ", bssid, u", channel ", channel);
+  LogRecord(ContentionOutputs(), "<I>", u"[Adapter ", m_ConfigIdx,
+            u"] NO Wifi contention for ssid ", ssid, u", bssid ", bssid, u", channel ", channel);
   Send(trellis::kNoContention, ssid, bssid, channel, m_InterfaceGUID);
   return true;
 }
 
 bool CEtwTrellis::ClearLastAPContentionNotification() {
-  if (!HasHandle("ClearLastAPContentionNotification", "clear", m_Contention.ssid, m_Contention.bssid)) return false;
+  if (!HasHandle("ClearLastAPContentionNotification", "clear", m_Contention.ssid,
+                 m_Contention.bssid))
+    return false;
   if (!m_contention_reported) return false;
   m_contention_reported = false;
   if (m_ContentionSummary.empty()) {
     LOG_ADAPTER(m_ConfigIdx, kEtwLog,
-                u"[%i]CEtwTrellis::ClearLastAPContentionNotification: [NO Previous contention] NO 'fake' clearing "
+                u"[%i]CEtwTrellis::ClearLastAPContentionNotification: [NO Previous contention] NO "
+                u"'fake' clearing "
                 u"needed\n",
                 m_ConfigIdx);
     return false;
   }
   LOG_ADAPTER(m_ConfigIdx, kEtwLog,
-              u"[%i]CEtwTrellis::ClearLastAPContentionNotification: 'fake' clearing of contention: ssid=%s, bssid=%s, "
+              u"[%i]CEtwTrellis::ClearLastAPContentionNotification: 'fake' clearing of contention: "
+              u"ssid=%s, bssid=%s, "
               u"channel=%lu\n",
               m_ConfigIdx, m_Contention.ssid, m_Contention.bssid, m_ContentionChannel);
-  Send(trellis::kNoContention, m_Contention.ssid, m_Contention.bssid, m_ContentionChannel, m_InterfaceGUID);
+  Send(trellis::kNoContention, m_Contention.ssid, m_Contention.bssid, m_ContentionChannel,
+       m_InterfaceGUID);
   return true;
 }
 

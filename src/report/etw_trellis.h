@@ -23,8 +23,8 @@ struct CapabilityMismatch {
 };
 
 // Tells a companion application what the selection engine thinks: events of one provider for event
-// tracing, and beside them registry values and notifications. A state is told once, when it changes;
-// later reports of it only count as repeats. Operations give true when a report was made.
+// tracing, and beside them registry values and notifications. A state is told once, when it
+// changes; later reports of it only count as repeats. Operations give true when a report was made.
 //
 // Used by the adapter's worker; ClearSuggestedAP_If_Equal, NotifyClearPreviousSignalQualityBAD,
 // ResetQualityBad and ResetQualityGood may come from any thread.
@@ -35,8 +35,8 @@ class CEtwTrellis {
   CEtwTrellis(const CEtwTrellis&) = delete;
   CEtwTrellis& operator=(const CEtwTrellis&) = delete;
 
-  // Never fails: without a registration every later operation logs that and gives false. `config` is
-  // the owner.
+  // Never fails: without a registration every later operation logs that and gives false. `config`
+  // is the owner.
   void Start(int index, IReportConfig* config, WStringView guidText, WStringView name,
              WStringView description);
 
@@ -53,25 +53,25 @@ class CEtwTrellis {
 
   bool NotifySignalQualityBAD(const WString& ssid, const WString& bssid, const WString& channelText,
                               std::uint32_t lq);
-  bool NotifySignalQualityGOOD(const WString& ssid, const WString& bssid, const WString& channelText,
-                               std::uint32_t lq);
+  bool NotifySignalQualityGOOD(const WString& ssid, const WString& bssid,
+                               const WString& channelText, std::uint32_t lq);
   bool NotifyClearPreviousSignalQualityBAD();
   void ResetQualityBad();
   void ResetQualityGood();
 
-  bool APConnected(const WString& ssid, const WString& bssid, std::uint32_t txKbps, std::uint32_t rxKbps,
-                   std::int32_t score, std::uint32_t lq, const WString& adapterClass,
-                   const WString& apClass);
+  bool APConnected(const WString& ssid, const WString& bssid, std::uint32_t txKbps,
+                   std::uint32_t rxKbps, std::int32_t score, std::uint32_t lq,
+                   const WString& adapterClass, const WString& apClass);
   bool APDisconnected();
 
   bool CapabilityMismatchAPBetter(const CapabilityMismatch& mismatch);
   bool CapabilityMismatchWifiBetter(const CapabilityMismatch& mismatch);
-  bool CapabilityMismatchClear1(const WString& ssid, const WString& bssid, const WString& adapterClass,
-                                const WString& apClass);
-  bool CapabilityMismatchClear2(const WString& ssid, const WString& bssid, const WString& adapterClass,
-                                const WString& apClass);
-  bool CapabilityMismatchClearLast(const WString& ssid, const WString& bssid, const WString& adapterClass,
-                                   const WString& apClass);
+  bool CapabilityMismatchClear1(const WString& ssid, const WString& bssid,
+                                const WString& adapterClass, const WString& apClass);
+  bool CapabilityMismatchClear2(const WString& ssid, const WString& bssid,
+                                const WString& adapterClass, const WString& apClass);
+  bool CapabilityMismatchClearLast(const WString& ssid, const WString& bssid,
+                                   const WString& adapterClass, const WString& apClass);
 
   // True when the last contention report says just this; an empty summary stands for no contention.
   bool IsContentionReported(WStringView shortSummary) const;
@@ -100,7 +100,8 @@ class CEtwTrellis {
     void Reset() { *this = {}; }
   };
 
-  bool HasHandle(const char* operation, const char* failed, WStringView ssid, WStringView bssid) const;
+  bool HasHandle(const char* operation, const char* failed, WStringView ssid,
+                 WStringView bssid) const;
   bool IsSending() const;
   void CheckIndex(const char* operation) const;
   template <class Pair, class... Values>

@@ -9,9 +9,9 @@ namespace corvane {
 // The rule that keeps a dialog rarer than an event: one popup for a network, and one repeat after a
 // day. Pure.
 struct PopupQuestion {
-  bool known = false;                // the network is in the memo
-  std::uint64_t suggestTick = 0;     // of its first popup, 0 for none
-  std::uint64_t suggestUnixTime = 0; // seconds since 1970, 0 for none
+  bool known = false;                 // the network is in the memo
+  std::uint64_t suggestTick = 0;      // of its first popup, 0 for none
+  std::uint64_t suggestUnixTime = 0;  // seconds since 1970, 0 for none
   std::uint64_t nowTick = 0;
   std::uint64_t nowUnixTime = 0;
 };
@@ -28,8 +28,8 @@ class CPopupSuggestion {
  public:
   void Start(int index, IReportConfig* config, WStringView guidText);
 
-  // `lq` and `threshold` are the connection's quality and its limit, both 0 without one. True when the
-  // suggestion was made: values written, and the dialog or the OEM suite told.
+  // `lq` and `threshold` are the connection's quality and its limit, both 0 without one. True when
+  // the suggestion was made: values written, and the dialog or the OEM suite told.
   bool PopupSuggestAP(const ReportedAp& ap, std::int32_t percent, std::uint32_t lq,
                       std::uint32_t threshold, WStringView suggestedSummary,
                       WStringView currentSummary);

@@ -1,6 +1,6 @@
 #pragma once
-// Metadata of self-describing events (TraceLogging), made at compile time: a 16-bit size that counts
-// itself, one tag byte 0, the event's name, then each field's name and type byte.
+// Metadata of self-describing events (TraceLogging), made at compile time: a 16-bit size that
+// counts itself, one tag byte 0, the event's name, then each field's name and type byte.
 
 #include <array>
 #include <cstddef>
@@ -91,8 +91,8 @@ struct TraceTypeOf<WString> {
 // The value as event data; it must outlive the write.
 template <class Number>
 platform::EVENT_DATA_DESCRIPTOR TraceDataOf(const Number& number) {
-  return {reinterpret_cast<std::uintptr_t>(&number), sizeof(Number), platform::EVENT_DATA_DESCRIPTOR_TYPE_NONE,
-          0, 0};
+  return {reinterpret_cast<std::uintptr_t>(&number), sizeof(Number),
+          platform::EVENT_DATA_DESCRIPTOR_TYPE_NONE, 0, 0};
 }
 inline platform::EVENT_DATA_DESCRIPTOR TraceDataOf(const WString& text) {
   return {reinterpret_cast<std::uintptr_t>(text.c_str()),

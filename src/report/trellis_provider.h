@@ -25,16 +25,17 @@ class CTrellisProvider : public SmartObjEx<CTrellisProvider, SmartObj<>> {
   // Somebody listens at the level at which the events are wanted.
   bool IsListenedTo() const { return m_Level.load(std::memory_order_relaxed) >= kWantedLevel; }
   // `data` begins with two free places, for the metadata of provider and event.
-  void Write(std::span<const std::uint8_t> metadata, std::span<platform::EVENT_DATA_DESCRIPTOR> data) const;
+  void Write(std::span<const std::uint8_t> metadata,
+             std::span<platform::EVENT_DATA_DESCRIPTOR> data) const;
 
  private:
   class Registration;
   static constexpr platform::BYTE kWantedLevel = 5;
 
   platform::HRESULT Register();
-  static void OnEnable(const platform::GUID* source, platform::DWORD isEnabled, platform::BYTE level,
-                       platform::ULONGLONG anyKeyword, platform::ULONGLONG allKeyword, void* filter,
-                       void* context);
+  static void OnEnable(const platform::GUID* source, platform::DWORD isEnabled,
+                       platform::BYTE level, platform::ULONGLONG anyKeyword,
+                       platform::ULONGLONG allKeyword, void* filter, void* context);
 
   std::atomic<platform::BYTE> m_Level{0};
   platform::REGHANDLE m_hProvider = 0;

@@ -20,7 +20,8 @@ std::int64_t Round(double value) { return std::llround(value); }
 
 std::int64_t SignalPoints(std::uint32_t quality, std::int64_t max) {
   if (quality <= 50) return 0;
-  return std::min(static_cast<std::int64_t>((quality - kGoodQuality) / 50.0 * static_cast<double>(max)), max);
+  return std::min(
+      static_cast<std::int64_t>((quality - kGoodQuality) / 50.0 * static_cast<double>(max)), max);
 }
 
 std::int64_t RatePoints(std::uint64_t mbps, double bump) {
@@ -31,10 +32,14 @@ std::int64_t RatePoints(std::uint64_t mbps, double bump) {
 
 std::int64_t GenerationPoints(std::int32_t phyType) {
   switch (phyType) {
-    case kPhyHt: return 5;
-    case kPhyVht: return 10;
-    case kPhyHe: return 15;
-    default: return 0;
+    case kPhyHt:
+      return 5;
+    case kPhyVht:
+      return 10;
+    case kPhyHe:
+      return 15;
+    default:
+      return 0;
   }
 }
 

@@ -70,7 +70,9 @@ class Layer {
     m_Out.badChannel = channel;
   }
 
-  void Count(std::int32_t channel) { AddSaturating(&m_Band.apCount[static_cast<std::size_t>(channel)], 1); }
+  void Count(std::int32_t channel) {
+    AddSaturating(&m_Band.apCount[static_cast<std::size_t>(channel)], 1);
+  }
 
   void Touch(std::int32_t channel, std::uint32_t weight) {
     AddSaturating(&m_Band.noise[static_cast<std::size_t>(channel)], weight);
@@ -82,10 +84,12 @@ class Layer {
     const std::uint32_t half = m_In.quality / 2 / 10;
     const std::size_t start = m_Out.channels.size();
     if (segment.halfEdges && segment.low > kFirstChannel) Touch(segment.low - 1, half);
-    for (std::int32_t channel = segment.low; channel <= segment.high; ++channel) Touch(channel, full);
+    for (std::int32_t channel = segment.low; channel <= segment.high; ++channel)
+      Touch(channel, full);
     if (segment.halfEdges && segment.high < kLastFootprintChannel) Touch(segment.high + 1, half);
     if (m_Out.channels.size() == start) return;
-    TextBuilder(&m_Out.text) << "{" << m_Out.channels[start] << "}-{" << m_Out.channels.back() << "}";
+    TextBuilder(&m_Out.text) << "{" << m_Out.channels[start] << "}-{" << m_Out.channels.back()
+                             << "}";
   }
 
   // The running figure of a channel: the last BSSes visited weigh most.
@@ -112,7 +116,8 @@ void ChannelLoadMap::Reset() {
 }
 
 bool ChannelLoadMap::IsQuiet(int band, std::int32_t channel) const {
-  return !IsChannel(channel) || OfBand(band).noise[static_cast<std::size_t>(channel)] <= kQuietNoise;
+  return !IsChannel(channel) ||
+         OfBand(band).noise[static_cast<std::size_t>(channel)] <= kQuietNoise;
 }
 
 std::uint8_t ChannelLoadMap::LoadOf(int band, std::int32_t channel) const {
@@ -121,7 +126,8 @@ std::uint8_t ChannelLoadMap::LoadOf(int band, std::int32_t channel) const {
 }
 
 std::uint8_t ChannelLoadMap::ApCountOf(int band, std::int64_t channel) const {
-  return IsChannel(channel) ? OfBand(band).apCount[static_cast<std::size_t>(channel)] : std::uint8_t{0};
+  return IsChannel(channel) ? OfBand(band).apCount[static_cast<std::size_t>(channel)]
+                            : std::uint8_t{0};
 }
 
 void LayFootprint(const FootprintInputs& in, ChannelLoadMap* map, Footprint* out) {

@@ -8,8 +8,8 @@
 
 namespace corvane {
 
-// Channel numbers run from 1 to 199; entry 0 is not used. 2.4 and 5 GHz share one band of arrays, as
-// their numbers do not meet; 6 GHz has its own.
+// Channel numbers run from 1 to 199; entry 0 is not used. 2.4 and 5 GHz share one band of arrays,
+// as their numbers do not meet; 6 GHz has its own.
 struct ChannelLoadMap {
   static constexpr int kChannels = 200;
   static constexpr std::uint8_t kNoLoad = 255;
@@ -40,13 +40,13 @@ struct ChannelLoadMap {
 // One BSS as the map sees it.
 struct FootprintInputs {
   int band = 0;
-  std::uint32_t quality = 0;         // 0 to 100
-  std::uint32_t width = 0;           // MHz, of the frequency table
-  std::uint32_t channel = 0;         // of the frequency
+  std::uint32_t quality = 0;  // 0 to 100
+  std::uint32_t width = 0;    // MHz, of the frequency table
+  std::uint32_t channel = 0;  // of the frequency
   bool hasElements = false;
   bool eightyPlusEighty = false;
-  bool dsss = false;                 // a DSSS rate is listed
-  std::int32_t centerChannel = 0;    // of the elements
+  bool dsss = false;               // a DSSS rate is listed
+  std::int32_t centerChannel = 0;  // of the elements
   std::int32_t seg0Channel = 0;
   std::int32_t seg1Channel = 0;
   double loadPct = -1.0;
@@ -56,13 +56,13 @@ enum class FootprintFault { kNone, kBadPrimary, kBadSecondary, kBadChannel };
 
 struct Footprint {
   FootprintFault fault = FootprintFault::kNone;
-  std::int64_t badChannel = 0;          // of the fault
-  std::vector<std::int32_t> channels;   // touched, ascending within a segment
-  std::string text;                     // such as "{2}-{10}"
+  std::int64_t badChannel = 0;         // of the fault
+  std::vector<std::int32_t> channels;  // touched, ascending within a segment
+  std::string text;                    // such as "{2}-{10}"
 };
 
-// Lays the footprint of one BSS over the map and spreads its load figure. A BSS on a bad channel adds
-// nothing. `out` keeps its storage over calls.
+// Lays the footprint of one BSS over the map and spreads its load figure. A BSS on a bad channel
+// adds nothing. `out` keeps its storage over calls.
 void LayFootprint(const FootprintInputs& in, ChannelLoadMap* map, Footprint* out);
 
 }  // namespace corvane

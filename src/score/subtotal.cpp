@@ -16,7 +16,9 @@ constexpr std::int32_t kRatePointsMax = 30;
 constexpr std::int32_t kWeakSignalPointsMax = 10;
 constexpr double kGoodQuality = 50.0;
 
-std::int32_t Trunc(double value) { return static_cast<std::int32_t>(std::clamp(value, -2.1e9, 2.1e9)); }
+std::int32_t Trunc(double value) {
+  return static_cast<std::int32_t>(std::clamp(value, -2.1e9, 2.1e9));
+}
 // Nearest whole number, halves away from zero.
 std::int32_t Round(double value) { return Trunc(std::round(value)); }
 // A weight as points; beyond any sense it is cut, so that sums stay in range.
@@ -52,7 +54,10 @@ class Subtotal {
       AddLoad();
       AddNoise();
     } else {
-      m_Log << ",MUMIMO(0)" << ",MBPS(0)" << ",QBSS(0)" << ",NOISE(0)";
+      m_Log << ",MUMIMO(0)"
+            << ",MBPS(0)"
+            << ",QBSS(0)"
+            << ",NOISE(0)";
     }
     TakeWeakSignal();
     AddAllow();

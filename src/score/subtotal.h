@@ -15,17 +15,17 @@ struct RadioFacts {
   bool heCapsGood = false;
   bool muMimo = false;
   std::uint32_t securityMask = 0;
-  std::int32_t maxRateMbps = 0;   // for this adapter
-  double loadPct = -1.0;          // of the load element, -1.0 without
-  bool loadMapValid = false;      // the channel load map has been worked out
-  bool quietChannel = false;      // by that map
+  std::int32_t maxRateMbps = 0;  // for this adapter
+  double loadPct = -1.0;         // of the load element, -1.0 without
+  bool loadMapValid = false;     // the channel load map has been worked out
+  bool quietChannel = false;     // by that map
 };
 
 // What the network list knows of the SSID.
 struct NetworkFacts {
   bool isPrivate = false;
-  bool connectivityKnown = false;   // the SSID is in the list
-  std::uint32_t connectivity = 0;   // NLM_CONNECTIVITY
+  bool connectivityKnown = false;  // the SSID is in the list
+  std::uint32_t connectivity = 0;  // NLM_CONNECTIVITY
 };
 
 // What the entry remembers of its internet connectivity.
@@ -50,9 +50,9 @@ struct SubtotalInputs {
 };
 
 struct SubtotalResult {
-  std::int32_t points = 0;         // never below 0
-  std::uint32_t peggedQuality = 0; // the quality that replaced the scanned one, 0 if none did
-  std::int32_t loadPoints = -1;    // of the load element, -1 without a usable one
+  std::int32_t points = 0;          // never below 0
+  std::uint32_t peggedQuality = 0;  // the quality that replaced the scanned one, 0 if none did
+  std::int32_t loadPoints = -1;     // of the load element, -1 without a usable one
   InternetState internet;
 };
 

@@ -1,9 +1,9 @@
 // What the adapter is connected to, and what follows from it.
 
-#include "store/value_names.h"
 #include "foundation/log_lines.h"
-#include "service/main_worker.h"
 #include "policy/policy.h"
+#include "service/main_worker.h"
+#include "store/value_names.h"
 
 namespace corvane {
 
@@ -22,11 +22,13 @@ void CQUAYMainWorker::UpdateConnectionState() {
   } catch (const Exception& e) {
     OnDisconnected();
     if (e.GetCode() != platform::ERROR_INVALID_STATE) {
-      LOG_ERROR(u"[%i]CQUAYMainWorker::WorkThreadProc[INNER-1]: Exception: %S", m_ConfigIdx, e.what());
+      LOG_ERROR(u"[%i]CQUAYMainWorker::WorkThreadProc[INNER-1]: Exception: %S", m_ConfigIdx,
+                e.what());
     }
   } catch (const std::exception& e) {
     OnDisconnected();
-    LOG_ERROR(u"[%i]CQUAYMainWorker::WorkThreadProc[INNER-1]: std:exception: %S", m_ConfigIdx, e.what());
+    LOG_ERROR(u"[%i]CQUAYMainWorker::WorkThreadProc[INNER-1]: std:exception: %S", m_ConfigIdx,
+              e.what());
   }
   if (!m_pInterface->IsConnected()) ReportDisconnection();
 }
@@ -42,7 +44,8 @@ void CQUAYMainWorker::TakeConnection() {
 
   const MacAddress old = m_pInterface->GetConnectedBssid();
   const bool bssidChanged = m_pInterface->SetConnectedBssid(now.bssid);
-  m_pInterface->UpdateContentionAPs(m_pInterface->GetLastConnectedSsid(), now.bssidText, now.channel);
+  m_pInterface->UpdateContentionAPs(m_pInterface->GetLastConnectedSsid(), now.bssidText,
+                                    now.channel);
   if (bssidChanged) {
     ssidDiffers = !m_pInterface->IsConnectedToNetworkWithBothBssids(now.bssid, old);
   }
@@ -102,14 +105,16 @@ void CQUAYMainWorker::OnDisconnected() {
 void CQUAYMainWorker::DetectRoam(const Connection& now, bool bssidChanged, bool ssidDiffers) {
   if (!bssidChanged || ssidDiffers || m_pConfig->GetRoamingInhibitTick() != 0) {
     LOG_ADAPTER(m_ConfigIdx, kRoamLog,
-                u"[%i] CQUAYMainWorker: %s %s was connected=%i changed=%i other ssid=%i [NO ROAMING-INHIBIT "
+                u"[%i] CQUAYMainWorker: %s %s was connected=%i changed=%i other ssid=%i [NO "
+                u"ROAMING-INHIBIT "
                 u"ENTRY DETECTION]",
                 m_ConfigIdx, now.ssid, now.bssidText, now.wasConnected, bssidChanged, ssidDiffers);
   } else if (m_pInterface->GetConnectedBssidIfWeInitiated() == now.bssid) {
-    LOG_ADAPTER(m_ConfigIdx, kRoamLog,
-                u"[%i] CQUAYMainWorker: %s %s was connected=%i [WE INITIATED CONN!][DO NOT ENTER ROAMING "
-                u"INHIBIT - FORCE CLEAR]",
-                m_ConfigIdx, now.ssid, now.bssidText, now.wasConnected);
+    LOG_ADAPTER(
+        m_ConfigIdx, kRoamLog,
+        u"[%i] CQUAYMainWorker: %s %s was connected=%i [WE INITIATED CONN!][DO NOT ENTER ROAMING "
+        u"INHIBIT - FORCE CLEAR]",
+        m_ConfigIdx, now.ssid, now.bssidText, now.wasConnected);
     m_pConfig->ClearRoamingInhibit();
   } else {
     LOG_ADAPTER(m_ConfigIdx, kRoamLog,
@@ -128,7 +133,8 @@ void CQUAYMainWorker::SurgicalUpdateIfInhibited(bool isHeldBack) {
   const auto disconnected = [&](const char* kind, const char* what) {
     PublishDisconnection();
     LOG_ADAPTER(m_ConfigIdx, DBG(30),
-                u"[%i] CQUAYMainWorker::Surgical...UpdateIfInhibited - %hs %hs [Clear ConnectedNetwork][remain "
+                u"[%i] CQUAYMainWorker::Surgical...UpdateIfInhibited - %hs %hs [Clear "
+                u"ConnectedNetwork][remain "
                 u"secs %lu]\n",
                 m_ConfigIdx, kind, what, remainingSecs);
     now.connected = false;
@@ -138,7 +144,8 @@ void CQUAYMainWorker::SurgicalUpdateIfInhibited(bool isHeldBack) {
     now.connected = true;
     PublishConnection(now);
     LOG_ADAPTER(m_ConfigIdx, DBG(30),
-                u"[%i] CQUAYMainWorker::Surgical...UpdateIfInhibited - Set ConnectedNetwork: %s [remain secs "
+                u"[%i] CQUAYMainWorker::Surgical...UpdateIfInhibited - Set ConnectedNetwork: %s "
+                u"[remain secs "
                 u"%lu]\n",
                 m_ConfigIdx, now.displayName, remainingSecs);
   } catch (const Exception& e) {
@@ -146,8 +153,8 @@ void CQUAYMainWorker::SurgicalUpdateIfInhibited(bool isHeldBack) {
   } catch (const std::exception& e) {
     disconnected("std::exception", e.what());
   }
-  CGlobalQUAYPolicy::UpdateAssociateLQPegging(m_pInterface.get(), now.connected, &now.quality, now.ssid,
-                                              now.bssid, "SURGICAL");
+  CGlobalQUAYPolicy::UpdateAssociateLQPegging(m_pInterface.get(), now.connected, &now.quality,
+                                              now.ssid, now.bssid, "SURGICAL");
   if (now.entry) {
     HandleQUAYSpecialEtwEvents(now.entry.get(), "SURGICAL");
   } else if (!m_pInterface->IsConnected()) {

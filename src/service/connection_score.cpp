@@ -1,8 +1,8 @@
 // The score of the connection by itself, for rounds in which the model has no entry of it.
 
-#include "service/main_worker.h"
 #include "monitors/network_list_manager.h"
 #include "score/backup_score.h"
+#include "service/main_worker.h"
 
 namespace corvane {
 

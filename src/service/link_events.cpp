@@ -1,9 +1,9 @@
 // Events about the connection that do not belong to a decision: whether its two ends match, and how
 // well it is heard.
 
+#include "elements/phy_level.h"
 #include "foundation/log_lines.h"
 #include "service/main_worker.h"
-#include "elements/phy_level.h"
 
 namespace corvane {
 
@@ -37,14 +37,18 @@ void CQUAYMainWorker::CompareCapabilities(CWlanBssEntry& entry, const char* cont
 
   const auto note = [&](const char16_t* relation, const char16_t* remark = u"") {
     LOG_ADAPTER(m_ConfigIdx, kEventLog,
-                u"\n[%i] CQUAYMainWorker::HandleQUAYSpecialEtwEvents[%S]: %s<nic,ap>: %s %s %s%s\n", m_ConfigIdx,
-                context, *remark ? u"IGNORE CAP MISMATCH" : *relation == u'=' ? u"CAP MATCH" : u"CAP MISMATCH",
+                u"\n[%i] CQUAYMainWorker::HandleQUAYSpecialEtwEvents[%S]: %s<nic,ap>: %s %s %s%s\n",
+                m_ConfigIdx, context,
+                *remark             ? u"IGNORE CAP MISMATCH"
+                : *relation == u'=' ? u"CAP MATCH"
+                                    : u"CAP MISMATCH",
                 ends.adapterClass, relation, ends.apClass, remark);
   };
   switch (ComparePhys(ends.adapterClass, ends.apClass, entry.GetFrequencyKhz())) {
     case PhyMatch::kSame:
       note(u"==");
-      m_pConfig->m_Etw.CapabilityMismatchClearLast(ends.ssid, ends.bssid, ends.adapterClass, ends.apClass);
+      m_pConfig->m_Etw.CapabilityMismatchClearLast(ends.ssid, ends.bssid, ends.adapterClass,
+                                                   ends.apClass);
       break;
     case PhyMatch::kAccessPointBetter:
       note(u"<");
@@ -60,27 +64,30 @@ void CQUAYMainWorker::CompareCapabilities(CWlanBssEntry& entry, const char* cont
   }
 }
 
-// The quality is that of the scan when the association's figure is missing or known to be the worse.
+// The quality is that of the scan when the association's figure is missing or known to be the
+// worse.
 void CQUAYMainWorker::ReportSignal(CWlanBssEntry& entry, const char* context) {
   const bool missing = m_pInterface->m_assoc_lq == -1;
   const bool ofScan = m_pInterface->m_peg_active || missing;
   const std::uint32_t quality =
       ofScan ? entry.GetLQ() : static_cast<std::uint32_t>(m_pInterface->m_assoc_lq);
-  LOG_ADAPTER(m_ConfigIdx, kEventLog, u"\n[%i] CQUAYMainWorker::HandleQUAYSpecialEtwEvents[%S]: SQ %lu %s\n",
-              m_ConfigIdx, context, quality,
+  LOG_ADAPTER(m_ConfigIdx, kEventLog,
+              u"\n[%i] CQUAYMainWorker::HandleQUAYSpecialEtwEvents[%S]: SQ %lu %s\n", m_ConfigIdx,
+              context, quality,
               m_pInterface->m_peg_active ? u"[PEG to BSS]"
               : missing                  ? u"[PEG but IF-SQ missing]"
                                          : u"[No PEG]");
   const auto association = m_pInterface->GetConnAttrs().wlanAssociationAttributes;
-  m_pConfig->m_Etw.APConnected(entry.m_SSIDW, entry.m_BSSIDText, association.ulTxRate, association.ulRxRate,
-                               entry.GetScore(false), quality, WString(m_pInterface->AdapterClassText()),
-                               entry.GetPhyMode());
+  m_pConfig->m_Etw.APConnected(entry.m_SSIDW, entry.m_BSSIDText, association.ulTxRate,
+                               association.ulRxRate, entry.GetScore(false), quality,
+                               WString(m_pInterface->AdapterClassText()), entry.GetPhyMode());
 }
 
 void CQUAYMainWorker::ReportNoConnection(const char* context) {
   constexpr char16_t kNowhere[] = u"disconnected";
   LOG_ADAPTER(m_ConfigIdx, kEventLog,
-              u"\n[%i] CQUAYMainWorker::HandleQUAYSpecialEtwEvents[%S]: CAP MATCH<nic,ap>: %s, disconnected\n",
+              u"\n[%i] CQUAYMainWorker::HandleQUAYSpecialEtwEvents[%S]: CAP MATCH<nic,ap>: %s, "
+              u"disconnected\n",
               m_ConfigIdx, context, m_pInterface->IsHECapable() ? u"AX" : u"!AX");
   m_pConfig->m_Etw.CapabilityMismatchClearLast(kNowhere, u"00-00-00-00-00-00",
                                                WString(m_pInterface->AdapterClassText()), kNowhere);

@@ -3,18 +3,18 @@
 #include <algorithm>
 #include <list>
 
-#include "launch/launcher.h"
-#include "settings/global_config_container.h"
-#include "store/process_flags.h"
-#include "store/value_names.h"
 #include "foundation/log_lines.h"
-#include "service/version.h"
+#include "launch/launcher.h"
 #include "monitors/adapters_addresses.h"
 #include "monitors/network_list_manager.h"
 #include "platform/platform.h"
 #include "platform/thread_api.h"
 #include "policy/policy.h"
 #include "policy/round_watch.h"
+#include "service/version.h"
+#include "settings/global_config_container.h"
+#include "store/process_flags.h"
+#include "store/value_names.h"
 
 namespace corvane {
 
@@ -44,7 +44,8 @@ void LogAdapter(const CWlanInterface& adapter) {
            adapter.GetGuidText(), adapter.GetDescription());
   adapter.DumpIPAddresses();
   std::list<WString> networks;
-  if (auto* const list = CNetworkListManager::Find()) list->GetNetworkNamesForInterface(adapter.GetGuid(), &networks);
+  if (auto* const list = CNetworkListManager::Find())
+    list->GetNetworkNamesForInterface(adapter.GetGuid(), &networks);
   for (const WString& name : networks) LOG_INFO(u"[%i]  Network: %s", adapter.GetConfigIdx(), name);
 }
 
@@ -88,12 +89,14 @@ void CQUAYMainWorker::Shutdown() {
     const CCritSecLock lock(m_pConfig->ObjectLock());
     if (!m_pConfig->SetString(value::kCandidatesCSV, u"")) {
       LOG_INFO(
-          u"[%i] ===========> CQUAYMainWorker::Shutdown: [CLEAR LIST] SetRegistry_CandidatesCSV() FAILED!\n",
+          u"[%i] ===========> CQUAYMainWorker::Shutdown: [CLEAR LIST] SetRegistry_CandidatesCSV() "
+          u"FAILED!\n",
           m_ConfigIdx);
     }
     if (!m_pConfig->SetString(value::kNONCandidatesCSV, u"")) {
       LOG_INFO(
-          u"[%i] ===========> CQUAYMainWorker::Shutdown: [CLEAR LIST] SetRegistry_NONCandidatesCSV() "
+          u"[%i] ===========> CQUAYMainWorker::Shutdown: [CLEAR LIST] "
+          u"SetRegistry_NONCandidatesCSV() "
           u"FAILED!\n",
           m_ConfigIdx);
     }
@@ -102,7 +105,8 @@ void CQUAYMainWorker::Shutdown() {
     m_pConfig->SetRadioInhibited(false);
     m_pConfig->SetString(value::kProfiledNetworksInRangeJson, u"[]");
   }
-  // A thread that was given up keeps what it works on until it has unwound, and this object with it.
+  // A thread that was given up keeps what it works on until it has unwound, and this object with
+  // it.
   if (!ended) return;
   m_Connection = {};
   m_pInterface.reset();
@@ -132,10 +136,12 @@ void CQUAYMainWorker::WorkThreadProc() {
       ++m_Round;
     }
     const bool ended = KillNudgeDialog();
-    LOG_ADAPTER(m_ConfigIdx, DBG(8), u"[%i]CQUAYMainWorker::WorkThreadProc:[exit] KillNudgeDialog() %S", m_ConfigIdx,
+    LOG_ADAPTER(m_ConfigIdx, DBG(8),
+                u"[%i]CQUAYMainWorker::WorkThreadProc:[exit] KillNudgeDialog() %S", m_ConfigIdx,
                 ended ? "SUCCESS" : "FAILED");
   }
-  LOG_ADAPTER(m_ConfigIdx, kLoopLog, u"[%i]CQUAYMainWorker::WorkThreadProc: >>>>> [EXIT] <<<<<", m_ConfigIdx);
+  LOG_ADAPTER(m_ConfigIdx, kLoopLog, u"[%i]CQUAYMainWorker::WorkThreadProc: >>>>> [EXIT] <<<<<",
+              m_ConfigIdx);
 }
 
 bool CQUAYMainWorker::AwaitRadio() {
@@ -150,16 +156,17 @@ bool CQUAYMainWorker::AwaitRadio() {
     } catch (const Exception& e) {
       if (e.GetCode() == platform::ERROR_NOT_FOUND) {
         LOG_ERROR(
-            u"[%i]CQUAYMainWorker::WorkThreadProc:[early check loop] Exception: %S, ERROR_NOT_FOUND ==> set "
+            u"[%i]CQUAYMainWorker::WorkThreadProc:[early check loop] Exception: %S, "
+            u"ERROR_NOT_FOUND ==> set "
             u"RadioOn = false",
             m_ConfigIdx, e.what());
       } else {
-        LOG_ERROR(u"[%i]CQUAYMainWorker::WorkThreadProc:[early check loop] Exception: %S", m_ConfigIdx,
-                  e.what());
+        LOG_ERROR(u"[%i]CQUAYMainWorker::WorkThreadProc:[early check loop] Exception: %S",
+                  m_ConfigIdx, e.what());
       }
     } catch (const std::exception& e) {
-      LOG_ERROR(u"[%i]CQUAYMainWorker::WorkThreadProc:[early check loop] std:exception: %S", m_ConfigIdx,
-                e.what());
+      LOG_ERROR(u"[%i]CQUAYMainWorker::WorkThreadProc:[early check loop] std:exception: %S",
+                m_ConfigIdx, e.what());
     }
     if (radioOn) return true;
     if (!answered) {
@@ -170,9 +177,10 @@ bool CQUAYMainWorker::AwaitRadio() {
     }
     m_pConfig->SetDWORD(u"RadioEnabled", 0);
     m_pConfig->SetStatusMessage(kStatusRadioDisabled);
-    LOG_ADAPTER(m_ConfigIdx, kLoopLog,
-                u"[%i]CQUAYMainWorker::WorkThreadProc:[early check loop] BAD RADIO STATE .... SLEEPING",
-                m_ConfigIdx);
+    LOG_ADAPTER(
+        m_ConfigIdx, kLoopLog,
+        u"[%i]CQUAYMainWorker::WorkThreadProc:[early check loop] BAD RADIO STATE .... SLEEPING",
+        m_ConfigIdx);
     m_pConfig->SetRadioInhibited(true);
     TellRadioOff();
     Sleep(kRadioOffMs);
@@ -218,8 +226,8 @@ bool CQUAYMainWorker::RunRound() {
   ReleaseRoamingInhibit();
   LatchToPrivate();
   CGlobalQUAYPolicy::UpdateAssociateLQPegging(m_pInterface.get(), m_Connection.connected,
-                                              &m_Connection.quality, m_Connection.ssid, m_Connection.bssid,
-                                              "LOOP");
+                                              &m_Connection.quality, m_Connection.ssid,
+                                              m_Connection.bssid, "LOOP");
   if (m_Connection.entry) {
     HandleQUAYSpecialEtwEvents(m_Connection.entry.get(), "LOOP");
     m_Connection.entry.reset();
@@ -242,7 +250,8 @@ bool CQUAYMainWorker::IsHeldBack(bool vpnBlock) {
   if (IsAirplaneMode()) {
     m_pConfig->SetAirplaneInhibited(true);
     LOG_ADAPTER(m_ConfigIdx, kLoopLog,
-                u"[%i]CQUAYMainWorker::WorkThreadProc[LOOP] - AIRPLANE MODE - SLEEPING... [__CLEARING ROAMING "
+                u"[%i]CQUAYMainWorker::WorkThreadProc[LOOP] - AIRPLANE MODE - SLEEPING... "
+                u"[__CLEARING ROAMING "
                 u"INHIBIT__]",
                 m_ConfigIdx);
     m_pConfig->ClearRoamingInhibit();
@@ -255,9 +264,10 @@ bool CQUAYMainWorker::IsHeldBack(bool vpnBlock) {
   if (m_pConfig->Get_InhibitQUAY(nullptr)) {
     RoundWatches::Step(m_ConfigIdx, RoundStep::kInhibited);
     SurgicalUpdateIfInhibited();
-    LOG_ADAPTER(m_ConfigIdx, DBG(30),
-                u"[%i]CQUAYMainWorker::WorkThreadProc[LOOP] - INHIBITED %I64u ms, %S, SLEEPING [1000]",
-                m_ConfigIdx, m_pConfig->GetInhibitRemainingMs(), m_pConfig->GetInhibitReason());
+    LOG_ADAPTER(
+        m_ConfigIdx, DBG(30),
+        u"[%i]CQUAYMainWorker::WorkThreadProc[LOOP] - INHIBITED %I64u ms, %S, SLEEPING [1000]",
+        m_ConfigIdx, m_pConfig->GetInhibitRemainingMs(), m_pConfig->GetInhibitReason());
     Sleep(kInhibitedMs);
     return true;
   }
@@ -283,8 +293,9 @@ bool CQUAYMainWorker::PassesCheckPoint() {
 // One policy round at a time over all adapters.
 void CQUAYMainWorker::DecideUnderLock() {
   const CCritSecLock lock(CGlobalConfigContainer::GetInstance().GetLock());
-  LOG_ADAPTER(m_ConfigIdx, DBG(16) | DBG(31), u"\n[%i][EXECUTE POLICY][ROAM INHIBIT %I64u ticks %s]\n",
-              m_ConfigIdx, m_pConfig->GetRoamingInhibitTick(),
+  LOG_ADAPTER(m_ConfigIdx, DBG(16) | DBG(31),
+              u"\n[%i][EXECUTE POLICY][ROAM INHIBIT %I64u ticks %s]\n", m_ConfigIdx,
+              m_pConfig->GetRoamingInhibitTick(),
               m_pConfig->GetRoamingInhibitTick() == 0 ? u"== 0" : u"> 0");
   CGlobalQUAYPolicy::ExecutePolicies(m_pInterface.get());
 }
@@ -303,8 +314,8 @@ void CQUAYMainWorker::RefreshSettings() {
   m_pConfig->Set_MainLoopSleepMs(std::min(scanMs, kNormalSleepMs));
   if (scanMs < kNormalSleepMs) {
     LOG_ADAPTER(m_ConfigIdx, kSleepLog,
-                u"[%i]CQUAYMainWorker::WorkThreadProc: Set_MainLoopSleepMs(scan_interval_ms=%lu)", m_ConfigIdx,
-                scanMs);
+                u"[%i]CQUAYMainWorker::WorkThreadProc: Set_MainLoopSleepMs(scan_interval_ms=%lu)",
+                m_ConfigIdx, scanMs);
   }
   m_pConfig->m_Denylist.ReloadFromRegistry();
   m_pConfig->m_Denylist.ClearSuggestions();
@@ -331,10 +342,12 @@ void CQUAYMainWorker::HoldForVPN() {
   m_pConfig->SetString(value::kSuggestedNetwork, u"");
   SurgicalUpdateIfInhibited(true);
   LOG_ADAPTER(m_ConfigIdx, kLoopLog,
-              u"[%i]CQUAYMainWorker::WorkThreadProc[LOOP] - VPN-INHIBITED, SLEEPING [5000]", m_ConfigIdx);
+              u"[%i]CQUAYMainWorker::WorkThreadProc[LOOP] - VPN-INHIBITED, SLEEPING [5000]",
+              m_ConfigIdx);
   m_pConfig->SetStatusMessage(kStatusVpn);
   if (KillNudgeDialog()) {
-    LOG_ADAPTER(m_ConfigIdx, DBG(8), u"[%i]CQUAYMainWorker::WorkThreadProc:[VPN] KillNudgeDialog() SUCCESS",
+    LOG_ADAPTER(m_ConfigIdx, DBG(8),
+                u"[%i]CQUAYMainWorker::WorkThreadProc:[VPN] KillNudgeDialog() SUCCESS",
                 m_ConfigIdx);
   }
   Sleep(kVPNMs);
@@ -347,15 +360,17 @@ bool CQUAYMainWorker::MayRun() {
   if (enabled()) return true;
   std::uint32_t watch = 0;
   const auto registry = global.GetRegistry();
-  if (global.m_bMonitorWhileDisabled && registry && registry->GetRegistryDWORDValue(u"DBWMEnable", &watch) &&
-      watch != 0) {
+  if (global.m_bMonitorWhileDisabled && registry &&
+      registry->GetRegistryDWORDValue(u"DBWMEnable", &watch) && watch != 0) {
     return true;
   }
   LOG_ADAPTER(m_ConfigIdx, kLoopLog,
-              u"[%i]CQUAYMainWorker::WorkThreadProc[LOOP] - DISABLED - SLEEPING..., ENABLEs: adp %i, svc %i",
+              u"[%i]CQUAYMainWorker::WorkThreadProc[LOOP] - DISABLED - SLEEPING..., ENABLEs: adp "
+              u"%i, svc %i",
               m_ConfigIdx, m_pConfig->m_Enabled.load(), global.m_bServiceEnable.load());
   RoundWatches::Step(m_ConfigIdx, RoundStep::kDisabled);
-  for (int slice = 0; slice < kDisabledSlices && m_bRun && !enabled(); ++slice) Sleep(kDisabledSliceMs);
+  for (int slice = 0; slice < kDisabledSlices && m_bRun && !enabled(); ++slice)
+    Sleep(kDisabledSliceMs);
   return false;
 }
 
@@ -364,7 +379,8 @@ void CQUAYMainWorker::ReleaseRoamingInhibit() {
   const std::uint64_t age = m_pInterface->GetDisconnectedAgeMs();
   if (age <= kRoamingInhibitDisconnectedMs) return;
   LOG_ADAPTER(m_ConfigIdx, DBG(24),
-              u"[%i] CQUAYMainWorker::WorkThreadProc[LOOP] - ROAMING INHIBITED, but disconnected for %0.2lf "
+              u"[%i] CQUAYMainWorker::WorkThreadProc[LOOP] - ROAMING INHIBITED, but disconnected "
+              u"for %0.2lf "
               u"secs --->  CLEARING ROAMING INHIBIT!\n",
               m_ConfigIdx, static_cast<double>(age) / 1000.0);
   m_pConfig->ClearRoamingInhibit();
@@ -372,8 +388,10 @@ void CQUAYMainWorker::ReleaseRoamingInhibit() {
 
 // On a private network the program keeps to it, if the user wants that.
 void CQUAYMainWorker::LatchToPrivate() {
-  if (m_Connection.connected && m_pConfig->m_LatchToPrivate && m_pInterface->IsConnectedToPrivateNetwork()) {
-    if (m_pConfig->m_network_switching.exchange(false)) m_pConfig->SetStatusMessage(kStatusRestrictedToPrivate);
+  if (m_Connection.connected && m_pConfig->m_LatchToPrivate &&
+      m_pInterface->IsConnectedToPrivateNetwork()) {
+    if (m_pConfig->m_network_switching.exchange(false))
+      m_pConfig->SetStatusMessage(kStatusRestrictedToPrivate);
     return;
   }
   m_pConfig->ClearStatusMessage(kStatusRestrictedToPrivate);
@@ -383,10 +401,11 @@ void CQUAYMainWorker::LatchToPrivate() {
 bool CQUAYMainWorker::TakePowerEvents() {
   const bool resumed = m_bPowerResumeSeen.exchange(false);
   if (resumed) {
-    LOG_ADAPTER(m_ConfigIdx, kLoopLog,
-                u"\n~^~^~^~^~^~^~^~^~^~^~^~> [%i]CQUAYMainWorker::WorkThreadProc[LOOP] _POWER RESUME_ --> "
-                u"force_scan = true & ClearNetworks [CLEARING ROAMING INHIBIT]\n",
-                m_ConfigIdx);
+    LOG_ADAPTER(
+        m_ConfigIdx, kLoopLog,
+        u"\n~^~^~^~^~^~^~^~^~^~^~^~> [%i]CQUAYMainWorker::WorkThreadProc[LOOP] _POWER RESUME_ --> "
+        u"force_scan = true & ClearNetworks [CLEARING ROAMING INHIBIT]\n",
+        m_ConfigIdx);
     m_pConfig->m_bForcePopupOverride = false;
     LOG_ADAPTER(m_ConfigIdx, kLoopLog,
                 u"[%i] CQUAYMainWorker::WorkThreadProc[LOOP] _POWER RESUME_ --> "
@@ -399,10 +418,11 @@ bool CQUAYMainWorker::TakePowerEvents() {
   if (suspended) {
     ForgetSurroundings();
     m_pInterface->ClearConnectedBssid();
-    LOG_ADAPTER(m_ConfigIdx, kLoopLog,
-                u"\n~_~_~_~_~_~_~_~_~_~_~_> [%i]CQUAYMainWorker::WorkThreadProc[LOOP] _POWER SUSPEND_ --> "
-                u"force_scan = true & ClearNetworks [CLEARING ROAMING INHIBIT]\n",
-                m_ConfigIdx);
+    LOG_ADAPTER(
+        m_ConfigIdx, kLoopLog,
+        u"\n~_~_~_~_~_~_~_~_~_~_~_> [%i]CQUAYMainWorker::WorkThreadProc[LOOP] _POWER SUSPEND_ --> "
+        u"force_scan = true & ClearNetworks [CLEARING ROAMING INHIBIT]\n",
+        m_ConfigIdx);
   }
   return resumed || suspended;
 }
@@ -433,30 +453,32 @@ void CQUAYMainWorker::SleepBetweenRounds() {
   if (m_bNoDelayActive) {
     m_pConfig->m_no_delay = false;
     LOG_ADAPTER(m_ConfigIdx, kSleepLog,
-                u"\n[%i]CQUAYMainWorker::WorkThreadProc: NO DELAY DISABLED <<<<<===============================",
+                u"\n[%i]CQUAYMainWorker::WorkThreadProc: NO DELAY DISABLED "
+                u"<<<<<===============================",
                 m_ConfigIdx);
   }
   std::uint32_t sleepMs = m_pConfig->GetMainLoopSleepMs();
   if (sleepMs < kNormalSleepMs) {
     LOG_ADAPTER(m_ConfigIdx, kSleepLog,
-                u"\n[%i]CQUAYMainWorker::WorkThreadProc:  CLIP MainSleepMs = %lu < 10000 !?", m_ConfigIdx,
-                sleepMs);
+                u"\n[%i]CQUAYMainWorker::WorkThreadProc:  CLIP MainSleepMs = %lu < 10000 !?",
+                m_ConfigIdx, sleepMs);
     sleepMs = kNormalSleepMs;
   }
   LOG_ADAPTER(m_ConfigIdx, kSleepLog,
-              u"\n[%i]CQUAYMainWorker::WorkThreadProc: __MAIN SLEEP__ : %lu < ms, AC_ON=%i", m_ConfigIdx,
-              sleepMs, CGlobalConfigContainer::IsOnACPower());
+              u"\n[%i]CQUAYMainWorker::WorkThreadProc: __MAIN SLEEP__ : %lu < ms, AC_ON=%i",
+              m_ConfigIdx, sleepMs, CGlobalConfigContainer::IsOnACPower());
   AwaitClient(sleepMs);
 }
 
-// Somebody watches: rounds follow one another, on mains, until the window that a client opened ends.
+// Somebody watches: rounds follow one another, on mains, until the window that a client opened
+// ends.
 bool CQUAYMainWorker::SleepWithoutDelay() {
   if (!m_pConfig->m_no_delay || !m_pConfig->IsNoDelayOpen()) return false;
   if (!CGlobalConfigContainer::IsOnACPower()) return false;
   m_bNoDelayActive = true;
   LOG_ADAPTER(m_ConfigIdx, kSleepLog,
-              u"\n[%i]CQUAYMainWorker::WorkThreadProc: __NO DELAY__ [expires %0.2lf secs]", m_ConfigIdx,
-              m_pConfig->GetNoDelayRemainingSecs());
+              u"\n[%i]CQUAYMainWorker::WorkThreadProc: __NO DELAY__ [expires %0.2lf secs]",
+              m_ConfigIdx, m_pConfig->GetNoDelayRemainingSecs());
   Sleep(kNoDelayMs);
   return true;
 }

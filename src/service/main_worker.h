@@ -9,7 +9,8 @@
 
 namespace corvane {
 
-// The thread that runs one adapter: each round it reads the connection, discovers, decides and sleeps.
+// The thread that runs one adapter: each round it reads the connection, discovers, decides and
+// sleeps.
 class CQUAYMainWorker : public SmartObjEx<CQUAYMainWorker, SmartObj<>>,
                         public CThread<CQUAYMainWorker>,
                         public IPowerSubscriber {
@@ -21,8 +22,8 @@ class CQUAYMainWorker : public SmartObjEx<CQUAYMainWorker, SmartObj<>>,
   // Before the thread starts. `index` is the adapter index.
   void Bind(int index, CWlanInterface* pInterface);
   void RunThreadLoop();
-  // Ends the thread (2000 ms, then it is given up), clears what clients read of the adapter, lets the
-  // adapter go.
+  // Ends the thread (2000 ms, then it is given up), clears what clients read of the adapter, lets
+  // the adapter go.
   void Shutdown();
 
   // The next round acts on them.
@@ -33,11 +34,11 @@ class CQUAYMainWorker : public SmartObjEx<CQUAYMainWorker, SmartObj<>>,
   // --- The loop (main_worker.cpp)
   void WorkThreadProc();
   bool GoesOn() const { return m_bRun && m_pInterface; }
-  bool AwaitRadio();    // the early check loop; false when the thread is to end
+  bool AwaitRadio();  // the early check loop; false when the thread is to end
   bool IsRadioSeenOn();
   void TellRadioOff() const;
   void PrepareRunning();
-  bool RunRound();      // false when it ended early, and does not count
+  bool RunRound();  // false when it ended early, and does not count
   void RefreshSettings();
   bool IsBlockedByVPN();
   bool IsHeldBack(bool vpnBlock);  // having slept, when it is
@@ -67,12 +68,12 @@ class CQUAYMainWorker : public SmartObjEx<CQUAYMainWorker, SmartObj<>>,
     CSmartPointer<CWlanBssEntry> entry;  // of the model, if it has one
     std::uint32_t quality = 0;           // 0 to 100
   };
-  // Makes interface, registry, notifications, history and roaming inhibit agree with the connection. A
-  // failed query is no error: it is how "not connected" reads.
+  // Makes interface, registry, notifications, history and roaming inhibit agree with the
+  // connection. A failed query is no error: it is how "not connected" reads.
   void UpdateConnectionState();
   void TakeConnection();  // throws when there is none
-  // The part of it that runs while the inhibit clock does, or while something else holds the adapter
-  // back.
+  // The part of it that runs while the inhibit clock does, or while something else holds the
+  // adapter back.
   void SurgicalUpdateIfInhibited(bool isHeldBack = false);
   void QueryConnection(Connection* now);
   void PublishConnection(const Connection& now);
@@ -80,7 +81,8 @@ class CQUAYMainWorker : public SmartObjEx<CQUAYMainWorker, SmartObj<>>,
   void OnDisconnected();
   void DetectRoam(const Connection& now, bool bssidChanged, bool ssidDiffers);
   // Points, never below 0 (connection_score.cpp).
-  std::int32_t ComputeBackupScore(const platform::WLAN_CONNECTION_ATTRIBUTES& attrs, std::uint32_t channel);
+  std::int32_t ComputeBackupScore(const platform::WLAN_CONNECTION_ATTRIBUTES& attrs,
+                                  std::uint32_t channel);
 
   // --- What is told of it (connection_reports.cpp)
   void ReportNewConnection(const Connection& now);
@@ -101,14 +103,15 @@ class CQUAYMainWorker : public SmartObjEx<CQUAYMainWorker, SmartObj<>>,
   int m_ConfigIdx = -1;
   CSmartPointer<CWlanInterface> m_pInterface;
   CSmartPointer<CQUAYInterfaceConfig> m_pConfig;
-  Connection m_Connection;       // of the present round
-  PreferredApRows m_forcedArbitrary;  // read when the running loop is entered
+  Connection m_Connection;                // of the present round
+  PreferredApRows m_forcedArbitrary;      // read when the running loop is entered
   std::int32_t m_Last2GhzQbssScore = -1;  // the bands' last average load points above 0
   std::int32_t m_Last5GhzQbssScore = -1;
-  std::int32_t m_CsvFileSizeMB = 2;  // limit of the history file in million bytes, 0 or less for none
-  std::uint32_t m_IDET = 0;      // not 0: the interference detector is on, and cuts the sleep in slices
-  std::uint32_t m_Round = 0;     // completed rounds since the running loop was entered
-  bool m_bNoDelayActive = false; // a no-delay sleep was taken, the window has yet to be closed
+  std::int32_t m_CsvFileSizeMB =
+      2;                     // limit of the history file in million bytes, 0 or less for none
+  std::uint32_t m_IDET = 0;  // not 0: the interference detector is on, and cuts the sleep in slices
+  std::uint32_t m_Round = 0;      // completed rounds since the running loop was entered
+  bool m_bNoDelayActive = false;  // a no-delay sleep was taken, the window has yet to be closed
   std::atomic<bool> m_bPowerSuspendSeen{false};
   std::atomic<bool> m_bPowerResumeSeen{false};
   std::atomic<bool> m_bForgetSsid{false};  // after a resume the SSID is a new one, whatever it was

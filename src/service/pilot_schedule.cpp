@@ -23,12 +23,14 @@ int IsAfter(const char* operation, const SYSTEMTIME& now, const SYSTEMTIME& dead
   FILETIME left, right;
   if (!platform::SystemTimeToFileTime(now, &left)) {
     LOG_ERROR(
-        u"-FATAL- | %S() - SystemTimeToFileTime(now...) FAILED, result unchanged, returning -1\n", operation);
+        u"-FATAL- | %S() - SystemTimeToFileTime(now...) FAILED, result unchanged, returning -1\n",
+        operation);
     return -1;
   }
   if (!platform::SystemTimeToFileTime(deadline, &right)) {
     LOG_ERROR(
-        u"-FATAL- | %S() - SystemTimeToFileTime(deadline...) FAILED, result unchanged, returning -1\n",
+        u"-FATAL- | %S() - SystemTimeToFileTime(deadline...) FAILED, result unchanged, returning "
+        u"-1\n",
         operation);
     return -1;
   }
@@ -38,9 +40,13 @@ int IsAfter(const char* operation, const SYSTEMTIME& now, const SYSTEMTIME& dead
 
 }  // namespace
 
-int IsAfterEOP1(const SYSTEMTIME& now, bool* after) { return IsAfter("IsAfterEOP1", now, kEndOfPart1, after); }
+int IsAfterEOP1(const SYSTEMTIME& now, bool* after) {
+  return IsAfter("IsAfterEOP1", now, kEndOfPart1, after);
+}
 
-int IsAfterEOP2(const SYSTEMTIME& now, bool* after) { return IsAfter("IsAfterEOP2", now, kEndOfPart2, after); }
+int IsAfterEOP2(const SYSTEMTIME& now, bool* after) {
+  return IsAfter("IsAfterEOP2", now, kEndOfPart2, after);
+}
 
 PilotStep PilotStepAt(const SYSTEMTIME& now) {
   bool after1 = false, after2 = false;

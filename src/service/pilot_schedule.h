@@ -5,8 +5,8 @@
 
 namespace corvane {
 
-// Whether `now` (UTC) is not earlier than the end of the experiment's first or second part, 18:00 UTC on
-// 2019-10-17 and on 2019-10-31. 0; -1 for a time that is none, with *after left alone.
+// Whether `now` (UTC) is not earlier than the end of the experiment's first or second part, 18:00
+// UTC on 2019-10-17 and on 2019-10-31. 0; -1 for a time that is none, with *after left alone.
 int IsAfterEOP1(const platform::SYSTEMTIME& now, bool* after);
 int IsAfterEOP2(const platform::SYSTEMTIME& now, bool* after);
 

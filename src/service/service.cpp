@@ -3,27 +3,27 @@
 #include <algorithm>
 #include <array>
 
-#include "launch/launcher.h"
-#include "launch/user_environment.h"
-#include "notify/notification_manager.h"
-#include "settings/global_config_container.h"
-#include "store/process_flags.h"
-#include "monitors/utils.h"
-#include "log/log.h"
-#include "service/pilot_schedule.h"
-#include "service/version.h"
 #include "history/global_ap_gateway_map_memo.h"
 #include "history/global_dc_info_memo.h"
+#include "history/telemetry_memo.h"
+#include "launch/launcher.h"
+#include "launch/user_environment.h"
+#include "log/log.h"
+#include "model/global_wireless_maps.h"
 #include "monitors/network_list_manager.h"
+#include "monitors/utils.h"
+#include "notify/notification_manager.h"
 #include "platform/clock_api.h"
 #include "platform/console_api.h"
 #include "platform/file_api.h"
 #include "platform/platform.h"
 #include "platform/session_api.h"
 #include "platform/thread_api.h"
-#include "history/telemetry_memo.h"
+#include "service/pilot_schedule.h"
+#include "service/version.h"
+#include "settings/global_config_container.h"
+#include "store/process_flags.h"
 #include "wlan/wifi_client_container.h"
-#include "model/global_wireless_maps.h"
 
 namespace corvane {
 
@@ -75,7 +75,9 @@ WString DNSDomainName() {
 
 void LogRefreshFailed(platform::HRESULT result) {
   LOG_ERROR(
-      u"Main-RefreshNLM(): NLM_S::GetInstance().RefreshNetworkCategories(): FAILED! 0x%08x, resetting NLM...", result);
+      u"Main-RefreshNLM(): NLM_S::GetInstance().RefreshNetworkCategories(): FAILED! 0x%08x, "
+      u"resetting NLM...",
+      result);
 }
 
 }  // namespace
@@ -98,17 +100,19 @@ int Service::Run() {
 void Service::StartUp() {
   CUtils::GetInstance().DetectRunningAsService();
   std::uint32_t fileLogging = 0;
-  if (HomeKey()->GetRegistryDWORDValue(u"EnableFileLogging", &fileLogging)) g_EnableFileLogging = fileLogging;
+  if (HomeKey()->GetRegistryDWORDValue(u"EnableFileLogging", &fileLogging))
+    g_EnableFileLogging = fileLogging;
   StartLogger(LogBaseName());
-  LogRecord(kLogFile | kLogConsole | kLogMemory, "<I>", "Corvane.exe", " v", kVersion, ", BUILD Date ", kBuildDate, " ",
-            kBuildTime);
+  LogRecord(kLogFile | kLogConsole | kLogMemory, "<I>", "Corvane.exe", " v", kVersion,
+            ", BUILD Date ", kBuildDate, " ", kBuildTime);
   LogRecord(kLogFile | kLogConsole | kLogMemory, "<I>", "DNSDOMAINNAME = [", DNSDomainName());
   LOG_INFO(CUtils::GetInstance().IsRunningAsService()
                ? u"%s - Main:[start] RUNNING AS SERVICE [%S, %S] DYNAMIC_SCAN_THRESHOLD"
                : u"%s - Main:[start] RUNNING AS APPLICATION [%S, %S] DYNAMIC_SCAN_THRESHOLD",
            m_ProgramName, kVersion, kBuildDate);
   OpenHomeKey();
-  if (const platform::HRESULT result = CNotificationManagerSingleton::GetInstance().BeginThread(); result != 0) {
+  if (const platform::HRESULT result = CNotificationManagerSingleton::GetInstance().BeginThread();
+      result != 0) {
     LOG_ERROR(u"Main:[starting] the notification thread did not start: 0x%08x", result);
   }
   // A tray application of an earlier run; mostly there is none.
@@ -173,7 +177,8 @@ void Service::StartWorkers(int count) {
     worker->Bind(adapter->GetConfigIdx(), adapter.get());
     m_Workers.push_back(worker);
     if (const platform::HRESULT result = worker->BeginThread(); result != 0) {
-      LOG_ERROR(u"Main[TOP loop]: worker of adapter %i did not start: 0x%08x", adapter->GetConfigIdx(), result);
+      LOG_ERROR(u"Main[TOP loop]: worker of adapter %i did not start: 0x%08x",
+                adapter->GetConfigIdx(), result);
     }
   }
 }
@@ -181,7 +186,8 @@ void Service::StartWorkers(int count) {
 void Service::RunMainLoop() {
   for (int round = 1; RunMainRound(); ++round) {
     if (round % kRoundsBetweenRefreshes != 0) continue;
-    LOG_DEBUG(kRefreshLog, u"__REFRESH USER__ [QueryUserMultiplier=%lu]\n", kRoundsBetweenRefreshes);
+    LOG_DEBUG(kRefreshLog, u"__REFRESH USER__ [QueryUserMultiplier=%lu]\n",
+              kRoundsBetweenRefreshes);
     RefreshUser();
   }
 }
@@ -190,14 +196,16 @@ bool Service::RunMainRound() {
   if (m_bQuit) return false;
   auto& config = CGlobalConfigContainer::GetInstance();
   ReadDebugValues();
-  if (const auto registry = config.GetRegistry()) registry->SetRegistryDWORDValue(u"VPNFound", g_bVPNFound);
+  if (const auto registry = config.GetRegistry())
+    registry->SetRegistryDWORDValue(u"VPNFound", g_bVPNFound);
   config.RefreshGlobals();
   RestartWorkers();
   if (config.m_bEnablePilot) RunPilot();
   if (config.m_bServiceEnable) {
     Sleep(kRoundMs);
   } else {
-    for (int slice = 0; slice < kDisabledSlices && !config.m_bServiceEnable; ++slice) Sleep(kRoundMs);
+    for (int slice = 0; slice < kDisabledSlices && !config.m_bServiceEnable; ++slice)
+      Sleep(kRoundMs);
   }
   RefreshNLM();
   if (CWifiClientContainer::GetInstance().AdapterCountChanged()) {
@@ -225,8 +233,8 @@ void Service::ShutDownWorkers() {
 }
 
 void Service::ShutDown() {
-  // An exception may have left workers: one that does not end in time keeps its adapter alive only when
-  // it is shut down, not when it is dropped.
+  // An exception may have left workers: one that does not end in time keeps its adapter alive only
+  // when it is shut down, not when it is dropped.
   ShutDownWorkers();
   SaveTelemetry();
   CGlobalAPGatewayMapMemo::GetInstance().Clear();
@@ -273,8 +281,11 @@ void Service::OpenHomeKey() {
 // The field experiment, by its calendar.
 void Service::RunPilot() {
   switch (PilotStepAt(platform::SystemTimeNow())) {
-    case PilotStep::kFirstSurvey: OpenSurvey(u"Survey1", u"/prepilotsurvey.php"); break;
-    case PilotStep::kEngine: break;
+    case PilotStep::kFirstSurvey:
+      OpenSurvey(u"Survey1", u"/prepilotsurvey.php");
+      break;
+    case PilotStep::kEngine:
+      break;
     case PilotStep::kEnd: {
       const auto registry = CGlobalConfigContainer::GetInstance().GetRegistry();
       std::uint32_t enabled = 0;
@@ -298,7 +309,8 @@ void Service::OpenSurvey(WStringView flag, WStringView page) {
 
 void Service::ReportLeaks() {
   if (!log::IsOpen(DBG(29) | DBG(31)) || LiveObjectCount() == 0) return;
-  LOG_ERROR(u"Main: EXIT - ERROR! g_dbgSmartObjCount = %u, size=%lu", LiveObjectCount(), live_objects::Size());
+  LOG_ERROR(u"Main: EXIT - ERROR! g_dbgSmartObjCount = %u, size=%lu", LiveObjectCount(),
+            live_objects::Size());
   live_objects::ForEach(
       [](const live_objects::Entry& entry, void*) {
         LOG_ERROR(u"Obj needing cleanup: 0x%p, Name = %S", entry.object, entry.name);
@@ -326,7 +338,8 @@ void Service::ReadDebugValues() {
   if (registry->GetRegistryDWORDValue(u"EnableFileLogging", &number)) g_EnableFileLogging = number;
 }
 
-// The list may be late in coming up, or go away: no reason to disturb the adapters. Workers only look up.
+// The list may be late in coming up, or go away: no reason to disturb the adapters. Workers only
+// look up.
 bool Service::HasNLM() {
   try {
     CNetworkListManager::GetInstance();
@@ -345,8 +358,10 @@ void Service::RefreshNLM() {
   LogRefreshFailed(refreshed);
   const platform::HRESULT reset = list.ResetNLMInstance();
   if (reset < 0) {
-    LOG_ERROR(u"Main-RefreshNLM(): NLM_S::GetInstance().ResetNLMInstance(): FAILED! 0x%08x, resetting NLM...",
-              reset);
+    LOG_ERROR(
+        u"Main-RefreshNLM(): NLM_S::GetInstance().ResetNLMInstance(): FAILED! 0x%08x, resetting "
+        u"NLM...",
+        reset);
   } else {
     LOG_DEBUG(DBG(1), u"Main-RefreshNLM(): NLM_S::GetInstance().ResetNLMInstance(): Succeeded!");
   }

@@ -6,8 +6,8 @@
 
 namespace corvane {
 
-// The service: start-up, the loop over passes, the main loop, and the stop order. Runs on one thread,
-// the main thread, which supervises the adapters' workers.
+// The service: start-up, the loop over passes, the main loop, and the stop order. Runs on one
+// thread, the main thread, which supervises the adapters' workers.
 class Service {
  public:
   Service(const WString& programName);
@@ -15,16 +15,16 @@ class Service {
 
  private:
   void StartUp();
-  void RunPasses();          // the outer loop
-  bool RunPass();            // false: without an adapter, nothing to shut down
+  void RunPasses();  // the outer loop
+  bool RunPass();    // false: without an adapter, nothing to shut down
   void RunWithAdapters(int count);
   void StartWorkers(int count);
   void RunMainLoop();
-  bool RunMainRound();       // false ends the pass
+  bool RunMainRound();  // false ends the pass
   void ShutDownWorkers();
   void ShutDown();
   void ReadDebugValues();
-  void RefreshUser();        // the logged-on user's environment
+  void RefreshUser();  // the logged-on user's environment
   void OpenHomeKey();
   void RunPilot();
   void OpenSurvey(WStringView flag, WStringView page);

@@ -3,10 +3,10 @@
 #include "foundation/singleton.h"
 #include "foundation/text.h"
 #include "log/log.h"
-#include "service/service.h"
 #include "platform/console_api.h"
 #include "platform/platform.h"
 #include "platform/thread_api.h"
+#include "service/service.h"
 
 namespace corvane {
 

@@ -7,7 +7,8 @@ namespace corvane {
 
 CConfigAllowlist::CConfigAllowlist(CQUAYInterfaceConfig& owner) : CConfigApList(owner, kKind) {}
 
-const CConfigApList::Kind CConfigAllowlist::kKind = {
-    "CConfigAllowlist", "MoveAllowlistAPFileToBackup", "allowlist_ap", value::kAllowlistJson, &ReadAllowRows};
+const CConfigApList::Kind CConfigAllowlist::kKind = {"CConfigAllowlist",
+                                                     "MoveAllowlistAPFileToBackup", "allowlist_ap",
+                                                     value::kAllowlistJson, &ReadAllowRows};
 
 }  // namespace corvane

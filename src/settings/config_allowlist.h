@@ -14,7 +14,8 @@ class CConfigAllowlist : public CConfigApList {
   static const Kind kKind;
 };
 
-// A row names this BSS. No rows allow nothing: whether the list counts at all is the caller's matter.
+// A row names this BSS. No rows allow nothing: whether the list counts at all is the caller's
+// matter.
 inline bool IsAllowed(const ApListRows& rows, WStringView ssid, const MacAddress& mac) {
   return IsListed(rows, ssid, mac);
 }

@@ -1,9 +1,9 @@
 #include "settings/config_ap_list.h"
 
+#include "foundation/log_lines.h"
 #include "settings/interface_config.h"
 #include "settings/program_file.h"
 #include "store/ap_list_json.h"
-#include "foundation/log_lines.h"
 
 namespace corvane {
 
@@ -46,8 +46,8 @@ bool CConfigApList::MoveToBackup() const {
   const std::string to = ProgramFilePath(std::string(m_Kind.stem) + "_backup");
   const std::uint32_t error = MoveProgramFile(from, to);
   if (error == 0) return true;
-  LOG_ERROR(u"%S::%S: Failed! rc=%i, errno=%i, command=%S", m_Kind.className, m_Kind.moveName, 1, error,
-            "move /y " + from + " " + to);
+  LOG_ERROR(u"%S::%S: Failed! rc=%i, errno=%i, command=%S", m_Kind.className, m_Kind.moveName, 1,
+            error, "move /y " + from + " " + to);
   return false;
 }
 

@@ -9,8 +9,8 @@ namespace corvane {
 class CQUAYInterfaceConfig;
 
 // What the deny and the allow list of an adapter have in common: rows that come from a file beside
-// the executable, which is absorbed once and moved away, and from a value of the adapter's key, which
-// clients write. On the adapter's worker only.
+// the executable, which is absorbed once and moved away, and from a value of the adapter's key,
+// which clients write. On the adapter's worker only.
 class CConfigApList {
  public:
   // Rows of the file, then those of the value; writes them all to the value. True when that write
@@ -31,8 +31,7 @@ class CConfigApList {
     const char16_t* valueName;
     bool (*read)(std::string_view json, ApListRows* rows);
   };
-  CConfigApList(CQUAYInterfaceConfig& owner, const Kind& kind)
-      : m_Owner(owner), m_Kind(kind) {}
+  CConfigApList(CQUAYInterfaceConfig& owner, const Kind& kind) : m_Owner(owner), m_Kind(kind) {}
   ~CConfigApList() = default;
   CConfigApList(const CConfigApList&) = delete;
   CConfigApList& operator=(const CConfigApList&) = delete;

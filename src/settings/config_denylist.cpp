@@ -14,8 +14,9 @@ constexpr std::uint32_t kFilterDenied = 2;
 
 CConfigDenylist::CConfigDenylist(CQUAYInterfaceConfig& owner) : CConfigApList(owner, kKind) {}
 
-const CConfigApList::Kind CConfigDenylist::kKind = {
-    "CConfigDenylist", "MoveDenylistAPFileToBackup", "denylist_ap", value::kDenylistJson, &ReadDenyRows};
+const CConfigApList::Kind CConfigDenylist::kKind = {"CConfigDenylist", "MoveDenylistAPFileToBackup",
+                                                    "denylist_ap", value::kDenylistJson,
+                                                    &ReadDenyRows};
 
 void CConfigDenylist::ClearSuggestions() {
   for (const ApListRow& row : Rows()) {

@@ -1,9 +1,9 @@
 #include "settings/config_select_arbitrary.h"
 
-#include "settings/program_file.h"
-#include "store/ap_list_json.h"
 #include "foundation/exception.h"
 #include "foundation/log_lines.h"
+#include "settings/program_file.h"
+#include "store/ap_list_json.h"
 
 namespace corvane {
 

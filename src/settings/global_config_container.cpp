@@ -2,13 +2,13 @@
 
 #include <algorithm>
 
-#include "store/address_text.h"
 #include "foundation/log_lines.h"
 #include "platform/clock_api.h"
 #include "platform/crypto_api.h"
 #include "platform/file_api.h"
 #include "platform/platform.h"
 #include "platform/power_api.h"
+#include "store/address_text.h"
 
 namespace corvane {
 
@@ -31,7 +31,9 @@ void ReadPercent(CRegistry& registry, const char16_t* name, std::atomic<std::uin
   std::uint32_t number = 0;
   if (!registry.GetRegistryDWORDValue(name, &number)) return;
   if (number > kPercentMax) {
-    LOG_INFO(u"CGlobalConfigContainer::Initialize: [registry value %s] %lu is out of range (0-100)\n", name, number);
+    LOG_INFO(
+        u"CGlobalConfigContainer::Initialize: [registry value %s] %lu is out of range (0-100)\n",
+        name, number);
     return;
   }
   *field = number;
@@ -56,8 +58,10 @@ void CGlobalConfigContainer::Initialize(bool forceDefaults) {
   registry->SetRegistryDWORDValue(u"SCOREMAX_LOW_AC", 81);
 
   std::uint32_t number = 0;
-  if (registry->GetRegistryDWORDValue(u"BatteryModeSleepSecs", &number)) m_BatteryModeSleepSecs = number;
-  if (registry->GetRegistryDWORDValue(u"BatteryScanIntervalSecs", &number)) m_BatteryScanIntervalSecs = number;
+  if (registry->GetRegistryDWORDValue(u"BatteryModeSleepSecs", &number))
+    m_BatteryModeSleepSecs = number;
+  if (registry->GetRegistryDWORDValue(u"BatteryScanIntervalSecs", &number))
+    m_BatteryScanIntervalSecs = number;
   ReadFlag(*registry, u"EnablePilot", &m_bEnablePilot);
   ReadFlag(*registry, u"ServiceEnable", &m_bServiceEnable);
   ReadFlag(*registry, u"EnablePost", &m_bEnablePost);
@@ -114,8 +118,8 @@ void CGlobalConfigContainer::ReadWeeks(CRegistry& registry) {
   const std::int64_t installed = std::int64_t{platform::UnixSecondsNow()} - m_InstallTime;
   const int current = static_cast<int>(installed / kWeekSecs) + 1;
   LOG_DEBUG(kPilotLog, u"CGlobalConfigContainer::Initialize: read random csv: %s\n", text);
-  LOG_DEBUG(kPilotLog, u"CGlobalConfigContainer::Initialize: enabled for current week %i: %i\n", current,
-            IsEnabledForWeek(current));
+  LOG_DEBUG(kPilotLog, u"CGlobalConfigContainer::Initialize: enabled for current week %i: %i\n",
+            current, IsEnabledForWeek(current));
   for (int week = 1; week <= kWeeksShown; ++week) {
     LOG_DEBUG(kPilotLog, u"CGlobalConfigContainer::Initialize: enabled for week %i: %i\n", week,
               IsEnabledForWeek(week));
@@ -177,7 +181,8 @@ CSmartPointer<CQUAYInterfaceConfig> CGlobalConfigContainer::FindIFConfig(int ind
   return m_IFConfigs[static_cast<std::size_t>(index)];
 }
 
-CSmartPointer<CQUAYInterfaceConfig> CGlobalConfigContainer::GetIFConfigByGuid(WStringView guidText) {
+CSmartPointer<CQUAYInterfaceConfig> CGlobalConfigContainer::GetIFConfigByGuid(
+    WStringView guidText) {
   const CCritSecLock lock(m_TableLock);
   const auto at = m_IFConfigByGuid.find(guidText);
   return at == m_IFConfigByGuid.end() ? nullptr : at->second;
@@ -188,7 +193,8 @@ int CGlobalConfigContainer::GetIFConfigCount() {
   return m_IFConfigCount;
 }
 
-int CGlobalConfigContainer::AddIFConfig(WStringView guid, WStringView name, WStringView description) {
+int CGlobalConfigContainer::AddIFConfig(WStringView guid, WStringView name,
+                                        WStringView description) {
   const CCritSecLock lock(m_Lock);
   bool fresh = false;
   InitializeRegistry(kHomeKeyPath, &fresh);
@@ -231,7 +237,8 @@ WString CGlobalConfigContainer::GetSystemGuidText() const {
 bool CGlobalConfigContainer::SetClientDir(WStringView path) {
   {
     const CCritSecLock lock(m_TableLock);
-    if (std::find(m_ClientDirs.begin(), m_ClientDirs.end(), path) != m_ClientDirs.end()) return false;
+    if (std::find(m_ClientDirs.begin(), m_ClientDirs.end(), path) != m_ClientDirs.end())
+      return false;
     m_ClientDirs.emplace_back(path);
   }
   LOG_DEBUG(DBG(45), u"CGlobalConfigContainer::SetClientDir:[LIST EMPTY] saving: %s\n", path);

@@ -5,11 +5,11 @@
 #include <map>
 #include <vector>
 
+#include "foundation/singleton.h"
 #include "launch/launcher.h"
 #include "settings/interface_config.h"
 #include "store/csv_helper.h"
 #include "store/registry.h"
-#include "foundation/singleton.h"
 
 namespace corvane {
 
@@ -21,8 +21,8 @@ class CGlobalConfigContainer final : public CRegistryHelperBase, public IClientF
     return Singleton<CGlobalConfigContainer>::GetInstance();
   }
 
-  // The lock that lets one policy round at a time run over all adapters, and the second lock that is
-  // held around the broadcast scan.
+  // The lock that lets one policy round at a time run over all adapters, and the second lock that
+  // is held around the broadcast scan.
   CCritSec& GetLock() { return m_Lock; }
   CCritSec& GetSecondLock() { return m_SecondLock; }
 
@@ -74,11 +74,12 @@ class CGlobalConfigContainer final : public CRegistryHelperBase, public IClientF
   std::atomic<bool> m_bForceLQEtw{false};
   std::atomic<std::uint32_t> m_BatteryModeSleepSecs{10};
   std::atomic<std::uint32_t> m_BatteryScanIntervalSecs{900};
-  std::atomic<std::uint32_t> m_InstallTime{0};  // seconds since 1970; the constructor sets the current time
+  std::atomic<std::uint32_t> m_InstallTime{
+      0};  // seconds since 1970; the constructor sets the current time
   std::atomic<bool> m_bBTPenaltyEnabled{false};
   std::atomic<std::uint32_t> m_BTPenaltyValue{3};
-  std::atomic<bool> m_rt_audio{false};             // real-time audio in progress
-  std::atomic<std::uint64_t> m_rt_audio_tick{0};   // when it was set
+  std::atomic<bool> m_rt_audio{false};            // real-time audio in progress
+  std::atomic<std::uint64_t> m_rt_audio_tick{0};  // when it was set
 
  private:
   friend class Singleton<CGlobalConfigContainer>;
@@ -94,7 +95,7 @@ class CGlobalConfigContainer final : public CRegistryHelperBase, public IClientF
   CCritSec m_Lock{"global configuration", LockRank::kGlobalConfig};
   CCritSec m_SecondLock{"global configuration, second", LockRank::kGlobalConfigSecond};
   mutable CCritSec m_TableLock{"configuration table", LockRank::kLeaf};  // guards what follows
-  std::vector<CSmartPointer<CQUAYInterfaceConfig>> m_IFConfigs;  // index = adapter index
+  std::vector<CSmartPointer<CQUAYInterfaceConfig>> m_IFConfigs;          // index = adapter index
   int m_IFConfigCount = 0;
   std::map<WString, CSmartPointer<CQUAYInterfaceConfig>, std::less<>> m_IFConfigByGuid;
   std::map<WString, std::uint32_t, std::less<>> m_NetworkFilters;

@@ -21,7 +21,9 @@ struct InhibitClock {
 
   SetResult Set(std::uint32_t ms, const char* tag, std::uint64_t now);
   GetResult Get(std::uint64_t now);
-  std::uint64_t Remaining(std::uint64_t now) const { return now < m_InhibitFuture ? m_InhibitFuture - now : 0; }
+  std::uint64_t Remaining(std::uint64_t now) const {
+    return now < m_InhibitFuture ? m_InhibitFuture - now : 0;
+  }
 
   const char* m_InhibitReason = "none";  // tag of the last setting, static text
   std::uint32_t m_ConsecOutsideScans = 0;
@@ -31,7 +33,8 @@ struct InhibitClock {
   std::uint64_t m_LastGetTick = 0;
 };
 
-// From this many consecutive settings on a warning is due, and from that many the inhibit is ignored.
+// From this many consecutive settings on a warning is due, and from that many the inhibit is
+// ignored.
 inline constexpr std::uint32_t kOutsideScansWarned = 3;
 inline constexpr std::uint32_t kOutsideScansIgnored = 5;
 

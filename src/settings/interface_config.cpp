@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <utility>
 
-#include "settings/global_config_container.h"
-#include "store/value_names.h"
 #include "foundation/log_lines.h"
 #include "platform/clock_api.h"
 #include "platform/platform.h"
 #include "platform/thread_api.h"
+#include "settings/global_config_container.h"
+#include "store/value_names.h"
 
 namespace corvane {
 
@@ -27,11 +27,12 @@ std::uint64_t Now() { return Os().clock.GetTickCount64(); }
 
 }  // namespace
 
-CQUAYInterfaceConfig::CQUAYInterfaceConfig() : SmartObjEx("adapter configuration", LockRank::kAdapterConfig) {}
+CQUAYInterfaceConfig::CQUAYInterfaceConfig()
+    : SmartObjEx("adapter configuration", LockRank::kAdapterConfig) {}
 CQUAYInterfaceConfig::~CQUAYInterfaceConfig() = default;
 
-void CQUAYInterfaceConfig::Initialize(int index, WStringView keyPath, WStringView guid, WStringView name,
-                                      WStringView description) {
+void CQUAYInterfaceConfig::Initialize(int index, WStringView keyPath, WStringView guid,
+                                      WStringView name, WStringView description) {
   m_KeyPath = keyPath;
   m_Guid = guid;
   m_Description = description;
@@ -48,7 +49,8 @@ void CQUAYInterfaceConfig::Initialize(int index, WStringView keyPath, WStringVie
   InitializeRegistry(keyPath, &fresh);
   if (fresh) {
     SetProjectDefaults();
-  } else if (std::uint32_t mode = 0; GetDWORD(value::kPassiveSuggestMode, &mode) && mode == kEventMode) {
+  } else if (std::uint32_t mode = 0;
+             GetDWORD(value::kPassiveSuggestMode, &mode) && mode == kEventMode) {
     SetPassiveSuggestMode(kPopupMode);
   }
   RefreshFromRegistry();
@@ -76,8 +78,10 @@ void CQUAYInterfaceConfig::Shutdown() {
 }
 
 void CQUAYInterfaceConfig::SetProjectDefaults() {
-  LOG_INFO(u"CRegistry::SetProjectDefaults: [Home Key Path = %s] Setting Defaults for Trellis/VO/Corvane Build",
-           m_KeyPath);
+  LOG_INFO(
+      u"CRegistry::SetProjectDefaults: [Home Key Path = %s] Setting Defaults for "
+      u"Trellis/VO/Corvane Build",
+      m_KeyPath);
   SetPassiveSuggestMode(kPopupMode);
   SetForceAutoConnect(true);
   SetLatchToPrivate(false);
@@ -94,7 +98,8 @@ void CQUAYInterfaceConfig::RefreshFromRegistry() {
     if (GetDWORD(name, &number)) field = number != 0;
   };
   flag(value::kEnabled, m_Enabled);
-  if (GetDWORD(value::kAPScoreThreshold, &number)) m_APScoreThreshold = std::min(number, kThresholdMax);
+  if (GetDWORD(value::kAPScoreThreshold, &number))
+    m_APScoreThreshold = std::min(number, kThresholdMax);
   if (GetDWORD(value::kScanInterval, &number)) {
     m_ScanInterval = std::clamp(number, kScanIntervalMin, kScanIntervalMax);
   }
@@ -154,8 +159,9 @@ bool CQUAYInterfaceConfig::SetSuggestedNetworkReason(std::uint32_t id) {
 }
 
 bool CQUAYInterfaceConfig::SetSuggestedNetworkReasonPercent(std::int32_t percent) {
-  return SetString(value::kSuggestedNetworkReason, Format(u"%s%i%% %s", LookUpStatusText(kStatusBetterHead), percent,
-                                                     LookUpStatusText(kStatusBetterTail)));
+  return SetString(value::kSuggestedNetworkReason,
+                   Format(u"%s%i%% %s", LookUpStatusText(kStatusBetterHead), percent,
+                          LookUpStatusText(kStatusBetterTail)));
 }
 
 void CQUAYInterfaceConfig::Set_InhibitQUAY(std::uint32_t ms, const char* tag) {
@@ -166,22 +172,26 @@ void CQUAYInterfaceConfig::Set_InhibitQUAY(std::uint32_t ms, const char* tag) {
     result = m_Inhibit.Set(ms, tag, now);
   }
   if (result.outsideScans >= kOutsideScansWarned) {
-    LOG_INFO(u"=WARNING= | [%i]CQUAYInterfaceConfig::Set_InhibitQUAY(%lu) - CONSEC OUTSIDE SCANS %lu\n", m_ConfigIdx,
-             ms, result.outsideScans);
+    LOG_INFO(
+        u"=WARNING= | [%i]CQUAYInterfaceConfig::Set_InhibitQUAY(%lu) - CONSEC OUTSIDE SCANS %lu\n",
+        m_ConfigIdx, ms, result.outsideScans);
   }
   if (result.outsideScans >= kOutsideScansIgnored) {
     LOG_INFO(
-        u"=WARNING= | [%i]CQUAYInterfaceConfig::Set_InhibitQUAY(%lu) - CONSEC OUTSIDE SCANS %lu - IGNORE INHIBIT / "
+        u"=WARNING= | [%i]CQUAYInterfaceConfig::Set_InhibitQUAY(%lu) - CONSEC OUTSIDE SCANS %lu - "
+        u"IGNORE INHIBIT / "
         u"CLEAR\n",
         m_ConfigIdx, ms, result.outsideScans);
   }
   if (result.outcome == InhibitClock::Outcome::kKeptLarger) {
     LOG_ADAPTER(m_ConfigIdx, kInhibitLog,
-                u"[%i]CQUAYInterfaceConfig::Set_InhibitQUAY(%lu) - Keeping larger future, %I64u [+ %I64u ms]\n",
+                u"[%i]CQUAYInterfaceConfig::Set_InhibitQUAY(%lu) - Keeping larger future, %I64u [+ "
+                u"%I64u ms]\n",
                 m_ConfigIdx, result.ms, result.future, result.future - now);
   } else {
     LOG_ADAPTER(m_ConfigIdx, kInhibitLog,
-                u"[%i]CQUAYInterfaceConfig::Set_InhibitQUAY(%lu) - future = %I64u   <==+==+==+==+==+==+==+== INHIBIT%s\n",
+                u"[%i]CQUAYInterfaceConfig::Set_InhibitQUAY(%lu) - future = %I64u   "
+                u"<==+==+==+==+==+==+==+== INHIBIT%s\n",
                 m_ConfigIdx, result.ms, result.future,
                 result.outcome == InhibitClock::Outcome::kSetAfterReset ? u" _CLOCK-RESET_" : u"");
   }
@@ -195,10 +205,11 @@ bool CQUAYInterfaceConfig::Get_InhibitQUAY(std::uint64_t* remainingMs) {
     result = m_Inhibit.Get(now);
   }
   if (result.clockReset) {
-    LOG_ADAPTER(m_ConfigIdx, kInhibitLog,
-                u"[%i]CQUAYInterfaceConfig::Get_InhibitQUAY()- reset future = %lu + %I64u = %I64u   "
-                u"<==!X=!X=!X=!X=!X=!X=!X= _CLOCK-RESET_\n",
-                m_ConfigIdx, result.remainingMs, now, result.remainingMs + now);
+    LOG_ADAPTER(
+        m_ConfigIdx, kInhibitLog,
+        u"[%i]CQUAYInterfaceConfig::Get_InhibitQUAY()- reset future = %lu + %I64u = %I64u   "
+        u"<==!X=!X=!X=!X=!X=!X=!X= _CLOCK-RESET_\n",
+        m_ConfigIdx, result.remainingMs, now, result.remainingMs + now);
   }
   if (result.inhibited && remainingMs) *remainingMs = result.remainingMs;
   return result.inhibited;
@@ -230,15 +241,15 @@ void CQUAYInterfaceConfig::OpenNoDelay(std::uint32_t ms) {
 void CQUAYInterfaceConfig::SetRoamingInhibit() {
   const CCritSecLock lock(ObjectLock());
   m_RoamingInhibitTick = Now();
-  LOG_ADAPTER(m_ConfigIdx, kRoamLog, u"[%i]CQUAYInterfaceConfig::SetRoamingInhibit: tick %I64u\n", m_ConfigIdx,
-              m_RoamingInhibitTick.load());
+  LOG_ADAPTER(m_ConfigIdx, kRoamLog, u"[%i]CQUAYInterfaceConfig::SetRoamingInhibit: tick %I64u\n",
+              m_ConfigIdx, m_RoamingInhibitTick.load());
   SetStatusMessage(kStatusExternalRoaming);
 }
 
 void CQUAYInterfaceConfig::ClearRoamingInhibit() {
   const CCritSecLock lock(ObjectLock());
-  LOG_ADAPTER(m_ConfigIdx, kRoamLog, u"[%i]CQUAYInterfaceConfig::ClearRoamingInhibit: was %I64u\n", m_ConfigIdx,
-              m_RoamingInhibitTick.load());
+  LOG_ADAPTER(m_ConfigIdx, kRoamLog, u"[%i]CQUAYInterfaceConfig::ClearRoamingInhibit: was %I64u\n",
+              m_ConfigIdx, m_RoamingInhibitTick.load());
   m_RoamingInhibitTick = 0;
   ClearStatusMessage(kStatusExternalRoaming);
 }
@@ -256,7 +267,8 @@ std::uint64_t CQUAYInterfaceConfig::GetRoamingInhibitAgeMs() {
 void CQUAYInterfaceConfig::ResolveUp_APScoreDeltaThreshold(const CandidateSummary& summary) {
   const std::uint32_t threshold = m_APScoreThreshold += kThresholdStep;
   LOG_INFO(
-      u"[%i]CQUAYInterfaceConfig::ResolveUp_APScoreDeltaThreshold(summary: %i, %i) BUMP SD Threshold = %i "
+      u"[%i]CQUAYInterfaceConfig::ResolveUp_APScoreDeltaThreshold(summary: %i, %i) BUMP SD "
+      u"Threshold = %i "
       u"<~~~~~~~~~~!!!!!!!!!!!!!\n",
       m_ConfigIdx, summary.min, summary.max, threshold);
   SetAPScoreThreshold(threshold);
@@ -301,7 +313,8 @@ void CQUAYInterfaceConfig::Set_MainLoopSleepMs(std::uint32_t ms) { m_MainLoopSle
 
 std::uint32_t CQUAYInterfaceConfig::GetScanIntervalSecs() const {
   if (CGlobalConfigContainer::IsOnACPower()) return m_ScanInterval;
-  return std::max<std::uint32_t>(m_ScanInterval, CGlobalConfigContainer::GetInstance().m_BatteryScanIntervalSecs);
+  return std::max<std::uint32_t>(m_ScanInterval,
+                                 CGlobalConfigContainer::GetInstance().m_BatteryScanIntervalSecs);
 }
 
 bool CQUAYInterfaceConfig::IsGatewayRoaming() const {
@@ -312,13 +325,15 @@ bool CQUAYInterfaceConfig::IsRoamingEnabled() const {
   return CGlobalConfigContainer::GetInstance().m_bRoamingEnabled;
 }
 
-void CQUAYInterfaceConfig::SetConnectedNetwork(WStringView display, WStringView ssid, WStringView bssid) {
+void CQUAYInterfaceConfig::SetConnectedNetwork(WStringView display, WStringView ssid,
+                                               WStringView bssid) {
   SetString(value::kConnectedSsid, ssid);
   SetString(value::kConnectedBssid, bssid);
   WString status;
   const bool known = GetString(value::kConnectStatus, &status);
   if (bssid.empty()) {
-    if (!known || status.empty() || status == u"connected") SetString(value::kConnectStatus, u"disconnected");
+    if (!known || status.empty() || status == u"connected")
+      SetString(value::kConnectStatus, u"disconnected");
   } else if (status == u"connecting") {
     SetString(value::kConnectStatus, u"connected");
   }

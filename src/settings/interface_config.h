@@ -2,6 +2,10 @@
 #include <atomic>
 #include <cstdint>
 
+#include "foundation/semaphore.h"
+#include "foundation/smart_obj.h"
+#include "report/etw_trellis.h"
+#include "report/popup_suggestion.h"
 #include "settings/config_allowlist.h"
 #include "settings/config_denylist.h"
 #include "settings/config_select_arbitrary.h"
@@ -9,10 +13,6 @@
 #include "settings/score_config.h"
 #include "store/registry.h"
 #include "store/value_names.h"
-#include "foundation/semaphore.h"
-#include "foundation/smart_obj.h"
-#include "report/etw_trellis.h"
-#include "report/popup_suggestion.h"
 
 namespace corvane {
 
@@ -41,7 +41,8 @@ struct CandidateSummary {
   std::int32_t max = -1;
 };
 
-// A client's order to connect. It is one while `bssid` is not empty, and lives for one policy round.
+// A client's order to connect. It is one while `bssid` is not empty, and lives for one policy
+// round.
 struct UIConnectRequest {
   WString ssid;
   WString bssid;    // six hexadecimal pairs joined by "-"
@@ -124,8 +125,12 @@ class CQUAYInterfaceConfig : public SmartObjEx<CQUAYInterfaceConfig, SmartObj<>>
   bool SetGatewayRoaming(bool on) { return SetDWORD(value::kGatewayRoaming, on); }
   bool SetScanInterval(std::uint32_t secs) { return SetDWORD(value::kScanInterval, secs); }
   bool SetLQCThreshold(std::uint32_t lq) { return SetDWORD(value::kLQCThreshold, lq); }
-  bool SetAPScoreThreshold(std::uint32_t points) { return SetDWORD(value::kAPScoreThreshold, points); }
-  bool SetPassiveSuggestMode(std::uint32_t mode) { return SetDWORD(value::kPassiveSuggestMode, mode); }
+  bool SetAPScoreThreshold(std::uint32_t points) {
+    return SetDWORD(value::kAPScoreThreshold, points);
+  }
+  bool SetPassiveSuggestMode(std::uint32_t mode) {
+    return SetDWORD(value::kPassiveSuggestMode, mode);
+  }
   bool SetScoreCfgJson(WStringView json) { return SetString(value::kScoreCfgJson, json); }
   bool SetDenylistJson(WStringView json) { return SetString(value::kDenylistJson, json); }
   bool SetAllowlistJson(WStringView json) { return SetString(value::kAllowlistJson, json); }
@@ -134,8 +139,8 @@ class CQUAYInterfaceConfig : public SmartObjEx<CQUAYInterfaceConfig, SmartObj<>>
   bool SetCandidatesCSV(WStringView rows) { return SetString(value::kCandidatesCSV, rows); }
   bool SetNONCandidatesCSV(WStringView rows) { return SetString(value::kNONCandidatesCSV, rows); }
 
-  // The machine's radio management state, 1 for airplane mode; false, with *value as it was, when it
-  // can't be read.
+  // The machine's radio management state, 1 for airplane mode; false, with *value as it was, when
+  // it can't be read.
   static bool GetAirplaneMode(std::uint32_t* value);
 
   // The client's connect order: written by the pipe threads, taken up by the policy round.
@@ -204,7 +209,7 @@ class CQUAYInterfaceConfig : public SmartObjEx<CQUAYInterfaceConfig, SmartObj<>>
   WString m_Description;
   int m_ConfigIdx = -1;
   CSmartPointer<CSemaphore> m_pMainLoopSemaphore;  // under m_PartsLock
-  CSmartPointer<CScoreConfig> m_pScoreConfig;         // under m_PartsLock
+  CSmartPointer<CScoreConfig> m_pScoreConfig;      // under m_PartsLock
   mutable CCritSec m_PartsLock{"configuration parts", LockRank::kLeaf};
 
   UIConnectRequest m_UIConnect;  // under m_PartsLock

@@ -16,7 +16,8 @@ constexpr platform::ULONGLONG kLongestFile = 16 << 20;  // bytes
 class OpenFile {
  public:
   explicit OpenFile(const WString& path)
-      : m_File(Os().files.CreateFileW(path.c_str(), platform::GENERIC_READ, platform::OPEN_EXISTING)) {}
+      : m_File(Os().files.CreateFileW(path.c_str(), platform::GENERIC_READ,
+                                      platform::OPEN_EXISTING)) {}
   ~OpenFile() {
     if (m_File) Os().files.CloseFile(m_File);
   }
@@ -32,7 +33,8 @@ class OpenFile {
     std::size_t done = 0;
     while (done < bytes->size()) {
       platform::DWORD read = 0;
-      if (!Os().files.ReadFile(m_File, bytes->data() + done, static_cast<platform::DWORD>(size - done), &read)) {
+      if (!Os().files.ReadFile(m_File, bytes->data() + done,
+                               static_cast<platform::DWORD>(size - done), &read)) {
         return false;
       }
       if (read == 0) break;  // cut short by its writer since

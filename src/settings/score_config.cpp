@@ -2,10 +2,10 @@
 
 #include <rapidjson/error/en.h>
 
-#include "store/json_text.h"
 #include "foundation/log_lines.h"
 #include "platform/console_api.h"
 #include "platform/platform.h"
+#include "store/json_text.h"
 
 namespace corvane {
 
@@ -23,7 +23,8 @@ bool CScoreConfig::Initialize(WStringView json) {
     const std::string text = WideToUtf8(json);
     ParseJson(text, &document);
     if (document.HasParseError()) {
-      Os().console.WriteError(FormatA("\nCScoreConfig::Initialize: Error(offset %u): %s\n", document.GetErrorOffset(),
+      Os().console.WriteError(FormatA("\nCScoreConfig::Initialize: Error(offset %u): %s\n",
+                                      document.GetErrorOffset(),
                                       rapidjson::GetParseError_En(document.GetParseError())));
       return false;
     }
@@ -42,7 +43,8 @@ bool CScoreConfig::Initialize(WStringView json) {
 }
 
 ScoreWeights CScoreConfig::Get() const {
-  return {m_Weights[0], m_Weights[1], m_Weights[2], m_Weights[3], m_Weights[4], m_Weights[5], m_Weights[6]};
+  return {m_Weights[0], m_Weights[1], m_Weights[2], m_Weights[3],
+          m_Weights[4], m_Weights[5], m_Weights[6]};
 }
 
 }  // namespace corvane

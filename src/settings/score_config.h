@@ -1,7 +1,7 @@
 #pragma once
-#include "store/score_weights.h"
 #include "foundation/smart_obj.h"
 #include "foundation/text.h"
+#include "store/score_weights.h"
 
 namespace corvane {
 
@@ -16,7 +16,8 @@ class CScoreConfig : public SmartObjEx<CScoreConfig, SmartObj<>> {
   ScoreWeights Get() const;
 
  private:
-  std::atomic<std::uint32_t> m_Weights[7] = {20, 30, 1, 5, 5, 10, 10};  // in the order of ScoreWeights
+  std::atomic<std::uint32_t> m_Weights[7] = {20, 30, 1, 5,
+                                             5,  10, 10};  // in the order of ScoreWeights
 };
 
 }  // namespace corvane

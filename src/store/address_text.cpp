@@ -58,8 +58,8 @@ bool MacStringToBinary(char16_t separator, WStringView text, MacAddress* out) {
 
 WString GuidText(const platform::GUID& guid) {
   const auto& d = guid.Data4;
-  return Format(u"{%08X-%04X-%04X-%02X%02X-%02X%02X%02X%02X%02X%02X}", guid.Data1, guid.Data2, guid.Data3, d[0],
-                d[1], d[2], d[3], d[4], d[5], d[6], d[7]);
+  return Format(u"{%08X-%04X-%04X-%02X%02X-%02X%02X%02X%02X%02X%02X}", guid.Data1, guid.Data2,
+                guid.Data3, d[0], d[1], d[2], d[3], d[4], d[5], d[6], d[7]);
 }
 
 bool GuidFromText(WStringView text, platform::GUID* out) {
@@ -84,7 +84,8 @@ bool GuidFromText(WStringView text, platform::GUID* out) {
   out->Data1 = number(0, 8);
   out->Data2 = static_cast<std::uint16_t>(number(8, 4));
   out->Data3 = static_cast<std::uint16_t>(number(12, 4));
-  for (std::size_t i = 0; i < 8; ++i) out->Data4[i] = static_cast<std::uint8_t>(number(16 + 2 * i, 2));
+  for (std::size_t i = 0; i < 8; ++i)
+    out->Data4[i] = static_cast<std::uint8_t>(number(16 + 2 * i, 2));
   return true;
 }
 

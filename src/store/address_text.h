@@ -29,7 +29,8 @@ std::string MacTextA(const MacAddress& mac);
 // are six fields.
 bool MacStringToBinary(char16_t separator, WStringView text, MacAddress* out);
 
-// "{XXXXXXXX-XXXX-XXXX-XXXX-XXXXXXXXXXXX}", upper case (StringFromCLSID), and back (CLSIDFromString).
+// "{XXXXXXXX-XXXX-XXXX-XXXX-XXXXXXXXXXXX}", upper case (StringFromCLSID), and back
+// (CLSIDFromString).
 WString GuidText(const platform::GUID& guid);
 bool GuidFromText(WStringView text, platform::GUID* out);
 

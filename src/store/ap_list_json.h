@@ -9,8 +9,8 @@
 
 namespace corvane {
 
-// Append the rows of a UTF-8 text to *rows; true when the text has at least one. Deny and allow rows
-// that the list holds already (same SSID, same BSSID text or address) are not appended again.
+// Append the rows of a UTF-8 text to *rows; true when the text has at least one. Deny and allow
+// rows that the list holds already (same SSID, same BSSID text or address) are not appended again.
 //
 // [ssid, bssid]
 bool ReadDenyRows(std::string_view json, ApListRows* rows);

@@ -3,8 +3,8 @@
 #include <list>
 #include <string>
 
-#include "store/address_text.h"
 #include "foundation/text.h"
+#include "store/address_text.h"
 
 namespace corvane {
 

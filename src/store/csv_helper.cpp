@@ -8,8 +8,8 @@ namespace corvane {
 
 namespace {
 
-// The next field of *rest, without the separator; false at the end. An empty text has no field, and a
-// separator at the very end adds none.
+// The next field of *rest, without the separator; false at the end. An empty text has no field, and
+// a separator at the very end adds none.
 bool TakeField(char16_t separator, WStringView* rest, WStringView* field) {
   if (rest->empty()) return false;
   const std::size_t end = rest->find(separator);
@@ -20,14 +20,16 @@ bool TakeField(char16_t separator, WStringView* rest, WStringView* field) {
 
 }  // namespace
 
-CSVHelper::CSVHelper(char16_t separator, std::size_t limit) : m_Separator(separator), m_Limit(limit) {}
+CSVHelper::CSVHelper(char16_t separator, std::size_t limit)
+    : m_Separator(separator), m_Limit(limit) {}
 
 int CSVHelper::AddString(WStringView text, bool bAllowDuplicates) {
   WStringView field;
   do {
     if (!TakeField(m_Separator, &text, &field)) return -1;
   } while (field.empty());
-  if (!bAllowDuplicates && std::find(_csvItems.begin(), _csvItems.end(), field) != _csvItems.end()) return 0;
+  if (!bAllowDuplicates && std::find(_csvItems.begin(), _csvItems.end(), field) != _csvItems.end())
+    return 0;
   DropOldest("AddString");
   _csvItems.emplace_back(field);
   return 1;
@@ -46,8 +48,8 @@ int CSVHelper::AddStringAll(WStringView text) {
 
 void CSVHelper::DropOldest(const char* operation) {
   if (_csvItems.size() < m_Limit) return;
-  LOG_INFO(u"CSVHelper::%S: [_csvItems.size() %u >= %u] Removing old item=%s", operation, _csvItems.size(), m_Limit,
-           _csvItems.front());
+  LOG_INFO(u"CSVHelper::%S: [_csvItems.size() %u >= %u] Removing old item=%s", operation,
+           _csvItems.size(), m_Limit, _csvItems.front());
   _csvItems.pop_front();
 }
 

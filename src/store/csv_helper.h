@@ -18,7 +18,7 @@ class CSVHelper : public SmartObjEx<CSVHelper, SmartObj<>> {
   int AddString(WStringView text, bool bAllowDuplicates);
   // Stores every non-empty field; how many.
   int AddStringAll(WStringView text);
-  WString GetString() const;  // the items joined by the separator
+  WString GetString() const;                        // the items joined by the separator
   const WString* GetItem(std::size_t index) const;  // null past the end
   std::size_t GetCount() const { return _csvItems.size(); }
   void Clear();

@@ -27,10 +27,12 @@ class OpenKey {
   OpenKey& operator=(const OpenKey&) = delete;
 
   LSTATUS Open(WStringView path, REGSAM access) {
-    return Os().registry.RegOpenKeyExW(HKEY_LOCAL_MACHINE, WString(path).c_str(), 0, access, &m_hKey);
+    return Os().registry.RegOpenKeyExW(HKEY_LOCAL_MACHINE, WString(path).c_str(), 0, access,
+                                       &m_hKey);
   }
   LSTATUS Create(WStringView path) {
-    return Os().registry.RegCreateKeyExW(HKEY_LOCAL_MACHINE, WString(path).c_str(), KEY_ALL_ACCESS, &m_hKey);
+    return Os().registry.RegCreateKeyExW(HKEY_LOCAL_MACHINE, WString(path).c_str(), KEY_ALL_ACCESS,
+                                         &m_hKey);
   }
   HKEY Get() const { return m_hKey; }
   explicit operator bool() const { return m_hKey != nullptr; }
@@ -57,8 +59,8 @@ bool ReadNumber(WStringView path, WStringView name, DWORD wanted, T* out) {
   if (!key) return false;
   T value = 0;
   DWORD type = 0, size = sizeof(value);
-  if (Os().registry.RegQueryValueExW(key.Get(), WString(name).c_str(), &type, reinterpret_cast<BYTE*>(&value),
-                                     &size) != 0 ||
+  if (Os().registry.RegQueryValueExW(key.Get(), WString(name).c_str(), &type,
+                                     reinterpret_cast<BYTE*>(&value), &size) != 0 ||
       type != wanted || size != sizeof(value)) {
     return false;
   }
@@ -76,7 +78,8 @@ WString Join(WStringView path, WStringView name) {
 
 CRegistry::CRegistry(WString keyPath) : m_KeyPath(std::move(keyPath)) {}
 
-bool CRegistry::GetRegistryDWORDValue(WStringView subkey, WStringView name, std::uint32_t* out) const {
+bool CRegistry::GetRegistryDWORDValue(WStringView subkey, WStringView name,
+                                      std::uint32_t* out) const {
   return ReadNumber(subkey, name, REG_DWORD, out);
 }
 
@@ -94,8 +97,8 @@ bool CRegistry::GetRegistryStringValue(WStringView name, WString* out) const {
   // One query with room for the longest text: the value may change between two.
   char16_t buffer[kLongestTextBytes / sizeof(char16_t)];
   DWORD type = 0, size = sizeof(buffer);
-  if (Os().registry.RegQueryValueExW(key.Get(), WString(name).c_str(), &type, reinterpret_cast<BYTE*>(buffer),
-                                     &size) != 0 ||
+  if (Os().registry.RegQueryValueExW(key.Get(), WString(name).c_str(), &type,
+                                     reinterpret_cast<BYTE*>(buffer), &size) != 0 ||
       type != REG_SZ) {
     return false;
   }
@@ -116,24 +119,29 @@ bool CRegistry::SetRegistryStringValue(WStringView name, WStringView text) {
   return WriteRegistryStringParameter(m_KeyPath, name, text);
 }
 
-bool CRegistry::WriteRegistryDWORDParameter(WStringView subkey, WStringView name, std::uint32_t value) {
+bool CRegistry::WriteRegistryDWORDParameter(WStringView subkey, WStringView name,
+                                            std::uint32_t value) {
   OpenKey key;
-  if (const LSTATUS result = WithRetries([&] { return key.Open(subkey, KEY_WRITE); }); result != 0) {
-    LOG_ERROR(u"\nWriteRegistryDWORDParameter: Error %li opening hive 0x%p subkey: %s", result, HKEY_LOCAL_MACHINE,
-              subkey);
+  if (const LSTATUS result = WithRetries([&] { return key.Open(subkey, KEY_WRITE); });
+      result != 0) {
+    LOG_ERROR(u"\nWriteRegistryDWORDParameter: Error %li opening hive 0x%p subkey: %s", result,
+              HKEY_LOCAL_MACHINE, subkey);
     return false;
   }
   if (Os().registry.RegSetValueExW(key.Get(), WString(name).c_str(), REG_DWORD,
                                    reinterpret_cast<const BYTE*>(&value), sizeof(value)) != 0) {
-    LOG_ERROR(u"\nWriteRegistryDWORDParameter: - RegSetValueEx: FAILED to write %lu to value: %s", value, name);
+    LOG_ERROR(u"\nWriteRegistryDWORDParameter: - RegSetValueEx: FAILED to write %lu to value: %s",
+              value, name);
     return false;
   }
   return true;
 }
 
-bool CRegistry::WriteRegistryStringParameter(WStringView subkey, WStringView name, WStringView text) {
+bool CRegistry::WriteRegistryStringParameter(WStringView subkey, WStringView name,
+                                             WStringView text) {
   OpenKey key;
-  if (const LSTATUS result = WithRetries([&] { return key.Open(subkey, KEY_WRITE); }); result != 0) {
+  if (const LSTATUS result = WithRetries([&] { return key.Open(subkey, KEY_WRITE); });
+      result != 0) {
     LOG_ERROR(u"\nWriteRegistryStringParameter: Error %li opening hive 0x%p subkey: %s", result,
               HKEY_LOCAL_MACHINE, subkey);
     return false;
@@ -141,7 +149,8 @@ bool CRegistry::WriteRegistryStringParameter(WStringView subkey, WStringView nam
   if (Os().registry.RegSetValueExW(key.Get(), WString(name).c_str(), REG_SZ,
                                    reinterpret_cast<const BYTE*>(text.data()),
                                    static_cast<DWORD>(text.size() * sizeof(char16_t))) != 0) {
-    LOG_ERROR(u"\nWriteRegistryStringParameter() - RegSetValueEx: FAILED to write %s to value: %s", text, name);
+    LOG_ERROR(u"\nWriteRegistryStringParameter() - RegSetValueEx: FAILED to write %s to value: %s",
+              text, name);
     return false;
   }
   return true;

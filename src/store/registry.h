@@ -34,7 +34,8 @@ class CRegistry : public SmartObjEx<CRegistry, SmartObj<>> {
   bool SetRegistryStringValue(WStringView name, WStringView text);
 
   // Up to 5 attempts to open, 10 ms apart. `subkey` is below HKEY_LOCAL_MACHINE.
-  static bool WriteRegistryDWORDParameter(WStringView subkey, WStringView name, std::uint32_t value);
+  static bool WriteRegistryDWORDParameter(WStringView subkey, WStringView name,
+                                          std::uint32_t value);
   static bool WriteRegistryStringParameter(WStringView subkey, WStringView name, WStringView text);
   static bool CreateHomeKey(WStringView path);
   // True when the value is gone; up to 5 attempts, 10 ms apart.
@@ -49,8 +50,8 @@ class CRegistry : public SmartObjEx<CRegistry, SmartObj<>> {
 // Mix-in through which a class owns a CRegistry. Accessors of the owner do nothing once it is gone.
 class CRegistryHelperBase {
  public:
-  // Opens the key, making it where it is missing; *fresh tells that its first-run values have yet to
-  // be written. False when the key can't be made. An empty path only makes the object.
+  // Opens the key, making it where it is missing; *fresh tells that its first-run values have yet
+  // to be written. False when the key can't be made. An empty path only makes the object.
   bool InitializeRegistry(WStringView path, bool* fresh);
   void ReleaseRegistry();
   CSmartPointer<CRegistry> GetRegistry() const;  // null after release

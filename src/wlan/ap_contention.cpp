@@ -1,9 +1,9 @@
 // The other access points on the channel of the connection, told when they change.
 
+#include "elements/frequency_table.h"
 #include "platform/clock_api.h"
 #include "platform/platform.h"
 #include "wlan/wlan_interface.h"
-#include "elements/frequency_table.h"
 
 namespace corvane {
 
@@ -27,8 +27,8 @@ void CWlanInterface::UpdateContentionAPs(const WString& ssid, const WString& bss
                                          std::uint32_t channel) {
   const auto config = Config();
   const CCritSecLock lock(ObjectLock());
-  const bool scannedLately = m_LastScanStart != 0 &&
-                             Os().clock.GetTickCount64() - m_LastScanStart <= kRecentScanMs;
+  const bool scannedLately =
+      m_LastScanStart != 0 && Os().clock.GetTickCount64() - m_LastScanStart <= kRecentScanMs;
   if (m_connected_scan_count == 0 && !scannedLately) return;
   m_ContentionMemo.Clear();
   const WString channelText = Format(u"%lu", channel);
@@ -56,7 +56,8 @@ void CWlanInterface::UpdateContentionAPs(const WString& ssid, const WString& bss
   }
 }
 
-// The reporter's contention state has no lock of its own: the interface lock serves, here and above.
+// The reporter's contention state has no lock of its own: the interface lock serves, here and
+// above.
 void CWlanInterface::ClearContention() {
   const auto config = Config();
   const CCritSecLock lock(ObjectLock());

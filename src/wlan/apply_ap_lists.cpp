@@ -1,7 +1,7 @@
 // The AP lists on the entries of an adapter.
 
-#include "wlan/wlan_interface.h"
 #include "model/ap_list_marks.h"
+#include "wlan/wlan_interface.h"
 
 namespace corvane {
 

@@ -17,8 +17,9 @@ constexpr std::size_t kSummariesKept = 120;
 }  // namespace
 
 void CWlanInterface::ClearAllCandidateCounters(const char* reason) {
-  LOG_ADAPTER(m_ConfigIdx, kCandidateLog, u"[%i] CWlanInterface::ClearAllCandidateCounters(): [[[[ %S ]]]]\n",
-              m_ConfigIdx, reason);
+  LOG_ADAPTER(m_ConfigIdx, kCandidateLog,
+              u"[%i] CWlanInterface::ClearAllCandidateCounters(): [[[[ %S ]]]]\n", m_ConfigIdx,
+              reason);
   const CCritSecLock guard(ObjectLock());
   m_bReserved = false;
   m_reserved_candidate = {};
@@ -45,8 +46,8 @@ void CWlanInterface::DecrementAllCandidateCounters() {
   const std::int32_t raised = std::min(forced + 1, kForcedScansMax);
   config->m_force_scan_counter = raised;
   LOG_ADAPTER(m_ConfigIdx, kCandidateLog,
-              u"[%i] CWlanInterface::DecrementAllCandidateCounters(): SET F-COUTNER: %i --> %i\n", m_ConfigIdx,
-              forced, raised);
+              u"[%i] CWlanInterface::DecrementAllCandidateCounters(): SET F-COUTNER: %i --> %i\n",
+              m_ConfigIdx, forced, raised);
 }
 
 void CWlanInterface::NotifyCurrentNetworkScore(std::int32_t score, const MacAddress& bssid) {
@@ -56,8 +57,8 @@ void CWlanInterface::NotifyCurrentNetworkScore(std::int32_t score, const MacAddr
     const ScoreStreak streak = NextScoreStreak(m_score_rise_streak, score - m_last_notified_score);
     m_score_rise_streak = streak.rises;
     LOG_ADAPTER(m_ConfigIdx, kCandidateLog,
-                u"[%i] CWlanInterface::NotifyCurrentNetworkScore: score %i --> %i, rises %lu %s\n", m_ConfigIdx,
-                m_last_notified_score, score, streak.rises,
+                u"[%i] CWlanInterface::NotifyCurrentNetworkScore: score %i --> %i, rises %lu %s\n",
+                m_ConfigIdx, m_last_notified_score, score, streak.rises,
                 streak.improving ? u"-- __**DECREMENTING** ALL CANDIDATE COUNTERS__"
                                  : u"-- NO CANDIDATE DECREMENT");
     if (streak.improving) DecrementAllCandidateCounters();

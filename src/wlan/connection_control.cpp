@@ -1,14 +1,14 @@
-// Connecting and disconnecting, each to its end: the platform only starts them and tells the end by a
-// notification.
+// Connecting and disconnecting, each to its end: the platform only starts them and tells the end by
+// a notification.
 
-#include "launch/launcher.h"
-#include "settings/global_config_container.h"
-#include "store/value_names.h"
-#include "monitors/utils.h"
 #include "foundation/log_lines.h"
+#include "launch/launcher.h"
+#include "monitors/utils.h"
 #include "platform/platform.h"
 #include "platform/thread_api.h"
 #include "platform/wlan_api.h"
+#include "settings/global_config_container.h"
+#include "store/value_names.h"
 #include "wlan/reason_text.h"
 #include "wlan/wlan_call.h"
 #include "wlan/wlan_client.h"
@@ -40,16 +40,19 @@ DOT11_BSSID_LIST ListOf(const MacAddress& bssid) {
 // start.
 void AskForCredentials(const CWlanBssEntry& entry) {
   const bool service = CUtils::GetInstance().IsRunningAsService();
-  LOG_ADAPTER(entry.m_IfIndex, kConnectLog, u"[%i] CWlanBssEntry::ConnectSynchronous: %s NO PROFILE - %s\n",
-              entry.m_IfIndex, service ? u"[SERVICE - start external app to connect]" : u"[running as app]",
+  LOG_ADAPTER(entry.m_IfIndex, kConnectLog,
+              u"[%i] CWlanBssEntry::ConnectSynchronous: %s NO PROFILE - %s\n", entry.m_IfIndex,
+              service ? u"[SERVICE - start external app to connect]" : u"[running as app]",
               entry.m_SSIDW);
   const auto start = service ? StartPassphraseDeskAsUser : StartPassphraseDeskAsApp;
   if (start(entry.m_IfIndex, entry.m_SSIDW, entry.m_BSSIDText,
-            static_cast<std::uint32_t>(entry.m_AuthAlgorithm), CGlobalConfigContainer::GetInstance())) {
+            static_cast<std::uint32_t>(entry.m_AuthAlgorithm),
+            CGlobalConfigContainer::GetInstance())) {
     return;
   }
-  throw Exception(service ? "CWlanBssEntry::ConnectSynchronous() - StartPassphraseDeskAsUser() failed"
-                          : "CWlanBssEntry::ConnectSynchronous() - StartPassphraseDeskAsApp() failed");
+  throw Exception(service
+                      ? "CWlanBssEntry::ConnectSynchronous() - StartPassphraseDeskAsUser() failed"
+                      : "CWlanBssEntry::ConnectSynchronous() - StartPassphraseDeskAsApp() failed");
 }
 
 }  // namespace
@@ -103,7 +106,8 @@ void CWlanInterface::ConnectSynchronous(const WLAN_CONNECTION_PARAMETERS& parame
     LOG_ERROR(u"[%i] CWlanInterface::ConnectToNetwork: Exception: %hs\n", m_ConfigIdx, e.what());
     throw;
   } catch (const std::exception& e) {
-    LOG_ERROR(u"[%i] CWlanInterface::ConnectToNetwork: std:exception: %hs\n", m_ConfigIdx, e.what());
+    LOG_ERROR(u"[%i] CWlanInterface::ConnectToNetwork: std:exception: %hs\n", m_ConfigIdx,
+              e.what());
     throw;
   }
 }
@@ -113,23 +117,26 @@ void CWlanInterface::AwaitConnect(std::uint32_t timeoutMs) {
   if (result != CompletionResult::kDone) {
     // After a time-out the next operation may be under way already.
     if (result == CompletionResult::kExit) m_Operation.Abort();
-    LOG_ERROR(u"[%i]CWlanInterface::ConnectSynchronous: [waitBool=%i] Got EXIT/ABORT/TIMEOUT Event!",
-              m_ConfigIdx, false);
+    LOG_ERROR(
+        u"[%i]CWlanInterface::ConnectSynchronous: [waitBool=%i] Got EXIT/ABORT/TIMEOUT Event!",
+        m_ConfigIdx, false);
     throw Exception("CWlanInterface::ConnectSynchronous: Got EXIT/ABORT?TIMEOUT Event!");
   }
   const OperationGate::Outcome outcome = m_Operation.TakeOutcome();
-  LOG_ADAPTER(
-      m_ConfigIdx, kConnectLog,
-      u"[%i]CWlanInterface::ConnectSynchronous: done WaitOnEvent - NotificationCode=%lu, reason code = %lu",
-      m_ConfigIdx, outcome.m_op_code, outcome.m_op_reason);
+  LOG_ADAPTER(m_ConfigIdx, kConnectLog,
+              u"[%i]CWlanInterface::ConnectSynchronous: done WaitOnEvent - NotificationCode=%lu, "
+              u"reason code = %lu",
+              m_ConfigIdx, outcome.m_op_code, outcome.m_op_reason);
   if (outcome.m_op_reason == 0) return;
   if (outcome.m_op_reason == kNoCompletion) {
-    LOG_ERROR(u"[%i] CWlanInterface::ConnectSynchronous(): FAILED! NO NotificationCode!\n", m_ConfigIdx);
+    LOG_ERROR(u"[%i] CWlanInterface::ConnectSynchronous(): FAILED! NO NotificationCode!\n",
+              m_ConfigIdx);
     throw Exception("WlanConnect(pConnectParams) failed, NO NOTIFICATION");
   }
   const auto reason = static_cast<DWORD>(outcome.m_op_reason);
   LOG_ERROR(
-      u"[%i] CWlanInterface::ConnectSynchronous(): FAILED! NotificationCode=%lu, reason code=%lu '%s'\n",
+      u"[%i] CWlanInterface::ConnectSynchronous(): FAILED! NotificationCode=%lu, reason code=%lu "
+      u"'%s'\n",
       m_ConfigIdx, outcome.m_op_code, reason, ReasonText(reason));
   throw Exception("WlanConnect(pConnectParams) failed, reason: %i", reason);
 }
@@ -140,12 +147,13 @@ void CWlanInterface::AwaitConnectedState() {
     WLAN_CONNECTION_ATTRIBUTES attrs;
     QueryCurrentConnection(&attrs, true);
     const auto& association = attrs.wlanAssociationAttributes;
-    LOG_ADAPTER(m_ConfigIdx, kConnectLog,
-                u"[%i] Profile: %s, Mode: %i, SSID: %s, BSSID: %S, PHY: %i, SQ: %lu, Rx: %lu, Tx: %lu\n",
-                m_ConfigIdx, attrs.strProfileName, attrs.wlanConnectionMode,
-                SsidText(association.dot11Ssid), MacTextA(ToMac(association.dot11Bssid)),
-                association.dot11PhyType, association.wlanSignalQuality, association.ulRxRate,
-                association.ulTxRate);
+    LOG_ADAPTER(
+        m_ConfigIdx, kConnectLog,
+        u"[%i] Profile: %s, Mode: %i, SSID: %s, BSSID: %S, PHY: %i, SQ: %lu, Rx: %lu, Tx: %lu\n",
+        m_ConfigIdx, attrs.strProfileName, attrs.wlanConnectionMode,
+        SsidText(association.dot11Ssid), MacTextA(ToMac(association.dot11Bssid)),
+        association.dot11PhyType, association.wlanSignalQuality, association.ulRxRate,
+        association.ulTxRate);
     if (attrs.isState == wlan_interface_state_connected) {
       LOG_ADAPTER(m_ConfigIdx, kConnectLog, u"...State = %i [CONNECTED!]\n", attrs.isState);
       return;
@@ -159,7 +167,8 @@ void CWlanInterface::AwaitConnectedState() {
 void CWlanInterface::QueueTempProfile(const WLAN_CONNECTION_PARAMETERS& parameters) {
   const WLAN_CONNECTION_ATTRIBUTES attrs = GetConnAttrs();
   LOG_ADAPTER(m_ConfigIdx, kConnectLog,
-              u"...State = %i [CONNECTED!] Queueing Temp profile for saving on disconnect...\n", attrs.isState);
+              u"...State = %i [CONNECTED!] Queueing Temp profile for saving on disconnect...\n",
+              attrs.isState);
   const CCritSecLock lock(ObjectLock());
   m_TempProfilesToSave.emplace_back(parameters.strProfile);
   SaveTempProfileToNetwork(SsidText(attrs.wlanAssociationAttributes.dot11Ssid), parameters);
@@ -172,16 +181,18 @@ void CWlanInterface::ConnectInternal(const WLAN_CONNECTION_PARAMETERS& parameter
   try {
     result = Os().wlan.WlanConnect(handle, &GetGuid(), &parameters, nullptr);
   } catch (const PlatformFault& fault) {
-    LOG_ERROR(u"[%i]CWlanInterface::ConnectInternal:: WlanConnect EXCEPTION: 0x%08x", m_ConfigIdx, fault.code);
+    LOG_ERROR(u"[%i]CWlanInterface::ConnectInternal:: WlanConnect EXCEPTION: 0x%08x", m_ConfigIdx,
+              fault.code);
     throw Exception("WlanConnect() failed: 0x%08lx", fault.code);
   }
   if (result != ERROR_SUCCESS) {
     LOG_ERROR(
-        u"[%i]CWlanInterface::ConnectInternal: WlanConnect FAILED: pConnectParams=0x%p, rc=%lu%s, client "
+        u"[%i]CWlanInterface::ConnectInternal: WlanConnect FAILED: pConnectParams=0x%p, rc=%lu%s, "
+        u"client "
         u"handle=0x%p, IfIdx=%i, strProfile=%s",
         m_ConfigIdx, &parameters, result,
-        result == ERROR_INVALID_PARAMETER ? u" [ERROR_INVALID_PARAMETER]" : u"", handle, m_ConfigIdx,
-        parameters.strProfile);
+        result == ERROR_INVALID_PARAMETER ? u" [ERROR_INVALID_PARAMETER]" : u"", handle,
+        m_ConfigIdx, parameters.strProfile);
     throw Exception("WlanConnect(pConnectParams) failed: %i", result);
   }
   if (!parameters.pDesiredBssidList) return;
@@ -201,20 +212,23 @@ void CWlanInterface::ConnectToNetwork(const WString& ssid) {
 }
 
 void CWlanInterface::DisconnectSynchronous(WStringView text) {
-  LOG_ADAPTER(m_ConfigIdx, kConnectLog, u"[%i]CWlanInterface::DisconnectSynchronous: %s", m_ConfigIdx, text);
+  LOG_ADAPTER(m_ConfigIdx, kConnectLog, u"[%i]CWlanInterface::DisconnectSynchronous: %s",
+              m_ConfigIdx, text);
   if (!StartOperation(WlanOperation::kDisconnect, [this] { DisconnectInternal(); })) return;
   switch (AwaitCompletion(*m_pConnectSyncEvent, kDisconnectTimeoutMs)) {
     case CompletionResult::kDone:
       break;
     case CompletionResult::kTimeout:
       LOG_ERROR(
-          u"[%i]CWlanInterface::DisconnectSynchronous: [waitBool=%i] done WaitOnEvent - due to TIMEOUT!",
+          u"[%i]CWlanInterface::DisconnectSynchronous: [waitBool=%i] done WaitOnEvent - due to "
+          u"TIMEOUT!",
           m_ConfigIdx, false);
       throw Exception("WlanDisconnect() - Got Timeout!");
     case CompletionResult::kExit:
       m_Operation.LeaveBusy();
       LOG_ERROR(
-          u"[%i]CWlanInterface::DisconnectSynchronous: [waitBool=%i] done WaitOnEvent - due to EXIT/ABORT!",
+          u"[%i]CWlanInterface::DisconnectSynchronous: [waitBool=%i] done WaitOnEvent - due to "
+          u"EXIT/ABORT!",
           m_ConfigIdx, false);
       throw Exception("WlanDisconnect() - Got Exit Event!");
   }
@@ -222,7 +236,8 @@ void CWlanInterface::DisconnectSynchronous(WStringView text) {
   if (outcome.m_op_reason == 0) return;
   const auto reason = static_cast<DWORD>(outcome.m_op_reason);
   LOG_ERROR(
-      u"[%i]CWlanInterface::DisconnectSynchronous: FAILED! NotificationCode=%lu, reason code = %lu [%s]",
+      u"[%i]CWlanInterface::DisconnectSynchronous: FAILED! NotificationCode=%lu, reason code = %lu "
+      u"[%s]",
       m_ConfigIdx, outcome.m_op_code, reason, ReasonText(reason));
   throw Exception("WlanDisconnect() failed, reason: %i", reason);
 }
@@ -233,13 +248,13 @@ void CWlanInterface::DisconnectInternal() {
     return Os().wlan.WlanDisconnect(client ? client->GetHandle() : nullptr, &GetGuid(), nullptr);
   });
   if (result == ERROR_SUCCESS) return;
-  LOG_ERROR(u"[%i]CWlanInterface::DisconnectInternal: WlanDisconnect failed - rc=%lu [IfIdx=%i]", m_ConfigIdx,
-            result, m_ConfigIdx);
+  LOG_ERROR(u"[%i]CWlanInterface::DisconnectInternal: WlanDisconnect failed - rc=%lu [IfIdx=%i]",
+            m_ConfigIdx, result, m_ConfigIdx);
   throw Exception("WlanDisconnect() failed: %i", result);
 }
 
-void CWlanBssEntry::ConnectSynchronous(CWlanInterface* pInterface, WStringView profileText, bool save,
-                                       std::uint32_t timeoutMs) {
+void CWlanBssEntry::ConnectSynchronous(CWlanInterface* pInterface, WStringView profileText,
+                                       bool save, std::uint32_t timeoutMs) {
   if (!pInterface) {
     LOG_ERROR(u"[%i] CWlanBssEntry::ConnectSynchronous: pIf is NULL!\n", m_IfIndex);
     return;
@@ -255,15 +270,16 @@ void CWlanBssEntry::ConnectSynchronous(CWlanInterface* pInterface, WStringView p
                 profile.size());
     config->SetString(value::kConnectStatus, u"connecting");
   } else if (HasUsableProfile()) {
-    LOG_ADAPTER(m_IfIndex, kConnectLog, u"[%i] CWlanBssEntry::ConnectSynchronous: HAS GOOD PROFILE - %s\n",
-                m_IfIndex, m_SSIDW);
+    LOG_ADAPTER(m_IfIndex, kConnectLog,
+                u"[%i] CWlanBssEntry::ConnectSynchronous: HAS GOOD PROFILE - %s\n", m_IfIndex,
+                m_SSIDW);
     parameters.wlanConnectionMode = wlan_connection_mode_profile;
     profile = m_SSIDW;
     config->SetString(value::kConnectStatus, u"connecting");
   } else if (m_bHasTempProfile && pInterface->GetTempProfile(m_SSIDW, &profile)) {
     LOG_ADAPTER(m_IfIndex, kConnectLog,
-                u"[%i] CWlanBssEntry::ConnectSynchronous: USING TEMPORARY PROFILE for %s\n", m_IfIndex,
-                m_SSIDW);
+                u"[%i] CWlanBssEntry::ConnectSynchronous: USING TEMPORARY PROFILE for %s\n",
+                m_IfIndex, m_SSIDW);
   } else {
     config->SetString(value::kConnectStatus, u"external");
     AskForCredentials(*this);

@@ -1,7 +1,7 @@
 #include "wlan/connection_name.h"
 
-#include "store/registry.h"
 #include "foundation/guarded.h"
+#include "store/registry.h"
 
 namespace corvane {
 
@@ -21,7 +21,8 @@ WString ReadConnectionName(WStringView keyPath) {
   return Guarded("CWlanClient", "ReadConnectionName", WString(), [&] {
     const auto key = CRegistry::CreateObject(WString(keyPath));
     WString name;
-    if (!key->GetRegistryStringValue(u"Name", &name) || name.size() > kLongestName) return WString();
+    if (!key->GetRegistryStringValue(u"Name", &name) || name.size() > kLongestName)
+      return WString();
     return name;
   });
 }

@@ -1,11 +1,11 @@
-// What the platform tells of an adapter, on its own thread: the service's own operations are told from
-// outside ones, and only shared state is changed.
+// What the platform tells of an adapter, on its own thread: the service's own operations are told
+// from outside ones, and only shared state is changed.
 
 #include <cstring>
 
+#include "foundation/log_lines.h"
 #include "notify/ap_summary.h"
 #include "notify/notification_manager.h"
-#include "foundation/log_lines.h"
 #include "platform/clock_api.h"
 #include "platform/platform.h"
 #include "wlan/wlan_client.h"
@@ -27,11 +27,16 @@ constexpr std::size_t kConnectionBytes = offsetof(WLAN_CONNECTION_NOTIFICATION_D
 
 const char16_t* WordOf(DWORD code) {
   switch (code) {
-    case wlan_notification_acm_connection_start: return u"[CONNECTION START]";
-    case wlan_notification_acm_connection_complete: return u"[CONNECTION COMPLETE]";
-    case wlan_notification_acm_disconnecting: return u"[DISCONNECTING]";
-    case wlan_notification_acm_disconnected: return u"[DISCONNECTED]";
-    default: return u"";
+    case wlan_notification_acm_connection_start:
+      return u"[CONNECTION START]";
+    case wlan_notification_acm_connection_complete:
+      return u"[CONNECTION COMPLETE]";
+    case wlan_notification_acm_disconnecting:
+      return u"[DISCONNECTING]";
+    case wlan_notification_acm_disconnected:
+      return u"[DISCONNECTED]";
+    default:
+      return u"";
   }
 }
 
@@ -69,7 +74,8 @@ void CWlanInterface::MSMRadioStateNotification(const void* data) {
 }
 
 void CWlanInterface::MSMSignalQualityNotification(DWORD quality) {
-  GuardHandler("MSMSignalQualityNotification", [&] { MSMSignalQualityNotification_internal(quality); });
+  GuardHandler("MSMSignalQualityNotification",
+               [&] { MSMSignalQualityNotification_internal(quality); });
 }
 
 void CWlanInterface::MSMAdapterOperationModeNotification(DWORD mode) {
@@ -85,7 +91,8 @@ void CWlanInterface::ConnectionNotification_internal(DWORD code, const void* dat
   std::memcpy(static_cast<void*>(&facts), data, kConnectionBytes);
   const WString ssid = SsidText(facts.dot11Ssid);
   LOG_ADAPTER(m_ConfigIdx, kNotifyLog,
-              u"[%i]CWlanInterface::ConnectionNotification_internal: NotificationCode=%lu %s, ssid %s, reason "
+              u"[%i]CWlanInterface::ConnectionNotification_internal: NotificationCode=%lu %s, ssid "
+              u"%s, reason "
               u"%lu",
               m_ConfigIdx, code, WordOf(code), ssid, facts.wlanReasonCode);
 
@@ -106,33 +113,38 @@ void CWlanInterface::ConnectionNotification_internal(DWORD code, const void* dat
 
 void CWlanInterface::OnNoCompletion(DWORD code, bool weInitiated) {
   if (weInitiated) {
-    LOG_ADAPTER(m_ConfigIdx, kNotifyLog,
-                u"[%i]CWlanInterface::ConnectionNotification_internal: IGNORE NOTIFICATION! [WE INITIATED] "
-                u"[NotificationCode=%lu][NOT COMPLETION CODE]",
-                m_ConfigIdx, code);
+    LOG_ADAPTER(
+        m_ConfigIdx, kNotifyLog,
+        u"[%i]CWlanInterface::ConnectionNotification_internal: IGNORE NOTIFICATION! [WE INITIATED] "
+        u"[NotificationCode=%lu][NOT COMPLETION CODE]",
+        m_ConfigIdx, code);
   } else if (code == wlan_notification_acm_connection_start) {
-    LOG_ADAPTER(m_ConfigIdx, kNotifyLog,
-                u"[%i]CWlanInterface::ConnectionNotification_internal: IGNORE OUTSIDE NOTIFICATION! "
-                u"[NotificationCode=%lu][start CONNECT]",
-                m_ConfigIdx, code);
+    LOG_ADAPTER(
+        m_ConfigIdx, kNotifyLog,
+        u"[%i]CWlanInterface::ConnectionNotification_internal: IGNORE OUTSIDE NOTIFICATION! "
+        u"[NotificationCode=%lu][start CONNECT]",
+        m_ConfigIdx, code);
     Config()->Set_InhibitQUAY(kInhibitOutsideStartMs, "out-notify-con");
   } else if (code == wlan_notification_acm_disconnecting) {
-    LOG_ADAPTER(m_ConfigIdx, kNotifyLog,
-                u"[%i]CWlanInterface::ConnectionNotification_internal: IGNORE OUTSIDE NOTIFICATION! "
-                u"[NotificationCode=%lu][start DISCONNECTING]",
-                m_ConfigIdx, code);
+    LOG_ADAPTER(
+        m_ConfigIdx, kNotifyLog,
+        u"[%i]CWlanInterface::ConnectionNotification_internal: IGNORE OUTSIDE NOTIFICATION! "
+        u"[NotificationCode=%lu][start DISCONNECTING]",
+        m_ConfigIdx, code);
     Config()->Set_InhibitQUAY(kInhibitOutsideDisconnectingMs, "out-notify-disc");
   } else {
-    LOG_ADAPTER(m_ConfigIdx, kNotifyLog,
-                u"[%i]CWlanInterface::ConnectionNotification_internal: IGNORE OUTSIDE NOTIFICATION! "
-                u"[NotificationCode=%lu][NOT COMPLETION CODE]",
-                m_ConfigIdx, code);
+    LOG_ADAPTER(
+        m_ConfigIdx, kNotifyLog,
+        u"[%i]CWlanInterface::ConnectionNotification_internal: IGNORE OUTSIDE NOTIFICATION! "
+        u"[NotificationCode=%lu][NOT COMPLETION CODE]",
+        m_ConfigIdx, code);
   }
 }
 
 void CWlanInterface::ResetReports(DWORD code) {
   const auto config = Config();
-  if (config->IsEtwMode() && IsDisconnect(code)) config->m_Etw.NotifyClearPreviousSignalQualityBAD();
+  if (config->IsEtwMode() && IsDisconnect(code))
+    config->m_Etw.NotifyClearPreviousSignalQualityBAD();
   config->m_Etw.ResetQualityBad();
   config->m_Etw.ResetQualityGood();
 }
@@ -161,7 +173,8 @@ void CWlanInterface::OnOutsideDisconnect(DWORD code, bool xSide, const WString& 
   if (xSide) {
     LOG_ADAPTER(m_ConfigIdx, kNotifyLog,
                 u"[%i]CWlanInterface::ConnectionNotification_internal: [X-SIDE NOTIFICATION] "
-                u"[NotificationCode=%lu][DISCONNECT COMPLETE, FOR INSIDE CONNECT][***INHIBIT QUAY 5000 ***]",
+                u"[NotificationCode=%lu][DISCONNECT COMPLETE, FOR INSIDE CONNECT][***INHIBIT QUAY "
+                u"5000 ***]",
                 m_ConfigIdx, code);
   } else {
     LOG_ADAPTER(m_ConfigIdx, kNotifyLog,
@@ -193,10 +206,11 @@ void CWlanInterface::OnOutsideConnect(DWORD code, const WString& ssid) {
   if (GetConnectedSSID(&facts)) {
     TellOfOutsideConnect(facts);
   } else {
-    LOG_ADAPTER(m_ConfigIdx, kNotifyLog,
-                u"[%i] CWlanInterface::ConnectionNotification_internal: OUTSIDE NOTIFICATION! "
-                u"NotificationCode=%lu -- GetConnectedSSID() failed, could not send pipe notification\n",
-                m_ConfigIdx, code);
+    LOG_ADAPTER(
+        m_ConfigIdx, kNotifyLog,
+        u"[%i] CWlanInterface::ConnectionNotification_internal: OUTSIDE NOTIFICATION! "
+        u"NotificationCode=%lu -- GetConnectedSSID() failed, could not send pipe notification\n",
+        m_ConfigIdx, code);
   }
   if (config->GetRoamingInhibitTick() != 0) {
     const WString last = GetLastConnectedSsid();
@@ -206,21 +220,24 @@ void CWlanInterface::OnOutsideConnect(DWORD code, const WString& ssid) {
                   u"COMPLETE][ROAM-INHIBIT ON] ssid %s == last %s [~~ KEEP ROAMING-INHIBIT ~~]\n",
                   m_ConfigIdx, ssid, last);
     } else {
-      LOG_ADAPTER(m_ConfigIdx, kNotifyLog,
-                  u"[%i] CWlanInterface::ConnectionNotification_internal: [OUTSIDE CONN "
-                  u"COMPLETE][ROAM-INHIBIT ON] ssid %s != last %s [!~!~ STOP ROAMING-INHIBIT ~!~!]\n",
-                  m_ConfigIdx, ssid, last);
+      LOG_ADAPTER(
+          m_ConfigIdx, kNotifyLog,
+          u"[%i] CWlanInterface::ConnectionNotification_internal: [OUTSIDE CONN "
+          u"COMPLETE][ROAM-INHIBIT ON] ssid %s != last %s [!~!~ STOP ROAMING-INHIBIT ~!~!]\n",
+          m_ConfigIdx, ssid, last);
       SetLastConnectedSsid(ssid);
       config->ClearRoamingInhibit();
     }
   }
   config->m_bForcePopupOverride = true;
-  LOG_ADAPTER(
-      m_ConfigIdx, kNotifyLog,
-      u"[%i] CWlanInterface::ConnectionNotification_internal: SetForcePopupSuggestionOverride(true)\n",
-      m_ConfigIdx);
-  // Whoever is connected needs no suggestion of that network; without its BSSID of none of its parts.
-  config->m_Popup.ClearPopupSuggestedAP_If_Equal(ssid, facts.connected ? MacText(facts.bssid) : WString());
+  LOG_ADAPTER(m_ConfigIdx, kNotifyLog,
+              u"[%i] CWlanInterface::ConnectionNotification_internal: "
+              u"SetForcePopupSuggestionOverride(true)\n",
+              m_ConfigIdx);
+  // Whoever is connected needs no suggestion of that network; without its BSSID of none of its
+  // parts.
+  config->m_Popup.ClearPopupSuggestedAP_If_Equal(
+      ssid, facts.connected ? MacText(facts.bssid) : WString());
 }
 
 void CWlanInterface::TellOfOutsideConnect(const ConnectionFacts& facts) {
@@ -244,7 +261,8 @@ void CWlanInterface::TellOfOutsideConnect(const ConnectionFacts& facts) {
                     u"Unknown", m_MacText, m_Description);
 }
 
-void CWlanInterface::OnOwnCompletion(DWORD code, WlanOperation kind, DWORD reason, const WString& ssid) {
+void CWlanInterface::OnOwnCompletion(DWORD code, WlanOperation kind, DWORD reason,
+                                     const WString& ssid) {
   const auto config = Config();
   if (m_Operation.Complete(kind, code, static_cast<std::int32_t>(reason))) {
     m_pConnectSyncEvent->SetEvent();
@@ -259,19 +277,20 @@ void CWlanInterface::OnOwnCompletion(DWORD code, WlanOperation kind, DWORD reaso
     SaveTempProfiles();
   } else {
     config->m_bForcePopupOverride = false;
-    LOG_ADAPTER(
-        m_ConfigIdx, kNotifyLog,
-        u"[%i] CWlanInterface::ConnectionNotification_internal: SetForcePopupSuggestionOverride(false)\n",
-        m_ConfigIdx);
+    LOG_ADAPTER(m_ConfigIdx, kNotifyLog,
+                u"[%i] CWlanInterface::ConnectionNotification_internal: "
+                u"SetForcePopupSuggestionOverride(false)\n",
+                m_ConfigIdx);
     const MacAddress own = GetConnectedBssidIfWeInitiated();
     config->m_Popup.ClearPopupSuggestedAP_If_Equal(ssid, IsZero(own) ? WString() : MacText(own));
   }
   const std::uint64_t inhibited = config->GetRoamingInhibitTick();
   if (inhibited == 0) return;
-  LOG_ADAPTER(m_ConfigIdx, kNotifyLog,
-              u"[%i] CWlanInterface::ConnectionNotification_internal:[INSIDE CONN/DISCONN "
-              u"COMPLETE][ROAM-INHIBIT %I64u ticks] ssid %s, last %s [!~!~ STOP ROAMING-INHIBIT ~!~!]\n",
-              m_ConfigIdx, inhibited, ssid, GetLastConnectedSsid());
+  LOG_ADAPTER(
+      m_ConfigIdx, kNotifyLog,
+      u"[%i] CWlanInterface::ConnectionNotification_internal:[INSIDE CONN/DISCONN "
+      u"COMPLETE][ROAM-INHIBIT %I64u ticks] ssid %s, last %s [!~!~ STOP ROAMING-INHIBIT ~!~!]\n",
+      m_ConfigIdx, inhibited, ssid, GetLastConnectedSsid());
   SetLastConnectedSsid(ssid);
   config->ClearRoamingInhibit();
 }
@@ -309,20 +328,23 @@ void CWlanInterface::ScanNotification_internal(DWORD code, DWORD reason) {
 }
 
 void CWlanInterface::MSMNotification_internal(const void*) {
-  LOG_ADAPTER(m_ConfigIdx, kNotifyLog, u"[%i]CWlanInterface::MSMNotification_internal", m_ConfigIdx);
+  LOG_ADAPTER(m_ConfigIdx, kNotifyLog, u"[%i]CWlanInterface::MSMNotification_internal",
+              m_ConfigIdx);
 }
 
 void CWlanInterface::MSMRadioStateNotification_internal(const void* data) {
   if (!data) return;
   WLAN_PHY_RADIO_STATE state;
   std::memcpy(static_cast<void*>(&state), data, sizeof(state));
-  LOG_ADAPTER(m_ConfigIdx, kNotifyLog,
-              u"[%i]CWlanInterface::MSMRadioStateNotification_internal: dwPhyIndex=%lu, software=%i, "
-              u"hardware=%i",
-              m_ConfigIdx, state.dwPhyIndex, state.dot11SoftwareRadioState, state.dot11HardwareRadioState);
+  LOG_ADAPTER(
+      m_ConfigIdx, kNotifyLog,
+      u"[%i]CWlanInterface::MSMRadioStateNotification_internal: dwPhyIndex=%lu, software=%i, "
+      u"hardware=%i",
+      m_ConfigIdx, state.dwPhyIndex, state.dot11SoftwareRadioState, state.dot11HardwareRadioState);
   const CCritSecLock lock(m_StateLock);
   for (auto& known : m_RadioState.PhyRadioState) {
-    if (known.dwPhyIndex != state.dwPhyIndex && known.dwPhyIndex != static_cast<DWORD>(-1)) continue;
+    if (known.dwPhyIndex != state.dwPhyIndex && known.dwPhyIndex != static_cast<DWORD>(-1))
+      continue;
     known = state;
     return;
   }
@@ -330,12 +352,14 @@ void CWlanInterface::MSMRadioStateNotification_internal(const void* data) {
 
 void CWlanInterface::MSMSignalQualityNotification_internal(DWORD quality) {
   LOG_ADAPTER(m_ConfigIdx, kNotifyLog,
-              u"[%i]CWlanInterface::MSMSignalQualityNotification_internal: %lu", m_ConfigIdx, quality);
+              u"[%i]CWlanInterface::MSMSignalQualityNotification_internal: %lu", m_ConfigIdx,
+              quality);
 }
 
 void CWlanInterface::MSMAdapterOperationModeNotification_internal(DWORD mode) {
   LOG_ADAPTER(m_ConfigIdx, kNotifyLog,
-              u"[%i]CWlanInterface::MSMAdapterOperationModeNotification_internal: %lu", m_ConfigIdx, mode);
+              u"[%i]CWlanInterface::MSMAdapterOperationModeNotification_internal: %lu", m_ConfigIdx,
+              mode);
 }
 
 }  // namespace corvane

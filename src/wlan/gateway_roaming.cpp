@@ -1,5 +1,5 @@
-// What the wired side tells of an access point: the gateways of the present connection, kept with the
-// connected entry and in the memo.
+// What the wired side tells of an access point: the gateways of the present connection, kept with
+// the connected entry and in the memo.
 
 #include "foundation/log_lines.h"
 #include "history/global_ap_gateway_map_memo.h"
@@ -34,7 +34,8 @@ bool CWlanInterface::AssignGatewayMacsToBssEntry(const WString& ssid, const MacA
   const CCritSecLock lock(ObjectLock());
   const auto network = m_Networks.find(ssid);
   if (network == m_Networks.end()) {
-    LOG_ADAPTER(m_ConfigIdx, DBG(41), u"[%i] CWlanInterface::AssignGatewayMacsToBssEntry: SSID [%s] not found!\n",
+    LOG_ADAPTER(m_ConfigIdx, DBG(41),
+                u"[%i] CWlanInterface::AssignGatewayMacsToBssEntry: SSID [%s] not found!\n",
                 m_ConfigIdx, ssid);
     return false;
   }

@@ -23,17 +23,19 @@ void CWlanInterface::ProcessIdleThresholds() {
   if (learning.learned) {
     config->m_rate_gate_high = learning.learned->high;
     config->m_rate_gate_low = learning.learned->low;
-    LOG_ADAPTER(m_ConfigIdx, DBG(36) | DBG(37),
-                u"[%i] CWlanInterface::ProcessIdleThresholds: age %0.1lf secs, %0.1lf percent above, mean "
-                u"%0.3lf: gates %0.3lf/%0.3lf --> %0.3lf/%0.3lf\n",
-                m_ConfigIdx, measure.ageSecs, measure.percentAboveLow, measure.mean, now.high, now.low,
-                learning.learned->high, learning.learned->low);
+    LOG_ADAPTER(
+        m_ConfigIdx, DBG(36) | DBG(37),
+        u"[%i] CWlanInterface::ProcessIdleThresholds: age %0.1lf secs, %0.1lf percent above, mean "
+        u"%0.3lf: gates %0.3lf/%0.3lf --> %0.3lf/%0.3lf\n",
+        m_ConfigIdx, measure.ageSecs, measure.percentAboveLow, measure.mean, now.high, now.low,
+        learning.learned->high, learning.learned->low);
   }
   if (learning.settled) {
     pdh->SetIdleSettled(true);
-    LOG_ADAPTER(m_ConfigIdx, DBG(36) | DBG(37),
-                u"[%i] CWlanInterface::ProcessIdleThresholds: age %0.1lf secs, rate %0.3lf: SETTLED\n",
-                m_ConfigIdx, measure.ageSecs, measure.rate);
+    LOG_ADAPTER(
+        m_ConfigIdx, DBG(36) | DBG(37),
+        u"[%i] CWlanInterface::ProcessIdleThresholds: age %0.1lf secs, rate %0.3lf: SETTLED\n",
+        m_ConfigIdx, measure.ageSecs, measure.rate);
   }
 }
 

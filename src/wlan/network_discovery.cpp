@@ -2,16 +2,16 @@
 
 #include <algorithm>
 
-#include "settings/global_config_container.h"
 #include "foundation/log_lines.h"
+#include "model/global_wireless_maps.h"
 #include "platform/clock_api.h"
 #include "platform/platform.h"
 #include "platform/thread_api.h"
 #include "platform/wlan_api.h"
+#include "settings/global_config_container.h"
 #include "wlan/wlan_call.h"
 #include "wlan/wlan_client.h"
 #include "wlan/wlan_interface.h"
-#include "model/global_wireless_maps.h"
 
 namespace corvane {
 
@@ -50,10 +50,11 @@ std::int32_t CWlanInterface::DiscoverNetworksSynchronous(bool force_scan, bool f
     if (scans) RunScans(now);
     ReadLists(scans, first, rate, &found, aux_error);
   } catch (const Exception& e) {
-    LOG_ERROR(u"[%i] CWlanInterface::DiscoverNetworksSynchronous: Exception: %hs\n", m_ConfigIdx, e.what());
-  } catch (const std::exception& e) {
-    LOG_ERROR(u"[%i] CWlanInterface::DiscoverNetworksSynchronous: std:exception: %hs\n", m_ConfigIdx,
+    LOG_ERROR(u"[%i] CWlanInterface::DiscoverNetworksSynchronous: Exception: %hs\n", m_ConfigIdx,
               e.what());
+  } catch (const std::exception& e) {
+    LOG_ERROR(u"[%i] CWlanInterface::DiscoverNetworksSynchronous: std:exception: %hs\n",
+              m_ConfigIdx, e.what());
   }
   // A scan that fails takes its time too: what is decided next goes by the traffic of now.
   if (m_pInterfacePDH) m_pInterfacePDH->PollPDHCollection();
@@ -93,13 +94,15 @@ void CWlanInterface::LogScanDecision(const ScanInputs& in, const ScanDecision& d
   const std::uint32_t quality = GetConnAttrs().wlanAssociationAttributes.wlanSignalQuality;
   const std::uint32_t peak = m_MaxSignalQuality;
   const std::uint64_t interval = std::uint64_t{in.intervalSecs} * 1000;
-  const std::uint32_t done = m_ScanSuccesses, tried = m_ScanAttempts, deferred = m_consec_ScanDeferrals;
+  const std::uint32_t done = m_ScanSuccesses, tried = m_ScanAttempts,
+                      deferred = m_consec_ScanDeferrals;
 
   if (decision.idleVetoed) {
     WString rates;
     for (const double rate : in.previousRates) rates += Format(u"%0.2lf ", rate);
     LOG_INFO(
-        u"\n[%i] CWlanInterface::DiscoverNetworksSynchronous(): __FORCE__: net_is_idle to false, DUE to "
+        u"\n[%i] CWlanInterface::DiscoverNetworksSynchronous(): __FORCE__: net_is_idle to false, "
+        u"DUE to "
         u"previous rates: %s\n",
         m_ConfigIdx, rates);
   }
@@ -107,7 +110,8 @@ void CWlanInterface::LogScanDecision(const ScanInputs& in, const ScanDecision& d
     case ScanRule::kForcedCount:
       if (in.connected && quality < config->m_LQCThreshold) {
         LOG_INFO(
-            u"\n[%i] CWlanInterface::DiscoverNetworksSynchronous():[F-COUNT %i --> %i][LQ %lu < %lu] SET "
+            u"\n[%i] CWlanInterface::DiscoverNetworksSynchronous():[F-COUNT %i --> %i][LQ %lu < "
+            u"%lu] SET "
             u"force_scan = true\n",
             m_ConfigIdx, in.forceCounter, in.forceCounter - 1, quality, config->m_LQCThreshold);
       } else if (peak > kQualityMargin && quality <= peak - kQualityMargin) {
@@ -117,45 +121,54 @@ void CWlanInterface::LogScanDecision(const ScanInputs& in, const ScanDecision& d
             m_ConfigIdx, in.forceCounter, in.forceCounter - 1, quality, peak - kQualityMargin);
       } else {
         LOG_INFO(
-            u"\n[%i] CWlanInterface::DiscoverNetworksSynchronous():[F-COUNT %i --> %i][net_is_idle=%i] SET "
+            u"\n[%i] CWlanInterface::DiscoverNetworksSynchronous():[F-COUNT %i --> "
+            u"%i][net_is_idle=%i] SET "
             u"force_scan = true\n",
             m_ConfigIdx, in.forceCounter, in.forceCounter - 1, decision.netIsIdle);
       }
       break;
     case ScanRule::kLongHeldBack:
       LOG_INFO(
-          u"[%i] CWlanInterface::DiscoverNetworksSynchronous():SET force_scan = true, DUE to delta %I64u >= "
+          u"[%i] CWlanInterface::DiscoverNetworksSynchronous():SET force_scan = true, DUE to delta "
+          u"%I64u >= "
           u"%lu and net_is_sorta_idle !!!!!!!!!!\n",
           m_ConfigIdx, in.deltaMs, interval + kLongRuleExtraSecs * 1000);
       break;
     case ScanRule::kDeferrals:
       LOG_INFO(
-          u"[%i] CWlanInterface::DiscoverNetworksSynchronous():[delta %I64u] SET force_scan = true, DUE to "
+          u"[%i] CWlanInterface::DiscoverNetworksSynchronous():[delta %I64u] SET force_scan = "
+          u"true, DUE to "
           u"m_consec_ScanDeferrals %lu, clearing...\n",
           m_ConfigIdx, in.deltaMs, in.deferrals);
       break;
     case ScanRule::kTooEarly:
       LOG_INFO(
-          u"\n[%i] CWlanInterface::DiscoverNetworksSynchronous():[%lu/%lu, csd %lu] <<< *not* scanning "
+          u"\n[%i] CWlanInterface::DiscoverNetworksSynchronous():[%lu/%lu, csd %lu] <<< *not* "
+          u"scanning "
           u"[force=%i] >>> delta=%llu vs %lu<-----------------------\n",
           m_ConfigIdx, done, tried, deferred, in.force_scan, in.deltaMs, interval);
       break;
     case ScanRule::kTraffic:
       if (!decision.countsDeferral) {
         LOG_INFO(
-            u"\n[%i] CWlanInterface::DiscoverNetworksSynchronous():[%lu/%lu, csd %lu] <<< *not* scanning "
-            u"[leave m_LastScanTime][force=%i] due to bitrate >>> delta=%llu vs %lu, mbps %0.2lf >= %0.2lf "
+            u"\n[%i] CWlanInterface::DiscoverNetworksSynchronous():[%lu/%lu, csd %lu] <<< *not* "
+            u"scanning "
+            u"[leave m_LastScanTime][force=%i] due to bitrate >>> delta=%llu vs %lu, mbps %0.2lf "
+            u">= %0.2lf "
             u"<=_____________\n",
-            m_ConfigIdx, done, tried, deferred, in.force_scan, in.deltaMs, interval, in.rate, in.gateLow);
+            m_ConfigIdx, done, tried, deferred, in.force_scan, in.deltaMs, interval, in.rate,
+            in.gateLow);
       } else if (in.ulScan) {
         LOG_INFO(
-            u"\n[%i] CWlanInterface::DiscoverNetworksSynchronous():[%lu/%lu, csd %lu] <<< *not* scanning "
+            u"\n[%i] CWlanInterface::DiscoverNetworksSynchronous():[%lu/%lu, csd %lu] <<< *not* "
+            u"scanning "
             u"[ULS Enabled][m_LastScanTime=now] delta=%llu, mbps %0.2lf vs "
             u"%0.2lf<-----------------------\n",
             m_ConfigIdx, done, tried, deferred, in.deltaMs, in.rate, in.gateLow);
       } else {
         LOG_INFO(
-            u"\n[%i] CWlanInterface::DiscoverNetworksSynchronous():[%lu/%lu, csd %lu] <<< *not* scanning "
+            u"\n[%i] CWlanInterface::DiscoverNetworksSynchronous():[%lu/%lu, csd %lu] <<< *not* "
+            u"scanning "
             u"[m_LastScanTime=now][force=%i] due to bitrate >>> delta=%llu, mbps %0.2lf >= "
             u"%0.2lf<-----------------------\n",
             m_ConfigIdx, done, tried, deferred, in.force_scan, in.deltaMs, in.rate, in.gateLow);
@@ -168,7 +181,8 @@ void CWlanInterface::LogScanDecision(const ScanInputs& in, const ScanDecision& d
   }
   if (decision.Scans()) {
     LOG_INFO(
-        u"\n[%i] CWlanInterface::DiscoverNetworksSynchronous():[%lu/%lu, csd %lu] [[[ *scanning* ]]] "
+        u"\n[%i] CWlanInterface::DiscoverNetworksSynchronous():[%lu/%lu, csd %lu] [[[ *scanning* "
+        u"]]] "
         u"delta=%llu, interval=%lu, forceScanCounter=%i, net_is_idle=%i <-+-+-+-+-+-+-+-+-+-+-+-\n",
         m_ConfigIdx, done, tried, deferred, in.deltaMs, interval, config->m_force_scan_counter,
         decision.netIsIdle);
@@ -200,25 +214,28 @@ void CWlanInterface::RunHiddenScans() {
     if (!MakeSsid(bytes, &ssid)) continue;
     if (m_bIsConnected &&
         IsConnectedSsid(ssid, GetConnAttrs().wlanAssociationAttributes.dot11Ssid)) {
-      LOG_ADAPTER(m_ConfigIdx, kScanLog,
-                  u"\n[%i] CWlanInterface::DiscoverNetworksSynchronous(): _SKIP_ Active Scanning HIDDEN "
-                  u"NETWORK: %S [currently connected]\n",
-                  m_ConfigIdx, bytes);
+      LOG_ADAPTER(
+          m_ConfigIdx, kScanLog,
+          u"\n[%i] CWlanInterface::DiscoverNetworksSynchronous(): _SKIP_ Active Scanning HIDDEN "
+          u"NETWORK: %S [currently connected]\n",
+          m_ConfigIdx, bytes);
       continue;
     }
-    LOG_ADAPTER(
-        m_ConfigIdx, kScanLog,
-        u"\n[%i] CWlanInterface::DiscoverNetworksSynchronous(): Active Scanning HIDDEN NETWORK: %S\n",
-        m_ConfigIdx, bytes);
+    LOG_ADAPTER(m_ConfigIdx, kScanLog,
+                u"\n[%i] CWlanInterface::DiscoverNetworksSynchronous(): Active Scanning HIDDEN "
+                u"NETWORK: %S\n",
+                m_ConfigIdx, bytes);
     try {
       ScanSynchronous(&ssid);
     } catch (const Exception& e) {
       LOG_ERROR(
-          u"[%i] CWlanInterface::DiscoverNetworksSynchronous: ScanSynchronous(%S) failed - Exception %hs\n",
+          u"[%i] CWlanInterface::DiscoverNetworksSynchronous: ScanSynchronous(%S) failed - "
+          u"Exception %hs\n",
           m_ConfigIdx, bytes, e.what());
     } catch (const std::exception& e) {
       LOG_ERROR(
-          u"[%i] CWlanInterface::DiscoverNetworksSynchronous: ScanSynchronous(%S) failed - std:exception "
+          u"[%i] CWlanInterface::DiscoverNetworksSynchronous: ScanSynchronous(%S) failed - "
+          u"std:exception "
           u"%hs\n",
           m_ConfigIdx, bytes, e.what());
     }
@@ -252,10 +269,12 @@ void CWlanInterface::ScanSynchronous(const DOT11_SSID* pSsid) {
   const bool exit = result == CompletionResult::kExit;
   if (exit) m_Operation.Abort();
   LOG_ERROR(
-      u"\n[%i] CWlanInterface::ScanSynchronous: [waitBool=%i] _AFTER_ m_pScanSyncEvent->WaitOnEvent() "
+      u"\n[%i] CWlanInterface::ScanSynchronous: [waitBool=%i] _AFTER_ "
+      u"m_pScanSyncEvent->WaitOnEvent() "
       u"!!!!!!!!!!!!! %s!",
       m_ConfigIdx, false, exit ? u"GOT EXIT EVENT" : u"TIMEOUT");
-  throw Exception(exit ? "ScanSynchronous() - Got Exit Event!" : "ScanSynchronous() - Event Timeout!");
+  throw Exception(exit ? "ScanSynchronous() - Got Exit Event!"
+                       : "ScanSynchronous() - Event Timeout!");
 }
 
 void CWlanInterface::ScanInternal(const DOT11_SSID* pSsid) {
@@ -263,10 +282,12 @@ void CWlanInterface::ScanInternal(const DOT11_SSID* pSsid) {
   ++m_ScanAttempts;
   DWORD result = ERROR_SUCCESS;
   try {
-    result = Os().wlan.WlanScan(client ? client->GetHandle() : nullptr, &GetGuid(), pSsid, nullptr, nullptr);
+    result = Os().wlan.WlanScan(client ? client->GetHandle() : nullptr, &GetGuid(), pSsid, nullptr,
+                                nullptr);
   } catch (const PlatformFault& fault) {
     ++m_ScanFailures;
-    LOG_ERROR(u"[%i]CWlanInterface::ScanInternal: WlanScan EXCEPTION: 0x%08x", m_ConfigIdx, fault.code);
+    LOG_ERROR(u"[%i]CWlanInterface::ScanInternal: WlanScan EXCEPTION: 0x%08x", m_ConfigIdx,
+              fault.code);
     throw Exception("WlanScan() failed: 0x%08lx", fault.code);
   }
   if (result == ERROR_SUCCESS) {

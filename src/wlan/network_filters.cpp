@@ -1,10 +1,10 @@
 // The permit and deny lists that group policy or the user have set.
 
-#include "settings/global_config_container.h"
-#include "store/csv_helper.h"
 #include "foundation/log_lines.h"
 #include "platform/platform.h"
 #include "platform/wlan_api.h"
+#include "settings/global_config_container.h"
+#include "store/csv_helper.h"
 #include "wlan/wlan_buffer.h"
 #include "wlan/wlan_call.h"
 #include "wlan/wlan_client.h"
@@ -56,10 +56,12 @@ void CWlanInterface::RefreshNetworkAllowDenyFilters() {
   std::uint32_t permitRows = 0;
   for (const FilterList& filter : kFilterLists) {
     std::vector<WString> ssids;
-    const DWORD result = ReadFilterList(client ? client->GetHandle() : nullptr, filter.type, &ssids);
+    const DWORD result =
+        ReadFilterList(client ? client->GetHandle() : nullptr, filter.type, &ssids);
     if (result != ERROR_SUCCESS) {
       LOG_ERROR(
-          u"[%i] CWlanInterface::RefreshNetworkAllowDenyFilters: WlanGetFilterList_wrapper(%s) __FAILED__, "
+          u"[%i] CWlanInterface::RefreshNetworkAllowDenyFilters: WlanGetFilterList_wrapper(%s) "
+          u"__FAILED__, "
           u"rc=0x%08lx\n",
           m_ConfigIdx, filter.name, result);
       continue;
@@ -74,10 +76,12 @@ void CWlanInterface::RefreshNetworkAllowDenyFilters() {
 
   const auto registry = global.GetRegistry();
   if (!registry || !registry->SetRegistryStringValue(u"AllowListCSV", permitted->GetString())) {
-    LOG_ERROR(u"[%i] ===========> RefreshNetworkAllowDenyFilters: ALLOW LIST WRITE FAILED!\n", m_ConfigIdx);
+    LOG_ERROR(u"[%i] ===========> RefreshNetworkAllowDenyFilters: ALLOW LIST WRITE FAILED!\n",
+              m_ConfigIdx);
   }
   if (!registry || !registry->SetRegistryStringValue(u"DenyListCSV", denied->GetString())) {
-    LOG_ERROR(u"[%i] ===========> RefreshNetworkAllowDenyFilters: DEMY LIST WRITE FAILED!\n", m_ConfigIdx);
+    LOG_ERROR(u"[%i] ===========> RefreshNetworkAllowDenyFilters: DEMY LIST WRITE FAILED!\n",
+              m_ConfigIdx);
   }
 }
 

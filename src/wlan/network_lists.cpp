@@ -3,17 +3,17 @@
 #include <algorithm>
 #include <cstring>
 
-#include "settings/global_config_container.h"
 #include "foundation/log_lines.h"
+#include "model/global_wireless_maps.h"
 #include "monitors/network_list_manager.h"
 #include "platform/platform.h"
 #include "platform/wlan_api.h"
+#include "settings/global_config_container.h"
 #include "wlan/wlan_buffer.h"
 #include "wlan/wlan_call.h"
 #include "wlan/wlan_client.h"
 #include "wlan/wlan_interface.h"
 #include "wlan/wlan_limits.h"
-#include "model/global_wireless_maps.h"
 
 namespace corvane {
 
@@ -54,15 +54,16 @@ CSmartPointer<CGenericMalloc> CWlanInterface::GetAvailableNetworkList() {
   try {
     WlanBuffer<WLAN_AVAILABLE_NETWORK_LIST> list;
     DWORD result = CodeOfCall("CWlanInterface", "WlanGetAvailableNetworkList", [&] {
-      return Os().wlan.WlanGetAvailableNetworkList(client ? client->GetHandle() : nullptr, &GetGuid(), 0,
-                                                   nullptr, list.Out());
+      return Os().wlan.WlanGetAvailableNetworkList(client ? client->GetHandle() : nullptr,
+                                                   &GetGuid(), 0, nullptr, list.Out());
     });
     if (result == ERROR_SUCCESS && list && list->dwNumberOfItems > kMaxListedNetworks) {
       result = ERROR_INVALID_DATA;
     }
     if (result != ERROR_SUCCESS) {
-      LOG_ERROR(u"[%i]CWlanInterface::GetAvailableNetworkList: WlanGetAvailableNetworkList FAILED %lu",
-                m_ConfigIdx, result);
+      LOG_ERROR(
+          u"[%i]CWlanInterface::GetAvailableNetworkList: WlanGetAvailableNetworkList FAILED %lu",
+          m_ConfigIdx, result);
       throw Exception("WlanGetAvailableNetworkList() failed: %i", result);
     }
     if (!list) throw Exception("WlanGetAvailableNetworkList() failed: pData is NULL");
@@ -71,7 +72,8 @@ CSmartPointer<CGenericMalloc> CWlanInterface::GetAvailableNetworkList() {
   } catch (const Exception& e) {
     LOG_ERROR(u"[%i]CWlanInterface::GetAvailableNetworkList: Exception: %S", m_ConfigIdx, e.what());
   } catch (const std::exception& e) {
-    LOG_ERROR(u"[%i]CWlanInterface::GetAvailableNetworkList: std:exception: %S", m_ConfigIdx, e.what());
+    LOG_ERROR(u"[%i]CWlanInterface::GetAvailableNetworkList: std:exception: %S", m_ConfigIdx,
+              e.what());
   }
   return nullptr;
 }
@@ -81,13 +83,14 @@ CSmartPointer<CGenericMalloc> CWlanInterface::GetNetworkBssList() {
   try {
     WlanBuffer<WLAN_BSS_LIST> list;
     DWORD result = CodeOfCall("CWlanInterface", "WlanGetNetworkBssList", [&] {
-      return Os().wlan.WlanGetNetworkBssList(client ? client->GetHandle() : nullptr, &GetGuid(), nullptr,
-                                             dot11_BSS_type_any, kSecurityEnabled, nullptr, list.Out());
+      return Os().wlan.WlanGetNetworkBssList(client ? client->GetHandle() : nullptr, &GetGuid(),
+                                             nullptr, dot11_BSS_type_any, kSecurityEnabled, nullptr,
+                                             list.Out());
     });
     if (result == ERROR_SUCCESS && list && !IsPossible(*list.get())) result = ERROR_INVALID_DATA;
     if (result != ERROR_SUCCESS) {
-      LOG_ERROR(u"[%i]CWlanInterface::GetNetworkBssList:: WlanGetNetworkBssList FAILED %lu", m_ConfigIdx,
-                result);
+      LOG_ERROR(u"[%i]CWlanInterface::GetNetworkBssList:: WlanGetNetworkBssList FAILED %lu",
+                m_ConfigIdx, result);
       throw Exception("WlanGetNetworkBssList() failed: %i", result);
     }
     if (!list) throw Exception("WlanGetNetworkBssList() failed: pData is NULL");
@@ -113,7 +116,8 @@ void CWlanInterface::ReadLists(bool scanned, bool first, double rate, std::int32
     } else {
       *aux_error = kBssListError;
       LOG_ERROR(
-          u"[%i]CWlanInterface::DiscoverNetworksSynchronous: GetNetworkBssList()/CGenericMalloc Failure!",
+          u"[%i]CWlanInterface::DiscoverNetworksSynchronous: GetNetworkBssList()/CGenericMalloc "
+          u"Failure!",
           m_ConfigIdx);
     }
     MarkConnected();
@@ -125,7 +129,8 @@ void CWlanInterface::ReadLists(bool scanned, bool first, double rate, std::int32
     }
   } else {
     LOG_DEBUG(DBG(0),
-              u"[%i] CWlanInterface::DiscoverNetworksSynchronous: GetAvailableNetworkList()/CGenericMalloc "
+              u"[%i] CWlanInterface::DiscoverNetworksSynchronous: "
+              u"GetAvailableNetworkList()/CGenericMalloc "
               u"Failure!\n",
               m_ConfigIdx);
   }
@@ -165,12 +170,14 @@ bool CWlanInterface::FindProfile(CWlanNetwork& network) {
   network.m_Profile = GetProfileDataHelper(network.m_SSIDW);
   if (network.m_Profile) return true;
   std::list<WString> names;
-  if (auto* const list = CNetworkListManager::Find()) list->GetNameForBaseNetname(network.m_SSIDW, &names);
+  if (auto* const list = CNetworkListManager::Find())
+    list->GetNameForBaseNetname(network.m_SSIDW, &names);
   for (const WString& name : names) {
     network.m_Profile = GetProfileDataHelper(name);
     if (!network.m_Profile) continue;
     LOG_DEBUG(DBG(1),
-              u"\n[%i] CWlanInterface::DiscoverNetworksSynchronous: FOUND PROFILE USING OTHER NAME [%s]\n",
+              u"\n[%i] CWlanInterface::DiscoverNetworksSynchronous: FOUND PROFILE USING OTHER NAME "
+              u"[%s]\n",
               m_ConfigIdx, name);
     return true;
   }
@@ -192,8 +199,8 @@ void CWlanInterface::TakeBssEntries(const CGenericMalloc& list) {
   }
 }
 
-void CWlanInterface::TakeBss(const WLAN_BSS_ENTRY& bss, const std::uint8_t* ies, std::uint32_t cbIEs,
-                             const MacAddress& connected) {
+void CWlanInterface::TakeBss(const WLAN_BSS_ENTRY& bss, const std::uint8_t* ies,
+                             std::uint32_t cbIEs, const MacAddress& connected) {
   const WString ssid = SsidText(bss.dot11Ssid);
   const auto at = m_Networks.find(ssid);
   if (at == m_Networks.end()) {
@@ -226,10 +233,11 @@ void CWlanInterface::BumpUnscannedCounter() {
     for (const auto& [bssid, entry] : network->m_BssMap) {
       if (entry->m_bss_scanned) continue;
       ++entry->m_unscanned_count;
-      LOG_DEBUG(DBG(37),
-                u"BumpUnscannedCounter[%s %s][m_bss_scanned=%i, m_unscanned_count=%i]: BUMPED UNSCANNED "
-                u"COUNTER!\n",
-                entry->m_SSIDW, entry->m_BSSIDText, entry->m_bss_scanned, entry->m_unscanned_count);
+      LOG_DEBUG(
+          DBG(37),
+          u"BumpUnscannedCounter[%s %s][m_bss_scanned=%i, m_unscanned_count=%i]: BUMPED UNSCANNED "
+          u"COUNTER!\n",
+          entry->m_SSIDW, entry->m_BSSIDText, entry->m_bss_scanned, entry->m_unscanned_count);
     }
   }
 }

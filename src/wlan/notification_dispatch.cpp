@@ -39,7 +39,8 @@ void DispatchAcm(const WLAN_NOTIFICATION_DATA& notification, IWlanAllNotificatio
     case wlan_notification_acm_connection_attempt_fail:
     case wlan_notification_acm_disconnecting:
     case wlan_notification_acm_disconnected:
-      if (Holds(notification, kConnectionBytes)) sink.ConnectionNotification(code, notification.pData);
+      if (Holds(notification, kConnectionBytes))
+        sink.ConnectionNotification(code, notification.pData);
       break;
     default:
       break;
@@ -62,7 +63,8 @@ void DispatchMsm(const WLAN_NOTIFICATION_DATA& notification, IWlanAllNotificatio
       if (ReadWord(notification, &word)) sink.MSMAdapterOperationModeNotification(word);
       break;
     default:
-      if ((code >= 1 && code <= 6) || (code >= 9 && code <= 13)) sink.MSMNotification(notification.pData);
+      if ((code >= 1 && code <= 6) || (code >= 9 && code <= 13))
+        sink.MSMNotification(notification.pData);
       break;
   }
 }
@@ -70,8 +72,10 @@ void DispatchMsm(const WLAN_NOTIFICATION_DATA& notification, IWlanAllNotificatio
 }  // namespace
 
 void DispatchNotification(const WLAN_NOTIFICATION_DATA& notification, IWlanAllNotifications& sink) {
-  if (notification.NotificationSource == WLAN_NOTIFICATION_SOURCE_ACM) DispatchAcm(notification, sink);
-  if (notification.NotificationSource == WLAN_NOTIFICATION_SOURCE_MSM) DispatchMsm(notification, sink);
+  if (notification.NotificationSource == WLAN_NOTIFICATION_SOURCE_ACM)
+    DispatchAcm(notification, sink);
+  if (notification.NotificationSource == WLAN_NOTIFICATION_SOURCE_MSM)
+    DispatchMsm(notification, sink);
 }
 
 }  // namespace corvane

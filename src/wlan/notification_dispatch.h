@@ -4,8 +4,8 @@
 
 namespace corvane {
 
-// Calls the operation of `sink` that a platform notification stands for. One of an unknown source or
-// code, or with less data than its kind has, is passed over.
+// Calls the operation of `sink` that a platform notification stands for. One of an unknown source
+// or code, or with less data than its kind has, is passed over.
 void DispatchNotification(const platform::WLAN_NOTIFICATION_DATA& notification,
                           IWlanAllNotifications& sink);
 

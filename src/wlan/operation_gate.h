@@ -1,6 +1,6 @@
 #pragma once
-// The synchronous operations of an adapter: one at a time, each begun by a caller that waits and ended
-// by a notification on the platform's thread.
+// The synchronous operations of an adapter: one at a time, each begun by a caller that waits and
+// ended by a notification on the platform's thread.
 
 #include <cstdint>
 
@@ -18,7 +18,8 @@ inline constexpr std::int32_t kNoCompletion = -2;
 // Who caused a connection notification. Pure.
 struct NotificationOwner {
   bool weInitiated = false;
-  bool xSide = false;  // the old network's disconnect, which the service's own connect brings with it
+  bool xSide =
+      false;  // the old network's disconnect, which the service's own connect brings with it
   friend bool operator==(const NotificationOwner&, const NotificationOwner&) = default;
 };
 NotificationOwner OwnerOfNotification(bool busy, WlanOperation kind, platform::DWORD code);
@@ -38,14 +39,14 @@ class OperationGate {
 
   State Get() const;
 
-  // For the caller of an operation. False while another one runs, or while its caller has yet to take
-  // its outcome.
+  // For the caller of an operation. False while another one runs, or while its caller has yet to
+  // take its outcome.
   bool TryBegin(WlanOperation kind);
   Outcome TakeOutcome();  // after the wait; the next operation may begin
   // After a time-out. False when the completion has come in the meantime: then its signal is on the
   // way and the caller waits for that.
   bool Withdraw();
-  void Abort();     // ends the operation for good
+  void Abort();      // ends the operation for good
   void LeaveBusy();  // the caller goes, the operation stays in flight
 
   // For the platform's thread. Ends the operation if it is of this kind; true when its caller waits
@@ -56,7 +57,7 @@ class OperationGate {
   mutable CCritSec m_Lock{"operation", LockRank::kLeaf};
   State m_State;
   Outcome m_Outcome;
-  bool m_op_waiting = false;   // the caller still waits for the signal
+  bool m_op_waiting = false;  // the caller still waits for the signal
   bool m_bCallerInside = false;
 };
 

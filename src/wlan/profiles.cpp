@@ -1,17 +1,17 @@
 // The stored profiles: look-ups, the maps of all adapters, and the text that clients read.
 
-#include "notify/notification_manager.h"
-#include "settings/global_config_container.h"
-#include "store/value_names.h"
 #include "foundation/log_lines.h"
+#include "model/global_wireless_maps.h"
+#include "notify/notification_manager.h"
 #include "platform/platform.h"
 #include "platform/wlan_api.h"
+#include "settings/global_config_container.h"
+#include "store/value_names.h"
 #include "wlan/wlan_buffer.h"
 #include "wlan/wlan_call.h"
 #include "wlan/wlan_client.h"
 #include "wlan/wlan_interface.h"
 #include "wlan/wlan_limits.h"
-#include "model/global_wireless_maps.h"
 
 namespace corvane {
 
@@ -50,8 +50,8 @@ CSmartPointer<CWlanProfileData> CWlanInterface::GetProfileDataHelper(const WStri
   DWORD flags = WLAN_PROFILE_GET_PLAINTEXT_KEY;
   DWORD grantedAccess = 0;
   const DWORD result = CodeOfCall("CWlanInterface", "WlanGetProfile", [&] {
-    return Os().wlan.WlanGetProfile(client ? client->GetHandle() : nullptr, &GetGuid(), name.c_str(),
-                                    nullptr, xml.Out(), &flags, &grantedAccess);
+    return Os().wlan.WlanGetProfile(client ? client->GetHandle() : nullptr, &GetGuid(),
+                                    name.c_str(), nullptr, xml.Out(), &flags, &grantedAccess);
   });
   if (result == ERROR_SUCCESS && xml) {
     auto profile = CWlanProfileData::CreateObject();
@@ -59,11 +59,13 @@ CSmartPointer<CWlanProfileData> CWlanInterface::GetProfileDataHelper(const WStri
     return profile;
   }
   if (result == ERROR_NOT_FOUND) {
-    LOG_DEBUG(DBG(1), u"[%i] CWlanInterface::GetProfileDataHelper: strProfileName=[%s] __NOT FOUND__\n",
+    LOG_DEBUG(DBG(1),
+              u"[%i] CWlanInterface::GetProfileDataHelper: strProfileName=[%s] __NOT FOUND__\n",
               m_ConfigIdx, name);
   } else {
     LOG_DEBUG(DBG(1),
-              u"[%i] CWlanInterface::GetProfileDataHelper: strProfileName=[%s] WlanGetProfile() __FAILED__, "
+              u"[%i] CWlanInterface::GetProfileDataHelper: strProfileName=[%s] WlanGetProfile() "
+              u"__FAILED__, "
               u"rc=0x%08lx\n",
               m_ConfigIdx, name, result);
   }
@@ -91,10 +93,10 @@ void CWlanInterface::RefreshProfiledAPList() {
     const CCritSecLock lock(maps.GetLock());
     if (IsInStep(maps.m_MapOfProfiles2, names)) return;
   }
-  LOG_ADAPTER(
-      m_ConfigIdx, DBG(0),
-      u"[%i]CWlanInterface::RefreshProfiledAPList: RESET GWM_S map2 used for ProfiledNetworksJson .....",
-      m_ConfigIdx);
+  LOG_ADAPTER(m_ConfigIdx, DBG(0),
+              u"[%i]CWlanInterface::RefreshProfiledAPList: RESET GWM_S map2 used for "
+              u"ProfiledNetworksJson .....",
+              m_ConfigIdx);
   RebuildProfiledNetworks("RefreshProfiledAPList", names, false);
 }
 
@@ -103,7 +105,8 @@ void CWlanInterface::EnumerateALLAPProfiles() {
   if (ListProfiles(&names)) RebuildProfiledNetworks("EnumerateALLAPProfiles", names, true);
 }
 
-void CWlanInterface::RebuildProfiledNetworks(const char* operation, const std::vector<WString>& names,
+void CWlanInterface::RebuildProfiledNetworks(const char* operation,
+                                             const std::vector<WString>& names,
                                              bool collectHidden) {
   CGlobalWirelessMaps::ProfileMap fresh;
   for (const WString& name : names) {
@@ -131,8 +134,8 @@ void CWlanInterface::RebuildProfiledNetworks(const char* operation, const std::v
   }
   if (old == text) return;
   LOG_ADAPTER(m_ConfigIdx, DBG(0),
-              u"[%i]CWlanInterface::%S: registry str mismatch, SENDING EC NOTIFICATION EVENT!", m_ConfigIdx,
-              operation);
+              u"[%i]CWlanInterface::%S: registry str mismatch, SENDING EC NOTIFICATION EVENT!",
+              m_ConfigIdx, operation);
   QueueNotification(u"Corvane", u"System", u"ProfiledNetworksJson");
 }
 
@@ -161,8 +164,8 @@ bool CWlanInterface::GetProfileProperties(const WString& ssid, bool* hidden) {
     return remember(copy);
   }
   if (const auto profile = GetProfileDataHelper(ssid)) return remember(profile);
-  LOG_ADAPTER(m_ConfigIdx, DBG(0), u"CWlanInterface::GetProfileProperties: FAILED TO FIND PROFILE FOR: %s\n",
-              ssid);
+  LOG_ADAPTER(m_ConfigIdx, DBG(0),
+              u"CWlanInterface::GetProfileProperties: FAILED TO FIND PROFILE FOR: %s\n", ssid);
   *hidden = false;
   return false;
 }
@@ -170,12 +173,13 @@ bool CWlanInterface::GetProfileProperties(const WString& ssid, bool* hidden) {
 bool CWlanInterface::DeleteWlanProfile(const WString& name) {
   const auto client = Client();
   const DWORD result = CodeOfCall("CWlanInterface", "WlanDeleteProfile", [&] {
-    return Os().wlan.WlanDeleteProfile(client ? client->GetHandle() : nullptr, &GetGuid(), name.c_str(),
-                                       nullptr);
+    return Os().wlan.WlanDeleteProfile(client ? client->GetHandle() : nullptr, &GetGuid(),
+                                       name.c_str(), nullptr);
   });
   if (result == ERROR_SUCCESS) return true;
   LOG_ERROR(
-      u"[%i] CWlanInterface::DeleteWlanProfile: strProfileName=[%s] WlanDeleteProfile() __FAILED__, "
+      u"[%i] CWlanInterface::DeleteWlanProfile: strProfileName=[%s] WlanDeleteProfile() "
+      u"__FAILED__, "
       u"rc=0x%08lx\n",
       m_ConfigIdx, name, result);
   return false;

@@ -18,7 +18,8 @@ constexpr double kQuietRate = 0.04;
 
 }  // namespace
 
-GateLearning LearnRateGates(const TrickleMeasure& measure, const RateGates& now, const RateGates& start) {
+GateLearning LearnRateGates(const TrickleMeasure& measure, const RateGates& now,
+                            const RateGates& start) {
   GateLearning result;
   if (measure.ageSecs > kLearnUntilSecs) return result;
   RateGates gates = now;
@@ -27,7 +28,8 @@ GateLearning LearnRateGates(const TrickleMeasure& measure, const RateGates& now,
     const double high = std::min(kHighMax, low + kGateWidth);
     if (high > now.high || low > now.low) result.learned = gates = {high, low};
   }
-  result.settled = measure.ageSecs > kSettleAfterSecs && gates == start && measure.rate <= kQuietRate;
+  result.settled =
+      measure.ageSecs > kSettleAfterSecs && gates == start && measure.rate <= kQuietRate;
   return result;
 }
 

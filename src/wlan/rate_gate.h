@@ -25,6 +25,7 @@ struct GateLearning {
   bool settled = false;              // nothing more is to be learned on this connection
 };
 // `start` are the gates that a connection begins with.
-GateLearning LearnRateGates(const TrickleMeasure& measure, const RateGates& now, const RateGates& start);
+GateLearning LearnRateGates(const TrickleMeasure& measure, const RateGates& now,
+                            const RateGates& start);
 
 }  // namespace corvane

@@ -2,10 +2,10 @@
 
 #include "foundation/averager.h"
 #include "foundation/log_lines.h"
-#include "store/process_flags.h"
-#include "monitors/network_list_manager.h"
-#include "wlan/wlan_interface.h"
 #include "model/global_wireless_maps.h"
+#include "monitors/network_list_manager.h"
+#include "store/process_flags.h"
+#include "wlan/wlan_interface.h"
 
 namespace corvane {
 
@@ -31,8 +31,8 @@ void CWlanInterface::NoteConnectivity() {
   if (!record.name.empty()) list->SetConnectivityForNetwork(ssid, record.connectivity);
   if (internet) return;
   LOG_ADAPTER(m_ConfigIdx, DBG(0) | DBG(16) | DBG(37),
-              u"\n[%i] CWlanInterface::UpdateAllScores(): [%s] CONNECTION HAS NO INTERNET%s\n", m_ConfigIdx,
-              ssid, g_bVPNFound ? u", might be false due to VPN detected." : u"");
+              u"\n[%i] CWlanInterface::UpdateAllScores(): [%s] CONNECTION HAS NO INTERNET%s\n",
+              m_ConfigIdx, ssid, g_bVPNFound ? u", might be false due to VPN detected." : u"");
 }
 
 void CWlanInterface::UpdateAllScores() {
@@ -63,7 +63,8 @@ void CWlanInterface::UpdateAllScores() {
   config->m_AvgLoad5 = high.load.Mean();
   config->m_AvgLoad2 = low.load.Mean();
   LOG_ADAPTER(m_ConfigIdx, DBG(0),
-              u"[%i] CWlanInterface::UpdateAllScores: Avg qbssload scores: 5Ghz=%i, 2Ghz=%i. Avg load values: "
+              u"[%i] CWlanInterface::UpdateAllScores: Avg qbssload scores: 5Ghz=%i, 2Ghz=%i. Avg "
+              u"load values: "
               u"5Ghz=%02.lf, 2Ghz=%0.2lf \n",
               m_ConfigIdx, config->m_AvgQBSSScore5, config->m_AvgQBSSScore2, config->m_AvgLoad5,
               config->m_AvgLoad2);
@@ -75,8 +76,9 @@ void CWlanInterface::RememberConnectivity() {
   for (const auto& [ssid, network] : m_Networks) {
     for (const auto& [bssid, entry] : network->m_BssMap) {
       if (!entry->m_bss_scanned || !entry->m_bConnectivityKnown) continue;
-      m_InternetMemo.Add(false, ssid.c_str(), entry->m_BSSIDText.c_str(), entry->GetBandText().c_str(),
-                         Format(u"%lu", entry->m_Channel).c_str(), entry->m_bInternetLatch, entry->GetLQ());
+      m_InternetMemo.Add(false, ssid.c_str(), entry->m_BSSIDText.c_str(),
+                         entry->GetBandText().c_str(), Format(u"%lu", entry->m_Channel).c_str(),
+                         entry->m_bInternetLatch, entry->GetLQ());
     }
   }
 }

@@ -18,7 +18,8 @@ constexpr std::uint64_t kSwitchLog = DBG(16) | DBG(17);
 }  // namespace
 
 void SwitchRate::FinishMinute() {
-  m_SwitchesPerMinList.insert(m_SwitchesPerMinList.begin(), static_cast<std::int32_t>(m_SwitchAttempts));
+  m_SwitchesPerMinList.insert(m_SwitchesPerMinList.begin(),
+                              static_cast<std::int32_t>(m_SwitchAttempts));
   if (m_SwitchesPerMinList.size() > kMinutesKept) m_SwitchesPerMinList.resize(kMinutesKept);
 }
 
@@ -61,8 +62,8 @@ bool ShowsFlapping(const std::vector<std::int32_t>& switchesPerMin) {
 
 void CWlanInterface::IncSwitchAttempt() {
   const SwitchRate::Step step = m_SwitchRate.CountAttempt(Os().clock.GetTickCount64());
-  LOG_ADAPTER(m_ConfigIdx, kSwitchLog, u"[%i] CWlanInterface::IncSwitchAttempt(): [%s] attempts: %lu\n",
-              m_ConfigIdx,
+  LOG_ADAPTER(m_ConfigIdx, kSwitchLog,
+              u"[%i] CWlanInterface::IncSwitchAttempt(): [%s] attempts: %lu\n", m_ConfigIdx,
               step == SwitchRate::Step::kInitPeriod  ? u"INIT-PERIOD"
               : step == SwitchRate::Step::kNewPeriod ? u"NEW-PERIOD"
                                                      : u"SAME-PERIOD",
@@ -80,16 +81,19 @@ void CWlanInterface::ProcessSwitchesPerMin() {
   if (!ShowsFlapping(minutes)) {
     if (minutes.size() == 1) {
       LOG_ADAPTER(m_ConfigIdx, kSwitchLog,
-                  u"[%i] CWlanInterface::ProcessSwitchesPerMin(): single entry: %i SPM [too small/ignore]\n",
+                  u"[%i] CWlanInterface::ProcessSwitchesPerMin(): single entry: %i SPM [too "
+                  u"small/ignore]\n",
                   m_ConfigIdx, minutes.front());
       return;
     }
     WString text;
-    for (const std::int32_t switches : minutes) text += Format(text.empty() ? u"%i" : u", %i", switches);
-    LOG_ADAPTER(m_ConfigIdx, kSwitchLog,
-                u"[%i] CWlanInterface::ProcessSwitchesPerMin(): DO NOTHING: [m_SwitchesPerMinList.size() = "
-                u"%zu] '%s'\n",
-                m_ConfigIdx, minutes.size(), text);
+    for (const std::int32_t switches : minutes)
+      text += Format(text.empty() ? u"%i" : u", %i", switches);
+    LOG_ADAPTER(
+        m_ConfigIdx, kSwitchLog,
+        u"[%i] CWlanInterface::ProcessSwitchesPerMin(): DO NOTHING: [m_SwitchesPerMinList.size() = "
+        u"%zu] '%s'\n",
+        m_ConfigIdx, minutes.size(), text);
     return;
   }
   Config()->ResolveUp_APScoreDeltaThreshold(TakeScoreDiffSummary());

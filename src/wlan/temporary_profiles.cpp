@@ -19,25 +19,27 @@ void CWlanInterface::SaveTempProfileToNetwork(const WString& ssid,
   const auto at = m_Networks.find(ssid);
   if (at == m_Networks.end()) {
     LOG_ADAPTER(m_ConfigIdx, kProfileLog,
-                u"[%i] CWlanInterface::SaveTempProfileToNetwork: SSID [%s] _NOT FOUND_\n", m_ConfigIdx, ssid);
+                u"[%i] CWlanInterface::SaveTempProfileToNetwork: SSID [%s] _NOT FOUND_\n",
+                m_ConfigIdx, ssid);
     return;
   }
   CWlanNetwork& network = *at->second;
   if (network.m_Profile) {
     LOG_ADAPTER(m_ConfigIdx, kProfileLog,
-                u"[%i] CWlanInterface::SaveTempProfileToNetwork: SSID [%s] FOUND, but already has Profile\n",
+                u"[%i] CWlanInterface::SaveTempProfileToNetwork: SSID [%s] FOUND, but already has "
+                u"Profile\n",
                 m_ConfigIdx, ssid);
     return;
   }
   network.m_TempProfileXml = parameters.strProfile ? parameters.strProfile : u"";
-  LOG_ADAPTER(m_ConfigIdx, kProfileLog, u"[%i] CWlanInterface::SaveTempProfileToNetwork: SSID [%s]\n",
-              m_ConfigIdx, ssid);
+  LOG_ADAPTER(m_ConfigIdx, kProfileLog,
+              u"[%i] CWlanInterface::SaveTempProfileToNetwork: SSID [%s]\n", m_ConfigIdx, ssid);
   for (const auto& [bssid, entry] : network.m_BssMap) {
     entry->m_bHasTempProfile = true;
-    LOG_ADAPTER(
-        m_ConfigIdx, kProfileLog,
-        u"[%i] CWlanInterface::SaveTempProfileToNetwork: SSID [%s]: SetHasTempProfile in BSSID %s\n",
-        m_ConfigIdx, ssid, entry->m_BSSIDText);
+    LOG_ADAPTER(m_ConfigIdx, kProfileLog,
+                u"[%i] CWlanInterface::SaveTempProfileToNetwork: SSID [%s]: SetHasTempProfile in "
+                u"BSSID %s\n",
+                m_ConfigIdx, ssid, entry->m_BSSIDText);
   }
 }
 
@@ -55,14 +57,14 @@ void CWlanInterface::SaveTempProfiles() {
   for (const WString& xml : std::exchange(m_TempProfilesToSave, {})) {
     DWORD reason = 0;
     const DWORD result = CodeOfCall("CWlanInterface", "WlanSetProfile", [&] {
-      return Os().wlan.WlanSetProfile(client ? client->GetHandle() : nullptr, &GetGuid(), 0, xml.c_str(),
-                                      nullptr, TRUE, nullptr, &reason);
+      return Os().wlan.WlanSetProfile(client ? client->GetHandle() : nullptr, &GetGuid(), 0,
+                                      xml.c_str(), nullptr, TRUE, nullptr, &reason);
     });
     if (result == ERROR_SUCCESS) {
       LOG_DEBUG(DBG(43), u"Successfully saved temp profile!\n%s\n", xml);
     } else {
-      LOG_DEBUG(DBG(43), u"Failed to save temp profile[rc=%lu, reason=%lu, %s]\n%s\n", result, reason,
-                ReasonText(reason), xml);
+      LOG_DEBUG(DBG(43), u"Failed to save temp profile[rc=%lu, reason=%lu, %s]\n%s\n", result,
+                reason, ReasonText(reason), xml);
     }
   }
 }

@@ -70,7 +70,8 @@ bool CWifiClientContainer::AdapterCountChanged() {
   return client && client->CheckForChangeInInterfaceCount();
 }
 
-bool CWifiClientContainer::AvoidThisCandidateOnMyIF(CWlanBssEntry* bss, CWlanInterface* myInterface) {
+bool CWifiClientContainer::AvoidThisCandidateOnMyIF(CWlanBssEntry* bss,
+                                                    CWlanInterface* myInterface) {
   if (!bss || !myInterface) {
     throw Exception("CWifiClientContainer::AvoidThisCandidateOnMyIF(): Invalid args!");
   }
@@ -83,18 +84,20 @@ bool CWifiClientContainer::AvoidThisCandidateOnMyIF(CWlanBssEntry* bss, CWlanInt
     if (other.get() == myInterface) continue;
     if (const MacAddress connected = other->GetConnectedBssid();
         other->IsConnected() && (connected == wanted || IsJustConnectedTo(*other, wanted))) {
-      LOG_DEBUG(DBG(19),
-                u"CWifiClientContainer::AvoidThisCandidateOnMyIF: *MATCHED* BSSID: candidate ssid: %s, "
-                u"bssid: %s, other IF connected bssid: %S",
-                bss->m_SSIDW, bss->m_BSSIDText, MacTextA(wanted));
+      LOG_DEBUG(
+          DBG(19),
+          u"CWifiClientContainer::AvoidThisCandidateOnMyIF: *MATCHED* BSSID: candidate ssid: %s, "
+          u"bssid: %s, other IF connected bssid: %S",
+          bss->m_SSIDW, bss->m_BSSIDText, MacTextA(wanted));
       return true;
     }
     MacAddress reserved{};
     if (other->GetReservation(&reserved) && reserved == wanted) {
-      LOG_DEBUG(DBG(19),
-                u"CWifiClientContainer::AvoidThisCandidateOnMyIF: *MATCHED* RESERVED BSSID: candidate "
-                u"ssid: %s, candidate bssid: %s, other RESERVED bssid: %S",
-                bss->m_SSIDW, bss->m_BSSIDText, MacTextA(reserved));
+      LOG_DEBUG(
+          DBG(19),
+          u"CWifiClientContainer::AvoidThisCandidateOnMyIF: *MATCHED* RESERVED BSSID: candidate "
+          u"ssid: %s, candidate bssid: %s, other RESERVED bssid: %S",
+          bss->m_SSIDW, bss->m_BSSIDText, MacTextA(reserved));
       return true;
     }
   }

@@ -7,7 +7,9 @@ namespace corvane {
 // Holds the one WLAN client.
 class CWifiClientContainer {
  public:
-  static CWifiClientContainer& GetInstance() { return Singleton<CWifiClientContainer>::GetInstance(); }
+  static CWifiClientContainer& GetInstance() {
+    return Singleton<CWifiClientContainer>::GetInstance();
+  }
 
   // Makes the client where there is none, enumerates and publishes the adapters. Keeps failures to
   // itself: then the count is 0, and the next call tries again.
@@ -16,8 +18,8 @@ class CWifiClientContainer {
   int GetCount();
   CSmartPointer<CWlanInterface> GetInterface(int position);  // in GUID order; null past the end
   bool AdapterCountChanged();
-  // Another adapter is connected to this BSS or has reserved it. Takes the other adapters' interface
-  // locks, one at a time: the caller holds none. Throws on null.
+  // Another adapter is connected to this BSS or has reserved it. Takes the other adapters'
+  // interface locks, one at a time: the caller holds none. Throws on null.
   bool AvoidThisCandidateOnMyIF(CWlanBssEntry* bss, CWlanInterface* myInterface);
 
  private:

@@ -4,10 +4,10 @@
 #include <cstring>
 #include <vector>
 
-#include "settings/global_config_container.h"
 #include "foundation/log_lines.h"
 #include "platform/platform.h"
 #include "platform/wlan_api.h"
+#include "settings/global_config_container.h"
 #include "wlan/connection_name.h"
 #include "wlan/notification_dispatch.h"
 #include "wlan/wlan_buffer.h"
@@ -48,7 +48,8 @@ std::vector<ListedAdapter> SortedByName(const WLAN_INTERFACE_INFO_LIST& list) {
   adapters.reserve(list.dwNumberOfItems);
   for (DWORD i = 0; i < list.dwNumberOfItems; ++i) {
     const WLAN_INTERFACE_INFO& info = list.InterfaceInfo[i];
-    adapters.push_back({ReadConnectionName(ConnectionKeyPath(GuidText(info.InterfaceGuid))), &info});
+    adapters.push_back(
+        {ReadConnectionName(ConnectionKeyPath(GuidText(info.InterfaceGuid))), &info});
   }
   std::stable_sort(adapters.begin(), adapters.end(),
                    [](const ListedAdapter& a, const ListedAdapter& b) { return a.name < b.name; });
@@ -77,7 +78,8 @@ void CWlanClient::Register() {
   DWORD previous = 0;
   const DWORD result = CodeOf("WlanRegisterNotification", [&] {
     return Os().wlan.WlanRegisterNotification(m_hClient, WLAN_NOTIFICATION_SOURCE_ALL, FALSE,
-                                              &CWlanClient::OnNotification, this, nullptr, &previous);
+                                              &CWlanClient::OnNotification, this, nullptr,
+                                              &previous);
   });
   if (result == ERROR_SUCCESS) {
     m_bRegistered = true;
@@ -86,7 +88,8 @@ void CWlanClient::Register() {
   const HANDLE handle = m_hClient;
   Shutdown();
   LOG_ERROR(
-      u"CWlanClient::CWlanClient:[this=0x%p][m_hClient=0x%p] WlanRegisterNotification() failed - %lu",
+      u"CWlanClient::CWlanClient:[this=0x%p][m_hClient=0x%p] WlanRegisterNotification() failed - "
+      u"%lu",
       this, handle, result);
   throw Exception("WlanRegisterNotification() failed: %i", result);
 }
@@ -111,7 +114,8 @@ void CWlanClient::Shutdown() {
     });
     if (result != ERROR_SUCCESS) {
       LOG_ERROR(
-          u"CWlanClient::Shutdown(): WlanRegisterNotification(WLAN_NOTIFICATION_SOURCE_NONE) failed - %lu",
+          u"CWlanClient::Shutdown(): WlanRegisterNotification(WLAN_NOTIFICATION_SOURCE_NONE) "
+          u"failed - %lu",
           result);
     }
   }
@@ -131,7 +135,8 @@ void CWlanClient::EnumerateInterfaces() {
   const DWORD result = ListAdapters(m_hClient, &list);
   if (result != ERROR_SUCCESS) {
     LOG_ERROR(
-        u"CWlanClient::EnumerateInterfaces:[this=0x%p][m_hClient=0x%p] WlanEnumInterfaces() failed - %lu",
+        u"CWlanClient::EnumerateInterfaces:[this=0x%p][m_hClient=0x%p] WlanEnumInterfaces() failed "
+        u"- %lu",
         this, GetHandle(), result);
     throw Exception("WlanEnumInterfaces() failed: %i", result);
   }
@@ -142,7 +147,8 @@ void CWlanClient::EnumerateInterfaces() {
   for (const auto& [guid, adapter] : m_Interfaces) adapter->m_bPresent = false;
   for (const ListedAdapter& adapter : adapters) {
     LOG_DEBUG(DBG(22),
-              u"CWlanClient::EnumerateInterfaces:[this=0x%p][m_hClient=0x%p] [total=%lu] FOUND Adapter [%s]",
+              u"CWlanClient::EnumerateInterfaces:[this=0x%p][m_hClient=0x%p] [total=%lu] FOUND "
+              u"Adapter [%s]",
               this, GetHandle(), m_InterfaceCount, adapter.name);
     TakeIn(*adapter.info);
   }
@@ -184,11 +190,12 @@ bool CWlanClient::CheckForChangeInInterfaceCount() {
     return (list ? list->dwNumberOfItems : 0) != m_InterfaceCount;
   } catch (const Exception& e) {
     LOG_ERROR(
-        u"CWlanClient::CheckForChangeInInterfaceCount:[this=0x%p][m_hClient=0x%p] Exception: %S", this,
-        GetHandle(), e.what());
+        u"CWlanClient::CheckForChangeInInterfaceCount:[this=0x%p][m_hClient=0x%p] Exception: %S",
+        this, GetHandle(), e.what());
   } catch (const std::exception& e) {
     LOG_ERROR(
-        u"CWlanClient::CheckForChangeInInterfaceCount:[this=0x%p][m_hClient=0x%p] std:exception: %S",
+        u"CWlanClient::CheckForChangeInInterfaceCount:[this=0x%p][m_hClient=0x%p] std:exception: "
+        u"%S",
         this, GetHandle(), e.what());
   }
   return false;
@@ -213,7 +220,8 @@ void CWlanClient::PublishAdapters() {
   }
   std::uint32_t written = 0;
   for (const auto& adapter : adapters) {
-    registry->SetRegistryStringValue(Format(u"%i", adapter->GetConfigIdx()), adapter->GetGuidText());
+    registry->SetRegistryStringValue(Format(u"%i", adapter->GetConfigIdx()),
+                                     adapter->GetGuidText());
     registry->SetAdapterEnabled(adapter->GetGuidText(), 1);
     ++written;
   }
@@ -240,7 +248,8 @@ std::size_t CWlanClient::GetCount() {
 void CWlanClient::OnNotification(WLAN_NOTIFICATION_DATA* data, void* context) {
   if (!data || !context) return;
   try {
-    const auto adapter = static_cast<CWlanClient*>(context)->GetInterfaceByGuid(data->InterfaceGuid);
+    const auto adapter =
+        static_cast<CWlanClient*>(context)->GetInterfaceByGuid(data->InterfaceGuid);
     if (adapter) DispatchNotification(*data, *adapter);
   } catch (const std::exception&) {
     // The log of a handler's own failure failed, too. Nothing may leave into the platform's thread.

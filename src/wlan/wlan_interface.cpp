@@ -1,11 +1,11 @@
 #include "wlan/wlan_interface.h"
 
-#include "settings/global_config_container.h"
-#include "store/value_names.h"
-#include "monitors/utils.h"
 #include "foundation/log_lines.h"
+#include "monitors/utils.h"
 #include "platform/clock_api.h"
 #include "platform/platform.h"
+#include "settings/global_config_container.h"
+#include "store/value_names.h"
 #include "wlan/connection_name.h"
 #include "wlan/wlan_client.h"
 
@@ -58,8 +58,8 @@ void CWlanInterface::Initialize(CWlanClient* client, const platform::WLAN_INTERF
   m_ConfigIdx = global.AddIFConfig(m_GuidText, m_ConnectionName, m_Description);
   m_pConfig = global.GetIFConfig(m_ConfigIdx);
   if (m_OsIfIndex != kNoOsIndex) {
-    m_pInterfacePDH.CreateObject()->Initialize(m_OsIfIndex, m_ConfigIdx, m_pConfig->m_rate_gate_high,
-                                               m_pConfig->m_rate_gate_low);
+    m_pInterfacePDH.CreateObject()->Initialize(
+        m_OsIfIndex, m_ConfigIdx, m_pConfig->m_rate_gate_high, m_pConfig->m_rate_gate_low);
   }
   m_pConfig->SetString(u"AdapterGuid", m_GuidText);
   m_pConfig->SetString(u"AdapterName", m_ConnectionName);

@@ -5,20 +5,20 @@
 #include <list>
 #include <vector>
 
-#include "settings/interface_config.h"
-#include "store/address_text.h"
-#include "store/ap_list_row.h"
 #include "foundation/generic_malloc.h"
 #include "foundation/win_event.h"
+#include "model/wlan_network.h"
 #include "monitors/interface_pdh.h"
 #include "monitors/ip_address.h"
 #include "platform/wlan_types.h"
 #include "report/ap_set_memo.h"
+#include "settings/interface_config.h"
+#include "store/address_text.h"
+#include "store/ap_list_row.h"
 #include "wlan/notification_sink.h"
 #include "wlan/operation_gate.h"
 #include "wlan/scan_decision.h"
 #include "wlan/switch_rate.h"
-#include "model/wlan_network.h"
 
 namespace corvane {
 
@@ -40,9 +40,9 @@ struct IPInfo {
   std::vector<Ip6Address> ip6, ip6Gateways;
 };
 
-// The model of one adapter. Its object lock is the interface lock: it guards m_Networks, the operation
-// state and the reservation. The synchronous operations run on the adapter's worker (a pipe thread may
-// queue behind it); notifications come on the platform's thread.
+// The model of one adapter. Its object lock is the interface lock: it guards m_Networks, the
+// operation state and the reservation. The synchronous operations run on the adapter's worker (a
+// pipe thread may queue behind it); notifications come on the platform's thread.
 class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWlanAllNotifications {
  public:
   CWlanInterface();
@@ -53,8 +53,8 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   // Reads the adapter's identity and publishes it; throws Exception.
   void Initialize(CWlanClient* client, const platform::WLAN_INTERFACE_INFO& info);
   void UpdateInfo(const platform::WLAN_INTERFACE_INFO& info);  // while no worker runs
-  // Drops the client: from then on every platform call fails, and an operation that waits ends by its
-  // exit signal.
+  // Drops the client: from then on every platform call fails, and an operation that waits ends by
+  // its exit signal.
   void Detach();
 
   int GetConfigIdx() const { return m_ConfigIdx; }
@@ -73,7 +73,7 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   // --- Queries (wlan_queries.cpp); all throw Exception with the platform's code on failure
   void DetermineInterfaceCapability();
   std::uint32_t QueryWlanInterface_ForInt(std::int32_t opcode);
-  std::int32_t GetInterfaceState();  // WLAN_INTERFACE_STATE
+  std::int32_t GetInterfaceState();        // WLAN_INTERFACE_STATE
   std::int32_t GetInterfaceStateForLog();  // the same; -1 on failure
   std::uint32_t QueryChannel();
   void QueryRadioState(platform::WLAN_RADIO_STATE* state);
@@ -107,7 +107,8 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   // the caller other than by the result.
   void RefreshProfiledAPList();   // rebuilds only when a name or the count differs
   void EnumerateALLAPProfiles();  // always rebuilds
-  CSmartPointer<CWlanProfileData> GetProfileDataHelper(const WString& name);  // null: no such profile
+  CSmartPointer<CWlanProfileData> GetProfileDataHelper(
+      const WString& name);  // null: no such profile
   // *hidden is left alone for a network without a profile.
   bool GetProfileProperties(const WString& ssid, bool* hidden);
   bool DeleteWlanProfile(const WString& name);
@@ -119,28 +120,28 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   void SaveTempProfiles();  // stores the queued texts as profiles, each once
 
   // --- Connection control (connection_control.cpp). The operations block, queue behind one another
-  // without a limit, and throw Exception; without a client they do nothing. Timeouts may be INFINITE.
-  // The caller holds no interface lock.
+  // without a limit, and throw Exception; without a client they do nothing. Timeouts may be
+  // INFINITE. The caller holds no interface lock.
   void ConnectSynchronous(const platform::WLAN_CONNECTION_PARAMETERS& parameters, bool save,
                           std::uint32_t timeoutMs);
   void ConnectToNetwork(const WString& ssid);
-  void DisconnectSynchronous(WStringView text);  // `text` goes only to the log
-  bool SetConnectedBssid(const MacAddress& bssid);   // true: another BSSID than before
-  void ClearConnectedBssid();  // and what the connection had of addresses
-  bool SetLastConnectedSsid(WStringView ssid);  // true: another SSID than before
+  void DisconnectSynchronous(WStringView text);     // `text` goes only to the log
+  bool SetConnectedBssid(const MacAddress& bssid);  // true: another BSSID than before
+  void ClearConnectedBssid();                       // and what the connection had of addresses
+  bool SetLastConnectedSsid(WStringView ssid);      // true: another SSID than before
   MacAddress GetConnectedBssid() const;
   MacAddress GetConnectedBssidIfWeInitiated() const;
   WString GetLastConnectedSsid() const;
   platform::WLAN_CONNECTION_ATTRIBUTES GetConnAttrs() const;
   std::uint64_t GetTimeOfLastConnectedSsid() const { return m_time_of_last_connected_ssid; }
   std::uint32_t GetMaxSignalQuality() const { return m_MaxSignalQuality; }
-  std::uint64_t GetDisconnectedAgeMs() const;  // 0 while connected
+  std::uint64_t GetDisconnectedAgeMs() const;   // 0 while connected
   void SetDisconnectedTick(bool disconnected);  // stamps it unless it is set, or clears it
   // --- Contention (ap_contention.cpp): the other access points on the connection's channel
   void UpdateContentionAPs(const WString& ssid, const WString& bssidText, std::uint32_t channel);
   void ClearContention();
   WString ContentionText();  // those of the last count, for the log; "none" without any
-  void ClearConnected();  // forgets the connected flag and the peak quality
+  void ClearConnected();     // forgets the connected flag and the peak quality
 
   // --- Addresses of the present connection (ip_info.cpp)
   // Reads them anew, when the radio comes on and at each change of connection, and teaches the
@@ -189,8 +190,8 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
 
   // The networks by SSID, under the interface lock.
   NetworkMap& Networks() { return m_Networks; }
-  // What the AP lists write on the entries (apply_ap_lists.cpp), under the interface lock; each round,
-  // after discovery.
+  // What the AP lists write on the entries (apply_ap_lists.cpp), under the interface lock; each
+  // round, after discovery.
   void ApplyPreferredRows(const PreferredApRows& rows);
   void ApplyDenyRows(const ApListRows& rows);
   // A copy of every entry of every network, in map order, taken under the interface lock.
@@ -230,10 +231,11 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   void ResetReports(platform::DWORD code);
   void ForgetConnection(const WString& ssid);  // what every completed disconnect does
 
-  // Waits for its turn and makes the platform call under the interface lock; false without a client.
+  // Waits for its turn and makes the platform call under the interface lock; false without a
+  // client.
   bool StartOperation(WlanOperation kind, const std::function<void()>& call);
-  // Waits for the completion of the operation that was begun. After kDone the outcome is to be taken,
-  // after kTimeout the operation is withdrawn, after kExit it is still in flight.
+  // Waits for the completion of the operation that was begun. After kDone the outcome is to be
+  // taken, after kTimeout the operation is withdrawn, after kExit it is still in flight.
   enum class CompletionResult { kDone, kTimeout, kExit };
   CompletionResult AwaitCompletion(CWinEvent& event, std::uint32_t timeoutMs);
   void AwaitConnect(std::uint32_t timeoutMs);
@@ -246,7 +248,8 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   platform::DWORD Query(std::int32_t opcode, platform::DWORD* size, void** data);
   template <typename T>
   void QueryStruct(std::int32_t opcode, T* out);
-  std::int32_t BackupScore(WStringView ssid, const MacAddress& bssid) const;  // -1 while disconnected
+  std::int32_t BackupScore(WStringView ssid,
+                           const MacAddress& bssid) const;  // -1 while disconnected
   void WlanInterfaceCapability();
   void NotePhy(std::uint32_t position, std::int32_t type);
 
@@ -254,7 +257,8 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   void LogScanDecision(const ScanInputs& in, const ScanDecision& decision) const;
   void RunScans(std::uint64_t now);
   void RunHiddenScans();
-  void ReadLists(bool scanned, bool first, double rate, std::int32_t* found, std::int32_t* aux_error);
+  void ReadLists(bool scanned, bool first, double rate, std::int32_t* found,
+                 std::int32_t* aux_error);
   CSmartPointer<CGenericMalloc> GetAvailableNetworkList();
   CSmartPointer<CGenericMalloc> GetNetworkBssList();
   void ClearScanMarks();
@@ -296,8 +300,8 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   std::atomic<std::uint32_t> m_MaxSignalQuality{0};
   bool m_bHighestPhyPending = true;
 
-  platform::WLAN_CONNECTION_ATTRIBUTES m_ConnAttrs;     // under m_StateLock, as all down to the tick
-  MacAddress m_connected_dot11Bssid{};                  // of the last connection round
+  platform::WLAN_CONNECTION_ATTRIBUTES m_ConnAttrs;  // under m_StateLock, as all down to the tick
+  MacAddress m_connected_dot11Bssid{};               // of the last connection round
   MacAddress m_connected_dot11Bssid_if_we_initiated{};  // zero for a connection of somebody else
   WString m_last_connected_ssid;
   IPInfo m_IPInfo;
@@ -310,9 +314,9 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   CSmartPointer<CWinEvent> m_pScanSyncEvent;
   OperationGate m_Operation;
 
-  NetworkMap m_Networks;  // interface lock
+  NetworkMap m_Networks;        // interface lock
   CApSetMemo m_ContentionMemo;  // the contenders of the last count
-  CApSetMemo m_InternetMemo;  // the connectivity that the scores saw, over a loss of the tree
+  CApSetMemo m_InternetMemo;    // the connectivity that the scores saw, over a loss of the tree
   CSmartPointer<CInterfacePDH> m_pInterfacePDH;
 
   std::uint64_t m_LastScanTime = 0;   // tick: the clock of the scan interval

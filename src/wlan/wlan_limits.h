@@ -1,6 +1,6 @@
 #pragma once
-// What a list of the platform may hold. A list beyond its limit is refused as a failed call: nothing
-// says how long its buffer is, so its count must be believable before an item is read.
+// What a list of the platform may hold. A list beyond its limit is refused as a failed call:
+// nothing says how long its buffer is, so its count must be believable before an item is read.
 
 #include <cstdint>
 

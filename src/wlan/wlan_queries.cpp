@@ -26,17 +26,28 @@ static_assert(std::size(decltype(WLAN_RADIO_STATE::PhyRadioState){}) == kMaxPhys
 
 WString PhyText(LONG type) {
   switch (type) {
-    case dot11_phy_type_unknown: return u"(UNKNOWN)";
-    case dot11_phy_type_fhss: return u"(FHSS)";
-    case dot11_phy_type_dsss: return u"(DSSS)";
-    case dot11_phy_type_irbaseband: return u"(IR)";
-    case dot11_phy_type_ofdm: return u"(OFDM)";
-    case dot11_phy_type_hrdsss: return u"(HRDSS)";
-    case dot11_phy_type_erp: return u"(ERP)";
-    case dot11_phy_type_ht: return u"(HT)";
-    case dot11_phy_type_vht: return u"(VHT)";
-    case dot11_phy_type_he: return u"(HE)";
-    default: return Format(u"(IHV - 0x%08x)", type);
+    case dot11_phy_type_unknown:
+      return u"(UNKNOWN)";
+    case dot11_phy_type_fhss:
+      return u"(FHSS)";
+    case dot11_phy_type_dsss:
+      return u"(DSSS)";
+    case dot11_phy_type_irbaseband:
+      return u"(IR)";
+    case dot11_phy_type_ofdm:
+      return u"(OFDM)";
+    case dot11_phy_type_hrdsss:
+      return u"(HRDSS)";
+    case dot11_phy_type_erp:
+      return u"(ERP)";
+    case dot11_phy_type_ht:
+      return u"(HT)";
+    case dot11_phy_type_vht:
+      return u"(VHT)";
+    case dot11_phy_type_he:
+      return u"(HE)";
+    default:
+      return Format(u"(IHV - 0x%08x)", type);
   }
 }
 
@@ -66,9 +77,11 @@ void CWlanInterface::WlanInterfaceCapability() {
     m_Capability = *capability.get();
     return;
   }
-  LOG_ERROR(u"[%i] CWlanInterface::WlanInterfaceCapability: WlanGetInterfaceCapability failed - rc=%lu%s\n",
-            m_ConfigIdx, result,
-            result == ERROR_NOT_FOUND ? u" [ERROR_NOT_FOUND - adapter removed?]" : u"");
+  LOG_ERROR(
+      u"[%i] CWlanInterface::WlanInterfaceCapability: WlanGetInterfaceCapability failed - "
+      u"rc=%lu%s\n",
+      m_ConfigIdx, result,
+      result == ERROR_NOT_FOUND ? u" [ERROR_NOT_FOUND - adapter removed?]" : u"");
   throw Exception("WlanGetInterfaceCapability() failed: %i", result);
 }
 
@@ -89,13 +102,13 @@ void CWlanInterface::NotePhy(std::uint32_t position, std::int32_t type) {
   const auto row = std::find_if(std::begin(rows), std::end(rows),
                                 [type](const Row& candidate) { return candidate.type == type; });
   if (row == std::end(rows)) {
-    LOG_ADAPTER(m_ConfigIdx, kAdapterLog, u"[%i] dot11PhyTypes[%u] = %i %s", m_ConfigIdx, position, type,
-                PhyText(type));
+    LOG_ADAPTER(m_ConfigIdx, kAdapterLog, u"[%i] dot11PhyTypes[%u] = %i %s", m_ConfigIdx, position,
+                type, PhyText(type));
     return;
   }
   *row->index = static_cast<std::int32_t>(position);
-  LOG_ADAPTER(m_ConfigIdx, kAdapterLog, u"[%i] dot11PhyTypes[%u] = %i %s, SET %s", m_ConfigIdx, position,
-              type, PhyText(type), row->name);
+  LOG_ADAPTER(m_ConfigIdx, kAdapterLog, u"[%i] dot11PhyTypes[%u] = %i %s, SET %s", m_ConfigIdx,
+              position, type, PhyText(type), row->name);
 }
 
 WStringView CWlanInterface::AdapterClassText() const {
@@ -113,11 +126,12 @@ DWORD CWlanInterface::Query(std::int32_t opcode, DWORD* size, void** data) {
   LONG valueType = kValueType;
   const auto client = Client();
   try {
-    return Os().wlan.WlanQueryInterface(client ? client->GetHandle() : nullptr, &GetGuid(), opcode, nullptr,
-                                        size, data, &valueType);
+    return Os().wlan.WlanQueryInterface(client ? client->GetHandle() : nullptr, &GetGuid(), opcode,
+                                        nullptr, size, data, &valueType);
   } catch (const PlatformFault& fault) {
     LOG_ERROR(
-        u"[%i]CWlanInterface::QueryWlanInterface_ForStructType: WlanQueryInterface(opcode=%lu): EXCEPTION: "
+        u"[%i]CWlanInterface::QueryWlanInterface_ForStructType: WlanQueryInterface(opcode=%lu): "
+        u"EXCEPTION: "
         u"0x%08x",
         m_ConfigIdx, opcode, fault.code);
     throw Exception("WlanQueryInterface(opcode=%lu) - EXCEPTION: %i", opcode, fault.code);
@@ -130,7 +144,8 @@ std::uint32_t CWlanInterface::QueryWlanInterface_ForInt(std::int32_t opcode) {
   const DWORD result = Query(opcode, &size, data.Out());
   if (result != ERROR_SUCCESS) {
     LOG_ERROR(
-        u"[%i] CWlanInterface::QueryWlanInterface_ForInt: WlanQueryInterface(opCode=%i) failed - rc=%lu\n",
+        u"[%i] CWlanInterface::QueryWlanInterface_ForInt: WlanQueryInterface(opCode=%i) failed - "
+        u"rc=%lu\n",
         m_ConfigIdx, opcode, result);
     throw Exception("WlanQueryInterface(%d) failed: %i", opcode, result);
   }
@@ -171,18 +186,20 @@ void CWlanInterface::QueryStruct(std::int32_t opcode, T* out) {
     // A disconnected adapter answers its connection query so: no failure worth a line.
     if (!ofConnection || result != ERROR_INVALID_STATE) {
       LOG_ERROR(
-          u"[%i] CWlanInterface::QueryWlanInterface_ForStructType: WlanQueryInterface(opCode=%i) failed - "
+          u"[%i] CWlanInterface::QueryWlanInterface_ForStructType: WlanQueryInterface(opCode=%i) "
+          u"failed - "
           u"rc=%lu\n",
           m_ConfigIdx, opcode, result);
     }
     if (ofConnection) {
-      throw Exception("WlanQueryInterface(...wlan_intf_opcode_current_connection...) failed: %i", result);
+      throw Exception("WlanQueryInterface(...wlan_intf_opcode_current_connection...) failed: %i",
+                      result);
     }
     throw Exception("WlanQueryInterface(%lu) failed: %i", opcode, result);
   }
   if (size < sizeof(T) || !data) {
-    LOG_ERROR(u"[%i] CWlanInterface::CurrentConnection(opCode=%i): dwDataSize < %lu\n", m_ConfigIdx, opcode,
-              sizeof(T));
+    LOG_ERROR(u"[%i] CWlanInterface::CurrentConnection(opCode=%i): dwDataSize < %lu\n", m_ConfigIdx,
+              opcode, sizeof(T));
     throw Exception("WlanQueryInterface(%lu) dwDataSize < %lu", opcode, sizeof(T));
   }
   std::memcpy(out, data.get(), sizeof(T));
@@ -246,8 +263,8 @@ std::int32_t CWlanInterface::BackupScore(WStringView ssid, const MacAddress& bss
   LOG_ADAPTER(m_ConfigIdx, DBG(37),
               u"[%i] CWlanInterface::GetScoreFromBssEntry: ____USING BACKUP SCORE____ %i, for %s "
               u"{%02x-%02x-%02x-%02x-%02x-%02x}]\n",
-              m_ConfigIdx, m_backup_score.load(), ssid, bssid[0], bssid[1], bssid[2], bssid[3], bssid[4],
-              bssid[5]);
+              m_ConfigIdx, m_backup_score.load(), ssid, bssid[0], bssid[1], bssid[2], bssid[3],
+              bssid[4], bssid[5]);
   return m_backup_score;
 }
 
@@ -268,8 +285,8 @@ std::int32_t CWlanInterface::GetScoreFromBssEntry(std::string* log, WStringView 
   return entry->GetScore(false);
 }
 
-std::int32_t CWlanInterface::GetScoreFromBssEntry(WStringView ssid, const MacAddress& bssid, WString* phy,
-                                                  std::int32_t* rssi) {
+std::int32_t CWlanInterface::GetScoreFromBssEntry(WStringView ssid, const MacAddress& bssid,
+                                                  WString* phy, std::int32_t* rssi) {
   *phy = u"802.11";
   const CCritSecLock lock(ObjectLock());
   CSmartPointer<CWlanBssEntry> entry;
@@ -284,10 +301,11 @@ bool CWlanInterface::IsRadioOff() const {
   const auto isOff = [this](std::int32_t index) {
     if (index < 0) return false;
     const auto& states = m_RadioState.PhyRadioState;
-    return std::any_of(std::begin(states), std::end(states), [index](const WLAN_PHY_RADIO_STATE& state) {
-      return state.dwPhyIndex == static_cast<DWORD>(index) &&
-             state.dot11SoftwareRadioState == dot11_radio_state_off;
-    });
+    return std::any_of(std::begin(states), std::end(states),
+                       [index](const WLAN_PHY_RADIO_STATE& state) {
+                         return state.dwPhyIndex == static_cast<DWORD>(index) &&
+                                state.dot11SoftwareRadioState == dot11_radio_state_off;
+                       });
   };
   return isOff(m_HT_PhyIdx) || isOff(m_VHT_PhyIdx);
 }
@@ -312,13 +330,15 @@ bool CWlanInterface::IsConnectedToNetworkWithBothBssids(const MacAddress& a, con
 
 bool CWlanInterface::IsConnectedToPrivateNetwork() {
   std::list<NlmNetworkRecord> records;
-  if (auto* const list = CNetworkListManager::Find()) list->GetNetCatInfoForInterface(GetGuid(), &records);
+  if (auto* const list = CNetworkListManager::Find())
+    list->GetNetCatInfoForInterface(GetGuid(), &records);
   for (const NlmNetworkRecord& record : records) {
     const bool isPrivate = record.cat == kCategoryPrivate;
-    LOG_ADAPTER(m_ConfigIdx, DBG(1),
-                u"[%i] CWlanInterface::IsConnectedToPrivateNetwork: FOUND %s: category=%i %s, Name=%s\n",
-                m_ConfigIdx, isPrivate ? u"PRIVATE" : u"NON-PRIVATE", record.cat,
-                NetworkCategoryName(record.cat), record.name);
+    LOG_ADAPTER(
+        m_ConfigIdx, DBG(1),
+        u"[%i] CWlanInterface::IsConnectedToPrivateNetwork: FOUND %s: category=%i %s, Name=%s\n",
+        m_ConfigIdx, isPrivate ? u"PRIVATE" : u"NON-PRIVATE", record.cat,
+        NetworkCategoryName(record.cat), record.name);
     if (isPrivate) return true;
   }
   return false;

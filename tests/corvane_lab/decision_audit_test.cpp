@@ -22,7 +22,12 @@ class DecisionAuditTest : public test::PolicyTest {
     world.accessPoints = {open, secured};
     world.adapters.resize(2);
     for (std::size_t i = 0; i < 2; ++i) world.adapters[i].guid = test::PolicyWlan::GuidOf(i);
-    m_Audit.emplace(world, [](int, const std::string& fault, void* self) { static_cast<DecisionAuditTest*>(self)->m_Fault = fault; }, this);
+    m_Audit.emplace(
+        world,
+        [](int, const std::string& fault, void* self) {
+          static_cast<DecisionAuditTest*>(self)->m_Fault = fault;
+        },
+        this);
   }
 
   // What the audit says of a round of adapter 0 that goes there; empty when it finds nothing.

@@ -35,7 +35,8 @@ class Oracle {
   unsigned First(const char* name) const { return Numbers(name).at(0); }
   bool Lists(const char* name, std::initializer_list<unsigned> wanted) const {
     const auto numbers = Numbers(name);
-    return std::find_first_of(numbers.begin(), numbers.end(), wanted.begin(), wanted.end()) != numbers.end();
+    return std::find_first_of(numbers.begin(), numbers.end(), wanted.begin(), wanted.end()) !=
+           numbers.end();
   }
 
  private:
@@ -83,7 +84,8 @@ void CheckHt(const rapidjson::Value& got, const Oracle& oracle) {
   EXPECT_EQ(got["HTShortGI20"].GetUint(), capabilities >> 5 & 1);
   EXPECT_EQ(got["HTShortGI40"].GetUint(), capabilities >> 6 & 1);
   const std::string bitmap = got["HTMcsBitmap"].GetString();
-  EXPECT_EQ(std::stoul(bitmap.substr(0, 2), nullptr, 16), oracle.First("wlan.ht.mcsset.rxbitmask.0to7"));
+  EXPECT_EQ(std::stoul(bitmap.substr(0, 2), nullptr, 16),
+            oracle.First("wlan.ht.mcsset.rxbitmask.0to7"));
   EXPECT_EQ(got["HTPrimaryChannel"].GetUint(), oracle.First("wlan.ht.info.primarychannel"));
   EXPECT_EQ(got["HTOpInfo1"].GetUint() & 3, oracle.First("wlan.ht.info.secchanoffset"));
 }
@@ -97,7 +99,8 @@ void CheckVhtAndHe(const rapidjson::Value& got, const Oracle& oracle) {
     EXPECT_EQ(got["VHTShortGI160"].GetUint(), capabilities >> 6 & 1);
     EXPECT_EQ(got["VHTSUBeamformer"].GetUint(), capabilities >> 11 & 1);
     EXPECT_EQ(got["VHTMUBeamformer"].GetUint(), capabilities >> 19 & 1);
-    EXPECT_EQ(got["VHTChannelWidth"].GetUint(), oracle.First("wlan.vht.op.channelwidth") == 0 ? 20u : 80u);
+    EXPECT_EQ(got["VHTChannelWidth"].GetUint(),
+              oracle.First("wlan.vht.op.channelwidth") == 0 ? 20u : 80u);
     EXPECT_EQ(got["VHTSeg0Channel"].GetUint(), oracle.First("wlan.vht.op.channelcenter0"));
     EXPECT_EQ(got["VHTSeg1Channel"].GetUint(), oracle.First("wlan.vht.op.channelcenter1"));
   }

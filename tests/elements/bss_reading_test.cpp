@@ -26,8 +26,9 @@ TEST_F(BssReading, StandardsByWhatIsListedAndTheBand) {
   };
   for (const auto& one : cases) {
     const auto blob = CIEBlob::CreateObject();
-    bool* const facts[] = {&blob->m_Has11Mbps,  &blob->m_Has54Mbps,  &blob->m_HasErp,    &blob->m_HTPresent,
-                           &blob->m_VHTPresent, &blob->m_HECapsSeen, &blob->m_HEOperSeen};
+    bool* const facts[] = {&blob->m_Has11Mbps, &blob->m_Has54Mbps,  &blob->m_HasErp,
+                           &blob->m_HTPresent, &blob->m_VHTPresent, &blob->m_HECapsSeen,
+                           &blob->m_HEOperSeen};
     for (std::size_t i = 0; i < std::size(facts); ++i) *facts[i] = one.facts[i] == '1';
     blob->m_CenterFreqGHz = one.ghz;
     EXPECT_EQ(PhyModeOf(blob.get()), one.newest) << one.facts << " " << one.ghz;
@@ -41,9 +42,9 @@ TEST_F(BssReading, MuMimoNeedsABeamformerAndWidthOrStreams) {
     std::uint32_t width, streams;
     bool vht, caps, oper, mu;
   } cases[] = {
-      {true, 160, 1, true, false, false, true},  {true, 80, 3, true, false, false, false},
-      {true, 80, 4, true, false, false, true},   {true, 20, 4, false, true, false, true},
-      {true, 20, 4, false, false, true, true},   {true, 160, 8, false, false, false, false},
+      {true, 160, 1, true, false, false, true}, {true, 80, 3, true, false, false, false},
+      {true, 80, 4, true, false, false, true},  {true, 20, 4, false, true, false, true},
+      {true, 20, 4, false, false, true, true},  {true, 160, 8, false, false, false, false},
       {false, 160, 8, true, true, true, false},
   };
   for (std::size_t i = 0; i < std::size(cases); ++i) {

@@ -4,8 +4,8 @@
 #include <algorithm>
 #include <vector>
 
-#include "support/platform_test.h"
 #include "elements/ie_blob.h"
+#include "support/platform_test.h"
 
 namespace corvane::test {
 
@@ -25,7 +25,8 @@ inline ByteList LittleEndian(std::uint16_t value) {
   return {static_cast<std::uint8_t>(value & 0xFF), static_cast<std::uint8_t>(value >> 8)};
 }
 
-// Capabilities byte 0 (0x02: 40 MHz, 0x20 and 0x40: short GI) and the first bytes of the MCS bitmask.
+// Capabilities byte 0 (0x02: 40 MHz, 0x20 and 0x40: short GI) and the first bytes of the MCS
+// bitmask.
 inline ByteList HtCapabilities(std::uint8_t info, const ByteList& mcs, std::size_t length = 26) {
   ByteList value(26);
   value[0] = info;
@@ -65,8 +66,8 @@ inline ByteList HeCapabilities(std::size_t length, const std::vector<std::uint16
 // The decoder on a small platform.
 class ElementsTest : public PlatformTest {
  protected:
-  static CSmartPointer<CIEBlob> Decode(const ByteList& bytes, std::uint32_t channel = 0, std::uint32_t width = 20,
-                                       std::uint32_t khz = 5180000) {
+  static CSmartPointer<CIEBlob> Decode(const ByteList& bytes, std::uint32_t channel = 0,
+                                       std::uint32_t width = 20, std::uint32_t khz = 5180000) {
     platform::WLAN_BSS_ENTRY bss;
     bss.ulChCenterFrequency = khz;
     auto blob = CIEBlob::CreateObject();

@@ -20,7 +20,8 @@ using IeBlobPhy = test::ElementsTest;
 std::array<std::uint8_t, 10> McsBits(std::initializer_list<std::pair<unsigned, unsigned>> runs) {
   std::array<std::uint8_t, 10> bitmap{};
   for (const auto& [first, last] : runs) {
-    for (unsigned mcs = first; mcs <= last; ++mcs) bitmap[mcs / 8] |= static_cast<std::uint8_t>(1u << mcs % 8);
+    for (unsigned mcs = first; mcs <= last; ++mcs)
+      bitmap[mcs / 8] |= static_cast<std::uint8_t>(1u << mcs % 8);
   }
   return bitmap;
 }
@@ -53,8 +54,8 @@ TEST(HtMcsBitmask, RunsStreamsAndRate) {
   for (const auto& one : cases) {
     std::string streams = "old", mcs = "old";
     double rate = 7;
-    CIEBlob::Process_HT_MCS_Support_String(one.bitmap, one.flags[0] == '1', one.flags[1] == '1', one.flags[2] == '1',
-                                           &streams, &rate, &mcs);
+    CIEBlob::Process_HT_MCS_Support_String(one.bitmap, one.flags[0] == '1', one.flags[1] == '1',
+                                           one.flags[2] == '1', &streams, &rate, &mcs);
     EXPECT_EQ(mcs, one.mcs) << one.flags;
     EXPECT_EQ(streams, one.streams) << one.mcs;
     EXPECT_DOUBLE_EQ(rate, one.rate) << one.mcs << " " << one.flags;
@@ -118,7 +119,8 @@ TEST_F(IeBlobPhy, HtCapabilitiesNeedAll26Bytes) {
   EXPECT_EQ(shortOne->GetMaxRateMbps(true, false), 0);
 
   const auto blob = Decode(HtCapabilities(0x62, mcs));
-  EXPECT_TRUE(blob->m_HTMcsValid && blob->m_HT40Capable && blob->m_HTShortGI20 && blob->m_HTShortGI40);
+  EXPECT_TRUE(blob->m_HTMcsValid && blob->m_HT40Capable && blob->m_HTShortGI20 &&
+              blob->m_HTShortGI40);
   EXPECT_EQ(blob->m_HTMcsString, "{0}-{15},{32}");
   EXPECT_EQ(blob->m_HTStreamsString, "{1}, {2}");
   EXPECT_EQ(blob->m_MaxHTRateKbps, 300000);
@@ -136,8 +138,8 @@ TEST_F(IeBlobPhy, HtOperationPlacesTheChannelPair) {
     std::uint32_t center, secondary, htWidth, width;
     std::int32_t seg0, seg1;
   } cases[] = {
-      {36, 0, 22, 36, 0, 20, 20, 36, 0},    {36, 1, 22, 38, 40, 40, 40, 36, 40},
-      {40, 3, 22, 38, 36, 40, 40, 40, 36},  {36, 2, 22, 36, 0, 20, 20, 36, 0},
+      {36, 0, 22, 36, 0, 20, 20, 36, 0},      {36, 1, 22, 38, 40, 40, 40, 36, 40},
+      {40, 3, 22, 38, 36, 40, 40, 40, 36},    {36, 2, 22, 36, 0, 20, 20, 36, 0},
       {36, 0xFD, 22, 38, 40, 40, 40, 36, 40},  // the upper bits say nothing
       {36, 1, 21, 99, 0, 20, 20, 0, 0},        // too short: only that it is there
       {0, 1, 22, 99, 0, 20, 20, 0, 0},
@@ -160,7 +162,10 @@ TEST_F(IeBlobPhy, HtAndVhtOperationGiveTheSameChannelInEitherOrder) {
   const struct {
     std::uint8_t code, seg0, seg1;
     std::uint32_t center, width, vhtWidth;
-  } cases[] = {{1, 42, 0, 42, 80, 80}, {2, 50, 0, 50, 160, 160}, {0, 0, 0, 38, 40, 20}, {4, 42, 0, 38, 40, 0}};
+  } cases[] = {{1, 42, 0, 42, 80, 80},
+               {2, 50, 0, 50, 160, 160},
+               {0, 0, 0, 38, 40, 20},
+               {4, 42, 0, 38, 40, 0}};
   for (const auto& one : cases) {
     const ByteList ht = HtOperation(36, 1), vht = VhtOperation(one.code, one.seg0, one.seg1);
     for (const ByteList& bytes : {Join({ht, vht}), Join({vht, ht})}) {
@@ -184,7 +189,8 @@ TEST_F(IeBlobPhy, HtAndVhtOperationGiveTheSameChannelInEitherOrder) {
   const auto shortOne = Decode(Join({Ie(192, {1, 42, 0, 0}), Ie(191, {0xFF})}), 36, 20);
   EXPECT_TRUE(shortOne->m_VHTPresent);
   EXPECT_EQ(shortOne->m_CenterChannel, 36u);
-  EXPECT_EQ(shortOne->m_VHTChannelWidth + shortOne->m_VHTSeg0Channel + shortOne->m_VHTMaxMpduLength, 0u);
+  EXPECT_EQ(shortOne->m_VHTChannelWidth + shortOne->m_VHTSeg0Channel + shortOne->m_VHTMaxMpduLength,
+            0u);
 }
 
 TEST_F(IeBlobPhy, VhtCapabilitiesBitByBit) {
@@ -205,8 +211,9 @@ TEST_F(IeBlobPhy, VhtCapabilitiesBitByBit) {
       {1, 0x07, [](const CIEBlob& b) { return std::uint32_t{b.m_VHTRxSTBC}; }, 7, 0},
       {1, 0x08, [](const CIEBlob& b) { return std::uint32_t{b.m_VHTSUBeamformer}; }, 1, 0},
       {1, 0x10, [](const CIEBlob& b) { return std::uint32_t{b.m_VHTSUBeamformee}; }, 1, 0},
-      {1, 0xE0, [](const CIEBlob& b) { return b.m_VHTBeamformeeSts; }, 4, 1},        // two bits of it
-      {2, 0x07, [](const CIEBlob& b) { return b.m_VHTSoundingDimensions; }, 4, 1},  // two bits of it
+      {1, 0xE0, [](const CIEBlob& b) { return b.m_VHTBeamformeeSts; }, 4, 1},  // two bits of it
+      {2, 0x07, [](const CIEBlob& b) { return b.m_VHTSoundingDimensions; }, 4,
+       1},  // two bits of it
       {2, 0x08, [](const CIEBlob& b) { return std::uint32_t{b.m_VHTMUBeamformer}; }, 1, 0},
       {2, 0x10, [](const CIEBlob& b) { return std::uint32_t{b.m_VHTMUBeamformee}; }, 1, 0},
   };
@@ -234,17 +241,23 @@ TEST_F(IeBlobPhy, RateAtTheOperatingWidth) {
       {Join({ht40, VhtCapabilities(0x40, 0xFFFF, 0xFFFA), VhtOperation(1, 42)}), 780000, 0},
       {Join({ht40, VhtCapabilities(0x40, 0xFFFF, 0xFFFA), VhtOperation(2, 50)}), 1735332, 0},
       // 80+80: the 160 MHz guard interval, twice the rate of 80 MHz, for HE the Rx map.
-      {Join({ht40, VhtCapabilities(0x40, 0xFFFF, 0xFFFA), VhtOperation(3, 42, 155), HeCapabilities(30, maps)}),
+      {Join({ht40, VhtCapabilities(0x40, 0xFFFF, 0xFFFA), VhtOperation(3, 42, 155),
+             HeCapabilities(30, maps)}),
        1733332, 4804000},
       {Join({ht40, VhtCapabilities(0x20, 0xFFFF, 0xFFFA), VhtOperation(3, 42, 155)}), 1560000, 0},
-      {Join({ht40, VhtCapabilities(0x20, 0xFFFA, 0xFFFF), VhtOperation(1, 42)}), 0, 0},  // no Tx streams
+      {Join({ht40, VhtCapabilities(0x20, 0xFFFA, 0xFFFF), VhtOperation(1, 42)}), 0,
+       0},  // no Tx streams
       {Join({ht20, HeCapabilities(30, maps)}), 0, 286800},
       {Join({ht40, HeCapabilities(30, maps)}), 0, 573600},
-      {Join({VhtCapabilities(0x20, 0, 0xFFFA), VhtOperation(1, 42), HeCapabilities(22, maps)}), 866666, 1201000},
-      {Join({VhtCapabilities(0x40, 0, 0xFFFA), VhtOperation(2, 50), HeCapabilities(26, maps)}), 1735332, 1201000},
+      {Join({VhtCapabilities(0x20, 0, 0xFFFA), VhtOperation(1, 42), HeCapabilities(22, maps)}),
+       866666, 1201000},
+      {Join({VhtCapabilities(0x40, 0, 0xFFFA), VhtOperation(2, 50), HeCapabilities(26, maps)}),
+       1735332, 1201000},
       // A map that the element does not carry has no streams.
-      {Join({VhtCapabilities(0x40, 0, 0xFFFA), VhtOperation(2, 50), HeCapabilities(22, maps)}), 1735332, 0},
-      {Join({VhtCapabilities(0x40, 0, 0xFFFA), VhtOperation(3, 42, 155), HeCapabilities(26, maps)}), 1733332, 0},
+      {Join({VhtCapabilities(0x40, 0, 0xFFFA), VhtOperation(2, 50), HeCapabilities(22, maps)}),
+       1735332, 0},
+      {Join({VhtCapabilities(0x40, 0, 0xFFFA), VhtOperation(3, 42, 155), HeCapabilities(26, maps)}),
+       1733332, 0},
   };
   for (std::size_t i = 0; i < std::size(cases); ++i) {
     const auto blob = Decode(cases[i].bytes, 36, 20);
@@ -268,10 +281,11 @@ TEST_F(IeBlobPhy, HeCapabilitiesByLength) {
     int maps;
     const char* word;
   } cases[] = {
-      {1, false, 0, "bad"},   {21, false, 0, "bad"},  {22, true, 2, "good"},  {23, false, 0, "bad"},
-      {24, false, 0, "bad"},  {25, false, 0, "bad"},  {26, true, 4, "good"},  {27, false, 0, "bad"},
-      {28, false, 0, "bad"},  {29, true, 4, "ambiguous"}, {30, true, 6, "good"}, {31, true, 6, "good"},
-      {60, true, 6, "good"},  {255, true, 6, "good"},
+      {1, false, 0, "bad"},       {21, false, 0, "bad"},  {22, true, 2, "good"},
+      {23, false, 0, "bad"},      {24, false, 0, "bad"},  {25, false, 0, "bad"},
+      {26, true, 4, "good"},      {27, false, 0, "bad"},  {28, false, 0, "bad"},
+      {29, true, 4, "ambiguous"}, {30, true, 6, "good"},  {31, true, 6, "good"},
+      {60, true, 6, "good"},      {255, true, 6, "good"},
   };
   for (const auto& one : cases) {
     SCOPED_TRACE(one.length);
@@ -282,8 +296,10 @@ TEST_F(IeBlobPhy, HeCapabilitiesByLength) {
     EXPECT_EQ(blob->m_HEMcsDecoded, one.good);
     const std::uint16_t read[] = {blob->m_HERxMcs80,  blob->m_HETxMcs80,   blob->m_HERxMcs160,
                                   blob->m_HETxMcs160, blob->m_HERxMcs8080, blob->m_HETxMcs8080};
-    for (int i = 0; i < 6; ++i) EXPECT_EQ(read[i], i < one.maps ? maps[static_cast<std::size_t>(i)] : 0xFFFF) << i;
-    EXPECT_NE(os.console.Output().find(std::string("Got ") + one.word + " HE Caps!"), std::string::npos);
+    for (int i = 0; i < 6; ++i)
+      EXPECT_EQ(read[i], i < one.maps ? maps[static_cast<std::size_t>(i)] : 0xFFFF) << i;
+    EXPECT_NE(os.console.Output().find(std::string("Got ") + one.word + " HE Caps!"),
+              std::string::npos);
   }
   ByteList value(60);
   for (std::size_t i = 0; i < value.size(); ++i) value[i] = static_cast<std::uint8_t>(i);
@@ -301,7 +317,8 @@ TEST_F(IeBlobPhy, OtherExtensions) {
   };
   EXPECT_TRUE(operation(6)->m_HEOperSeen && !operation(6)->m_HEOperGood);
   EXPECT_TRUE(operation(7)->m_HEOperGood);
-  const std::array<std::uint8_t, 12> six = {7, 7, 7, 7, 7, 7}, all = {7, 7, 7, 7, 7, 7, 7, 7, 7, 7, 7, 7};
+  const std::array<std::uint8_t, 12> six = {7, 7, 7, 7, 7, 7},
+                                     all = {7, 7, 7, 7, 7, 7, 7, 7, 7, 7, 7, 7};
   EXPECT_EQ(operation(7)->m_HEOperRaw, six);
   EXPECT_EQ(operation(20)->m_HEOperRaw, all);
 
@@ -328,10 +345,13 @@ TEST_F(IeBlobPhy, HighestRateForTheAdapter) {
     bool adapterHE;
     std::int32_t plain, halved;
   } cases[] = {
-      {{true, true, true, 5.18}, true, 1201, 600},    {{true, true, true, 5.18}, false, 866, 433},
-      {{false, true, true, 5.18}, true, 866, 433},    {{false, true, true, 5.0}, false, 866, 433},
+      {{true, true, true, 5.18}, true, 1201, 600},
+      {{true, true, true, 5.18}, false, 866, 433},
+      {{false, true, true, 5.18}, true, 866, 433},
+      {{false, true, true, 5.0}, false, 866, 433},
       {{false, true, true, 4.999999}, false, 300, 150},  // VHT on 2.4 GHz counts for nothing
-      {{false, true, false, 2.437}, false, 54, 54},   {{true, false, false, 2.437}, true, 1201, 600},
+      {{false, true, false, 2.437}, false, 54, 54},
+      {{true, false, false, 2.437}, true, 1201, 600},
   };
   for (const auto& one : cases) {
     const auto blob = CIEBlob::CreateObject();

@@ -15,19 +15,29 @@ class IeBlobSecurity : public test::ElementsTest {
   static constexpr unsigned kMfpRequired = 0x40, kMfpCapable = 0x80;
 
   static ByteList Suite(unsigned nn) { return {0x00, 0x0F, 0xAC, static_cast<std::uint8_t>(nn)}; }
-  static ByteList WpaSuite(unsigned nn) { return {0x00, 0x50, 0xF2, static_cast<std::uint8_t>(nn)}; }
+  static ByteList WpaSuite(unsigned nn) {
+    return {0x00, 0x50, 0xF2, static_cast<std::uint8_t>(nn)};
+  }
   static ByteList Counted(const std::vector<unsigned>& suites, ByteList (*one)(unsigned)) {
     ByteList all = LittleEndian(static_cast<std::uint16_t>(suites.size()));
     for (const unsigned nn : suites) all = Join({all, one(nn)});
     return all;
   }
-  static ByteList RsnValue(const std::vector<unsigned>& akms, unsigned group, const std::vector<unsigned>& pairwise,
-                           unsigned capabilities) {
-    return Join({{1, 0}, Suite(group), Counted(pairwise, &Suite), Counted(akms, &Suite),
+  static ByteList RsnValue(const std::vector<unsigned>& akms, unsigned group,
+                           const std::vector<unsigned>& pairwise, unsigned capabilities) {
+    return Join({{1, 0},
+                 Suite(group),
+                 Counted(pairwise, &Suite),
+                 Counted(akms, &Suite),
                  LittleEndian(static_cast<std::uint16_t>(capabilities))});
   }
-  static ByteList WpaValue(const std::vector<unsigned>& akms, unsigned group, const std::vector<unsigned>& pairwise) {
-    return Join({WpaSuite(1), {1, 0}, WpaSuite(group), Counted(pairwise, &WpaSuite), Counted(akms, &WpaSuite)});
+  static ByteList WpaValue(const std::vector<unsigned>& akms, unsigned group,
+                           const std::vector<unsigned>& pairwise) {
+    return Join({WpaSuite(1),
+                 {1, 0},
+                 WpaSuite(group),
+                 Counted(pairwise, &WpaSuite),
+                 Counted(akms, &WpaSuite)});
   }
 };
 
@@ -89,7 +99,8 @@ TEST_F(IeBlobSecurity, AnRsnElementThatEndsEarlySetsNothing) {
   const ByteList whole = RsnValue({4, 2}, 4, {4, 2}, 0);  // 2 + 4 + 2 + 8 + 2 + 8 + 2 bytes
   ASSERT_EQ(whole.size(), 28u);
   for (std::size_t size = 1; size <= whole.size(); ++size) {
-    const auto blob = Decode(Ie(48, ByteList(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size))));
+    const auto blob =
+        Decode(Ie(48, ByteList(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size))));
     EXPECT_EQ(blob->SecurityMask, size == 28 ? 0x06u : 0u) << size;
     EXPECT_EQ(blob->m_FastTransition, size >= 26) << size;  // its list was read to the end
   }
@@ -131,9 +142,9 @@ TEST_F(IeBlobSecurity, WpaVendorElement) {
     std::vector<unsigned> pairwise;
     std::uint32_t mask;
   } cases[] = {
-      {{2}, 2, {2}, 0x02},    {{1}, 2, {2}, 0x20},    {{2}, 1, {5}, 0x01},    {{1}, 5, {1}, 0x10},
+      {{2}, 2, {2}, 0x02},    {{1}, 2, {2}, 0x20},    {{2}, 1, {5}, 0x01}, {{1}, 5, {1}, 0x10},
       {{2}, 4, {4}, 0},  // CCMP in this element says nothing
-      {{2}, 2, {4, 5}, 0x03}, {{1, 2}, 2, {1}, 0x30}, {{3}, 2, {2}, 0},       {{}, 2, {2}, 0},
+      {{2}, 2, {4, 5}, 0x03}, {{1, 2}, 2, {1}, 0x30}, {{3}, 2, {2}, 0},    {{}, 2, {2}, 0},
   };
   for (std::size_t i = 0; i < std::size(cases); ++i) {
     const auto blob = Decode(Ie(221, WpaValue(cases[i].akms, cases[i].group, cases[i].pairwise)));
@@ -148,36 +159,42 @@ TEST_F(IeBlobSecurity, WpaVendorElement) {
   other[3] = 4;  // another vendor type
   EXPECT_EQ(Decode(Ie(221, other))->SecurityMask, 0u);
   // RSN suites don't count here, nor do WPA suites there.
-  const ByteList mixed = Join({WpaSuite(1), {1, 0}, Suite(2), Counted({2}, &Suite), Counted({2}, &WpaSuite)});
+  const ByteList mixed =
+      Join({WpaSuite(1), {1, 0}, Suite(2), Counted({2}, &Suite), Counted({2}, &WpaSuite)});
   EXPECT_EQ(Decode(Ie(221, mixed))->SecurityMask, 0u);
-  const ByteList foreign = Join({{1, 0}, WpaSuite(2), Counted({2}, &WpaSuite), Counted({2}, &Suite), {0, 0}});
+  const ByteList foreign =
+      Join({{1, 0}, WpaSuite(2), Counted({2}, &WpaSuite), Counted({2}, &Suite), {0, 0}});
   EXPECT_EQ(Decode(Ie(48, foreign))->SecurityMask, 0u);
 }
 
 TEST_F(IeBlobSecurity, BothElementsAddUp) {
-  const auto blob = Decode(Join({Ie(221, WpaValue({2}, 2, {2})), Ie(48, RsnValue({2}, 2, {4}, 0))}));
+  const auto blob =
+      Decode(Join({Ie(221, WpaValue({2}, 2, {2})), Ie(48, RsnValue({2}, 2, {4}, 0))}));
   EXPECT_EQ(blob->SecurityMask, 0x06u);
 }
 
 TEST_F(IeBlobSecurity, TellsWhatItFoundBehindItsGate) {
   const ByteList open = Join({Ie(0, {'L', 'a', 'b'}), Ie(48, RsnValue({18}, 4, {4}, 0))});
   const ByteList secured =
-      Join({Ie(0, {'L', 'a', 'b'}), Ie(48, RsnValue({6}, 4, {4}, kMfpRequired)), Ie(221, WpaValue({2}, 2, {2}))});
+      Join({Ie(0, {'L', 'a', 'b'}), Ie(48, RsnValue({6}, 4, {4}, kMfpRequired)),
+            Ie(221, WpaValue({2}, 2, {2}))});
   g_DebugMask = ~DBG(44);
   Decode(secured, 6);
   EXPECT_EQ(os.console.Output(), "");
   g_DebugMask = DBG(44);
   Decode(secured, 6);
   const std::string told = os.console.Output();
-  for (const char* line : {"[Lab - chan 6]ParseRSN: rsn_caps=0x0040 [__MFPR is true__]\n",
-                           "[Lab - chan 6]ParseRSN: [UPDATED] [f2=1/f3=0] SecurityMask=0x00000004\n",
-                           "[Lab - chan 6]ParseVendorSpecificData: [UPDATED] SecurityMask=0x00000006\n"}) {
+  for (const char* line :
+       {"[Lab - chan 6]ParseRSN: rsn_caps=0x0040 [__MFPR is true__]\n",
+        "[Lab - chan 6]ParseRSN: [UPDATED] [f2=1/f3=0] SecurityMask=0x00000004\n",
+        "[Lab - chan 6]ParseVendorSpecificData: [UPDATED] SecurityMask=0x00000006\n"}) {
     EXPECT_NE(told.find(line), std::string::npos) << line << told;
   }
   Decode(open, 6);
-  EXPECT_NE(os.console.Output().find("[Lab - chan 6]ParseRSN: [NO CHANGE] [f2=0/f3=0] SecurityMask=0x00000000\n"
-                                     "\n[Lab - chan 6]ParseRSN: WPA IE (NO SECURITY BITS SET!)\n"
-                                     "01 00 00 0f \nac 04 01 00 \n"),
+  EXPECT_NE(os.console.Output().find(
+                "[Lab - chan 6]ParseRSN: [NO CHANGE] [f2=0/f3=0] SecurityMask=0x00000000\n"
+                "\n[Lab - chan 6]ParseRSN: WPA IE (NO SECURITY BITS SET!)\n"
+                "01 00 00 0f \nac 04 01 00 \n"),
             std::string::npos);
 }
 

@@ -5,9 +5,9 @@
 #include <random>
 
 #include "corvane_lab/commands.h"
+#include "elements/element_bytes.h"
 #include "platform/sim/world/captured_beacons.h"
 #include "support/beacon.h"
-#include "elements/element_bytes.h"
 
 namespace corvane {
 namespace {
@@ -38,14 +38,14 @@ TEST_F(IeBlob, AnElementThatStartsInTheLastTwoBytesIsNotLookedAt) {
     bool erp;
   } cases[] = {
       {{0, 1, 'a', 3, 1, 6}, true, 6, false},
-      {{0, 1, 'a', 3, 0}, false, 0, false},         // of no length at the very end
-      {{0, 1, 'a', 3}, false, 0, false},            // an id alone
-      {{3, 0, 0, 1, 'a'}, true, 0, false},          // of no length in the middle
+      {{0, 1, 'a', 3, 0}, false, 0, false},  // of no length at the very end
+      {{0, 1, 'a', 3}, false, 0, false},     // an id alone
+      {{3, 0, 0, 1, 'a'}, true, 0, false},   // of no length in the middle
       {{3, 1, 6, 42, 0}, true, 6, false},
       {{3, 1, 6, 42, 1, 0}, true, 6, true},
-      {{3, 2, 6}, false, 0, false},                 // runs past the end: dropped
-      {{3, 200, 6, 42, 1, 0}, false, 0, false},     // and ends the walk
-      {{250, 1, 0, 3, 1, 7}, true, 7, false},       // unknown ids are passed over
+      {{3, 2, 6}, false, 0, false},              // runs past the end: dropped
+      {{3, 200, 6, 42, 1, 0}, false, 0, false},  // and ends the walk
+      {{250, 1, 0, 3, 1, 7}, true, 7, false},    // unknown ids are passed over
   };
   for (const auto& one : cases) {
     SCOPED_TRACE(testing::PrintToString(one.bytes));
@@ -60,9 +60,11 @@ TEST_F(IeBlob, FewerThanTwoBytesLeaveAClearedObjectWithTheCallersChannelAndWidth
   platform::WLAN_BSS_ENTRY bss;
   bss.ulChCenterFrequency = 5180000;
   const auto blob = CIEBlob::CreateObject();
-  const ByteList full = test::Beacon(u8"Office").Channel(36).He160(4).Rsn({test::AKM_SAE}).QbssLoad(5, 51).Bytes();
+  const ByteList full =
+      test::Beacon(u8"Office").Channel(36).He160(4).Rsn({test::AKM_SAE}).QbssLoad(5, 51).Bytes();
   blob->Load(full.data(), static_cast<std::uint32_t>(full.size()), 36, 20, bss);
-  ASSERT_TRUE(blob->m_HECapsGood && blob->m_RawIEs && blob->SecurityMask == 0x08 && blob->m_MaxHERateKbps > 0);
+  ASSERT_TRUE(blob->m_HECapsGood && blob->m_RawIEs && blob->SecurityMask == 0x08 &&
+              blob->m_MaxHERateKbps > 0);
   ASSERT_EQ(blob->m_RawIEs->GetSize(), full.size());
 
   for (const std::uint32_t size : {0u, 1u}) {
@@ -73,8 +75,9 @@ TEST_F(IeBlob, FewerThanTwoBytesLeaveAClearedObjectWithTheCallersChannelAndWidth
     EXPECT_EQ(blob->m_CenterChannel, 149u);
     EXPECT_EQ(blob->m_ChannelWidth, 0u);
     EXPECT_EQ(blob->m_CenterFreqGHz, 5.18);
-    EXPECT_TRUE(blob->m_SSID.empty() && blob->m_LegacyRates.empty() && blob->m_HTStreamsString.empty() &&
-                blob->m_VHTTxMcsString.empty() && blob->m_HETxMcsString.empty());
+    EXPECT_TRUE(blob->m_SSID.empty() && blob->m_LegacyRates.empty() &&
+                blob->m_HTStreamsString.empty() && blob->m_VHTTxMcsString.empty() &&
+                blob->m_HETxMcsString.empty());
     EXPECT_EQ(blob->m_QBSSLoadPct, -1.0);
     EXPECT_EQ(blob->m_StationCount, 65535);
     EXPECT_EQ(blob->SecurityMask, 0u);
@@ -99,14 +102,14 @@ TEST_F(IeBlob, LegacyRates) {
   } cases[] = {
       {1, {0x82, 0x84, 0x8b, 0x96}, 11000, 4, "110100"},
       {1, {0x0c, 0x12, 0x18, 0x24, 0x30, 0x48, 0x60, 0x6c}, 54000, 8, "001011"},
-      {1, {0xec}, 54000, 1, "001011"},                          // 54 with the basic bit
-      {1, {0x0b}, 5500, 1, "000000"},                           // 5.5 alone is no DSSS mark
+      {1, {0xec}, 54000, 1, "001011"},  // 54 with the basic bit
+      {1, {0x0b}, 5500, 1, "000000"},   // 5.5 alone is no DSSS mark
       {1, {0x8c}, 6000, 1, "000000"},
       {1, {0x98}, 12000, 1, "000010"},
-      {1, {0x2c, 0x42}, 33000, 2, "000010"},                    // 22 and 33
+      {1, {0x2c, 0x42}, 33000, 2, "000010"},                            // 22 and 33
       {1, {0x7f, 0xff, 0x00, 0x80, 0x03, 0x6d, 0x6b}, 0, 0, "000000"},  // none of them a rate
       {1, {2, 0x82, 2}, 1000, 1, "100100"},
-      {50, {0x16}, 11000, 1, "010101"},                         // element 50 is an ERP mark by itself
+      {50, {0x16}, 11000, 1, "010101"},  // element 50 is an ERP mark by itself
       {50, {0x7f}, 0, 0, "000001"},
   };
   for (const auto& one : cases) {
@@ -115,8 +118,8 @@ TEST_F(IeBlob, LegacyRates) {
     EXPECT_EQ(blob->m_MaxLegacyRateKbps, one.maxKbps);
     EXPECT_EQ(blob->m_LegacyRates.size(), one.count);
     std::string flags;
-    for (const bool flag : {blob->m_Has1Or2Mbps, blob->m_Has11Mbps, blob->m_Has54Mbps, blob->m_HasDsssRate,
-                            blob->m_HasOfdmRate, blob->m_HasErp}) {
+    for (const bool flag : {blob->m_Has1Or2Mbps, blob->m_Has11Mbps, blob->m_Has54Mbps,
+                            blob->m_HasDsssRate, blob->m_HasOfdmRate, blob->m_HasErp}) {
       flags += flag ? '1' : '0';
     }
     EXPECT_EQ(flags, one.flags);
@@ -136,9 +139,12 @@ TEST_F(IeBlob, LoadElementCountsOnlyInItsExactLength) {
     double percent;
     unsigned stations;
   } cases[] = {
-      {{0x34, 0x12, 255, 0, 0}, 100.0, 0x1234}, {{1, 0, 0, 9, 9}, 0.0, 1},
-      {{2, 0, 51, 0, 0}, 20.0, 2},              {{1, 0, 51, 0}, -1.0, 65535},
-      {{1, 0, 51, 0, 0, 0}, -1.0, 65535},       {{}, -1.0, 65535},
+      {{0x34, 0x12, 255, 0, 0}, 100.0, 0x1234},
+      {{1, 0, 0, 9, 9}, 0.0, 1},
+      {{2, 0, 51, 0, 0}, 20.0, 2},
+      {{1, 0, 51, 0}, -1.0, 65535},
+      {{1, 0, 51, 0, 0, 0}, -1.0, 65535},
+      {{}, -1.0, 65535},
   };
   for (const auto& one : cases) {
     const auto blob = Decode(Join({Ie(11, one.value), Ie(0, {'x'})}));
@@ -148,7 +154,8 @@ TEST_F(IeBlob, LoadElementCountsOnlyInItsExactLength) {
 }
 
 TEST_F(IeBlob, TheLastSsidStandsWithAllItsBytes) {
-  EXPECT_EQ(Decode(Join({Ie(0, {'o', 'n', 'e'}), Ie(0, {'t', 0, 'o'})}))->m_SSID, std::string("t\0o", 3));
+  EXPECT_EQ(Decode(Join({Ie(0, {'o', 'n', 'e'}), Ie(0, {'t', 0, 'o'})}))->m_SSID,
+            std::string("t\0o", 3));
   EXPECT_EQ(Decode(Join({Ie(0, {'o'}), Ie(0, {}), Ie(3, {1})}))->m_SSID, "");
 }
 
@@ -158,7 +165,8 @@ TEST_F(IeBlob, MarksOfThePhysicalLayer) {
     EXPECT_TRUE(blob->m_HasPhyParamSet) << int{id};
     EXPECT_EQ(blob->m_DSChannel, 0);
   }
-  for (const std::uint8_t id : ByteList{42, 47}) EXPECT_TRUE(Decode(Ie(id, {0}))->m_HasErp) << int{id};
+  for (const std::uint8_t id : ByteList{42, 47})
+    EXPECT_TRUE(Decode(Ie(id, {0}))->m_HasErp) << int{id};
   for (const std::uint8_t id : ByteList{4, 10, 41, 46, 51, 222, 254}) {
     EXPECT_EQ(Facts(Ie(id, {1, 2, 3, 4, 5, 6, 7, 8})), Facts({0, 0})) << int{id};
   }
@@ -166,9 +174,15 @@ TEST_F(IeBlob, MarksOfThePhysicalLayer) {
 
 // The bounds of every parser at once: bytes cut anywhere read as the whole elements that are left.
 TEST_F(IeBlob, CutBytesReadAsTheElementsThatAreWhole) {
-  const auto beacon = test::Beacon(u8"Office").Channel(36).He160(4).MuBeamformer().Wpa().QbssLoad(5, 51).Rsn(
-      {test::AKM_SAE, test::AKM_FT_PSK});
-  const ByteList bytes = Join({beacon.Bytes(), test::HeCapabilities(30, {0xFFFA, 0xFFFA, 0xFFFA, 0xFFFA, 0xFFFA, 0xFFFA})});
+  const auto beacon = test::Beacon(u8"Office")
+                          .Channel(36)
+                          .He160(4)
+                          .MuBeamformer()
+                          .Wpa()
+                          .QbssLoad(5, 51)
+                          .Rsn({test::AKM_SAE, test::AKM_FT_PSK});
+  const ByteList bytes = Join(
+      {beacon.Bytes(), test::HeCapabilities(30, {0xFFFA, 0xFFFA, 0xFFFA, 0xFFFA, 0xFFFA, 0xFFFA})});
   std::size_t whole = 0;
   for (std::size_t size = 2; size <= bytes.size(); ++size) {
     if (whole + 2 < size && whole + 2 + bytes[whole + 1] == size) whole = size;
@@ -238,8 +252,9 @@ TEST_F(IeBlob, AFaultEndsItsElementAndTheWalkGoesOn) {
   SetLogSink(nullptr);
   EXPECT_TRUE(blob->m_HEOperGood);
   EXPECT_EQ(blob->m_DSChannel, 11);
-  EXPECT_EQ(sink.lines, (std::vector<std::string>{"fault", "<E>filterException 0xc0000005",
-                                                  "<E>CIEBlob::ParseExtendedIEData: EXCEPTION: 0xc0000005"}));
+  EXPECT_EQ(sink.lines,
+            (std::vector<std::string>{"fault", "<E>filterException 0xc0000005",
+                                      "<E>CIEBlob::ParseExtendedIEData: EXCEPTION: 0xc0000005"}));
 }
 
 }  // namespace

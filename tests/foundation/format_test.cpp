@@ -44,13 +44,15 @@ TEST(Format, WholeNumbers) {
        u"5000000000 -5000000000 123456789"},
       {Format(u"%i %i %u %i", true, Colour::kBlue, std::uint8_t{200}, std::uint16_t{65535}),
        u"1 3 200 65535"},
-      {Format(u"%02x-%02x-%02X %04x %08x 0x%x %#x %#X %#x %o %#o", 0x0A, 0xFF, 0xFF, 0x12, 0xBEEF, 16,
-              16, 255, 0, 8, 8),
+      {Format(u"%02x-%02x-%02X %04x %08x 0x%x %#x %#X %#x %o %#o", 0x0A, 0xFF, 0xFF, 0x12, 0xBEEF,
+              16, 16, 255, 0, 8, 8),
        u"0a-ff-FF 0012 0000beef 0x10 0x10 0XFF 0 10 010"},
       {Format(u"%08I64x %02u %03lu %02i", std::uint64_t{0x1F}, 5, 7u, -5), u"0000001f 05 007 -5"},
-      {Format(u"[% 3u][%3u][%-3u][%+i][%+i][% i][%05i][%-05i][%5i]", 7u, 7u, 7u, 5, -5, 5, -42, -42, -42),
+      {Format(u"[% 3u][%3u][%-3u][%+i][%+i][% i][%05i][%-05i][%5i]", 7u, 7u, 7u, 5, -5, 5, -42, -42,
+              -42),
        u"[  7][  7][7  ][+5][-5][ 5][-0042][-42  ][  -42]"},
-      {Format(u"[%.3i][%5.3i][%05.3i][%.0i][%-6.4x]", 7, -7, 7, 0, 0xAB), u"[007][ -007][  007][][00ab  ]"},
+      {Format(u"[%.3i][%5.3i][%05.3i][%.0i][%-6.4x]", 7, -7, 7, 0, 0xAB),
+       u"[007][ -007][  007][][00ab  ]"},
       {Format(u"[%*i][%-*i][%*i][%.*i]", 4, 7, 4, 7, -4, 7, 3, 7), u"[   7][7   ][7   ][007]"},
   });
 }
@@ -64,7 +66,8 @@ TEST(Format, TextOfEitherWidth) {
       {Format(u"%s|%S|%hs|%ls", u"wide", "narrow", "short", u"long"), u"wide|narrow|short|long"},
       {Format(u"%s|%S", "narrow", u"wide"), u"narrow|wide"},
       {Format(u"%s %S", WString(u"w"), std::string("n")), u"w n"},
-      {Format(u"[% 16s][% 10s][%16s][%-6s][%.2s][%6.2s]", u"office", "x", u"", u"ab", u"abc", u"abc"),
+      {Format(u"[% 16s][% 10s][%16s][%-6s][%.2s][%6.2s]", u"office", "x", u"", u"ab", u"abc",
+              u"abc"),
        u"[          office][         x][                ][ab    ][ab][    ab]"},
       {Format(u"%s %S", none, narrowNone), u"(null) (null)"},
       {Format(u"%s %S", unended, ended), u"abcd xy"},
@@ -95,7 +98,8 @@ TEST(Format, RealNumbersAndAddresses) {
 TEST(Format, MismatchesPrintTheValueByItsOwnType) {
   Check({
       {Format(u"%s %S %f %0.2lf", 5, -6, 7u, std::int64_t{8}), u"5 -6 7 8"},
-      {Format(u"%i %u %08x [%6lu]", u"text", "narrow", u"hex", u"ab"), u"text narrow      hex [    ab]"},
+      {Format(u"%i %u %08x [%6lu]", u"text", "narrow", u"hex", u"ab"),
+       u"text narrow      hex [    ab]"},
       {Format(u"%i %s", 1.5, 2.5), u"1.500000 2.500000"},
       {Format(u"%s %p", reinterpret_cast<void*>(1), 0xABCD), u"0000000000000001 000000000000ABCD"},
       {Format(u"%i %s %lu", 1), u"1 (missing) (missing)"},
@@ -115,7 +119,9 @@ TEST(Format, WhatIsNoConversionStandsAsItIs) {
   });
   EXPECT_EQ(Format(u"%99999999999i", 1).size(), 4096u);
   EXPECT_EQ(Format(u"%.99999999999i", 1).size(), 512u);
-  EXPECT_EQ(Format(WStringView(u"a\0%i", 4), 5), WStringView(u"a\0" u"5", 3));
+  EXPECT_EQ(Format(WStringView(u"a\0%i", 4), 5), WStringView(u"a\0"
+                                                             u"5",
+                                                             3));
 }
 
 TEST(Exception, CarriesTheCodeAndCutsTheMessageAt255) {

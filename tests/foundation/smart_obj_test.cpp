@@ -120,8 +120,9 @@ TEST_F(SmartObjTest, OutOfMemoryIsToldAndThrown) {
             "2026-11-18 04:20:00.123 instance CSmartPointer::CreateObject(): new DerivedSmartT() "
             "failed\n");
   EXPECT_THROW(CTooBig::CreateObject(), Exception);
-  EXPECT_NE(os.console.Error().find("static SmartObjEx::CreateObject(): new DerivedSmartT() failed"),
-            std::string::npos);
+  EXPECT_NE(
+      os.console.Error().find("static SmartObjEx::CreateObject(): new DerivedSmartT() failed"),
+      std::string::npos);
 }
 
 TEST_F(SmartObjTest, EmbeddedObjectSharesItsOwnersLifeAndLock) {
@@ -175,7 +176,8 @@ TEST_F(SmartObjTest, LockGuardLeavesOnceAndTakesNull) {
 TEST_F(SmartObjTest, MemoryBlockCopiesAndRefuses) {
   const auto block = CGenericMalloc::CreateObject();
   block->Initialize(4);
-  EXPECT_EQ(std::string(block->GetData(), block->GetData() + block->GetSize()), std::string(4, '\0'));
+  EXPECT_EQ(std::string(block->GetData(), block->GetData() + block->GetSize()),
+            std::string(4, '\0'));
   block->Initialize("abcdef", 6, 6);
   EXPECT_EQ(std::string(block->GetData(), block->GetData() + block->GetSize()), "abcdef");
   const auto message = [&block](const void* data, std::uint32_t size, std::uint32_t minimum) {

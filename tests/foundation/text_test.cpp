@@ -30,20 +30,23 @@ TEST(Text, EachBadByteOrUnitBecomesOneReplacement) {
   } cases[] = {
       {"\xFFz", u"\uFFFDz"},
       {"\x80\xBF", u"\uFFFD\uFFFD"},
-      {"\xC3", u"\uFFFD"},                       // ends too early
+      {"\xC3", u"\uFFFD"},  // ends too early
       {"\xE2\x82", u"\uFFFD\uFFFD"},
-      {"\xE2\x82z", u"\uFFFD\uFFFDz"},           // broken off
+      {"\xE2\x82z", u"\uFFFD\uFFFDz"},                    // broken off
       {"\xC0\xAF\xC1\xBF", u"\uFFFD\uFFFD\uFFFD\uFFFD"},  // overlong
       {"\xE0\x9F\xBF", u"\uFFFD\uFFFD\uFFFD"},
-      {"\xED\xA0\x80", u"\uFFFD\uFFFD\uFFFD"},   // surrogate
+      {"\xED\xA0\x80", u"\uFFFD\uFFFD\uFFFD"},            // surrogate
       {"\xF4\x90\x80\x80", u"\uFFFD\uFFFD\uFFFD\uFFFD"},  // over U+10FFFF
       {"\xF8\x88\x80\x80\x80", u"\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD"},
   };
-  for (const auto& c : cases) EXPECT_EQ(Utf8ToWide(c.utf8), c.wide) << testing::PrintToString(c.utf8);
+  for (const auto& c : cases)
+    EXPECT_EQ(Utf8ToWide(c.utf8), c.wide) << testing::PrintToString(c.utf8);
 
   const char16_t lone[] = {0xD800, u'a', 0xDC00, 0xD83D, 0xD83D, 0xDE00, 0xDBFF};
   EXPECT_EQ(WideToUtf8(WStringView(lone, std::size(lone))),
-            "\xEF\xBF\xBD" "a" "\xEF\xBF\xBD\xEF\xBF\xBD\xF0\x9F\x98\x80\xEF\xBF\xBD");
+            "\xEF\xBF\xBD"
+            "a"
+            "\xEF\xBF\xBD\xEF\xBF\xBD\xF0\x9F\x98\x80\xEF\xBF\xBD");
 }
 
 TEST(Text, BytesAndLowBytes) {

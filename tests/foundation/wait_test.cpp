@@ -114,8 +114,9 @@ TEST_F(WaitTest, SemaphoreFailures) {
   const auto none = CSemaphore::CreateObject();
   EXPECT_STREQ(Caught([&] { none->IncReleaseCount(); }).what(),
                "IncReleaseCount() ERROR: _semaphore is NULL");
-  EXPECT_NE(os.console.Output().find("[_semaphore=NULL][name=[not assigned]] ERROR! _semaphore is NULL"),
-            std::string::npos);
+  EXPECT_NE(
+      os.console.Output().find("[_semaphore=NULL][name=[not assigned]] ERROR! _semaphore is NULL"),
+      std::string::npos);
   EXPECT_STREQ(Caught([&] { none->WaitOnSemaphore(10); }).what(),
                "WaitOnSemaphore() ERROR: _semaphore is NULL");
 }

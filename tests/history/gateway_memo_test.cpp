@@ -1,6 +1,6 @@
-#include "store/registry.h"
 #include "history/global_ap_gateway_map_memo.h"
 #include "history/global_dc_info_memo.h"
+#include "store/registry.h"
 #include "support/pc_fixture.h"
 
 namespace corvane {
@@ -81,7 +81,8 @@ TEST_F(GatewayMemo, OfMoreThan400RecordsTheFirstFallOutOfTheText) {
 }
 
 TEST_F(GatewayMemo, WhatDoesNotFitIntoAReadableValueFallsOutAtTheFront) {
-  for (int i = 0; i < 300; ++i) Memo().Update(Format(u"02-00-00-00-%02x-%02x", i / 256, i % 256), {kA}, {});
+  for (int i = 0; i < 300; ++i)
+    Memo().Update(Format(u"02-00-00-00-%02x-%02x", i / 256, i % 256), {kA}, {});
   EXPECT_FALSE(Memo().LookUp(u"02-00-00-00-00-00").IsEmpty()) << "in memory all stay";
   Memo().Clear();
   Memo().Load();
@@ -95,12 +96,13 @@ TEST_F(GatewayMemo, WhatDoesNotFitIntoAReadableValueFallsOutAtTheFront) {
 TEST_F(GatewayMemo, RowsThatCanBeReadCount) {
   const auto fields = [](std::initializer_list<WStringView> parts) { return Joined(parts, u'\v'); };
   CGlobalAPGatewayMapMemo::Map read{{u"11", {{kB}, {kB}}}};
-  ParseGatewayMap(Joined({u"alone", fields({u"11", kAText}), u"\v\v", fields({u"22", u"zz", kAText, u"more"}),
-                          fields({u"33", u"1-2-3-4-5,,bb-01-02-03-04-05,1-2-3-4-5-6-7", u","}),
-                          fields({u"44", u"no-mac"})},
-                         u'\t') +
-                      u"\t\t\t\v",
-                  &read);
+  ParseGatewayMap(
+      Joined({u"alone", fields({u"11", kAText}), u"\v\v", fields({u"22", u"zz", kAText, u"more"}),
+              fields({u"33", u"1-2-3-4-5,,bb-01-02-03-04-05,1-2-3-4-5-6-7", u","}),
+              fields({u"44", u"no-mac"})},
+             u'\t') +
+          u"\t\t\t\v",
+      &read);
   EXPECT_EQ(read, (CGlobalAPGatewayMapMemo::Map{
                       {u"11", {{kA}, {}}}, {u"22", {{}, {kA}}}, {u"33", {{kB}, {}}}, {u"44", {}}}));
   ParseGatewayMap(u"", &read);

@@ -1,17 +1,19 @@
 #include "history/network_csv.h"
 
+#include "history/history_file.h"
 #include "platform/sim/kernel/fault_plan.h"
 #include "platform/sim/kernel/sim_files.h"
 #include "support/pc_fixture.h"
-#include "history/history_file.h"
 
 namespace corvane::test {
 namespace {
 
 constexpr char16_t kDirectory[] = u"/data/Palisade/PalisadeOptimizer/network_telemetry";
-constexpr char16_t kFile[] = u"/data/Palisade/PalisadeOptimizer/network_telemetry/NetworkConnections.csv";
+constexpr char16_t kFile[] =
+    u"/data/Palisade/PalisadeOptimizer/network_telemetry/NetworkConnections.csv";
 constexpr std::string_view kHeader =
-    "TIME,MAC,REASON,SSID,BSSID,SCORE,RSSI,BAND,CHANNEL,CHANNELWIDTH,CLASS,QLOAD,STATIONCOUNT,MUMIMO,LINKTX,"
+    "TIME,MAC,REASON,SSID,BSSID,SCORE,RSSI,BAND,CHANNEL,CHANNELWIDTH,CLASS,QLOAD,STATIONCOUNT,"
+    "MUMIMO,LINKTX,"
     "LINKRX,MAXDATARATE\n";
 
 class HistoryTest : public KernelTest {
@@ -21,7 +23,9 @@ class HistoryTest : public KernelTest {
   static void Write(WStringView row, std::int32_t sizeMB = 2) {
     CNetworkCSV::GetInstance().WriteLineTelemetry(sizeMB, WString(row));
   }
-  bool HasLog(std::string_view text) { return kernel.Console().Text().find(text) != std::string::npos; }
+  bool HasLog(std::string_view text) {
+    return kernel.Console().Text().find(text) != std::string::npos;
+  }
   // As a new process finds things.
   static void Restart() { singletons::DropAll(); }
   // Rows of 100 bytes, numbered, up to `size` bytes; the last one is as long as it takes.
@@ -135,7 +139,8 @@ TEST(HistoryCut, KeepsWholeRowsFromTheEnd) {
       {"nothing fits", "header\naaaaaaaaaaaaaaaaaaaa\n", 6, 10, ""},
       {"a file without a line end", std::string(40, 'x'), 6, 20, ""},
       {"a limit below the header", "header\naaaa\n", 6, 3, ""},
-      {"an over-long row ends the copy", "h\nzz\naaaa\n" + longest + "l\nbbbb\n", 1, 2061, "aaaa\n"},
+      {"an over-long row ends the copy", "h\nzz\naaaa\n" + longest + "l\nbbbb\n", 1, 2061,
+       "aaaa\n"},
       {"the longest row does not", "h\nzz\naaaa\n" + longest + "\nbbbb\n", 1, 2060,
        "aaaa\n" + longest + "\nbbbb\n"},
       {"empty", "", 6, 10, ""},
@@ -156,14 +161,16 @@ TEST_F(HistoryTest, AFullFileIsCutToTheLimit) {
   EXPECT_TRUE(cut.starts_with(kHeader));
   EXPECT_TRUE(cut.ends_with("\nnew\n"));
   const std::string rows = cut.substr(kHeader.size());
-  EXPECT_EQ((old + "new\n").substr(old.size() + 4 - rows.size()), rows) << "the last rows as they were";
+  EXPECT_EQ((old + "new\n").substr(old.size() + 4 - rows.size()), rows)
+      << "the last rows as they were";
   EXPECT_EQ(rows[99], '\n') << "a whole row first";
   EXPECT_TRUE(HasLog("CNetworkCSV::TrimFile: bytes_written = " + std::to_string(rows.size())));
-  EXPECT_EQ(kernel.Files().List(kDirectory), std::vector<std::u16string>{kFile}) << "the copy took its place";
+  EXPECT_EQ(kernel.Files().List(kDirectory), std::vector<std::u16string>{kFile})
+      << "the copy took its place";
 }
 
-// At whatever call of a trim the platform fails, or the process dies, the old file or the new one is
-// there, whole.
+// At whatever call of a trim the platform fails, or the process dies, the old file or the new one
+// is there, whole.
 TEST_F(HistoryTest, NoFailureAtAnyInstantOfATrimLosesTheFile) {
   const std::string full = std::string(kHeader) + Rows(1'000'000);
   const std::string after = full + "new\n";
@@ -171,9 +178,10 @@ TEST_F(HistoryTest, NoFailureAtAnyInstantOfATrimLosesTheFile) {
   Write(u"new", 1);
   const std::string cut = File();
   ASSERT_LT(cut.size(), after.size());
-  for (const platform::DWORD code : {platform::ERROR_GEN_FAILURE, platform::sim::FaultPlan::kFault}) {
-    for (const char* operation :
-         {"CreateFileW", "ReadFile", "GetFileSizeEx", "WriteFile", "FlushFileBuffers", "MoveFileExW"}) {
+  for (const platform::DWORD code :
+       {platform::ERROR_GEN_FAILURE, platform::sim::FaultPlan::kFault}) {
+    for (const char* operation : {"CreateFileW", "ReadFile", "GetFileSizeEx", "WriteFile",
+                                  "FlushFileBuffers", "MoveFileExW"}) {
       for (std::uint64_t n = 1; n <= 20; ++n) {
         SCOPED_TRACE(std::string(operation) + " " + std::to_string(n));
         kernel.Files().Write(kFile, after);
@@ -193,25 +201,34 @@ TEST_F(HistoryTest, NoFailureAtAnyInstantOfATrimLosesTheFile) {
 class WatchedFiles : public platform::FileApi {
  public:
   explicit WatchedFiles(platform::sim::SimFiles& files) : m_Files(files) {}
-  platform::HANDLE CreateFileW(platform::LPCWSTR path, platform::DWORD access, platform::DWORD disposition) override {
+  platform::HANDLE CreateFileW(platform::LPCWSTR path, platform::DWORD access,
+                               platform::DWORD disposition) override {
     return Look(), m_Files.CreateFileW(path, access, disposition);
   }
-  platform::BOOL ReadFile(platform::HANDLE file, void* buffer, platform::DWORD size, platform::DWORD* read) override {
+  platform::BOOL ReadFile(platform::HANDLE file, void* buffer, platform::DWORD size,
+                          platform::DWORD* read) override {
     return Look(), m_Files.ReadFile(file, buffer, size, read);
   }
   platform::BOOL WriteFile(platform::HANDLE file, const void* data, platform::DWORD size,
                            platform::DWORD* written) override {
     return Look(), m_Files.WriteFile(file, data, size, written);
   }
-  platform::BOOL FlushFileBuffers(platform::HANDLE file) override { return Look(), m_Files.FlushFileBuffers(file); }
-  platform::BOOL CloseFile(platform::HANDLE file) override { return Look(), m_Files.CloseFile(file); }
+  platform::BOOL FlushFileBuffers(platform::HANDLE file) override {
+    return Look(), m_Files.FlushFileBuffers(file);
+  }
+  platform::BOOL CloseFile(platform::HANDLE file) override {
+    return Look(), m_Files.CloseFile(file);
+  }
   platform::BOOL GetFileSizeEx(platform::HANDLE file, platform::ULONGLONG* size) override {
     return Look(), m_Files.GetFileSizeEx(file, size);
   }
-  platform::BOOL MoveFileExW(platform::LPCWSTR from, platform::LPCWSTR to, platform::DWORD flags) override {
+  platform::BOOL MoveFileExW(platform::LPCWSTR from, platform::LPCWSTR to,
+                             platform::DWORD flags) override {
     return Look(), m_Files.MoveFileExW(from, to, flags);
   }
-  platform::BOOL DeleteFileW(platform::LPCWSTR path) override { return Look(), m_Files.DeleteFileW(path); }
+  platform::BOOL DeleteFileW(platform::LPCWSTR path) override {
+    return Look(), m_Files.DeleteFileW(path);
+  }
   platform::DWORD GetFileAttributesW(platform::LPCWSTR path) override {
     return Look(), m_Files.GetFileAttributesW(path);
   }

@@ -1,7 +1,7 @@
 #include "history/telemetry_memo.h"
 
-#include "store/registry.h"
 #include "platform/sim/kernel/fault_plan.h"
+#include "store/registry.h"
 #include "support/pc_fixture.h"
 
 namespace corvane::test {
@@ -11,13 +11,17 @@ class TelemetryMemoTest : public KernelTest {
  protected:
   TelemetryMemoTest() { CRegistry::CreateHomeKey(kHomeKeyPath); }
   static CTelemetryMemo& Memo() { return CTelemetryMemo::GetInstance(); }
-  static void Store(WStringView text) { CRegistry(kHomeKeyPath).SetRegistryStringValue(u"TelemetryMemo", text); }
+  static void Store(WStringView text) {
+    CRegistry(kHomeKeyPath).SetRegistryStringValue(u"TelemetryMemo", text);
+  }
   static WString Stored() {
     WString text;
     CRegistry(kHomeKeyPath).GetRegistryStringValue(u"TelemetryMemo", &text);
     return text;
   }
-  bool HasLog(std::string_view text) { return kernel.Console().Text().find(text) != std::string::npos; }
+  bool HasLog(std::string_view text) {
+    return kernel.Console().Text().find(text) != std::string::npos;
+  }
 };
 
 class FixedClock : public platform::ClockApi {
@@ -40,13 +44,15 @@ TEST_F(TelemetryMemoTest, CountsSurviveTheProcess) {
   singletons::DropAll();
   EXPECT_EQ(Memo().GetAp(), 1u);
   EXPECT_EQ(Memo().GetNet(), 2u);
-  EXPECT_TRUE(HasLog("CTelemetryMemo::LoadFromRegistry:Read ValueName TelemetryMemo --> 2026-11-03T08:04:20.7Z"));
+  EXPECT_TRUE(HasLog(
+      "CTelemetryMemo::LoadFromRegistry:Read ValueName TelemetryMemo --> 2026-11-03T08:04:20.7Z"));
 }
 
 TEST_F(TelemetryMemoTest, AMalformedValueStartsEmptyAndHeals) {
   Store(u"2026-11-03T08:04:20.7Z\t5");
   EXPECT_EQ(Memo().GetAp(), 0u);
-  EXPECT_TRUE(HasLog("CTelemetryMemo::LoadFromRegistry: ERROR GOT ONLY 2 items from CSV string: 2026"));
+  EXPECT_TRUE(
+      HasLog("CTelemetryMemo::LoadFromRegistry: ERROR GOT ONLY 2 items from CSV string: 2026"));
   Memo().IncrementAp();
   EXPECT_TRUE(Memo().SaveToRegistry());
   singletons::DropAll();

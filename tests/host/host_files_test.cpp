@@ -127,10 +127,10 @@ TEST_F(HostFilesTest, ReadsUtf8StrictlyAndWritesNamesInIt) {
   };
   const Case cases[] = {
       {"a\xC3\xA9\xE6\x97\xA5\xF0\x9F\x93\xB6", u"a\u00E9\u65E5\U0001F4F6"},
-      {"\xC0\xAF", u"\uFFFD\uFFFD"},              // longer than it needs to be
-      {"\xED\xA0\x80", u"\uFFFD\uFFFD\uFFFD"},    // half a surrogate pair
+      {"\xC0\xAF", u"\uFFFD\uFFFD"},                      // longer than it needs to be
+      {"\xED\xA0\x80", u"\uFFFD\uFFFD\uFFFD"},            // half a surrogate pair
       {"\xF4\x90\x80\x80", u"\uFFFD\uFFFD\uFFFD\uFFFD"},  // above U+10FFFF
-      {"x\xE6\x97", u"x\uFFFD\uFFFD"},            // cut off
+      {"x\xE6\x97", u"x\uFFFD\uFFFD"},                    // cut off
   };
   for (const Case& one : cases) EXPECT_EQ(ToUtf16(one.bytes), one.text);
   files.CloseFile(Open("caf\xC3\xA9", GENERIC_WRITE, CREATE_ALWAYS));

@@ -51,7 +51,8 @@ bool Contains(const std::string& text, const std::string& part) {
 }  // namespace
 
 TEST(HostOptions, TakesTheHomeFromTheEnvironment) {
-  EXPECT_EQ(OptionsOf({{"CORVANE_HOME", "/c"}, {"XDG_STATE_HOME", "/x"}, {"HOME", "/h"}}).home, "/c");
+  EXPECT_EQ(OptionsOf({{"CORVANE_HOME", "/c"}, {"XDG_STATE_HOME", "/x"}, {"HOME", "/h"}}).home,
+            "/c");
   EXPECT_EQ(OptionsOf({{"CORVANE_HOME", ""}, {"XDG_STATE_HOME", "/x"}, {"HOME", "/h"}}).home,
             "/x/corvane");
   EXPECT_EQ(OptionsOf({{"XDG_STATE_HOME", "relative"}, {"HOME", "/h"}}).home,

@@ -59,7 +59,9 @@ TEST_F(HostThreadsTest, AnswersWithTheFirstSignalledHandleInOrder) {
   for (HANDLE& event : events) event = threads.CreateEventW(FALSE, FALSE, "event");
   threads.SetEvent(events[2]);
   threads.SetEvent(events[1]);
-  const auto wait = [&](BOOL all) { return threads.WaitForMultipleObjects(3, events.data(), all, 0); };
+  const auto wait = [&](BOOL all) {
+    return threads.WaitForMultipleObjects(3, events.data(), all, 0);
+  };
   EXPECT_EQ(wait(FALSE), WAIT_OBJECT_0 + 1);
   EXPECT_EQ(wait(FALSE), WAIT_OBJECT_0 + 2);
   EXPECT_EQ(wait(FALSE), WAIT_TIMEOUT);

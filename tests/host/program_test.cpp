@@ -1,12 +1,13 @@
 // The service program from outside: what a user, a client and a supervisor see of it.
 
+#include "host/program.h"
+
 #include <gtest/gtest.h>
 #include <signal.h>
 
 #include <fstream>
 #include <thread>
 
-#include "host/program.h"
 #include "host/temp_directory.h"
 
 namespace corvane::test {

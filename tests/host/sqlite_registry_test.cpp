@@ -52,8 +52,8 @@ class Store {
     if (m_Registry.RegOpenKeyExW(HKEY_LOCAL_MACHINE, path, 0, KEY_READ, &key) != 0) return {};
     std::string data(1 << 16, '\0');
     DWORD size = static_cast<DWORD>(data.size());
-    const LSTATUS result = m_Registry.RegQueryValueExW(
-        key, name, type, reinterpret_cast<BYTE*>(data.data()), &size);
+    const LSTATUS result =
+        m_Registry.RegQueryValueExW(key, name, type, reinterpret_cast<BYTE*>(data.data()), &size);
     m_Registry.RegCloseKey(key);
     data.resize(size);
     return result == 0 ? std::optional(data) : std::nullopt;
@@ -115,7 +115,10 @@ TEST_F(SqliteRegistryTest, KeepsTypesAndBytesOverAReopen) {
       {"text", REG_SZ, Bytes(u"Caf\u00E9 \U0001F4F6 \u65E5")},
       {"empty text", REG_SZ, ""},
       {"text with its terminator", REG_SZ, Bytes(std::u16string_view(u"ab\0", 3))},
-      {"half a surrogate pair", REG_SZ, Bytes(std::u16string_view(u"a\xD83D" u"b", 3))},
+      {"half a surrogate pair", REG_SZ,
+       Bytes(std::u16string_view(u"a\xD83D"
+                                 u"b",
+                                 3))},
       {"byte order mark", REG_SZ, Bytes(u"\xFEFFx")},
       {"text of an odd number of bytes", REG_SZ, "abc"},
       {"dword of three bytes", REG_DWORD, "abc"},
@@ -153,7 +156,9 @@ TEST_F(SqliteRegistryTest, FollowsTheRulesOfKeys) {
             static_cast<LSTATUS>(ERROR_FILE_NOT_FOUND));
   EXPECT_EQ(registry.RegCreateKeyExW(HKEY_LOCAL_MACHINE, kKey, KEY_READ, &key), 0);
   // Parents are there too, and case makes no difference; a path may start from an open key.
-  EXPECT_EQ(registry.RegOpenKeyExW(HKEY_LOCAL_MACHINE, u"software\\OSTRELNETWORKS", 0, KEY_READ, &below), 0);
+  EXPECT_EQ(
+      registry.RegOpenKeyExW(HKEY_LOCAL_MACHINE, u"software\\OSTRELNETWORKS", 0, KEY_READ, &below),
+      0);
   registry.RegCloseKey(below);
   EXPECT_EQ(registry.RegCreateKeyExW(key, u"{GUID}\\", KEY_ALL_ACCESS, &below), 0);
   const DWORD one = 1, two = 2;
@@ -162,7 +167,8 @@ TEST_F(SqliteRegistryTest, FollowsTheRulesOfKeys) {
             static_cast<LSTATUS>(ERROR_ACCESS_DENIED));
   EXPECT_EQ(registry.RegSetValueExW(below, u"ScanInterval", REG_DWORD, data, 4), 0);
   EXPECT_EQ(registry.RegSetValueExW(below, u"SCANINTERVAL", REG_DWORD,
-                                    reinterpret_cast<const BYTE*>(&two), 4), 0);
+                                    reinterpret_cast<const BYTE*>(&two), 4),
+            0);
   EXPECT_EQ(Shell(path, "SELECT key, name, type, value FROM registry"),
             "SOFTWARE\\OstrelNetworks\\Corvane\\{GUID}|ScanInterval|REG_DWORD|2\n");
 
@@ -230,7 +236,8 @@ TEST_F(SqliteRegistryTest, SetsAnUnreadableDatabaseAsideAndMakesAFreshOne) {
   const Case cases[] = {
       {"not a database",
        [](const std::string& file) { std::ofstream(file) << std::string(5000, 'x'); }},
-      {"cut in the middle", [](const std::string& file) { std::filesystem::resize_file(file, 5000); }},
+      {"cut in the middle",
+       [](const std::string& file) { std::filesystem::resize_file(file, 5000); }},
       {"a torn page",
        [](const std::string& file) {
          std::fstream page(file, std::ios::in | std::ios::out | std::ios::binary);
@@ -243,7 +250,9 @@ TEST_F(SqliteRegistryTest, SetsAnUnreadableDatabaseAsideAndMakesAFreshOne) {
          std::filesystem::create_directory(file);
        }},
       {"tables of somebody else",
-       [](const std::string& file) { Shell(file, "DROP TABLE registry; CREATE TABLE registry(x)"); }},
+       [](const std::string& file) {
+         Shell(file, "DROP TABLE registry; CREATE TABLE registry(x)");
+       }},
   };
   for (const Case& one : cases) {
     SCOPED_TRACE(one.what);

@@ -1,10 +1,10 @@
 #include "launch/launcher.h"
 
-#include "launch/user_environment.h"
-#include "store/registry.h"
 #include "foundation/log_lines.h"
+#include "launch/user_environment.h"
 #include "platform/sim/kernel/fault_plan.h"
 #include "platform/sim/kernel/sim_session.h"
+#include "store/registry.h"
 #include "support/pc_fixture.h"
 
 namespace corvane::test {
@@ -28,7 +28,9 @@ class LauncherTest : public KernelTest {
   LauncherTest() { g_DebugMask = ~std::uint64_t{0} & ~(DBG(12) | DBG(23)); }
 
   SimSession& Session() { return kernel.Session(); }
-  bool HasLog(std::string_view text) { return kernel.Console().Text().find(text) != std::string::npos; }
+  bool HasLog(std::string_view text) {
+    return kernel.Console().Text().find(text) != std::string::npos;
+  }
   SimSession::Launch OnlyLaunch() {
     const auto launches = Session().TakeLaunches();
     EXPECT_EQ(launches.size(), 1u);
@@ -67,9 +69,11 @@ struct FailedLaunch {
 
 TEST_F(LauncherTest, EachFailedStepIsToldAndLeavesNothingOpen) {
   const FailedLaunch kCases[] = {
-      {"no console session", [](SimSession& s, auto&) { s.SetConsoleSession(platform::NO_CONSOLE_SESSION); },
+      {"no console session",
+       [](SimSession& s, auto&) { s.SetConsoleSession(platform::NO_CONSOLE_SESSION); },
        "=WARNING= | [StartNudgeDialogFromService] WTSGetActiveConsoleSessionId() failed"},
-      {"nobody logged on", [](SimSession& s, auto&) { s.AddSession(SimSession::kFirstSession, false); },
+      {"nobody logged on",
+       [](SimSession& s, auto&) { s.AddSession(SimSession::kFirstSession, false); },
        "=WARNING= | [StartNudgeDialogFromService] WTSQueryUserToken(1) failed 1008"},
       {"no list of sessions",
        [](SimSession& s, auto& faults) {
@@ -78,10 +82,13 @@ TEST_F(LauncherTest, EachFailedStepIsToldAndLeavesNothingOpen) {
        },
        "=WARNING= | [StartNudgeDialogFromService] WTSEnumerateSessionsA() failed 5"},
       {"program missing", [](SimSession& s, auto&) { s.Uninstall(u"NudgeDialog.exe"); },
-       "-FATAL- | [StartNudgeDialogFromService] CreateProcessAsUser(NudgeDialog.exe) failed 2 [ERROR_FILE_NOT_FOUND]"},
-      {"no process", [](SimSession&, auto& faults) { faults.FailCall("CreateProcessAsUserW", 1, 5); },
+       "-FATAL- | [StartNudgeDialogFromService] CreateProcessAsUser(NudgeDialog.exe) failed 2 "
+       "[ERROR_FILE_NOT_FOUND]"},
+      {"no process",
+       [](SimSession&, auto& faults) { faults.FailCall("CreateProcessAsUserW", 1, 5); },
        "-FATAL- | [StartNudgeDialogFromService] CreateProcessAsUser(NudgeDialog.exe) failed 5\n"},
-      {"a fault", [](SimSession&, auto& faults) {
+      {"a fault",
+       [](SimSession&, auto& faults) {
          faults.FailCall("CreateProcessAsUserW", 1, platform::sim::FaultPlan::kFault);
        },
        "Launcher::StartNudgeDialogFromService: __EXCEPTION__ - s_LastExceptionCode=0xc0000005"},
@@ -103,21 +110,26 @@ TEST_F(LauncherTest, AMissingEnvironmentBlockIsNoFailure) {
   kernel.Faults().FailCall("CreateEnvironmentBlock", 1, 5);
   EXPECT_TRUE(StartNudgeDialogFromService(0));
   EXPECT_FALSE(OnlyLaunch().environment);
-  EXPECT_TRUE(HasLog("=WARNING= | [StartNudgeDialogFromService] CreateEnvironmentBlock() failed 5"));
+  EXPECT_TRUE(
+      HasLog("=WARNING= | [StartNudgeDialogFromService] CreateEnvironmentBlock() failed 5"));
 }
 
 // ---- the prompt for credentials
 
 TEST_F(LauncherTest, PromptIsTakenFromHereThenFromAClientThenBare) {
   const WString bare = u"PassphraseDesk.exe 1 \"Guest Net\" 02-00-00-00-00-01 7 7";
-  const auto start = [&] { return StartPassphraseDeskAsUser(1, u"Guest Net", u"02-00-00-00-00-01", 7, finder); };
+  const auto start = [&] {
+    return StartPassphraseDeskAsUser(1, u"Guest Net", u"02-00-00-00-00-01", 7, finder);
+  };
   EXPECT_TRUE(start()) << "the platform finds it";
   EXPECT_EQ(OnlyLaunch().commandLine, bare);
 
   finder.path = u"/clients/PassphraseDesk.exe";
   EXPECT_TRUE(start());
-  EXPECT_EQ(OnlyLaunch().commandLine, u"/clients/PassphraseDesk.exe 1 \"Guest Net\" 02-00-00-00-00-01 7 7");
-  EXPECT_TRUE(HasLog("=INFO= | __?_?_?___ [StartPassphraseDeskAsUser] [USING CLIENT DIR] buffer = /clients/"));
+  EXPECT_EQ(OnlyLaunch().commandLine,
+            u"/clients/PassphraseDesk.exe 1 \"Guest Net\" 02-00-00-00-00-01 7 7");
+  EXPECT_TRUE(HasLog(
+      "=INFO= | __?_?_?___ [StartPassphraseDeskAsUser] [USING CLIENT DIR] buffer = /clients/"));
 
   finder.path.clear();
   Session().Uninstall(u"PassphraseDesk.exe");
@@ -143,9 +155,10 @@ TEST_F(LauncherTest, PromptAsApplicationGoesToTheInterpreter) {
   Install<CurrentDirectory>();
   Session().SetCommandResult(3);
   EXPECT_FALSE(start(u"Home"));
-  EXPECT_EQ(Session().TakeCommands(),
-            (std::vector<WString>{u"start /clients/PassphraseDesk.exe 0 \"Home\" 02-00-00-00-00-01 1f 1f",
-                                  u"start PassphraseDesk.exe 0 \"Home\" 02-00-00-00-00-01 1f 1f"}));
+  EXPECT_EQ(
+      Session().TakeCommands(),
+      (std::vector<WString>{u"start /clients/PassphraseDesk.exe 0 \"Home\" 02-00-00-00-00-01 1f 1f",
+                            u"start PassphraseDesk.exe 0 \"Home\" 02-00-00-00-00-01 1f 1f"}));
   EXPECT_TRUE(HasLog("StartPassphraseDeskAsApp: system(...) FAILED, rc=3"));
 
   Session().SetCommandResult(0);
@@ -163,7 +176,8 @@ TEST_F(LauncherTest, ATooLongCommandLineIsRefused) {
 
 TEST_F(LauncherTest, BrowserOpensBeyondItsFirstRunScreens) {
   EXPECT_TRUE(StartBrowserUrl(u"http://survey.example/pre.php", u"{0001}"));
-  EXPECT_EQ(OnlyLaunch().commandLine, u"cmd /c start /MAX iexplore \"http://survey.example/pre.php?GUID={0001}\"");
+  EXPECT_EQ(OnlyLaunch().commandLine,
+            u"cmd /c start /MAX iexplore \"http://survey.example/pre.php?GUID={0001}\"");
   std::uint32_t value = 0;
   const CRegistry edge(u"SOFTWARE\\Policies\\Microsoft\\MicrosoftEdge\\Main");
   const CRegistry explorer(u"SOFTWARE\\Policies\\Microsoft\\Internet Explorer\\Main");
@@ -179,7 +193,8 @@ TEST_F(LauncherTest, BrowserFallsBackOnTheInterpreterAndNeedsNoPolicy) {
   kernel.Faults().FailAlways("RegCreateKeyExW", platform::sim::FaultPlan::kFault);
   Session().SetCommandResult(9);
   EXPECT_FALSE(StartBrowserUrl(u"http://x", u"{1}"));
-  EXPECT_EQ(Session().TakeCommands(), std::vector<WString>(2, u"cmd /c start /MAX iexplore \"http://x?GUID={1}\""));
+  EXPECT_EQ(Session().TakeCommands(),
+            std::vector<WString>(2, u"cmd /c start /MAX iexplore \"http://x?GUID={1}\""));
 }
 
 TEST_F(LauncherTest, AvailableNetworksFallBackOnTheInterpreter) {
@@ -230,7 +245,8 @@ TEST_F(LauncherTest, AHungChildDoesNotHoldTheMainLoop) {
 }
 
 TEST_F(LauncherTest, EachFailedStepOfTheProbeLeavesNothingOpen) {
-  for (const char* operation : {"CreatePipe", "CreateProcessAsUserW", "WaitForSingleObject", "GetExitCodeProcess"}) {
+  for (const char* operation :
+       {"CreatePipe", "CreateProcessAsUserW", "WaitForSingleObject", "GetExitCodeProcess"}) {
     SCOPED_TRACE(operation);
     kernel.Faults().FailCall(operation, 1, ERROR_GEN_FAILURE);
     std::string text;
@@ -243,8 +259,9 @@ TEST_F(LauncherTest, EachFailedStepOfTheProbeLeavesNothingOpen) {
 
 TEST_F(LauncherTest, ServiceAsksTheUsersSessionAndApplicationItself) {
   Session().SetTempPath("/mine/");
-  Session().Install(u"Corvane.exe", {.output = R"({ "path":"/users/a/", "proxy":"yes", "proxy_cfg":"p:80" })",
-                                     .runMs = 10});
+  Session().Install(
+      u"Corvane.exe",
+      {.output = R"({ "path":"/users/a/", "proxy":"yes", "proxy_cfg":"p:80" })", .runMs = 10});
   const auto asService = RefreshUserEnvironment(true);
   ASSERT_TRUE(asService);
   EXPECT_EQ(asService->tempPath, "/users/a/");

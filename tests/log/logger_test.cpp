@@ -1,7 +1,6 @@
-#include "log/log.h"
-
 #include <stdexcept>
 
+#include "log/log.h"
 #include "log/memory_log_policy.h"
 #include "support/platform_test.h"
 
@@ -30,7 +29,8 @@ TEST_F(LoggerTest, RecordsAreNumberedStampedAndTagged) {
   LogInfo(u"one");
   LogError(u"two");
   LogWarning(u"three");
-  LogRecord(kLogFile | kLogConsole | kLogMemory, "<I>", "wide ", WString(u"\u0141\u00e4x"), " ", 42, "%d");
+  LogRecord(kLogFile | kLogConsole | kLogMemory, "<I>", "wide ", WString(u"\u0141\u00e4x"), " ", 42,
+            "%d");
   const std::string all = Record("0000000", "<I>", "one\n") + Record("0000001", "<E>", "two\n") +
                           Record("0000002", "<W>", "three\n") +
                           Record("0000003", "<I>", "wide \x41\xe4x 42%d\n");
@@ -46,7 +46,8 @@ TEST_F(LoggerTest, ARecordGoesToItsOutputsAndTakesANumberInAnyCase) {
   LogRecord(kLogConsole, "<I>", "console");
   LogRecord(0, "<I>", "nowhere");
   LogRecord(kLogMemory | kLogFile, "<I>", "both");
-  EXPECT_EQ(File(u"aps.log"), Record("0000001", "<I>", "file\n") + Record("0000004", "<I>", "both\n"));
+  EXPECT_EQ(File(u"aps.log"),
+            Record("0000001", "<I>", "file\n") + Record("0000004", "<I>", "both\n"));
   EXPECT_EQ(os.console.Output(), Record("0000002", "<I>", "console\n"));
   EXPECT_EQ(GetMemoryLog(), Record("0000000", "<I>", "memory") + Record("0000004", "<I>", "both"));
 }
@@ -57,8 +58,12 @@ TEST_F(LoggerTest, LinesAreCutAndLoseOneLineFeed) {
   const struct {
     WString text, written;
   } cases[] = {
-      {u"plain", u"plain"},  {u"end\n", u"end"},     {u"end\n\n", u"end\n"}, {u"\n", u""},
-      {u"", u""},            {u"in\nside", u"in\nside"},
+      {u"plain", u"plain"},
+      {u"end\n", u"end"},
+      {u"end\n\n", u"end\n"},
+      {u"\n", u""},
+      {u"", u""},
+      {u"in\nside", u"in\nside"},
       {WString(2047, u'x') + u"\n", WString(2047, u'x')},
       {WString(2046, u'x') + u"\n" + u"y", WString(2046, u'x')},  // cut first
       {WString(3000, u'x'), WString(2047, u'x')},
@@ -86,7 +91,8 @@ TEST_F(LoggerTest, GatesOpenByAnyNamedBitAndByTheAdapter) {
   EXPECT_TRUE(told());
 
   g_DebugIFMask = 2;
-  for (const auto& [adapter, open] : {std::pair{0, false}, {1, true}, {2, false}, {33, true}, {32, false}}) {
+  for (const auto& [adapter, open] :
+       {std::pair{0, false}, {1, true}, {2, false}, {33, true}, {32, false}}) {
     LOG_ADAPTER(adapter, DBG(16), u"[%i]", adapter);
     EXPECT_EQ(told(), open) << adapter;
     LOG_ADAPTER(adapter, DBG(17), u"[%i]", adapter);
@@ -99,7 +105,10 @@ TEST_F(LoggerTest, GatesOpenByAnyNamedBitAndByTheAdapter) {
 
 TEST_F(LoggerTest, StartMovesTheFilesOfTheLastRunsOnOnePlace) {
   auto& files = os.files.files;
-  files = {{u"d/aps.log", "live"}, {u"d/aps1.log", "one"}, {u"d/aps2.log", "two"}, {u"d/aps3.log", "three"}};
+  files = {{u"d/aps.log", "live"},
+           {u"d/aps1.log", "one"},
+           {u"d/aps2.log", "two"},
+           {u"d/aps3.log", "three"}};
   StartLogger("d/aps");
   EXPECT_EQ(File(u"d/aps.log"), "");
   EXPECT_EQ(File(u"d/aps1.log"), "live");
@@ -135,10 +144,11 @@ TEST_F(LoggerTest, WithFileLoggingOffNothingRotatesAndNoFileIsMade) {
   EXPECT_EQ(File(u"aps.log"), "live");
   EXPECT_EQ(File(u"aps1.log"), "one");
   EXPECT_EQ(os.files.files.size(), 2u);
-  EXPECT_EQ(os.console.Output() , Record("0000000", "<I>", "x\n"));
+  EXPECT_EQ(os.console.Output(), Record("0000000", "<I>", "x\n"));
   EXPECT_EQ(GetMemoryLog(), Record("0000000", "<I>", "x"));
 
-  g_EnableFileLogging = 1;  // turned on during the run: from now on it is written, behind what is there
+  g_EnableFileLogging =
+      1;  // turned on during the run: from now on it is written, behind what is there
   LogInfo(u"y");
   EXPECT_EQ(File(u"aps.log"), "live" + Record("0000001", "<I>", "y\n"));
   g_EnableFileLogging = 0;  // and off again: at once
@@ -191,7 +201,8 @@ TEST_F(LoggerTest, FailuresOfTheFileAreIgnoredUntilItMustBeOpenedAnew) {
   os.failures.Pass("WriteFile");
   LogInfo(u"kept");
   EXPECT_EQ(File(u"d/aps.log"), Record("0000001", "<I>", "kept\n"));
-  EXPECT_EQ(os.console.Output(), Record("0000000", "<I>", "lost\n") + Record("0000001", "<I>", "kept\n"));
+  EXPECT_EQ(os.console.Output(),
+            Record("0000000", "<I>", "lost\n") + Record("0000001", "<I>", "kept\n"));
 
   os.console.keep = false;
   os.failures.Fail("CreateFileW", platform::ERROR_ACCESS_DENIED);

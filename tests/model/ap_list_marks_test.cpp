@@ -47,10 +47,14 @@ TEST_F(ApListMarks, DenyTheExactNetworkOrElseTheFirstOfThatName) {
     ApListRow row;
     const char* denied;
   } cases[] = {
-      {{u"Lab", "any", kAnyMac}, "1100"},  {{u"Lab", "", Mac(2)}, "0100"},
-      {{u"Lab", "", Mac(3)}, "0000"},      {{u"lab", "any", kAnyMac}, "0010"},  // "LAB" sorts first
-      {{u"OFFICE", "", Mac(4)}, "0001"},   {{u"Office", "?", {}}, "0000"},
-      {{u"Offic", "any", kAnyMac}, "0000"}, {{u"", "any", kAnyMac}, "0000"},
+      {{u"Lab", "any", kAnyMac}, "1100"},
+      {{u"Lab", "", Mac(2)}, "0100"},
+      {{u"Lab", "", Mac(3)}, "0000"},
+      {{u"lab", "any", kAnyMac}, "0010"},  // "LAB" sorts first
+      {{u"OFFICE", "", Mac(4)}, "0001"},
+      {{u"Office", "?", {}}, "0000"},
+      {{u"Offic", "any", kAnyMac}, "0000"},
+      {{u"", "any", kAnyMac}, "0000"},
   };
   for (const auto& one : cases) {
     for (std::uint8_t last = 1; last <= 4; ++last) Entry(last).m_bDenied = false;
@@ -71,7 +75,8 @@ PreferredApRow Preferred(WStringView ssid, const MacAddress& mac, std::uint32_t 
 }
 
 TEST_F(ApListMarks, PreferInTheOrderOfTheRows) {
-  MarkPreferred({Preferred(u"Lab", Mac(2), 60), Preferred(u"Away", kAnyMac, 0), Preferred(u"Office", kAnyMac, 30)},
+  MarkPreferred({Preferred(u"Lab", Mac(2), 60), Preferred(u"Away", kAnyMac, 0),
+                 Preferred(u"Office", kAnyMac, 30)},
                 &networks);
   EXPECT_EQ(Entry(1).m_arbitrary_priority, 0);
   EXPECT_EQ(Entry(1).m_arbitrary_min_lq, 101u);

@@ -3,11 +3,11 @@
 #include <algorithm>
 
 #include "foundation/log_lines.h"
+#include "model/global_wireless_maps.h"
+#include "model/wlan_network.h"
 #include "policy/quiet_network_list.h"
 #include "support/beacon.h"
 #include "support/pc_fixture.h"
-#include "model/global_wireless_maps.h"
-#include "model/wlan_network.h"
 
 namespace corvane {
 namespace {
@@ -19,7 +19,9 @@ using test::Beacon;
 // Takes the lines of the log.
 class LineSink : public ILogSink {
  public:
-  void Write(std::uint32_t, const char* tag, WStringView text) override { lines.push_back(tag + Narrow(text)); }
+  void Write(std::uint32_t, const char* tag, WStringView text) override {
+    lines.push_back(tag + Narrow(text));
+  }
   void Write(std::uint32_t, const char*, std::string_view) override {}
   std::string GetMemoryLog() override { return {}; }
   std::vector<std::string> lines;
@@ -40,9 +42,11 @@ class WlanModel : public test::KernelTest {
     bss.ulChCenterFrequency = khz;
     return bss;
   }
-  static void Update(CWlanBssEntry& entry, const WLAN_BSS_ENTRY& bss, const std::vector<platform::BYTE>& ies = {},
+  static void Update(CWlanBssEntry& entry, const WLAN_BSS_ENTRY& bss,
+                     const std::vector<platform::BYTE>& ies = {},
                      const CWlanBssEntry::Facts& facts = {}) {
-    entry.UpdateFromBss(bss, ies.empty() ? nullptr : ies.data(), static_cast<std::uint32_t>(ies.size()), facts, -1);
+    entry.UpdateFromBss(bss, ies.empty() ? nullptr : ies.data(),
+                        static_cast<std::uint32_t>(ies.size()), facts, -1);
   }
 };
 
@@ -63,7 +67,8 @@ TEST_F(WlanModel, AnEntryTakesOverTheRecord) {
   EXPECT_EQ(entry->m_BSSIDText, u"02-ab-00-00-0c-f0");
   EXPECT_EQ(entry->m_Channel, 100u);
   EXPECT_EQ(entry->m_Width, 20u);
-  EXPECT_TRUE(entry->m_bss_scanned && entry->m_AutoConnect && entry->m_bNonBroadcast && entry->m_bHasTempProfile);
+  EXPECT_TRUE(entry->m_bss_scanned && entry->m_AutoConnect && entry->m_bNonBroadcast &&
+              entry->m_bHasTempProfile);
   EXPECT_EQ(entry->m_unscanned_count, 0u);
   EXPECT_EQ(entry->m_candidate_counter, 2);
   EXPECT_EQ(entry->m_GrantedAccess, 7u);
@@ -72,7 +77,9 @@ TEST_F(WlanModel, AnEntryTakesOverTheRecord) {
   // The network list knows nothing of it, and that counts as internet.
   EXPECT_TRUE(entry->m_bInternet && entry->m_bInternetLatch);
   EXPECT_EQ(entry->m_ScoreLog,
-            "SIGQ(18/30),PRIV(0),SEC(0),MUMIMO(0),MBPS(0),QBSS(0),NOISE(0),NEG_SIGQ(0),ALLOW(0),INTERNET(0/NO_NLM),"
+            "SIGQ(18/"
+            "30),PRIV(0),SEC(0),MUMIMO(0),MBPS(0),QBSS(0),NOISE(0),NEG_SIGQ(0),ALLOW(0),INTERNET(0/"
+            "NO_NLM),"
             "SUBTOTAL(18)");
 
   Update(*entry, Bss("Lab-5G ", 0xF1, 80, 5160000));  // another name and address, in no table
@@ -122,14 +129,16 @@ TEST_F(WlanModel, ElementsAreKeptForAMinuteWithoutNewOnes) {
   RunFor(1ms);
   Update(*entry, bss);
   ASSERT_TRUE(entry->m_IEBlob);
-  EXPECT_EQ(entry->GetMaxRate(), 0);  // not the platform's rates: there is an object, and it is empty
+  EXPECT_EQ(entry->GetMaxRate(),
+            0);  // not the platform's rates: there is an object, and it is empty
   EXPECT_FALSE(entry->m_IEBlob->m_RawIEs);
   EXPECT_EQ(entry->GetPhyMode(), u"11");
 }
 
 TEST_F(WlanModel, ScoreHistoryHoldsTheNewestFiveWithoutRepeats) {
   const auto entry = CWlanBssEntry::CreateObject();
-  for (const std::uint32_t quality : {60u, 60u, 70u, 60u, 80u, 90u, 100u, 100u}) Update(*entry, Bss("Lab", 1, quality));
+  for (const std::uint32_t quality : {60u, 60u, 70u, 60u, 80u, 90u, 100u, 100u})
+    Update(*entry, Bss("Lab", 1, quality));
   EXPECT_EQ(entry->m_ScoreHistory, (std::vector<std::int32_t>{30, 24, 18, 6, 12}));
   CWlanBssEntry::Facts peg;
   peg.pegLQ = 90;
@@ -246,14 +255,16 @@ TEST_F(WlanModel, ProfileMarksNeedALongEnoughText) {
       {automatic + u"1234", true, false},
       {automatic + hidden, true, true},
       {u"<connectionMode>manual</connectionMode>" + hidden, false, true},
-      {u"<connectionMode> auto </connectionMode>   <nonBroadcast>TRUE</nonBroadcast>", false, false},
+      {u"<connectionMode> auto </connectionMode>   <nonBroadcast>TRUE</nonBroadcast>", false,
+       false},
       {u"", false, false},
   };
   for (const auto& one : cases) {
     profile->SetData(u"Lab", one.xml, 3, 5);
     EXPECT_EQ(profile->m_bAutoConnect, one.automatic) << Narrow(one.xml);
     EXPECT_EQ(profile->m_bNonBroadcast, one.hidden) << Narrow(one.xml);
-    EXPECT_TRUE(profile->m_Xml == one.xml && profile->m_Flags == 3 && profile->m_GrantedAccess == 5);
+    EXPECT_TRUE(profile->m_Xml == one.xml && profile->m_Flags == 3 &&
+                profile->m_GrantedAccess == 5);
   }
 }
 
@@ -281,9 +292,10 @@ TEST_F(WlanModel, HiddenNetworksInTheOrderOfTheirNames) {
   g_DebugMask = DBG(29);
   maps.Shutdown();
   SetLogSink(nullptr);
-  EXPECT_EQ(sink.lines, (std::vector<std::string>{
-                            "<I>CGlobalWirelessMaps::Shutdown: clearing m_MapOfProfiles, size=4",
-                            "<I>CGlobalWirelessMaps::Shutdown: clearing m_MapOfProfiles2, size=1"}));
+  EXPECT_EQ(sink.lines,
+            (std::vector<std::string>{
+                "<I>CGlobalWirelessMaps::Shutdown: clearing m_MapOfProfiles, size=4",
+                "<I>CGlobalWirelessMaps::Shutdown: clearing m_MapOfProfiles2, size=1"}));
   EXPECT_TRUE(maps.m_MapOfProfiles.empty() && maps.m_MapOfProfiles2.empty());
 }
 
@@ -293,12 +305,13 @@ class LoadOfTheAir : public WlanModel {
     networks.clear();
     WlanModel::TearDown();
   }
-  CWlanBssEntry& Add(const std::string& ssid, std::uint8_t last, std::uint32_t khz, const Beacon& beacon) {
+  CWlanBssEntry& Add(const std::string& ssid, std::uint8_t last, std::uint32_t khz,
+                     const Beacon& beacon) {
     auto& network = networks[Widen(ssid)];
     if (!network) network = CWlanNetwork::CreateObject();
     const auto bytes = beacon.Bytes();
-    network->AddOrUpdateBss(Bss(ssid, last, 80, khz), bytes.data(), static_cast<std::uint32_t>(bytes.size()), {},
-                            nullptr);
+    network->AddOrUpdateBss(Bss(ssid, last, 80, khz), bytes.data(),
+                            static_cast<std::uint32_t>(bytes.size()), {}, nullptr);
     return *network->m_BssMap.at(ToMac(Bss(ssid, last).dot11Bssid));
   }
   NetworkMap networks;
@@ -346,9 +359,8 @@ TEST_F(LoadOfTheAir, ABadChannelIsToldAndTheOthersGoOn) {
   g_DebugMask = 0;
   CGlobalWirelessMaps::GetInstance().ComputeNoiseLevelArray(networks);
   SetLogSink(nullptr);
-  EXPECT_EQ(sink.lines,
-            (std::vector<std::string>{
-                "<E>CGlobalWirelessMaps::ComputeNoiseLevelArray:[02-ab-00-00-0c-01][A] BAD Channel #: 0"}));
+  EXPECT_EQ(sink.lines, (std::vector<std::string>{"<E>CGlobalWirelessMaps::ComputeNoiseLevelArray:["
+                                                  "02-ab-00-00-0c-01][A] BAD Channel #: 0"}));
   EXPECT_TRUE(lost.m_Footprint.empty());
   EXPECT_EQ(good.m_Footprint.size(), 5u);
 }

@@ -35,7 +35,8 @@ class AdapterBlock {
       auto* description = Text(one.description);
       auto* suffix = Text(one.dnsSuffix);
       auto* unicast = Addresses<platform::IP_ADAPTER_UNICAST_ADDRESS>(one.ip4, one.ip6);
-      auto* gateways = Addresses<platform::IP_ADAPTER_GATEWAY_ADDRESS>(one.gateways4, one.gateways6);
+      auto* gateways =
+          Addresses<platform::IP_ADAPTER_GATEWAY_ADDRESS>(one.gateways4, one.gateways6);
       if (!node) continue;
       node->AdapterName = name;
       node->Description = description;

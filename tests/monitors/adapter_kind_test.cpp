@@ -6,15 +6,34 @@ namespace corvane {
 namespace {
 
 TEST(VpnName, FindsTapAsAWordAndProductsAnywhere) {
-  const WStringView named[] = {u"tap-windows adapter v9", u"my tap adapter", u"tap device", u"tap-x", u"a tap b",
-                               u"a tap-b",   u"a-tap-b",  u"a-tap b",     u"virtual tap", u"virtual-tap",
-                               u"myvpnclient", u"sonicwall", u"cisco anyconnect secure mobility client",
-                               u"pangp virtual ethernet", u"perimeter 81", u"nordlynx", u"unencrypted",
-                               u"vyprnet", u"wan (ikev2)", u"wan (sstp)", u"wan (pptp)", u"ncp secure client",
-                               u"shrew soft", u"shrewsoft"};
+  const WStringView named[] = {u"tap-windows adapter v9",
+                               u"my tap adapter",
+                               u"tap device",
+                               u"tap-x",
+                               u"a tap b",
+                               u"a tap-b",
+                               u"a-tap-b",
+                               u"a-tap b",
+                               u"virtual tap",
+                               u"virtual-tap",
+                               u"myvpnclient",
+                               u"sonicwall",
+                               u"cisco anyconnect secure mobility client",
+                               u"pangp virtual ethernet",
+                               u"perimeter 81",
+                               u"nordlynx",
+                               u"unencrypted",
+                               u"vyprnet",
+                               u"wan (ikev2)",
+                               u"wan (sstp)",
+                               u"wan (pptp)",
+                               u"ncp secure client",
+                               u"shrew soft",
+                               u"shrewsoft"};
   for (const WStringView name : named) EXPECT_TRUE(HasVpnName(name)) << Narrow(name);
-  const WStringView others[] = {u"", u"tap", u"adaptive", u"tapestry", u"a.tap.b", u"ethernet tapx", u"ncpsecure",
-                                u"shrew", u"vp n"};
+  const WStringView others[] = {u"",          u"tap",     u"adaptive",
+                                u"tapestry",  u"a.tap.b", u"ethernet tapx",
+                                u"ncpsecure", u"shrew",   u"vp n"};
   for (const WStringView name : others) EXPECT_FALSE(HasVpnName(name)) << Narrow(name);
 }
 

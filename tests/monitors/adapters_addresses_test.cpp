@@ -95,9 +95,13 @@ class AdaptersAddresses : public test::KernelTest {
 };
 
 TEST_F(AdaptersAddresses, CountsVpnAndWiredAdapters) {
-  helper.adapters = {{"{1}", u"TAP-Windows Adapter V9"}, {"{2}", u"WAN", 23}, {"{3}", u"WAN", 23, 2},
-                     {"{4}", u"Realtek"},                {"{5}", u"Realtek 2", 6, 2},
-                     {"{6}", u"Intel Wi-Fi", 71},        {"{7}", u"Hyper-V Virtual Ethernet"}};
+  helper.adapters = {{"{1}", u"TAP-Windows Adapter V9"},
+                     {"{2}", u"WAN", 23},
+                     {"{3}", u"WAN", 23, 2},
+                     {"{4}", u"Realtek"},
+                     {"{5}", u"Realtek 2", 6, 2},
+                     {"{6}", u"Intel Wi-Fi", 71},
+                     {"{7}", u"Hyper-V Virtual Ethernet"}};
   const auto snapshot = Snapshot();
   EXPECT_EQ(snapshot->CountVPNAdapters(), 2u);
   std::uint32_t total = 9, lanUp = 9;
@@ -124,7 +128,8 @@ TEST_F(AdaptersAddresses, AFailureLooksLikeNoAdaptersToTheCounts) {
   std::vector<Ip6Address> ip6;
   WString suffix;
   helper.result = 5;
-  EXPECT_THROW(expectNone("refused", 1)->GetIPAddressesForInterface(kGuid, &ip4, &ip6, &suffix), Exception);
+  EXPECT_THROW(expectNone("refused", 1)->GetIPAddressesForInterface(kGuid, &ip4, &ip6, &suffix),
+               Exception);
   EXPECT_THROW(expectNone("refused", 1)->GetIPGatewaysForInterface(kGuid, &ip4, &ip6), Exception);
   helper.result = 0;
   helper.asks = 40'000;
@@ -153,7 +158,8 @@ TEST_F(AdaptersAddresses, AddressesAndGatewaysOfTheAdapterByItsGuid) {
   mine.ip6 = {kIp6};
   mine.gateways4 = {Ip4(10, 0, 0, 1)};
   mine.gateways6 = {kIp6};
-  AdapterSpec other{"abcdef01-0002-0003-0405-060708090A0B", u"no braces", 71, 1, 13, u"other.example"};
+  AdapterSpec other{
+      "abcdef01-0002-0003-0405-060708090A0B", u"no braces", 71, 1, 13, u"other.example"};
   other.ip4 = {Ip4(1, 1, 1, 1)};
   helper.adapters = {mine, other};
   const auto snapshot = Snapshot();
@@ -189,7 +195,8 @@ TEST_F(AdaptersAddresses, MasksByIndexAndExactAddress) {
 }
 
 TEST_F(AdaptersAddresses, MacsComeFromTheFirstUsableNeighbour) {
-  const Ip4Address a = Ip4(10, 0, 0, 1), b = Ip4(10, 0, 0, 2), c = Ip4(10, 0, 0, 3), d = Ip4(10, 0, 0, 4);
+  const Ip4Address a = Ip4(10, 0, 0, 1), b = Ip4(10, 0, 0, 2), c = Ip4(10, 0, 0, 3),
+                   d = Ip4(10, 0, 0, 4);
   helper.AddNeighbour(a, {0, 0, 0, 0, 0, 0});
   helper.AddNeighbour(a, {1, 2, 3, 4, 5});
   helper.AddNeighbour(a, {1, 2, 3, 4, 5, 6, 7, 8, 9});
@@ -219,7 +226,8 @@ TEST_F(AdaptersAddresses, NothingOutsideTheBlockIsRead) {
   one.ip4 = {Ip4(1, 2, 3, 4)};
   one.ip6 = {kIp6};
   CGenericMalloc block;
-  block.Initialize(static_cast<std::uint32_t>(test::AdapterBlock().Write({one, one, one}, nullptr, 0)));
+  block.Initialize(
+      static_cast<std::uint32_t>(test::AdapterBlock().Write({one, one, one}, nullptr, 0)));
   const auto rewrite = [&] {
     test::AdapterBlock().Write({one, one, one}, block.GetData(), block.GetSize());
     return reinterpret_cast<platform::IP_ADAPTER_ADDRESSES*>(block.GetData());
@@ -239,7 +247,8 @@ TEST_F(AdaptersAddresses, NothingOutsideTheBlockIsRead) {
   first->AdapterName = reinterpret_cast<char*>(16);
   first->FirstUnicastAddress->Address.iSockaddrLength = -1;
   first->FirstUnicastAddress->Next->Address.iSockaddrLength = 27;
-  first->FirstUnicastAddress->Next->Next = reinterpret_cast<platform::IP_ADAPTER_UNICAST_ADDRESS*>(end);
+  first->FirstUnicastAddress->Next->Next =
+      reinterpret_cast<platform::IP_ADAPTER_UNICAST_ADDRESS*>(end);
   first->Next->Next->Description = reinterpret_cast<char16_t*>(end - 4);
   std::memcpy(end - 4, u"ab", 4);
   auto records = ReadAdapters(block);

@@ -30,7 +30,8 @@ class OneAdapter : public platform::IpHelperApi {
 // Counters by the part of their path behind the last backslash.
 class Counters : public platform::PerfCounterApi {
  public:
-  PDH_STATUS PdhOpenQueryW(platform::LPCWSTR, std::uintptr_t, platform::PDH_HQUERY* query) override {
+  PDH_STATUS PdhOpenQueryW(platform::LPCWSTR, std::uintptr_t,
+                           platform::PDH_HQUERY* query) override {
     if (failOpen) return 1;
     ++open;
     *query = this;
@@ -94,10 +95,11 @@ class InterfacePdh : public test::KernelTest {
 
 TEST_F(InterfacePdh, CounterPathsCarryTheCleanedDescription) {
   ASSERT_TRUE(Open());
-  EXPECT_EQ(pdh.paths, (std::vector<std::string>{"\\Network Adapter(Wireless [2] _3)\\Bytes Received/sec",
-                                                 "\\Network Adapter(Wireless [2] _3)\\Bytes Sent/sec",
-                                                 "\\Network Adapter(Wireless [2] _3)\\Packets Outbound Errors",
-                                                 "\\Network Adapter(Wireless [2] _3)\\Packets Received Errors"}));
+  EXPECT_EQ(pdh.paths, (std::vector<std::string>{
+                           "\\Network Adapter(Wireless [2] _3)\\Bytes Received/sec",
+                           "\\Network Adapter(Wireless [2] _3)\\Bytes Sent/sec",
+                           "\\Network Adapter(Wireless [2] _3)\\Packets Outbound Errors",
+                           "\\Network Adapter(Wireless [2] _3)\\Packets Received Errors"}));
   EXPECT_EQ(pdh.collections, 1) << "the first of the two samples that a rate takes";
 }
 
@@ -190,7 +192,8 @@ TEST_F(InterfacePdh, OnlyATrickleIsSampled) {
     EXPECT_NEAR(traffic->GetIdleMean(), sum / i, 1e-12) << i;
   }
   EXPECT_EQ(traffic->GetIdleSecs(), 8.0);
-  EXPECT_NEAR(traffic->GetPercentAboveLow(), 500.0 / 9, 1e-9) << "0.05 to 0.09; 0.04 itself is not above";
+  EXPECT_NEAR(traffic->GetPercentAboveLow(), 500.0 / 9, 1e-9)
+      << "0.05 to 0.09; 0.04 itself is not above";
   // From then on a new sample weighs a tenth.
   Send(0.01);
   Receive(0.01);

@@ -95,7 +95,8 @@ class Networks : public Counted<IEnumNetworks> {
 
 class OneConnection : public Counted<INetworkConnection> {
  public:
-  OneConnection(int* live, const Connection& connection) : Counted(live), m_Connection(connection) {}
+  OneConnection(int* live, const Connection& connection)
+      : Counted(live), m_Connection(connection) {}
   HRESULT GetAdapterId(GUID* adapter) override { return *adapter = m_Connection.adapter, S_OK; }
   HRESULT GetNetwork(INetwork** network) override {
     *network = new Network(m_pLive, m_Connection.network);
@@ -181,16 +182,28 @@ class NetworkListManager : public test::KernelTest {
   Script& script;
 };
 
-NetworkSpec Live(WStringView name, LONG category) { return {WString(name), WString(name), category, true}; }
-NetworkSpec Dead(WStringView name, LONG category) { return {WString(name), WString(name), category}; }
+NetworkSpec Live(WStringView name, LONG category) {
+  return {WString(name), WString(name), category, true};
+}
+NetworkSpec Dead(WStringView name, LONG category) {
+  return {WString(name), WString(name), category};
+}
 
 TEST(NetworkName, LosesItsInstanceNumber) {
-  const std::pair<WStringView, WStringView> cases[] = {
-      {u"Office 3", u"Office"},   {u"Office ", u"Office"},  {u"Office-3", u"Office-3"}, {u"Room 12 A", u"Room 12 A"},
-      {u"Office 3 ", u"Office 3"}, {u"", u""},               {u"12", u"12"},             {u" 12", u""},
-      {u"\tA B 10", u"A B"},      {u"   ", u""},            {u"Cafe 2 3", u"Cafe 2"}};
+  const std::pair<WStringView, WStringView> cases[] = {{u"Office 3", u"Office"},
+                                                       {u"Office ", u"Office"},
+                                                       {u"Office-3", u"Office-3"},
+                                                       {u"Room 12 A", u"Room 12 A"},
+                                                       {u"Office 3 ", u"Office 3"},
+                                                       {u"", u""},
+                                                       {u"12", u"12"},
+                                                       {u" 12", u""},
+                                                       {u"\tA B 10", u"A B"},
+                                                       {u"   ", u""},
+                                                       {u"Cafe 2 3", u"Cafe 2"}};
   for (const auto& [name, base] : cases) {
-    EXPECT_EQ(Narrow(CNetworkListManager::StripInstanceNumFromNetName(name)), Narrow(base)) << Narrow(name);
+    EXPECT_EQ(Narrow(CNetworkListManager::StripInstanceNumFromNetName(name)), Narrow(base))
+        << Narrow(name);
   }
 }
 

@@ -18,8 +18,8 @@ class Table : public platform::IpHelperApi {
   platform::DWORD GetIfTable(MIB_IFTABLE* table, platform::ULONG* size, platform::BOOL) override {
     ++calls;
     if (fault) throw platform::PlatformFault{0xC0000005};
-    const auto needed =
-        static_cast<platform::ULONG>(offsetof(MIB_IFTABLE, table) + rows.size() * sizeof(MIB_IFROW));
+    const auto needed = static_cast<platform::ULONG>(offsetof(MIB_IFTABLE, table) +
+                                                     rows.size() * sizeof(MIB_IFROW));
     if (growing) rows.emplace_back();
     if (*size < needed || growing) {
       *size = needed;

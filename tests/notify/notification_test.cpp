@@ -1,5 +1,5 @@
-#include "notify/notification_manager.h"
 #include "foundation/log_lines.h"
+#include "notify/notification_manager.h"
 #include "platform/sim/kernel/fault_plan.h"
 #include "platform/sim/kernel/sim_console.h"
 #include "support/pc_fixture.h"
@@ -24,7 +24,9 @@ class Subscriber : public SmartObjEx<Subscriber, SmartObj<>>, public INotificati
 
 class NotificationTest : public KernelTest {
  protected:
-  static CNotificationManagerSingleton& Manager() { return CNotificationManagerSingleton::GetInstance(); }
+  static CNotificationManagerSingleton& Manager() {
+    return CNotificationManagerSingleton::GetInstance();
+  }
   static CSmartPointer<Subscriber> Subscribe() {
     auto subscriber = Subscriber::CreateObject();
     Manager().AddProvider(subscriber.get());
@@ -40,12 +42,14 @@ TEST_F(NotificationTest, EventReadsOnTheWireAsOneLineOfItsMembers) {
   event->m_Timestamp = u"03/11/2026T8:04:20.07Z";
   event->m_Data1 = u"one";
   event->m_Data5 = u"five";
-  EXPECT_EQ(WideToUtf8(event->GetJson()),
-            R"({ "evtNamespace":"Corvane", "evtCategory":"Suggestion", "evtType":"AP", )"
-            R"("evtTimestamp":"03/11/2026T8:04:20.07Z", "evtState":"true", "evtData1":"one", "evtData2":"", )"
-            R"("evtData3":"", "evtData4":"", "evtData5":"five" })");
+  EXPECT_EQ(
+      WideToUtf8(event->GetJson()),
+      R"({ "evtNamespace":"Corvane", "evtCategory":"Suggestion", "evtType":"AP", )"
+      R"("evtTimestamp":"03/11/2026T8:04:20.07Z", "evtState":"true", "evtData1":"one", "evtData2":"", )"
+      R"("evtData3":"", "evtData4":"", "evtData5":"five" })");
   event->m_bState = false;
-  EXPECT_NE(event->GetJson().find(u"\"evtState\":\"false\""), WString::npos) << "a string, no JSON bool";
+  EXPECT_NE(event->GetJson().find(u"\"evtState\":\"false\""), WString::npos)
+      << "a string, no JSON bool";
 }
 
 // 2026-11-03 08:04:20.007: the day comes first, the hour is not padded, milliseconds to two digits.

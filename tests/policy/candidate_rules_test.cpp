@@ -12,14 +12,14 @@ TEST(CandidateMargin, PercentFailsOnlyBetweenZeroAndTheLimit) {
     std::int32_t score, current;
     bool passes;
   };
-  for (const Case& c : {Case{60, 50, true},    // exactly 20 percent
-                        Case{59, 50, false},   // 18
-                        Case{50, 50, false},   // 0
-                        Case{40, 50, true},    // below: left to the point margin
-                        Case{0, 0, true}, Case{30, 0, true},
-                        Case{119, 100, false}, Case{120, 100, true},
-                        Case{10, -1, true}}) {
-    EXPECT_EQ(PassesPercentTest(c.score, c.current, 20), c.passes) << c.score << " vs " << c.current;
+  for (const Case& c : {Case{60, 50, true},   // exactly 20 percent
+                        Case{59, 50, false},  // 18
+                        Case{50, 50, false},  // 0
+                        Case{40, 50, true},   // below: left to the point margin
+                        Case{0, 0, true}, Case{30, 0, true}, Case{119, 100, false},
+                        Case{120, 100, true}, Case{10, -1, true}}) {
+    EXPECT_EQ(PassesPercentTest(c.score, c.current, 20), c.passes)
+        << c.score << " vs " << c.current;
   }
 }
 
@@ -50,7 +50,8 @@ TEST(CandidateVerdict, EachRuleDecidesAtItsLimitAndInItsOrder) {
   for (const Case& c : {
            Case{"at both margins", {18, 15, 70, false, false, false}, kQualified, false},
            Case{"a point short", {17, 15, 70, false, false, false}, kPercentShort, false},
-           Case{"percent met, points short", {12, 10, 70, false, false, false}, kPointsShort, false},
+           Case{
+               "percent met, points short", {12, 10, 70, false, false, false}, kPointsShort, false},
            Case{"a percent short", {59, 50, 70, false, false, false}, kPercentShort, false},
            Case{"weak", {30, 15, 69, false, false, false}, kWeak, false},
            Case{"equal", {15, 15, 70, false, false, false}, kPercentShort, true},
@@ -58,7 +59,10 @@ TEST(CandidateVerdict, EachRuleDecidesAtItsLimitAndInItsOrder) {
            Case{"worse passes the percent", {10, 15, 70, false, false, false}, kPointsShort, true},
            Case{"unavailable", {30, 15, 70, false, false, true}, kUnavailable, false},
            Case{"weak before unavailable", {30, 15, 69, false, false, true}, kWeak, false},
-           Case{"connected one above its own score", {18, 15, 70, false, true, false}, kConnectedBss, false},
+           Case{"connected one above its own score",
+                {18, 15, 70, false, true, false},
+                kConnectedBss,
+                false},
            Case{"connected one, not above", {15, 15, 70, false, true, false}, kPercentShort, true},
            Case{"preferred, connected", {18, 15, 70, true, true, false}, kQualified, false},
            Case{"preferred, worse", {10, 15, 70, true, false, false}, kQualified, false},

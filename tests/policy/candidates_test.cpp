@@ -173,11 +173,14 @@ TEST_F(CandidateDebounce, SuggestedBestIsTheHeadOrAnyEntryWithItsBssid) {
   const BssEntryList entries{head, second};
   CSmartPointer<CWlanBssEntry> found;
   const auto isSuggested = [&](const BssEntryList& list, const WString& ssid, int n) {
-    return CGlobalQUAYPolicy::IsConnectedToSuggestedBest_ETW(adapter.get(), list, ssid, ApMac(n), &found);
+    return CGlobalQUAYPolicy::IsConnectedToSuggestedBest_ETW(adapter.get(), list, ssid, ApMac(n),
+                                                             &found);
   };
   EXPECT_FALSE(isSuggested(entries, u"Office", 2));
-  config->m_Etw.GetMemo().Add(false, u"Office", head->m_BSSIDText.c_str(), u"", u"", CApSetMemo::kNoFlag, 0);
-  config->m_Etw.GetMemo().Add(false, u"Guests", second->m_BSSIDText.c_str(), u"", u"", CApSetMemo::kNoFlag, 0);
+  config->m_Etw.GetMemo().Add(false, u"Office", head->m_BSSIDText.c_str(), u"", u"",
+                              CApSetMemo::kNoFlag, 0);
+  config->m_Etw.GetMemo().Add(false, u"Guests", second->m_BSSIDText.c_str(), u"", u"",
+                              CApSetMemo::kNoFlag, 0);
   EXPECT_TRUE(isSuggested(entries, u"Office", 2));
   EXPECT_EQ(found, head);
   EXPECT_TRUE(isSuggested(entries, u"Guests", 3));

@@ -28,7 +28,8 @@ class ConnectedDecisionOfTwo : public ConnectedDecisionTest {
 
 TEST_F(ConnectedDecisionOfTwo, BestIsTheHeadThatNoOtherAdapterHas) {
   Connect("Office", 1);
-  const auto mine = Add("Office", 1, 50), taken = Add("Office", 2, 90), third = Add("Office", 3, 40);
+  const auto mine = Add("Office", 1, 50), taken = Add("Office", 2, 90),
+             third = Add("Office", 3, 40);
   adapters[1]->TakeReservation(ApMac(2));
   CSmartPointer<CWlanBssEntry> best;
   EXPECT_TRUE(IsBest({mine, taken}, &best));
@@ -140,7 +141,8 @@ TEST_F(ConnectedDecisionTest, FastScanDoesNotChaseItsLastSuggestionTwice) {
     config->SetString(value::kSuggestedNetworkSSID, u"Home");
     config->SetString(value::kSuggestedNetworkBSSID, better->m_BSSIDText);
     FastScan({better, mine});
-    EXPECT_EQ(config->m_force_scan_counter, 3) << mode;  // the standing suggestion is not taken up yet
+    EXPECT_EQ(config->m_force_scan_counter, 3)
+        << mode;  // the standing suggestion is not taken up yet
   }
 }
 

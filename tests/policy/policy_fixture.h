@@ -1,6 +1,6 @@
 #pragma once
-// Adapters by hand for tests of the policy: a WLAN service that answers what the test has set, entries
-// with scores of the test's choice, and what the policy told the world.
+// Adapters by hand for tests of the policy: a WLAN service that answers what the test has set,
+// entries with scores of the test's choice, and what the policy told the world.
 
 #include <cstdlib>
 #include <cstring>
@@ -9,10 +9,10 @@
 #include <vector>
 
 #include "notify/notification_manager.h"
-#include "settings/global_config_container.h"
-#include "store/value_names.h"
 #include "policy/policy.h"
 #include "policy/quiet_network_list.h"
+#include "settings/global_config_container.h"
+#include "store/value_names.h"
 #include "support/pc_fixture.h"
 #include "wlan/wifi_client_container.h"
 #include "wlan/wlan_client.h"
@@ -28,8 +28,8 @@ inline platform::DOT11_SSID SsidRecord(const std::string& ssid) {
   return record;
 }
 
-// The WLAN service of the tests. A connect ends at once: well, or with the reason that the test has set
-// for its BSSID.
+// The WLAN service of the tests. A connect ends at once: well, or with the reason that the test has
+// set for its BSSID.
 class PolicyWlan : public platform::WlanApi {
  public:
   struct Link {
@@ -47,7 +47,7 @@ class PolicyWlan : public platform::WlanApi {
   std::vector<std::string> calls;                  // "connect <SSID> <BSSID>", "disconnect"
   platform::DWORD disconnectResult = platform::ERROR_SUCCESS;
   platform::DWORD stateResult = platform::ERROR_SUCCESS;
-  platform::DWORD connectMs = 0;  // until a connect ends
+  platform::DWORD connectMs = 0;             // until a connect ends
   std::int32_t stateQueriesBeforeLoss = -1;  // then the state reads disconnected; -1 never
 
   static platform::GUID GuidOf(std::size_t adapter) {
@@ -56,14 +56,17 @@ class PolicyWlan : public platform::WlanApi {
     return guid;
   }
 
-  platform::DWORD WlanOpenHandle(platform::DWORD, void*, platform::DWORD*, platform::HANDLE* client) override {
+  platform::DWORD WlanOpenHandle(platform::DWORD, void*, platform::DWORD*,
+                                 platform::HANDLE* client) override {
     *client = reinterpret_cast<platform::HANDLE>(1);
     return platform::ERROR_SUCCESS;
   }
-  platform::DWORD WlanCloseHandle(platform::HANDLE, void*) override { return platform::ERROR_SUCCESS; }
+  platform::DWORD WlanCloseHandle(platform::HANDLE, void*) override {
+    return platform::ERROR_SUCCESS;
+  }
   platform::DWORD WlanRegisterNotification(platform::HANDLE, platform::DWORD, platform::BOOL,
-                                           platform::WLAN_NOTIFICATION_CALLBACK callback, void* context,
-                                           void*, platform::DWORD*) override {
+                                           platform::WLAN_NOTIFICATION_CALLBACK callback,
+                                           void* context, void*, platform::DWORD*) override {
     m_Callback = callback;
     m_Context = context;
     return platform::ERROR_SUCCESS;
@@ -78,9 +81,9 @@ class PolicyWlan : public platform::WlanApi {
     *list = out;
     return platform::ERROR_SUCCESS;
   }
-  platform::DWORD WlanQueryInterface(platform::HANDLE, const platform::GUID* adapter, platform::LONG opcode,
-                                     void*, platform::DWORD* size, void** data,
-                                     platform::LONG*) override {
+  platform::DWORD WlanQueryInterface(platform::HANDLE, const platform::GUID* adapter,
+                                     platform::LONG opcode, void*, platform::DWORD* size,
+                                     void** data, platform::LONG*) override {
     const Link& link = LinkOf(*adapter);
     if (opcode == platform::wlan_intf_opcode_interface_state) {
       if (stateResult != platform::ERROR_SUCCESS) return stateResult;
@@ -89,9 +92,11 @@ class PolicyWlan : public platform::WlanApi {
         connected = false;
         stateQueriesBeforeLoss = 0;
       }
-      return Answer<platform::LONG>(connected ? platform::wlan_interface_state_connected : 4, size, data);
+      return Answer<platform::LONG>(connected ? platform::wlan_interface_state_connected : 4, size,
+                                    data);
     }
-    if (opcode == platform::wlan_intf_opcode_channel_number) return Answer<platform::DWORD>(36, size, data);
+    if (opcode == platform::wlan_intf_opcode_channel_number)
+      return Answer<platform::DWORD>(36, size, data);
     if (opcode != platform::wlan_intf_opcode_current_connection) return platform::ERROR_NOT_FOUND;
     if (!link.connected) return platform::ERROR_INVALID_STATE;
     platform::WLAN_CONNECTION_ATTRIBUTES attrs;
@@ -106,7 +111,8 @@ class PolicyWlan : public platform::WlanApi {
   void WlanFreeMemory(void* memory) override { std::free(memory); }
 
   platform::DWORD WlanConnect(platform::HANDLE, const platform::GUID* adapter,
-                              const platform::WLAN_CONNECTION_PARAMETERS* parameters, void*) override {
+                              const platform::WLAN_CONNECTION_PARAMETERS* parameters,
+                              void*) override {
     MacAddress bssid{};
     if (parameters->pDesiredBssidList) bssid = ToMac(parameters->pDesiredBssidList->BSSIDs[0]);
     const std::string ssid = parameters->pDesiredBssidList

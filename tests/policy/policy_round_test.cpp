@@ -1,7 +1,7 @@
 #include <algorithm>
 
-#include "policy/candidate_list.h"
 #include "platform/sim/kernel/sim_session.h"
+#include "policy/candidate_list.h"
 #include "policy/policy_fixture.h"
 #include "policy/policy_log.h"
 
@@ -53,7 +53,8 @@ TEST_F(PolicyRoundTest, CandidatesAreSortedAndTheRestIsShownBesideThem) {
   Round();
   EXPECT_EQ(Candidates(), (Rows{"Office 2", "Home 4", "Home 3", "Office 1"}));
   EXPECT_EQ(Others(), (Rows{"Cafe 5", "Next door 6", "Shed 7"}));
-  EXPECT_EQ(Value(value::kProfiledNetworksInRangeJson), u"[\"Office\",\"Home\",\"Home\",\"Office\"]");
+  EXPECT_EQ(Value(value::kProfiledNetworksInRangeJson),
+            u"[\"Office\",\"Home\",\"Home\",\"Office\"]");
 }
 
 TEST_F(PolicyRoundTest, EqualEntriesComeInTheReverseOfTheirMap) {
@@ -71,8 +72,8 @@ TEST_F(PolicyRoundTest, LongListLosesItsFirstRows) {
   }
   Round();
   // Such a value is longer than the program itself reads.
-  const auto stored = kernel.Registry().GetText(WString(kHomeKeyPath) + u"\\" + adapter->GetGuidText(),
-                                                value::kCandidatesCSV);
+  const auto stored = kernel.Registry().GetText(
+      WString(kHomeKeyPath) + u"\\" + adapter->GetGuidText(), value::kCandidatesCSV);
   ASSERT_TRUE(stored);
   const Rows rows = RowsOf(*stored);
   ASSERT_EQ(rows.size(), 400u);
@@ -95,7 +96,8 @@ TEST_F(PolicyRoundTest, PreferredEntryLeadsFromItsQualityOn) {
 TEST_F(PolicyRoundTest, EntryLeavesAfterThreeMissedScansUnlessItIsTheConnection) {
   Connect("Office", 1);
   const auto connected = Add("Office", 1, 50), other = Add("Office", 2, 40);
-  for (const auto& entry : {connected, other}) entry->m_bss_scanned = false, entry->m_unscanned_count = 2;
+  for (const auto& entry : {connected, other})
+    entry->m_bss_scanned = false, entry->m_unscanned_count = 2;
   Round();
   EXPECT_EQ(Candidates(), (Rows{"Office 1", "Office 2"}));
   connected->m_unscanned_count = other->m_unscanned_count = 3;
@@ -147,7 +149,8 @@ TEST_F(PolicyRoundTest, QualityIsTheBetterOfAssociationAndModel) {
   const auto entry = Add("Office", 1, 50, 60);
   std::uint32_t quality = 50;
   const auto peg = [&](bool connected) {
-    CGlobalQUAYPolicy::UpdateAssociateLQPegging(adapter.get(), connected, &quality, u"Office", ApMac(1), "t");
+    CGlobalQUAYPolicy::UpdateAssociateLQPegging(adapter.get(), connected, &quality, u"Office",
+                                                ApMac(1), "t");
   };
   peg(true);
   EXPECT_EQ(quality, 60u);
@@ -227,10 +230,12 @@ TEST_F(PolicyRoundTest, OrderWithoutAProfileAsksTheUserAndClaimsNoConnection) {
   EXPECT_EQ(Value(value::kConnectedBssid), u"");
   EXPECT_EQ(cafe->m_connect_good, 0);
   EXPECT_FALSE(cafe->m_ever_connected);
-  EXPECT_EQ(adapter->m_consec_disconnects, 0u) << "the order is carried out: no choice in this round";
+  EXPECT_EQ(adapter->m_consec_disconnects, 0u)
+      << "the order is carried out: no choice in this round";
 
   wlan->connectMs = 100'000;
-  EXPECT_EQ(order(home, u""), 2u) << "the first try is given up after 90 s, and ends during the second";
+  EXPECT_EQ(order(home, u""), 2u)
+      << "the first try is given up after 90 s, and ends during the second";
   Disconnect();
   RunFor(std::chrono::seconds(100));
   EXPECT_EQ(order(cafe, u"<xml/>"), 1u) << "without a stored profile there is no time-out";

@@ -45,17 +45,34 @@ TEST_F(Roaming, OneInstallationShowsByNameGatewayOrMemory) {
   const Case cases[] = {
       {"same name", true, false, none, kA, none, none, true, false},
       {"switched off", false, false, {{kA}, {}}, kA, {{kA}, {}}, none, false, false},
-      {"target is the IPv4 gateway", false, true, {{kB, kA}, {}}, kA, {{kC}, {}}, none, true, false},
+      {"target is the IPv4 gateway",
+       false,
+       true,
+       {{kB, kA}, {}},
+       kA,
+       {{kC}, {}},
+       none,
+       true,
+       false},
       {"target is the IPv6 gateway", false, true, {{kB}, {kA}}, kA, none, none, true, false},
       {"own gateways match", false, true, {{kA}, {}}, kC, {{kA}, {}}, {{kB}, {}}, true, false},
-      {"own gateways differ, memory not asked", false, true, {{kA}, {}}, kC, {{kB}, {}}, {{kA}, {}}, false, false},
+      {"own gateways differ, memory not asked",
+       false,
+       true,
+       {{kA}, {}},
+       kC,
+       {{kB}, {}},
+       {{kA}, {}},
+       false,
+       false},
       {"memory matches", false, true, {{kA}, {}}, kC, none, {{kA}, {}}, true, true},
       {"memory differs", false, true, {{kA}, {}}, kC, none, {{kB}, {}}, false, true},
       {"nothing known on either side", false, true, none, kC, none, none, false, true},
   };
   for (const Case& one : cases) {
     bool asked = false;
-    const RoamFacts facts{0, one.sameSsid, one.gatewayRoaming, one.current, one.bssid, one.candidate};
+    const RoamFacts facts{0,           one.sameSsid, one.gatewayRoaming,
+                          one.current, one.bssid,    one.candidate};
     const auto remembered = [&] {
       asked = true;
       return one.remembered;

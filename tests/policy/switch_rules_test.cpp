@@ -65,12 +65,12 @@ TEST(SuggestionPercent, IsShownFromTheLimitOn) {
   for (const Case& c : {
            Case{60, 50, 0, true, 20},
            Case{59, 50, 0, false, 18},
-           Case{40, 50, 0, true, 20},     // the difference counts without its sign
+           Case{40, 50, 0, true, 20},  // the difference counts without its sign
            Case{50, 50, 0, false, 0},
-           Case{50, 50, 3, false, 6},     // the margin stands in for no difference
+           Case{50, 50, 3, false, 6},  // the margin stands in for no difference
            Case{10, 10, 3, true, 30},
-           Case{23, 19, 0, true, 21},     // 21.05 is cut
-           Case{30, 0, 0, true, 100},     // nothing to compare with
+           Case{23, 19, 0, true, 21},  // 21.05 is cut
+           Case{30, 0, 0, true, 100},  // nothing to compare with
            Case{30, -1, 0, true, 100},
        }) {
     const SuggestionPercent percent = PercentOf(c.score, c.current, c.minimum, 20);

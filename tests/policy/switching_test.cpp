@@ -1,6 +1,6 @@
+#include "history/telemetry_memo.h"
 #include "policy/policy_fixture.h"
 #include "policy/policy_log.h"
-#include "history/telemetry_memo.h"
 
 namespace corvane {
 namespace {
@@ -61,7 +61,9 @@ TEST_F(SwitchingTest, AutoswitchMovesInTheSecondRoundAndTellsOfIt) {
   EXPECT_EQ(Moves(true), 0u);
   const auto events = Events();
   ASSERT_EQ(events.size(), 1u);
-  EXPECT_EQ(events[0].find("Autoswitch|Score 70, 02-00-00-00-00-02, SQ 80, Channel 36, Link rate Tx 400000"), 0u)
+  EXPECT_EQ(events[0].find(
+                "Autoswitch|Score 70, 02-00-00-00-00-02, SQ 80, Channel 36, Link rate Tx 400000"),
+            0u)
       << events[0];
   EXPECT_NE(events[0].find("|Score 50, 02-00-00-00-00-01, SQ 80"), std::string::npos) << events[0];
 }
@@ -89,7 +91,8 @@ TEST_F(SwitchingTest, RefusedTargetIsFollowedByTheNextReadyOne) {
   const auto first = Add("Home", 2, 80), second = Add("Home", 3, 70);
   wlan->refusals[ApMac(2)] = platform::WLAN_REASON_CODE_NETWORK_NOT_AVAILABLE;
   Rounds(2);
-  EXPECT_EQ(wlan->calls, (Calls{"connect Home 02-00-00-00-00-02", "connect Home 02-00-00-00-00-03"}));
+  EXPECT_EQ(wlan->calls,
+            (Calls{"connect Home 02-00-00-00-00-02", "connect Home 02-00-00-00-00-03"}));
   EXPECT_EQ(first->m_connect_failed, 1);
   EXPECT_EQ(first->m_last_reason_code, platform::WLAN_REASON_CODE_NETWORK_NOT_AVAILABLE);
   EXPECT_EQ(second->m_connect_good, 1);
@@ -101,7 +104,8 @@ TEST_F(SwitchingTest, SwitchThatFailsAltogetherRestoresTheOldNetwork) {
   const auto better = Add("Home", 2, 70);
   wlan->refusals[ApMac(2)] = 0x38001;
   Rounds(2);
-  EXPECT_EQ(wlan->calls, (Calls{"connect Home 02-00-00-00-00-02", "connect Office 00-00-00-00-00-00"}));
+  EXPECT_EQ(wlan->calls,
+            (Calls{"connect Home 02-00-00-00-00-02", "connect Office 00-00-00-00-00-00"}));
   EXPECT_EQ(better->m_candidate_counter, 0);
   EXPECT_FALSE(HasReservation(2));
   EXPECT_EQ(Value(value::kConnectStatus), u"error");
@@ -149,7 +153,8 @@ TEST_F(SwitchingTest, OpenSuggestionVetoesARoam) {
   Connect("Office", 1);
   Add("Office", 1, 50);
   const auto better = Add("Office", 2, 70);
-  config->m_Etw.GetMemo().Add(false, u"Office", better->m_BSSIDText.c_str(), u"", u"", CApSetMemo::kNoFlag, 0);
+  config->m_Etw.GetMemo().Add(false, u"Office", better->m_BSSIDText.c_str(), u"", u"",
+                              CApSetMemo::kNoFlag, 0);
   Rounds(3);
   EXPECT_EQ(wlan->calls, Calls{});
 }
@@ -162,8 +167,9 @@ TEST_F(SwitchingTest, EventModeSuggestsAnotherNetworkOnce) {
   Rounds(2);
   EXPECT_EQ(wlan->calls, Calls{});
   EXPECT_EQ(Value(value::kSuggestedNetworkSSID), u"Home");
-  EXPECT_EQ(Value(value::kSuggestedNetworkReason),
-            u"A Wireless Network that is 40% better is available. Would you like to connect to it?");
+  EXPECT_EQ(
+      Value(value::kSuggestedNetworkReason),
+      u"A Wireless Network that is 40% better is available. Would you like to connect to it?");
   EXPECT_EQ(adapter->m_last_suggested_pos, 0);
   EXPECT_EQ(adapter->m_last_suggested_bssid, better->m_BSSIDText);
   EXPECT_EQ(better->m_candidate_counter, 0);
@@ -238,7 +244,8 @@ TEST_F(SwitchingTest, FirstConnectTakesTheNextEntryAfterARefusal) {
   Add("Home", 2, 50);
   wlan->refusals[ApMac(1)] = platform::WLAN_REASON_CODE_NETWORK_NOT_AVAILABLE;
   Rounds(3);
-  EXPECT_EQ(wlan->calls, (Calls{"connect Office 02-00-00-00-00-01", "connect Home 02-00-00-00-00-02"}));
+  EXPECT_EQ(wlan->calls,
+            (Calls{"connect Office 02-00-00-00-00-01", "connect Home 02-00-00-00-00-02"}));
   EXPECT_EQ(first->m_connect_failed, 1);
   EXPECT_EQ(Moves(false), 1u);
   const auto events = Events();

@@ -1,5 +1,5 @@
-// The whole service on real threads with a fast clock: what the baton of the simulated PC hides, the
-// thread sanitizer finds here.
+// The whole service on real threads with a fast clock: what the baton of the simulated PC hides,
+// the thread sanitizer finds here.
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -11,13 +11,13 @@
 #include <thread>
 
 #include "foundation/smart_obj.h"
-#include "service/service_main.h"
 #include "host/temp_directory.h"
 #include "platform/linux/host_console.h"
 #include "platform/linux/linux_host.h"
 #include "platform/sim/devices/pc_observer.h"
 #include "platform/sim/devices/sim_devices.h"
 #include "platform/sim/world/world_loader.h"
+#include "service/service_main.h"
 
 namespace corvane::test {
 

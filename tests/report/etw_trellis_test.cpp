@@ -22,7 +22,8 @@ std::string Line(const TraceEvent& event) { return TraceEventJson(event, "t"); }
 
 TEST(TrellisMetadata, IsLaidOutAsTheFormatSays) {
   const std::string provider = std::string("\x16\0", 2) + "TRBUILD_ETWProvider" + '\0';
-  EXPECT_EQ(std::string(trellis::kProviderMetadata.begin(), trellis::kProviderMetadata.end()), provider);
+  EXPECT_EQ(std::string(trellis::kProviderMetadata.begin(), trellis::kProviderMetadata.end()),
+            provider);
 
   const std::string best = std::string("\x4B\0\0", 3) + std::string("TRELLIS_N_BEST_AP\0", 18) +
                            std::string("EventType\0\7", 11) + std::string("EventCategory\0\7", 15) +
@@ -31,10 +32,11 @@ TEST(TrellisMetadata, IsLaidOutAsTheFormatSays) {
   EXPECT_EQ(std::string(trellis::kBest.metadata1.begin(), trellis::kBest.metadata1.end()), best);
 
   const std::string suggest2 =
-      std::string("\0", 1) + std::string("TRELLIS_N_SUGGEST_AP_2\0", 23) + std::string("EventType\0\7", 11) +
-      std::string("EventCategory\0\7", 15) + std::string("EventToClear\0\7", 14) + std::string("ssid\0\1", 6) +
-      std::string("bssid\0\1", 7) + std::string("InterfaceGUID\0\1", 15) + std::string("Percentage\0\7", 12) +
-      std::string("SignalQuality\0\x8", 15);
+      std::string("\0", 1) + std::string("TRELLIS_N_SUGGEST_AP_2\0", 23) +
+      std::string("EventType\0\7", 11) + std::string("EventCategory\0\7", 15) +
+      std::string("EventToClear\0\7", 14) + std::string("ssid\0\1", 6) +
+      std::string("bssid\0\1", 7) + std::string("InterfaceGUID\0\1", 15) +
+      std::string("Percentage\0\7", 12) + std::string("SignalQuality\0\x8", 15);
   const auto& blob = trellis::kSuggest.metadata2;
   EXPECT_EQ(std::string(blob.begin() + 2, blob.end()), suggest2);
   EXPECT_EQ(blob[0] + 256u * blob[1], suggest2.size() + 2);
@@ -72,8 +74,10 @@ using Names = std::vector<std::string>;
 
 // Every event of either adapter, with its numbers and fields, as a reader of the stream decodes it.
 TEST_F(EtwTest, AllEventsOfBothAdaptersReadAsTheTableSays) {
-  const auto line = [](const char* name, int type, int category, int clear, const std::string& rest) {
-    std::string text = "{\"time\":\"t\",\"event\":\"" + std::string(name) + "\",\"EventType\":" + std::to_string(type) +
+  const auto line = [](const char* name, int type, int category, int clear,
+                       const std::string& rest) {
+    std::string text = "{\"time\":\"t\",\"event\":\"" + std::string(name) +
+                       "\",\"EventType\":" + std::to_string(type) +
                        ",\"EventCategory\":" + std::to_string(category);
     if (clear != 0) text += ",\"EventToClear\":" + std::to_string(clear);
     return text + "," + rest + "}";
@@ -100,32 +104,37 @@ TEST_F(EtwTest, AllEventsOfBothAdaptersReadAsTheTableSays) {
     etw->NotifyNoAPContention(u"Office", kBssid1, 36);
 
     const std::string expected[] = {
-        line(two ? "TRELLIS_N_SUGGEST_AP_2" : "TRELLIS_N_SUGGEST_AP", two ? 31 : 11, 3, two ? 40 : 20,
-             pair + "," + guid + R"(,"Percentage":30,"SignalQuality":77)"),
-        line(two ? "TRELLIS_N_BEST_AP_2" : "TRELLIS_N_BEST_AP", two ? 40 : 20, 2, 0, pair + "," + guid),
-        line(two ? "TRELLIS_N_MISMATCH_AP_BETTER_NIC2" : "TRELLIS_N_MISMATCH_AP_BETTER_NIC1", two ? 61 : 41, 3,
-             two ? 100 : 80, pair + "," + guid + "," + classes),
-        line(two ? "TRELLIS_N_MISMATCH_CLEAR1_NIC2" : "TRELLIS_N_MISMATCH_CLEAR1_NIC1", two ? 100 : 80, 2, 0,
-             pair + "," + guid + "," + classes),
-        line(two ? "TRELLIS_N_MISMATCH_WIFI_BETTER_NIC2" : "TRELLIS_N_MISMATCH_WIFI_BETTER_NIC1", two ? 71 : 51, 3,
-             two ? 110 : 90, pair + "," + guid + "," + classes),
-        line(two ? "TRELLIS_N_MISMATCH_CLEAR2_NIC2" : "TRELLIS_N_MISMATCH_CLEAR2_NIC1", two ? 110 : 90, 2, 0,
-             pair + "," + guid + "," + classes),
-        line(two ? "TRELLIS_N_WIFI_QUALITY_NIC2_BAD" : "TRELLIS_N_WIFI_QUALITY_NIC1_BAD", two ? 91 : 81, 3,
-             two ? 60 : 50, "\"SignalQuality\":31," + pair + "," + guid),
-        line(two ? "TRELLIS_N_WIFI_QUALITY_NIC2_GOOD" : "TRELLIS_N_WIFI_QUALITY_NIC1_GOOD", two ? 60 : 50, 2, 0,
-             "\"SignalQuality\":100," + pair + "," + guid),
-        line(two ? "TRELLIS_N_WIFI_QUALITY_NIC2_GOOD" : "TRELLIS_N_WIFI_QUALITY_NIC1_GOOD", two ? 60 : 50, 2, 0,
-             "\"SignalQuality\":81," + pair + "," + guid),
-        line(two ? "TRELLIS_N_AP_CONNECTED_NIC2" : "TRELLIS_N_AP_CONNECTED_NIC1", two ? 130 : 120, 2, 0,
-             pair + "," + guid + R"(,"LinkSpeedTxKbps":866700,"LinkSpeedRxKbps":780000,"ApScore":-1,)" + classes +
+        line(two ? "TRELLIS_N_SUGGEST_AP_2" : "TRELLIS_N_SUGGEST_AP", two ? 31 : 11, 3,
+             two ? 40 : 20, pair + "," + guid + R"(,"Percentage":30,"SignalQuality":77)"),
+        line(two ? "TRELLIS_N_BEST_AP_2" : "TRELLIS_N_BEST_AP", two ? 40 : 20, 2, 0,
+             pair + "," + guid),
+        line(two ? "TRELLIS_N_MISMATCH_AP_BETTER_NIC2" : "TRELLIS_N_MISMATCH_AP_BETTER_NIC1",
+             two ? 61 : 41, 3, two ? 100 : 80, pair + "," + guid + "," + classes),
+        line(two ? "TRELLIS_N_MISMATCH_CLEAR1_NIC2" : "TRELLIS_N_MISMATCH_CLEAR1_NIC1",
+             two ? 100 : 80, 2, 0, pair + "," + guid + "," + classes),
+        line(two ? "TRELLIS_N_MISMATCH_WIFI_BETTER_NIC2" : "TRELLIS_N_MISMATCH_WIFI_BETTER_NIC1",
+             two ? 71 : 51, 3, two ? 110 : 90, pair + "," + guid + "," + classes),
+        line(two ? "TRELLIS_N_MISMATCH_CLEAR2_NIC2" : "TRELLIS_N_MISMATCH_CLEAR2_NIC1",
+             two ? 110 : 90, 2, 0, pair + "," + guid + "," + classes),
+        line(two ? "TRELLIS_N_WIFI_QUALITY_NIC2_BAD" : "TRELLIS_N_WIFI_QUALITY_NIC1_BAD",
+             two ? 91 : 81, 3, two ? 60 : 50, "\"SignalQuality\":31," + pair + "," + guid),
+        line(two ? "TRELLIS_N_WIFI_QUALITY_NIC2_GOOD" : "TRELLIS_N_WIFI_QUALITY_NIC1_GOOD",
+             two ? 60 : 50, 2, 0, "\"SignalQuality\":100," + pair + "," + guid),
+        line(two ? "TRELLIS_N_WIFI_QUALITY_NIC2_GOOD" : "TRELLIS_N_WIFI_QUALITY_NIC1_GOOD",
+             two ? 60 : 50, 2, 0, "\"SignalQuality\":81," + pair + "," + guid),
+        line(two ? "TRELLIS_N_AP_CONNECTED_NIC2" : "TRELLIS_N_AP_CONNECTED_NIC1", two ? 130 : 120,
+             2, 0,
+             pair + "," + guid +
+                 R"(,"LinkSpeedTxKbps":866700,"LinkSpeedRxKbps":780000,"ApScore":-1,)" + classes +
                  R"(,"LQ":4000000000,"AdapterDescription":"Radio 7")"),
-        line(two ? "TRELLIS_N_AP_DISCONNECTED_NIC2" : "TRELLIS_N_AP_DISCONNECTED_NIC1", two ? 150 : 140, 2,
-             two ? 130 : 120, pair + "," + guid),
-        line(two ? "TRELLIS_N_WIFI_AP_CONTENTION_NIC2" : "TRELLIS_N_WIFI_AP_CONTENTION_NIC1", two ? 211 : 201, 3,
-             two ? 210 : 200,
-             pair + R"(,"Channel":36,"opp_summary_csv":"x[1(SQ 2)]","opp_ssids_csv":"x","opp_bssids_csv":"1",)" +
-                 R"("opp_sqs_csv":"2",)" + guid),
+        line(two ? "TRELLIS_N_AP_DISCONNECTED_NIC2" : "TRELLIS_N_AP_DISCONNECTED_NIC1",
+             two ? 150 : 140, 2, two ? 130 : 120, pair + "," + guid),
+        line(
+            two ? "TRELLIS_N_WIFI_AP_CONTENTION_NIC2" : "TRELLIS_N_WIFI_AP_CONTENTION_NIC1",
+            two ? 211 : 201, 3, two ? 210 : 200,
+            pair +
+                R"(,"Channel":36,"opp_summary_csv":"x[1(SQ 2)]","opp_ssids_csv":"x","opp_bssids_csv":"1",)" +
+                R"("opp_sqs_csv":"2",)" + guid),
         line(two ? "TRELLIS_N_NO_WIFI_AP_CONTENTION_NIC2" : "TRELLIS_N_NO_WIFI_AP_CONTENTION_NIC1",
              two ? 210 : 200, 2, 0, pair + ",\"Channel\":36," + guid),
     };
@@ -135,7 +144,8 @@ TEST_F(EtwTest, AllEventsOfBothAdaptersReadAsTheTableSays) {
       EXPECT_EQ(Line(events[i]), expected[i]);
       EXPECT_EQ(events[i].provider, "TRBUILD_ETWProvider");
       const auto& d = events[i].descriptor;
-      EXPECT_TRUE(d.Id == 0 && d.Version == 0 && d.Channel == 11 && d.Level == 4 && d.Opcode == 0xCD && d.Keyword == 0);
+      EXPECT_TRUE(d.Id == 0 && d.Version == 0 && d.Channel == 11 && d.Level == 4 &&
+                  d.Opcode == 0xCD && d.Keyword == 0);
     }
   }
 }
@@ -146,10 +156,12 @@ TEST_F(EtwTest, StartZeroesTheCountersOfItsAdapterInEventModeOnly) {
   EXPECT_TRUE(config.numbers.empty());
   config.etwMode = true;
   Start(0);
-  EXPECT_EQ(config.numbers, (std::map<WString, std::uint32_t>{{u"SuggestCount", 0}, {u"BestCount", 0}}));
+  EXPECT_EQ(config.numbers,
+            (std::map<WString, std::uint32_t>{{u"SuggestCount", 0}, {u"BestCount", 0}}));
   config.numbers.clear();
   Start(1);
-  EXPECT_EQ(config.numbers, (std::map<WString, std::uint32_t>{{u"SuggestCount2", 0}, {u"BestCount2", 0}}));
+  EXPECT_EQ(config.numbers,
+            (std::map<WString, std::uint32_t>{{u"SuggestCount2", 0}, {u"BestCount2", 0}}));
   EXPECT_EQ(kernel.EventTrace().Traits().size(), trellis::kProviderMetadata.size());
 }
 
@@ -249,7 +261,8 @@ TEST_F(EtwTest, AStandingMismatchIsClosedBeforeTheNext) {
   EXPECT_FALSE(etw->CapabilityMismatchAPBetter(Mismatch(kBssid1)));
   EXPECT_EQ(TakeNames(), Names{"TRELLIS_N_MISMATCH_AP_BETTER_NIC1"});
   EXPECT_TRUE(etw->CapabilityMismatchWifiBetter(Mismatch(kBssid1)));
-  EXPECT_EQ(TakeNames(), (Names{"TRELLIS_N_MISMATCH_CLEAR1_NIC1", "TRELLIS_N_MISMATCH_WIFI_BETTER_NIC1"}));
+  EXPECT_EQ(TakeNames(),
+            (Names{"TRELLIS_N_MISMATCH_CLEAR1_NIC1", "TRELLIS_N_MISMATCH_WIFI_BETTER_NIC1"}));
   EXPECT_TRUE(etw->CapabilityMismatchClearLast(u"Office", kBssid2, u"x", u"y"));
   EXPECT_FALSE(etw->CapabilityMismatchClearLast(u"Office", kBssid2, u"x", u"y"));
   EXPECT_EQ(TakeNames(), Names{"TRELLIS_N_MISMATCH_CLEAR2_NIC1"});
@@ -258,7 +271,8 @@ TEST_F(EtwTest, AStandingMismatchIsClosedBeforeTheNext) {
 TEST_F(EtwTest, ContentionIsRememberedForItsFakeEnd) {
   Start(0);
   EXPECT_FALSE(etw->ClearLastAPContentionNotification());
-  EXPECT_FALSE(etw->IsContentionReported(u"")) << "the first report is made even without contenders";
+  EXPECT_FALSE(etw->IsContentionReported(u""))
+      << "the first report is made even without contenders";
   etw->NotifyNoAPContention(u"Office", kBssid1, 36);
   EXPECT_TRUE(etw->IsContentionReported(u""));
   EXPECT_FALSE(etw->IsContentionReported(u"x[1]"));
@@ -268,7 +282,8 @@ TEST_F(EtwTest, ContentionIsRememberedForItsFakeEnd) {
 
   etw->NotifyAPContention(u"Office", kBssid1, 36, u"x[1(SQ 2)]", u"x[1]", u"x", u"1", u"2");
   EXPECT_TRUE(etw->IsContentionReported(u"x[1]"));
-  EXPECT_TRUE(HasLog("[Adapter 0] Wifi contention for ssid Office, bssid 02-00-00-00-00-01, channel 36"));
+  EXPECT_TRUE(
+      HasLog("[Adapter 0] Wifi contention for ssid Office, bssid 02-00-00-00-00-01, channel 36"));
   Take();
   EXPECT_TRUE(etw->ClearLastAPContentionNotification());
   EXPECT_FALSE(etw->ClearLastAPContentionNotification());
@@ -318,8 +333,9 @@ TEST_F(EtwTest, WithoutARegistrationNothingHappensAtAll) {
   EXPECT_TRUE(HasLog("EventRegister() failed 0x80070005"));
   config.numbers.clear();
   EXPECT_FALSE(Suggest(u"Office", kBssid1));
-  EXPECT_TRUE(HasLog("[0]CEtwTrellis::SuggestAP: HANDLE IS NULL! FAILED to suggest: ssid=Office, "
-                     "bssid=02-00-00-00-00-01"));
+  EXPECT_TRUE(
+      HasLog("[0]CEtwTrellis::SuggestAP: HANDLE IS NULL! FAILED to suggest: ssid=Office, "
+             "bssid=02-00-00-00-00-01"));
   EXPECT_FALSE(etw->NotifyAlreadyBestAP(Ap(u"Office", kBssid1)));
   EXPECT_FALSE(etw->NotifySignalQualityBAD(u"Office", kBssid1, u"", 3));
   EXPECT_FALSE(etw->APConnected(u"Office", kBssid1, 1, 2, 3, 4, u"a", u"b"));
@@ -338,7 +354,8 @@ TEST_F(EtwTest, AllReportersShareOneRegistration) {
     EXPECT_EQ(kernel.EventTrace().OpenHandles(), 1u);
     etw.reset();
     second.SuggestAP(Ap(u"Office", kBssid1), 5, 50, u"", u"");
-    EXPECT_EQ(TakeNames(), Names{"TRELLIS_N_SUGGEST_AP_2"}) << "the other one's end does not cut it off";
+    EXPECT_EQ(TakeNames(), Names{"TRELLIS_N_SUGGEST_AP_2"})
+        << "the other one's end does not cut it off";
   }
   EXPECT_EQ(kernel.EventTrace().OpenHandles(), 0u);
   Start(0);
@@ -348,7 +365,9 @@ TEST_F(EtwTest, AllReportersShareOneRegistration) {
 
 class Listener : public SmartObjEx<Listener, SmartObj<>>, public INotificationProvider {
  public:
-  void SendNotification(CNotificationEvent* event) override { lines.push_back(WideToUtf8(event->GetJson())); }
+  void SendNotification(CNotificationEvent* event) override {
+    lines.push_back(WideToUtf8(event->GetJson()));
+  }
   std::vector<std::string> lines;
 };
 
@@ -365,15 +384,19 @@ TEST_F(EtwTest, TheOemSuiteHearsOfSuggestionsAndUpgrades) {
   RunFor(1s);
   manager.Shutdown(1000);
   ASSERT_EQ(listener->lines.size(), 3u);
-  EXPECT_NE(listener->lines[0].find(R"("evtCategory":"Suggestion", "evtType":"AP")"), std::string::npos);
-  EXPECT_NE(listener->lines[0].find(R"("evtData1":"\u0041", "evtData2":"new", "evtData3":"old", "evtData4":"{guid}", )"
-                                    R"("evtData5":"Radio 7 of the registry")"),
+  EXPECT_NE(listener->lines[0].find(R"("evtCategory":"Suggestion", "evtType":"AP")"),
             std::string::npos);
-  EXPECT_NE(listener->lines[1].find(R"("evtCategory":"Hardware", "evtType":"UpgradeAdapter")"), std::string::npos);
-  EXPECT_NE(listener->lines[1].find(
-                R"("evtData1":"{guid},Radio 7", "evtData2":"02-00-00-00-00-01,\u004F\u0066\u0066\u0069\u0063\u0065", )"
-                R"("evtData3":"33", "evtData4":"300,200", "evtData5":"802.11ax,802.11n")"),
+  EXPECT_NE(listener->lines[0].find(
+                R"("evtData1":"\u0041", "evtData2":"new", "evtData3":"old", "evtData4":"{guid}", )"
+                R"("evtData5":"Radio 7 of the registry")"),
             std::string::npos);
+  EXPECT_NE(listener->lines[1].find(R"("evtCategory":"Hardware", "evtType":"UpgradeAdapter")"),
+            std::string::npos);
+  EXPECT_NE(
+      listener->lines[1].find(
+          R"("evtData1":"{guid},Radio 7", "evtData2":"02-00-00-00-00-01,\u004F\u0066\u0066\u0069\u0063\u0065", )"
+          R"("evtData3":"33", "evtData4":"300,200", "evtData5":"802.11ax,802.11n")"),
+      std::string::npos);
   EXPECT_NE(listener->lines[2].find(R"("evtType":"UpgradeAP")"), std::string::npos);
 }
 

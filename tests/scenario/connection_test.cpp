@@ -9,7 +9,8 @@ namespace corvane::test {
 class ConnectionScenario : public ServiceTest {
  protected:
   // The network's gateway 10.n.0.1, whose MAC 02-60-00-00-00-n is known from the start or later.
-  static void GiveGateway(WorldBuilder& world, std::size_t network, platform::BYTE n, bool isKnown) {
+  static void GiveGateway(WorldBuilder& world, std::size_t network, platform::BYTE n,
+                          bool isKnown) {
     platform::sim::IpAddress address;
     address.bytes = {10, n, 0, 1};
     world->networks[network].ip.gateways = {address};
@@ -22,7 +23,8 @@ TEST_F(ConnectionScenario, TellsOfAConnectionOnceAndOfItsEnd) {
             .At(80'000, R"({"do": "disconnect", "adapter": 0})")
             .At(80'000, R"({"do": "accessPoint", "bssid": "02-50-00-00-00-01", "on": false})")
             .At(180'000, R"({"do": "accessPoint", "bssid": "02-50-00-00-00-01", "on": true})"));
-  ASSERT_TRUE(RunUntilTrue([&] { return CountNotices(u"ConnectionStatus", u"Connected") == 1; }, 5s));
+  ASSERT_TRUE(
+      RunUntilTrue([&] { return CountNotices(u"ConnectionStatus", u"Connected") == 1; }, 5s));
   EXPECT_NE(LastNotice(u"ConnectionStatus").data1.find(u"Band unknown"), WString::npos);
   EXPECT_TRUE(HistoryRows().empty()) << "a row of an access point that no scan has seen yet";
   RunUntil(50'000);
@@ -33,7 +35,8 @@ TEST_F(ConnectionScenario, TellsOfAConnectionOnceAndOfItsEnd) {
 
   Config()->m_bReportStatusPending = true;  // somebody subscribes
   RunFor(20s);
-  EXPECT_EQ(CountNotices(u"ConnectionStatus", u"Connected"), 2u) << "a new subscriber learns nothing";
+  EXPECT_EQ(CountNotices(u"ConnectionStatus", u"Connected"), 2u)
+      << "a new subscriber learns nothing";
 
   RunUntil(80'100);
   Config()->m_bReportStatusPending = true;
@@ -50,7 +53,8 @@ TEST_F(ConnectionScenario, TellsOfAConnectionOnceAndOfItsEnd) {
 
 TEST_F(ConnectionScenario, AHistoryOfNoSizeKeepsNoRow) {
   Start(OfficeWorld());
-  Pc().Files().Write(u"/data/Palisade/PalisadeOptimizer/network_telemetry/NetworkConnections.csv", "head\nrow\n");
+  Pc().Files().Write(u"/data/Palisade/PalisadeOptimizer/network_telemetry/NetworkConnections.csv",
+                     "head\nrow\n");
   WriteHome(u"TelemetryConnectionsCSVFileSizeMB", 0);
   ASSERT_EQ(HistoryRows().size(), 1u);
   RunUntil(40'000);
@@ -76,13 +80,15 @@ TEST_F(ConnectionScenario, AnOutsideRoamHoldsTheAdapterWhereItIs) {
 }
 
 TEST_F(ConnectionScenario, AnOutsideMoveIntoAnotherNetworkIsNoRoam) {
-  WorldBuilder world = OfficeWorld(-50.0).Ap(LabBeacon(149), 2, -50.0).Profile("Lab").Network("Lab", 1);
+  WorldBuilder world =
+      OfficeWorld(-50.0).Ap(LabBeacon(149), 2, -50.0).Profile("Lab").Network("Lab", 1);
   Start(world.At(60'000, R"({"do": "connect", "adapter": 0, "ssid": "Lab"})"));
   RunUntil(59'000);
   ASSERT_TRUE(IsOn(1));
   RunUntil(100'000);
   EXPECT_TRUE(IsOn(2));
-  ASSERT_TRUE(HistoryRows(",disconnected,").empty()) << "a round saw the loss, and no change of BSSID then";
+  ASSERT_TRUE(HistoryRows(",disconnected,").empty())
+      << "a round saw the loss, and no change of BSSID then";
   EXPECT_EQ(Config()->GetRoamingInhibitTick(), 0u);
 }
 
@@ -91,21 +97,28 @@ TEST_F(ConnectionScenario, GatewaysAreThoseOfThePresentConnection) {
   world.Profile("Lab").Network("Lab", 1);
   GiveGateway(world, 0, 1, true);
   GiveGateway(world, 1, 2, false);
-  Start(world.At(60'000, R"({"do": "disconnect", "adapter": 0})")
-            .At(60'000, R"({"do": "accessPoint", "bssid": "02-50-00-00-00-01", "on": false})")
-            .At(150'000, R"({"do": "neighbour", "address": "10.2.0.1", "mac": "02-60-00-00-00-02", "on": true})"));
-  const auto taught = [&](const WString& row) { return HomeText(u"GatewayMacs").find(row) != WString::npos; };
+  Start(
+      world.At(60'000, R"({"do": "disconnect", "adapter": 0})")
+          .At(60'000, R"({"do": "accessPoint", "bssid": "02-50-00-00-00-01", "on": false})")
+          .At(150'000,
+              R"({"do": "neighbour", "address": "10.2.0.1", "mac": "02-60-00-00-00-02", "on": true})"));
+  const auto taught = [&](const WString& row) {
+    return HomeText(u"GatewayMacs").find(row) != WString::npos;
+  };
   RunUntil(145'000);
   ASSERT_TRUE(IsOn(2));
   EXPECT_TRUE(taught(u"02-50-00-00-00-01\v02-60-00-00-00-01"));
   EXPECT_FALSE(taught(u"02-50-00-00-00-02\v")) << "the gateway of the network before";
   RunUntil(175'000);
-  EXPECT_TRUE(taught(u"02-50-00-00-00-02\v02-60-00-00-00-02")) << "a gateway that comes late is never seen";
+  EXPECT_TRUE(taught(u"02-50-00-00-00-02\v02-60-00-00-00-02"))
+      << "a gateway that comes late is never seen";
 }
 
 TEST_F(ConnectionScenario, TheEventStreamTellsOfConnectionContentionAndLossOnce) {
   WorldBuilder world = OfficeWorld(-50.0).Ap(LabBeacon(36), 2, -60.0);
-  Start(world.At(8'000, R"({"do": "registry", "adapter": 0, "name": "PassiveSuggestMode", "dword": 1})")
+  Start(world
+            .At(8'000,
+                R"({"do": "registry", "adapter": 0, "name": "PassiveSuggestMode", "dword": 1})")
             .At(80'000, R"({"do": "disconnect", "adapter": 0})")
             .At(80'000, R"({"do": "accessPoint", "bssid": "02-50-00-00-00-01", "on": false})"));
   RunUntil(79'000);
@@ -116,7 +129,8 @@ TEST_F(ConnectionScenario, TheEventStreamTellsOfConnectionContentionAndLossOnce)
   const auto contention = TraceEvents("TRELLIS_N_WIFI_AP_CONTENTION_NIC1");
   ASSERT_EQ(contention.size(), 1u);
   EXPECT_EQ(contention[0].Text("opp_bssids_csv"), ApText(2));
-  EXPECT_TRUE(Printed("[0]  Contention APs: Lab[" + ApText(2) + "(SQ ")) << "in the dump of the connection";
+  EXPECT_TRUE(Printed("[0]  Contention APs: Lab[" + ApText(2) + "(SQ "))
+      << "in the dump of the connection";
   EXPECT_TRUE(TraceEvents("TRELLIS_N_AP_DISCONNECTED_NIC1").empty());
   RunUntil(140'000);
   ASSERT_EQ(TraceEvents("TRELLIS_N_AP_DISCONNECTED_NIC1").size(), 1u);
@@ -126,7 +140,8 @@ TEST_F(ConnectionScenario, TheEventStreamTellsOfConnectionContentionAndLossOnce)
 }
 
 TEST_F(ConnectionScenario, AnOutsideScanHoldsTheAdapterStillWithItsConnectionKeptUpToDate) {
-  Start(OfficeWorld(-50.0).At(60'000, R"({"do": "scan", "adapter": 0})")
+  Start(OfficeWorld(-50.0)
+            .At(60'000, R"({"do": "scan", "adapter": 0})")
             .At(64'000, R"({"do": "disconnect", "adapter": 0})"));
   RunUntil(63'500);
   EXPECT_GT(Config()->GetInhibitRemainingMs(), 0u);
@@ -140,7 +155,8 @@ TEST_F(ConnectionScenario, AnOutsideScanHoldsTheAdapterStillWithItsConnectionKep
 
 TEST_F(ConnectionScenario, ALongRunOfOutsideScansNoLongerInhibits) {
   WorldBuilder world = OfficeWorld();
-  for (std::uint64_t ms = 60'000; ms < 300'000; ms += 9'000) world.At(ms, R"({"do": "scan", "adapter": 0})");
+  for (std::uint64_t ms = 60'000; ms < 300'000; ms += 9'000)
+    world.At(ms, R"({"do": "scan", "adapter": 0})");
   Start(world);
   RunUntil(150'000);
   EXPECT_TRUE(Printed("IGNORE INHIBIT"));

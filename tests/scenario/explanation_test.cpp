@@ -13,7 +13,9 @@ class ExplanationScenario : public ServiceTest {
     Start(world);
     m_Recorder.emplace(
         Pc(), world.Build(), true,
-        [](const lab::RoundRecord& round, void* self) { static_cast<ExplanationScenario*>(self)->rounds.push_back(round); },
+        [](const lab::RoundRecord& round, void* self) {
+          static_cast<ExplanationScenario*>(self)->rounds.push_back(round);
+        },
         this);
   }
   void TearDown() override {
@@ -24,11 +26,13 @@ class ExplanationScenario : public ServiceTest {
   const lab::RoundRecord* Find(RoundStep step, std::uint64_t fromMs = 0) const {
     const auto found = std::ranges::find_if(rounds, [&](const lab::RoundRecord& round) {
       return round.beganMs >= fromMs &&
-             std::ranges::any_of(round.steps, [&](const lab::StepRecord& one) { return one.step == step; });
+             std::ranges::any_of(round.steps,
+                                 [&](const lab::StepRecord& one) { return one.step == step; });
     });
     return found == rounds.end() ? nullptr : &*found;
   }
-  static std::optional<CandidateStanding> StandingOf(const lab::RoundRecord& round, int accessPoint) {
+  static std::optional<CandidateStanding> StandingOf(const lab::RoundRecord& round,
+                                                     int accessPoint) {
     for (const auto* list : {&round.candidates, &round.others}) {
       const auto found = std::ranges::find(*list, ApText(accessPoint), &lab::EntryRecord::bssid);
       if (found != list->end()) return found->standing;
@@ -44,13 +48,13 @@ class ExplanationScenario : public ServiceTest {
 
 TEST_F(ExplanationScenario, FollowsACandidateFromItsFirstRoundToTheSwitch) {
   StartWatched(OfficeWorld(-80.0)
-            .Ap(OfficeBeacon(149), 2, -95.0)
-            .Signal({{0, -95.0}, {60'000, -95.0}, {60'001, -45.0}})
-            .Ap(Beacon(u8"Cafe").Channel(6).Ht20(1), 3, -50.0)
-            .Ap(Beacon(u8"Next door").Channel(11).Ht20(1).Rsn({AKM_PSK}), 4, -50.0)
-            .Ap(OfficeBeacon(52), 5, -90.0)
-            .Traffic(60'000, 90'000, 20.0)
-            .At(150'000, R"({"do": "radio", "adapter": 0, "on": false})"));
+                   .Ap(OfficeBeacon(149), 2, -95.0)
+                   .Signal({{0, -95.0}, {60'000, -95.0}, {60'001, -45.0}})
+                   .Ap(Beacon(u8"Cafe").Channel(6).Ht20(1), 3, -50.0)
+                   .Ap(Beacon(u8"Next door").Channel(11).Ht20(1).Rsn({AKM_PSK}), 4, -50.0)
+                   .Ap(OfficeBeacon(52), 5, -90.0)
+                   .Traffic(60'000, 90'000, 20.0)
+                   .At(150'000, R"({"do": "radio", "adapter": 0, "on": false})"));
   RunUntil(170'000);
   ASSERT_TRUE(Find(RoundStep::kLinkBusy, 60'000));
   const lab::RoundRecord* ripening = Find(RoundStep::kRipening, 60'000);
@@ -67,8 +71,12 @@ TEST_F(ExplanationScenario, FollowsACandidateFromItsFirstRoundToTheSwitch) {
   EXPECT_EQ(StandingOf(*move, 2), CandidateStanding::kReady);
   EXPECT_EQ(move->bssid, ApText(1));
   const std::string text = lab::OutcomeText(*move);
-  EXPECT_TRUE(text.starts_with("Office " + ApText(2) + ": the adapter moves to it, the connect succeeded")) << text;
-  EXPECT_NE(lab::RoundJson(*move, lab::RoundDetail::kJudged).find(R"("bssid":"02-50-00-00-00-02","score":)"), std::string::npos);
+  EXPECT_TRUE(
+      text.starts_with("Office " + ApText(2) + ": the adapter moves to it, the connect succeeded"))
+      << text;
+  EXPECT_NE(lab::RoundJson(*move, lab::RoundDetail::kJudged)
+                .find(R"("bssid":"02-50-00-00-00-02","score":)"),
+            std::string::npos);
   EXPECT_TRUE(Find(RoundStep::kOnBest, move->endedMs));
   EXPECT_TRUE(Find(RoundStep::kRadioOff, 150'000)) << "a round that never reached the policy";
 }

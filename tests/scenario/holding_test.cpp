@@ -1,7 +1,7 @@
 // What keeps an adapter where it is, what makes it look around, and what makes it leave.
 
-#include "settings/global_config_container.h"
 #include "scenario/service_fixture.h"
+#include "settings/global_config_container.h"
 
 namespace corvane::test {
 
@@ -38,19 +38,26 @@ TEST_F(HoldingScenario, ADeniedAccessPointIsLeftAndNotTakenAgain) {
   EXPECT_EQ(CountNotices(u"ConnectionChange", u"NewConnection"), 1u);
   EXPECT_EQ(CountNotices(u"ConnectionChange", u"ExternalDisconnect"), 0u) << "its own doing";
 
-  Write(value::kDenylistJson, u"[[\"Office\", \"02-50-00-00-00-01\"], [\"Office\", \"02-50-00-00-00-02\"]]");
+  Write(value::kDenylistJson,
+        u"[[\"Office\", \"02-50-00-00-00-01\"], [\"Office\", \"02-50-00-00-00-02\"]]");
   RunFor(180s);
   EXPECT_EQ(ConnectedBssid(), "");
   EXPECT_EQ(Text(value::kConnectStatus), u"disconnected");
-  EXPECT_EQ(Count(AirEvent::kConnectStarted), 1u) << "a denied access point was taken for want of another";
+  EXPECT_EQ(Count(AirEvent::kConnectStarted), 1u)
+      << "a denied access point was taken for want of another";
   EXPECT_EQ(HistoryRows(",disconnected,").size(), 2u);
   EXPECT_EQ(HistoryRows(",connected,Office," + ApText(2)).size(), 1u);
 }
 
 TEST_F(HoldingScenario, AWeakConnectionScansInABurstOnceUntilItRecovers) {
   Start(OfficeWorld()
-            .Signal({{0, -50.0}, {90'000, -50.0}, {90'001, -85.0}, {240'000, -85.0}, {240'001, -50.0},
-                     {300'000, -50.0}, {300'001, -85.0}})
+            .Signal({{0, -50.0},
+                     {90'000, -50.0},
+                     {90'001, -85.0},
+                     {240'000, -85.0},
+                     {240'001, -50.0},
+                     {300'000, -50.0},
+                     {300'001, -85.0}})
             .AutoSwitch(3600));
   RunUntil(450'000);
   EXPECT_EQ(ScansBetween(40'000, 90'000), 0u);
@@ -61,10 +68,17 @@ TEST_F(HoldingScenario, AWeakConnectionScansInABurstOnceUntilItRecovers) {
 
 TEST_F(HoldingScenario, VanishingSurroundingsAreLookedForInABurst) {
   WorldBuilder world = CabledWorld();
-  world.Ap(OfficeBeacon(36), 1, -60.0).Signal({{0, -60.0}, {400'000, -60.0}, {400'001, -95.0}}).Profile("Office");
+  world.Ap(OfficeBeacon(36), 1, -60.0)
+      .Signal({{0, -60.0}, {400'000, -60.0}, {400'001, -95.0}})
+      .Profile("Office");
   world.Ap(LabBeacon(36), 2, -60.0).Profile("Lab");
-  world.Signal({{0, -60.0}, {100'000, -60.0}, {100'001, -95.0}, {250'000, -95.0}, {250'001, -60.0},
-                {400'000, -60.0}, {400'001, -95.0}});
+  world.Signal({{0, -60.0},
+                {100'000, -60.0},
+                {100'001, -95.0},
+                {250'000, -95.0},
+                {250'001, -60.0},
+                {400'000, -60.0},
+                {400'001, -95.0}});
   Start(world.AutoSwitch(60));
   RunUntil(700'000);
 
@@ -85,7 +99,8 @@ TEST_F(HoldingScenario, ACableKeepsTheAdapterQuietUntilItIsPulled) {
   EXPECT_EQ(Count(AirEvent::kConnectStarted), 0u);
   EXPECT_GT(ScansBetween(60'000, 120'000), 2u) << "it should go on looking";
   Do(R"({"do": "interface", "interface": "Cable", "on": false})");
-  EXPECT_TRUE(RunUntilTrue([&] { return IsOn(1); }, 20s)) << "the rounds with the cable in count for nothing";
+  EXPECT_TRUE(RunUntilTrue([&] { return IsOn(1); }, 20s))
+      << "the rounds with the cable in count for nothing";
 }
 
 // The scan interval is long: what the burst of scans finds once the link is free is found soon.
@@ -107,11 +122,14 @@ TEST_F(HoldingScenario, RealTimeAudioAndThenTrafficHoldASwitchBack) {
   EXPECT_TRUE(RunUntilTrue([&] { return IsOn(2); }, 60s));
 }
 
-// Something in the background sends a little all the time: more than passes for an idle link at first.
+// Something in the background sends a little all the time: more than passes for an idle link at
+// first.
 TEST_F(HoldingScenario, SteadyTrickleIsLearnedAndNoLongerHoldsTheAdapter) {
   WorldBuilder world = OfficeWorld(-80.0).Traffic(0, 600'000, 0.065);
   Start(world.Ap(OfficeBeacon(149), 2, -95.0).Signal(HeardFrom(70'000, -45.0)));
-  const auto gates = [this] { return std::pair(Config()->m_rate_gate_low.load(), Config()->m_rate_gate_high.load()); };
+  const auto gates = [this] {
+    return std::pair(Config()->m_rate_gate_low.load(), Config()->m_rate_gate_high.load());
+  };
   const std::pair atFirst(kRateGateLowStart, kRateGateHighStart), learned(0.07, 0.08);
   RunUntil(33'000);
   EXPECT_EQ(gates(), atFirst);

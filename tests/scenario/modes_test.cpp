@@ -32,8 +32,10 @@ TEST_F(ModesScenario, AutoswitchMovesByItselfAndTellsOfIt) {
   EXPECT_TRUE(HomeText(u"TelemetryMemo").ends_with(u"\t1\t0")) << "a move within one network";
   RunFor(20s);
   Notice moved = LastNotice(u"ConnectionChange", u"Autoswitch");
-  EXPECT_NE(moved.data1.find(u", 02-50-00-00-00-03, SQ 72, Channel 52, Link rate Tx "), WString::npos);
-  EXPECT_NE(moved.data2.find(u", 02-50-00-00-00-01, SQ 40, Channel 36, Link rate Tx "), WString::npos);
+  EXPECT_NE(moved.data1.find(u", 02-50-00-00-00-03, SQ 72, Channel 52, Link rate Tx "),
+            WString::npos);
+  EXPECT_NE(moved.data2.find(u", 02-50-00-00-00-01, SQ 40, Channel 36, Link rate Tx "),
+            WString::npos);
   EXPECT_TRUE(moved.data1.ends_with(u", \\u004F\\u0066\\u0066\\u0069\\u0063\\u0065"));
   EXPECT_EQ(HistoryRows(",connected,Office,02-50-00-00-00-03,").size(), 1u);
 
@@ -41,7 +43,8 @@ TEST_F(ModesScenario, AutoswitchMovesByItselfAndTellsOfIt) {
   EXPECT_GE(Now(), 180'000u);
   EXPECT_TRUE(HomeText(u"TelemetryMemo").ends_with(u"\t1\t1")) << "a move between networks";
   RunFor(20s);
-  EXPECT_TRUE(LastNotice(u"ConnectionChange", u"Autoswitch").data1.ends_with(u", \\u004C\\u0061\\u0062"));
+  EXPECT_TRUE(
+      LastNotice(u"ConnectionChange", u"Autoswitch").data1.ends_with(u", \\u004C\\u0061\\u0062"));
   EXPECT_EQ(HistoryRows(",connected,Lab,02-50-00-00-00-02,").size(), 1u);
   ASSERT_FALSE(TraceEvents("TRELLIS_N_AP_CONNECTED_NIC1").empty());
   EXPECT_EQ(TraceEvents("TRELLIS_N_AP_CONNECTED_NIC1").back().Text("bssid"), ApText(2));
@@ -54,8 +57,10 @@ TEST_F(ModesScenario, AutoswitchMovesByItselfAndTellsOfIt) {
 }
 
 TEST_F(ModesScenario, LatchedItStaysInItsPrivateNetwork) {
-  WorldBuilder world = BetterLabWorld(0).Ap(OfficeBeacon(52), 3, -95.0).Signal(HeardFrom(180'000, -64.0));
-  Start(world.At(8'000, R"({"do": "registry", "adapter": 0, "name": "LatchToPrivate", "dword": 1})"));
+  WorldBuilder world =
+      BetterLabWorld(0).Ap(OfficeBeacon(52), 3, -95.0).Signal(HeardFrom(180'000, -64.0));
+  Start(
+      world.At(8'000, R"({"do": "registry", "adapter": 0, "name": "LatchToPrivate", "dword": 1})"));
   RunUntil(180'000);
   EXPECT_EQ(Count(AirEvent::kConnectStarted), 0u) << "the latch did not hold";
   EXPECT_EQ(Text(value::kCandidatesCSV).find(u"Lab"), std::u16string::npos);
@@ -131,7 +136,8 @@ TEST_F(ModesScenario, AClientConnectsByProfileOrThroughThePrompterOrNotAtAll) {
 
   OrderConnect(3, u"Cafe");
   ASSERT_TRUE(RunUntilTrue([&] { return Text(value::kConnectStatus) == u"external"; }, 5s));
-  for (int i = 0; i < 50; ++i, RunFor(100ms)) ASSERT_TRUE(IsOn(2)) << "told of a connection that is not there";
+  for (int i = 0; i < 50; ++i, RunFor(100ms))
+    ASSERT_TRUE(IsOn(2)) << "told of a connection that is not there";
   EXPECT_EQ(Text(value::kConnectStatus), u"external");
   const auto prompters = TakeLaunches(kPrompter);
   ASSERT_EQ(prompters.size(), 1u);

@@ -1,4 +1,5 @@
-// Moves between the access points of one installation: the service's own, and those of somebody else.
+// Moves between the access points of one installation: the service's own, and those of somebody
+// else.
 
 #include "platform/sim/kernel/fault_plan.h"
 #include "platform/sim/kernel/sim_registry.h"
@@ -9,18 +10,22 @@ namespace corvane::test {
 
 class RoamingScenario : public ServiceTest {
  protected:
-  static constexpr char kEventMode[] = R"({"do": "registry", "adapter": 0, "name": "PassiveSuggestMode", "dword": 1})";
+  static constexpr char kEventMode[] =
+      R"({"do": "registry", "adapter": 0, "name": "PassiveSuggestMode", "dword": 1})";
   // The access points that were suggested.
   std::vector<std::string> Suggested() const {
     std::vector<std::string> bssids;
-    for (const Traced& event : TraceEvents("TRELLIS_N_SUGGEST_AP")) bssids.push_back(event.Text("bssid"));
+    for (const Traced& event : TraceEvents("TRELLIS_N_SUGGEST_AP"))
+      bssids.push_back(event.Text("bssid"));
     return bssids;
   }
 };
 
 TEST_F(RoamingScenario, InsideOneNetworkItMovesByItselfUnlessTheUserHasBeenAsked) {
   WorldBuilder world = OfficeWorld(-82.0);
-  world.Ap(OfficeBeacon(149), 2, -95.0).Signal(HeardFrom(60'000, -58.0)).Ap(OfficeBeacon(52), 3, -95.0);
+  world.Ap(OfficeBeacon(149), 2, -95.0)
+      .Signal(HeardFrom(60'000, -58.0))
+      .Ap(OfficeBeacon(52), 3, -95.0);
   Start(world.At(9'000, kEventMode));
   RunUntil(5'000);
   WriteHome(u"RoamingEnabled", 0);
@@ -37,7 +42,8 @@ TEST_F(RoamingScenario, InsideOneNetworkItMovesByItselfUnlessTheUserHasBeenAsked
   EXPECT_EQ(CountNotices(u"ConnectionChange", u"Autoswitch"), 1u);
   EXPECT_EQ(Suggested(), once) << "a roam is no question, and one question is not asked twice";
   RunFor(30s);
-  EXPECT_EQ(TraceEvents("TRELLIS_N_BEST_AP").back().Text("bssid"), ApText(3)) << "the question is still open";
+  EXPECT_EQ(TraceEvents("TRELLIS_N_BEST_AP").back().Text("bssid"), ApText(3))
+      << "the question is still open";
 }
 
 // --- Another network of the same installation, as its gateways show.
@@ -61,7 +67,8 @@ void AddGateway(WorldBuilder& world, std::size_t network, const char* address, c
   world->networks[network].neighbours = {row};
 }
 
-// It is taught the lab's gateway by a stay there, and leaves by itself. Then the lab is better again.
+// It is taught the lab's gateway by a stay there, and leaves by itself. Then the lab is better
+// again.
 TEST_P(GatewayRoaming, MovesInsideOneInstallationAndAsksElsewhere) {
   const Installation& place = GetParam();
   WorldBuilder world = OfficeWorld();
@@ -71,7 +78,9 @@ TEST_P(GatewayRoaming, MovesInsideOneInstallationAndAsksElsewhere) {
   AddGateway(world, 0, "10.1.0.1/16", place.officeGateway);
   AddGateway(world, 1, "10.2.0.1/16", place.labGateway);
   if (place.remembered) {
-    world->registry.push_back({.key = kHomeKeyPath, .name = u"GatewayMacs", .type = platform::REG_SZ,
+    world->registry.push_back({.key = kHomeKeyPath,
+                               .name = u"GatewayMacs",
+                               .type = platform::REG_SZ,
                                .text = Utf8ToWide(ApText(2) + "\v" + place.labGateway)});
   } else {
     world.Connected(2);
@@ -96,9 +105,11 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(Installation{"SameGateway", kRouter, kRouter, true, true, false, true},
                     Installation{"SameGatewayAsEarlier", kRouter, kRouter, true, true, true, true},
                     Installation{"OtherGateway", kRouter, kOtherRouter, true, true, false, false},
-                    Installation{"ChainedBehindTheTarget", "02-50-00-00-00-02", kOtherRouter, true, true, false, true},
+                    Installation{"ChainedBehindTheTarget", "02-50-00-00-00-02", kOtherRouter, true,
+                                 true, false, true},
                     Installation{"SwitchedOff", kRouter, kRouter, false, true, false, false},
-                    Installation{"SwitchedOffOnTheAdapter", kRouter, kRouter, true, false, false, false}),
+                    Installation{"SwitchedOffOnTheAdapter", kRouter, kRouter, true, false, false,
+                                 false}),
     [](const auto& info) { return info.param.name; });
 
 // --- Somebody else has roamed, and the service keeps still until something ends it.
@@ -119,7 +130,9 @@ class OutsideRoam : public RoamingScenario, public testing::WithParamInterface<E
 
 TEST_P(OutsideRoam, KeepsTheServiceStillUntil) {
   WorldBuilder world = OfficeWorld(-70.0);
-  world.Ap(OfficeBeacon(52), 2, -70.0).Ap(OfficeBeacon(149), 3, -95.0).Signal(HeardFrom(80'000, -45.0));
+  world.Ap(OfficeBeacon(52), 2, -70.0)
+      .Ap(OfficeBeacon(149), 3, -95.0)
+      .Signal(HeardFrom(80'000, -45.0));
   world.Ap(LabBeacon(100), 4, -75.0).Profile("Lab").Network("Lab", 1);
   world->adapters[0].autoConnect = false;
   Start(world.At(60'000, R"({"do": "roam", "bssid": "02-50-00-00-00-02"})"));
@@ -130,7 +143,8 @@ TEST_P(OutsideRoam, KeepsTheServiceStillUntil) {
 
   GetParam().happens(*this);
   EXPECT_EQ(RunUntilTrue([&] { return !IsStill(); }, 40s), GetParam().ends);
-  EXPECT_EQ(Text(value::kStatusMessage) == LookUpStatusText(kStatusExternalRoaming), !GetParam().ends);
+  EXPECT_EQ(Text(value::kStatusMessage) == LookUpStatusText(kStatusExternalRoaming),
+            !GetParam().ends);
   EXPECT_EQ(RunUntilTrue([&] { return IsOn(3); }, 120s), GetParam().goesOn);
 }
 
@@ -140,7 +154,9 @@ void StayDisconnected(OutsideRoam& test) {
   EXPECT_TRUE(test.IsStill()) << "given up before its time";
 }
 void LetAClientConnect(OutsideRoam& test) { test.OrderConnect(1, u"Office"); }
-void DenyIt(OutsideRoam& test) { test.Write(value::kDenylistJson, u"[[\"Office\", \"02-50-00-00-00-02\"]]"); }
+void DenyIt(OutsideRoam& test) {
+  test.Write(value::kDenylistJson, u"[[\"Office\", \"02-50-00-00-00-02\"]]");
+}
 void ConnectElsewhere(OutsideRoam& test) { test.Do(R"({"do": "connect", "ssid": "Lab"})"); }
 void ConnectAgain(OutsideRoam& test) {
   test.Do(R"({"do": "connect", "ssid": "Office", "bssid": "02-50-00-00-00-01"})");
@@ -149,13 +165,14 @@ void LoseTheList(OutsideRoam& test) {
   test.Pc().Faults().FailCall("WlanGetNetworkBssList", 1, platform::ERROR_GEN_FAILURE);
 }
 // After somebody else's connect a move is left to the user.
-INSTANTIATE_TEST_SUITE_P(Ends, OutsideRoam,
-                         testing::Values(EndOfStillness{"ItStaysDisconnected", StayDisconnected, true, true},
-                                         EndOfStillness{"AClientConnects", LetAClientConnect, true, true},
-                                         EndOfStillness{"ItLeavesADeniedAccessPoint", DenyIt, true, true},
-                                         EndOfStillness{"SomebodyConnectsElsewhere", ConnectElsewhere, true, false},
-                                         EndOfStillness{"NotTheSameNetworkAgain", ConnectAgain, false, false},
-                                         EndOfStillness{"TheListCannotBeRead", LoseTheList, true, true}),
-                         [](const auto& info) { return info.param.name; });
+INSTANTIATE_TEST_SUITE_P(
+    Ends, OutsideRoam,
+    testing::Values(EndOfStillness{"ItStaysDisconnected", StayDisconnected, true, true},
+                    EndOfStillness{"AClientConnects", LetAClientConnect, true, true},
+                    EndOfStillness{"ItLeavesADeniedAccessPoint", DenyIt, true, true},
+                    EndOfStillness{"SomebodyConnectsElsewhere", ConnectElsewhere, true, false},
+                    EndOfStillness{"NotTheSameNetworkAgain", ConnectAgain, false, false},
+                    EndOfStillness{"TheListCannotBeRead", LoseTheList, true, true}),
+    [](const auto& info) { return info.param.name; });
 
 }  // namespace corvane::test

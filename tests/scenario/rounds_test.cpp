@@ -49,7 +49,8 @@ TEST_F(RoundsScenario, AirplaneModeEndsARoamingInhibit) {
 }
 
 TEST_F(RoundsScenario, WaitsForTheRadioAndScansWhenItIsBack) {
-  Start(OfficeWorld().At(60'000, R"({"do": "radio", "adapter": 0, "on": false})")
+  Start(OfficeWorld()
+            .At(60'000, R"({"do": "radio", "adapter": 0, "on": false})")
             .At(90'000, R"({"do": "radio", "adapter": 0, "on": true})"));
   RunUntil(80'000);
   EXPECT_EQ(Number(value::kRadioInhibited), 1u);
@@ -98,7 +99,8 @@ TEST_F(RoundsScenario, HoldsStillWhileAVpnIsUp) {
 
 TEST_F(RoundsScenario, SleepsLongOnBatteryAndWakesForAClient) {
   WorldBuilder world = OfficeWorld();
-  for (const auto& [name, number] : {std::pair<const char16_t*, unsigned>{u"FreshDone", 1}, {u"BatteryModeSleepSecs", 120}}) {
+  for (const auto& [name, number] :
+       {std::pair<const char16_t*, unsigned>{u"FreshDone", 1}, {u"BatteryModeSleepSecs", 120}}) {
     platform::sim::RegistryWrite write;
     write.key = platform::sim::kHomeKey;
     write.name = name;

@@ -4,12 +4,12 @@
 #include <sstream>
 
 #include "notify/notification_manager.h"
-#include "settings/global_config_container.h"
-#include "store/address_text.h"
 #include "platform/sim/kernel/sim_event_trace.h"
 #include "platform/sim/kernel/sim_files.h"
 #include "platform/sim/kernel/sim_kernel.h"
 #include "platform/sim/kernel/sim_registry.h"
+#include "settings/global_config_container.h"
+#include "store/address_text.h"
 #include "wlan/wifi_client_container.h"
 
 namespace corvane::test {
@@ -31,7 +31,8 @@ class Subscriber : public SmartObjEx<Subscriber, SmartObj<>>, public INotificati
 };
 
 std::u16string AdapterKey(int adapter) {
-  platform::GUID guid{0xADA90000, 0, 0x4000, {0x80, 0, 0, 0, 0, 0, 0, static_cast<platform::BYTE>(adapter + 1)}};
+  platform::GUID guid{
+      0xADA90000, 0, 0x4000, {0x80, 0, 0, 0, 0, 0, 0, static_cast<platform::BYTE>(adapter + 1)}};
   return std::u16string(kHomeKeyPath) + u"\\" + GuidText(guid);
 }
 
@@ -55,7 +56,8 @@ void ServiceTest::Start(const WorldBuilder& world) {
   m_pMachine->Files().MakeDirectories(kHistoryFolder);
   m_pMachine->Kernel().EventTrace().SetObserver(&ServiceTest::Trace, this);
   m_pService = std::make_unique<lab::ServiceRun>(*m_pMachine);
-  CNotificationManagerSingleton::GetInstance().AddProvider(Subscriber::CreateObject(&notices).get());
+  CNotificationManagerSingleton::GetInstance().AddProvider(
+      Subscriber::CreateObject(&notices).get());
   m_pService->Start();
 }
 
@@ -72,15 +74,22 @@ std::vector<platform::sim::SignalPoint> ServiceTest::HeardFrom(std::uint64_t ms,
 
 WorldBuilder ServiceTest::OfficeWorld(double dbm) {
   WorldBuilder world;
-  world.Adapter().Ap(OfficeBeacon(36), 1, dbm).Profile("Office").Network("Office", 1).Connected(1).AutoSwitch();
+  world.Adapter()
+      .Ap(OfficeBeacon(36), 1, dbm)
+      .Profile("Office")
+      .Network("Office", 1)
+      .Connected(1)
+      .AutoSwitch();
   return world;
 }
 
 WorldBuilder ServiceTest::BetterLabWorld(int mode, double dbm) {
-  WorldBuilder world = OfficeWorld(-80.0).Ap(LabBeacon(149), 2, -95.0).Signal(HeardFrom(60'000, dbm));
+  WorldBuilder world =
+      OfficeWorld(-80.0).Ap(LabBeacon(149), 2, -95.0).Signal(HeardFrom(60'000, dbm));
   world.Profile("Lab").Network("Lab", 1);
-  return world.At(8'000, R"({"do": "registry", "adapter": 0, "name": "PassiveSuggestMode", "dword": )" +
-                             std::to_string(mode) + "}");
+  return world.At(8'000,
+                  R"({"do": "registry", "adapter": 0, "name": "PassiveSuggestMode", "dword": )" +
+                      std::to_string(mode) + "}");
 }
 
 std::u16string ServiceTest::Text(const char16_t* name, int adapter) const {
@@ -129,7 +138,8 @@ std::vector<AirEvent> ServiceTest::Events(AirEvent::Kind kind, std::uint64_t fro
                                           int adapter) const {
   std::vector<AirEvent> found;
   std::ranges::copy_if(m_Events, std::back_inserter(found), [&](const AirEvent& event) {
-    return event.kind == kind && event.ms >= fromMs && event.cause == cause && event.adapter == adapter;
+    return event.kind == kind && event.ms >= fromMs && event.cause == cause &&
+           event.adapter == adapter;
   });
   return found;
 }
@@ -157,8 +167,9 @@ std::vector<Traced> ServiceTest::TraceEvents(std::string_view name, std::uint64_
 }
 
 std::vector<std::string> ServiceTest::HistoryRows(std::string_view part) const {
-  std::istringstream file(
-      m_pMachine->Files().Read(std::u16string(kHistoryFolder) + u"/NetworkConnections.csv").value_or(""));
+  std::istringstream file(m_pMachine->Files()
+                              .Read(std::u16string(kHistoryFolder) + u"/NetworkConnections.csv")
+                              .value_or(""));
   std::vector<std::string> rows;
   std::string row;
   std::getline(file, row);  // the header
@@ -168,9 +179,11 @@ std::vector<std::string> ServiceTest::HistoryRows(std::string_view part) const {
   return rows;
 }
 
-std::vector<platform::sim::SimSession::Launch> ServiceTest::TakeLaunches(std::u16string_view program) const {
+std::vector<platform::sim::SimSession::Launch> ServiceTest::TakeLaunches(
+    std::u16string_view program) const {
   auto launches = m_pMachine->Kernel().Session().TakeLaunches();
-  std::erase_if(launches, [&](const auto& launch) { return !launch.commandLine.starts_with(program); });
+  std::erase_if(launches,
+                [&](const auto& launch) { return !launch.commandLine.starts_with(program); });
   return launches;
 }
 
@@ -179,7 +192,8 @@ void ServiceTest::AcceptSuggestion(int adapter) {
   Config(adapter)->m_accept_suggestion = true;
 }
 
-void ServiceTest::OrderConnect(int accessPoint, WStringView ssid, WStringView profile, int adapter) {
+void ServiceTest::OrderConnect(int accessPoint, WStringView ssid, WStringView profile,
+                               int adapter) {
   Config(adapter)->OpenNoDelay(20'000);
   Config(adapter)->SetUIConnectRequest(
       {WString(ssid), Utf8ToWide(ApText(accessPoint)), WString(profile), false});
@@ -216,14 +230,15 @@ void ServiceTest::OnScanEnded(int adapter, Cause cause, bool good) {
 void ServiceTest::OnConnectStarted(int adapter, Cause cause, const std::string& ssid) {
   Note(AirEvent::kConnectStarted, adapter, cause, ssid);
 }
-void ServiceTest::OnConnectEnded(int adapter, Cause cause, const std::string& ssid, const std::string& bssid,
-                                 platform::DWORD reason) {
+void ServiceTest::OnConnectEnded(int adapter, Cause cause, const std::string& ssid,
+                                 const std::string& bssid, platform::DWORD reason) {
   Note(reason == 0 ? AirEvent::kConnected : AirEvent::kConnectFailed, adapter, cause, ssid, bssid);
 }
 void ServiceTest::OnDisconnected(int adapter, Cause cause, const std::string& ssid) {
   Note(AirEvent::kDisconnected, adapter, cause, ssid);
 }
-void ServiceTest::OnRoamed(int adapter, Cause cause, const std::string& ssid, const std::string& bssid) {
+void ServiceTest::OnRoamed(int adapter, Cause cause, const std::string& ssid,
+                           const std::string& bssid) {
   Note(AirEvent::kRoamed, adapter, cause, ssid, bssid);
 }
 

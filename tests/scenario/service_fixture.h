@@ -1,19 +1,19 @@
 #pragma once
-// The whole service on a simulated PC, watched from outside: what the radio does, what stands in the
-// registry, what subscribers are told.
+// The whole service on a simulated PC, watched from outside: what the radio does, what stands in
+// the registry, what subscribers are told.
 
 #include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "notify/notification_event.h"
-#include "settings/interface_config.h"
 #include "corvane_lab/service_run.h"
+#include "notify/notification_event.h"
 #include "platform/sim/devices/pc_observer.h"
 #include "platform/sim/devices/sim_devices.h"
 #include "platform/sim/kernel/sim_session.h"
 #include "platform/trace_logging.h"
+#include "settings/interface_config.h"
 #include "support/pc_fixture.h"
 #include "support/world_builder.h"
 #include "wlan/wlan_interface.h"
@@ -24,7 +24,15 @@ using platform::sim::Cause;
 
 // Something that happened on the air.
 struct AirEvent {
-  enum Kind { kScanStarted, kScanEnded, kConnectStarted, kConnected, kConnectFailed, kDisconnected, kRoamed };
+  enum Kind {
+    kScanStarted,
+    kScanEnded,
+    kConnectStarted,
+    kConnected,
+    kConnectFailed,
+    kDisconnected,
+    kRoamed
+  };
   std::uint64_t ms = 0;
   Kind kind = kScanStarted;
   int adapter = 0;
@@ -41,7 +49,9 @@ struct Notice {
 struct Traced {
   std::uint64_t ms = 0;
   platform::TraceEvent event;
-  std::string Text(std::string_view field) const { return WideToUtf8(event.Text(field).value_or(u"(none)")); }
+  std::string Text(std::string_view field) const {
+    return WideToUtf8(event.Text(field).value_or(u"(none)"));
+  }
   std::int64_t Number(std::string_view field) const { return event.Number(field).value_or(-1); }
 };
 
@@ -50,21 +60,21 @@ class ServiceTest : public PcTest, private platform::sim::IPcObserver {
   ~ServiceTest() override;
   void TearDown() override;
 
-  // Boots a PC of this world, on which the suite that keeps the history is installed, and starts the
-  // service on it.
+  // Boots a PC of this world, on which the suite that keeps the history is installed, and starts
+  // the service on it.
   void Start(const WorldBuilder& world);
   // The orderly stop; false when the service does not end.
   bool Stop() { return m_pService->Stop(); }
   int ExitCode() const { return m_pService->ExitCode(); }
-  // A world of one adapter that acts by itself, on access point 1 of the secured network "Office", at
-  // `dbm`; further ones are added with OfficeBeacon.
+  // A world of one adapter that acts by itself, on access point 1 of the secured network "Office",
+  // at `dbm`; further ones are added with OfficeBeacon.
   static WorldBuilder OfficeWorld(double dbm = -75.0);
   static Beacon OfficeBeacon(int channel);
   static Beacon LabBeacon(int channel);  // a network of its own, just as good
   // `dbm` from this time on, and out of reach before.
   static std::vector<platform::sim::SignalPoint> HeardFrom(std::uint64_t ms, double dbm);
-  // On a weak access point of "Office" in this mode (PassiveSuggestMode); from 60 s on access point 2 of
-  // the network "Lab" is far better.
+  // On a weak access point of "Office" in this mode (PassiveSuggestMode); from 60 s on access point
+  // 2 of the network "Lab" is far better.
   static WorldBuilder BetterLabWorld(int mode, double dbm = -45.0);
 
   std::uint64_t Now() const { return static_cast<std::uint64_t>(m_pMachine->Now().count()); }
@@ -94,8 +104,8 @@ class ServiceTest : public PcTest, private platform::sim::IPcObserver {
   // How many policy rounds of the adapter end in this time.
   int CountRounds(std::chrono::milliseconds time, int adapter = 0);
 
-  std::vector<AirEvent> Events(AirEvent::Kind kind, std::uint64_t fromMs = 0, Cause cause = Cause::kProgram,
-                               int adapter = 0) const;
+  std::vector<AirEvent> Events(AirEvent::Kind kind, std::uint64_t fromMs = 0,
+                               Cause cause = Cause::kProgram, int adapter = 0) const;
   std::size_t Count(AirEvent::Kind kind, std::uint64_t fromMs = 0, Cause cause = Cause::kProgram,
                     int adapter = 0) const {
     return Events(kind, fromMs, cause, adapter).size();
@@ -122,14 +132,16 @@ class ServiceTest : public PcTest, private platform::sim::IPcObserver {
 
  private:
   static void Trace(const platform::TraceEvent& event, void* self);
-  void Note(AirEvent::Kind kind, int adapter, Cause cause, const std::string& ssid, const std::string& bssid = {});
+  void Note(AirEvent::Kind kind, int adapter, Cause cause, const std::string& ssid,
+            const std::string& bssid = {});
   void OnScanStarted(int adapter, Cause cause, const std::string& ssid) override;
   void OnScanEnded(int adapter, Cause cause, bool good) override;
   void OnConnectStarted(int adapter, Cause cause, const std::string& ssid) override;
   void OnConnectEnded(int adapter, Cause cause, const std::string& ssid, const std::string& bssid,
                       platform::DWORD reason) override;
   void OnDisconnected(int adapter, Cause cause, const std::string& ssid) override;
-  void OnRoamed(int adapter, Cause cause, const std::string& ssid, const std::string& bssid) override;
+  void OnRoamed(int adapter, Cause cause, const std::string& ssid,
+                const std::string& bssid) override;
 
   platform::sim::SimulatedPc* m_pMachine = nullptr;
   std::unique_ptr<lab::ServiceRun> m_pService;

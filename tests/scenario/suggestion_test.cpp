@@ -9,7 +9,8 @@ class SuggestionScenario : public ServiceTest {
  protected:
   static constexpr char kSuggest[] = "TRELLIS_N_SUGGEST_AP";
   static constexpr char kBest[] = "TRELLIS_N_BEST_AP";
-  static constexpr char kRefuse[] = R"({"do": "refuse", "bssid": "02-50-00-00-00-02", "reason": 229377})";
+  static constexpr char kRefuse[] =
+      R"({"do": "refuse", "bssid": "02-50-00-00-00-02", "reason": 229377})";
 
   bool WaitForSuggestion(std::uint32_t number) {
     return RunUntilTrue([&] { return Number(u"SuggestCount") == number; }, 200s);
@@ -63,7 +64,8 @@ TEST_F(SuggestionScenario, ByEventWaitsForItsYesAndIsClosedByTheBest) {
   EXPECT_EQ(Number(u"BestCount"), 1u);
   EXPECT_TRUE(Config()->m_Etw.GetMemo().IsEmpty());
 
-  // The user goes back by hand: from now on a dialog asks, until the service has connected by itself.
+  // The user goes back by hand: from now on a dialog asks, until the service has connected by
+  // itself.
   Do(R"({"do": "connect", "adapter": 0, "ssid": "Office"})");
   ASSERT_TRUE(WaitForSuggestion(1) && RunUntilTrue([&] { return IsOn(1); }, 60s));
   EXPECT_TRUE(RunUntilTrue([&] { return TakeDialogs().size() == 1; }, 120s));
@@ -77,7 +79,8 @@ TEST_F(SuggestionScenario, AnAcceptedOneThatRefusesLeavesTheOldNetwork) {
   Start(BetterLabWorld(1).At(5'000, kRefuse));
   ASSERT_TRUE(WaitForSuggestion(1));
   AcceptSuggestion();
-  ASSERT_TRUE(RunUntilTrue([&] { return Count(AirEvent::kConnectFailed) >= 3; }, 60s)) << "it is tried three times";
+  ASSERT_TRUE(RunUntilTrue([&] { return Count(AirEvent::kConnectFailed) >= 3; }, 60s))
+      << "it is tried three times";
   RunFor(30s);
   ASSERT_EQ(Count(AirEvent::kConnected), 1u) << "the old network was not restored";
   EXPECT_EQ(Events(AirEvent::kConnected).front().bssid, ApText(1));
@@ -130,7 +133,8 @@ TEST_F(SuggestionScenario, ByPopupAsksOnceADayAndHoldsStillMeanwhile) {
   AcceptSuggestion();
   Config()->SignalMainLoopSemaphore();
   ASSERT_TRUE(RunUntilTrue([&] { return IsOn(1); }, 30s));
-  EXPECT_GE(Events(AirEvent::kConnectStarted).front().ms, asked + 4'800) << "the inhibit after a popup";
+  EXPECT_GE(Events(AirEvent::kConnectStarted).front().ms, asked + 4'800)
+      << "the inhibit after a popup";
   RunFor(1s);
   EXPECT_EQ(LastNotice(u"ConnectionChange", u"SuggestionAccepted").data2, u"None");
   EXPECT_EQ(Text(value::kSuggestedNetwork), u"") << "the answered suggestion still stands";
@@ -155,7 +159,8 @@ TEST_F(SuggestionScenario, ByPopupAsksOnceADayAndHoldsStillMeanwhile) {
 }
 
 TEST_F(SuggestionScenario, AnAllowListTurnsASwitchIntoAQuestion) {
-  WorldBuilder world = BetterLabWorld(0, -60.0).Ap(Beacon(u8"Cafe").Channel(44).Vht80(2).Rsn({AKM_PSK}), 3, -95.0);
+  WorldBuilder world =
+      BetterLabWorld(0, -60.0).Ap(Beacon(u8"Cafe").Channel(44).Vht80(2).Rsn({AKM_PSK}), 3, -95.0);
   Start(world.Signal(HeardFrom(60'000, -40.0)).Profile("Cafe").Network("Cafe", 1));
   RunUntil(20'000);
   Write(value::kAllowlistJson, uR"([["Office"], ["Lab", "02-50-00-00-00-02"]])");
@@ -177,7 +182,8 @@ TEST_F(SuggestionScenario, AnAllowListTurnsASwitchIntoAQuestion) {
   EXPECT_TRUE(TakeDialogs().empty()) << "nothing that is allowed is better";
 
   WriteHome(u"AllowlistEnabled", 0);
-  EXPECT_TRUE(RunUntilTrue([&] { return IsOn(3); }, 120s)) << "without the list it acts by itself again";
+  EXPECT_TRUE(RunUntilTrue([&] { return IsOn(3); }, 120s))
+      << "without the list it acts by itself again";
 }
 
 }  // namespace corvane::test

@@ -13,7 +13,8 @@ class SupervisionScenario : public ServiceTest {};
 
 TEST_F(SupervisionScenario, StartsAnewWhenAnAdapterIsUnpluggedAndPluggedIn) {
   WorldBuilder world = OfficeWorld();
-  world.Adapter().At(60'000, R"({"do": "adapter", "adapter": 1, "on": false})")
+  world.Adapter()
+      .At(60'000, R"({"do": "adapter", "adapter": 1, "on": false})")
       .At(120'000, R"({"do": "adapter", "adapter": 1, "on": true})");
   Start(world);
   RunUntil(50'000);
@@ -30,8 +31,8 @@ TEST_F(SupervisionScenario, StartsAnewWhenAnAdapterIsUnpluggedAndPluggedIn) {
   RunFor(11s);
   EXPECT_EQ(CountRounds(14s), 0) << "its settings are not read";
   Write(value::kEnabled, 1u);
-  // The system scans and connects the new adapter by itself, and the end of that scan holds the program
-  // back for 15 s.
+  // The system scans and connects the new adapter by itself, and the end of that scan holds the
+  // program back for 15 s.
   RunUntil(145'000);
   EXPECT_EQ(CWifiClientContainer::GetInstance().GetCount(), 2);
   EXPECT_GE(Count(AirEvent::kScanStarted, 120'000, Cause::kProgram, 1), 1u);
@@ -45,7 +46,8 @@ TEST_F(SupervisionScenario, AMissingNetworkListDisturbsNoAdapter) {
   EXPECT_TRUE(RunUntilTrue([&] { return IsOn(2); }, 90s)) << "nothing is decided without the list";
   EXPECT_FALSE(Printed("Main[INNER-0]")) << "everything starts anew";
   RunUntil(120'000);
-  EXPECT_NE(Text(value::kCandidatesCSV).find(u"Private"), WString::npos) << "a list that came late is not used";
+  EXPECT_NE(Text(value::kCandidatesCSV).find(u"Private"), WString::npos)
+      << "a list that came late is not used";
 }
 
 TEST_F(SupervisionScenario, WaitsForTheWlanServiceWithNoAdapter) {
@@ -60,7 +62,8 @@ TEST_F(SupervisionScenario, WaitsForTheWlanServiceWithNoAdapter) {
 }
 
 TEST_F(SupervisionScenario, ReadsAStoppedWlanServiceAsDisconnectedUntilItRunsAgain) {
-  Start(OfficeWorld().At(60'000, R"({"do": "wlanService", "on": false})")
+  Start(OfficeWorld()
+            .At(60'000, R"({"do": "wlanService", "on": false})")
             .At(100'000, R"({"do": "wlanService", "on": true})"));
   RunUntil(95'000);
   EXPECT_EQ(Text(value::kConnectedNetwork), u"");
@@ -75,11 +78,12 @@ TEST_F(SupervisionScenario, BringsBackAWorkerThatAnExceptionEnded) {
             .Signal({{0, -95.0}, {30'000, -95.0}, {31'000, -45.0}})
             .At(5'000, R"({"do": "refuse", "bssid": "02-50-00-00-00-01", "reason": 229377})")
             .At(5'000, R"({"do": "refuse", "bssid": "02-50-00-00-00-02", "reason": 229377})"));
-  ASSERT_TRUE(RunUntilTrue([&] { return Printed("CQUAYMainWorker::RunThreadLoop: Exception"); }, 180s));
+  ASSERT_TRUE(
+      RunUntilTrue([&] { return Printed("CQUAYMainWorker::RunThreadLoop: Exception"); }, 180s));
   const std::uint64_t died = Now();
   Do(R"({"do": "refuse", "bssid": "02-50-00-00-00-02", "reason": 0})");
-  // The disconnect of the failed switch holds the worker back for 5 s, and the system's own connect, which
-  // begins meanwhile, for another 10 s.
+  // The disconnect of the failed switch holds the worker back for 5 s, and the system's own
+  // connect, which begins meanwhile, for another 10 s.
   RunFor(15s);
   EXPECT_GE(Count(AirEvent::kScanStarted, died), 1u) << "the worker did not come back with a scan";
   EXPECT_TRUE(RunUntilTrue([&] { return IsOn(2); }, 60s));

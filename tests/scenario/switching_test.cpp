@@ -32,7 +32,10 @@ TEST_F(SwitchingScenario, ACandidateRipensOverTwoRoundsWithOneAdapter) {
 
 TEST_F(SwitchingScenario, AndOverThreeWithTwo) {
   WorldBuilder world = BetterFromOneMinute();
-  world.Adapter().Ap(Beacon(u8"Lab").Channel(1).Ht20(1).Rsn({AKM_PSK}), 9, -60.0).Profile("Lab").Connected(9);
+  world.Adapter()
+      .Ap(Beacon(u8"Lab").Channel(1).Ht20(1).Rsn({AKM_PSK}), 9, -60.0)
+      .Profile("Lab")
+      .Connected(9);
   Start(world);
   EXPECT_EQ(RoundsBeforeSwitch(), 3u);
 }
@@ -45,8 +48,9 @@ TEST_F(SwitchingScenario, TrafficHoldsASwitchBackUntilItEnds) {
   EXPECT_TRUE(RunUntilTrue([&] { return IsOn(2); }, 120s));
 }
 
-// The better ones are of another network: a restore goes by the name of the network, and the radio takes
-// the strongest access point of that name, which need not be the one before. The move is the service's own.
+// The better ones are of another network: a restore goes by the name of the network, and the radio
+// takes the strongest access point of that name, which need not be the one before. The move is the
+// service's own.
 TEST_F(SwitchingScenario, AFailedConnectMovesToTheNextAndThenRestores) {
   Start(OfficeWorld(-80.0)
             .Ap(LabBeacon(149), 2, -95.0)
@@ -63,7 +67,8 @@ TEST_F(SwitchingScenario, AFailedConnectMovesToTheNextAndThenRestores) {
   EXPECT_NE(failed[0].bssid, failed[1].bssid) << "the next entry was not tried";
 
   ASSERT_TRUE(RunUntilTrue([&] { return Count(AirEvent::kConnected, failed[1].ms) > 0; }, 30s));
-  EXPECT_EQ(Events(AirEvent::kConnected, failed[1].ms).front().bssid, ApText(4)) << "the old network was not restored";
+  EXPECT_EQ(Events(AirEvent::kConnected, failed[1].ms).front().bssid, ApText(4))
+      << "the old network was not restored";
   for (const int number : {2, 3}) {
     CSmartPointer<CWlanBssEntry> entry;
     ASSERT_TRUE(Wlan()->FindBssEntry(u"Lab", ApBssid(number), &entry));
@@ -75,7 +80,8 @@ TEST_F(SwitchingScenario, AFailedConnectMovesToTheNextAndThenRestores) {
   EXPECT_FALSE(Wlan()->GetReservation(&reserved)) << "the other adapters are kept off for nothing";
 
   Do(R"({"do": "refuse", "bssid": "02-50-00-00-00-03", "reason": 0})");
-  EXPECT_TRUE(RunUntilTrue([&] { return IsOn(3); }, 120s)) << "the next one is not reached past the one that refuses";
+  EXPECT_TRUE(RunUntilTrue([&] { return IsOn(3); }, 120s))
+      << "the next one is not reached past the one that refuses";
 }
 
 // The profile of the private network goes by another name than its SSID.
@@ -85,7 +91,9 @@ TEST_F(SwitchingScenario, APrivateNetworkLeadsTheListHoweverWeak) {
   world->networks.front().category = 0;
   world->profiles.back().name = u"Lab 2";
   Start(world);
-  const auto leads = [&](WStringView ssid) { return Text(value::kCandidatesCSV).starts_with(ssid); };
+  const auto leads = [&](WStringView ssid) {
+    return Text(value::kCandidatesCSV).starts_with(ssid);
+  };
   Write(value::kPreferPrivateNetwork, 1u);
   EXPECT_TRUE(RunUntilTrue([&] { return leads(u"Lab\v"); }, 40s));
   Write(value::kPreferPrivateNetwork, 0u);
@@ -94,7 +102,9 @@ TEST_F(SwitchingScenario, APrivateNetworkLeadsTheListHoweverWeak) {
 
 TEST_F(SwitchingScenario, AHiddenNetworkIsFoundByItsDirectedScan) {
   WorldBuilder world = OfficeWorld();
-  world.Ap(Beacon(u8"Secret").Channel(44).Vht80(2).Rsn({AKM_PSK}), 2, -50.0).Hidden().Profile("Secret", true, true);
+  world.Ap(Beacon(u8"Secret").Channel(44).Vht80(2).Rsn({AKM_PSK}), 2, -50.0)
+      .Hidden()
+      .Profile("Secret", true, true);
   Start(world);
   EXPECT_TRUE(RunUntilTrue(
       [&] { return Text(value::kCandidatesCSV).find(u"Secret") != std::u16string::npos; }, 60s));
@@ -115,8 +125,7 @@ TEST_F(SwitchingScenario, AProfileOfTheUserIsToldOnce) {
 
 TEST_F(SwitchingScenario, ADroppedDenyListIsAbsorbedAndMoved) {
   Start(BetterFromOneMinute());
-  Pc().Files().Write(u"/program/denylist_ap.json",
-                     R"([["Office", "02-50-00-00-00-02"]])");
+  Pc().Files().Write(u"/program/denylist_ap.json", R"([["Office", "02-50-00-00-00-02"]])");
   RunUntil(30'000);
   EXPECT_FALSE(Pc().Files().Read(u"/program/denylist_ap.json"));
   EXPECT_TRUE(Pc().Files().Read(u"/program/denylist_ap_backup.json"));
@@ -154,7 +163,11 @@ TEST_F(SwitchingScenario, FlappingRaisesTheScoreThreshold) {
     }
   }
   WorldBuilder world;
-  world.Adapter().Ap(OfficeBeacon(36), 1, -60.0).Signal(down).Ap(OfficeBeacon(149), 2, -60.0).Signal(up);
+  world.Adapter()
+      .Ap(OfficeBeacon(36), 1, -60.0)
+      .Signal(down)
+      .Ap(OfficeBeacon(149), 2, -60.0)
+      .Signal(up);
   world.Profile("Office").Network("Office", 1).Connected(1).AutoSwitch();
   Start(world);
   RunUntil(40'000);

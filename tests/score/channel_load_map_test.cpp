@@ -49,7 +49,8 @@ std::string Around(int low, int high, int half, int full, int center) {
   std::string text;
   for (int channel = low; channel <= high; ++channel) {
     const bool edge = channel == low || channel == high;
-    text += std::to_string(channel) + ":" + std::to_string(edge ? half : full) + (channel == center ? "* " : " ");
+    text += std::to_string(channel) + ":" + std::to_string(edge ? half : full) +
+            (channel == center ? "* " : " ");
   }
   return text;
 }
@@ -84,7 +85,8 @@ TEST(ChannelLoadMap, FootprintsOfEachKind) {
       {noWidth, "42:8* ", "{42}-{42}"},  // both edges fall on the channel itself
       {withoutElements, "34:4 35:8 36:8* 37:8 38:4 ", "{34}-{38}"},
       {byFrequency, "34:4 35:8 36:8* 37:8 38:4 ", "{34}-{38}"},
-      {Split(42, 155, 50), Around(34, 50, 2, 5, 42) + Around(147, 163, 2, 5, 155), "{34}-{50}, {147}-{163}"},
+      {Split(42, 155, 50), Around(34, 50, 2, 5, 42) + Around(147, 163, 2, 5, 155),
+       "{34}-{50}, {147}-{163}"},
   };
   for (const auto& one : cases) {
     ChannelLoadMap map;

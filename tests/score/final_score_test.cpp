@@ -21,12 +21,16 @@ TEST(FinalScore, ChannelLoadStandsInForAMissingLoadElement) {
     std::int32_t total;
     const char* log;
   } cases[] = {
-      {7, 40, 6, 10, 50, ""},               // the element's own points are in the subtotal
-      {0, 0, 6, 10, 50, ""},                // 0 points are points
-      {-1, 40, 6, 10, 56, ",QBSS_2a(6)"},   {-1, 0, -1, 10, 60, ",QBSS_2a(10)"},
-      {-1, 99, -1, 10, 50, ",QBSS_2a(0)"},  {-1, 33, -1, 10, 56, ",QBSS_2a(6)"},
-      {-1, 255, 6, 10, 56, ",QBSS_2b(6)"},  {-1, 255, 1, 10, 51, ",QBSS_2b(1)"},
-      {-1, 255, 0, 10, 55, ",QBSS_2c(5)"},  {-1, 255, -1, 10, 55, ",QBSS_2c(5)"},
+      {7, 40, 6, 10, 50, ""},  // the element's own points are in the subtotal
+      {0, 0, 6, 10, 50, ""},   // 0 points are points
+      {-1, 40, 6, 10, 56, ",QBSS_2a(6)"},
+      {-1, 0, -1, 10, 60, ",QBSS_2a(10)"},
+      {-1, 99, -1, 10, 50, ",QBSS_2a(0)"},
+      {-1, 33, -1, 10, 56, ",QBSS_2a(6)"},
+      {-1, 255, 6, 10, 56, ",QBSS_2b(6)"},
+      {-1, 255, 1, 10, 51, ",QBSS_2b(1)"},
+      {-1, 255, 0, 10, 55, ",QBSS_2c(5)"},
+      {-1, 255, -1, 10, 55, ",QBSS_2c(5)"},
       {-1, 255, -1, 7, 53, ",QBSS_2c(3)"},
   };
   for (const auto& one : cases) {
@@ -48,11 +52,16 @@ TEST(FinalScore, GuestAndBluetooth) {
     std::int32_t penalty, total;
     const char* log;
   } cases[] = {
-      {50, true, false, 0, 47, ",GUEST(-3)"},  {3, true, false, 0, 0, ",GUEST(-3)"},
-      {2, true, false, 0, 0, ",GUEST(-3)"},    {50, false, true, 5, 45, ",BT(-5)"},
-      {6, false, true, 5, 1, ",BT(-5)"},       {5, false, true, 5, 0, ""},
-      {1, false, true, 5, 0, ""},              {0, false, true, 5, 0, ""},
-      {50, false, true, 0, 50, ""},            {50, false, false, 5, 50, ""},
+      {50, true, false, 0, 47, ",GUEST(-3)"},
+      {3, true, false, 0, 0, ",GUEST(-3)"},
+      {2, true, false, 0, 0, ",GUEST(-3)"},
+      {50, false, true, 5, 45, ",BT(-5)"},
+      {6, false, true, 5, 1, ",BT(-5)"},
+      {5, false, true, 5, 0, ""},
+      {1, false, true, 5, 0, ""},
+      {0, false, true, 5, 0, ""},
+      {50, false, true, 0, 50, ""},
+      {50, false, false, 5, 50, ""},
       {50, true, true, 5, 42, ",GUEST(-3),BT(-5)"},
   };
   for (const auto& one : cases) {

@@ -24,7 +24,9 @@ std::string LogOf(const SubtotalInputs& in) {
 std::string Term(const SubtotalInputs& in, const std::string& name) {
   const std::string log = "," + LogOf(in);
   const std::size_t at = log.find("," + name + "(");
-  return at == std::string::npos ? "" : log.substr(at + name.size() + 2, log.find(')', at) - at - name.size() - 2);
+  return at == std::string::npos
+             ? ""
+             : log.substr(at + name.size() + 2, log.find(')', at) - at - name.size() - 2);
 }
 
 TEST(Subtotal, WorkedExamples) {
@@ -40,7 +42,8 @@ TEST(Subtotal, WorkedExamples) {
   std::string log = "old";
   SubtotalResult result = ComputeSubtotal(in, &log);
   EXPECT_EQ(log,
-            "SIGQ(18/30),PRIV(1),N(5),AC(5),SEC(6),MUMIMO(0),MBPS(9/866),QBSS(7/25),NOISE(10),NEG_SIGQ(0),"
+            "SIGQ(18/30),PRIV(1),N(5),AC(5),SEC(6),MUMIMO(0),MBPS(9/866),QBSS(7/"
+            "25),NOISE(10),NEG_SIGQ(0),"
             "ALLOW(0),INTERNET(0),SUBTOTAL(61)");
   EXPECT_EQ(result.points, 61);
   EXPECT_EQ(result.loadPoints, 7);
@@ -53,17 +56,20 @@ TEST(Subtotal, WorkedExamples) {
   in.network.connectivity = 0x20;
   in.radio = &ht;
   result = ComputeSubtotal(in, &log);
-  EXPECT_EQ(log,
-            "SIGQ(0/30),PRIV(0),N(5),SEC(0),MUMIMO(0),MBPS(1/72),QBSS(0),NOISE(0),NEG_SIGQ(-3),ALLOW(0),"
-            "INTERNET(-20),SUBTOTAL(0)");
+  EXPECT_EQ(
+      log,
+      "SIGQ(0/30),PRIV(0),N(5),SEC(0),MUMIMO(0),MBPS(1/72),QBSS(0),NOISE(0),NEG_SIGQ(-3),ALLOW(0),"
+      "INTERNET(-20),SUBTOTAL(0)");
   EXPECT_EQ(result.points, 0);
   EXPECT_EQ(result.loadPoints, -1);
 
   // Without elements the radio terms are fixed.
   in = Plain(100);
-  EXPECT_EQ(LogOf(in),
-            "SIGQ(30/30),PRIV(0),SEC(0),MUMIMO(0),MBPS(0),QBSS(0),NOISE(0),NEG_SIGQ(0),ALLOW(0),INTERNET(0),"
-            "SUBTOTAL(30)");
+  EXPECT_EQ(
+      LogOf(in),
+      "SIGQ(30/"
+      "30),PRIV(0),SEC(0),MUMIMO(0),MBPS(0),QBSS(0),NOISE(0),NEG_SIGQ(0),ALLOW(0),INTERNET(0),"
+      "SUBTOTAL(30)");
 }
 
 TEST(Subtotal, SignalTerms) {
@@ -72,7 +78,8 @@ TEST(Subtotal, SignalTerms) {
     const char *good, *weak;
   } cases[] = {{100, "30/30", "0"}, {99, "29/30", "0"}, {80, "18/30", "0"}, {52, "1/30", "0"},
                {51, "0/30", "0"},   {50, "0/30", "0"},  {49, "0/30", "-1"}, {46, "0/30", "-1"},
-               {45, "0/30", "-2"},  {40, "0/30", "-3"}, {10, "0/30", "-9"}, {5, "0/30", "-10"}, {0, "0/30", "-10"}};
+               {45, "0/30", "-2"},  {40, "0/30", "-3"}, {10, "0/30", "-9"}, {5, "0/30", "-10"},
+               {0, "0/30", "-10"}};
   for (const auto& one : cases) {
     SubtotalInputs in = Plain(one.quality);
     in.network.isPrivate = true;  // something to take from
@@ -93,7 +100,8 @@ TEST(Subtotal, SignalTerms) {
 
 TEST(Subtotal, PegRaisesTheQualityOnly) {
   std::string log;
-  for (const auto& [peg, pegged, signal] : {std::tuple{90u, 90u, "24/30"}, {80u, 0u, "18/30"}, {0u, 0u, "18/30"}}) {
+  for (const auto& [peg, pegged, signal] :
+       {std::tuple{90u, 90u, "24/30"}, {80u, 0u, "18/30"}, {0u, 0u, "18/30"}}) {
     SubtotalInputs in = Plain(80);
     in.pegQuality = peg;
     EXPECT_EQ(ComputeSubtotal(in, &log).peggedQuality, pegged);
@@ -107,9 +115,10 @@ TEST(Subtotal, SecurityIsTheFirstBitOfItsLadder) {
     const char* text;
     std::int32_t points;
   } cases[] = {
-      {0x00, "0", 0},  {0x01, "1", 0},  {0x02, "3", 3},  {0x04, "6", 6},  {0x08, "9", 9},  {0x10, "2", 0},
-      {0x20, "5", 5},  {0x40, "8", 8},  {0x80, "11", 11}, {0x28, "5", 5}, {0x48, "8", 8},  {0xFF, "11", 11},
-      {0x0F, "9", 9},  {0x13, "3", 3},  {0x11, "2", 0},  {0x100, "0", 0},
+      {0x00, "0", 0},   {0x01, "1", 0}, {0x02, "3", 3}, {0x04, "6", 6},
+      {0x08, "9", 9},   {0x10, "2", 0}, {0x20, "5", 5}, {0x40, "8", 8},
+      {0x80, "11", 11}, {0x28, "5", 5}, {0x48, "8", 8}, {0xFF, "11", 11},
+      {0x0F, "9", 9},   {0x13, "3", 3}, {0x11, "2", 0}, {0x100, "0", 0},
   };
   for (const auto& one : cases) {
     RadioFacts radio;
@@ -128,10 +137,12 @@ TEST(Subtotal, RateTerm) {
     std::uint32_t bump;
     const char* text;
   } cases[] = {
-      {0, 5, "0/0"},       {49, 5, "0/49"},      {50, 5, "1/50"},      {866, 5, "9/866"},   {949, 5, "9/949"},
-      {950, 5, "10/950"},  {999, 5, "10/999"},   {1000, 5, "10/1000"}, {1099, 5, "10/1099"}, {1100, 5, "11/1100"},
-      {2000, 5, "15/2000"}, {4899, 5, "29/4899"}, {4900, 5, "30/4900"}, {5000, 5, "30/5000"}, {9608, 5, "30/9608"},
-      {2000, 40, "30/2000"}, {866, 0, "0/866"},   {100, 4294967295u, "30/100"},
+      {0, 5, "0/0"},         {49, 5, "0/49"},      {50, 5, "1/50"},
+      {866, 5, "9/866"},     {949, 5, "9/949"},    {950, 5, "10/950"},
+      {999, 5, "10/999"},    {1000, 5, "10/1000"}, {1099, 5, "10/1099"},
+      {1100, 5, "11/1100"},  {2000, 5, "15/2000"}, {4899, 5, "29/4899"},
+      {4900, 5, "30/4900"},  {5000, 5, "30/5000"}, {9608, 5, "30/9608"},
+      {2000, 40, "30/2000"}, {866, 0, "0/866"},    {100, 4294967295u, "30/100"},
   };
   for (const auto& one : cases) {
     RadioFacts radio;
@@ -148,8 +159,8 @@ TEST(Subtotal, LoadTerm) {
     double load;
     const char* text;
     std::int32_t loadPoints;
-  } cases[] = {{-1.0, "0", -1},     {0.0, "10/0", 10},   {0.39, "9/0", 9},     {25.0, "7/25", 7},
-               {99.6, "0/99", 0},   {100.0, "0/100", 0}, {130.0, "0/100", 0}};
+  } cases[] = {{-1.0, "0", -1},   {0.0, "10/0", 10},   {0.39, "9/0", 9},   {25.0, "7/25", 7},
+               {99.6, "0/99", 0}, {100.0, "0/100", 0}, {130.0, "0/100", 0}};
   for (const auto& one : cases) {
     RadioFacts radio;
     radio.loadPct = one.load;
@@ -217,13 +228,31 @@ TEST(Subtotal, InternetTerm) {
       {true, 0x773, true, {false, false, false, true}, "0", 30, {true, true, true, true}},
       {true, 0x001, false, {true, true, false, false}, "-20", 10, {false, false, true, false}},
       {true, 0x200, false, {true, true, false, false}, "-20", 10, {false, false, true, false}},
-      {true, 0x333, true, {true, true, false, false}, "0/VPN_MUTED", 30, {false, false, true, true}},
+      {true,
+       0x333,
+       true,
+       {true, true, false, false},
+       "0/VPN_MUTED",
+       30,
+       {false, false, true, true}},
       {true, 0x333, false, {true, true, true, true}, "-20", 10, {false, false, true, true}},
-      {true, 0x088, false, {false, true, false, false}, "0/CONNECTIVITY 136", 30, {false, true, false, false}},
+      {true,
+       0x088,
+       false,
+       {false, true, false, false},
+       "0/CONNECTIVITY 136",
+       30,
+       {false, true, false, false}},
       {true, 0, false, {true, true, false, false}, "0/DISCON", 30, {false, true, false, false}},
       {true, 0, false, {true, false, true, false}, "-20/DISCON", 10, {false, false, true, false}},
       {true, 0, true, {true, false, true, false}, "-20/DISCON", 10, {false, false, true, false}},
-      {true, 0, false, {true, false, true, true}, "0/DISCON-VPN_MUTED", 30, {false, false, true, true}},
+      {true,
+       0,
+       false,
+       {true, false, true, true},
+       "0/DISCON-VPN_MUTED",
+       30,
+       {false, false, true, true}},
   };
   for (std::size_t i = 0; i < std::size(cases); ++i) {
     const Case& one = cases[i];

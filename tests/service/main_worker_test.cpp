@@ -2,8 +2,8 @@
 
 #include "service/main_worker.h"
 
-#include "settings/global_config_container.h"
 #include "platform/sim/kernel/sim_kernel.h"
+#include "settings/global_config_container.h"
 #include "support/pc_fixture.h"
 #include "support/world_builder.h"
 #include "wlan/wifi_client_container.h"
@@ -21,8 +21,10 @@ class WorkerTest : public PcTest {
     m_pWorker = CQUAYMainWorker::CreateObject();
     m_pWorker->Bind(0, m_pAdapter.get());
     m_pWorker->BeginThread();
-    const platform::DEVICE_NOTIFY_SUBSCRIBE_PARAMETERS recipient{&WorkerTest::Deliver, m_pWorker.get()};
-    Os().power.PowerRegisterSuspendResumeNotification(platform::DEVICE_NOTIFY_CALLBACK, &recipient, &m_hPower);
+    const platform::DEVICE_NOTIFY_SUBSCRIBE_PARAMETERS recipient{&WorkerTest::Deliver,
+                                                                 m_pWorker.get()};
+    Os().power.PowerRegisterSuspendResumeNotification(platform::DEVICE_NOTIFY_CALLBACK, &recipient,
+                                                      &m_hPower);
   }
   void TearDown() override {
     Os().power.PowerUnregisterSuspendResumeNotification(m_hPower);
@@ -47,7 +49,9 @@ class WorkerTest : public PcTest {
 
 // No scan is due, so that what is heard after waking was looked for.
 TEST_F(WorkerTest, SleepAndWakingForgetWhatWasSeenAndLookAnew) {
-  const auto office = [](int channel) { return Beacon(u8"Office").Channel(channel).Vht80(2).Rsn({AKM_PSK}); };
+  const auto office = [](int channel) {
+    return Beacon(u8"Office").Channel(channel).Vht80(2).Rsn({AKM_PSK});
+  };
   WorldBuilder world;
   world.Adapter().Connected(1)->adapters[0].autoConnect = false;
   world.Ap(office(36), 1, -60.0).Ap(office(52), 2, -70.0).Profile("Office").Network("Office", 1);

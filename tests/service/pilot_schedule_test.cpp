@@ -19,7 +19,8 @@ TEST_F(PilotSchedule, ChangesAtItsTwoDeadlines) {
       {{2026, 1, 4, 1, 0, 0, 0, 0}, PilotStep::kEnd},
   };
   for (const auto& [now, step] : cases) {
-    EXPECT_EQ(PilotStepAt(now), step) << now.wMonth << "-" << now.wDay << " " << now.wHour << ":" << now.wMinute;
+    EXPECT_EQ(PilotStepAt(now), step)
+        << now.wMonth << "-" << now.wDay << " " << now.wHour << ":" << now.wMinute;
   }
 }
 

@@ -14,7 +14,8 @@ constexpr char16_t kAllowBackup[] = u"/program/allowlist_ap_backup.json";
 constexpr char16_t kPreferredFile[] = u"/program/preferred_ap.json";
 constexpr char kBothRows[] = R"([["File","any"],["Both","any"]])";
 constexpr char16_t kStoredRows[] = u"[[\"Both\",\"ANY\"],[\"Value\",\"00-11-22-33-44-55\"]]";
-constexpr char16_t kMerged[] = u"[[\"File\",\"any\"],[\"Both\",\"any\"],[\"Value\",\"00-11-22-33-44-55\"]]";
+constexpr char16_t kMerged[] =
+    u"[[\"File\",\"any\"],[\"Both\",\"any\"],[\"Value\",\"00-11-22-33-44-55\"]]";
 
 class ApLists : public test::ConfigTest {
  protected:
@@ -64,7 +65,8 @@ TEST_F(ApLists, FollowTheValueInEachRound) {
   EXPECT_TRUE(list.ReloadFromRegistry());
   EXPECT_TRUE(list.Rows().empty());
   EXPECT_EQ(Text(u"DenylistJson"), u"no JSON");  // a reload writes nothing back
-  config->SetDenylistJson(u"[[\"B\",\"any\"]]" + WString(10300, u' '));  // longer than a value may be
+  config->SetDenylistJson(u"[[\"B\",\"any\"]]" +
+                          WString(10300, u' '));  // longer than a value may be
   list.LoadConfiguration(R"([["C","any"]])");
   EXPECT_FALSE(list.ReloadFromRegistry());
   EXPECT_TRUE(list.Rows().empty());
@@ -101,18 +103,24 @@ struct Killed {};
 class KilledFiles : public platform::FileApi {
  public:
   explicit KilledFiles(platform::FileApi& files) : m_Files(files) {}
-  platform::HANDLE CreateFileW(platform::LPCWSTR path, platform::DWORD access, platform::DWORD mode) override {
+  platform::HANDLE CreateFileW(platform::LPCWSTR path, platform::DWORD access,
+                               platform::DWORD mode) override {
     return m_Files.CreateFileW(path, access, mode);
   }
-  platform::BOOL ReadFile(platform::HANDLE file, void* to, platform::DWORD size, platform::DWORD* read) override {
+  platform::BOOL ReadFile(platform::HANDLE file, void* to, platform::DWORD size,
+                          platform::DWORD* read) override {
     return m_Files.ReadFile(file, to, size, read);
   }
   platform::BOOL CloseFile(platform::HANDLE file) override { return m_Files.CloseFile(file); }
   platform::BOOL GetFileSizeEx(platform::HANDLE file, platform::ULONGLONG* size) override {
     return m_Files.GetFileSizeEx(file, size);
   }
-  platform::DWORD GetModuleFileNameA(std::string* path) override { return m_Files.GetModuleFileNameA(path); }
-  platform::BOOL MoveFileExW(platform::LPCWSTR, platform::LPCWSTR, platform::DWORD) override { throw Killed(); }
+  platform::DWORD GetModuleFileNameA(std::string* path) override {
+    return m_Files.GetModuleFileNameA(path);
+  }
+  platform::BOOL MoveFileExW(platform::LPCWSTR, platform::LPCWSTR, platform::DWORD) override {
+    throw Killed();
+  }
 
  private:
   platform::FileApi& m_Files;
@@ -129,7 +137,8 @@ TEST_F(ApLists, KilledBeforeTheMoveTheValueHasTheRowsAlready) {
 TEST_F(ApLists, ReadThePreferredFileWhereItLies) {
   PreferredApRows rows;
   EXPECT_FALSE(config->m_SelectArbitrary.LoadConfiguration(&rows));
-  Files().Write(kPreferredFile, R"([["A","any",60],["A","any",60],["B","00-11-22-33-44-55",0],["short","any"]])");
+  Files().Write(kPreferredFile,
+                R"([["A","any",60],["A","any",60],["B","00-11-22-33-44-55",0],["short","any"]])");
   EXPECT_TRUE(config->m_SelectArbitrary.LoadConfiguration(&rows));
   EXPECT_EQ(rows.size(), 3u);
   EXPECT_TRUE(Files().Read(kPreferredFile));

@@ -1,5 +1,5 @@
-#include "store/address_text.h"
 #include "settings/settings_fixture.h"
+#include "store/address_text.h"
 
 namespace corvane {
 namespace {
@@ -10,11 +10,17 @@ using test::kHome;
 TEST_F(GlobalConfig, WritesFirstRunValuesOnce) {
   Global().Initialize(false);
   const std::pair<const char16_t*, platform::DWORD> first[] = {
-      {u"EnablePost", 1}, {u"MonitorWhileDisabled", 1}, {u"GatewayRoaming", 0},  {u"RTAudioMode", 2}, {u"FastPost", 0},
-      {u"DBWMEnable", 0}, {u"RTAudioModeMbps", 15},     {u"BTPenaltyEnabled", 0}, {u"BTPenaltyValue", 3},
-      {u"ServiceEnable", 1}, {u"EnablePilot", 0},       {u"ULScan", 0},           {u"FreshDone", 1},
-      {u"SCOREMAX", 155}, {u"SCOREMAX_AC", 133},        {u"SCOREMAX_MID_AC", 96}, {u"SCOREMAX_LOW_AC", 81}};
-  for (const auto& [name, value] : first) EXPECT_EQ(Registry().GetDword(kHome, name), value) << Narrow(name);
+      {u"EnablePost", 1},       {u"MonitorWhileDisabled", 1},
+      {u"GatewayRoaming", 0},   {u"RTAudioMode", 2},
+      {u"FastPost", 0},         {u"DBWMEnable", 0},
+      {u"RTAudioModeMbps", 15}, {u"BTPenaltyEnabled", 0},
+      {u"BTPenaltyValue", 3},   {u"ServiceEnable", 1},
+      {u"EnablePilot", 0},      {u"ULScan", 0},
+      {u"FreshDone", 1},        {u"SCOREMAX", 155},
+      {u"SCOREMAX_AC", 133},    {u"SCOREMAX_MID_AC", 96},
+      {u"SCOREMAX_LOW_AC", 81}};
+  for (const auto& [name, value] : first)
+    EXPECT_EQ(Registry().GetDword(kHome, name), value) << Narrow(name);
   EXPECT_EQ(Registry().GetText(kHome, u"RandomCsv"), u"1\t1\t1");
   EXPECT_FALSE(Global().m_bULScan);
   EXPECT_FALSE(Global().m_bGatewayRoaming);
@@ -60,7 +66,7 @@ TEST_F(GlobalConfig, RefreshReadsOnlyItsOwnValues) {
   Registry().SetDword(kHome, u"ULScan", 0);
   Registry().SetDword(kHome, u"EnablePilot", 1);
   Global().RefreshGlobals();
-  EXPECT_TRUE(Global().m_bRoamingEnabled);    // missing means on
+  EXPECT_TRUE(Global().m_bRoamingEnabled);     // missing means on
   EXPECT_FALSE(Global().m_bAllowlistEnabled);  // missing leaves it
   EXPECT_TRUE(Global().m_bPalisadeOptimizer);
   EXPECT_TRUE(Global().m_bEnablePilot);
@@ -72,8 +78,10 @@ TEST_F(GlobalConfig, WeeksOfAnyTextAreEnabledUnlessTheySayZero) {
   Registry().SetDword(kHome, u"InstallTime", 0xFFFFFFFF);  // in the future
   Registry().SetText(kHome, u"RandomCsv", u"1\t0\tx\t\t00");
   Global().Initialize(false);
-  const std::pair<int, bool> weeks[] = {{-5, true}, {0, true}, {1, true}, {2, false}, {3, true}, {4, true}, {5, true}};
-  for (const auto& [week, enabled] : weeks) EXPECT_EQ(Global().IsEnabledForWeek(week), enabled) << week;
+  const std::pair<int, bool> weeks[] = {{-5, true}, {0, true}, {1, true}, {2, false},
+                                        {3, true},  {4, true}, {5, true}};
+  for (const auto& [week, enabled] : weeks)
+    EXPECT_EQ(Global().IsEnabledForWeek(week), enabled) << week;
   Global().Shutdown(false);
   EXPECT_TRUE(Global().IsEnabledForWeek(2));
 }
@@ -103,7 +111,8 @@ TEST_F(GlobalConfig, KnowsItsAdaptersByIndexAndGuid) {
       Global().GetIFConfig(index);
       ADD_FAILURE() << index;
     } catch (const Exception& e) {
-      EXPECT_EQ(std::string(e.what()), FormatA("CGlobalConfigContainer::GetIFConfig: INVALID idx %i", index));
+      EXPECT_EQ(std::string(e.what()),
+                FormatA("CGlobalConfigContainer::GetIFConfig: INVALID idx %i", index));
     }
   }
   Global().Shutdown(false);
@@ -134,7 +143,8 @@ TEST_F(GlobalConfig, OneShotFlagsAreExactlyOne) {
 }
 
 TEST_F(GlobalConfig, EndsNoThreadWhenEveryRegistryCallFails) {
-  for (const char* call : {"RegOpenKeyExW", "RegCreateKeyExW", "RegQueryValueExW", "RegSetValueExW"}) {
+  for (const char* call :
+       {"RegOpenKeyExW", "RegCreateKeyExW", "RegQueryValueExW", "RegSetValueExW"}) {
     SCOPED_TRACE(call);
     kernel.Faults().FailAlways(call, platform::ERROR_ACCESS_DENIED);
     Global().Initialize(false);

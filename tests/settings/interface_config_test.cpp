@@ -17,9 +17,9 @@ TEST_F(InterfaceConfig, PutsTheProjectDefaultsBackAtEachStart) {
   Registry().SetText(kAdapter, u"StatusMessage", LookUpStatusText(kStatusExternalRoaming));
   const auto config = OpenAdapter();
   const std::pair<const char16_t*, platform::DWORD> defaults[] = {
-      {u"PassiveSuggestMode", 2}, {u"ForceAutoConnect", 1}, {u"LatchToPrivate", 0}, {u"PreferPrivateNetwork", 1},
-      {u"APScoreThreshold", 3},   {u"LQCThreshold", 70},    {u"ScanInterval", 300}, {u"SuggestCount", 0},
-      {u"BestCount", 0}};
+      {u"PassiveSuggestMode", 2},   {u"ForceAutoConnect", 1}, {u"LatchToPrivate", 0},
+      {u"PreferPrivateNetwork", 1}, {u"APScoreThreshold", 3}, {u"LQCThreshold", 70},
+      {u"ScanInterval", 300},       {u"SuggestCount", 0},     {u"BestCount", 0}};
   for (const auto& [name, value] : defaults) EXPECT_EQ(Number(name), value) << Narrow(name);
   EXPECT_EQ(Text(u"ConnectStatus"), u"idle");
   EXPECT_EQ(Text(u"StatusMessage"), u"");
@@ -54,10 +54,14 @@ TEST_F(InterfaceConfig, ReadsItsValuesWithinTheirRanges) {
     std::uint32_t read;
     std::atomic<std::uint32_t>& field;
   } cases[] = {
-      {u"ScanInterval", 5, 10, config->m_ScanInterval},         {u"ScanInterval", 10, 10, config->m_ScanInterval},
-      {u"ScanInterval", 3600, 3600, config->m_ScanInterval},    {u"ScanInterval", 5000, 3600, config->m_ScanInterval},
-      {u"APScoreThreshold", 101, 100, config->m_APScoreThreshold}, {u"APScoreThreshold", 0, 0, config->m_APScoreThreshold},
-      {u"LQCThreshold", 100, 100, config->m_LQCThreshold},      {u"LQCThreshold", 101, 100, config->m_LQCThreshold},
+      {u"ScanInterval", 5, 10, config->m_ScanInterval},
+      {u"ScanInterval", 10, 10, config->m_ScanInterval},
+      {u"ScanInterval", 3600, 3600, config->m_ScanInterval},
+      {u"ScanInterval", 5000, 3600, config->m_ScanInterval},
+      {u"APScoreThreshold", 101, 100, config->m_APScoreThreshold},
+      {u"APScoreThreshold", 0, 0, config->m_APScoreThreshold},
+      {u"LQCThreshold", 100, 100, config->m_LQCThreshold},
+      {u"LQCThreshold", 101, 100, config->m_LQCThreshold},
   };
   for (const auto& one : cases) {
     Registry().SetDword(kAdapter, one.name, one.stored);
@@ -68,7 +72,11 @@ TEST_F(InterfaceConfig, ReadsItsValuesWithinTheirRanges) {
   const struct {
     platform::DWORD mode;
     bool passive, popup;
-  } modes[] = {{0, false, false}, {3, false, false}, {1, true, false}, {0xFFFFFFFF, true, false}, {2, true, true}};
+  } modes[] = {{0, false, false},
+               {3, false, false},
+               {1, true, false},
+               {0xFFFFFFFF, true, false},
+               {2, true, true}};
   for (const auto& one : modes) {
     config->SetPassiveSuggestMode(one.mode);
     config->RefreshFromRegistry();
@@ -102,8 +110,9 @@ TEST_F(InterfaceConfig, ClearsOnlyTheStatusThatIsShown) {
   config->ClearStatusMessageIfOlder(kStatusNeedCredentials, 60'000);
   EXPECT_EQ(Text(u"StatusMessage"), u"");
   config->SetSuggestedNetworkReasonPercent(25);
-  EXPECT_EQ(Text(u"SuggestedNetworkReason"),
-            u"A Wireless Network that is 25% better is available. Would you like to connect to it?");
+  EXPECT_EQ(
+      Text(u"SuggestedNetworkReason"),
+      u"A Wireless Network that is 25% better is available. Would you like to connect to it?");
 }
 
 TEST_F(InterfaceConfig, CompletesAConnectAndDisturbsNoOtherStatus) {
@@ -112,12 +121,14 @@ TEST_F(InterfaceConfig, CompletesAConnectAndDisturbsNoOtherStatus) {
     const char16_t* before;
     bool connected;
     const char16_t* after;
-  } cases[] = {{u"connecting", true, u"connected"}, {u"idle", true, u"idle"},        {u"error", true, u"error"},
-               {u"connected", false, u"disconnected"}, {u"", false, u"disconnected"}, {u"connecting", false, u"connecting"},
+  } cases[] = {{u"connecting", true, u"connected"}, {u"idle", true, u"idle"},
+               {u"error", true, u"error"},          {u"connected", false, u"disconnected"},
+               {u"", false, u"disconnected"},       {u"connecting", false, u"connecting"},
                {u"error", false, u"error"}};
   for (const auto& one : cases) {
     Registry().SetText(kAdapter, u"ConnectStatus", one.before);
-    config->SetConnectedNetwork(u"Office [Channel 36]", u"Office", one.connected ? u"00-11-22-33-44-55" : u"");
+    config->SetConnectedNetwork(u"Office [Channel 36]", u"Office",
+                                one.connected ? u"00-11-22-33-44-55" : u"");
     EXPECT_EQ(Text(u"ConnectStatus"), one.after) << Narrow(one.before) << one.connected;
   }
   EXPECT_EQ(Text(u"ConnectedNetwork"), u"Office [Channel 36]");
@@ -167,7 +178,8 @@ TEST_F(InterfaceConfig, RaisesTheThresholdWhichTheNextReadCaps) {
 }
 
 TEST_F(InterfaceConfig, AirplaneModeIsTheKeysDefaultValue) {
-  constexpr char16_t kRadio[] = u"SYSTEM\\CurrentControlSet\\Control\\RadioManagement\\SystemRadioState";
+  constexpr char16_t kRadio[] =
+      u"SYSTEM\\CurrentControlSet\\Control\\RadioManagement\\SystemRadioState";
   std::uint32_t mode = 7;
   EXPECT_FALSE(CQUAYInterfaceConfig::GetAirplaneMode(&mode));
   EXPECT_EQ(mode, 7u);

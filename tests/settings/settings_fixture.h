@@ -1,7 +1,7 @@
 #pragma once
+#include "platform/sim/kernel/sim_registry.h"
 #include "settings/global_config_container.h"
 #include "settings/interface_config.h"
-#include "platform/sim/kernel/sim_registry.h"
 #include "support/pc_fixture.h"
 
 namespace corvane::test {
@@ -34,8 +34,12 @@ class ConfigTest : public KernelTest {
     return Global().GetIFConfig(Global().AddIFConfig(guid, u"Wi-Fi", u"Test adapter"));
   }
   platform::sim::SimRegistry& Registry() { return kernel.Registry(); }
-  std::optional<platform::DWORD> Number(std::u16string_view name) { return Registry().GetDword(kAdapter, name); }
-  std::u16string Text(std::u16string_view name) { return Registry().GetText(kAdapter, name).value_or(u"(none)"); }
+  std::optional<platform::DWORD> Number(std::u16string_view name) {
+    return Registry().GetDword(kAdapter, name);
+  }
+  std::u16string Text(std::u16string_view name) {
+    return Registry().GetText(kAdapter, name).value_or(u"(none)");
+  }
 
   TestPower& power;
 };

@@ -12,9 +12,9 @@ TEST(MacText, IsReadFieldByField) {
     MacAddress mac;
   } cases[] = {
       {u"00-11-22-aa-Bb-ff", true, {0x00, 0x11, 0x22, 0xAA, 0xBB, 0xFF}},
-      {u"1-2-3-4-5-1ff", true, {1, 2, 3, 4, 5, 0xFF}},   // the low byte
+      {u"1-2-3-4-5-1ff", true, {1, 2, 3, 4, 5, 0xFF}},  // the low byte
       {u"xx-1-2-3-4-5", true, {0, 1, 2, 3, 4, 5}},
-      {u"1-2-3-4-5-6-", true, {1, 2, 3, 4, 5, 6}},       // no field behind the last separator
+      {u"1-2-3-4-5-6-", true, {1, 2, 3, 4, 5, 6}},  // no field behind the last separator
       {u"1--3-4-5-6", true, {1, 0, 3, 4, 5, 6}},
       {u"1-2-3-4-5", false, {}},
       {u"1-2-3-4-5-6-7", false, {}},
@@ -36,9 +36,10 @@ TEST(GuidText, ComesBackAndRefusesOtherShapes) {
   platform::GUID guid;
   ASSERT_TRUE(GuidFromText(kText, &guid));
   EXPECT_EQ(GuidText(guid), kText);
-  for (const char16_t* text : {u"", u"01234567-89AB-CDEF-0123-456789ABCDEF", u"{01234567-89AB-CDEF-0123-456789ABCDEF",
-                               u"{01234567-89AB-CDEF-0123-456789ABCDEG}", u"{01234567x89AB-CDEF-0123-456789ABCDEF}",
-                               u"{01234567-89AB-CDEF-0123-456789ABCDEF} "}) {
+  for (const char16_t* text :
+       {u"", u"01234567-89AB-CDEF-0123-456789ABCDEF", u"{01234567-89AB-CDEF-0123-456789ABCDEF",
+        u"{01234567-89AB-CDEF-0123-456789ABCDEG}", u"{01234567x89AB-CDEF-0123-456789ABCDEF}",
+        u"{01234567-89AB-CDEF-0123-456789ABCDEF} "}) {
     EXPECT_FALSE(GuidFromText(text, &guid)) << Narrow(text);
   }
 }

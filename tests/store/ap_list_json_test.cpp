@@ -54,8 +54,17 @@ TEST(AllowRows, TakeTheTwoElementsInEitherOrder) {
 
 TEST(ApListText, OfAnyContentGivesTheRowsThatCanBeRead) {
   const std::string deep(200'000, '[');
-  const std::string_view none[] = {"", " ", "{}", "7", "null", "[[\"A\",\"any\"]", "[[\"A\",\"any\"]] x",
-                                   "[[\"A\",\"any\"],]", "[\"\\ud800\"]", std::string_view("[[\0", 3), deep};
+  const std::string_view none[] = {"",
+                                   " ",
+                                   "{}",
+                                   "7",
+                                   "null",
+                                   "[[\"A\",\"any\"]",
+                                   "[[\"A\",\"any\"]] x",
+                                   "[[\"A\",\"any\"],]",
+                                   "[\"\\ud800\"]",
+                                   std::string_view("[[\0", 3),
+                                   deep};
   for (const std::string_view text : none) {
     SCOPED_TRACE(text.substr(0, 40));
     ApListRows rows;
@@ -66,7 +75,8 @@ TEST(ApListText, OfAnyContentGivesTheRowsThatCanBeRead) {
     EXPECT_TRUE(rows.empty() && preferred.empty());
   }
   // Elements of another shape are passed over, each by itself.
-  constexpr char kMixed[] = R"([1,"x",null,{"a":1},[],["only"],[7,"any"],["A",7],["A",["any"]],["B","any",60]])";
+  constexpr char kMixed[] =
+      R"([1,"x",null,{"a":1},[],["only"],[7,"any"],["A",7],["A",["any"]],["B","any",60]])";
   ApListRows deny, allow;
   PreferredApRows preferred;
   EXPECT_TRUE(ReadDenyRows(kMixed, &deny));
@@ -87,7 +97,9 @@ TEST(ApListText, BytesThatAreNoUtf8DoNotBreakTheList) {
 
 TEST(ApListRows, OfOneSsidAndAddressAreOne) {
   ApListRows rows;
-  ReadDenyRows(R"([["A","any"],["A","ANY"],["a","any"],["A","00-11-22-33-44-aa"],["A","0-11-22-33-44-AA"]])", &rows);
+  ReadDenyRows(
+      R"([["A","any"],["A","ANY"],["a","any"],["A","00-11-22-33-44-aa"],["A","0-11-22-33-44-AA"]])",
+      &rows);
   EXPECT_EQ(ApListJson(rows), R"([["A","any"],["a","any"],["A","00-11-22-33-44-aa"]])");
   // A row that is there already still counts as taken.
   EXPECT_TRUE(ReadDenyRows(R"([["A","any"]])", &rows));
@@ -96,7 +108,9 @@ TEST(ApListRows, OfOneSsidAndAddressAreOne) {
 
 TEST(ApListRows, MatchWithoutRegardToCase) {
   ApListRows rows;
-  ReadDenyRows(R"([["office","any"],["Lab","00-11-22-33-44-55"],["Near","ff-ff-ff-ff-00-01"],["Bad","?"]])", &rows);
+  ReadDenyRows(
+      R"([["office","any"],["Lab","00-11-22-33-44-55"],["Near","ff-ff-ff-ff-00-01"],["Bad","?"]])",
+      &rows);
   EXPECT_TRUE(IsListed(rows, u"OFFICE", kMac));
   EXPECT_TRUE(IsListed(rows, u"lAB", kMac));
   EXPECT_FALSE(IsListed(rows, u"Lab", {0x00, 0x11, 0x22, 0x33, 0x44, 0x56}));
@@ -110,15 +124,22 @@ TEST(PreferredRows, RepeatAndTakeTheLowBitsOfANumber) {
   const struct {
     const char* number;
     std::uint32_t min_lq;
-  } cases[] = {{"0", 0},        {"100", 100},       {"60.9", 60},        {"-1", 0xFFFFFFFF},
-               {"4294967297", 1}, {"18446744073709551615", 0xFFFFFFFF}, {"-2.5", 0xFFFFFFFE}};
+  } cases[] = {{"0", 0},
+               {"100", 100},
+               {"60.9", 60},
+               {"-1", 0xFFFFFFFF},
+               {"4294967297", 1},
+               {"18446744073709551615", 0xFFFFFFFF},
+               {"-2.5", 0xFFFFFFFE}};
   for (const auto& one : cases) {
     PreferredApRows rows;
-    EXPECT_TRUE(ReadPreferredRows(std::string(R"([["A","any",)") + one.number + "]]", &rows)) << one.number;
+    EXPECT_TRUE(ReadPreferredRows(std::string(R"([["A","any",)") + one.number + "]]", &rows))
+        << one.number;
     EXPECT_EQ(rows.front().min_lq, one.min_lq) << one.number;
   }
   PreferredApRows rows;
-  EXPECT_TRUE(ReadPreferredRows(R"([["A","any",1],["A","any",1],["A","any"],["A","any","1"],["A","any",1e300]])", &rows));
+  EXPECT_TRUE(ReadPreferredRows(
+      R"([["A","any",1],["A","any",1],["A","any"],["A","any","1"],["A","any",1e300]])", &rows));
   EXPECT_EQ(rows.size(), 2u);
 }
 

@@ -27,12 +27,14 @@ TEST_F(RegistryStore, TellsAFreshKeyByItsMark) {
     bool exists;
     int mark;  // -1: missing
     bool fresh;
-  } cases[] = {{false, -1, true}, {true, -1, true}, {true, 0, true}, {true, 2, true}, {true, 1, false}};
+  } cases[] = {
+      {false, -1, true}, {true, -1, true}, {true, 0, true}, {true, 2, true}, {true, 1, false}};
   int number = 0;
   for (const auto& one : cases) {
     const WString path = Format(u"SOFTWARE\\Case%i", number++);
     if (one.exists) kernel.Registry().SetDword(path, u"Other", 1);
-    if (one.mark >= 0) kernel.Registry().SetDword(path, u"FreshDone", static_cast<platform::DWORD>(one.mark));
+    if (one.mark >= 0)
+      kernel.Registry().SetDword(path, u"FreshDone", static_cast<platform::DWORD>(one.mark));
     bool fresh = !one.fresh;
     EXPECT_TRUE(InitializeRegistry(path, &fresh));
     EXPECT_EQ(fresh, one.fresh) << number;
@@ -99,12 +101,14 @@ TEST_F(RegistryStore, WritesOnlyWhatDiffersAndNoTerminator) {
 
 TEST_F(RegistryStore, TriesAWriteFiveTimes) {
   CRegistry& store = Open();
-  for (std::uint64_t call = 1; call <= 4; ++call) kernel.Faults().FailCall("RegOpenKeyExW", call, 5);
+  for (std::uint64_t call = 1; call <= 4; ++call)
+    kernel.Faults().FailCall("RegOpenKeyExW", call, 5);
   const auto before = kernel.Now();
   EXPECT_TRUE(CRegistry::WriteRegistryDWORDParameter(kPath, u"N", 3));
   EXPECT_EQ(kernel.Now() - before, 40ms);
   kernel.Faults().Clear();
-  for (std::uint64_t call = 1; call <= 5; ++call) kernel.Faults().FailCall("RegOpenKeyExW", call, 5);
+  for (std::uint64_t call = 1; call <= 5; ++call)
+    kernel.Faults().FailCall("RegOpenKeyExW", call, 5);
   EXPECT_FALSE(CRegistry::WriteRegistryStringParameter(kPath, u"T", u"x"));
   kernel.Faults().Clear();
   kernel.Faults().FailAlways("RegSetValueExW", 5);

@@ -18,13 +18,14 @@ thread_local DWORD t_LastError = 0;
 
 }  // namespace
 
-// ---- threads ----------------------------------------------------------------------------------------
+// ---- threads
+// ----------------------------------------------------------------------------------------
 
 struct BasicThreads::Object {
   enum class Kind { kEvent, kSemaphore, kThread } kind;
   bool manualReset = false;
-  LONG count = 0;    // above 0: signalled
-  LONG maximum = 1;  // of a semaphore
+  LONG count = 0;        // above 0: signalled
+  LONG maximum = 1;      // of a semaphore
   DWORD exitCode = 259;  // STILL_ACTIVE
   DWORD threadId = 1;
   bool abandoned = false;
@@ -223,7 +224,8 @@ void BasicThreads::Sleep(DWORD milliseconds) {
   ThrowIfAbandoned();
 }
 
-void BasicThreads::InitializeCriticalSection(CRITICAL_SECTION* section, const char* name, int rank) {
+void BasicThreads::InitializeCriticalSection(CRITICAL_SECTION* section, const char* name,
+                                             int rank) {
   section->name = name;
   section->rank = rank;
   *reinterpret_cast<std::recursive_mutex**>(section->storage) = new std::recursive_mutex;
@@ -249,7 +251,8 @@ DWORD BasicThreads::GetLastError() { return t_LastError; }
 
 void BasicThreads::SetLastError(DWORD code) { t_LastError = code; }
 
-// ---- console ----------------------------------------------------------------------------------------
+// ---- console
+// ----------------------------------------------------------------------------------------
 
 std::string BasicConsole::Output() {
   const std::lock_guard guard(m_Mutex);
@@ -271,7 +274,8 @@ void BasicConsole::WriteError(std::string_view text) {
   if (keep) m_Error += text;
 }
 
-// ---- files ------------------------------------------------------------------------------------------
+// ---- files
+// ------------------------------------------------------------------------------------------
 
 BOOL BasicFiles::Refuse(DWORD code) {
   m_Threads.SetLastError(code);
@@ -349,7 +353,8 @@ BOOL BasicFiles::CopyFileW(LPCWSTR from, LPCWSTR to, BOOL failIfExists) {
 BOOL BasicFiles::MoveFileExW(LPCWSTR from, LPCWSTR to, DWORD flags) {
   if (Fails("MoveFileExW")) return FALSE;
   if (!files.contains(from)) return Refuse(ERROR_FILE_NOT_FOUND);
-  if (!(flags & MOVEFILE_REPLACE_EXISTING) && files.contains(to)) return Refuse(ERROR_ALREADY_EXISTS);
+  if (!(flags & MOVEFILE_REPLACE_EXISTING) && files.contains(to))
+    return Refuse(ERROR_ALREADY_EXISTS);
   std::string content = std::move(files[from]);
   files.erase(from);
   files[to] = std::move(content);
@@ -378,12 +383,22 @@ HRESULT BasicFiles::SHGetFolderPathW(int csidl, std::u16string* path) {
   return S_OK;
 }
 
-// ---- the whole --------------------------------------------------------------------------------------
+// ---- the whole
+// --------------------------------------------------------------------------------------
 
 BasicPlatform::BasicPlatform(IpHelperApi* ipHelper)
-    : m_Platform{threads,       clock,          console, m_Crypto,   m_EventTrace,
-                 files,         ipHelper ? *ipHelper : m_IpHelper,
-                 m_NetworkList, m_PerfCounters, m_Power, m_Registry, m_Session,
+    : m_Platform{threads,
+                 clock,
+                 console,
+                 m_Crypto,
+                 m_EventTrace,
+                 files,
+                 ipHelper ? *ipHelper : m_IpHelper,
+                 m_NetworkList,
+                 m_PerfCounters,
+                 m_Power,
+                 m_Registry,
+                 m_Session,
                  m_Wlan} {
   SetPlatform(&m_Platform);
 }

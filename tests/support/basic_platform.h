@@ -78,9 +78,11 @@ class BasicThreads : public platform::ThreadApi {
   platform::BOOL ReleaseSemaphore(platform::HANDLE semaphore, platform::LONG releaseCount,
                                   platform::LONG* previousCount) override;
   platform::BOOL CloseHandle(platform::HANDLE object) override;
-  platform::DWORD WaitForSingleObject(platform::HANDLE object, platform::DWORD milliseconds) override;
+  platform::DWORD WaitForSingleObject(platform::HANDLE object,
+                                      platform::DWORD milliseconds) override;
   platform::DWORD WaitForMultipleObjects(platform::DWORD count, const platform::HANDLE* objects,
-                                         platform::BOOL waitAll, platform::DWORD milliseconds) override;
+                                         platform::BOOL waitAll,
+                                         platform::DWORD milliseconds) override;
   void Sleep(platform::DWORD milliseconds) override;
   void InitializeCriticalSection(platform::CRITICAL_SECTION* section, const char* name,
                                  int rank) override;

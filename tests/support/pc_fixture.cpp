@@ -2,9 +2,9 @@
 
 #include <cstdio>
 
+#include "foundation/log_lines.h"
 #include "foundation/singleton.h"
 #include "foundation/smart_obj.h"
-#include "foundation/log_lines.h"
 #include "log/log.h"
 
 namespace corvane::test {
@@ -109,8 +109,8 @@ void KernelTest::PutInForce() {
   const Services& use = *m_pServices;
   SetPlatform(nullptr);
   m_Platform.emplace(Platform{*use.threads, *use.clock, *use.console, *use.crypto, *use.eventTrace,
-                              *use.files, *use.ipHelper, *use.networkList, *use.perfCounters, *use.power,
-                              *use.registry, *use.session, *use.wlan});
+                              *use.files, *use.ipHelper, *use.networkList, *use.perfCounters,
+                              *use.power, *use.registry, *use.session, *use.wlan});
   SetPlatform(&*m_Platform);
 }
 

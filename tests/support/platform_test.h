@@ -1,15 +1,15 @@
 #pragma once
 #include <gtest/gtest.h>
 
+#include "foundation/log_lines.h"
 #include "foundation/singleton.h"
 #include "foundation/smart_obj.h"
-#include "foundation/log_lines.h"
 #include "support/basic_platform.h"
 
 namespace corvane::test {
 
-// A test on a BasicPlatform of its own, with the gates at their defaults. Afterwards no object, handle,
-// lock or open file may be left.
+// A test on a BasicPlatform of its own, with the gates at their defaults. Afterwards no object,
+// handle, lock or open file may be left.
 class PlatformTest : public testing::Test {
  protected:
   PlatformTest() {

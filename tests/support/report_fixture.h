@@ -1,6 +1,6 @@
 #pragma once
-// What the tests of the reporters share: a configuration that keeps what is written, and the log gates
-// of the reporters open.
+// What the tests of the reporters share: a configuration that keeps what is written, and the log
+// gates of the reporters open.
 
 #include <map>
 
@@ -47,11 +47,15 @@ class RecordedConfig : public IReportConfig {
 class ReportTest : public KernelTest {
  protected:
   ReportTest() { g_DebugMask = ~std::uint64_t{0} & ~(DBG(12) | DBG(23)); }
-  bool HasLog(std::string_view text) { return kernel.Console().Text().find(text) != std::string::npos; }
+  bool HasLog(std::string_view text) {
+    return kernel.Console().Text().find(text) != std::string::npos;
+  }
 
   RecordedConfig config;
 };
 
-inline ReportedAp Ap(const WString& ssid, const WString& bssid) { return {ssid, bssid, u"[5Ghz]", u"[Channel 36]"}; }
+inline ReportedAp Ap(const WString& ssid, const WString& bssid) {
+  return {ssid, bssid, u"[5Ghz]", u"[Channel 36]"};
+}
 
 }  // namespace corvane::test

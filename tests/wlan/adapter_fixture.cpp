@@ -51,7 +51,8 @@ CSmartPointer<CWlanInterface> AdapterTest::Start() {
   return adapter;
 }
 
-CSmartPointer<CWlanInterface> AdapterTest::StartConnected(std::string_view ssid, const MacAddress& bssid) {
+CSmartPointer<CWlanInterface> AdapterTest::StartConnected(std::string_view ssid,
+                                                          const MacAddress& bssid) {
   Start();
   wlan.Connect(ssid, bssid);
   WLAN_CONNECTION_ATTRIBUTES attributes;

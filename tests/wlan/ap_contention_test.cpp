@@ -31,13 +31,15 @@ TEST_F(ContentionTest, TellsOfTheOthersOnItsChannelAndBandWhenTheyChange) {
   Discover();
   const Told both{MacText(Bssid(3)) + u", " + MacText(Bssid(2))};
   EXPECT_EQ(Count(149), both);
-  EXPECT_EQ(adapter->ContentionText(), u"Cafe[02-11-22-33-44-03(SQ 40)], Office[02-11-22-33-44-02(SQ 50)]");
+  EXPECT_EQ(adapter->ContentionText(),
+            u"Cafe[02-11-22-33-44-03(SQ 40)], Office[02-11-22-33-44-02(SQ 50)]");
   EXPECT_EQ(Count(149), Told{});
   wlan.entries[1].quality = 20;
   Discover();
   EXPECT_EQ(Count(149), Told{}) << "a quality is no change";
   EXPECT_EQ(Count(161), Told{u"none"});
-  EXPECT_EQ(Count(5, 9), Told{MacText(Bssid(6)) + u", " + MacText(Bssid(7))}) << "of an entry that is not there";
+  EXPECT_EQ(Count(5, 9), Told{MacText(Bssid(6)) + u", " + MacText(Bssid(7))})
+      << "of an entry that is not there";
   adapter->ClearContention();
   EXPECT_EQ(adapter->ContentionText(), u"none");
   kernel.EventTrace().TakeEvents();

@@ -38,7 +38,8 @@ class ConnectTest : public AdapterTest {
   }
   std::string ConnectThrows(const char16_t* profile = u"", bool save = false, DWORD timeout = 15000,
                             const char16_t* ssid = u"Office", std::uint8_t last = 1) {
-    return ThrownBy([&] { Entry(ssid, last)->ConnectSynchronous(adapter.get(), profile, save, timeout); });
+    return ThrownBy(
+        [&] { Entry(ssid, last)->ConnectSynchronous(adapter.get(), profile, save, timeout); });
   }
 
   MacAddress asked{};
@@ -101,14 +102,17 @@ TEST_F(ConnectTest, FailuresAreTold) {
     EXPECT_EQ(e.GetCode(), WLAN_REASON_CODE_NETWORK_NOT_AVAILABLE);
   }
   // A completion without a connection behind it.
-  wlan.onConnect = [this](const WLAN_CONNECTION_PARAMETERS&) { wlan.PostConnection(100, kComplete, "Office"); };
+  wlan.onConnect = [this](const WLAN_CONNECTION_PARAMETERS&) {
+    wlan.PostConnection(100, kComplete, "Office");
+  };
   EXPECT_EQ(ConnectThrows(),
             "WlanQueryInterface(...wlan_intf_opcode_current_connection...) failed: 5023");
 }
 
 TEST_F(ConnectTest, CompletionAfterTheTimeOutIsAnOutsideConnection) {
   StartDiscovered();
-  EXPECT_EQ(ConnectThrows(u"", false, 1000), "CWlanInterface::ConnectSynchronous: Got EXIT/ABORT?TIMEOUT Event!");
+  EXPECT_EQ(ConnectThrows(u"", false, 1000),
+            "CWlanInterface::ConnectSynchronous: Got EXIT/ABORT?TIMEOUT Event!");
   EXPECT_EQ(adapter->GetConnectedBssidIfWeInitiated(), Bssid(1));
   RunFor(1100ms);
   EXPECT_EQ(adapter->GetConnectedBssidIfWeInitiated(), MacAddress{});
@@ -163,12 +167,14 @@ TEST_F(ConnectTest, OperationsOfTwoThreadsQueue) {
 
 TEST_F(ConnectTest, DisconnectEndsInEachWay) {
   StartDiscovered();
-  EXPECT_EQ(ThrownBy([&] { adapter->DisconnectSynchronous(u""); }), "WlanDisconnect() - Got Timeout!");
+  EXPECT_EQ(ThrownBy([&] { adapter->DisconnectSynchronous(u""); }),
+            "WlanDisconnect() - Got Timeout!");
   wlan.codes["WlanDisconnect"] = ERROR_GEN_FAILURE;
   EXPECT_EQ(ThrownBy([&] { adapter->DisconnectSynchronous(u""); }), "WlanDisconnect() failed: 31");
   wlan.codes.clear();
   wlan.onDisconnect = [this] { wlan.PostConnection(100, kGone, "Office", 9); };
-  EXPECT_EQ(ThrownBy([&] { adapter->DisconnectSynchronous(u""); }), "WlanDisconnect() failed, reason: 9");
+  EXPECT_EQ(ThrownBy([&] { adapter->DisconnectSynchronous(u""); }),
+            "WlanDisconnect() failed, reason: 9");
   wlan.onDisconnect = [this] { wlan.PostConnection(100, kGone, "Office"); };
   EXPECT_EQ(ThrownBy([&] { adapter->DisconnectSynchronous(u""); }), "");
 }
@@ -206,7 +212,8 @@ TEST_F(ConnectTest, WithoutAUsableProfileThePrompterIsAsked) {
   EXPECT_EQ(AdapterValue(u"ConnectStatus"), u"external");
   EXPECT_FALSE(adapter->IsConnected());
   ASSERT_EQ(session.commands.size(), 1u);
-  EXPECT_NE(session.commands[0].find(u"PassphraseDesk.exe 0 \"Cafe\" 02-11-22-33-44-03"), std::u16string::npos);
+  EXPECT_NE(session.commands[0].find(u"PassphraseDesk.exe 0 \"Cafe\" 02-11-22-33-44-03"),
+            std::u16string::npos);
 
   session.result = 1;
   EXPECT_EQ(ConnectThrows(u"", false, 15000, u"Cafe", 3),

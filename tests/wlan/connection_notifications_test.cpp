@@ -1,6 +1,6 @@
+#include "notify/ap_summary.h"
 #include "notify/notification_manager.h"
 #include "store/value_names.h"
-#include "notify/ap_summary.h"
 #include "wlan/adapter_fixture.h"
 
 namespace corvane::test {
@@ -42,7 +42,8 @@ TEST_F(NotificationsTest, OutsideEventsInhibitForTheirTime) {
     const char* tag;
   };
   const Case cases[] = {
-      {"disconnecting", [&] { wlan.NotifyConnection(kDisconnecting, "Office"); }, 3000, "out-notify-disc"},
+      {"disconnecting", [&] { wlan.NotifyConnection(kDisconnecting, "Office"); }, 3000,
+       "out-notify-disc"},
       {"disconnected", [&] { wlan.NotifyConnection(kGone, "Office"); }, 5000, "out-disc"},
       {"start", [&] { wlan.NotifyConnection(kStart, "Office"); }, 10000, "out-notify-con"},
       {"scan end", [&] { wlan.NotifyScan(7); }, 15000, "out-scan"},
@@ -113,12 +114,15 @@ TEST_F(NotificationsTest, OwnCompletionsEndTheRoamingInhibitAndTheOverride) {
   config.SetStatusMessage(kStatusNeedCredentials);
   CApSetMemo& suggested = config.m_Popup.GetMemo();
   suggested.Add(false, u"Office", MacText(Bssid(2)).c_str(), u"", u"", CApSetMemo::kNoFlag, 0);
-  wlan.onConnect = [this](const WLAN_CONNECTION_PARAMETERS&) { wlan.PostConnection(100, kComplete, "Office"); };
+  wlan.onConnect = [this](const WLAN_CONNECTION_PARAMETERS&) {
+    wlan.PostConnection(100, kComplete, "Office");
+  };
   adapter->ConnectToNetwork(u"Office");
   EXPECT_EQ(config.GetRoamingInhibitTick(), 0u);
   EXPECT_FALSE(config.m_bForcePopupOverride);
   EXPECT_EQ(AdapterValue(value::kStatusMessage), u"");
-  EXPECT_EQ(adapter->GetConnectedBssidIfWeInitiated(), Bssid(1)) << "where the platform's choice has led to";
+  EXPECT_EQ(adapter->GetConnectedBssidIfWeInitiated(), Bssid(1))
+      << "where the platform's choice has led to";
   EXPECT_FALSE(suggested.HasNetwork(u"Office")) << "wherever a connect by name alone has led";
 }
 
@@ -140,7 +144,8 @@ TEST_F(NotificationsTest, ClientsAreToldOfOutsideChanges) {
   Start();
   Discover();
   RunFor(10ms);
-  EXPECT_EQ(std::exchange(subscriber->told, {}), std::vector<WString>{u"System/ProfiledNetworksJson"})
+  EXPECT_EQ(std::exchange(subscriber->told, {}),
+            std::vector<WString>{u"System/ProfiledNetworksJson"})
       << "the first list there is";
   wlan.Connect("Office", Bssid(1), 61);
   CApSetMemo& suggested = adapter->Config()->m_Popup.GetMemo();
@@ -148,7 +153,8 @@ TEST_F(NotificationsTest, ClientsAreToldOfOutsideChanges) {
     suggested.Add(false, u"Office", MacText(bssid).c_str(), u"", u"", CApSetMemo::kNoFlag, 0);
   }
   wlan.NotifyConnection(kComplete, "Office");
-  EXPECT_FALSE(suggested.HasAp(u"Office", MacText(Bssid(1)))) << "the user followed the suggestion by hand";
+  EXPECT_FALSE(suggested.HasAp(u"Office", MacText(Bssid(1))))
+      << "the user followed the suggestion by hand";
   EXPECT_TRUE(suggested.HasAp(u"Office", MacText(Bssid(2))));
   RunFor(10ms);
   ASSERT_EQ(subscriber->told, std::vector<WString>{u"ConnectionChange/ExternalConnect"});
@@ -203,7 +209,8 @@ TEST_F(NotificationsTest, FaultInAHandlerEndsThere) {
   StartConnected("Office", Bssid(1));
   wlan.codes["WlanQueryInterface"] = FakeWlan::kFault;
   wlan.NotifyConnection(kComplete, "Office");
-  EXPECT_TRUE(adapter->Config()->m_bForcePopupOverride) << "the connection's facts are a courtesy only";
+  EXPECT_TRUE(adapter->Config()->m_bForcePopupOverride)
+      << "the connection's facts are a courtesy only";
 }
 
 }  // namespace

@@ -53,7 +53,8 @@ DWORD FakeWlan::CountOf(const char* operation, std::size_t count) const {
 }
 
 template <class List, class Item>
-List* FakeWlan::MakeList(const char* operation, std::size_t itemsAt, const std::vector<Item>& items) {
+List* FakeWlan::MakeList(const char* operation, std::size_t itemsAt,
+                         const std::vector<Item>& items) {
   auto* bytes = static_cast<std::uint8_t*>(Buffer(itemsAt + items.size() * sizeof(Item)));
   const DWORD count = CountOf(operation, items.size());
   std::memcpy(bytes, &count, sizeof(count));
@@ -68,7 +69,8 @@ void FakeWlan::Connect(std::string_view ssid, const MacAddress& bssid, std::uint
   connection.wlanAssociationAttributes.wlanSignalQuality = quality;
 }
 
-void FakeWlan::Notify(DWORD source, DWORD code, const void* data, DWORD size, std::uint8_t adapter) {
+void FakeWlan::Notify(DWORD source, DWORD code, const void* data, DWORD size,
+                      std::uint8_t adapter) {
   if (!m_Callback) return;
   std::vector<std::uint8_t> bytes(size);
   if (size) std::memcpy(bytes.data(), data, size);
@@ -111,7 +113,8 @@ void FakeWlan::Post(DWORD delayMs, std::function<void()> what) {
 }
 
 void FakeWlan::PostConnection(DWORD delayMs, DWORD code, std::string ssid, DWORD reason) {
-  Post(delayMs, [this, code, ssid = std::move(ssid), reason] { NotifyConnection(code, ssid, reason); });
+  Post(delayMs,
+       [this, code, ssid = std::move(ssid), reason] { NotifyConnection(code, ssid, reason); });
 }
 
 DWORD FakeWlan::WlanOpenHandle(DWORD version, void*, DWORD* negotiated, HANDLE* client) {
@@ -123,8 +126,9 @@ DWORD FakeWlan::WlanOpenHandle(DWORD version, void*, DWORD* negotiated, HANDLE* 
 
 DWORD FakeWlan::WlanCloseHandle(HANDLE, void*) { return Enter("WlanCloseHandle"); }
 
-DWORD FakeWlan::WlanRegisterNotification(HANDLE, DWORD source, BOOL, WLAN_NOTIFICATION_CALLBACK callback,
-                                         void* context, void*, DWORD*) {
+DWORD FakeWlan::WlanRegisterNotification(HANDLE, DWORD source, BOOL,
+                                         WLAN_NOTIFICATION_CALLBACK callback, void* context, void*,
+                                         DWORD*) {
   if (const DWORD code = Enter("WlanRegisterNotification")) return code;
   m_Callback = source == WLAN_NOTIFICATION_SOURCE_NONE ? nullptr : callback;
   m_pContext = context;
@@ -135,8 +139,8 @@ DWORD FakeWlan::WlanEnumInterfaces(HANDLE, void*, WLAN_INTERFACE_INFO_LIST** lis
   if (const DWORD code = Enter("WlanEnumInterfaces")) return code;
   std::vector<WLAN_INTERFACE_INFO> items;
   for (const GUID& guid : adapters) items.emplace_back().InterfaceGuid = guid;
-  *list = MakeList<WLAN_INTERFACE_INFO_LIST>("WlanEnumInterfaces",
-                                             offsetof(WLAN_INTERFACE_INFO_LIST, InterfaceInfo), items);
+  *list = MakeList<WLAN_INTERFACE_INFO_LIST>(
+      "WlanEnumInterfaces", offsetof(WLAN_INTERFACE_INFO_LIST, InterfaceInfo), items);
   return ERROR_SUCCESS;
 }
 
@@ -151,13 +155,14 @@ DWORD FakeWlan::WlanGetInterfaceCapability(HANDLE, const GUID*, void*,
   return ERROR_SUCCESS;
 }
 
-DWORD FakeWlan::WlanQueryInterface(HANDLE, const GUID*, LONG opcode, void*, DWORD* size, void** data,
-                                   LONG*) {
+DWORD FakeWlan::WlanQueryInterface(HANDLE, const GUID*, LONG opcode, void*, DWORD* size,
+                                   void** data, LONG*) {
   if (const DWORD code = Enter("WlanQueryInterface")) return code;
-  const DWORD number = opcode == wlan_intf_opcode_channel_number
-                           ? 36u
-                           : static_cast<DWORD>(connection.isState ? connection.isState
-                                                                   : wlan_interface_state_disconnected);
+  const DWORD number =
+      opcode == wlan_intf_opcode_channel_number
+          ? 36u
+          : static_cast<DWORD>(connection.isState ? connection.isState
+                                                  : wlan_interface_state_disconnected);
   WLAN_RADIO_STATE radio;
   const void* from = &number;
   std::size_t length = sizeof(number);
@@ -192,8 +197,8 @@ DWORD FakeWlan::WlanGetAvailableNetworkList(HANDLE, const GUID*, DWORD, void*,
   if (const DWORD code = Enter("WlanGetAvailableNetworkList")) return code;
   std::vector<WLAN_AVAILABLE_NETWORK> items;
   for (const std::string& ssid : networks) items.emplace_back().dot11Ssid = Ssid(ssid);
-  *list = MakeList<WLAN_AVAILABLE_NETWORK_LIST>("WlanGetAvailableNetworkList",
-                                                offsetof(WLAN_AVAILABLE_NETWORK_LIST, Network), items);
+  *list = MakeList<WLAN_AVAILABLE_NETWORK_LIST>(
+      "WlanGetAvailableNetworkList", offsetof(WLAN_AVAILABLE_NETWORK_LIST, Network), items);
   return ERROR_SUCCESS;
 }
 
@@ -205,7 +210,8 @@ DWORD FakeWlan::WlanGetNetworkBssList(HANDLE, const GUID*, const DOT11_SSID*, LO
   const std::size_t elementsAt = total;
   for (const FakeBss& bss : entries) total += bss.elements.size();
   auto* bytes = static_cast<std::uint8_t*>(Buffer(total));
-  const DWORD head[2] = {static_cast<DWORD>(total), CountOf("WlanGetNetworkBssList", entries.size())};
+  const DWORD head[2] = {static_cast<DWORD>(total),
+                         CountOf("WlanGetNetworkBssList", entries.size())};
   std::memcpy(bytes, head, sizeof(head));
   std::size_t elements = elementsAt;
   for (std::size_t i = 0; i < entries.size(); ++i) {
@@ -226,7 +232,8 @@ DWORD FakeWlan::WlanGetNetworkBssList(HANDLE, const GUID*, const DOT11_SSID*, LO
   return ERROR_SUCCESS;
 }
 
-DWORD FakeWlan::WlanConnect(HANDLE, const GUID*, const WLAN_CONNECTION_PARAMETERS* parameters, void*) {
+DWORD FakeWlan::WlanConnect(HANDLE, const GUID*, const WLAN_CONNECTION_PARAMETERS* parameters,
+                            void*) {
   if (const DWORD code = Enter("WlanConnect")) return code;
   connects.emplace_back(parameters->strProfile);
   if (onConnect) onConnect(*parameters);
@@ -239,8 +246,8 @@ DWORD FakeWlan::WlanDisconnect(HANDLE, const GUID*, void*) {
   return ERROR_SUCCESS;
 }
 
-DWORD FakeWlan::WlanGetProfile(HANDLE, const GUID*, LPCWSTR name, void*, char16_t** xml, DWORD* flags,
-                               DWORD* access) {
+DWORD FakeWlan::WlanGetProfile(HANDLE, const GUID*, LPCWSTR name, void*, char16_t** xml,
+                               DWORD* flags, DWORD* access) {
   if (const DWORD code = Enter("WlanGetProfile")) return code;
   const auto at = profiles.find(name);
   if (at == profiles.end()) return ERROR_NOT_FOUND;
@@ -282,7 +289,8 @@ DWORD FakeWlan::WlanGetFilterList(HANDLE, LONG type, void*, DOT11_NETWORK_LIST**
   if (!filters.contains(type)) return ERROR_SUCCESS;
   std::vector<DOT11_NETWORK> items;
   for (const std::string& ssid : filters[type]) items.emplace_back().dot11Ssid = Ssid(ssid);
-  *list = MakeList<DOT11_NETWORK_LIST>("WlanGetFilterList", offsetof(DOT11_NETWORK_LIST, Network), items);
+  *list = MakeList<DOT11_NETWORK_LIST>("WlanGetFilterList", offsetof(DOT11_NETWORK_LIST, Network),
+                                       items);
   return ERROR_SUCCESS;
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 // A WLAN service that answers from a script: lists and codes that the test sets, notifications that
-// come on a thread of their own. Buffers have exactly the size that their content needs, so a read past
-// one is found by the sanitizers, and one that is not given back fails the test.
+// come on a thread of their own. Buffers have exactly the size that their content needs, so a read
+// past one is found by the sanitizers, and one that is not given back fails the test.
 
 #include <cstring>
 #include <functional>
@@ -9,9 +9,9 @@
 #include <string>
 #include <vector>
 
-#include "store/address_text.h"
 #include "foundation/text.h"
 #include "platform/wlan_api.h"
+#include "store/address_text.h"
 
 namespace corvane::test {
 
@@ -71,7 +71,8 @@ class FakeWlan : public platform::WlanApi {
   void PostConnection(platform::DWORD delayMs, platform::DWORD code, std::string ssid,
                       platform::DWORD reason = 0);
 
-  platform::DWORD WlanOpenHandle(platform::DWORD, void*, platform::DWORD*, platform::HANDLE*) override;
+  platform::DWORD WlanOpenHandle(platform::DWORD, void*, platform::DWORD*,
+                                 platform::HANDLE*) override;
   platform::DWORD WlanCloseHandle(platform::HANDLE, void*) override;
   platform::DWORD WlanRegisterNotification(platform::HANDLE, platform::DWORD, platform::BOOL,
                                            platform::WLAN_NOTIFICATION_CALLBACK, void*, void*,
@@ -85,8 +86,9 @@ class FakeWlan : public platform::WlanApi {
   void WlanFreeMemory(void*) override;
   platform::DWORD WlanScan(platform::HANDLE, const platform::GUID*, const platform::DOT11_SSID*,
                            const void*, void*) override;
-  platform::DWORD WlanGetAvailableNetworkList(platform::HANDLE, const platform::GUID*, platform::DWORD,
-                                              void*, platform::WLAN_AVAILABLE_NETWORK_LIST**) override;
+  platform::DWORD WlanGetAvailableNetworkList(platform::HANDLE, const platform::GUID*,
+                                              platform::DWORD, void*,
+                                              platform::WLAN_AVAILABLE_NETWORK_LIST**) override;
   platform::DWORD WlanGetNetworkBssList(platform::HANDLE, const platform::GUID*,
                                         const platform::DOT11_SSID*, platform::LONG, platform::BOOL,
                                         void*, platform::WLAN_BSS_LIST**) override;

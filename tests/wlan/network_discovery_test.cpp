@@ -1,6 +1,6 @@
+#include "model/global_wireless_maps.h"
 #include "support/beacon.h"
 #include "wlan/adapter_fixture.h"
-#include "model/global_wireless_maps.h"
 
 namespace corvane::test {
 namespace {
@@ -8,17 +8,21 @@ namespace {
 using namespace platform;
 
 constexpr char16_t kHiddenXml[] =
-    u"<WLANProfile><name>Attic</name><SSIDConfig><nonBroadcast>true</nonBroadcast></SSIDConfig></WLANProfile>";
+    u"<WLANProfile><name>Attic</name><SSIDConfig><nonBroadcast>true</nonBroadcast></SSIDConfig></"
+    u"WLANProfile>";
 
 // Traffic counters that read what the test sets: half of it sent, half received.
 class Counters : public PerfCounterApi {
  public:
-  PDH_STATUS PdhOpenQueryW(LPCWSTR, std::uintptr_t, PDH_HQUERY* query) override { return *query = this, 0; }
+  PDH_STATUS PdhOpenQueryW(LPCWSTR, std::uintptr_t, PDH_HQUERY* query) override {
+    return *query = this, 0;
+  }
   PDH_STATUS PdhAddCounterW(PDH_HQUERY, LPCWSTR, std::uintptr_t, PDH_HCOUNTER* counter) override {
     return *counter = this, 0;
   }
   PDH_STATUS PdhCollectQueryData(PDH_HQUERY) override { return 0; }
-  PDH_STATUS PdhGetFormattedCounterValue(PDH_HCOUNTER, DWORD, DWORD*, PDH_FMT_COUNTERVALUE* value) override {
+  PDH_STATUS PdhGetFormattedCounterValue(PDH_HCOUNTER, DWORD, DWORD*,
+                                         PDH_FMT_COUNTERVALUE* value) override {
     return value->doubleValue = mbps * 125'000 / 2, 0;
   }
   PDH_STATUS PdhRemoveCounter(PDH_HCOUNTER) override { return 0; }
@@ -30,7 +34,8 @@ class DiscoveryTest : public AdapterTest {
  protected:
   DiscoveryTest() {
     wlan.networks = {"Office", "Cafe"};
-    wlan.entries = {{"Office", Bssid(1)}, {"Office", Bssid(2), 40}, {"Cafe", Bssid(3), 30, 2437000}};
+    wlan.entries = {
+        {"Office", Bssid(1)}, {"Office", Bssid(2), 40}, {"Cafe", Bssid(3), 30, 2437000}};
     wlan.profiles[u"Office"] = u"<xml/>";
   }
   // Scans of a discovery that nobody forces, so much later.
@@ -123,7 +128,8 @@ TEST_F(DiscoveryTest, ScanThatFailsOrNeverEndsLeavesTheLists) {
   EXPECT_NE(ThrownBy([&] { adapter->ScanSynchronous(nullptr); }), "");
   EXPECT_FALSE(adapter->IsScanInFlight()) << "a wait that fails ends the scan";
   const std::uint64_t before = Now();
-  EXPECT_EQ(ThrownBy([&] { adapter->ScanSynchronous(nullptr); }), "ScanSynchronous() - Event Timeout!");
+  EXPECT_EQ(ThrownBy([&] { adapter->ScanSynchronous(nullptr); }),
+            "ScanSynchronous() - Event Timeout!");
   EXPECT_EQ(Now() - before, 20000u);
   EXPECT_FALSE(adapter->IsScanInFlight());
   wlan.NotifyScan(wlan_notification_acm_scan_complete);

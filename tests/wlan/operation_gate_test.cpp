@@ -16,14 +16,21 @@ TEST(NotificationOwnership, FollowsTheOperationInFlight) {
     platform::DWORD code;
     NotificationOwner owner;
   };
-  constexpr platform::DWORD kStart = 9, kComplete = 10, kFailed = 11, kDisconnecting = 20, kGone = 21;
+  constexpr platform::DWORD kStart = 9, kComplete = 10, kFailed = 11, kDisconnecting = 20,
+                            kGone = 21;
   const Case cases[] = {
-      {false, Kind::kNone, kComplete, {false, false}},  {false, Kind::kConnect, kGone, {false, false}},
-      {true, Kind::kDisconnect, kGone, {true, false}},  {true, Kind::kDisconnect, kDisconnecting, {true, false}},
-      {true, Kind::kConnect, kGone, {false, true}},     {true, Kind::kConnect, kDisconnecting, {false, true}},
-      {true, Kind::kScan, kGone, {false, false}},       {true, Kind::kConnect, kStart, {true, false}},
-      {true, Kind::kConnect, kComplete, {true, false}}, {true, Kind::kConnect, kFailed, {true, false}},
-      {true, Kind::kScan, kComplete, {false, false}},   {true, Kind::kDisconnect, kComplete, {false, false}},
+      {false, Kind::kNone, kComplete, {false, false}},
+      {false, Kind::kConnect, kGone, {false, false}},
+      {true, Kind::kDisconnect, kGone, {true, false}},
+      {true, Kind::kDisconnect, kDisconnecting, {true, false}},
+      {true, Kind::kConnect, kGone, {false, true}},
+      {true, Kind::kConnect, kDisconnecting, {false, true}},
+      {true, Kind::kScan, kGone, {false, false}},
+      {true, Kind::kConnect, kStart, {true, false}},
+      {true, Kind::kConnect, kComplete, {true, false}},
+      {true, Kind::kConnect, kFailed, {true, false}},
+      {true, Kind::kScan, kComplete, {false, false}},
+      {true, Kind::kDisconnect, kComplete, {false, false}},
   };
   for (const Case& one : cases) {
     EXPECT_EQ(OwnerOfNotification(one.busy, one.kind, one.code), one.owner)

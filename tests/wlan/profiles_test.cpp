@@ -1,6 +1,6 @@
+#include "model/global_wireless_maps.h"
 #include "store/value_names.h"
 #include "wlan/adapter_fixture.h"
-#include "model/global_wireless_maps.h"
 
 namespace corvane::test {
 namespace {
@@ -11,7 +11,8 @@ class ProfilesTest : public AdapterTest {
  protected:
   WString Json() { return Value(value::kProfiledNetworksJson); }
   std::size_t Reads() {
-    return static_cast<std::size_t>(std::count(wlan.calls.begin(), wlan.calls.end(), "WlanGetProfile"));
+    return static_cast<std::size_t>(
+        std::count(wlan.calls.begin(), wlan.calls.end(), "WlanGetProfile"));
   }
 };
 
@@ -55,7 +56,8 @@ TEST_F(ProfilesTest, FailuresKeepWhatIsKnown) {
 }
 
 TEST_F(ProfilesTest, PropertiesComeFromTheMapTheNetworkOrThePlatform) {
-  constexpr char16_t kHidden[] = u"<WLANProfile><config><nonBroadcast>true</nonBroadcast></config></WLANProfile>";
+  constexpr char16_t kHidden[] =
+      u"<WLANProfile><config><nonBroadcast>true</nonBroadcast></config></WLANProfile>";
   wlan.networks = {"Office", "Cafe"};
   wlan.profiles[u"Office"] = kHidden;
   Start();

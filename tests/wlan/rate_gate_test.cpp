@@ -27,9 +27,9 @@ TEST(RateGate, GrowsWithTheMeanUpToItsLimits) {
   struct Case {
     double mean, high, low;
   };
-  for (const Case& c : {Case{0.05, 0.08, 0.06},      // low + 0.03 is cut at 0.08
-                        Case{0.04, 0.078, 0.048},
-                        Case{0.09, 0.08, 0.07}}) {   // both at their limits
+  for (const Case& c :
+       {Case{0.05, 0.08, 0.06},                               // low + 0.03 is cut at 0.08
+        Case{0.04, 0.078, 0.048}, Case{0.09, 0.08, 0.07}}) {  // both at their limits
     const auto learned = LearnRateGates({40.0, 80.0, c.mean, 0.05}, kStart, kStart).learned;
     ASSERT_TRUE(learned) << c.mean;
     EXPECT_NEAR(learned->high, c.high, 1e-12) << c.mean;

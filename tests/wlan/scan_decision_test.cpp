@@ -28,14 +28,16 @@ struct Case {
 TEST(ScanDecision, FirstRuleThatAppliesDecides) {
   const Case cases[] = {
       {"idle", ScanRule::kIdle, [](ScanInputs&) {}},
-      {"rate at the low gate is not idle", ScanRule::kTraffic, [](ScanInputs& in) { in.rate = 0.04; }},
+      {"rate at the low gate is not idle", ScanRule::kTraffic,
+       [](ScanInputs& in) { in.rate = 0.04; }},
       {"user-led scans: connected and idle does not scan", ScanRule::kTraffic,
        [](ScanInputs& in) { in.ulScan = true; }},
       {"disconnected scans whatever the traffic", ScanRule::kDisconnected,
        [](ScanInputs& in) { in.connected = false, in.rate = 9.0, in.ulScan = true; }},
       {"disconnected waits for the interval", ScanRule::kTooEarly,
        [](ScanInputs& in) { in.connected = false, in.deltaMs = 9999; }},
-      {"the interval itself is enough", ScanRule::kIdle, [](ScanInputs& in) { in.deltaMs = 10000; }},
+      {"the interval itself is enough", ScanRule::kIdle,
+       [](ScanInputs& in) { in.deltaMs = 10000; }},
       {"forced inside the interval and under load", ScanRule::kForced,
        [](ScanInputs& in) { in.force_scan = true, in.deltaMs = 1, in.rate = 9.0; }},
       {"counter scans before the interval", ScanRule::kForcedCount,
@@ -55,9 +57,13 @@ TEST(ScanDecision, FirstRuleThatAppliesDecides) {
       {"deferrals under real traffic", ScanRule::kTraffic,
        [](ScanInputs& in) { in.deferrals = 9, in.rate = 0.06; }},
       {"30 seconds is a short interval", ScanRule::kDeferrals,
-       [](ScanInputs& in) { in.deferrals = 3, in.intervalSecs = 30, in.rate = 0.05, in.deltaMs = 90000; }},
+       [](ScanInputs& in) {
+         in.deferrals = 3, in.intervalSecs = 30, in.rate = 0.05, in.deltaMs = 90000;
+       }},
       {"31 seconds is a long one: held back until 60 more have passed", ScanRule::kTraffic,
-       [](ScanInputs& in) { in.deferrals = 3, in.intervalSecs = 31, in.rate = 0.05, in.deltaMs = 90999; }},
+       [](ScanInputs& in) {
+         in.deferrals = 3, in.intervalSecs = 31, in.rate = 0.05, in.deltaMs = 90999;
+       }},
       {"31 seconds and 60 more", ScanRule::kLongHeldBack,
        [](ScanInputs& in) { in.intervalSecs = 31, in.rate = 0.05, in.deltaMs = 91000; }},
       {"long interval at 320 of 360 seconds", ScanRule::kTraffic,

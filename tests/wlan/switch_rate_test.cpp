@@ -10,9 +10,10 @@ TEST(SwitchRate, FlappingIsThreeInAMinuteOrThreeActiveMinutes) {
     std::vector<std::int32_t> minutes;  // newest first
     bool flapping;
   };
-  const Case cases[] = {{{}, false},       {{2}, false},       {{3}, true},        {{2, 2}, false},
-                        {{0, 3}, true},    {{1, 0, 1}, false}, {{1, 1, 1}, true},  {{0, 0, 3}, true},
-                        {{2, 2, 0}, false}, {{0, 1, 2}, false}, {{0, 0, 0}, false}};
+  const Case cases[] = {{{}, false},        {{2}, false},      {{3}, true},
+                        {{2, 2}, false},    {{0, 3}, true},    {{1, 0, 1}, false},
+                        {{1, 1, 1}, true},  {{0, 0, 3}, true}, {{2, 2, 0}, false},
+                        {{0, 1, 2}, false}, {{0, 0, 0}, false}};
   for (const Case& one : cases) {
     EXPECT_EQ(ShowsFlapping(one.minutes), one.flapping) << testing::PrintToString(one.minutes);
   }

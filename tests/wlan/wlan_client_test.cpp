@@ -19,7 +19,8 @@ class WlanClientTest : public AdapterTest {
   }
   std::uint32_t PublishedCount() {
     std::uint32_t count = 99;
-    CGlobalConfigContainer::GetInstance().GetRegistry()->GetRegistryDWORDValue(u"NumWifiAdapters", &count);
+    CGlobalConfigContainer::GetInstance().GetRegistry()->GetRegistryDWORDValue(u"NumWifiAdapters",
+                                                                               &count);
     return count;
   }
 };
@@ -61,7 +62,8 @@ TEST_F(WlanClientTest, RemovedAdapterIsRetiredAndStaysIntactForItsHolders) {
 }
 
 TEST_F(WlanClientTest, ServiceThatFailsGivesNoAdaptersAndRecovers) {
-  for (const char* operation : {"WlanOpenHandle", "WlanRegisterNotification", "WlanEnumInterfaces"}) {
+  for (const char* operation :
+       {"WlanOpenHandle", "WlanRegisterNotification", "WlanEnumInterfaces"}) {
     for (const DWORD code : {ERROR_SERVICE_NOT_ACTIVE, FakeWlan::kFault}) {
       wlan.codes[operation] = code;
       EXPECT_FALSE(Start()) << operation;
@@ -103,7 +105,9 @@ TEST_F(WlanClientTest, ShutdownUnregistersEvenWhenThePlatformRefuses) {
 }
 
 TEST_F(WlanClientTest, IdentityIsPublishedInTheAdaptersKey) {
-  Have({{1, u"Wi-Fi", "Vantor/AX 200"}, {2, u"Wi-Fi 2", "Vantor/AX 200"}, {3, u"Wi-Fi 3", "Vendor AX"}});
+  Have({{1, u"Wi-Fi", "Vantor/AX 200"},
+        {2, u"Wi-Fi 2", "Vantor/AX 200"},
+        {3, u"Wi-Fi 3", "Vendor AX"}});
   Start();
   EXPECT_EQ(AdapterValue(u"AdapterGuid"), GuidText(AdapterGuid(1)));
   EXPECT_EQ(AdapterValue(u"AdapterName"), u"Wi-Fi");

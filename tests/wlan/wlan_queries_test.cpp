@@ -39,10 +39,13 @@ TEST_F(WlanQueriesTest, FailuresCarryThePlatformsCode) {
   WLAN_RADIO_STATE radio;
   WLAN_CONNECTION_ATTRIBUTES attributes;
   const Case cases[] = {
-      {"WlanGetInterfaceCapability", ERROR_NOT_FOUND, [&] { adapter->DetermineInterfaceCapability(); },
+      {"WlanGetInterfaceCapability", ERROR_NOT_FOUND,
+       [&] { adapter->DetermineInterfaceCapability(); },
        "WlanGetInterfaceCapability() failed: 1168"},
-      {"WlanQueryInterface", 31, [&] { adapter->QueryChannel(); }, "WlanQueryInterface(8) failed: 31"},
-      {"WlanQueryInterface", 31, [&] { adapter->GetInterfaceState(); }, "WlanQueryInterface(6) failed: 31"},
+      {"WlanQueryInterface", 31, [&] { adapter->QueryChannel(); },
+       "WlanQueryInterface(8) failed: 31"},
+      {"WlanQueryInterface", 31, [&] { adapter->GetInterfaceState(); },
+       "WlanQueryInterface(6) failed: 31"},
       {"WlanQueryInterface", 31, [&] { adapter->QueryRadioState(&radio); },
        "WlanQueryInterface(4) failed: 31"},
       {"WlanQueryInterface", ERROR_INVALID_STATE, [&] { adapter->CurrentConnection(&attributes); },
@@ -70,7 +73,8 @@ TEST_F(WlanQueriesTest, ShortAnswersAreRefused) {
   wlan.querySize = 3;
   EXPECT_EQ(ThrownBy([&] { adapter->QueryChannel(); }), "WlanQueryInterface(8) dwDataSize < 4");
   wlan.querySize = 771;
-  EXPECT_EQ(ThrownBy([&] { adapter->QueryRadioState(&radio); }), "WlanQueryInterface(4) dwDataSize < 772");
+  EXPECT_EQ(ThrownBy([&] { adapter->QueryRadioState(&radio); }),
+            "WlanQueryInterface(4) dwDataSize < 772");
   wlan.querySize = 603;
   EXPECT_EQ(ThrownBy([&] { adapter->CurrentConnection(&attributes); }),
             "WlanQueryInterface(7) dwDataSize < 604");
@@ -87,7 +91,8 @@ TEST_F(WlanQueriesTest, FailedLookLeavesTheConnectedFlagAndThePeak) {
   EXPECT_EQ(facts.bssid, Bssid(1));
   EXPECT_EQ(facts.quality, 50u);
   EXPECT_EQ(adapter->GetMaxSignalQuality(), 80u);
-  EXPECT_EQ(adapter->GetConnAttrs().wlanAssociationAttributes.wlanSignalQuality, 60u) << "no copy kept";
+  EXPECT_EQ(adapter->GetConnAttrs().wlanAssociationAttributes.wlanSignalQuality, 60u)
+      << "no copy kept";
   wlan.Disconnect();
   EXPECT_FALSE(adapter->GetConnectedSSID(&facts));
   EXPECT_TRUE(facts.ssid.empty());

@@ -30,8 +30,7 @@ ULONGLONG HostClock::GetTickCount64() {
 void HostClock::GetSystemTimeAsFileTime(FILETIME* now) {
   const nanoseconds wall =
       m_Time.Speed() == 1.0 ? Read(CLOCK_REALTIME) : m_Wall + m_Time.SinceStart();
-  const std::uint64_t units =
-      kUnitsFrom1601To1970 + static_cast<std::uint64_t>(wall.count()) / 100;
+  const std::uint64_t units = kUnitsFrom1601To1970 + static_cast<std::uint64_t>(wall.count()) / 100;
   now->dwLowDateTime = static_cast<DWORD>(units);
   now->dwHighDateTime = static_cast<DWORD>(units >> 32);
 }

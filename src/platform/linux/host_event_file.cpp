@@ -20,8 +20,8 @@ std::string TimeText(ClockApi& clock) {
   SYSTEMTIME time;
   if (!FileTimeToSystemTime(fileTime, &time)) return {};
   char text[80];
-  std::snprintf(text, sizeof text, "%04u-%02u-%02uT%02u:%02u:%02u.%03uZ", time.wYear, time.wMonth, time.wDay,
-                time.wHour, time.wMinute, time.wSecond, time.wMilliseconds);
+  std::snprintf(text, sizeof text, "%04u-%02u-%02uT%02u:%02u:%02u.%03uZ", time.wYear, time.wMonth,
+                time.wDay, time.wHour, time.wMinute, time.wSecond, time.wMilliseconds);
   return text;
 }
 

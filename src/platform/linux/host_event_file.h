@@ -10,9 +10,9 @@ class ClockApi;
 
 namespace corvane::platform::linux_host {
 
-// Where the host's events go, as Linux has no event tracing of the kind: one line of JSON for each, in
-// a file that moves to "<path>.1" when it passes its limit, over the one that was there. A write that
-// fails loses the event.
+// Where the host's events go, as Linux has no event tracing of the kind: one line of JSON for each,
+// in a file that moves to "<path>.1" when it passes its limit, over the one that was there. A write
+// that fails loses the event.
 class HostEventFile {
  public:
   static constexpr std::uint64_t kMaxBytes = 4'000'000;

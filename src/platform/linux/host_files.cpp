@@ -42,19 +42,28 @@ DWORD CodeOf(int error, const std::string& path) {
           end == path.npos || end == 0 || access(path.substr(0, end).c_str(), F_OK) == 0;
       return hasParent ? ERROR_FILE_NOT_FOUND : ERROR_PATH_NOT_FOUND;
     }
-    case ENOTDIR: return ERROR_PATH_NOT_FOUND;
+    case ENOTDIR:
+      return ERROR_PATH_NOT_FOUND;
     case EACCES:
     case EPERM:
     case EROFS:
-    case EISDIR: return ERROR_ACCESS_DENIED;
-    case EEXIST: return ERROR_ALREADY_EXISTS;
-    case EBADF: return ERROR_INVALID_HANDLE;
-    case ENOMEM: return ERROR_NOT_ENOUGH_MEMORY;
+    case EISDIR:
+      return ERROR_ACCESS_DENIED;
+    case EEXIST:
+      return ERROR_ALREADY_EXISTS;
+    case EBADF:
+      return ERROR_INVALID_HANDLE;
+    case ENOMEM:
+      return ERROR_NOT_ENOUGH_MEMORY;
     case EBUSY:
-    case ETXTBSY: return ERROR_SHARING_VIOLATION;
-    case ENAMETOOLONG: return ERROR_BAD_PATHNAME;
-    case EINVAL: return ERROR_INVALID_PARAMETER;
-    default: return ERROR_GEN_FAILURE;
+    case ETXTBSY:
+      return ERROR_SHARING_VIOLATION;
+    case ENAMETOOLONG:
+      return ERROR_BAD_PATHNAME;
+    case EINVAL:
+      return ERROR_INVALID_PARAMETER;
+    default:
+      return ERROR_GEN_FAILURE;
   }
 }
 
@@ -108,7 +117,8 @@ bool CopyAll(int from, int to) {
 }
 
 bool IsSameFile(int a, const std::string& b) {
-  struct stat first {}, second {};
+  struct stat first {
+  }, second{};
   return fstat(a, &first) == 0 && stat(b.c_str(), &second) == 0 && first.st_dev == second.st_dev &&
          first.st_ino == second.st_ino;
 }
@@ -218,8 +228,8 @@ BOOL HostFiles::MoveFileExW(LPCWSTR from, LPCWSTR to, DWORD flags) {
   m_Gate.Enter("MoveFileExW");
   const std::string source = PathOf(from), target = PathOf(to);
   const bool replace = (flags & MOVEFILE_REPLACE_EXISTING) != 0;
-  int result = renameat2(AT_FDCWD, source.c_str(), AT_FDCWD, target.c_str(),
-                         replace ? 0 : RENAME_NOREPLACE);
+  int result =
+      renameat2(AT_FDCWD, source.c_str(), AT_FDCWD, target.c_str(), replace ? 0 : RENAME_NOREPLACE);
   if (result != 0 && errno == EINVAL && !replace) {  // a file system that cannot do it in one step
     if (access(target.c_str(), F_OK) == 0) return Fail(ERROR_ALREADY_EXISTS);
     result = rename(source.c_str(), target.c_str());

@@ -16,7 +16,8 @@ namespace corvane::platform::linux_host {
 // or replaced, as POSIX has it.
 class HostFiles final : public FileApi {
  public:
-  // `dataFolder` is what CSIDL_COMMON_APPDATA names; `threads` keeps the calling thread's last error.
+  // `dataFolder` is what CSIDL_COMMON_APPDATA names; `threads` keeps the calling thread's last
+  // error.
   HostFiles(sim::SeamGate& gate, ThreadApi& threads, std::u16string dataFolder);
 
   HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD disposition) override;

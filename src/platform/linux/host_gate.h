@@ -8,7 +8,8 @@ namespace corvane::platform::linux_host {
 class HostGate final : public sim::SeamGate {
  public:
   DWORD Enter(const char* operation, DWORD = ERROR_GEN_FAILURE) override {
-    if (HostThreads::IsAbandoned() && !sim::NeverUnwinds(operation)) HostThreads::ThrowIfAbandoned();
+    if (HostThreads::IsAbandoned() && !sim::NeverUnwinds(operation))
+      HostThreads::ThrowIfAbandoned();
     return ERROR_SUCCESS;
   }
 };

@@ -9,8 +9,8 @@
 #include <filesystem>
 
 #include "platform/linux/host_error.h"
-#include "platform/utf.h"
 #include "platform/sim/kernel/sim_text.h"
+#include "platform/utf.h"
 
 namespace corvane::platform::linux_host {
 
@@ -52,9 +52,8 @@ HostHome::HostHome(const std::string& path) : m_Path(path) {
                     "; end it, or set CORVANE_HOME to another directory");
   }
   const std::string process = std::to_string(getpid()) + "\n";
-  const bool told = ftruncate(m_Lock, 0) == 0 &&
-                    pwrite(m_Lock, process.data(), process.size(), 0) ==
-                        static_cast<ssize_t>(process.size());
+  const bool told = ftruncate(m_Lock, 0) == 0 && pwrite(m_Lock, process.data(), process.size(),
+                                                        0) == static_cast<ssize_t>(process.size());
   if (!told) {
     const int reason = errno;
     close(m_Lock);

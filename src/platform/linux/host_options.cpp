@@ -5,8 +5,8 @@
 #include <string_view>
 
 #include "platform/linux/host_error.h"
-#include "platform/text_file.h"
 #include "platform/sim/world/world_loader.h"
+#include "platform/text_file.h"
 
 namespace corvane::platform::linux_host {
 

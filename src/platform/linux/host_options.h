@@ -11,10 +11,10 @@ namespace corvane::platform::linux_host {
 
 // What the environment asks of the service's host.
 struct HostOptions {
-  std::string home;                       // CORVANE_HOME
-  std::string worldFile = {};             // CORVANE_WORLD; empty for the built-in world
-  double speed = 1.0;                     // CORVANE_SPEED, times faster than life
-  sim::IPcObserver* observer = nullptr;   // is told what happens to the devices; outlives the host
+  std::string home;                      // CORVANE_HOME
+  std::string worldFile = {};            // CORVANE_WORLD; empty for the built-in world
+  double speed = 1.0;                    // CORVANE_SPEED, times faster than life
+  sim::IPcObserver* observer = nullptr;  // is told what happens to the devices; outlives the host
 };
 
 inline constexpr double kSlowest = 0.01;
@@ -22,7 +22,8 @@ inline constexpr double kFastest = 1000.0;
 
 inline constexpr char kHostHelp[] =
     "Usage: corvane [--help]\n"
-    "Keeps each Wi-Fi adapter on its best access point. On Linux it runs in real time on the adapters\n"
+    "Keeps each Wi-Fi adapter on its best access point. On Linux it runs in real time on the "
+    "adapters\n"
     "of a simulated PC. Ctrl-C or SIGTERM ends it in order, a second one at once.\n"
     "\n"
     "Environment:\n"

@@ -47,9 +47,9 @@ struct HostThreads::Object {
   bool stays = false;  // a wait leaves it signalled: a manual-reset event, a thread
   LONG count = 0;      // above 0: signalled
   LONG maximum = 1;
-  DWORD exitCode = 0;              // of a thread
+  DWORD exitCode = 0;                   // of a thread
   std::shared_ptr<Thread> thread = {};  // null once it has ended
-  std::vector<Wait*> waits = {};   // in the order in which they came
+  std::vector<Wait*> waits = {};        // in the order in which they came
 
   bool IsSignalled() const { return count > 0; }
   void Take() {
@@ -86,7 +86,8 @@ class HostThreads::Wait {
     const auto signalled = [](const ObjectPtr& object) { return object->IsSignalled(); };
     if (m_bAll) {
       m_bOver = std::ranges::all_of(m_Objects, signalled);
-      if (m_bOver) std::ranges::for_each(m_Objects, [](const ObjectPtr& object) { object->Take(); });
+      if (m_bOver)
+        std::ranges::for_each(m_Objects, [](const ObjectPtr& object) { object->Take(); });
       return m_bOver;
     }
     const auto first = std::ranges::find_if(m_Objects, signalled);
@@ -193,7 +194,8 @@ HANDLE HostThreads::CreateThread(ThreadProc start, void* parameter, const char* 
   object->thread = self;
 
   const std::lock_guard lock(m_Mutex);
-  Running& running = m_Threads.emplace_back(Running{start, parameter, name ? name : "", object, self});
+  Running& running =
+      m_Threads.emplace_back(Running{start, parameter, name ? name : "", object, self});
   try {
     running.thread = std::thread([this, &running] { Run(running); });
   } catch (const std::system_error&) {
@@ -242,7 +244,8 @@ void HostThreads::Reap() {
 std::vector<std::string> HostThreads::Unfinished(bool abandonedOnly) const {
   std::vector<std::string> names;
   for (const Running& running : m_Threads) {
-    if (!running.ended && (running.self->abandoned || !abandonedOnly)) names.push_back(running.name);
+    if (!running.ended && (running.self->abandoned || !abandonedOnly))
+      names.push_back(running.name);
   }
   return names;
 }

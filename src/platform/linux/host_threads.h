@@ -73,7 +73,8 @@ class HostThreads final : public ThreadApi {
   ObjectPtr Find(HANDLE handle) const;
   ObjectPtr Find(HANDLE handle, Kind kind) const;
   void Serve(Object& object);
-  bool RunWait(std::unique_lock<std::mutex>& lock, Wait& wait, DWORD milliseconds, bool abandonable);
+  bool RunWait(std::unique_lock<std::mutex>& lock, Wait& wait, DWORD milliseconds,
+               bool abandonable);
   std::vector<std::string> Unfinished(bool abandonedOnly) const;
 
   void Run(Running& running);

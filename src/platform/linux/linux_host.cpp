@@ -12,12 +12,12 @@
 #include "platform/linux/host_files.h"
 #include "platform/linux/host_gate.h"
 #include "platform/linux/host_home.h"
-#include "platform/utf.h"
 #include "platform/linux/host_threads.h"
 #include "platform/linux/sqlite_registry.h"
 #include "platform/sim/devices/sim_devices.h"
 #include "platform/sim/kernel/sim_event_trace.h"
 #include "platform/sim/kernel/sim_session.h"
+#include "platform/utf.h"
 
 namespace corvane::platform::linux_host {
 

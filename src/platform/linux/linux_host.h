@@ -13,8 +13,8 @@ namespace corvane::platform::linux_host {
 class HostConsole;
 class HostThreads;
 
-// The platform on Linux: real threads, clock, files, console and registry, and simulated devices that
-// run on them in real time. It is in force, and its devices run, as long as it lives.
+// The platform on Linux: real threads, clock, files, console and registry, and simulated devices
+// that run on them in real time. It is in force, and its devices run, as long as it lives.
 class LinuxHost {
  public:
   // Throws HostError before any thread has started.

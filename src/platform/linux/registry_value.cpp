@@ -17,8 +17,8 @@ struct TypeName {
   DWORD type;
   std::string_view name;
 };
-constexpr TypeName kTypeNames[] = {{REG_SZ, "REG_SZ"}, {REG_DWORD, "REG_DWORD"},
-                                   {REG_QWORD, "REG_QWORD"}};
+constexpr TypeName kTypeNames[] = {
+    {REG_SZ, "REG_SZ"}, {REG_DWORD, "REG_DWORD"}, {REG_QWORD, "REG_QWORD"}};
 
 DWORD TypeOf(std::string_view name) {
   for (const TypeName& known : kTypeNames) {
@@ -29,8 +29,8 @@ DWORD TypeOf(std::string_view name) {
   return type;
 }
 
-// Text whose characters SQLite gives back as they were: it would end at a NUL, and take a byte order
-// mark at the head for one.
+// Text whose characters SQLite gives back as they were: it would end at a NUL, and take a byte
+// order mark at the head for one.
 bool IsPlainText(std::u16string_view text) {
   const bool marked = !text.empty() && (text[0] == 0xFEFF || text[0] == 0xFFFE);
   return !marked && text.find(u'\0') == text.npos;
@@ -73,7 +73,8 @@ void BindRegistryValue(SqliteStatement& statement, int parameter, DWORD type, co
     return statement.BindNumber(parameter, NumberIn<std::int64_t>(data));
   }
   if (type == REG_SZ && size % sizeof(char16_t) == 0) {
-    const std::u16string_view text(reinterpret_cast<const char16_t*>(data), size / sizeof(char16_t));
+    const std::u16string_view text(reinterpret_cast<const char16_t*>(data),
+                                   size / sizeof(char16_t));
     if (IsPlainText(text)) return statement.BindText(parameter, text);
   }
   statement.BindBlob(parameter, data, size);
@@ -91,8 +92,8 @@ RegistryValue ReadRegistryValue(const SqliteStatement& statement) {
   } else if (form == SQLITE_INTEGER && value.type != REG_SZ) {
     const std::int64_t number = sqlite3_column_int64(row, 1);
     const bool fits = number >= 0 && number <= std::numeric_limits<DWORD>::max();
-    value.data = value.type == REG_DWORD && fits ? BytesOf(static_cast<DWORD>(number))
-                                                 : BytesOf(number);
+    value.data =
+        value.type == REG_DWORD && fits ? BytesOf(static_cast<DWORD>(number)) : BytesOf(number);
   } else {
     const void* text = sqlite3_column_text16(row, 1);
     value.data = BytesOf(text, sqlite3_column_bytes16(row, 1));

@@ -44,8 +44,8 @@ void SqliteStatement::Closer::operator()(sqlite3_stmt* statement) const {
 SqliteStatement::SqliteStatement(SqliteDatabase& database, const char* sql)
     : m_pDatabase(database.Get()) {
   sqlite3_stmt* statement = nullptr;
-  const int code = sqlite3_prepare_v3(m_pDatabase, sql, -1, SQLITE_PREPARE_PERSISTENT, &statement,
-                                      nullptr);
+  const int code =
+      sqlite3_prepare_v3(m_pDatabase, sql, -1, SQLITE_PREPARE_PERSISTENT, &statement, nullptr);
   m_pStatement.reset(statement);
   Check(code);
 }

@@ -44,8 +44,8 @@ class SqliteStatement {
   void BindText(int parameter, const char* ascii);
   void BindNumber(int parameter, std::int64_t number);
   void BindBlob(int parameter, const void* data, std::size_t size);
-  bool Step();    // whether there is a row
-  void Reset();   // also lets go of the read lock; never throws
+  bool Step();   // whether there is a row
+  void Reset();  // also lets go of the read lock; never throws
   sqlite3_stmt* Get() const { return m_pStatement.get(); }
 
  private:

@@ -49,13 +49,18 @@ constexpr char kTables[] =
 LSTATUS CodeOf(const SqliteError& error) {
   switch (error.code) {
     case SQLITE_BUSY:
-    case SQLITE_LOCKED: return ERROR_SHARING_VIOLATION;
+    case SQLITE_LOCKED:
+      return ERROR_SHARING_VIOLATION;
     case SQLITE_PERM:
-    case SQLITE_READONLY: return ERROR_ACCESS_DENIED;
-    case SQLITE_NOMEM: return ERROR_NOT_ENOUGH_MEMORY;
+    case SQLITE_READONLY:
+      return ERROR_ACCESS_DENIED;
+    case SQLITE_NOMEM:
+      return ERROR_NOT_ENOUGH_MEMORY;
     case SQLITE_CORRUPT:
-    case SQLITE_NOTADB: return kRegistryCorrupt;
-    default: return ERROR_GEN_FAILURE;
+    case SQLITE_NOTADB:
+      return kRegistryCorrupt;
+    default:
+      return ERROR_GEN_FAILURE;
   }
 }
 
@@ -87,8 +92,8 @@ std::string SetAside(const std::string& path) {
   std::string aside = base;
   for (int n = 2; access(aside.c_str(), F_OK) == 0; ++n) aside = base + "-" + std::to_string(n);
   if (std::rename(path.c_str(), aside.c_str()) != 0) {
-    throw HostError("the registry database " + path + " is unreadable and cannot be set aside: " +
-                    std::strerror(errno));
+    throw HostError("the registry database " + path +
+                    " is unreadable and cannot be set aside: " + std::strerror(errno));
   }
   for (const char* part : {"-wal", "-shm"}) {
     std::rename((path + part).c_str(), (aside + part).c_str());
@@ -113,8 +118,7 @@ class Use {
 }  // namespace
 
 struct SqliteRegistry::Connection {
-  explicit Connection(const std::string& path)
-      : database(path, kBusyMs), made(Prepare(database)) {}
+  explicit Connection(const std::string& path) : database(path, kBusyMs), made(Prepare(database)) {}
 
   bool HasKey(std::u16string_view path) {
     const Use use(hasKey);

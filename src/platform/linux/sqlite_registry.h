@@ -23,8 +23,9 @@ namespace corvane::platform::linux_host {
 //   value  text for REG_SZ, a whole number for REG_DWORD and REG_QWORD (a QWORD as a signed one);
 //          bytes where the data does not have the form of its type
 //
-// Keys without values are in `registry_keys`. Each write is on the disk when its call returns. Other
-// processes may read, and write, while the service runs; what they write is seen at the next query.
+// Keys without values are in `registry_keys`. Each write is on the disk when its call returns.
+// Other processes may read, and write, while the service runs; what they write is seen at the next
+// query.
 class SqliteRegistry final : public RegistryApi {
  public:
   // How long a writer of another process is waited for, in life; then a call fails with
@@ -33,8 +34,8 @@ class SqliteRegistry final : public RegistryApi {
 
   // Opens or makes the database. A file that cannot be read as one is set aside, under a name with
   // the time, and a fresh one is made; *notice tells so, and is empty otherwise. Throws HostError
-  // when that cannot be done either, when the disk fails, when another program holds the database, or
-  // when a newer version of this program made it.
+  // when that cannot be done either, when the disk fails, when another program holds the database,
+  // or when a newer version of this program made it.
   SqliteRegistry(sim::SeamGate& gate, const std::string& path, std::string* notice);
   ~SqliteRegistry() override;
 

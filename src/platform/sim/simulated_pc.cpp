@@ -17,10 +17,9 @@ struct SimulatedPc::Impl {
              .pressKeyContext = &kernel,
              .session = &kernel.Session()},
         devices(world, options.seed, host),
-        platform{kernel.Threads(),       kernel.Clock(),    kernel.Console(),
-                 kernel.Crypto(),        kernel.EventTrace(), kernel.Files(),
-                 devices.IpHelper(),     devices.NetworkList(), devices.PerfCounters(),
-                 devices.Power(),        kernel.Registry(), kernel.Session(),
+        platform{kernel.Threads(),       kernel.Clock(),  kernel.Console(),   kernel.Crypto(),
+                 kernel.EventTrace(),    kernel.Files(),  devices.IpHelper(), devices.NetworkList(),
+                 devices.PerfCounters(), devices.Power(), kernel.Registry(),  kernel.Session(),
                  devices.Wlan()} {
     for (const ProgramFile& file : world.files) {
       kernel.Files().Write(SimFiles::kProgramFolder + (u"/" + file.name), file.text);

@@ -36,8 +36,8 @@ class SimulatedPc {
   bool RunUntil(bool (*done)(void* context), void* context, std::chrono::milliseconds limit,
                 std::chrono::milliseconds step = std::chrono::milliseconds(100));
 
-  // Gives up every thread of the program that still runs and lets it unwind; one that does not end is
-  // reported. For what must go before the PC does, such as the program's singletons.
+  // Gives up every thread of the program that still runs and lets it unwind; one that does not end
+  // is reported. For what must go before the PC does, such as the program's singletons.
   void EndThreads();
 
   void PressKey();  // the console key: asks the service for its orderly stop

@@ -17,7 +17,9 @@ class IPcObserver {
   virtual void OnScanStarted(int adapter, Cause cause, const std::string& ssid) {
     (void)adapter, (void)cause, (void)ssid;
   }
-  virtual void OnScanEnded(int adapter, Cause cause, bool good) { (void)adapter, (void)cause, (void)good; }
+  virtual void OnScanEnded(int adapter, Cause cause, bool good) {
+    (void)adapter, (void)cause, (void)good;
+  }
   virtual void OnConnectStarted(int adapter, Cause cause, const std::string& ssid) {
     (void)adapter, (void)cause, (void)ssid;
   }
@@ -29,7 +31,8 @@ class IPcObserver {
   virtual void OnDisconnected(int adapter, Cause cause, const std::string& ssid) {
     (void)adapter, (void)cause, (void)ssid;
   }
-  virtual void OnRoamed(int adapter, Cause cause, const std::string& ssid, const std::string& bssid) {
+  virtual void OnRoamed(int adapter, Cause cause, const std::string& ssid,
+                        const std::string& bssid) {
     (void)adapter, (void)cause, (void)ssid, (void)bssid;
   }
   // An entry of the world's timeline was carried out; `text` says it in a few words.

@@ -70,7 +70,8 @@ class SimDeviceLoop {
   void In(std::uint64_t delayMs, Work work) { At(NowMs() + delayMs, std::move(work)); }
   // Runs work on the devices' thread with no lock held, after what was given before.
   void Deliver(Work work);
-  // Runs `f`, which calls the program back, without the devices' lock. One such call runs at a time.
+  // Runs `f`, which calls the program back, without the devices' lock. One such call runs at a
+  // time.
   template <class F>
   void CallBack(F&& f) {
     Hold hold(m_Threads, m_CallbackLock);
@@ -110,7 +111,7 @@ class SimDeviceLoop {
   IPcObserver* m_pObserver = nullptr;
   CRITICAL_SECTION m_Lock;
   CRITICAL_SECTION m_CallbackLock;  // held around a callback, taken without the other
-  HANDLE m_hWake = nullptr;  // an event: the thread's wait is out of date
+  HANDLE m_hWake = nullptr;         // an event: the thread's wait is out of date
   HANDLE m_hThread = nullptr;
   bool m_bStarted = false;
   bool m_bStop = false;

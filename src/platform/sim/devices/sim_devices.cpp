@@ -29,8 +29,8 @@ struct SimDevices::Impl {
     }
   }
 
-  // What the machine has done before, then the timeline, so that an action at time 0 meets a machine
-  // that runs.
+  // What the machine has done before, then the timeline, so that an action at time 0 meets a
+  // machine that runs.
   void Boot() {
     timeline.Boot();
     for (const auto& adapter : adapters) adapter->Boot();

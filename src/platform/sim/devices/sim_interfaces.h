@@ -28,8 +28,8 @@ struct SimInterface {
 
 using SimWlanAdapters = std::vector<std::unique_ptr<SimWlanAdapter>>;
 
-// All that are present: the wireless ones first, then the others, as the world lists them. Under the
-// devices' lock.
+// All that are present: the wireless ones first, then the others, as the world lists them. Under
+// the devices' lock.
 std::vector<SimInterface> InterfacesOf(SimMachine& machine, const SimWlanAdapters& adapters,
                                        SimTraffic& traffic);
 

@@ -13,17 +13,18 @@ namespace corvane::platform::sim {
 
 namespace {
 
-constexpr DWORD kLoopback = 24;          // IF_TYPE_SOFTWARE_LOOPBACK
-constexpr DWORD kAdminUp = 1;            // MIB_IF_ADMIN_STATUS_UP
-constexpr DWORD kOperational = 5;        // MIB_IF_OPER_STATUS_OPERATIONAL
-constexpr DWORD kNonOperational = 0;     // MIB_IF_OPER_STATUS_NON_OPERATIONAL
-constexpr DWORD kReachable = 5;          // NlnsReachable
+constexpr DWORD kLoopback = 24;       // IF_TYPE_SOFTWARE_LOOPBACK
+constexpr DWORD kAdminUp = 1;         // MIB_IF_ADMIN_STATUS_UP
+constexpr DWORD kOperational = 5;     // MIB_IF_OPER_STATUS_OPERATIONAL
+constexpr DWORD kNonOperational = 0;  // MIB_IF_OPER_STATUS_NON_OPERATIONAL
+constexpr DWORD kReachable = 5;       // NlnsReachable
 
-// Hands out the parts of the caller's buffer one behind the other, each aligned. What has no room any
-// more is null, and counted.
+// Hands out the parts of the caller's buffer one behind the other, each aligned. What has no room
+// any more is null, and counted.
 class Arena {
  public:
-  Arena(void* base, std::size_t size) : m_pBase(static_cast<BYTE*>(base)), m_Size(base ? size : 0) {}
+  Arena(void* base, std::size_t size)
+      : m_pBase(static_cast<BYTE*>(base)), m_Size(base ? size : 0) {}
   void* Take(std::size_t bytes) {
     const std::size_t from = m_Used;
     m_Used += (bytes + 7) / 8 * 8;
@@ -205,8 +206,8 @@ DWORD SimIpHelper::GetIfTable(MIB_IFTABLE* table, ULONG* size, BOOL order) {
   return m_Machine.loop.WithLock([&]() -> DWORD {
     std::vector<SimInterface> interfaces = Interfaces();
     if (order) std::ranges::stable_sort(interfaces, {}, &SimInterface::ifIndex);
-    const std::size_t needed =
-        std::max(sizeof(MIB_IFTABLE), offsetof(MIB_IFTABLE, table) + interfaces.size() * sizeof(MIB_IFROW));
+    const std::size_t needed = std::max(
+        sizeof(MIB_IFTABLE), offsetof(MIB_IFTABLE, table) + interfaces.size() * sizeof(MIB_IFROW));
     const bool fits = table && *size >= needed;
     *size = static_cast<ULONG>(needed);
     if (!fits) return ERROR_INSUFFICIENT_BUFFER;
@@ -231,8 +232,8 @@ DWORD SimIpHelper::GetIfTable(MIB_IFTABLE* table, ULONG* size, BOOL order) {
       const std::size_t length = std::min(description.size(), std::size(row.bDescr) - 1);
       std::copy_n(description.begin(), length, row.bDescr);
       row.dwDescrLen = static_cast<DWORD>(length + 1);
-      std::memcpy(reinterpret_cast<BYTE*>(table) + offsetof(MIB_IFTABLE, table) + i * sizeof row, &row,
-                  sizeof row);
+      std::memcpy(reinterpret_cast<BYTE*>(table) + offsetof(MIB_IFTABLE, table) + i * sizeof row,
+                  &row, sizeof row);
     }
     return ERROR_SUCCESS;
   });
@@ -280,8 +281,9 @@ DWORD SimIpHelper::GetIpNetTable2(WORD family, MIB_IPNET_TABLE2** table) {
       }
     }
   });
-  const std::size_t bytes = std::max(sizeof(MIB_IPNET_TABLE2), offsetof(MIB_IPNET_TABLE2, Table) +
-                                                                   rows.size() * sizeof(MIB_IPNET_ROW2));
+  const std::size_t bytes =
+      std::max(sizeof(MIB_IPNET_TABLE2),
+               offsetof(MIB_IPNET_TABLE2, Table) + rows.size() * sizeof(MIB_IPNET_ROW2));
   void* memory = std::calloc(1, bytes);
   if (!memory) return ERROR_NOT_ENOUGH_MEMORY;
   const auto count = static_cast<ULONG>(rows.size());

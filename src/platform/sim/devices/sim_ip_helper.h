@@ -1,7 +1,7 @@
 #pragma once
 #include "platform/ip_helper_api.h"
-#include "platform/sim/kernel/seam_gate.h"
 #include "platform/sim/devices/sim_interfaces.h"
+#include "platform/sim/kernel/seam_gate.h"
 
 namespace corvane::platform::sim {
 

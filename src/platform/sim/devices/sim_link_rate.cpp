@@ -9,12 +9,13 @@ namespace corvane::platform::sim {
 namespace {
 
 // Weakest signal of each modulation and coding scheme in 20 MHz, MCS 0 first, in dBm.
-constexpr std::array<double, 12> kWeakest = {-92, -87, -84, -81, -77, -72, -69, -66, -62, -58, -54, -51};
+constexpr std::array<double, 12> kWeakest = {-92, -87, -84, -81, -77, -72,
+                                             -69, -66, -62, -58, -54, -51};
 // Bits of a subcarrier and symbol, times six, by MCS.
 constexpr std::array<ULONG, 12> kBitsTimesSix = {3, 6, 9, 12, 18, 24, 27, 30, 36, 40, 45, 50};
 
-// The content of the first element of an id, from its first byte on; null when there is none with so
-// many bytes.
+// The content of the first element of an id, from its first byte on; null when there is none with
+// so many bytes.
 const BYTE* Find(const std::vector<BYTE>& elements, BYTE id, std::size_t bytes) {
   for (std::size_t i = 0; i + 2 <= elements.size();) {
     const std::size_t length = elements[i + 1];
@@ -82,8 +83,14 @@ ULONG LinkRateKbps(LONG phy, const std::vector<BYTE>& elements, double dbm) {
   const ULONG bits = kBitsTimesSix[static_cast<std::size_t>(mcs)];
   if (RankOf(phy) <= 2) return 48 * bits / 6 * 250;  // symbols of 4 us
   const bool he = phy == dot11_phy_type_he;
-  const ULONG carriers = he ? (width >= 160 ? 1960u : width >= 80 ? 980u : width >= 40 ? 468u : 234u)
-                            : (width >= 160 ? 468u : width >= 80 ? 234u : width >= 40 ? 108u : 52u);
+  const ULONG carriers = he ? (width >= 160  ? 1960u
+                               : width >= 80 ? 980u
+                               : width >= 40 ? 468u
+                                             : 234u)
+                            : (width >= 160  ? 468u
+                               : width >= 80 ? 234u
+                               : width >= 40 ? 108u
+                                             : 52u);
   const double symbolUs = he ? 13.6 : 3.6;
   return static_cast<ULONG>(carriers * Streams(elements) * bits / 6.0 * 1000.0 / symbolUs);
 }

@@ -68,8 +68,8 @@ void SimMachine::Renew(std::size_t accessPoint) {
   const AccessPoint& ap = world.accessPoints[accessPoint];
   Sent& sent = m_Sent[accessPoint];
   sent.named = std::make_shared<const std::vector<BYTE>>(ap.elements);
-  sent.nameless = ap.hidden ? std::make_shared<const std::vector<BYTE>>(CarryNoSsid(ap.elements))
-                            : sent.named;
+  sent.nameless =
+      ap.hidden ? std::make_shared<const std::vector<BYTE>>(CarryNoSsid(ap.elements)) : sent.named;
 }
 
 std::optional<std::size_t> SimMachine::FindAccessPoint(const Mac& bssid) const {

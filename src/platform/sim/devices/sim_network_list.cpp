@@ -186,7 +186,9 @@ class SimNetworkListObjects {
   };
 };
 
-HRESULT SimNetworkList::Enter(const char* operation) { return Run(operation, [] { return S_OK; }); }
+HRESULT SimNetworkList::Enter(const char* operation) {
+  return Run(operation, [] { return S_OK; });
+}
 
 HRESULT SimNetworkList::Run(const char* operation, const std::function<HRESULT()>& work) {
   if (const DWORD code = m_Gate.Enter(operation, kOrdinary); code != ERROR_SUCCESS) {
@@ -202,8 +204,8 @@ HRESULT SimNetworkList::Read(const char* operation, std::size_t network,
   return Run(operation, [&] { return read(m_Machine.world.networks[network]); });
 }
 
-// One that is Wi-Fi, or that a listed interface can be on, is connected while somebody is on it; any
-// other as the world says.
+// One that is Wi-Fi, or that a listed interface can be on, is connected while somebody is on it;
+// any other as the world says.
 bool SimNetworkList::IsConnected(std::size_t network) {
   bool hasInterface = !m_Machine.world.networks[network].ssid.empty();
   for (const auto& wireless : m_Adapters) {

@@ -3,8 +3,8 @@
 #include <functional>
 
 #include "platform/network_list_api.h"
-#include "platform/sim/kernel/seam_gate.h"
 #include "platform/sim/devices/sim_interfaces.h"
+#include "platform/sim/kernel/seam_gate.h"
 
 namespace corvane::platform::sim {
 

@@ -154,7 +154,8 @@ PDH_STATUS SimPerfCounters::PdhRemoveCounter(PDH_HCOUNTER counter) {
 
 PDH_STATUS SimPerfCounters::PdhCloseQuery(PDH_HQUERY query) {
   const bool closed = m_Machine.loop.WithLock([&] {
-    std::erase_if(m_Counters, [&](const auto& entry) { return entry.second.query == NumberOf(query); });
+    std::erase_if(m_Counters,
+                  [&](const auto& entry) { return entry.second.query == NumberOf(query); });
     return m_Queries.erase(NumberOf(query)) == 1;
   });
   if (const auto refused = Refused("PdhCloseQuery")) return *refused;

@@ -6,8 +6,8 @@
 #include <string>
 
 #include "platform/perf_counter_api.h"
-#include "platform/sim/kernel/seam_gate.h"
 #include "platform/sim/devices/sim_interfaces.h"
+#include "platform/sim/kernel/seam_gate.h"
 
 namespace corvane::platform::sim {
 

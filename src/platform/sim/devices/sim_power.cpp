@@ -17,7 +17,7 @@ BOOL SimPower::GetSystemPowerStatus(SYSTEM_POWER_STATUS* status) {
     *status = {};
     status->ACLineStatus = power.mains ? 1 : 0;
     status->BatteryLifePercent = power.batteryPercent;
-    status->BatteryFlag = power.batteryPercent > 66 ? kHigh
+    status->BatteryFlag = power.batteryPercent > 66   ? kHigh
                           : power.batteryPercent < 5  ? kCritical
                           : power.batteryPercent < 33 ? kLow
                                                       : BYTE{0};

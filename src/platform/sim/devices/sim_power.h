@@ -3,8 +3,8 @@
 #include <map>
 
 #include "platform/power_api.h"
-#include "platform/sim/kernel/seam_gate.h"
 #include "platform/sim/devices/sim_machine.h"
+#include "platform/sim/kernel/seam_gate.h"
 
 namespace corvane::platform::sim {
 
@@ -29,7 +29,7 @@ class SimPower final : public PowerApi {
 
   SimMachine& m_Machine;
   SeamGate& m_Gate;
-  ThreadApi& m_Threads;  // for the last error
+  ThreadApi& m_Threads;                                                       // for the last error
   std::map<std::uintptr_t, DEVICE_NOTIFY_SUBSCRIBE_PARAMETERS> m_Recipients;  // by registration
   std::uintptr_t m_LastRegistration = 0x9A000;
 };

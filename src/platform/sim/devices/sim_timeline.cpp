@@ -5,8 +5,8 @@
 
 #include "platform/registry_api.h"
 #include "platform/sim/devices/pc_observer.h"
-#include "platform/sim/world/radio_model.h"
 #include "platform/sim/kernel/sim_session.h"
+#include "platform/sim/world/radio_model.h"
 #include "platform/sim/world/world_text.h"
 
 namespace corvane::platform::sim {
@@ -52,7 +52,8 @@ void SimTimeline::Carry(const Action& action) {
     case ActionKind::kProfile:
     case ActionKind::kNotification:
       for (const auto& adapter : m.adapters) {
-        const int wanted = action.kind == ActionKind::kProfile ? action.profile.adapter : action.adapter;
+        const int wanted =
+            action.kind == ActionKind::kProfile ? action.profile.adapter : action.adapter;
         if (wanted == kAllAdapters || wanted == adapter->Index()) Wireless(action, *adapter);
       }
       break;
@@ -170,11 +171,10 @@ void SimTimeline::BareNotification(const Action& action, SimWlanAdapter& adapter
   const SimWlanAdapter::Link* link = adapter.Connection();
   const std::string ssid = link ? link->request.ssid : action.ssid;
   const bool acm = action.source == WLAN_NOTIFICATION_SOURCE_ACM;
-  const bool ofConnection =
-      acm && (action.code == wlan_notification_acm_disconnecting ||
-              action.code == wlan_notification_acm_disconnected ||
-              (action.code >= wlan_notification_acm_connection_start &&
-               action.code <= wlan_notification_acm_connection_attempt_fail));
+  const bool ofConnection = acm && (action.code == wlan_notification_acm_disconnecting ||
+                                    action.code == wlan_notification_acm_disconnected ||
+                                    (action.code >= wlan_notification_acm_connection_start &&
+                                     action.code <= wlan_notification_acm_connection_attempt_fail));
   const bool ofLink = action.source == WLAN_NOTIFICATION_SOURCE_MSM &&
                       action.code != wlan_notification_msm_signal_quality_change &&
                       action.code != wlan_notification_msm_adapter_operation_mode_change;
@@ -186,8 +186,9 @@ void SimTimeline::BareNotification(const Action& action, SimWlanAdapter& adapter
     data.wlanReasonCode = action.number;
     m.clients.Notify(action.source, action.code, guid, data);
   } else if (ofLink && action.code == wlan_notification_msm_radio_state_change) {
-    m.clients.Notify(action.source, action.code, guid,
-                     WLAN_PHY_RADIO_STATE{action.number, dot11_radio_state_on, dot11_radio_state_on});
+    m.clients.Notify(
+        action.source, action.code, guid,
+        WLAN_PHY_RADIO_STATE{action.number, dot11_radio_state_on, dot11_radio_state_on});
   } else if (ofLink) {
     WLAN_MSM_NOTIFICATION_DATA data;
     data.dot11Ssid = ToDot11(ssid);
@@ -211,7 +212,8 @@ void SimTimeline::ChangeAccessPoint(const Action& action) {
       m.machine.SetLoad(*found, action.stations, action.utilisation);
       break;
     case ActionKind::kSignal:
-      m.machine.FixSignal(*found, std::isnan(action.dbm) ? std::nullopt : std::optional(action.dbm));
+      m.machine.FixSignal(*found,
+                          std::isnan(action.dbm) ? std::nullopt : std::optional(action.dbm));
       break;
     default:
       ap.refuseReason = action.code;
@@ -279,7 +281,8 @@ void SimTimeline::ChangePower(const Action& action) {
   switch (action.kind) {
     case ActionKind::kPower:
       m.machine.world.power.mains = action.on;
-      if (action.percent >= 0) m.machine.world.power.batteryPercent = static_cast<BYTE>(action.percent);
+      if (action.percent >= 0)
+        m.machine.world.power.batteryPercent = static_cast<BYTE>(action.percent);
       m.power.Notify(PBT_APMPOWERSTATUSCHANGE);
       break;
     case ActionKind::kSuspend:
@@ -322,7 +325,8 @@ void SimTimeline::SetProcess(const std::u16string& name, bool runs) {
 
 void SimTimeline::Write(const RegistryWrite& write) {
   HKEY key = nullptr;
-  if (m.registry.RegCreateKeyExW(HKEY_LOCAL_MACHINE, write.key.c_str(), KEY_ALL_ACCESS, &key) != 0) return;
+  if (m.registry.RegCreateKeyExW(HKEY_LOCAL_MACHINE, write.key.c_str(), KEY_ALL_ACCESS, &key) != 0)
+    return;
   if (write.remove) {
     m.registry.RegDeleteValueW(key, write.name.c_str());
   } else if (write.type == REG_SZ) {

@@ -4,16 +4,16 @@
 #include <cstring>
 #include <new>
 
-#include "platform/sim/kernel/sim_text.h"
 #include "platform/sim/devices/sim_wlan_lists.h"
 #include "platform/sim/devices/sim_wlan_reasons.h"
+#include "platform/sim/kernel/sim_text.h"
 #include "platform/sim/world/world_profile.h"
 
 namespace corvane::platform::sim {
 
 namespace {
 constexpr DWORD kImpossibleCount = 0x7FFFFFFF;
-constexpr LONG kNativeWifi = 1;  // WLAN_INTERFACE_TYPE
+constexpr LONG kNativeWifi = 1;          // WLAN_INTERFACE_TYPE
 constexpr LONG kValueTypeQueryOnly = 0;  // WLAN_OPCODE_VALUE_TYPE
 }  // namespace
 
@@ -31,7 +31,8 @@ List* SimWlan::GiveList(const std::vector<Item>& items) {
   std::vector<BYTE> bytes(std::max(sizeof(List), kHeader + items.size() * sizeof(Item)));
   const DWORD count = m_bImpossibleCounts ? kImpossibleCount : static_cast<DWORD>(items.size());
   std::memcpy(bytes.data(), &count, sizeof count);
-  if (!items.empty()) std::memcpy(bytes.data() + kHeader, items.data(), items.size() * sizeof(Item));
+  if (!items.empty())
+    std::memcpy(bytes.data() + kHeader, items.data(), items.size() * sizeof(Item));
   return static_cast<List*>(Give(bytes.data(), bytes.size()));
 }
 
@@ -74,14 +75,16 @@ DWORD SimWlan::WlanCloseHandle(HANDLE client, void*) {
 DWORD SimWlan::WlanRegisterNotification(HANDLE client, DWORD source, BOOL,
                                         WLAN_NOTIFICATION_CALLBACK callback, void* context, void*,
                                         DWORD* previousSource) {
-  if (const DWORD code = m_Gate.Enter("WlanRegisterNotification"); code != ERROR_SUCCESS) return code;
+  if (const DWORD code = m_Gate.Enter("WlanRegisterNotification"); code != ERROR_SUCCESS)
+    return code;
   if (source != WLAN_NOTIFICATION_SOURCE_NONE && !callback) return ERROR_INVALID_PARAMETER;
   const DWORD result = m_Machine.loop.WithLock([&]() -> DWORD {
     if (const DWORD code = Check(client); code != ERROR_SUCCESS) return code;
     m_Clients.Register(client, source, callback, context, previousSource);
     return ERROR_SUCCESS;
   });
-  if (result == ERROR_SUCCESS && source == WLAN_NOTIFICATION_SOURCE_NONE) m_Machine.loop.AwaitCallback();
+  if (result == ERROR_SUCCESS && source == WLAN_NOTIFICATION_SOURCE_NONE)
+    m_Machine.loop.AwaitCallback();
   return result;
 }
 

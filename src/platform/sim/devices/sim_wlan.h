@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "platform/sim/kernel/seam_gate.h"
 #include "platform/sim/devices/sim_wlan_adapter.h"
+#include "platform/sim/kernel/seam_gate.h"
 #include "platform/wlan_api.h"
 
 namespace corvane::platform::sim {

@@ -72,7 +72,8 @@ DWORD SimWlanAdapter::DeniedReason(const std::string& ssid) const {
   for (const Filter& filter : m_Machine.world.filters) {
     const bool named = filter.ssid == ssid;
     if (filter.type == wlan_filter_list_type_gp_deny && named) return WLAN_REASON_CODE_GP_DENIED;
-    if (filter.type == wlan_filter_list_type_user_deny && named) return WLAN_REASON_CODE_USER_DENIED;
+    if (filter.type == wlan_filter_list_type_user_deny && named)
+      return WLAN_REASON_CODE_USER_DENIED;
     if (filter.type == wlan_filter_list_type_gp_permit) permits = true, permitted |= named;
   }
   return permits && !permitted ? WLAN_REASON_CODE_GP_DENIED : WLAN_REASON_CODE_SUCCESS;
@@ -183,9 +184,10 @@ void SimWlanAdapter::SetPresent(bool present) {
   if (adapter.present == present) return;
   if (!present) Fall();
   adapter.present = present;
-  Notify(WLAN_NOTIFICATION_SOURCE_ACM,
-         present ? wlan_notification_acm_interface_arrival : wlan_notification_acm_interface_removal,
-         DWORD{WLAN_REASON_CODE_SUCCESS});
+  Notify(
+      WLAN_NOTIFICATION_SOURCE_ACM,
+      present ? wlan_notification_acm_interface_arrival : wlan_notification_acm_interface_removal,
+      DWORD{WLAN_REASON_CODE_SUCCESS});
   if (present) BeginAnew(3000);
 }
 
@@ -208,8 +210,8 @@ void SimWlanAdapter::BeginAnew(std::uint64_t delayMs) {
   ConnectLater(delayMs);
 }
 
-// The WLAN service's own rounds while the adapter is not connected. One that is to come replaces the
-// one before.
+// The WLAN service's own rounds while the adapter is not connected. One that is to come replaces
+// the one before.
 void SimWlanAdapter::ConnectLater(std::uint64_t delayMs) {
   if (!Data().autoConnect) return;
   const std::uint64_t dueMs = m_Machine.loop.NowMs() + Jittered(delayMs);
@@ -229,7 +231,8 @@ void SimWlanAdapter::ConnectByItself() {
   const bool any = std::ranges::any_of(m_Profiles.All(), &Profile::autoConnect);
   if (!any) return;  // a profile that is added asks again
   Scan(Cause::kOutside, {});
-  ConnectLater(std::min<std::uint64_t>(Data().scanMs * 2 + 10'000 * m_FruitlessScans++, kLongestPauseMs));
+  ConnectLater(
+      std::min<std::uint64_t>(Data().scanMs * 2 + 10'000 * m_FruitlessScans++, kLongestPauseMs));
 }
 
 // The access point is passed over from now on, and with a wrong key all of its name. Each failure
@@ -252,8 +255,9 @@ void SimWlanAdapter::ForgetFailures() {
   m_FailedPoints.clear();
 }
 
-// The most preferred profile with an access point that was heard, and the strongest of these; one of
-// a hidden network is looked for on the air. When all have failed it begins again with the first.
+// The most preferred profile with an access point that was heard, and the strongest of these; one
+// of a hidden network is looked for on the air. When all have failed it begins again with the
+// first.
 std::optional<SimWlanAdapter::ConnectRequest> SimWlanAdapter::NextInReach() {
   const SimScanList& heard = Heard();
   for (const Profile& profile : m_Profiles.All()) {

@@ -6,12 +6,12 @@
 #include <vector>
 
 #include "platform/sim/devices/pc_observer.h"
-#include "platform/sim/kernel/seeded_random.h"
 #include "platform/sim/devices/sim_machine.h"
 #include "platform/sim/devices/sim_scan_list.h"
 #include "platform/sim/devices/sim_traffic.h"
 #include "platform/sim/devices/sim_wlan_clients.h"
 #include "platform/sim/devices/sim_wlan_profiles.h"
+#include "platform/sim/kernel/seeded_random.h"
 
 namespace corvane::platform::sim {
 
@@ -44,10 +44,10 @@ class SimWlanAdapter {
   const Adapter& Data() const { return m_Machine.world.adapters[m_Index]; }
   int Index() const { return static_cast<int>(m_Index); }
   bool IsRadioOn() const { return Data().radioOn && Data().hardwareRadioOn; }
-  LONG InterfaceState() const;          // WLAN_INTERFACE_STATE
-  const Link* Connection() const;       // null unless connected
-  void RefreshLink();                   // the link's signal as it is now
-  const SimScanList& Heard();           // what the BSS list shows now
+  LONG InterfaceState() const;     // WLAN_INTERFACE_STATE
+  const Link* Connection() const;  // null unless connected
+  void RefreshLink();              // the link's signal as it is now
+  const SimScanList& Heard();      // what the BSS list shows now
   const SimWlanProfiles& Profiles() const { return m_Profiles; }
   void AddProfile(Profile profile);
   // Disconnects where the connection is by this profile.
@@ -92,11 +92,11 @@ class SimWlanAdapter {
   void LinkUp(std::size_t accessPoint, const ConnectRequest& request);
   void CheckLink();
   void Fall();  // scan, attempt and link end, as the adapter can no longer send
-  std::optional<std::size_t> StrongestOf(const std::string& ssid, const std::set<std::size_t>& except,
-                                         double* dbm) const;
+  std::optional<std::size_t> StrongestOf(const std::string& ssid,
+                                         const std::set<std::size_t>& except, double* dbm) const;
   std::optional<std::size_t> TargetOf(const ConnectRequest& request, double* dbm) const;
 
-  bool IsLeftToTheSystem() const;       // nobody uses it, and nobody has disconnected it
+  bool IsLeftToTheSystem() const;            // nobody uses it, and nobody has disconnected it
   void ConnectLater(std::uint64_t delayMs);  // the system's own connect
   void ConnectByItself();
   void BeginAnew(std::uint64_t delayMs);  // whatever was held against a connect is forgotten
@@ -134,8 +134,8 @@ class SimWlanAdapter {
   bool m_bHeld = false;  // somebody disconnected it: the system leaves it alone
   std::uint64_t m_ConnectLaterRun = 0;
   unsigned m_FruitlessScans = 0;
-  unsigned m_Failures = 0;              // of the system's connects, in a row
-  std::uint64_t m_PauseUntilMs = 0;     // before it tries again
+  unsigned m_Failures = 0;               // of the system's connects, in a row
+  std::uint64_t m_PauseUntilMs = 0;      // before it tries again
   std::set<std::size_t> m_FailedPoints;  // access points that it passes over
 };
 

@@ -32,7 +32,8 @@ bool SimWlanClients::Register(HANDLE client, DWORD source, WLAN_NOTIFICATION_CAL
   const auto found = m_Clients.find(NumberOf(client));
   if (found == m_Clients.end()) return false;
   if (previousSource) *previousSource = found->second.source;
-  found->second = source == WLAN_NOTIFICATION_SOURCE_NONE ? Client{} : Client{source, callback, context};
+  found->second =
+      source == WLAN_NOTIFICATION_SOURCE_NONE ? Client{} : Client{source, callback, context};
   return true;
 }
 

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "platform/sim/world/radio_model.h"
 #include "platform/sim/devices/sim_wlan_adapter.h"
+#include "platform/sim/world/radio_model.h"
 #include "platform/sim/world/world_text.h"
 
 namespace corvane::platform::sim {
@@ -15,9 +15,9 @@ constexpr std::uint64_t kWrongKeyMs = 2500;    // handshakes that are tried over
 constexpr std::uint64_t kNoAnswerMs = 3000;    // associations that are tried over
 constexpr std::uint64_t kCheckMs = 2000;       // between two looks at the link
 constexpr std::uint64_t kLookAroundMs = 6000;  // between two of the driver's looks around
-constexpr unsigned kLostChecks = 2;      // after which the link is lost
-constexpr double kLinkMarginDb = 2.0;    // over the sensitivity, that an association needs
-constexpr ULONG kQualityStep = 10;       // that is worth a notification
+constexpr unsigned kLostChecks = 2;            // after which the link is lost
+constexpr double kLinkMarginDb = 2.0;          // over the sensitivity, that an association needs
+constexpr ULONG kQualityStep = 10;             // that is worth a notification
 
 enum class Kind { kOpen, kShared, kPersonal, kEnterprise };
 
@@ -64,8 +64,10 @@ DWORD SimWlanAdapter::Connect(const ConnectRequest& request) {
   m_bHeld = false;
   ++m_ConnectLaterRun;
   m_Attempt = request;
-  m_Machine.loop.Tell([index = Index(), cause = request.cause, ssid = request.ssid](
-                          IPcObserver& observer) { observer.OnConnectStarted(index, cause, ssid); });
+  m_Machine.loop.Tell(
+      [index = Index(), cause = request.cause, ssid = request.ssid](IPcObserver& observer) {
+        observer.OnConnectStarted(index, cause, ssid);
+      });
   const std::uint64_t run = ++m_AttemptRun;
   if (!m_Link) {
     BeginAttempt();
@@ -104,7 +106,8 @@ void SimWlanAdapter::Associate() {
   const auto target = TargetOf(request, &dbm);
   if (!target) return fail(WLAN_REASON_CODE_NETWORK_NOT_AVAILABLE, kSearchMs);
   const AccessPoint& ap = m_Machine.world.accessPoints[*target];
-  if (!Agree(request.security, ap.security)) return fail(WLAN_REASON_CODE_NETWORK_NOT_COMPATIBLE, 0);
+  if (!Agree(request.security, ap.security))
+    return fail(WLAN_REASON_CODE_NETWORK_NOT_COMPATIBLE, 0);
   if (ap.refuseReason != 0) return fail(ap.refuseReason, 0);
   if (dbm < Data().sensitivityDbm + kLinkMarginDb) {
     return fail(WLAN_REASON_CODE_ASSOCIATION_TIMEOUT, kNoAnswerMs);
@@ -115,9 +118,10 @@ void SimWlanAdapter::Associate() {
   if (!KeyFits(request.security, ap.security)) {
     return fail(WLAN_REASON_CODE_MSMSEC_PSK_MISMATCH_SUSPECTED, kWrongKeyMs);
   }
-  m_Machine.loop.In(Jittered(Data().connectMs * 3 / 5), [this, target = *target, run = m_AttemptRun] {
-    if (run == m_AttemptRun) Authenticate(target);
-  });
+  m_Machine.loop.In(Jittered(Data().connectMs * 3 / 5),
+                    [this, target = *target, run = m_AttemptRun] {
+                      if (run == m_AttemptRun) Authenticate(target);
+                    });
 }
 
 void SimWlanAdapter::Authenticate(std::size_t accessPoint) {
@@ -137,11 +141,11 @@ void SimWlanAdapter::Complete(std::size_t accessPoint) {
   ForgetFailures();
   NotifyMsm(wlan_notification_msm_connected, WLAN_REASON_CODE_SUCCESS);
   NotifyAcm(wlan_notification_acm_connection_complete, WLAN_REASON_CODE_SUCCESS);
-  m_Machine.loop.Tell([index = Index(), cause = request.cause, ssid = request.ssid,
-                       bssid = MacText(m_Machine.world.accessPoints[accessPoint].bssid)](
-                          IPcObserver& observer) {
-    observer.OnConnectEnded(index, cause, ssid, bssid, WLAN_REASON_CODE_SUCCESS);
-  });
+  m_Machine.loop.Tell(
+      [index = Index(), cause = request.cause, ssid = request.ssid,
+       bssid = MacText(m_Machine.world.accessPoints[accessPoint].bssid)](IPcObserver& observer) {
+        observer.OnConnectEnded(index, cause, ssid, bssid, WLAN_REASON_CODE_SUCCESS);
+      });
 }
 
 void SimWlanAdapter::FailAttempt(DWORD reason) {
@@ -149,8 +153,8 @@ void SimWlanAdapter::FailAttempt(DWORD reason) {
   EndAttempt(reason);
 }
 
-// The WLAN service tells of the failed attempt first, and then that the connection is complete, with
-// the reason.
+// The WLAN service tells of the failed attempt first, and then that the connection is complete,
+// with the reason.
 void SimWlanAdapter::EndAttempt(DWORD reason) {
   const ConnectRequest request = *m_Attempt;
   NotifyAcm(wlan_notification_acm_connection_attempt_fail, reason);
@@ -173,7 +177,8 @@ void SimWlanAdapter::LinkUp(std::size_t accessPoint, const ConnectRequest& reque
   m_bRoaming = false;
   m_Heard.Hear(m_Machine, accessPoint, dbm, true, Data().staleMs);
   m_Traffic.SetConnected(Index(), true);
-  m_Machine.world.networks[m_Machine.NetworkOf(accessPoint)].connectedSecs = m_Machine.loop.WallSecs();
+  m_Machine.world.networks[m_Machine.NetworkOf(accessPoint)].connectedSecs =
+      m_Machine.loop.WallSecs();
   m_Machine.loop.In(kCheckMs, [this, run = ++m_LinkRun] {
     if (run == m_LinkRun) CheckLink();
   });
@@ -232,10 +237,10 @@ DWORD SimWlanAdapter::Roam(Cause cause, std::size_t accessPoint) {
     m_Link->lostChecks = 0;
     m_Heard.Hear(m_Machine, accessPoint, *dbm, true, Data().staleMs);
     NotifyMsm(wlan_notification_msm_roaming_end, WLAN_REASON_CODE_SUCCESS);
-    m_Machine.loop.Tell([index = Index(), cause, ssid = ap.ssid,
-                         bssid = MacText(ap.bssid)](IPcObserver& observer) {
-      observer.OnRoamed(index, cause, ssid, bssid);
-    });
+    m_Machine.loop.Tell(
+        [index = Index(), cause, ssid = ap.ssid, bssid = MacText(ap.bssid)](IPcObserver& observer) {
+          observer.OnRoamed(index, cause, ssid, bssid);
+        });
   });
   return ERROR_SUCCESS;
 }
@@ -308,8 +313,8 @@ const SimWlanAdapter::ConnectRequest& SimWlanAdapter::PresentRequest() const {
 }
 
 void SimWlanAdapter::NotifyAcm(DWORD code, DWORD reason) {
-  const bool ofOld = code == wlan_notification_acm_disconnecting ||
-                     code == wlan_notification_acm_disconnected;
+  const bool ofOld =
+      code == wlan_notification_acm_disconnecting || code == wlan_notification_acm_disconnected;
   const ConnectRequest& request = m_Attempt && !ofOld ? *m_Attempt : PresentRequest();
   WLAN_CONNECTION_NOTIFICATION_DATA data;
   data.wlanConnectionMode = request.mode;
@@ -328,7 +333,7 @@ void SimWlanAdapter::NotifyMsm(DWORD code, DWORD reason) {
   CopyText(request.profile, data.strProfileName, std::size(data.strProfileName));
   data.dot11Ssid = ToDot11(request.ssid);
   data.dot11BssType = dot11_BSS_type_infrastructure;
-  const Mac bssid = m_Link            ? m_Machine.world.accessPoints[m_Link->accessPoint].bssid
+  const Mac bssid = m_Link          ? m_Machine.world.accessPoints[m_Link->accessPoint].bssid
                     : request.bssid ? *request.bssid
                                     : Mac{};
   std::copy(bssid.begin(), bssid.end(), data.dot11MacAddr);

@@ -4,9 +4,9 @@
 #include <cstring>
 #include <map>
 
+#include "platform/sim/devices/sim_link_rate.h"
 #include "platform/sim/world/element_facts.h"
 #include "platform/sim/world/radio_model.h"
-#include "platform/sim/devices/sim_link_rate.h"
 
 namespace corvane::platform::sim {
 

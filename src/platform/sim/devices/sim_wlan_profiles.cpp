@@ -8,7 +8,8 @@ namespace corvane::platform::sim {
 
 SimWlanProfiles::SimWlanProfiles(const World& world, int adapter) {
   for (const Profile& profile : world.profiles) {
-    if (profile.adapter == adapter || profile.adapter == kAllAdapters) m_Profiles.push_back(profile);
+    if (profile.adapter == adapter || profile.adapter == kAllAdapters)
+      m_Profiles.push_back(profile);
   }
 }
 

@@ -19,9 +19,9 @@ class Fiber {
  public:
   using Body = void (*)(void* argument);  // may not return: a fiber's last act is a switch
 
-  Fiber();                            // the flow of control that calls
-  Fiber(Body body, void* argument);   // begins with the first switch to it; throws std::bad_alloc
-  ~Fiber();                           // while it does not run; its stack is not unwound
+  Fiber();                           // the flow of control that calls
+  Fiber(Body body, void* argument);  // begins with the first switch to it; throws std::bad_alloc
+  ~Fiber();                          // while it does not run; its stack is not unwound
   Fiber(const Fiber&) = delete;
   Fiber& operator=(const Fiber&) = delete;
 

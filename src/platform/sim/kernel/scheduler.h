@@ -63,8 +63,8 @@ struct SimThread {
 
 // Runs threads one at a time, in virtual time, each as a fiber. The thread that makes the scheduler
 // is the driving thread; it and the threads that it starts hand one baton around, so whoever runs
-// may touch all state of the kernel without a lock. The baton is given up in Block and Yield and, with
-// interleaving, in Call. When no thread is ready the clock jumps to the next deadline.
+// may touch all state of the kernel without a lock. The baton is given up in Block and Yield and,
+// with interleaving, in Call. When no thread is ready the clock jumps to the next deadline.
 class Scheduler {
  public:
   class IThreadEnd {
@@ -93,7 +93,8 @@ class Scheduler {
   // A digest of who ran when: equal for runs that were scheduled alike.
   std::uint64_t Fingerprint() const { return m_Fingerprint; }
   int LiveThreads() const;  // of the program, the driving one not counted
-  int AbandonedThreads() const;  // of those, given up and not yet unwound; the running one not counted
+  int AbandonedThreads()
+      const;  // of those, given up and not yet unwound; the running one not counted
 
   // Makes a thread that is ready to run; null when the machine gives none.
   SimThread* Start(ThreadApi::ThreadProc start, void* parameter, const char* name, bool ofDevices,

@@ -7,9 +7,16 @@ namespace corvane::platform::sim {
 
 bool NeverUnwinds(std::string_view operation) {
   static constexpr std::array<std::string_view, 10> kNames = {
-      "SetEvent",         "TerminateThread",          "WaitForSingleObject", "FlushFileBuffers",
-      "PdhRemoveCounter", "WlanRegisterNotification", "FlushOutput",         "EventUnregister",
-      "DestroyEnvironmentBlock", "PowerUnregisterSuspendResumeNotification"};
+      "SetEvent",
+      "TerminateThread",
+      "WaitForSingleObject",
+      "FlushFileBuffers",
+      "PdhRemoveCounter",
+      "WlanRegisterNotification",
+      "FlushOutput",
+      "EventUnregister",
+      "DestroyEnvironmentBlock",
+      "PowerUnregisterSuspendResumeNotification"};
   return operation.find("Close") != operation.npos || operation.find("Free") != operation.npos ||
          std::ranges::find(kNames, operation) != kNames.end();
 }

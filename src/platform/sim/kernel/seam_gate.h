@@ -14,9 +14,9 @@ bool NeverUnwinds(std::string_view operation);
 class SeamGate {
  public:
   virtual ~SeamGate() = default;
-  // ERROR_SUCCESS: the operation goes on. Anything else is the operation's result: it answers that at
-  // once and does nothing. `ordinary` is the code that a random fault uses. May throw PlatformFault
-  // (the call itself faults) or ThreadAbandoned.
+  // ERROR_SUCCESS: the operation goes on. Anything else is the operation's result: it answers that
+  // at once and does nothing. `ordinary` is the code that a random fault uses. May throw
+  // PlatformFault (the call itself faults) or ThreadAbandoned.
   virtual DWORD Enter(const char* operation, DWORD ordinary = ERROR_GEN_FAILURE) {
     (void)operation, (void)ordinary;
     return ERROR_SUCCESS;

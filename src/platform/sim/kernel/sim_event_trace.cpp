@@ -18,12 +18,13 @@ ULONG SimEventTrace::EventRegister(const GUID* provider, EnableCallback callback
     m_Providers[*handle] = {*provider, callback, context, {}};
     level = m_Level;
   }
-  if (callback && level != 0) callback(provider, EVENT_CONTROL_CODE_ENABLE_PROVIDER, level, 0, 0, nullptr, context);
+  if (callback && level != 0)
+    callback(provider, EVENT_CONTROL_CODE_ENABLE_PROVIDER, level, 0, 0, nullptr, context);
   return ERROR_SUCCESS;
 }
 
-ULONG SimEventTrace::EventSetInformation(REGHANDLE handle, DWORD informationClass, const void* information,
-                                         ULONG length) {
+ULONG SimEventTrace::EventSetInformation(REGHANDLE handle, DWORD informationClass,
+                                         const void* information, ULONG length) {
   if (const DWORD code = m_Gate.Enter("EventSetInformation"); code != ERROR_SUCCESS) return code;
   const std::lock_guard guard(m_Mutex);
   const auto found = m_Providers.find(handle);
@@ -34,8 +35,9 @@ ULONG SimEventTrace::EventSetInformation(REGHANDLE handle, DWORD informationClas
   return ERROR_SUCCESS;
 }
 
-ULONG SimEventTrace::EventWriteTransfer(REGHANDLE handle, const EVENT_DESCRIPTOR* descriptor, const GUID*,
-                                        const GUID*, ULONG count, const EVENT_DATA_DESCRIPTOR* data) {
+ULONG SimEventTrace::EventWriteTransfer(REGHANDLE handle, const EVENT_DESCRIPTOR* descriptor,
+                                        const GUID*, const GUID*, ULONG count,
+                                        const EVENT_DATA_DESCRIPTOR* data) {
   if (const DWORD code = m_Gate.Enter("EventWriteTransfer"); code != ERROR_SUCCESS) return code;
   const auto event = ReadTraceEvent(*descriptor, {data, count});
   if (!event) return ERROR_INVALID_PARAMETER;
@@ -65,7 +67,8 @@ void SimEventTrace::Listen(BYTE level) {
     const std::lock_guard guard(m_Mutex);
     m_Level = level;
   }
-  Control(level != 0 ? EVENT_CONTROL_CODE_ENABLE_PROVIDER : EVENT_CONTROL_CODE_DISABLE_PROVIDER, level);
+  Control(level != 0 ? EVENT_CONTROL_CODE_ENABLE_PROVIDER : EVENT_CONTROL_CODE_DISABLE_PROVIDER,
+          level);
 }
 
 void SimEventTrace::Control(DWORD code, BYTE level) {
@@ -99,7 +102,8 @@ std::size_t SimEventTrace::OpenHandles() const {
   return m_Providers.size();
 }
 
-void SimEventTrace::SetObserver(void (*observe)(const TraceEvent& event, void* context), void* context) {
+void SimEventTrace::SetObserver(void (*observe)(const TraceEvent& event, void* context),
+                                void* context) {
   const std::lock_guard guard(m_Mutex);
   m_Observe = observe;
   m_ObserveContext = context;

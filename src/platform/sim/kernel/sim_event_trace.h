@@ -12,21 +12,23 @@ namespace corvane::platform::sim {
 
 class SeamGate;
 
-// Event tracing of the simulated PC: one session that listens to every provider and keeps the events,
-// decoded, for tests and reports. An event that its metadata does not describe is refused with
-// ERROR_INVALID_PARAMETER.
+// Event tracing of the simulated PC: one session that listens to every provider and keeps the
+// events, decoded, for tests and reports. An event that its metadata does not describe is refused
+// with ERROR_INVALID_PARAMETER.
 class SimEventTrace final : public EventTraceApi {
  public:
   static constexpr std::size_t kKeptEvents = 100'000;
 
-  explicit SimEventTrace(SeamGate& gate, std::size_t kept = kKeptEvents) : m_Gate(gate), m_Kept(kept) {}
+  explicit SimEventTrace(SeamGate& gate, std::size_t kept = kKeptEvents)
+      : m_Gate(gate), m_Kept(kept) {}
 
   ULONG EventRegister(const GUID* provider, EnableCallback callback, void* context,
                       REGHANDLE* handle) override;
   ULONG EventSetInformation(REGHANDLE handle, DWORD informationClass, const void* information,
                             ULONG length) override;
-  ULONG EventWriteTransfer(REGHANDLE handle, const EVENT_DESCRIPTOR* descriptor, const GUID* activity,
-                           const GUID* related, ULONG count, const EVENT_DATA_DESCRIPTOR* data) override;
+  ULONG EventWriteTransfer(REGHANDLE handle, const EVENT_DESCRIPTOR* descriptor,
+                           const GUID* activity, const GUID* related, ULONG count,
+                           const EVENT_DATA_DESCRIPTOR* data) override;
   ULONG EventUnregister(REGHANDLE handle) override;
 
   // The level of the listening session, 5 at start; 0 ends it.

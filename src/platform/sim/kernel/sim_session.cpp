@@ -16,7 +16,8 @@ namespace {
 constexpr DWORD kIdleProcess = 0;
 constexpr DWORD kMaxKept = 1000;  // launches and commands that nobody took
 
-// The program that a command line names: its first word, ".exe" behind it where it has no extension.
+// The program that a command line names: its first word, ".exe" behind it where it has no
+// extension.
 std::u16string ProgramOf(std::u16string_view commandLine) {
   std::u16string name;
   if (commandLine.starts_with(u'"')) {
@@ -24,7 +25,8 @@ std::u16string ProgramOf(std::u16string_view commandLine) {
   } else {
     name = commandLine.substr(0, commandLine.find(u' '));
   }
-  if (const std::size_t slash = name.find_last_of(u"/\\"); slash != name.npos) name.erase(0, slash + 1);
+  if (const std::size_t slash = name.find_last_of(u"/\\"); slash != name.npos)
+    name.erase(0, slash + 1);
   if (name.find(u'.') == name.npos) name += u".exe";
   return name;
 }
@@ -39,13 +41,15 @@ void KeepLast(std::vector<T>* list, T one) {
 
 SimSession::SimSession(SeamGate& gate, ThreadApi& threads, ClockApi& clock)
     : m_Gate(gate), m_Threads(threads), m_Clock(clock), m_Sessions{{kFirstSession, true}} {
-  m_Processes.push_back(std::make_shared<Process>(Process{.id = kIdleProcess, .executable = u"[System Process]"}));
+  m_Processes.push_back(
+      std::make_shared<Process>(Process{.id = kIdleProcess, .executable = u"[System Process]"}));
   for (const char16_t* name : {u"NudgeDialog.exe", u"PassphraseDesk.exe", u"explorer.exe"}) {
     Install(name, {});
   }
   Install(u"cmd.exe", {.runMs = 200});
   Install(u"Corvane.exe",
-          {.output = R"({ "path":"/data/users/first/temp/", "proxy":"no", "proxy_cfg":"" })", .runMs = 200});
+          {.output = R"({ "path":"/data/users/first/temp/", "proxy":"no", "proxy_cfg":"" })",
+           .runMs = 200});
 }
 
 SimSession::~SimSession() = default;
@@ -75,7 +79,8 @@ T* SimSession::Find(HANDLE handle) {
   return object;
 }
 
-// ---- sessions and users -----------------------------------------------------------------------------
+// ---- sessions and users
+// -----------------------------------------------------------------------------
 
 DWORD SimSession::WTSGetActiveConsoleSessionId() {
   if (!Passes("WTSGetActiveConsoleSessionId")) return NO_CONSOLE_SESSION;
@@ -93,7 +98,8 @@ BOOL SimSession::WTSQueryUserToken(DWORD session, HANDLE* token) {
   return TRUE;
 }
 
-BOOL SimSession::WTSEnumerateSessionsA(HANDLE, DWORD, DWORD, WTS_SESSION_INFOA** sessions, DWORD* count) {
+BOOL SimSession::WTSEnumerateSessionsA(HANDLE, DWORD, DWORD, WTS_SESSION_INFOA** sessions,
+                                       DWORD* count) {
   if (!Passes("WTSEnumerateSessionsA")) return FALSE;
   const std::lock_guard guard(m_Mutex);
   auto list = std::make_unique<WTS_SESSION_INFOA[]>(m_Sessions.size() + 1);
@@ -128,9 +134,11 @@ BOOL SimSession::DestroyEnvironmentBlock(void* environment) {
   return TRUE;
 }
 
-// ---- processes --------------------------------------------------------------------------------------
+// ---- processes
+// --------------------------------------------------------------------------------------
 
-SimSession::ProcessPtr SimSession::Start(std::u16string_view executable, SimProgram program, ULONGLONG now) {
+SimSession::ProcessPtr SimSession::Start(std::u16string_view executable, SimProgram program,
+                                         ULONGLONG now) {
   std::erase_if(m_Processes, [&](const ProcessPtr& process) {
     return process->id != kIdleProcess && HasEnded(*process, now);
   });
@@ -143,9 +151,9 @@ SimSession::ProcessPtr SimSession::Start(std::u16string_view executable, SimProg
   return process;
 }
 
-BOOL SimSession::CreateProcessAsUserW(HANDLE token, LPCWSTR, LPCWSTR commandLine, BOOL inheritHandles,
-                                      DWORD flags, void* environment, LPCWSTR, const STARTUPINFOW* startup,
-                                      PROCESS_INFORMATION* process) {
+BOOL SimSession::CreateProcessAsUserW(HANDLE token, LPCWSTR, LPCWSTR commandLine,
+                                      BOOL inheritHandles, DWORD flags, void* environment, LPCWSTR,
+                                      const STARTUPINFOW* startup, PROCESS_INFORMATION* process) {
   if (!Passes("CreateProcessAsUserW", ERROR_FILE_NOT_FOUND)) return FALSE;
   const ULONGLONG now = m_Clock.GetTickCount64();
   const std::lock_guard guard(m_Mutex);
@@ -155,9 +163,10 @@ BOOL SimSession::CreateProcessAsUserW(HANDLE token, LPCWSTR, LPCWSTR commandLine
   const std::u16string name = ProgramOf(commandLine);
   const auto program = m_Programs.find(FoldCase(name));
   if (program == m_Programs.end()) return Fail(ERROR_FILE_NOT_FOUND);
-  KeepLast(&m_Launches, {commandLine, startup->lpDesktop ? startup->lpDesktop : u"", user->session, flags,
-                         environment != nullptr,
-                         (startup->dwFlags & STARTF_USESHOWWINDOW) != 0 && startup->wShowWindow == 0});
+  KeepLast(&m_Launches,
+           {commandLine, startup->lpDesktop ? startup->lpDesktop : u"", user->session, flags,
+            environment != nullptr,
+            (startup->dwFlags & STARTF_USESHOWWINDOW) != 0 && startup->wShowWindow == 0});
   const ProcessPtr started = Start(name, program->second, now);
   if (inheritHandles && (startup->dwFlags & STARTF_USESTDHANDLES)) {
     if (PipeEnd* end = Find<PipeEnd>(startup->hStdOutput)) end->pipe->writer = started;
@@ -202,10 +211,12 @@ BOOL SimSession::GetExitCodeProcess(HANDLE handle, DWORD* exitCode) {
 BOOL SimSession::CloseHandle(HANDLE handle) {
   m_Gate.Enter("CloseHandle");
   const std::lock_guard guard(m_Mutex);
-  return m_Handles.erase(reinterpret_cast<std::uintptr_t>(handle)) ? TRUE : Fail(ERROR_INVALID_HANDLE);
+  return m_Handles.erase(reinterpret_cast<std::uintptr_t>(handle)) ? TRUE
+                                                                   : Fail(ERROR_INVALID_HANDLE);
 }
 
-// ---- a child's output -------------------------------------------------------------------------------
+// ---- a child's output
+// -------------------------------------------------------------------------------
 
 BOOL SimSession::CreatePipe(HANDLE* readEnd, HANDLE* writeEnd, const SECURITY_ATTRIBUTES*, DWORD) {
   if (!Passes("CreatePipe")) return FALSE;
@@ -247,7 +258,8 @@ BOOL SimSession::ReadFile(HANDLE readEnd, void* buffer, DWORD size, DWORD* read)
   return TRUE;
 }
 
-// ---- processes by name ------------------------------------------------------------------------------
+// ---- processes by name
+// ------------------------------------------------------------------------------
 
 HANDLE SimSession::CreateToolhelp32Snapshot(DWORD, DWORD) {
   if (!Passes("CreateToolhelp32Snapshot")) return nullptr;
@@ -255,7 +267,8 @@ HANDLE SimSession::CreateToolhelp32Snapshot(DWORD, DWORD) {
   const std::lock_guard guard(m_Mutex);
   Snapshot snapshot;
   for (const ProcessPtr& process : m_Processes) {
-    if (process->id == kIdleProcess || !HasEnded(*process, now)) snapshot.processes.push_back(process);
+    if (process->id == kIdleProcess || !HasEnded(*process, now))
+      snapshot.processes.push_back(process);
   }
   return Open(std::move(snapshot));
 }
@@ -310,7 +323,8 @@ BOOL SimSession::TerminateProcess(HANDLE handle, DWORD exitCode) {
   return TRUE;
 }
 
-// ---- the command interpreter and the environment ----------------------------------------------------
+// ---- the command interpreter and the environment
+// ----------------------------------------------------
 
 int SimSession::RunCommand(std::u16string command) {
   const std::lock_guard guard(m_Mutex);
@@ -374,7 +388,8 @@ BOOL SimSession::GetComputerNameExW(int nameType, char16_t* name, DWORD* size) {
   return TRUE;
 }
 
-// ---- for worlds and tests ---------------------------------------------------------------------------
+// ---- for worlds and tests
+// ---------------------------------------------------------------------------
 
 void SimSession::SetWindows(std::vector<std::u16string> titles) {
   const std::lock_guard guard(m_Mutex);
@@ -430,9 +445,10 @@ void SimSession::EndProcesses(std::u16string_view executable) {
 std::size_t SimSession::CountRunning(std::u16string_view executable) const {
   const ULONGLONG now = m_Clock.GetTickCount64();
   const std::lock_guard guard(m_Mutex);
-  return static_cast<std::size_t>(std::ranges::count_if(m_Processes, [&](const ProcessPtr& process) {
-    return FoldCase(process->executable) == FoldCase(executable) && !HasEnded(*process, now);
-  }));
+  return static_cast<std::size_t>(
+      std::ranges::count_if(m_Processes, [&](const ProcessPtr& process) {
+        return FoldCase(process->executable) == FoldCase(executable) && !HasEnded(*process, now);
+      }));
 }
 
 void SimSession::SetCommandResult(int result) {

@@ -22,14 +22,14 @@ class SeamGate;
 
 // A program of the simulated PC, as it behaves each time it is started.
 struct SimProgram {
-  std::string output = {};   // standard output and error; written halfway through the run
+  std::string output = {};  // standard output and error; written halfway through the run
   DWORD exitCode = 0;
-  DWORD runMs = INFINITE;    // INFINITE: runs until it is ended
+  DWORD runMs = INFINITE;  // INFINITE: runs until it is ended
 };
 
 // Sessions, users and processes of the simulated PC. At start one user is logged on at the console
-// (session 1), and the programs that the service starts are there. Works by the clock that it is given,
-// in virtual time and in real time alike.
+// (session 1), and the programs that the service starts are there. Works by the clock that it is
+// given, in virtual time and in real time alike.
 class SimSession final : public SessionApi {
  public:
   static constexpr DWORD kFirstSession = 1;
@@ -40,14 +40,14 @@ class SimSession final : public SessionApi {
 
   DWORD WTSGetActiveConsoleSessionId() override;
   BOOL WTSQueryUserToken(DWORD session, HANDLE* token) override;
-  BOOL WTSEnumerateSessionsA(HANDLE server, DWORD reserved, DWORD version, WTS_SESSION_INFOA** sessions,
-                             DWORD* count) override;
+  BOOL WTSEnumerateSessionsA(HANDLE server, DWORD reserved, DWORD version,
+                             WTS_SESSION_INFOA** sessions, DWORD* count) override;
   void WTSFreeMemory(void* memory) override;
   BOOL CreateEnvironmentBlock(void** environment, HANDLE token, BOOL inherit) override;
   BOOL DestroyEnvironmentBlock(void* environment) override;
-  BOOL CreateProcessAsUserW(HANDLE token, LPCWSTR application, LPCWSTR commandLine, BOOL inheritHandles,
-                            DWORD flags, void* environment, LPCWSTR directory, const STARTUPINFOW* startup,
-                            PROCESS_INFORMATION* process) override;
+  BOOL CreateProcessAsUserW(HANDLE token, LPCWSTR application, LPCWSTR commandLine,
+                            BOOL inheritHandles, DWORD flags, void* environment, LPCWSTR directory,
+                            const STARTUPINFOW* startup, PROCESS_INFORMATION* process) override;
   DWORD WaitForSingleObject(HANDLE process, DWORD milliseconds) override;
   BOOL GetExitCodeProcess(HANDLE process, DWORD* exitCode) override;
   BOOL CloseHandle(HANDLE handle) override;
@@ -77,13 +77,13 @@ class SimSession final : public SessionApi {
     bool hidden = false;
   };
 
-  void SetConsoleSession(DWORD session);  // NO_CONSOLE_SESSION: none
+  void SetConsoleSession(DWORD session);      // NO_CONSOLE_SESSION: none
   void AddSession(DWORD session, bool user);  // or changes whether somebody is logged on there
   void RemoveSession(DWORD session);
   void Install(std::u16string_view executable, SimProgram program);
   void Uninstall(std::u16string_view executable);
   DWORD StartProcess(std::u16string_view executable);  // outside of the program; gives its id
-  void EndProcesses(std::u16string_view executable);    // all of the name, with exit code 0
+  void EndProcesses(std::u16string_view executable);   // all of the name, with exit code 0
   std::size_t CountRunning(std::u16string_view executable) const;
   void SetCommandResult(int result);  // of the command interpreter; 0 at start
   void SetTempPath(std::string path);
@@ -138,7 +138,7 @@ class SimSession final : public SessionApi {
   ClockApi& m_Clock;
   mutable std::mutex m_Mutex;  // guards what follows
   DWORD m_ConsoleSession = kFirstSession;
-  std::map<DWORD, bool> m_Sessions;  // whether a user is logged on
+  std::map<DWORD, bool> m_Sessions;                 // whether a user is logged on
   std::map<std::u16string, SimProgram> m_Programs;  // by folded name
   std::list<ProcessPtr> m_Processes;
   DWORD m_LastProcessId = 1000;

@@ -20,8 +20,9 @@ std::u16string FoldCase(std::u16string_view text) {
 }
 
 bool FoldedLess::operator()(std::u16string_view a, std::u16string_view b) const {
-  const auto [atA, atB] = std::ranges::mismatch(
-      a, b, [](char16_t one, char16_t other) { return one == other || Folded(one) == Folded(other); });
+  const auto [atA, atB] = std::ranges::mismatch(a, b, [](char16_t one, char16_t other) {
+    return one == other || Folded(one) == Folded(other);
+  });
   if (atB == b.end()) return false;
   return atA == a.end() || Folded(*atA) < Folded(*atB);
 }

@@ -18,8 +18,8 @@ struct CapturedBeacon {
   std::vector<std::uint8_t> elements;  // as captured, without fixed fields and FCS
 };
 
-// Reads one line; members that it does not use may hold anything. Throws WorldError, which names the
-// place given, for a line that is not understood.
+// Reads one line; members that it does not use may hold anything. Throws WorldError, which names
+// the place given, for a line that is not understood.
 CapturedBeacon ReadCapturedBeacon(const std::string& line, const std::string& place);
 
 // Calls visit(line, place) for each line that is not blank; the place is "file: line n".

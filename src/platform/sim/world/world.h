@@ -308,7 +308,7 @@ struct World {
   Session session;
   std::vector<RegistryWrite> registry;  // what stands there before the program starts
   std::vector<ProgramFile> files;
-  std::vector<Action> timeline;         // by rising time; entries of one time in the file's order
+  std::vector<Action> timeline;  // by rising time; entries of one time in the file's order
 };
 
 }  // namespace corvane::platform::sim

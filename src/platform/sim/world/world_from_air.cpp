@@ -46,17 +46,19 @@ World WorldFromAir(const std::string& jsonlText, const std::string& fileName) {
   World world;
   world.name = fileName;
   world.adapters.push_back(ListeningAdapter());
-  ForEachCapturedLine(jsonlText, fileName, [&world](const std::string& line, const std::string& place) {
-    const CapturedBeacon heard = ReadCapturedBeacon(line, place);
-    if (!heard.freqMhz) return;
-    const auto earlier = std::find_if(world.accessPoints.begin(), world.accessPoints.end(),
-                                      [&](const AccessPoint& known) { return known.bssid == heard.bssid; });
-    if (earlier == world.accessPoints.end()) {
-      world.accessPoints.push_back(AccessPointOf(heard));
-    } else {
-      *earlier = AccessPointOf(heard);
-    }
-  });
+  ForEachCapturedLine(
+      jsonlText, fileName, [&world](const std::string& line, const std::string& place) {
+        const CapturedBeacon heard = ReadCapturedBeacon(line, place);
+        if (!heard.freqMhz) return;
+        const auto earlier =
+            std::find_if(world.accessPoints.begin(), world.accessPoints.end(),
+                         [&](const AccessPoint& known) { return known.bssid == heard.bssid; });
+        if (earlier == world.accessPoints.end()) {
+          world.accessPoints.push_back(AccessPointOf(heard));
+        } else {
+          *earlier = AccessPointOf(heard);
+        }
+      });
   return world;
 }
 

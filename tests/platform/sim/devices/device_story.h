@@ -3,10 +3,10 @@
 #include <string>
 #include <vector>
 
-#include "platform/sim/world/beacon_builder.h"
-#include "platform/sim/world/element_facts.h"
 #include "platform/sim/devices/pc_observer.h"
 #include "platform/sim/devices/sim_devices.h"
+#include "platform/sim/world/beacon_builder.h"
+#include "platform/sim/world/element_facts.h"
 #include "platform/sim/world/world.h"
 #include "platform/sim/world/world_profile.h"
 #include "support/pc_fixture.h"
@@ -85,7 +85,9 @@ class Story final : public IPcObserver {
 
  private:
   void Add(int adapter, Cause cause, const std::string& text) {
-    const char* who = cause == Cause::kProgram ? "program" : cause == Cause::kOutside ? "outside" : "driver";
+    const char* who = cause == Cause::kProgram   ? "program"
+                      : cause == Cause::kOutside ? "outside"
+                                                 : "driver";
     lines.push_back(std::to_string(adapter) + " " + who + ": " + text);
   }
 };
@@ -102,7 +104,8 @@ class WlanListener {
     Data As() const {
       Data value;
       EXPECT_EQ(data.size(), sizeof value);
-      if (data.size() == sizeof value) std::memcpy(static_cast<void*>(&value), data.data(), sizeof value);
+      if (data.size() == sizeof value)
+        std::memcpy(static_cast<void*>(&value), data.data(), sizeof value);
       return value;
     }
   };
@@ -111,10 +114,10 @@ class WlanListener {
     DWORD negotiated = 0;
     EXPECT_EQ(Os().wlan.WlanOpenHandle(2, nullptr, &negotiated, &client), ERROR_SUCCESS);
     DWORD previous = 0;
-    EXPECT_EQ(Os().wlan.WlanRegisterNotification(client, WLAN_NOTIFICATION_SOURCE_ALL, FALSE,
-                                                 &WlanListener::OnNotification, this, nullptr,
-                                                 &previous),
-              ERROR_SUCCESS);
+    EXPECT_EQ(
+        Os().wlan.WlanRegisterNotification(client, WLAN_NOTIFICATION_SOURCE_ALL, FALSE,
+                                           &WlanListener::OnNotification, this, nullptr, &previous),
+        ERROR_SUCCESS);
   }
   ~WlanListener() {
     if (client) Close();
@@ -229,8 +232,8 @@ class DeviceTest : public PcTest {
   DWORD Query(LONG opcode, Value* value) {
     void* data = nullptr;
     DWORD size = 0;
-    const DWORD code =
-        Os().wlan.WlanQueryInterface(listener->client, &guid, opcode, nullptr, &size, &data, nullptr);
+    const DWORD code = Os().wlan.WlanQueryInterface(listener->client, &guid, opcode, nullptr, &size,
+                                                    &data, nullptr);
     if (code != ERROR_SUCCESS) return code;
     EXPECT_EQ(size, sizeof(Value));
     std::memcpy(static_cast<void*>(value), data, sizeof(Value));
@@ -244,8 +247,8 @@ class DeviceTest : public PcTest {
     if (code != ERROR_SUCCESS) return "error " + std::to_string(code);
     const BYTE* mac = attributes.wlanAssociationAttributes.dot11Bssid;
     char text[18];
-    std::snprintf(text, sizeof text, "%02x-%02x-%02x-%02x-%02x-%02x", mac[0], mac[1], mac[2], mac[3],
-                  mac[4], mac[5]);
+    std::snprintf(text, sizeof text, "%02x-%02x-%02x-%02x-%02x-%02x", mac[0], mac[1], mac[2],
+                  mac[3], mac[4], mac[5]);
     return text;
   }
 

@@ -4,8 +4,8 @@
 
 #include "device_story.h"
 #include "platform/ip_types.h"
-#include "platform/sim/kernel/sim_kernel.h"
 #include "platform/sim/devices/sim_link_rate.h"
+#include "platform/sim/kernel/sim_kernel.h"
 #include "platform/sim/kernel/sim_session.h"
 
 namespace corvane::test {
@@ -145,7 +145,8 @@ TEST_F(SimTablesTest, AddressesAreThoseOfTheNetworkThatTheAdapterIsOn) {
   const auto list = [&] { return reinterpret_cast<IP_ADAPTER_ADDRESSES*>(buffer.data()); };
   constexpr ULONG kFlags = GAA_FLAG_INCLUDE_PREFIX | GAA_FLAG_INCLUDE_GATEWAYS;
   IpHelperApi& ip = Os().ipHelper;
-  ASSERT_EQ(ip.GetAdaptersAddresses(AF_UNSPEC, kFlags, nullptr, list(), &size), ERROR_BUFFER_OVERFLOW);
+  ASSERT_EQ(ip.GetAdaptersAddresses(AF_UNSPEC, kFlags, nullptr, list(), &size),
+            ERROR_BUFFER_OVERFLOW);
   buffer.resize(size / 8 + 1);
   ULONG tooSmall = size - 1;
   EXPECT_EQ(ip.GetAdaptersAddresses(AF_UNSPEC, kFlags, nullptr, list(), &tooSmall),
@@ -219,8 +220,12 @@ TEST_F(SimTablesTest, TheInterfaceTableNamesEachAdapter) {
 
 TEST_F(SimTablesTest, CountersMeasureTheTrafficBetweenTwoCollections) {
   World world = OfficeWithLan();
-  world.traffic = {{.adapter = 0, .span = {10'000, 20'000}, .inMbps = 8.0, .outMbps = 1.0,
-                    .inErrorsPerSec = 2.0, .outErrorsPerSec = 0.0}};
+  world.traffic = {{.adapter = 0,
+                    .span = {10'000, 20'000},
+                    .inMbps = 8.0,
+                    .outMbps = 1.0,
+                    .inErrorsPerSec = 2.0,
+                    .outErrorsPerSec = 0.0}};
   Start(world);
   PerfCounterApi& pdh = Os().perfCounters;
   PDH_HQUERY query = nullptr;
@@ -336,7 +341,8 @@ TEST(SimLinkRate, GrowsWithWidthAndFallsWithTheSignal) {
   EXPECT_EQ(LinkRateKbps(dot11_phy_type_vht, vht80, -84), 65'000u);
   EXPECT_EQ(LinkRateKbps(dot11_phy_type_he, Beacon(u8"x").Channel(36).He80(2).Bytes(), -40),
             1'200'980u);
-  EXPECT_EQ(CommonPhy({dot11_phy_type_ofdm, dot11_phy_type_ht}, dot11_phy_type_he), dot11_phy_type_ht);
+  EXPECT_EQ(CommonPhy({dot11_phy_type_ofdm, dot11_phy_type_ht}, dot11_phy_type_he),
+            dot11_phy_type_ht);
 }
 
 }  // namespace corvane::test

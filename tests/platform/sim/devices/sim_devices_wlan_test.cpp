@@ -146,16 +146,28 @@ TEST_F(SimWlanTest, AConnectFailsForTheReasonOfLife) {
   const Case cases[] = {
       {"wrong key", [](World& w) { w.profiles[0].security.key = u"wrong"; },
        WLAN_REASON_CODE_MSMSEC_PSK_MISMATCH_SUSPECTED},
-      {"gone", [](World& w) { w.accessPoints[1].alive = {{0, 500}}; },
+      {"gone",
+       [](World& w) {
+         w.accessPoints[1].alive = {{0, 500}};
+       },
        WLAN_REASON_CODE_NETWORK_NOT_AVAILABLE},
-      {"out of range", [](World& w) { w.accessPoints[1].track = {{0, -99}}; },
+      {"out of range",
+       [](World& w) {
+         w.accessPoints[1].track = {{0, -99}};
+       },
        WLAN_REASON_CODE_NETWORK_NOT_AVAILABLE},
-      {"too weak", [](World& w) { w.accessPoints[1].track = {{0, -91}}; },
+      {"too weak",
+       [](World& w) {
+         w.accessPoints[1].track = {{0, -91}};
+       },
        WLAN_REASON_CODE_ASSOCIATION_TIMEOUT},
       {"open here", [](World& w) { w.profiles[0].security = {}; },
        WLAN_REASON_CODE_NETWORK_NOT_COMPATIBLE},
       {"refused", [](World& w) { w.accessPoints[1].refuseReason = 77; }, 77},
-      {"denied", [](World& w) { w.filters = {{wlan_filter_list_type_gp_deny, "Office", 1}}; },
+      {"denied",
+       [](World& w) {
+         w.filters = {{wlan_filter_list_type_gp_deny, "Office", 1}};
+       },
        WLAN_REASON_CODE_GP_DENIED},
   };
   for (const Case& one : cases) {
@@ -186,9 +198,10 @@ TEST_F(SimWlanTest, AConnectFailsForTheReasonOfLife) {
     ASSERT_EQ(devices.Wlan().WlanConnect(client, &world.adapters[0].guid, &parameters, nullptr),
               ERROR_SUCCESS);
     kernel.RunFor(12s);
-    const std::string expected = "0 program: connected Office " + std::string(kApTwo) + " " +
-                                 std::to_string(one.reason);
-    EXPECT_EQ(std::count(told.lines.begin(), told.lines.end(), expected), 1) << testing::PrintToString(told.lines);
+    const std::string expected =
+        "0 program: connected Office " + std::string(kApTwo) + " " + std::to_string(one.reason);
+    EXPECT_EQ(std::count(told.lines.begin(), told.lines.end(), expected), 1)
+        << testing::PrintToString(told.lines);
     devices.Wlan().WlanCloseHandle(client, nullptr);
     devices.Stop();
   }
@@ -203,8 +216,9 @@ TEST_F(SimWlanTest, AFailedConnectTellsTheFailureThenTheCompletion) {
   EXPECT_EQ(listener->Codes(kAcm), "9 11 10");
   EXPECT_EQ(ReasonOfLast(wlan_notification_acm_connection_complete), 77u);
   char16_t text[64];
-  EXPECT_EQ(Os().wlan.WlanReasonCodeToString(WLAN_REASON_CODE_NETWORK_NOT_AVAILABLE, 8, text, nullptr),
-            ERROR_SUCCESS);
+  EXPECT_EQ(
+      Os().wlan.WlanReasonCodeToString(WLAN_REASON_CODE_NETWORK_NOT_AVAILABLE, 8, text, nullptr),
+      ERROR_SUCCESS);
   EXPECT_EQ(std::u16string(text), u"The spe") << "cut to the buffer";
 }
 
@@ -215,7 +229,8 @@ TEST_F(SimWlanTest, RefusesWhatItCannotStart) {
   EXPECT_EQ(Connect(u"<no profile/>", nullptr, wlan_connection_mode_temporary_profile),
             ERROR_BAD_PROFILE);
   const GUID unknown{};
-  EXPECT_EQ(Os().wlan.WlanScan(listener->client, &unknown, nullptr, nullptr, nullptr), ERROR_NOT_FOUND);
+  EXPECT_EQ(Os().wlan.WlanScan(listener->client, &unknown, nullptr, nullptr, nullptr),
+            ERROR_NOT_FOUND);
   EXPECT_EQ(Os().wlan.WlanScan(nullptr, &guid, nullptr, nullptr, nullptr), ERROR_INVALID_HANDLE);
   Do(R"({"do": "radio", "adapter": 0, "on": false})");
   EXPECT_EQ(Scan(), ERROR_NDIS_DOT11_POWER_STATE_INVALID);
@@ -233,13 +248,16 @@ TEST_F(SimWlanTest, AProfileSetIsReadBackAndADeletedOneEndsItsConnection) {
   const std::u16string xml = ProfileXml(attic);
   DWORD reason = 1;
   WlanApi& wlan = Os().wlan;
-  EXPECT_EQ(wlan.WlanSetProfile(listener->client, &guid, 0, u"nonsense", nullptr, TRUE, nullptr, &reason),
-            ERROR_BAD_PROFILE);
+  EXPECT_EQ(
+      wlan.WlanSetProfile(listener->client, &guid, 0, u"nonsense", nullptr, TRUE, nullptr, &reason),
+      ERROR_BAD_PROFILE);
   EXPECT_NE(reason, 0u);
-  ASSERT_EQ(wlan.WlanSetProfile(listener->client, &guid, 0, xml.c_str(), nullptr, TRUE, nullptr, &reason),
-            ERROR_SUCCESS);
+  ASSERT_EQ(
+      wlan.WlanSetProfile(listener->client, &guid, 0, xml.c_str(), nullptr, TRUE, nullptr, &reason),
+      ERROR_SUCCESS);
   EXPECT_EQ(reason, 0u);
-  EXPECT_EQ(wlan.WlanSetProfile(listener->client, &guid, 0, xml.c_str(), nullptr, FALSE, nullptr, &reason),
+  EXPECT_EQ(wlan.WlanSetProfile(listener->client, &guid, 0, xml.c_str(), nullptr, FALSE, nullptr,
+                                &reason),
             ERROR_ALREADY_EXISTS);
   char16_t* read = nullptr;
   DWORD flags = WLAN_PROFILE_GET_PLAINTEXT_KEY, access = 0;
@@ -270,7 +288,8 @@ TEST_F(SimWlanTest, TheDriverRoamsAwayFromAWeakSignal) {
   EXPECT_NE(listener->Codes(kMsm).find("5 6"), std::string::npos);
   EXPECT_NE(listener->Last(kMsm, wlan_notification_msm_signal_quality_change), nullptr);
   EXPECT_EQ(listener->Codes(kAcm), "") << "a roam is no new connection";
-  EXPECT_EQ(story.lines, std::vector<std::string>{"0 driver: roamed Office " + std::string(kApTwo)});
+  EXPECT_EQ(story.lines,
+            std::vector<std::string>{"0 driver: roamed Office " + std::string(kApTwo)});
 }
 
 TEST_F(SimWlanTest, ALinkOutOfRangeIsLostAndTheSystemConnectsAgain) {

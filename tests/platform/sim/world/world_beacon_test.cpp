@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
+#include "elements/ie_blob.h"
 #include "platform/sim/world/world_text.h"
 #include "support/beacon.h"
 #include "support/platform_test.h"
-#include "elements/ie_blob.h"
 
 namespace corvane::test {
 namespace {

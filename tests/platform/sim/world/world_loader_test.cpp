@@ -5,12 +5,12 @@
 #include <algorithm>
 #include <string>
 
-#include "platform/text_file.h"
 #include "platform/sim/world/radio_model.h"
 #include "platform/sim/world/world_profile.h"
 #include "platform/sim/world/world_text.h"
-#include "support/source_dir.h"
+#include "platform/text_file.h"
 #include "support/beacon.h"
+#include "support/source_dir.h"
 
 namespace corvane::platform::sim {
 namespace {
