@@ -28,9 +28,9 @@ TEST(HostEventFile, TakesALineForEachEventAndTurnsOverAtItsLimit) {
     all << std::ifstream(path, std::ios::binary).rdbuf();
     return all.str();
   };
-  const std::string line =
-      R"(\{"time":"20\d\d-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}Z","event":"TRELLIS_N_BEST_AP","EventType":20,)"
-      R"("ssid":"Office"\}\n)";
+  const std::string line = R"(\{"time":"20\d\d-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}Z",)"
+                           R"("event":"TRELLIS_N_BEST_AP","EventType":20,)"
+                           R"("ssid":"Office"\}\n)";
   linux_host::HostEventFile::Append(event, &file);
   linux_host::HostEventFile::Append(event, &file);
   EXPECT_TRUE(std::regex_match(text(), std::regex("(" + line + "){2}"))) << text();

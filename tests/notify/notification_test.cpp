@@ -42,11 +42,11 @@ TEST_F(NotificationTest, EventReadsOnTheWireAsOneLineOfItsMembers) {
   event->m_Timestamp = u"03/11/2026T8:04:20.07Z";
   event->m_Data1 = u"one";
   event->m_Data5 = u"five";
-  EXPECT_EQ(
-      WideToUtf8(event->GetJson()),
-      R"({ "evtNamespace":"Corvane", "evtCategory":"Suggestion", "evtType":"AP", )"
-      R"("evtTimestamp":"03/11/2026T8:04:20.07Z", "evtState":"true", "evtData1":"one", "evtData2":"", )"
-      R"("evtData3":"", "evtData4":"", "evtData5":"five" })");
+  EXPECT_EQ(WideToUtf8(event->GetJson()),
+            R"({ "evtNamespace":"Corvane", "evtCategory":"Suggestion", "evtType":"AP", )"
+            R"("evtTimestamp":"03/11/2026T8:04:20.07Z", "evtState":"true", )"
+            R"("evtData1":"one", "evtData2":"", )"
+            R"("evtData3":"", "evtData4":"", "evtData5":"five" })");
   event->m_bState = false;
   EXPECT_NE(event->GetJson().find(u"\"evtState\":\"false\""), WString::npos)
       << "a string, no JSON bool";

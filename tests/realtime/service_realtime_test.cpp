@@ -34,13 +34,18 @@ constexpr auto kRunLimit = 300s;
 constexpr char kWorld[] = R"({
   "networks": [{ "name": "Office", "ssid": "Office", "category": "private" }],
   "accessPoints": [
-    { "ssid": "Office", "bssid": "02-50-00-01-01-05", "channel": 36, "phy": "he", "widthMHz": 80, "security": "wpa2", "key": "open sesame", "at": [0, 2] },
-    { "ssid": "Office", "bssid": "02-50-00-01-02-05", "channel": 149, "phy": "vht", "widthMHz": 80, "security": "wpa2", "key": "open sesame", "at": [12, 2] },
-    { "ssid": "Office", "bssid": "02-50-00-01-03-02", "channel": 6, "phy": "ht", "security": "wpa2", "key": "open sesame", "at": [6, 8] }
+    { "ssid": "Office", "bssid": "02-50-00-01-01-05", "channel": 36, "phy": "he", "widthMHz": 80,
+      "security": "wpa2", "key": "open sesame", "at": [0, 2] },
+    { "ssid": "Office", "bssid": "02-50-00-01-02-05", "channel": 149, "phy": "vht", "widthMHz": 80,
+      "security": "wpa2", "key": "open sesame", "at": [12, 2] },
+    { "ssid": "Office", "bssid": "02-50-00-01-03-02", "channel": 6, "phy": "ht",
+      "security": "wpa2", "key": "open sesame", "at": [6, 8] }
   ],
   "adapters": [
-    { "description": "First adapter", "connectionName": "Wi-Fi", "connectedTo": "02-50-00-01-03-02" },
-    { "description": "Second adapter", "connectionName": "Wi-Fi 2", "connectedTo": "02-50-00-01-02-05" }
+    { "description": "First adapter", "connectionName": "Wi-Fi",
+      "connectedTo": "02-50-00-01-03-02" },
+    { "description": "Second adapter", "connectionName": "Wi-Fi 2",
+      "connectedTo": "02-50-00-01-02-05" }
   ],
   "profiles": [{ "ssid": "Office", "security": "wpa2", "key": "open sesame" }],
   "machine": { "at": [6, 0] },

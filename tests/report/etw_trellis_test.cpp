@@ -129,12 +129,12 @@ TEST_F(EtwTest, AllEventsOfBothAdaptersReadAsTheTableSays) {
                  R"(,"LQ":4000000000,"AdapterDescription":"Radio 7")"),
         line(two ? "TRELLIS_N_AP_DISCONNECTED_NIC2" : "TRELLIS_N_AP_DISCONNECTED_NIC1",
              two ? 150 : 140, 2, two ? 130 : 120, pair + "," + guid),
-        line(
-            two ? "TRELLIS_N_WIFI_AP_CONTENTION_NIC2" : "TRELLIS_N_WIFI_AP_CONTENTION_NIC1",
-            two ? 211 : 201, 3, two ? 210 : 200,
-            pair +
-                R"(,"Channel":36,"opp_summary_csv":"x[1(SQ 2)]","opp_ssids_csv":"x","opp_bssids_csv":"1",)" +
-                R"("opp_sqs_csv":"2",)" + guid),
+        line(two ? "TRELLIS_N_WIFI_AP_CONTENTION_NIC2" : "TRELLIS_N_WIFI_AP_CONTENTION_NIC1",
+             two ? 211 : 201, 3, two ? 210 : 200,
+             pair +
+                 R"(,"Channel":36,"opp_summary_csv":"x[1(SQ 2)]",)"
+                 R"("opp_ssids_csv":"x","opp_bssids_csv":"1",)" +
+                 R"("opp_sqs_csv":"2",)" + guid),
         line(two ? "TRELLIS_N_NO_WIFI_AP_CONTENTION_NIC2" : "TRELLIS_N_NO_WIFI_AP_CONTENTION_NIC1",
              two ? 210 : 200, 2, 0, pair + ",\"Channel\":36," + guid),
     };
@@ -392,11 +392,11 @@ TEST_F(EtwTest, TheOemSuiteHearsOfSuggestionsAndUpgrades) {
             std::string::npos);
   EXPECT_NE(listener->lines[1].find(R"("evtCategory":"Hardware", "evtType":"UpgradeAdapter")"),
             std::string::npos);
-  EXPECT_NE(
-      listener->lines[1].find(
-          R"("evtData1":"{guid},Radio 7", "evtData2":"02-00-00-00-00-01,\u004F\u0066\u0066\u0069\u0063\u0065", )"
-          R"("evtData3":"33", "evtData4":"300,200", "evtData5":"802.11ax,802.11n")"),
-      std::string::npos);
+  EXPECT_NE(listener->lines[1].find(
+                R"("evtData1":"{guid},Radio 7", )"
+                R"("evtData2":"02-00-00-00-00-01,\u004F\u0066\u0066\u0069\u0063\u0065", )"
+                R"("evtData3":"33", "evtData4":"300,200", "evtData5":"802.11ax,802.11n")"),
+            std::string::npos);
   EXPECT_NE(listener->lines[2].find(R"("evtType":"UpgradeAP")"), std::string::npos);
 }
 

@@ -97,11 +97,10 @@ TEST_F(ConnectionScenario, GatewaysAreThoseOfThePresentConnection) {
   world.Profile("Lab").Network("Lab", 1);
   GiveGateway(world, 0, 1, true);
   GiveGateway(world, 1, 2, false);
-  Start(
-      world.At(60'000, R"({"do": "disconnect", "adapter": 0})")
-          .At(60'000, R"({"do": "accessPoint", "bssid": "02-50-00-00-00-01", "on": false})")
-          .At(150'000,
-              R"({"do": "neighbour", "address": "10.2.0.1", "mac": "02-60-00-00-00-02", "on": true})"));
+  Start(world.At(60'000, R"({"do": "disconnect", "adapter": 0})")
+            .At(60'000, R"({"do": "accessPoint", "bssid": "02-50-00-00-00-01", "on": false})")
+            .At(150'000, R"({"do": "neighbour", "address": "10.2.0.1", )"
+                         R"("mac": "02-60-00-00-00-02", "on": true})"));
   const auto taught = [&](const WString& row) {
     return HomeText(u"GatewayMacs").find(row) != WString::npos;
   };
