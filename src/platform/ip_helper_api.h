@@ -47,6 +47,20 @@ class IpHelperApi {
   // The neighbour table of AF_INET or AF_INET6. The caller gives it back by FreeMibTable.
   virtual DWORD GetIpNetTable2(WORD family, MIB_IPNET_TABLE2** table);
   virtual void FreeMibTable(void* memory);
+  // Asks the network for the hardware address of a row's Address and fills the row; may block.
+  virtual DWORD ResolveIpNetEntry2(MIB_IPNET_ROW2* row, const SOCKADDR_INET* source);
+
+  virtual DWORD CreateIpForwardEntry(const MIB_IPFORWARDROW* row);
+  virtual DWORD DeleteIpForwardEntry(const MIB_IPFORWARDROW* row);
+  virtual DWORD GetIpForwardTable(MIB_IPFORWARDTABLE* table, ULONG* size, BOOL order);
+  virtual void InitializeIpForwardEntry(MIB_IPFORWARD_ROW2* row);
+  virtual DWORD CreateIpForwardEntry2(const MIB_IPFORWARD_ROW2* row);
+  virtual DWORD DeleteIpForwardEntry2(const MIB_IPFORWARD_ROW2* row);
+  // By Family and InterfaceIndex of the row.
+  virtual DWORD GetIpInterfaceEntry(MIB_IPINTERFACE_ROW* row);
+  // By the row's InterfaceLuid.
+  virtual DWORD GetIfEntry2(MIB_IF_ROW2* row);
+  virtual DWORD ConvertInterfaceGuidToLuid(const GUID* adapter, ULONGLONG* luid);
 };
 
 }  // namespace corvane::platform

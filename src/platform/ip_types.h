@@ -159,6 +159,72 @@ struct MIB_IPNET_ROW2 {
 };
 static_assert(sizeof(MIB_IPNET_ROW2) == 88);
 
+// Routes. Addresses are in network byte order.
+struct MIB_IPFORWARDROW {
+  DWORD dwForwardDest = 0;
+  DWORD dwForwardMask = 0;
+  DWORD dwForwardPolicy = 0;
+  DWORD dwForwardNextHop = 0;
+  DWORD dwForwardIfIndex = 0;
+  DWORD dwForwardType = 0;
+  DWORD dwForwardProto = 0;
+  DWORD dwForwardAge = 0;
+  DWORD dwForwardNextHopAS = 0;
+  DWORD dwForwardMetric1 = 0;
+  DWORD dwForwardMetric2 = 0;
+  DWORD dwForwardMetric3 = 0;
+  DWORD dwForwardMetric4 = 0;
+  DWORD dwForwardMetric5 = 0;
+};
+static_assert(sizeof(MIB_IPFORWARDROW) == 56);
+
+struct MIB_IPFORWARDTABLE {
+  DWORD dwNumEntries = 0;
+  MIB_IPFORWARDROW table[1];
+};
+static_assert(sizeof(MIB_IPFORWARDTABLE) == 60);
+
+struct IP_ADDRESS_PREFIX {
+  SOCKADDR_INET Prefix;
+  BYTE PrefixLength = 0;
+};
+static_assert(sizeof(IP_ADDRESS_PREFIX) == 32);
+
+struct MIB_IPFORWARD_ROW2 {
+  ULONGLONG InterfaceLuid = 0;
+  DWORD InterfaceIndex = 0;
+  IP_ADDRESS_PREFIX DestinationPrefix;
+  SOCKADDR_INET NextHop;
+  BYTE SitePrefixLength = 0;
+  ULONG ValidLifetime = 0;
+  ULONG PreferredLifetime = 0;
+  ULONG Metric = 0;
+  DWORD Protocol = 0;
+  BYTE Loopback = 0;
+  BYTE AutoconfigureAddress = 0;
+  BYTE Publish = 0;
+  BYTE Immortal = 0;
+  ULONG Age = 0;
+  DWORD Origin = 0;
+};
+static_assert(sizeof(MIB_IPFORWARD_ROW2) == 104);
+
+inline constexpr DWORD MIB_IPPROTO_NETMGMT = 3;
+
+// The members of MIB_IPINTERFACE_ROW and MIB_IF_ROW2 that the program reads.
+struct MIB_IPINTERFACE_ROW {
+  WORD Family = AF_UNSPEC;
+  DWORD InterfaceIndex = 0;
+  ULONG Metric = 0;
+};
+
+struct MIB_IF_ROW2 {
+  ULONGLONG InterfaceLuid = 0;
+  DWORD InterfaceIndex = 0;
+  ULONG PhysicalAddressLength = 0;
+  BYTE PhysicalAddress[32] = {};
+};
+
 struct MIB_IPNET_TABLE2 {
   ULONG NumEntries = 0;
   MIB_IPNET_ROW2 Table[1];

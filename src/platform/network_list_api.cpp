@@ -3,6 +3,8 @@
 namespace corvane::platform {
 
 HRESULT NetworkListApi::CoInitializeEx(DWORD) { return E_NOTIMPL; }
+void NetworkListApi::CoUninitialize() {}
+
 HRESULT NetworkListApi::CoCreateNetworkListManager(INetworkListManager**) { return E_NOTIMPL; }
 
 }  // namespace corvane::platform

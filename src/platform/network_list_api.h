@@ -50,6 +50,7 @@ struct INetworkListManager {
   virtual ULONG Release() = 0;
   virtual HRESULT GetNetworks(DWORD flags, IEnumNetworks** networks) = 0;
   virtual HRESULT GetNetworkConnections(IEnumNetworkConnections** connections) = 0;
+  virtual HRESULT get_IsConnectedToInternet(bool*) { return E_NOTIMPL; }  // of the machine
 
  protected:
   ~INetworkListManager() = default;
@@ -58,7 +59,10 @@ struct INetworkListManager {
 class NetworkListApi {
  public:
   virtual ~NetworkListApi() = default;
-  virtual HRESULT CoInitializeEx(DWORD model);  // COINIT_MULTITHREADED is 0
+  // COINIT_MULTITHREADED is 0, COINIT_APARTMENTTHREADED is 2. Objects belong to the thread that
+  // made them; each success is matched by one CoUninitialize on the same thread.
+  virtual HRESULT CoInitializeEx(DWORD model);
+  virtual void CoUninitialize();
   // CoCreateInstance(CLSID_NetworkListManager).
   virtual HRESULT CoCreateNetworkListManager(INetworkListManager** manager);
 };

@@ -8,16 +8,36 @@ namespace corvane::platform {
 class ClockApi;
 class ConsoleApi;
 class CryptoApi;
+class DriverApi;
 class EventTraceApi;
 class FileApi;
+class HeapApi;
+class HttpApi;
+class IcmpApi;
 class IpHelperApi;
 class NetworkListApi;
 class PerfCounterApi;
+class PipeApi;
 class PowerApi;
 class RegistryApi;
+class ServiceApi;
 class SessionApi;
+class SocketApi;
 class ThreadApi;
+class WindowApi;
 class WlanApi;
+
+// A service that a platform lacks: each of its operations answers that it is not implemented.
+namespace absent {
+DriverApi& Driver();
+HeapApi& Heap();
+HttpApi& Http();
+IcmpApi& Icmp();
+PipeApi& Pipes();
+ServiceApi& Services();
+SocketApi& Sockets();
+WindowApi& Windows();
+}  // namespace absent
 
 // References to all services; their owner outlives every use.
 struct Platform {
@@ -34,6 +54,14 @@ struct Platform {
   RegistryApi& registry;
   SessionApi& session;
   WlanApi& wlan;
+  DriverApi& driver = absent::Driver();
+  HeapApi& heap = absent::Heap();
+  HttpApi& http = absent::Http();
+  IcmpApi& icmp = absent::Icmp();
+  PipeApi& pipes = absent::Pipes();
+  ServiceApi& services = absent::Services();
+  SocketApi& sockets = absent::Sockets();
+  WindowApi& windows = absent::Windows();
 };
 
 // The platform in force; calling it with none set ends the process with a message.

@@ -22,4 +22,10 @@ LSTATUS RegistryApi::RegSetValueExW(HKEY, LPCWSTR, DWORD, const BYTE*, DWORD) {
 
 LSTATUS RegistryApi::RegDeleteValueW(HKEY, LPCWSTR) { return ERROR_CALL_NOT_IMPLEMENTED; }
 
+LSTATUS RegistryApi::RegQueryInfoKeyW(HKEY, DWORD*, DWORD*) { return ERROR_CALL_NOT_IMPLEMENTED; }
+
+LSTATUS RegistryApi::RegEnumKeyExW(HKEY, DWORD, char16_t*, DWORD*) {
+  return ERROR_CALL_NOT_IMPLEMENTED;
+}
+
 }  // namespace corvane::platform

@@ -12,7 +12,9 @@ inline constexpr REGSAM KEY_READ = 0x20019;
 inline constexpr REGSAM KEY_WRITE = 0x20006;
 inline constexpr REGSAM KEY_ALL_ACCESS = 0xF003F;
 inline constexpr DWORD REG_SZ = 1;
+inline constexpr DWORD REG_BINARY = 3;
 inline constexpr DWORD REG_DWORD = 4;
+inline constexpr DWORD REG_MULTI_SZ = 7;
 inline constexpr DWORD REG_QWORD = 11;
 
 // The registry: keys by path (separator '\', compared without regard to case), each with typed
@@ -30,6 +32,11 @@ class RegistryApi {
   virtual LSTATUS RegQueryValueExW(HKEY key, LPCWSTR name, DWORD* type, BYTE* data, DWORD* size);
   virtual LSTATUS RegSetValueExW(HKEY key, LPCWSTR name, DWORD type, const BYTE* data, DWORD size);
   virtual LSTATUS RegDeleteValueW(HKEY key, LPCWSTR name);
+  // How many keys lie directly below, and how many values the key has; either may be null.
+  virtual LSTATUS RegQueryInfoKeyW(HKEY key, DWORD* subKeys, DWORD* values);
+  // The name of the key at `index` below: *chars is the room with the NUL going in, the length
+  // without it coming out; ERROR_NO_MORE_ITEMS past the last.
+  virtual LSTATUS RegEnumKeyExW(HKEY key, DWORD index, char16_t* name, DWORD* chars);
 };
 
 }  // namespace corvane::platform

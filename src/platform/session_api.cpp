@@ -61,6 +61,10 @@ int SessionApi::GetWindowTextW(HANDLE, char16_t*, int) {
   SetNotImplemented();
   return 0;
 }
+DWORD SessionApi::NetGetDCName(LPCWSTR, LPCWSTR, std::u16string*) {
+  return ERROR_CALL_NOT_IMPLEMENTED;
+}
+
 BOOL SessionApi::GetComputerNameExW(int, char16_t*, DWORD*) { return No(); }
 DWORD SessionApi::GetTempPathA(DWORD, char*) {
   SetNotImplemented();

@@ -128,6 +128,9 @@ class SessionApi {
   // A name of this machine. *size is that of the buffer with the NUL, and becomes the length
   // without it; ERROR_MORE_DATA sets it to what is needed.
   virtual BOOL GetComputerNameExW(int nameType, char16_t* name, DWORD* size);
+  // The domain controller of a domain as "\\NAME"; `server` null is this machine. 0, or the error
+  // itself (2453 is "not found"). May ask the network, and block for seconds.
+  virtual DWORD NetGetDCName(LPCWSTR server, LPCWSTR domain, std::u16string* controller);
 
   // The temporary path of this process, with a separator at its end: its length without the NUL, or
   // the size needed with it when `size` is too small; 0 on failure.

@@ -69,4 +69,8 @@ DWORD WlanApi::WlanGetFilterList(HANDLE, LONG, void*, DOT11_NETWORK_LIST**) {
   return ERROR_CALL_NOT_IMPLEMENTED;
 }
 
+DWORD WlanApi::WlanIhvControl(HANDLE, const GUID*, LONG, DWORD, const void*, DWORD, void*, DWORD*) {
+  return ERROR_CALL_NOT_IMPLEMENTED;
+}
+
 }  // namespace corvane::platform

@@ -48,6 +48,9 @@ class WlanApi {
   // A null list with ERROR_SUCCESS means an empty one.
   virtual DWORD WlanGetFilterList(HANDLE client, LONG type, void* reserved,
                                   DOT11_NETWORK_LIST** list);
+  // A private call to the driver of an adapter; `type` is wlan_ihv_control_type_driver.
+  virtual DWORD WlanIhvControl(HANDLE client, const GUID* adapter, LONG type, DWORD inputSize,
+                               const void* input, DWORD outputSize, void* output, DWORD* returned);
 };
 
 }  // namespace corvane::platform
