@@ -41,19 +41,21 @@ struct LinuxHost::Impl {
         files(gate, threads, ToUtf16(home.Path())),
         session(gate, threads, clock),
         devices(world, kSeed, deviceHost),
-        platform{threads,
-                 clock,
-                 console,
-                 crypto,
-                 eventTrace,
-                 files,
-                 devices.IpHelper(),
-                 devices.NetworkList(),
-                 devices.PerfCounters(),
-                 devices.Power(),
-                 registry,
-                 session,
-                 devices.Wlan()} {
+        platform{
+            .threads = threads,
+            .clock = clock,
+            .console = console,
+            .crypto = crypto,
+            .eventTrace = eventTrace,
+            .files = files,
+            .ipHelper = devices.IpHelper(),
+            .networkList = devices.NetworkList(),
+            .perfCounters = devices.PerfCounters(),
+            .power = devices.Power(),
+            .registry = registry,
+            .session = session,
+            .wlan = devices.Wlan(),
+        } {
     if (!notice.empty()) console.WriteError("corvane: " + notice + "\n");
     eventTrace.SetObserver(&HostEventFile::Append, &eventFile);
     if (::isatty(STDIN_FILENO) == 1) session.SetWindows({u"Default IME"});

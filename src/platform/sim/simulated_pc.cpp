@@ -17,10 +17,21 @@ struct SimulatedPc::Impl {
              .pressKeyContext = &kernel,
              .session = &kernel.Session()},
         devices(world, options.seed, host),
-        platform{kernel.Threads(),       kernel.Clock(),  kernel.Console(),   kernel.Crypto(),
-                 kernel.EventTrace(),    kernel.Files(),  devices.IpHelper(), devices.NetworkList(),
-                 devices.PerfCounters(), devices.Power(), kernel.Registry(),  kernel.Session(),
-                 devices.Wlan()} {
+        platform{
+            .threads = kernel.Threads(),
+            .clock = kernel.Clock(),
+            .console = kernel.Console(),
+            .crypto = kernel.Crypto(),
+            .eventTrace = kernel.EventTrace(),
+            .files = kernel.Files(),
+            .ipHelper = devices.IpHelper(),
+            .networkList = devices.NetworkList(),
+            .perfCounters = devices.PerfCounters(),
+            .power = devices.Power(),
+            .registry = kernel.Registry(),
+            .session = kernel.Session(),
+            .wlan = devices.Wlan(),
+        } {
     for (const ProgramFile& file : world.files) {
       kernel.Files().Write(SimFiles::kProgramFolder + (u"/" + file.name), file.text);
     }
