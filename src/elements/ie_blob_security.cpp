@@ -91,7 +91,7 @@ void CIEBlob::ParseRSN(Bytes value) {
     std::uint32_t groupManagement = 0;
     if (reader.TakeSuite(&groupManagement)) apply(groupManagement);
   }
-  if (log::IsOpen(kSecurityLog)) {
+  if (const log::Open open(kSecurityLog); open) {
     LogSecurity(u"ParseRSN", Format(u" [f2=%i/f3=%i]", keys.f2, keys.f3), applied, value);
   }
 }
@@ -154,7 +154,8 @@ void CIEBlob::ParseVendorSpecificData(Bytes value) {
     for (std::size_t i = 0; i < pairwise.count; ++i)
       applied |= ApplyWpaSuite(pairwise.suites[i], enterprise);
   }
-  if (log::IsOpen(kSecurityLog)) LogSecurity(u"ParseVendorSpecificData", {}, applied, value);
+  if (const log::Open open(kSecurityLog); open)
+    LogSecurity(u"ParseVendorSpecificData", {}, applied, value);
 }
 
 bool CIEBlob::ApplyWpaSuite(std::uint32_t suite, bool bEnterprise) {

@@ -32,6 +32,7 @@ class SinkUse {
 
 template <typename View>
 void Write(std::uint32_t outputs, const char* tag, View text) {
+  const log::Scope scope;
   const SinkUse use;
   if (ILogSink* sink = use.Get()) {
     sink->Write(outputs, tag, text);
@@ -59,6 +60,13 @@ bool SetLogSink(ILogSink* sink) {
 }
 
 namespace log {
+
+Scope::Scope() : m_LastError(Os().threads.GetLastError()) { Os().threads.BeginForLog(); }
+
+Scope::~Scope() {
+  Os().threads.EndForLog();
+  Os().threads.SetLastError(m_LastError);
+}
 
 void LineInfo(const WString& text) { LogInfo(AsLine(text)); }
 

@@ -11,6 +11,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -64,6 +65,36 @@ inline bool IsOpen(int adapter, std::uint64_t mask) {
 void LineInfo(const WString& text);
 void LineError(const WString& text);
 
+// What is asked and written in it serves the log alone: watching a run must not change it. Keeps
+// the calling thread's last error.
+class Scope {
+ public:
+  Scope();
+  ~Scope();
+  Scope(const Scope&) = delete;
+  Scope& operator=(const Scope&) = delete;
+
+ private:
+  const std::uint32_t m_LastError;
+};
+
+// A gate for more than one line: open for as long as it lives, if it was.
+//
+//   if (const log::Open open(idx, mask); open) DumpEverything();
+class Open {
+ public:
+  explicit Open(std::uint64_t mask) {
+    if (IsOpen(mask)) m_Scope.emplace();
+  }
+  Open(int adapter, std::uint64_t mask) {
+    if (IsOpen(adapter, mask)) m_Scope.emplace();
+  }
+  explicit operator bool() const { return m_Scope.has_value(); }
+
+ private:
+  std::optional<Scope> m_Scope;
+};
+
 void WritePieces(std::uint32_t outputs, const char* tag, const FormatArg* pieces,
                  std::size_t count);
 
@@ -86,16 +117,22 @@ void LogRecord(std::uint32_t outputs, const char* tag, const Pieces&... pieces) 
 // The memory log, oldest record first; empty without a sink.
 std::string GetMemoryLog();
 
-#define LOG_DEBUG(mask, ...)                                                                    \
-  do {                                                                                          \
-    if (::corvane::log::IsOpen(mask)) ::corvane::log::LineInfo(::corvane::Format(__VA_ARGS__)); \
+// The values of a line are worked out inside the scope, too.
+#define LOG_LINE(write, ...)               \
+  do {                                     \
+    const ::corvane::log::Scope logScope;  \
+    write(::corvane::Format(__VA_ARGS__)); \
   } while (0)
-#define LOG_ADAPTER(adapter, mask, ...)                         \
-  do {                                                          \
-    if (::corvane::log::IsOpen((adapter), (mask)))              \
-      ::corvane::log::LineInfo(::corvane::Format(__VA_ARGS__)); \
+#define LOG_DEBUG(mask, ...)                                                           \
+  do {                                                                                 \
+    if (::corvane::log::IsOpen(mask)) LOG_LINE(::corvane::log::LineInfo, __VA_ARGS__); \
   } while (0)
-#define LOG_INFO(...) ::corvane::log::LineInfo(::corvane::Format(__VA_ARGS__))
-#define LOG_ERROR(...) ::corvane::log::LineError(::corvane::Format(__VA_ARGS__))
+#define LOG_ADAPTER(adapter, mask, ...)                \
+  do {                                                 \
+    if (::corvane::log::IsOpen((adapter), (mask)))     \
+      LOG_LINE(::corvane::log::LineInfo, __VA_ARGS__); \
+  } while (0)
+#define LOG_INFO(...) LOG_LINE(::corvane::log::LineInfo, __VA_ARGS__)
+#define LOG_ERROR(...) LOG_LINE(::corvane::log::LineError, __VA_ARGS__)
 
 }  // namespace corvane

@@ -89,7 +89,7 @@ void CGlobalAPGatewayMapMemo::Update(WStringView bssidText, const MacList& ip4,
   if (known != m_Records.end() && known->second.ip4 == ip4 && known->second.ip6 == ip6) return;
   m_Records.insert_or_assign(WString(bssidText), GatewayMacs{ip4, ip6});
   CRegistry(kHomeKeyPath).SetRegistryStringValue(kValueName, GatewayMapText(m_Records));
-  if (log::IsOpen(DBG(41))) Dump();
+  if (const log::Open open(DBG(41)); open) Dump();
 }
 
 GatewayMacs CGlobalAPGatewayMapMemo::LookUp(WStringView bssidText) {

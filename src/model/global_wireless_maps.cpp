@@ -106,7 +106,7 @@ void CGlobalWirelessMaps::ComputeNoiseLevelArray_internal(NetworkMap& networks) 
     }
   }
   m_bLoadMapValid = true;
-  if (log::IsOpen(DBG(20))) DumpLoad(m_LoadMap);
+  if (const log::Open open(DBG(20)); open) DumpLoad(m_LoadMap);
 }
 
 }  // namespace corvane

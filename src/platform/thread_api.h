@@ -51,6 +51,12 @@ class ThreadApi {
   virtual void LeaveCriticalSection(CRITICAL_SECTION* section);
   virtual void DeleteCriticalSection(CRITICAL_SECTION* section);
 
+  // Around calls that serve the log alone, nested at will: what they do must not change the run. A
+  // simulated machine neither counts them nor lets other threads go on, nor makes them fail at
+  // random.
+  virtual void BeginForLog() {}
+  virtual void EndForLog() {}
+
   // The calling thread's last error code.
   virtual DWORD GetLastError();
   virtual void SetLastError(DWORD code);

@@ -15,7 +15,8 @@ namespace {
 // Shows beside each entry whether its network looks like a band of the connected one; changes
 // nothing.
 void LogFirstLetters(int idx, const BssEntryList& entries, const ConnectionFacts& facts) {
-  if (!log::IsOpen(idx, kCandidateDetailLog)) return;
+  const log::Open open(idx, kCandidateDetailLog);
+  if (!open) return;
   WString connected = facts.ssid;
   StripBandWord(&connected);
   for (const auto& entry : entries) {

@@ -114,7 +114,8 @@ class PolicyRound {
   }
 
   void LogScores() const {
-    if (!log::IsOpen(m_Idx, kScoreLog)) return;
+    const log::Open open(m_Idx, kScoreLog);
+    if (!open) return;
     for (const auto& entry : m_Candidates) {
       const MacAddress mac = entry->GetBssid();
       LOG_ADAPTER(m_Idx, kScoreLog,

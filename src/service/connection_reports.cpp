@@ -91,7 +91,7 @@ void CQUAYMainWorker::ReportNewConnection(const Connection& now) {
 void CQUAYMainWorker::ReportStandingConnection(const Connection& now) {
   // A connection that was lost for a while begins without addresses, and they may come late.
   if (!m_pInterface->HasGatewayMacs()) m_pInterface->RefreshIPInfo();
-  if (log::IsOpen(m_ConfigIdx, kConnectionLog)) m_pInterface->DumpIPAddresses();
+  if (const log::Open open(m_ConfigIdx, kConnectionLog); open) m_pInterface->DumpIPAddresses();
   m_pInterface->GatewayRoamingCheck();
   DumpConnection(now, false);
   if (m_pConfig->m_bReportStatusPending.exchange(false)) SendConnectionStatus(&now);
@@ -148,7 +148,8 @@ void CQUAYMainWorker::WriteRow(const WString& row) {
 
 void CQUAYMainWorker::DumpConnection(const Connection& now, bool isNew) const {
   const int idx = m_ConfigIdx;
-  if (!log::IsOpen(idx, kConnectionLog)) return;
+  const log::Open open(idx, kConnectionLog);
+  if (!open) return;
   const auto& security = now.attrs.wlanSecurityAttributes;
   const auto& association = now.attrs.wlanAssociationAttributes;
   bool hidden = false;

@@ -209,7 +209,7 @@ void CQUAYMainWorker::PrepareRunning() {
   m_pConfig->SetDWORD(u"RadioEnabled", 1);
   m_pInterface->RefreshIPInfo();
   m_pInterface->DetermineInterfaceCapability();
-  if (log::IsOpen(m_ConfigIdx, kLoopLog)) LogAdapter(*m_pInterface);
+  if (const log::Open open(m_ConfigIdx, kLoopLog); open) LogAdapter(*m_pInterface);
   m_forcedArbitrary.clear();
   m_pConfig->m_SelectArbitrary.LoadConfiguration(&m_forcedArbitrary);
   m_pConfig->m_Denylist.LoadFromFileAndRegistry();

@@ -114,7 +114,8 @@ void CGlobalConfigContainer::ReadWeeks(CRegistry& registry) {
     const CCritSecLock lock(m_TableLock);
     m_pRandomCsv.Swap(weeks);
   }
-  if (!log::IsOpen(kPilotLog)) return;
+  const log::Open open(kPilotLog);
+  if (!open) return;
   const std::int64_t installed = std::int64_t{platform::UnixSecondsNow()} - m_InstallTime;
   const int current = static_cast<int>(installed / kWeekSecs) + 1;
   LOG_DEBUG(kPilotLog, u"CGlobalConfigContainer::Initialize: read random csv: %s\n", text);

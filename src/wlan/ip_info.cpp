@@ -42,7 +42,7 @@ void CWlanInterface::RefreshIPInfo() {
     m_IP4GatewayMacs = MacsFromValues(macs4);
     m_IP6GatewayMacs = MacsFromValues(macs6);
   }
-  if (log::IsOpen(DBG(40))) DumpIPAddresses();
+  if (const log::Open open(DBG(40)); open) DumpIPAddresses();
   GatewayRoamingCheck();
 }
 

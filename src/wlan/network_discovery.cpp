@@ -85,7 +85,7 @@ bool CWlanInterface::MayScan(bool force_scan, std::uint64_t now, double rate) {
     ++m_consec_ScanDeferrals;
   }
   if (!decision.Scans()) m_scan_fresh = false;
-  if (log::IsOpen(m_ConfigIdx, kScanLog)) LogScanDecision(in, decision);
+  if (const log::Open open(m_ConfigIdx, kScanLog); open) LogScanDecision(in, decision);
   return decision.Scans();
 }
 

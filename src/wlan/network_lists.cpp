@@ -123,7 +123,7 @@ void CWlanInterface::ReadLists(bool scanned, bool first, double rate, std::int32
     MarkConnected();
     if (m_ConfigIdx == 0) CGlobalWirelessMaps::GetInstance().ComputeNoiseLevelArray(m_Networks);
     UpdateAllScores();
-    if (first && log::IsOpen(m_ConfigIdx, DBG(20))) {
+    if (const log::Open open(m_ConfigIdx, DBG(20)); first && open) {
       int number = 0;
       for (const auto& [ssid, network] : m_Networks) network->Dump(number++);
     }

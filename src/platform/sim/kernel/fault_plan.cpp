@@ -71,13 +71,13 @@ void FaultPlan::Clear() {
   m_pImpl->rate = 0.0;
 }
 
-DWORD FaultPlan::Decide(const char* operation, DWORD ordinary, std::uint64_t nowMs) {
+DWORD FaultPlan::Decide(const char* operation, DWORD ordinary, std::uint64_t nowMs, bool atRandom) {
   Impl& plan = *m_pImpl;
   DWORD code = 0;
   for (Impl::Rule& rule : plan.rules) {
     if (rule.operation == operation && Impl::Fires(rule, nowMs) && code == 0) code = rule.code;
   }
-  if (code == 0 && plan.rate > 0.0 && plan.random.Unit() < plan.rate &&
+  if (code == 0 && atRandom && plan.rate > 0.0 && plan.random.Unit() < plan.rate &&
       !IsSparedAtRandom(operation)) {
     code = ordinary;
   }

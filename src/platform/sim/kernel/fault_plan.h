@@ -25,8 +25,9 @@ class FaultPlan {
   void FailRandomly(double rate, std::uint64_t seed);
   void Clear();
 
-  // For the kernel: the code for this call at this time, 0 for none.
-  DWORD Decide(const char* operation, DWORD ordinary, std::uint64_t nowMs);
+  // For the kernel: the code for this call at this time, 0 for none. `atRandom`: it may be one that
+  // fails by chance; a call that may not draws no random number.
+  DWORD Decide(const char* operation, DWORD ordinary, std::uint64_t nowMs, bool atRandom);
   std::uint64_t Injected() const;
 
  private:

@@ -48,6 +48,7 @@ struct SimThread {
   bool abandonable = true;  // TerminateThread ends the wait
   Wake wake = Wake::kSignalled;
 
+  unsigned forLog = 0;  // depth of BeginForLog
   bool abandoned = false;
   unsigned abandonThrows = 0;  // times that ThreadAbandoned was thrown in it
   bool reportedSpinning = false;
@@ -100,16 +101,19 @@ class Scheduler {
   SimThread* Start(ThreadApi::ThreadProc start, void* parameter, const char* name, bool ofDevices,
                    std::shared_ptr<KernelObject> object);
 
-  // Counts a seam call, finds a thread that spins, and with interleaving may hand the baton on.
+  bool IsForLog() const { return m_pRunning->forLog != 0; }
+  // Counts a seam call, finds a thread that spins, and with interleaving may hand the baton on. A
+  // call for the log does none of it, so that a run is the same whatever is logged.
   void Call() {
     CountCall();
     InterleavePoint();
   }
   void InterleavePoint() {
-    if (m_bInterleave) Interleave();
+    if (m_bInterleave && !IsForLog()) Interleave();
   }
   // The counting alone, for operations that only read.
   void CountCall() {
+    if (IsForLog()) return;
     ++m_Calls;
     if (++m_CallsSinceJump > m_SpinLimit) ReportSpinning();
   }

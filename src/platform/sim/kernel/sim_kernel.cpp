@@ -35,8 +35,11 @@ SimKernel::~SimKernel() { EndThreads(); }
 
 DWORD SimKernel::Enter(const char* operation, DWORD ordinary) {
   m_Scheduler.Call();
-  if (m_Scheduler.Current().abandoned && !NeverUnwinds(operation)) m_Scheduler.ThrowIfAbandoned();
-  const DWORD code = m_Faults.Decide(operation, ordinary, m_Scheduler.NowMs());
+  const bool forLog = m_Scheduler.IsForLog();
+  if (!forLog && m_Scheduler.Current().abandoned && !NeverUnwinds(operation)) {
+    m_Scheduler.ThrowIfAbandoned();
+  }
+  const DWORD code = m_Faults.Decide(operation, ordinary, m_Scheduler.NowMs(), !forLog);
   if (code != FaultPlan::kFault) return code;
   if (std::uncaught_exceptions() > 0) return ordinary;  // a second exception would end the process
   throw PlatformFault{code};

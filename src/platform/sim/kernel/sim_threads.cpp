@@ -100,6 +100,9 @@ void SimThreads::EnterCriticalSection(CRITICAL_SECTION* section) { m_Locks.Enter
 void SimThreads::LeaveCriticalSection(CRITICAL_SECTION* section) { m_Locks.Leave(section); }
 void SimThreads::DeleteCriticalSection(CRITICAL_SECTION* section) { m_Locks.Delete(section); }
 
+void SimThreads::BeginForLog() { ++m_Scheduler.Current().forLog; }
+void SimThreads::EndForLog() { --m_Scheduler.Current().forLog; }
+
 DWORD SimThreads::GetLastError() { return m_Scheduler.Current().lastError; }
 void SimThreads::SetLastError(DWORD code) { m_Scheduler.Current().lastError = code; }
 

@@ -35,6 +35,8 @@ class SimThreads final : public ThreadApi {
   void EnterCriticalSection(CRITICAL_SECTION* section) override;
   void LeaveCriticalSection(CRITICAL_SECTION* section) override;
   void DeleteCriticalSection(CRITICAL_SECTION* section) override;
+  void BeginForLog() override;
+  void EndForLog() override;
   DWORD GetLastError() override;
   void SetLastError(DWORD code) override;
 
