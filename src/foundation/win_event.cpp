@@ -1,5 +1,6 @@
 #include "foundation/win_event.h"
 
+#include "foundation/guarded.h"
 #include "foundation/log_lines.h"
 #include "platform/platform.h"
 #include "platform/thread_api.h"
@@ -47,8 +48,9 @@ bool CWinEvent::WaitOnEvent(std::uint32_t milliseconds, bool* timedOut) {
 
   // The first signalled handle in order decides, so the event comes before the exit signal.
   const platform::HANDLE handles[] = {_event, _eventExit};
-  const platform::DWORD result =
-      threads.WaitForMultipleObjects(2, handles, platform::FALSE, milliseconds);
+  const platform::DWORD result = Guarded(
+      "CWinEvent", "WaitForMultipleObjects", platform::WAIT_FAILED,
+      [&] { return threads.WaitForMultipleObjects(2, handles, platform::FALSE, milliseconds); });
   switch (result) {
     case platform::WAIT_OBJECT_0:
       threads.ResetEvent(_event);

@@ -26,7 +26,6 @@ constexpr std::uint32_t kPollMs = 1000;
 constexpr int kPollsMax = 60;  // an adapter that is still not connected then never will be
 constexpr std::uint32_t kRestoreTimeoutMs = 15000;
 constexpr std::uint32_t kDisconnectTimeoutMs = 5000;
-constexpr std::uint32_t kSignalOnItsWayMs = 1000;
 
 DOT11_BSSID_LIST ListOf(const MacAddress& bssid) {
   DOT11_BSSID_LIST list;
@@ -76,22 +75,6 @@ bool CWlanInterface::StartOperation(WlanOperation kind, const std::function<void
   }
 }
 
-CWlanInterface::CompletionResult CWlanInterface::AwaitCompletion(CWinEvent& event,
-                                                                 std::uint32_t timeoutMs) {
-  try {
-    bool timedOut = false;
-    if (event.WaitOnEvent(timeoutMs, &timedOut)) return CompletionResult::kDone;
-    if (!timedOut) return CompletionResult::kExit;
-    if (m_Operation.Withdraw()) return CompletionResult::kTimeout;
-    // The completion came with the time-out: its signal must not be left for the next operation.
-    event.WaitOnEvent(kSignalOnItsWayMs);
-    return CompletionResult::kDone;
-  } catch (...) {
-    m_Operation.Abort();
-    throw;
-  }
-}
-
 void CWlanInterface::ConnectSynchronous(const WLAN_CONNECTION_PARAMETERS& parameters, bool save,
                                         std::uint32_t timeoutMs) {
   try {
@@ -113,16 +96,13 @@ void CWlanInterface::ConnectSynchronous(const WLAN_CONNECTION_PARAMETERS& parame
 }
 
 void CWlanInterface::AwaitConnect(std::uint32_t timeoutMs) {
-  const CompletionResult result = AwaitCompletion(*m_pConnectSyncEvent, timeoutMs);
-  if (result != CompletionResult::kDone) {
-    // After a time-out the next operation may be under way already.
-    if (result == CompletionResult::kExit) m_Operation.Abort();
+  const auto [end, outcome] = m_Operation.Await(WlanOperation::kConnect, timeoutMs);
+  if (end != OperationGate::End::kDone) {
     LOG_ERROR(
         u"[%i]CWlanInterface::ConnectSynchronous: [waitBool=%i] Got EXIT/ABORT/TIMEOUT Event!",
         m_ConfigIdx, false);
     throw Exception("CWlanInterface::ConnectSynchronous: Got EXIT/ABORT?TIMEOUT Event!");
   }
-  const OperationGate::Outcome outcome = m_Operation.TakeOutcome();
   LOG_ADAPTER(m_ConfigIdx, kConnectLog,
               u"[%i]CWlanInterface::ConnectSynchronous: done WaitOnEvent - NotificationCode=%lu, "
               u"reason code = %lu",
@@ -215,24 +195,23 @@ void CWlanInterface::DisconnectSynchronous(WStringView text) {
   LOG_ADAPTER(m_ConfigIdx, kConnectLog, u"[%i]CWlanInterface::DisconnectSynchronous: %s",
               m_ConfigIdx, text);
   if (!StartOperation(WlanOperation::kDisconnect, [this] { DisconnectInternal(); })) return;
-  switch (AwaitCompletion(*m_pConnectSyncEvent, kDisconnectTimeoutMs)) {
-    case CompletionResult::kDone:
+  const auto [end, outcome] = m_Operation.Await(WlanOperation::kDisconnect, kDisconnectTimeoutMs);
+  switch (end) {
+    case OperationGate::End::kDone:
       break;
-    case CompletionResult::kTimeout:
+    case OperationGate::End::kTimeout:
       LOG_ERROR(
           u"[%i]CWlanInterface::DisconnectSynchronous: [waitBool=%i] done WaitOnEvent - due to "
           u"TIMEOUT!",
           m_ConfigIdx, false);
       throw Exception("WlanDisconnect() - Got Timeout!");
-    case CompletionResult::kExit:
-      m_Operation.LeaveBusy();
+    case OperationGate::End::kExit:
       LOG_ERROR(
           u"[%i]CWlanInterface::DisconnectSynchronous: [waitBool=%i] done WaitOnEvent - due to "
           u"EXIT/ABORT!",
           m_ConfigIdx, false);
       throw Exception("WlanDisconnect() - Got Exit Event!");
   }
-  const OperationGate::Outcome outcome = m_Operation.TakeOutcome();
   if (outcome.m_op_reason == 0) return;
   const auto reason = static_cast<DWORD>(outcome.m_op_reason);
   LOG_ERROR(

@@ -264,9 +264,7 @@ void CWlanInterface::TellOfOutsideConnect(const ConnectionFacts& facts) {
 void CWlanInterface::OnOwnCompletion(DWORD code, WlanOperation kind, DWORD reason,
                                      const WString& ssid) {
   const auto config = Config();
-  if (m_Operation.Complete(kind, code, static_cast<std::int32_t>(reason))) {
-    m_pConnectSyncEvent->SetEvent();
-  }
+  m_Operation.Complete(kind, code, static_cast<std::int32_t>(reason));
   ResetReports(code);
   if (IsDisconnect(code)) {
     {
@@ -316,7 +314,6 @@ void CWlanInterface::ScanNotification_internal(DWORD code, DWORD reason) {
                   u"[%i]CWlanInterface::ScanNotification_internal: m_pScanSyncEvent->SetEvent() "
                   u"++++++++++++++ [NotificationCode=%lu]%s",
                   m_ConfigIdx, code, complete ? u"[SCAN COMPLETE]" : u"[SCAN FAILED]");
-      m_pScanSyncEvent->SetEvent();
     }
     return;
   }

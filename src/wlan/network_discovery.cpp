@@ -38,6 +38,18 @@ bool IsConnectedSsid(const DOT11_SSID& ssid, const DOT11_SSID& connected) {
   return std::equal(connected.ucSSID, connected.ucSSID + length, ssid.ucSSID);
 }
 
+// Says of a scan that it runs, until it has ended in whatever way.
+class InFlight {
+ public:
+  explicit InFlight(std::atomic<bool>* flag) : m_Flag(*flag) {}
+  ~InFlight() { m_Flag = false; }
+  InFlight(const InFlight&) = delete;
+  InFlight& operator=(const InFlight&) = delete;
+
+ private:
+  std::atomic<bool>& m_Flag;
+};
+
 }  // namespace
 
 std::int32_t CWlanInterface::DiscoverNetworksSynchronous(bool force_scan, bool first,
@@ -243,31 +255,25 @@ void CWlanInterface::RunHiddenScans() {
 }
 
 void CWlanInterface::ScanSynchronous(const DOT11_SSID* pSsid) {
-  CompletionResult result = CompletionResult::kDone;
+  OperationGate::Result result;
   try {
+    const InFlight inFlight(&m_scan_in_flight);
     if (!StartOperation(WlanOperation::kScan, [&] {
           m_scan_in_flight = true;
           ScanInternal(pSsid);
         })) {
       return;
     }
-    result = AwaitCompletion(*m_pScanSyncEvent, kScanWaitMs);
+    result = m_Operation.Await(WlanOperation::kScan, kScanWaitMs);
   } catch (const Exception& e) {
-    m_scan_in_flight = false;
     LOG_ERROR(u"[%i]CWlanInterface::ScanSynchronous: Exception: %S", m_ConfigIdx, e.what());
     throw;
   } catch (const std::exception& e) {
-    m_scan_in_flight = false;
     LOG_ERROR(u"[%i]CWlanInterface::ScanSynchronous: std:exception: %S", m_ConfigIdx, e.what());
     throw;
   }
-  m_scan_in_flight = false;
-  if (result == CompletionResult::kDone) {
-    m_Operation.TakeOutcome();
-    return;
-  }
-  const bool exit = result == CompletionResult::kExit;
-  if (exit) m_Operation.Abort();
+  if (result.end == OperationGate::End::kDone) return;
+  const bool exit = result.end == OperationGate::End::kExit;
   LOG_ERROR(
       u"\n[%i] CWlanInterface::ScanSynchronous: [waitBool=%i] _AFTER_ "
       u"m_pScanSyncEvent->WaitOnEvent() "

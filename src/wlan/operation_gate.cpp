@@ -1,5 +1,6 @@
 #include "wlan/operation_gate.h"
 
+#include "foundation/log_lines.h"
 #include "platform/wlan_types.h"
 
 namespace corvane {
@@ -10,6 +11,15 @@ NotificationOwner OwnerOfNotification(bool busy, WlanOperation kind, platform::D
                             code == platform::wlan_notification_acm_disconnected;
   if (!isDisconnect) return {kind == WlanOperation::kConnect, false};
   return {kind == WlanOperation::kDisconnect, kind == WlanOperation::kConnect};
+}
+
+void OperationGate::Initialize() {
+  m_pConnectSyncEvent.CreateObject()->SetDebugName("WlanInterface's connect sync event");
+  m_pScanSyncEvent.CreateObject()->SetDebugName("WlanInterface's scan sync event");
+}
+
+CWinEvent& OperationGate::EventOf(WlanOperation kind) {
+  return kind == WlanOperation::kScan ? *m_pScanSyncEvent : *m_pConnectSyncEvent;
 }
 
 OperationGate::State OperationGate::Get() const {
@@ -26,18 +36,25 @@ bool OperationGate::TryBegin(WlanOperation kind) {
   return true;
 }
 
-OperationGate::Outcome OperationGate::TakeOutcome() {
-  const CCritSecLock lock(m_Lock);
-  m_bCallerInside = false;
-  return m_Outcome;
-}
-
-bool OperationGate::Withdraw() {
-  const CCritSecLock lock(m_Lock);
-  if (!m_op_waiting) return false;
-  m_State = {};
-  m_op_waiting = m_bCallerInside = false;
-  return true;
+OperationGate::Result OperationGate::Await(WlanOperation kind, std::uint32_t timeoutMs) {
+  try {
+    for (;;) {
+      bool timedOut = false;
+      const bool signalled = EventOf(kind).WaitOnEvent(timeoutMs, &timedOut);
+      const CCritSecLock lock(m_Lock);
+      if (!m_op_waiting) {
+        m_bCallerInside = false;
+        return {End::kDone, m_Outcome};
+      }
+      if (signalled) continue;  // the late signal of an operation that is over
+      m_op_waiting = m_bCallerInside = false;
+      if (timedOut || kind != WlanOperation::kDisconnect) m_State = {};
+      return {timedOut ? End::kTimeout : End::kExit, {}};
+    }
+  } catch (...) {
+    Abort();
+    throw;
+  }
 }
 
 void OperationGate::Abort() {
@@ -46,19 +63,27 @@ void OperationGate::Abort() {
   m_op_waiting = m_bCallerInside = false;
 }
 
-void OperationGate::LeaveBusy() {
-  const CCritSecLock lock(m_Lock);
-  m_op_waiting = m_bCallerInside = false;
+bool OperationGate::Complete(WlanOperation kind, platform::DWORD code, std::int32_t reason) {
+  {
+    const CCritSecLock lock(m_Lock);
+    if (!m_State.m_op_busy || m_State.m_op_kind != kind) return false;
+    m_State = {};
+    if (!m_op_waiting) return false;
+    m_op_waiting = false;
+    m_Outcome = {code, reason};
+  }
+  EventOf(kind).SetEvent();
+  return true;
 }
 
-bool OperationGate::Complete(WlanOperation kind, platform::DWORD code, std::int32_t reason) {
-  const CCritSecLock lock(m_Lock);
-  if (!m_State.m_op_busy || m_State.m_op_kind != kind) return false;
-  m_State = {};
-  if (!m_op_waiting) return false;
-  m_op_waiting = false;
-  m_Outcome = {code, reason};
-  return true;
+void OperationGate::SignalExit() {
+  for (CWinEvent* event : {m_pConnectSyncEvent.get(), m_pScanSyncEvent.get()}) {
+    try {
+      if (event) event->SetExitEvent();
+    } catch (const std::exception& e) {
+      LOG_ERROR(u"CWlanInterface::Detach: Exception: %S", e.what());
+    }
+  }
 }
 
 }  // namespace corvane

@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "foundation/crit_sec.h"
+#include "foundation/win_event.h"
 #include "platform/types.h"
 
 namespace corvane {
@@ -24,8 +25,10 @@ struct NotificationOwner {
 };
 NotificationOwner OwnerOfNotification(bool busy, WlanOperation kind, platform::DWORD code);
 
-// Holds which operation runs and how it ended. Each step is one under a lock of its own, so a
-// completion, a time-out and the next caller in the queue never see half of one another.
+// An operation, how it ended, and the wake-up of its caller in one: a wait ends by the state alone,
+// so a signal that comes late or not at all is never taken for the end of another operation. Each
+// step is one under a lock of its own, so a completion, a time-out and the next caller in the queue
+// never see half of one another.
 class OperationGate {
  public:
   struct State {
@@ -36,29 +39,45 @@ class OperationGate {
     platform::DWORD m_op_code = 0;             // notification code of the completion
     std::int32_t m_op_reason = kNoCompletion;  // WLAN reason code
   };
+  enum class End {
+    kDone,     // the completion has come
+    kTimeout,  // the operation is withdrawn
+    kExit,     // the exit signal: a disconnect stays in flight, another operation is over
+  };
+  struct Result {
+    End end = End::kDone;
+    Outcome outcome;
+  };
+
+  void Initialize();  // before the first operation; throws Exception when it gets no events
 
   State Get() const;
 
   // For the caller of an operation. False while another one runs, or while its caller has yet to
-  // take its outcome.
+  // see how it ended.
   bool TryBegin(WlanOperation kind);
-  Outcome TakeOutcome();  // after the wait; the next operation may begin
-  // After a time-out. False when the completion has come in the meantime: then its signal is on the
-  // way and the caller waits for that.
-  bool Withdraw();
-  void Abort();      // ends the operation for good
-  void LeaveBusy();  // the caller goes, the operation stays in flight
+  // Waits for the end of the operation that was begun; the next one may begin afterwards. Throws
+  // Exception when the wait itself fails; then the operation is over.
+  Result Await(WlanOperation kind, std::uint32_t timeoutMs);
+  void Abort();  // ends the operation for good
 
-  // For the platform's thread. Ends the operation if it is of this kind; true when its caller waits
-  // and is to be signalled.
+  // For the platform's thread. Ends the operation if it is of this kind and wakes its caller; true
+  // when one waits. Throws Exception when the signal fails; the caller then sees it at its
+  // time-out.
   bool Complete(WlanOperation kind, platform::DWORD code, std::int32_t reason);
+  // Ends all waits, of connects and of scans. A signal that fails is logged.
+  void SignalExit();
 
  private:
+  CWinEvent& EventOf(WlanOperation kind);
+
   mutable CCritSec m_Lock{"operation", LockRank::kLeaf};
   State m_State;
   Outcome m_Outcome;
-  bool m_op_waiting = false;  // the caller still waits for the signal
+  bool m_op_waiting = false;  // the completion is still to come, and its caller waits for it
   bool m_bCallerInside = false;
+  CSmartPointer<CWinEvent> m_pConnectSyncEvent;
+  CSmartPointer<CWinEvent> m_pScanSyncEvent;
 };
 
 }  // namespace corvane

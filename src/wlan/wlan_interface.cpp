@@ -22,15 +22,6 @@ bool TellsOfHE(WStringView description) {
   return holds(u"ax") && (holds(u"vantor") || holds(u"intel"));
 }
 
-void Signal(CWinEvent* event) {
-  if (!event) return;
-  try {
-    event->SetExitEvent();
-  } catch (const std::exception& e) {
-    LOG_ERROR(u"CWlanInterface::Detach: Exception: %S", e.what());
-  }
-}
-
 }  // namespace
 
 CWlanInterface::CWlanInterface() : SmartObjEx("interface", LockRank::kInterface) {
@@ -47,8 +38,7 @@ void CWlanInterface::Initialize(CWlanClient* client, const platform::WLAN_INTERF
   m_Info = info;
   m_GuidText = GuidText(info.InterfaceGuid);
   m_bPresent = true;
-  m_pConnectSyncEvent.CreateObject()->SetDebugName("WlanInterface's connect sync event");
-  m_pScanSyncEvent.CreateObject()->SetDebugName("WlanInterface's scan sync event");
+  m_Operation.Initialize();
   m_ConnectionKeyPath = ConnectionKeyPath(m_GuidText);
   m_ConnectionName = ReadConnectionName(m_ConnectionKeyPath);
   m_OsIfIndex = CUtils::GetIfIndexFromGUIDStr(m_GuidText);
@@ -82,8 +72,7 @@ void CWlanInterface::Detach() {
     m_pClient.Swap(client);
   }
   ForgetIPInfo();
-  Signal(m_pConnectSyncEvent.get());
-  Signal(m_pScanSyncEvent.get());
+  m_Operation.SignalExit();
 }
 
 CSmartPointer<CWlanClient> CWlanInterface::Client() const {

@@ -234,10 +234,6 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   // Waits for its turn and makes the platform call under the interface lock; false without a
   // client.
   bool StartOperation(WlanOperation kind, const std::function<void()>& call);
-  // Waits for the completion of the operation that was begun. After kDone the outcome is to be
-  // taken, after kTimeout the operation is withdrawn, after kExit it is still in flight.
-  enum class CompletionResult { kDone, kTimeout, kExit };
-  CompletionResult AwaitCompletion(CWinEvent& event, std::uint32_t timeoutMs);
   void AwaitConnect(std::uint32_t timeoutMs);
   void AwaitConnectedState();
   void QueueTempProfile(const platform::WLAN_CONNECTION_PARAMETERS& parameters);
@@ -310,8 +306,6 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   std::atomic<std::uint64_t> m_disconnected_tick{0};
   std::vector<WString> m_TempProfilesToSave;  // XML texts, interface lock
 
-  CSmartPointer<CWinEvent> m_pConnectSyncEvent;
-  CSmartPointer<CWinEvent> m_pScanSyncEvent;
   OperationGate m_Operation;
 
   NetworkMap m_Networks;        // interface lock

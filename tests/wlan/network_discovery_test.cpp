@@ -316,5 +316,15 @@ TEST_F(DiscoveryTest, DetachEndsAScanThatWaits) {
   EXPECT_FALSE(adapter->IsScanInFlight());
 }
 
+TEST_F(DiscoveryTest, FaultInTheWaitForAScanEndsThere) {
+  Start();
+  kernel.Faults().FailCall("WaitForMultipleObjects", 1, platform::sim::FaultPlan::kFault);
+  Discover();
+  EXPECT_FALSE(adapter->IsScanInFlight());
+  EXPECT_FALSE(adapter->IsScanFresh());
+  Discover();
+  EXPECT_TRUE(adapter->IsScanFresh());
+}
+
 }  // namespace
 }  // namespace corvane::test
