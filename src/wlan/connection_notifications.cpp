@@ -240,12 +240,20 @@ void CWlanInterface::OnOutsideConnect(DWORD code, const WString& ssid) {
       ssid, facts.connected ? MacText(facts.bssid) : WString());
 }
 
+// 0 when the platform does not tell.
+std::uint32_t CWlanInterface::ChannelNow() {
+  try {
+    return QueryChannel();
+  } catch (const std::exception&) {  // logged where it was thrown
+    return 0;
+  }
+}
+
 void CWlanInterface::TellOfOutsideConnect(const ConnectionFacts& facts) {
   ApSummary summary;
   summary.score = 0;
   summary.bssid = MacText(facts.bssid);
   summary.quality = facts.quality;
-  summary.channel = m_CurrentChannel;
   summary.ssid = facts.ssid;
   summary.details.emplace();
   CSmartPointer<CWlanBssEntry> entry;
@@ -257,6 +265,7 @@ void CWlanInterface::TellOfOutsideConnect(const ConnectionFacts& facts) {
       summary.details->maxRateMbps = static_cast<std::uint32_t>(entry->GetMaxRate());
     }
   }
+  if (!entry) summary.channel = ChannelNow();
   QueueNotification(u"Corvane", u"ConnectionChange", u"ExternalConnect", ShortApSummary(summary),
                     u"Unknown", m_MacText, m_Description);
 }

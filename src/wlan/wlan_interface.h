@@ -227,6 +227,7 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   void OnOutsideConnect(platform::DWORD code, const WString& ssid);
   void OnOwnCompletion(platform::DWORD code, WlanOperation kind, platform::DWORD reason,
                        const WString& ssid);
+  std::uint32_t ChannelNow();
   void TellOfOutsideConnect(const ConnectionFacts& facts);
   void ResetReports(platform::DWORD code);
   void ForgetConnection(const WString& ssid);  // what every completed disconnect does

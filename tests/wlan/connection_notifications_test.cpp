@@ -167,6 +167,17 @@ TEST_F(NotificationsTest, ClientsAreToldOfOutsideChanges) {
   EXPECT_EQ(subscriber->told.back(), u"ConnectionChange/ExternalDisconnect");
   EXPECT_EQ(subscriber->last->m_Data4, u"Wireless adapter");
 
+  adapter->QueryChannel();  // of the connection that was
+  wlan.channel = 149;
+  wlan.Connect("Office", Bssid(9), 50);
+  wlan.NotifyConnection(kComplete, "Office");
+  RunFor(10ms);
+  EXPECT_NE(subscriber->last->m_Data1.find(u"Channel 149"), WString::npos)
+      << "an access point that no scan has heard";
+  wlan.NotifyConnection(kGone, "Office");
+  RunFor(10ms);
+  subscriber->told.resize(2);
+
   wlan.onConnect = [this](const WLAN_CONNECTION_PARAMETERS&) {
     wlan.PostConnection(50, kGone, "Cafe");
     wlan.PostConnection(100, kComplete, "Office");

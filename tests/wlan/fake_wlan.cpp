@@ -160,7 +160,7 @@ DWORD FakeWlan::WlanQueryInterface(HANDLE, const GUID*, LONG opcode, void*, DWOR
   if (const DWORD code = Enter("WlanQueryInterface")) return code;
   const DWORD number =
       opcode == wlan_intf_opcode_channel_number
-          ? 36u
+          ? channel
           : static_cast<DWORD>(connection.isState ? connection.isState
                                                   : wlan_interface_state_disconnected);
   WLAN_RADIO_STATE radio;

@@ -46,6 +46,7 @@ class FakeWlan : public platform::WlanApi {
   // Counts that lists claim instead of their own, by operation.
   std::map<std::string, platform::DWORD> claims;
   platform::DWORD querySize = 0xFFFFFFFF;  // what queries give at most
+  platform::DWORD channel = 36;            // of the connection
 
   // What an operation does once it is accepted; by default a scan completes after a second, and the
   // others do nothing.
