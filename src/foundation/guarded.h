@@ -21,4 +21,16 @@ R Guarded(const char* className, const char* operation, R failure, Fn&& fn) {
   }
 }
 
+// For destructors: runs fn(), which gives something back to the platform. A fault in it is
+// reported; a thread that was given up unwinds already, or does so at its next call.
+template <typename Fn>
+void GiveBack(const char* className, const char* operation, Fn&& fn) noexcept {
+  try {
+    std::forward<Fn>(fn)();
+  } catch (const platform::PlatformFault& fault) {
+    ReportFault(className, operation, fault.code);
+  } catch (const platform::ThreadAbandoned&) {
+  }
+}
+
 }  // namespace corvane

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "foundation/guarded.h"
 #include "foundation/log_lines.h"
 #include "platform/platform.h"
 #include "platform/thread_api.h"
@@ -53,7 +54,9 @@ class CEnvironmentBlock {
     Warn(tag, Format(u"CreateEnvironmentBlock() failed %lu", os.threads.GetLastError()));
   }
   ~CEnvironmentBlock() {
-    if (m_pBlock) Os().session.DestroyEnvironmentBlock(m_pBlock);
+    if (!m_pBlock) return;
+    GiveBack("CEnvironmentBlock", "DestroyEnvironmentBlock",
+             [this] { Os().session.DestroyEnvironmentBlock(m_pBlock); });
   }
   CEnvironmentBlock(const CEnvironmentBlock&) = delete;
   CEnvironmentBlock& operator=(const CEnvironmentBlock&) = delete;
@@ -71,7 +74,9 @@ HANDLE* CSessionHandle::Receive() {
 }
 
 void CSessionHandle::Close() {
-  if (m_hHandle) Os().session.CloseHandle(std::exchange(m_hHandle, nullptr));
+  const HANDLE handle = std::exchange(m_hHandle, nullptr);
+  if (!handle) return;
+  GiveBack("CSessionHandle", "CloseHandle", [handle] { Os().session.CloseHandle(handle); });
 }
 
 void LogProgress(const LaunchTag& tag, const WString& text) {

@@ -56,7 +56,9 @@ class NeighbourTable {
     if (!m_pTable || m_pTable->NumEntries > kMaxRows) m_Result = platform::ERROR_INVALID_DATA;
   }
   ~NeighbourTable() {
-    if (m_pTable) Os().ipHelper.FreeMibTable(m_pTable);
+    if (!m_pTable) return;
+    GiveBack("CAdaptersAddresses", "FreeMibTable",
+             [this] { Os().ipHelper.FreeMibTable(m_pTable); });
   }
   NeighbourTable(const NeighbourTable&) = delete;
   NeighbourTable& operator=(const NeighbourTable&) = delete;

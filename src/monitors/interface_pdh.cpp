@@ -187,11 +187,11 @@ void CInterfacePDH::CloseCounters() {
   for (platform::PDH_HCOUNTER* counter :
        {&m_BytesSentPerSecCounter, &m_BytesReceivedPerSecCounter, &m_PacketsOutboundErrorsCounter,
         &m_PacketsReceivedErrorsCounter}) {
-    if (*counter) pdh.PdhRemoveCounter(*counter);
-    *counter = nullptr;
+    const platform::PDH_HCOUNTER gone = std::exchange(*counter, nullptr);
+    if (gone) GiveBack(kClassName, "PdhRemoveCounter", [&] { pdh.PdhRemoveCounter(gone); });
   }
-  if (m_hQuery) pdh.PdhCloseQuery(m_hQuery);
-  m_hQuery = nullptr;
+  const platform::PDH_HQUERY query = std::exchange(m_hQuery, nullptr);
+  if (query) GiveBack(kClassName, "PdhCloseQuery", [&] { pdh.PdhCloseQuery(query); });
 }
 
 void CInterfacePDH::ResetIdleMeasure(double rateGateHigh, double rateGateLow) {

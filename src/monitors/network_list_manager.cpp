@@ -27,7 +27,7 @@ bool Failed(HRESULT result) { return result < 0; }
 struct Releaser {
   template <class T>
   void operator()(T* object) const {
-    object->Release();
+    GiveBack(kClassName, "Release", [object] { object->Release(); });
   }
 };
 

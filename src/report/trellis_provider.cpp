@@ -1,5 +1,6 @@
 #include "report/trellis_provider.h"
 
+#include "foundation/guarded.h"
 #include "foundation/log_lines.h"
 #include "platform/platform.h"
 #include "report/trellis_events.h"
@@ -31,7 +32,9 @@ class CTrellisProvider::Registration {
 };
 
 CTrellisProvider::~CTrellisProvider() {
-  if (m_hProvider != 0) Os().eventTrace.EventUnregister(m_hProvider);
+  if (m_hProvider == 0) return;
+  GiveBack("CTrellisProvider", "EventUnregister",
+           [this] { Os().eventTrace.EventUnregister(m_hProvider); });
 }
 
 CSmartPointer<CTrellisProvider> CTrellisProvider::Share(HRESULT* status) {

@@ -1,5 +1,6 @@
 #include "settings/program_file.h"
 
+#include "foundation/guarded.h"
 #include "foundation/log_lines.h"
 #include "platform/file_api.h"
 #include "platform/platform.h"
@@ -19,7 +20,7 @@ class OpenFile {
       : m_File(Os().files.CreateFileW(path.c_str(), platform::GENERIC_READ,
                                       platform::OPEN_EXISTING)) {}
   ~OpenFile() {
-    if (m_File) Os().files.CloseFile(m_File);
+    if (m_File) GiveBack("OpenFile", "CloseFile", [this] { Os().files.CloseFile(m_File); });
   }
   OpenFile(const OpenFile&) = delete;
   OpenFile& operator=(const OpenFile&) = delete;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "foundation/guarded.h"
 #include "foundation/log_lines.h"
 #include "platform/platform.h"
 #include "platform/thread_api.h"
@@ -21,7 +22,7 @@ class OpenKey {
   OpenKey() = default;
   OpenKey(WStringView path, REGSAM access) { Open(path, access); }
   ~OpenKey() {
-    if (m_hKey) Os().registry.RegCloseKey(m_hKey);
+    if (m_hKey) GiveBack("CRegistry", "RegCloseKey", [this] { Os().registry.RegCloseKey(m_hKey); });
   }
   OpenKey(const OpenKey&) = delete;
   OpenKey& operator=(const OpenKey&) = delete;

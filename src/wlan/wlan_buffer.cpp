@@ -8,13 +8,7 @@ namespace corvane {
 
 void FreeWlanMemory(void* memory) noexcept {
   if (!memory) return;
-  try {
-    Os().wlan.WlanFreeMemory(memory);
-  } catch (const platform::PlatformFault& fault) {
-    ReportFault("WlanBuffer", "WlanFreeMemory", fault.code);
-  } catch (const platform::ThreadAbandoned&) {
-    // An owner is often destroyed while its thread unwinds; the thread's next call ends it.
-  }
+  GiveBack("WlanBuffer", "WlanFreeMemory", [memory] { Os().wlan.WlanFreeMemory(memory); });
 }
 
 }  // namespace corvane

@@ -55,7 +55,9 @@ class IpHelper : public platform::IpHelperApi {
   void FreeMibTable(void* table) override {
     EXPECT_EQ(table, storage.data());
     --tables;
+    if (faultInFree) throw platform::PlatformFault{0xC0000005};
   }
+  bool faultInFree = false;
 
   template <class Sockaddr>
   void AddNeighbour(const Sockaddr& address, std::initializer_list<platform::BYTE> mac) {
@@ -213,6 +215,9 @@ TEST_F(AdaptersAddresses, MacsComeFromTheFirstUsableNeighbour) {
   macs.clear();
   EXPECT_EQ(CAdaptersAddresses::GetMacForIP6({kIp6, Ip6Address{}}, &macs), 1u);
   EXPECT_EQ(MacsFromValues(macs), (MacList{{0xAA, 0, 0, 0, 0, 1}}));
+  helper.faultInFree = true;
+  EXPECT_EQ(CAdaptersAddresses::GetMacForIP4({a}, &macs), 1u);
+  helper.faultInFree = false;
   helper.claimedRows = 0xFFFFFFFF;
   EXPECT_EQ(CAdaptersAddresses::GetMacForIP4({a}, &macs), 0u);
   helper.result = 1;

@@ -58,13 +58,18 @@ class Counters : public platform::PerfCounterApi {
     value->doubleValue = *static_cast<double*>(counter);
     return value->doubleValue < 0 ? 1 : 0;  // a negative value can't be read
   }
-  PDH_STATUS PdhRemoveCounter(platform::PDH_HCOUNTER) override { return --open, 0; }
-  PDH_STATUS PdhCloseQuery(platform::PDH_HQUERY) override { return --open, 0; }
+  PDH_STATUS PdhRemoveCounter(platform::PDH_HCOUNTER) override { return GiveBack(); }
+  PDH_STATUS PdhCloseQuery(platform::PDH_HQUERY) override { return GiveBack(); }
+  PDH_STATUS GiveBack() {
+    --open;
+    if (faultInClose) throw platform::PlatformFault{0xC0000005};
+    return 0;
+  }
 
   std::map<std::string, double> values;
   std::vector<std::string> paths;
   std::string missing;
-  bool failOpen = false, failCollect = false, fault = false;
+  bool failOpen = false, failCollect = false, fault = false, faultInClose = false;
   int open = 0, collections = 0;
 };
 
@@ -101,6 +106,13 @@ TEST_F(InterfacePdh, CounterPathsCarryTheCleanedDescription) {
                            "\\Network Adapter(Wireless [2] _3)\\Packets Outbound Errors",
                            "\\Network Adapter(Wireless [2] _3)\\Packets Received Errors"}));
   EXPECT_EQ(pdh.collections, 1) << "the first of the two samples that a rate takes";
+}
+
+TEST_F(InterfacePdh, FaultWhileClosingLeavesTheRestToBeClosed) {
+  ASSERT_TRUE(Open());
+  pdh.faultInClose = true;
+  traffic.reset();
+  EXPECT_EQ(pdh.open, 0);
 }
 
 TEST_F(InterfacePdh, WithoutCountersTheRatesStayZero) {
