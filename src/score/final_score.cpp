@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "score/text_builder.h"
+#include "score/weight_points.h"
 
 namespace corvane {
 
@@ -19,10 +20,10 @@ struct Term {
 Term ChannelLoadTerm(const FinalScoreInputs& in) {
   if (in.channelLoad == kNoLoadInformation) {
     if (in.bandAverage >= 1) return {in.bandAverage, ",QBSS_2b("};
-    return {static_cast<std::int32_t>(in.loadWeight / 2), ",QBSS_2c("};
+    return {WeightPoints(in.loadWeight) / 2, ",QBSS_2c("};
   }
-  const double points = (100.0 - in.channelLoad) / 100.0 * in.loadWeight;
-  return {static_cast<std::int32_t>(std::clamp(points, -2.1e9, 2.1e9)), ",QBSS_2a("};
+  const double points = (100.0 - in.channelLoad) / 100.0 * WeightPoints(in.loadWeight);
+  return {static_cast<std::int32_t>(points), ",QBSS_2a("};
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "score/text_builder.h"
+#include "score/weight_points.h"
 
 namespace corvane {
 
@@ -21,11 +22,6 @@ std::int32_t Trunc(double value) {
 }
 // Nearest whole number, halves away from zero.
 std::int32_t Round(double value) { return Trunc(std::round(value)); }
-// A weight as points; beyond any sense it is cut, so that sums stay in range.
-std::int32_t Points(std::uint32_t weight) {
-  return static_cast<std::int32_t>(std::min(weight, std::uint32_t{100'000'000}));
-}
-
 struct SecurityStep {
   std::uint32_t bit;
   std::string_view text;
@@ -74,7 +70,7 @@ class Subtotal {
   }
 
   void AddSignal() {
-    const std::int32_t max = Points(m_In.weights.SQMax);
+    const std::int32_t max = WeightPoints(m_In.weights.SQMax);
     const std::int32_t points =
         m_Quality > 50 ? std::min(Trunc((m_Quality - kGoodQuality) / 50.0 * max), max) : 0;
     m_Sum += points;
@@ -82,7 +78,7 @@ class Subtotal {
   }
 
   void AddPrivate() {
-    const std::int32_t points = m_In.network.isPrivate ? Points(m_In.weights.PNMax) : 0;
+    const std::int32_t points = m_In.network.isPrivate ? WeightPoints(m_In.weights.PNMax) : 0;
     m_Sum += points;
     m_Log << ",PRIV(" << points << ")";
   }
@@ -111,14 +107,14 @@ class Subtotal {
   }
 
   void AddMuMimo() {
-    const std::int32_t points = m_In.radio->muMimo ? Points(m_In.weights.MUMIMOMax) : 0;
+    const std::int32_t points = m_In.radio->muMimo ? WeightPoints(m_In.weights.MUMIMOMax) : 0;
     m_Sum += points;
     m_Log << ",MUMIMO(" << points << ")";
   }
 
   void AddRate() {
     const double rate = m_In.radio->maxRateMbps;
-    const double bump = Points(m_In.weights.MBPSBumpMax);
+    const double bump = WeightPoints(m_In.weights.MBPSBumpMax);
     const double first = rate >= 1000 ? 2 * bump : std::round(rate / 1000.0 * 2 * bump);
     const double beyond = rate > 1000 ? std::round((rate - 1000.0) / 1000.0 * bump) : 0;
     const std::int32_t points = Trunc(std::min(first + beyond, double{kRatePointsMax}));
@@ -132,7 +128,8 @@ class Subtotal {
       m_Log << ",QBSS(0)";
       return;
     }
-    const std::int32_t points = Trunc((100.0 - load) / 100.0 * Points(m_In.weights.QBSSBumpMax));
+    const std::int32_t points =
+        Trunc((100.0 - load) / 100.0 * WeightPoints(m_In.weights.QBSSBumpMax));
     m_Sum += points;
     m_Result.loadPoints = points;
     m_Log << ",QBSS(" << points << "/" << Trunc(load) << ")";
@@ -140,7 +137,7 @@ class Subtotal {
 
   void AddNoise() {
     if (m_In.radio->loadMapValid && m_In.radio->quietChannel) {
-      m_Sum += Points(m_In.weights.NOISEMax);
+      m_Sum += WeightPoints(m_In.weights.NOISEMax);
       m_Log << ",NOISE(10)";  // the word stands whatever the weight
     } else {
       m_Log << ",NOISE(0)";
@@ -159,13 +156,13 @@ class Subtotal {
   }
 
   void AddAllow() {
-    const std::int32_t points = m_In.allowed ? Points(m_In.allowBonus) : 0;
+    const std::int32_t points = m_In.allowed ? WeightPoints(m_In.allowBonus) : 0;
     m_Sum += points;
     m_Log << ",ALLOW(" << points << ")";
   }
 
   void TakeNoInternetPoints() {
-    const std::int32_t points = Points(m_In.weights.Internet);
+    const std::int32_t points = WeightPoints(m_In.weights.Internet);
     m_Sum = m_Sum > points ? m_Sum - points : 0;
   }
 

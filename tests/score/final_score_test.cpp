@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "foundation/averager.h"
+
 namespace corvane {
 namespace {
 
@@ -43,6 +45,25 @@ TEST(FinalScore, ChannelLoadStandsInForAMissingLoadElement) {
     EXPECT_EQ(log, one.log);
     EXPECT_EQ(ComputeFinalScore(in, nullptr), one.total);
   }
+}
+
+// Nobody checks the weights that an administrator writes.
+TEST(FinalScore, LargeWeightsStayInRange) {
+  FinalScoreInputs in = Of(2'000'000'000, -1);
+  in.loadWeight = 0xFFFFFFFF;
+  in.channelLoad = 0;
+  EXPECT_EQ(ComputeFinalScore(in, nullptr), 2'100'000'000);
+  in.channelLoad = 255;
+  in.bandAverage = -1;
+  EXPECT_EQ(ComputeFinalScore(in, nullptr), 2'050'000'000);
+}
+
+TEST(Averager, SumOfLargeNumbersStaysInRange) {
+  CAveragerBase<std::int32_t> average;
+  for (int i = 0; i < 25; ++i) average.Add(100'000'000);
+  EXPECT_EQ(average.Mean(), 100'000'000);
+  average.Reset();
+  EXPECT_EQ(average.Mean(), -1);
 }
 
 TEST(FinalScore, GuestAndBluetooth) {
