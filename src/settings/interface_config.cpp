@@ -165,10 +165,13 @@ bool CQUAYInterfaceConfig::SetSuggestedNetworkReasonPercent(std::int32_t percent
 }
 
 void CQUAYInterfaceConfig::Set_InhibitQUAY(std::uint32_t ms, const char* tag) {
-  const std::uint64_t now = Now();
+  std::uint64_t now = 0;
   InhibitClock::SetResult result;
   {
+    // The tick is read under the lock: one read before it could be older than what a faster caller
+    // has set, and would look like a clock that went back.
     const CCritSecLock lock(m_InhibitLock);
+    now = Now();
     result = m_Inhibit.Set(ms, tag, now);
   }
   if (result.outsideScans >= kOutsideScansWarned) {
@@ -198,10 +201,11 @@ void CQUAYInterfaceConfig::Set_InhibitQUAY(std::uint32_t ms, const char* tag) {
 }
 
 bool CQUAYInterfaceConfig::Get_InhibitQUAY(std::uint64_t* remainingMs) {
-  const std::uint64_t now = Now();
+  std::uint64_t now = 0;
   InhibitClock::GetResult result;
   {
     const CCritSecLock lock(m_InhibitLock);
+    now = Now();
     result = m_Inhibit.Get(now);
   }
   if (result.clockReset) {

@@ -61,6 +61,10 @@ TEST(InhibitClock, StartsAgainWhenTheTicksGoBack) {
   EXPECT_FALSE(clock.Get(101).inhibited);
   EXPECT_EQ(clock.Set(3000, "out-disc", 50).outcome, Outcome::kSetAfterReset);
   EXPECT_EQ(clock.Remaining(50), 3000u);
+  // A tick that went back takes the new future, although the old one was larger.
+  clock.Set(15000, "out-scan", 1'000'000);
+  EXPECT_EQ(clock.Set(3000, "out-disc", 900).future, 3900u);
+  EXPECT_EQ(clock.m_InhibitMs, 3000u) << "what a clock that is reset begins anew with";
 }
 
 }  // namespace

@@ -1,5 +1,8 @@
 #include "settings/interface_config.h"
 
+#include <utility>
+
+#include "platform/clock_api.h"
 #include "settings/settings_fixture.h"
 
 namespace corvane {
@@ -209,6 +212,42 @@ TEST_F(InterfaceConfig, IsHarmlessAfterShutdown) {
   EXPECT_EQ(kernel.Now() - before, 700ms);
   EXPECT_EQ(config->GetScoreWeights(), ScoreWeights{});
   EXPECT_FALSE(config->m_Denylist.LoadFromFileAndRegistry());
+}
+
+// A caller that is overtaken between reading its tick and setting the clock would come with an
+// older tick, which looks like a clock that went back and cuts the longer inhibit short.
+class SlowTick : public platform::ClockApi {
+ public:
+  explicit SlowTick(platform::ClockApi& real) : m_Real(real) {}
+  platform::ULONGLONG GetTickCount64() override {
+    const platform::ULONGLONG now = m_Real.GetTickCount64();
+    if (std::exchange(m_bSlow, false)) Os().threads.Sleep(50);
+    return now;
+  }
+  void GetSystemTimeAsFileTime(platform::FILETIME* now) override {
+    m_Real.GetSystemTimeAsFileTime(now);
+  }
+  bool m_bSlow = false;
+
+ private:
+  platform::ClockApi& m_Real;
+};
+
+TEST_F(InterfaceConfig, InhibitIsNotCutByACallerThatWasOvertaken) {
+  const auto config = OpenAdapter();
+  auto& clock = Install<SlowTick>(Os().clock);
+  clock.m_bSlow = true;
+  auto& threads = Os().threads;
+  threads.CloseHandle(threads.CreateThread(
+      [](void* self) -> platform::DWORD {
+        static_cast<CQUAYInterfaceConfig*>(self)->Set_InhibitQUAY(5000, "sw-pop");
+        return 0;
+      },
+      config.get(), "worker", nullptr));
+  RunFor(10ms);
+  config->Set_InhibitQUAY(15000, "out-scan");
+  RunFor(100ms);
+  EXPECT_GT(config->GetInhibitRemainingMs(), 14'000u);
 }
 
 }  // namespace
