@@ -16,14 +16,17 @@ namespace corvane {
 namespace {
 
 constexpr std::uint32_t kProfileTimeoutMs = 90000;
+constexpr std::uint32_t kPersonTimeoutMs = 600000;
 constexpr int kTries = 3;
 constexpr std::uint32_t kRetryPauseMs = 2000;
 constexpr char kAcceptance[] = "[PASSIVE ACCEPTANCE]";
 constexpr char kClientOrder[] = "[UI CONNECT CMD]";
 
-// Without a profile the credential prompter has to be answered by a person, which takes its time.
+// What comes without a stored profile may ask a person for credentials, which takes its time. Yet
+// the wait holds up every other adapter and every client, so one lost completion must not make it
+// endless.
 std::uint32_t TimeoutOf(const CWlanBssEntry& entry) {
-  return entry.HasUsableProfile() ? kProfileTimeoutMs : platform::INFINITE;
+  return entry.HasUsableProfile() ? kProfileTimeoutMs : kPersonTimeoutMs;
 }
 
 void LogFailure(const ConnectOutcome& outcome) {

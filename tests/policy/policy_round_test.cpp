@@ -238,8 +238,21 @@ TEST_F(PolicyRoundTest, OrderWithoutAProfileAsksTheUserAndClaimsNoConnection) {
       << "the first try is given up after 90 s, and ends during the second";
   Disconnect();
   RunFor(std::chrono::seconds(100));
-  EXPECT_EQ(order(cafe, u"<xml/>"), 1u) << "without a stored profile there is no time-out";
+  EXPECT_EQ(order(cafe, u"<xml/>"), 1u) << "without a stored profile a person may be asked";
   EXPECT_EQ(cafe->m_connect_good, 1);
+}
+
+// The wait holds the lock of all adapters and clients.
+TEST_F(PolicyRoundTest, OrderWhoseCompletionIsLostEndsByItself) {
+  const auto cafe = Add("Cafe", 3, 30);
+  cafe->m_GrantedAccess = platform::WLAN_READ_ACCESS;
+  wlan->connectMs = 24 * 3600 * 1000;
+  config->SetUIConnectRequest({u"Cafe", cafe->m_BSSIDText, u"<xml/>", false});
+  const auto before = kernel.Clock().GetTickCount64();
+  Round();
+  EXPECT_EQ(wlan->calls.size(), 3u);
+  EXPECT_EQ(kernel.Clock().GetTickCount64() - before, 3 * 600'000u + 2 * 2000u);
+  EXPECT_EQ(Value(value::kConnectStatus), u"error");
 }
 
 TEST_F(PolicyRoundTest, LogLinesLeaveTheCounterOfAnUnscannedEntry) {
