@@ -105,9 +105,13 @@ TEST_F(SuggestionScenario, OneThatLeavesTheAirIsWithdrawn) {
   ASSERT_EQ(TraceEvents(kBest).size(), 2u);
   EXPECT_EQ(TraceEvents(kBest).front().Text("bssid"), ApText(2)) << "nothing ends the event";
   EXPECT_EQ(TraceEvents(kBest).back().Text("bssid"), ApText(1));
-  AcceptSuggestion();  // too late
+  const std::uint64_t late = Now();
+  AcceptSuggestion();
   RunFor(30s);
   EXPECT_EQ(Text(value::kConnectStatus), u"error");
+  const auto connects = Events(AirEvent::kConnectStarted, late);
+  ASSERT_EQ(connects.size(), 1u) << "the network in use is connected anew";
+  EXPECT_EQ(connects.front().ssid, "Office");
   EXPECT_TRUE(IsOn(1));
 }
 
