@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdio>
 
 #include "platform/sim/world/world_loader.h"
 #include "platform/text_file.h"
@@ -19,6 +20,17 @@ namespace {
 // By then the first start has given every setting its default.
 constexpr std::uint64_t kModeAtMs = 8000;
 
+// What a capture holds that no access point could be made of, for whoever wonders where it is.
+void PrintCount(const std::string& file, const platform::sim::AirCount& count) {
+  const std::size_t odd = count.wild + count.noFrequency + count.noBssid;
+  if (odd == 0) return;
+  std::fprintf(
+      stderr,
+      "%s: of %zu beacons, %zu with a reading out of range (counts as unknown), %zu without "
+      "a frequency and %zu without a BSSID (left out)\n",
+      file.c_str(), count.lines, count.wild, count.noFrequency, count.noBssid);
+}
+
 }  // namespace
 
 World WorldOf(const Arguments& arguments) {
@@ -27,8 +39,10 @@ World WorldOf(const Arguments& arguments) {
     throw UsageError("one world, or --air and a file");
   const std::string& file = air ? *air : arguments.Rest()[0];
   const std::string text = platform::ReadTextFile(file);
+  platform::sim::AirCount count;
   World world =
-      air ? platform::sim::WorldFromAir(text, file) : platform::sim::ParseWorld(text, file);
+      air ? platform::sim::WorldFromAir(text, file, &count) : platform::sim::ParseWorld(text, file);
+  if (air) PrintCount(file, count);
   if (const auto mode = arguments.Value("--mode")) SetMode(&world, *mode);
   return world;
 }

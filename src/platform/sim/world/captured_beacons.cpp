@@ -15,11 +15,17 @@ CapturedBeacon ReadCapturedBeacon(const std::string& line, const std::string& pl
   std::string bytes;
   if (!ReadHex(hex.Text(), &bytes)) hex.Fail("wants pairs of hexadecimal digits");
   out.elements.assign(bytes.begin(), bytes.end());
-  if (const auto rssi = fields.Find("rssi_dbm"); rssi && !rssi->Value().IsNull()) {
-    out.rssiDbm = rssi->Number(-120.0, 0.0);
-  }
-  if (const JsonNode frequency = fields.Need("freq_mhz"); !frequency.Value().IsNull()) {
-    out.freqMhz = static_cast<ULONG>(frequency.Integer(2000, 7200));
+  const auto reading = [&out](const JsonNode& node, double least, double most) {
+    std::optional<double> value;
+    if (node.Value().IsNull()) return value;
+    if (!node.Value().IsNumber()) node.Fail("wants a number or null");
+    const double number = node.Value().GetDouble();
+    (number >= least && number <= most) ? void(value = number) : void(out.wild = true);
+    return value;
+  };
+  if (const auto rssi = fields.Find("rssi_dbm")) out.rssiDbm = reading(*rssi, -120.0, 0.0);
+  if (const auto mhz = reading(fields.Need("freq_mhz"), 2000.0, 7200.0)) {
+    out.freqMhz = static_cast<ULONG>(*mhz);
   }
   return out;
 }

@@ -12,14 +12,16 @@ namespace corvane::platform::sim {
 
 struct CapturedBeacon {
   std::string id;
-  Mac bssid{};
+  Mac bssid{};                   // all zero where the frame had none
   std::optional<ULONG> freqMhz;  // centre frequency; none when it is not known
   std::optional<double> rssiDbm;
+  bool wild = false;                   // a reading was out of all range, and is left out
   std::vector<std::uint8_t> elements;  // as captured, without fixed fields and FCS
 };
 
-// Reads one line; members that it does not use may hold anything. Throws WorldError, which names
-// the place given, for a line that is not understood.
+// Reads one line; members that it does not use may hold anything. Receivers report signals and
+// frequencies that cannot be: such a reading counts as none. Throws WorldError, which names the
+// place given, for a line that is not understood.
 CapturedBeacon ReadCapturedBeacon(const std::string& line, const std::string& place);
 
 // Calls visit(line, place) for each line that is not blank; the place is "file: line n".

@@ -172,6 +172,7 @@ AccessPoint ReadAccessPoint(const JsonNode& node, const World& world) {
   AccessPoint out;
   const JsonNode bssid = fields.Need("bssid");
   out.bssid = bssid.MacAddress();
+  if (out.bssid == Mac{}) bssid.Fail("is no address of an access point");
   const bool known =
       std::any_of(world.accessPoints.begin(), world.accessPoints.end(),
                   [&](const AccessPoint& other) { return other.bssid == out.bssid; });

@@ -42,23 +42,28 @@ Adapter ListeningAdapter() {
 
 }  // namespace
 
-World WorldFromAir(const std::string& jsonlText, const std::string& fileName) {
+World WorldFromAir(const std::string& jsonlText, const std::string& fileName, AirCount* count) {
+  AirCount unused;
+  AirCount& counted = count ? *count : unused;
   World world;
   world.name = fileName;
   world.adapters.push_back(ListeningAdapter());
-  ForEachCapturedLine(
-      jsonlText, fileName, [&world](const std::string& line, const std::string& place) {
-        const CapturedBeacon heard = ReadCapturedBeacon(line, place);
-        if (!heard.freqMhz) return;
-        const auto earlier =
-            std::find_if(world.accessPoints.begin(), world.accessPoints.end(),
-                         [&](const AccessPoint& known) { return known.bssid == heard.bssid; });
-        if (earlier == world.accessPoints.end()) {
-          world.accessPoints.push_back(AccessPointOf(heard));
-        } else {
-          *earlier = AccessPointOf(heard);
-        }
-      });
+  ForEachCapturedLine(jsonlText, fileName, [&](const std::string& line, const std::string& place) {
+    const CapturedBeacon heard = ReadCapturedBeacon(line, place);
+    ++counted.lines;
+    if (heard.wild) ++counted.wild;
+    if (!heard.freqMhz) ++counted.noFrequency;
+    if (heard.bssid == Mac{}) ++counted.noBssid;
+    if (!heard.freqMhz || heard.bssid == Mac{}) return;
+    const auto earlier =
+        std::find_if(world.accessPoints.begin(), world.accessPoints.end(),
+                     [&](const AccessPoint& known) { return known.bssid == heard.bssid; });
+    if (earlier == world.accessPoints.end()) {
+      world.accessPoints.push_back(AccessPointOf(heard));
+    } else {
+      *earlier = AccessPointOf(heard);
+    }
+  });
   return world;
 }
 

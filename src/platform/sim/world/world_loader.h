@@ -18,9 +18,16 @@ World ParseWorld(const std::string& jsonText, const std::string& fileName);
 
 // A world out of captured beacons, one JSON object a line: one HE-capable, disconnected adapter
 // that hears each line's BSS at its `rssi_dbm`, -60 where it has none. A later line replaces an
-// earlier one of its BSSID; lines without `freq_mhz` are left out. No profiles, nothing in the
-// network list. Throws WorldError with the number of a bad line.
-World WorldFromAir(const std::string& jsonlText, const std::string& fileName);
+// earlier one of its BSSID. No profiles, nothing in the network list. Throws WorldError with the
+// number of a bad line.
+struct AirCount {
+  std::size_t lines = 0;
+  std::size_t wild = 0;         // with a reading out of all range, which counts as none
+  std::size_t noFrequency = 0;  // left out
+  std::size_t noBssid = 0;      // all zero: left out
+};
+World WorldFromAir(const std::string& jsonlText, const std::string& fileName,
+                   AirCount* count = nullptr);
 
 // The world that the program carries in itself.
 World BuiltInWorld();
