@@ -26,11 +26,35 @@ const BYTE* Find(const std::vector<BYTE>& elements, BYTE id, std::size_t bytes) 
   return nullptr;
 }
 
-// In 6 GHz there are no HT elements; what is built for that band is wide.
-bool IsWideBand(const std::vector<BYTE>& elements) { return !Find(elements, 45, 5); }
+// The same of an element with an extended id, from the byte behind it on.
+const BYTE* FindExtended(const std::vector<BYTE>& elements, BYTE extendedId, std::size_t bytes) {
+  constexpr BYTE kExtension = 255;
+  for (std::size_t i = 0; i + 2 <= elements.size();) {
+    const std::size_t length = elements[i + 1];
+    if (i + 2 + length > elements.size()) return nullptr;
+    if (elements[i] == kExtension && length >= bytes + 1 && elements[i + 2] == extendedId) {
+      return &elements[i + 3];
+    }
+    i += 2 + length;
+  }
+  return nullptr;
+}
+
+// Where there are no HT elements, in 6 GHz, the width stands in the HE operation element (IEEE
+// 802.11ax-2021, clause 9.4.2.249): behind the fields that its parameters announce.
+int Width6GHz(const std::vector<BYTE>& elements) {
+  constexpr BYTE kHeOperation = 36;
+  constexpr int kParameters = 3, kColourAndMcs = 3, kVhtInformation = 3, kControl = 1;
+  const BYTE* he = FindExtended(elements, kHeOperation, kParameters);
+  if (!he || (he[2] & 0x2) == 0) return 20;
+  const int skipped = ((he[1] & 0x40) ? kVhtInformation : 0) + ((he[1] & 0x80) ? 1 : 0);
+  const int control = kParameters + kColourAndMcs + skipped + kControl;
+  he = FindExtended(elements, kHeOperation, static_cast<std::size_t>(control) + 1);
+  return he ? 20 << (he[control] & 0x3) : 20;
+}
 
 int WidthMhz(LONG phy, const std::vector<BYTE>& elements) {
-  if (phy == dot11_phy_type_he && IsWideBand(elements)) return 80;
+  if (phy == dot11_phy_type_he && !Find(elements, 45, 5)) return Width6GHz(elements);
   const BYTE* ht = Find(elements, 61, 2);
   const bool forty = ht && (ht[1] & 0x4) != 0;
   const BYTE* vht = phy >= dot11_phy_type_vht ? Find(elements, 192, 3) : nullptr;
@@ -39,9 +63,30 @@ int WidthMhz(LONG phy, const std::vector<BYTE>& elements) {
   return vht[0] >= 2 || distance == 8 || distance == 16 ? 160 : 80;
 }
 
-ULONG Streams(const std::vector<BYTE>& elements) {
-  const BYTE* ht = Find(elements, 45, 5);
-  return !ht || ht[4] != 0 ? 2 : 1;
+// Spatial streams of a map with two bits each, 3 for one that is not there.
+int StreamsOfMap(const BYTE* map) {
+  int streams = 0;
+  for (int stream = 0; stream < 8; ++stream) {
+    if ((map[stream / 4] >> (stream % 4 * 2) & 0x3) != 3) streams = stream + 1;
+  }
+  return streams;
+}
+
+// What the access point receives by the newest generation that both have; 1 where it says nothing.
+int Streams(LONG phy, const std::vector<BYTE>& elements) {
+  constexpr BYTE kHeCapabilities = 35;
+  constexpr std::size_t kHeMap = 6 + 11, kVhtMap = 4, kHtMasks = 3;
+  int streams = 0;
+  if (phy == dot11_phy_type_he) {
+    if (const BYTE* he = FindExtended(elements, kHeCapabilities, kHeMap + 2)) {
+      streams = StreamsOfMap(he + kHeMap);
+    }
+  } else if (phy == dot11_phy_type_vht) {
+    if (const BYTE* vht = Find(elements, 191, kVhtMap + 2)) streams = StreamsOfMap(vht + kVhtMap);
+  } else if (const BYTE* ht = Find(elements, 45, kHtMasks + 4)) {
+    while (streams < 4 && ht[kHtMasks + static_cast<std::size_t>(streams)] != 0) ++streams;
+  }
+  return std::max(streams, 1);
 }
 
 int RankOf(LONG phy) {
@@ -72,7 +117,7 @@ LONG CommonPhy(const std::vector<LONG>& adapterPhys, LONG accessPointPhy) {
   return best == dot11_phy_type_unknown ? accessPointPhy : best;
 }
 
-ULONG LinkRateKbps(LONG phy, const std::vector<BYTE>& elements, double dbm) {
+ULONG LinkRateKbps(LONG phy, const std::vector<BYTE>& elements, double dbm, int streams) {
   if (RankOf(phy) <= 1) return dbm > -80 ? 11'000 : dbm > -86 ? 5'500 : 1'000;
   const int width = RankOf(phy) <= 2 ? 20 : WidthMhz(phy, elements);
   // Twice the width needs 3 dB more.
@@ -91,8 +136,9 @@ ULONG LinkRateKbps(LONG phy, const std::vector<BYTE>& elements, double dbm) {
                                : width >= 80 ? 234u
                                : width >= 40 ? 108u
                                              : 52u);
+  const int common = std::min(streams, Streams(phy, elements));
   const double symbolUs = he ? 13.6 : 3.6;
-  return static_cast<ULONG>(carriers * Streams(elements) * bits / 6.0 * 1000.0 / symbolUs);
+  return static_cast<ULONG>(carriers * static_cast<ULONG>(common) * bits / 6.0 * 1000.0 / symbolUs);
 }
 
 }  // namespace corvane::platform::sim

@@ -11,6 +11,7 @@ LONG CommonPhy(const std::vector<LONG>& adapterPhys, LONG accessPointPhy);
 // The rate that a driver reports at this signal, in kbit/s: two streams at most, in the width that
 // the elements tell, by the modulation that the signal carries (IEEE 802.11-2020, clauses 17, 19
 // and 21; IEEE 802.11ax, clause 27).
-ULONG LinkRateKbps(LONG phy, const std::vector<BYTE>& elements, double dbm);
+// `streams`: that the adapter has; the link uses those that both sides have.
+ULONG LinkRateKbps(LONG phy, const std::vector<BYTE>& elements, double dbm, int streams = 2);
 
 }  // namespace corvane::platform::sim

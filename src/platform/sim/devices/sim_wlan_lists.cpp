@@ -143,7 +143,7 @@ WLAN_CONNECTION_ATTRIBUTES ConnectionAttributes(const SimMachine& machine,
   association.uDot11PhyIndex =
       phy == data.phys.end() ? 0 : static_cast<ULONG>(phy - data.phys.begin());
   association.wlanSignalQuality = LinkQualityOf(link.dbm);
-  ULONG rate = LinkRateKbps(association.dot11PhyType, ap.elements, link.dbm);
+  ULONG rate = LinkRateKbps(association.dot11PhyType, ap.elements, link.dbm, data.streams);
   if (data.txLimitMbps > 0.0) rate = std::min(rate, static_cast<ULONG>(data.txLimitMbps * 1000.0));
   association.ulRxRate = association.ulTxRate = rate;
   WLAN_SECURITY_ATTRIBUTES& security = attributes.wlanSecurityAttributes;

@@ -166,6 +166,7 @@ struct Adapter {
   DWORD connectMs = 1500;       // from connection start to complete
   DWORD staleMs = 30'000;       // an access point not heard for so long leaves the BSS list
   int sensitivityDbm = -92;     // what is weaker is not heard
+  int streams = 2;              // spatial streams, 1 to 8
   double txLimitMbps = 0.0;     // cap on link rates; 0: none
   DriverRoaming roaming;
 };

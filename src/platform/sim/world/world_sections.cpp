@@ -181,6 +181,7 @@ Adapter ReadAdapter(const JsonNode& node, const World& world) {
   fields.Duration("connectTime", &out.connectMs);
   fields.Duration("staleAfter", &out.staleMs);
   fields.Integer("sensitivityDbm", -120, 0, &out.sensitivityDbm);
+  fields.Integer("streams", 1, 8, &out.streams);
   fields.Number("txLimitMbps", 0.0, 100'000.0, &out.txLimitMbps);
   if (const auto roaming = fields.Find("roaming")) out.roaming = ReadRoaming(*roaming);
   fields.Finish();

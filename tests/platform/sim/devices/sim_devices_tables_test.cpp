@@ -339,6 +339,12 @@ TEST(SimLinkRate, GrowsWithWidthAndFallsWithTheSignal) {
   EXPECT_EQ(LinkRateKbps(dot11_phy_type_ht, vht80, -40), 300'000u) << "HT uses 40 MHz at most";
   EXPECT_EQ(LinkRateKbps(dot11_phy_type_ofdm, vht80, -40), 54'000u);
   EXPECT_EQ(LinkRateKbps(dot11_phy_type_vht, vht80, -84), 65'000u);
+  EXPECT_EQ(LinkRateKbps(dot11_phy_type_vht, vht80, -40, 1), 433'333u) << "the adapter has one";
+  EXPECT_EQ(LinkRateKbps(dot11_phy_type_vht, vht80, -40, 4), 866'666u) << "the other side has two";
+  const auto wide = Beacon(u8"x").Channel6GHz(37).He160(2).Bytes();
+  EXPECT_EQ(LinkRateKbps(dot11_phy_type_he, wide, -30), 2'401'960u);
+  const auto narrow = Beacon(u8"x").Channel6GHz(37).He20(2).Bytes();
+  EXPECT_EQ(LinkRateKbps(dot11_phy_type_he, narrow, -30), 286'764u) << "6 GHz is not always wide";
   EXPECT_EQ(LinkRateKbps(dot11_phy_type_he, Beacon(u8"x").Channel(36).He80(2).Bytes(), -40),
             1'200'980u);
   EXPECT_EQ(CommonPhy({dot11_phy_type_ofdm, dot11_phy_type_ht}, dot11_phy_type_he),
