@@ -255,7 +255,7 @@ void SimWlanAdapter::ForgetFailures() {
   m_FailedPoints.clear();
 }
 
-// The most preferred profile with an access point that was heard, and the strongest of these; one
+// The most preferred profile with an access point that was heard, and the best of these; one
 // of a hidden network is looked for on the air. When all have failed it begins again with the
 // first.
 std::optional<SimWlanAdapter::ConnectRequest> SimWlanAdapter::NextInReach() {
@@ -263,7 +263,7 @@ std::optional<SimWlanAdapter::ConnectRequest> SimWlanAdapter::NextInReach() {
   for (const Profile& profile : m_Profiles.All()) {
     if (!profile.autoConnect || DeniedReason(profile.ssid) != WLAN_REASON_CODE_SUCCESS) continue;
     double dbm = 0.0;
-    const auto best = StrongestOf(profile.ssid, m_FailedPoints, &dbm);
+    const auto best = PreferredOf(profile.ssid, m_FailedPoints, &dbm);
     if (!best || (!profile.nonBroadcast && !heard.Find(*best))) continue;
     return ConnectRequest{.cause = Cause::kOutside,
                           .mode = wlan_connection_mode_profile,

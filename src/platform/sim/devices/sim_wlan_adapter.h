@@ -92,6 +92,8 @@ class SimWlanAdapter {
   void LinkUp(std::size_t accessPoint, const ConnectRequest& request);
   void CheckLink();
   void Fall();  // scan, attempt and link end, as the adapter can no longer send
+  std::optional<std::size_t> PreferredOf(const std::string& ssid,
+                                         const std::set<std::size_t>& except, double* dbm) const;
   std::optional<std::size_t> StrongestOf(const std::string& ssid,
                                          const std::set<std::size_t>& except, double* dbm) const;
   std::optional<std::size_t> TargetOf(const ConnectRequest& request, double* dbm) const;

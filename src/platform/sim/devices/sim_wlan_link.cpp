@@ -279,6 +279,27 @@ void SimWlanAdapter::CheckLink() {
   }
 }
 
+// What the system itself takes of one name: a strong signal in 5 or 6 GHz counts for more than its
+// strength.
+std::optional<std::size_t> SimWlanAdapter::PreferredOf(const std::string& ssid,
+                                                       const std::set<std::size_t>& except,
+                                                       double* dbm) const {
+  std::optional<std::size_t> best;
+  double bestWeight = 0.0;
+  for (std::size_t i = 0; i < m_Machine.world.accessPoints.size(); ++i) {
+    const AccessPoint& ap = m_Machine.world.accessPoints[i];
+    if (ap.ssid != ssid || except.contains(i)) continue;
+    const auto signal = m_Machine.SignalFor(Data(), i);
+    if (!signal) continue;
+    const double weight = ConnectWeight(*signal, BandOf(ap.frequencyMhz));
+    if (best && weight <= bestWeight) continue;
+    best = i;
+    bestWeight = weight;
+    *dbm = *signal;
+  }
+  return best;
+}
+
 std::optional<std::size_t> SimWlanAdapter::StrongestOf(const std::string& ssid,
                                                        const std::set<std::size_t>& except,
                                                        double* dbm) const {
@@ -296,7 +317,7 @@ std::optional<std::size_t> SimWlanAdapter::StrongestOf(const std::string& ssid,
 std::optional<std::size_t> SimWlanAdapter::TargetOf(const ConnectRequest& request,
                                                     double* dbm) const {
   const auto& aps = m_Machine.world.accessPoints;
-  if (!request.bssid) return StrongestOf(request.ssid, {}, dbm);
+  if (!request.bssid) return PreferredOf(request.ssid, {}, dbm);
   for (std::size_t i = 0; i < aps.size(); ++i) {
     if (aps[i].bssid != *request.bssid || aps[i].ssid != request.ssid) continue;
     const auto signal = m_Machine.SignalFor(Data(), i);

@@ -123,6 +123,11 @@ bool IsAlive(const AccessPoint& accessPoint, std::uint64_t ms) {
                      [ms](const Span& span) { return span.Holds(ms); });
 }
 
+double ConnectWeight(double dbm, int band) {
+  constexpr double kWorthwhileDbm = -75.0, kBonusDb = 10.0;
+  return band >= 5 && dbm >= kWorthwhileDbm ? dbm + kBonusDb : dbm;
+}
+
 int BandOf(ULONG frequencyMhz) {
   if (2000 <= frequencyMhz && frequencyMhz < 3000) return 2;
   if (5150 <= frequencyMhz && frequencyMhz < 5925) return 5;

@@ -30,6 +30,10 @@ ULONG LinkQualityOf(double dbm);
 
 bool IsAlive(const AccessPoint& accessPoint, std::uint64_t ms);
 
+// How the system's own connect compares the access points of a name: 5 and 6 GHz are worth 10 dB
+// while the signal there is good enough to be worthwhile.
+double ConnectWeight(double dbm, int band);
+
 // The band of a frequency in MHz: 2, 5, 6, or 0.
 int BandOf(ULONG frequencyMhz);
 

@@ -110,6 +110,13 @@ TEST(Walk, ANewOneCutsOffTheOldWhereTheMachineIs) {
   EXPECT_EQ(PositionAt(path, 12'000).x, 2);  // what was stays
 }
 
+TEST(ConnectOfTheSystem, PrefersAWorthwhileSignalAbove2GHz) {
+  EXPECT_GT(ConnectWeight(-60, 5), ConnectWeight(-51, 2));
+  EXPECT_LT(ConnectWeight(-60, 5), ConnectWeight(-49, 2));
+  EXPECT_GT(ConnectWeight(-75, 6), ConnectWeight(-70, 2));
+  EXPECT_LT(ConnectWeight(-76, 5), ConnectWeight(-70, 2)) << "too weak to be worthwhile";
+}
+
 TEST(Bands, AtTheirEdges) {
   struct Case {
     ULONG mhz;
