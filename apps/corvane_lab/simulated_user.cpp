@@ -20,11 +20,13 @@ void SimulatedUser::Look(std::uint64_t nowMs) {
     Sight& sight = m_Sights[static_cast<std::size_t>(i)];
     WString bssid;
     if (!config->GetString(value::kSuggestedNetworkBSSID, &bssid)) continue;
-    if (bssid != sight.bssid) {
-      const bool yes = !bssid.empty() && m_Random.Below(2) == 1;
+    if (bssid != sight.bssid && !bssid.empty()) {
+      const bool yes = m_Random.Below(2) == 1;
       sight.bssid = bssid;
       sight.answerMs =
           yes ? nowMs + kFastestAnswerMs + m_Random.Below(kSlowestAnswerMs - kFastestAnswerMs) : 0;
+    } else if (bssid.empty() && sight.answerMs == 0) {
+      sight.bssid.clear();  // the same access point suggested anew is a new question
     } else if (sight.answerMs != 0 && nowMs >= sight.answerMs) {
       sight.answerMs = 0;
       config->OpenNoDelay(kNoDelayMs);
