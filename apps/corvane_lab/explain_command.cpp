@@ -19,18 +19,38 @@ namespace {
 constexpr std::chrono::minutes kLongestRound(10);
 
 void PrintEntry(const RoundRecord& round, std::size_t place, const EntryRecord& entry) {
-  std::printf("%s\n", FormatA("%4s  %s %s  score %i  quality %u  counter %i  %s",
-                              place ? std::to_string(place) : "",
-                              entry.ssid.empty() ? "(no name)" : entry.ssid, entry.bssid,
-                              entry.score, entry.quality, entry.counter, ReasonText(round, entry))
-                          .c_str());
+  std::printf(
+      "%s\n",
+      FormatA("%4s  %s %s  %s  quality %u  counter %i  %s", place ? std::to_string(place) : "",
+              entry.ssid.empty() ? "(no name)" : entry.ssid, entry.bssid, ScoreText(entry.score),
+              entry.quality, entry.counter, ReasonText(round, entry))
+          .c_str());
   if (!entry.terms.empty()) std::printf("        %s\n", entry.terms.c_str());
+}
+
+std::string Seconds(std::uint64_t ms) { return FormatA("%llu.%03llu s", ms / 1000, ms % 1000); }
+
+// What changes the way a switch is made, and what would end it.
+void PrintHolds(const RoundRecord& round) {
+  if (round.systemConnected) {
+    std::printf(
+        "  The system made the connection, not the service: what autoswitch would do is asked by "
+        "the "
+        "dialog, until the service itself connects or the PC resumes.\n");
+  }
+  if (round.movedMs) {
+    std::printf(
+        "  Somebody else moved the adapter at %s: no switch until it is on another network, "
+        "without a "
+        "connection for 30 s, leaves a denied access point, or a client orders a connect.\n",
+        Seconds(*round.movedMs).c_str());
+  }
 }
 
 void PrintPolicy(const RoundRecord& round) {
   const std::string at = round.connected
-                             ? FormatA("Connected to %s %s, score %i, quality %u", round.ssid,
-                                       round.bssid, round.score, round.quality)
+                             ? FormatA("Connected to %s %s, %s, quality %u", round.ssid,
+                                       round.bssid, ScoreText(round.score), round.quality)
                              : std::string("Not connected");
   std::printf("  %s. Mode %s.\n", at.c_str(), round.mode);
   std::printf(
@@ -49,8 +69,6 @@ void PrintPolicy(const RoundRecord& round) {
   for (const EntryRecord& entry : round.others) PrintEntry(round, 0, entry);
 }
 
-std::string Seconds(std::uint64_t ms) { return FormatA("%llu.%03llu s", ms / 1000, ms % 1000); }
-
 void Print(const RoundRecord& round) {
   std::printf("%s\n", FormatA("adapter %i, round %llu, from %s to %s", round.adapter, round.number,
                               Seconds(round.beganMs),
@@ -58,29 +76,44 @@ void Print(const RoundRecord& round) {
                           .c_str());
   const std::string outcome = OutcomeText(round);
   std::printf("  %s\n", outcome.empty() ? "Nothing was decided." : outcome.c_str());
+  PrintHolds(round);
   if (round.hasPolicy) PrintPolicy(round);
 }
 
-// The rounds that are asked for, by adapter: as they have ended, or the number to wait for.
-struct Wanted {
-  std::map<int, std::uint64_t> running;
-  std::map<int, RoundRecord> rounds;
+// The rounds that run at a time, by adapter: each that has begun by then and has not ended before.
+// Of an adapter without one, that is between two rounds, the last that has ended.
+class Wanted {
+ public:
+  explicit Wanted(std::uint64_t atMs) : m_AtMs(atMs) {}
 
+  // Each round as it ends.
   static void Take(const RoundRecord& round, void* context) {
     auto& self = *static_cast<Wanted*>(context);
-    const auto wanted = self.running.find(round.adapter);
-    if (wanted == self.running.end() || wanted->second != round.number) return;
-    self.rounds[round.adapter] = round;
-    self.running.erase(wanted);
+    if (round.beganMs > self.m_AtMs) return;
+    auto& rounds = self.m_Rounds[round.adapter];
+    if (!rounds.empty() && rounds.back().endedMs < self.m_AtMs) rounds.clear();
+    rounds.push_back(round);
   }
-  static bool HaveEnded(void* context) { return static_cast<Wanted*>(context)->running.empty(); }
+  const std::vector<RoundRecord>& Of(int adapter) { return m_Rounds[adapter]; }
 
-  // As they stand at the moment.
-  void Ask(const RoundRecorder& recorder, int adapter) {
-    const RoundRecord* round = recorder.Latest(adapter);
-    if (!round) return;
-    rounds[adapter] = *round;
-    if (!round->ended) running[adapter] = round->number;
+ private:
+  const std::uint64_t m_AtMs;
+  std::map<int, std::vector<RoundRecord>> m_Rounds;
+};
+
+// Whether a round that began by the time asked for still runs.
+struct StillRunning {
+  const RoundRecorder& recorder;
+  std::uint64_t atMs;
+  int first, last;
+
+  static bool HaveEnded(void* context) {
+    const auto& self = *static_cast<const StillRunning*>(context);
+    for (int adapter = self.first; adapter <= self.last; ++adapter) {
+      const RoundRecord* round = self.recorder.Latest(adapter);
+      if (round && !round->ended && round->beganMs <= self.atMs) return false;
+    }
+    return true;
   }
 };
 
@@ -112,21 +145,26 @@ int ExplainCommand(const std::vector<std::string>& words) {
   options.seed = arguments.Number("--seed", 1);
   platform::sim::SimulatedPc pc(world, options);
   SimulatedUser user(options.seed);
-  Wanted wanted;
+  const std::uint64_t atMs = ParseDuration(*at);
+  Wanted wanted(atMs);
   RoundRecorder recorder(pc, world, true, &Wanted::Take, &wanted);
   ServiceRun service(pc);
   service.Start();
-  RunTo(pc, ParseDuration(*at), arguments.Has("--user") ? &user : nullptr);
-  for (int adapter = first; adapter <= last; ++adapter) wanted.Ask(recorder, adapter);
-  pc.RunUntil(&Wanted::HaveEnded, &wanted, kLongestRound, std::chrono::milliseconds(10));
+  // A round may begin in the very millisecond that is asked for.
+  RunTo(pc, atMs + 1, arguments.Has("--user") ? &user : nullptr);
+  StillRunning running{recorder, atMs, first, last};
+  pc.RunUntil(&StillRunning::HaveEnded, &running, kLongestRound, std::chrono::milliseconds(10));
   for (int adapter = first; adapter <= last; ++adapter) {
-    const auto round = wanted.rounds.find(adapter);
-    if (round == wanted.rounds.end()) {
-      std::printf("adapter %i has begun no round\n", adapter);
-    } else if (arguments.Has("--json")) {
-      std::printf("%s\n", RoundJson(round->second, RoundDetail::kAll).c_str());
-    } else {
-      Print(round->second);
+    std::vector<RoundRecord> rounds = wanted.Of(adapter);
+    const RoundRecord* latest = recorder.Latest(adapter);
+    if (latest && !latest->ended && latest->beganMs <= atMs) rounds.push_back(*latest);  // cut off
+    if (rounds.empty()) std::printf("adapter %i has begun no round\n", adapter);
+    for (const RoundRecord& round : rounds) {
+      if (arguments.Has("--json")) {
+        std::printf("%s\n", RoundJson(round, RoundDetail::kAll).c_str());
+      } else {
+        Print(round);
+      }
     }
   }
   return 0;

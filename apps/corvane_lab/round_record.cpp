@@ -5,6 +5,7 @@
 
 #include <algorithm>
 
+#include "foundation/format.h"
 #include "policy/policy.h"
 #include "policy/suggesting.h"
 #include "settings/global_config_container.h"
@@ -84,6 +85,10 @@ void Policy(JsonWriter& json, const RoundRecord& round, RoundDetail detail) {
 
 }  // namespace
 
+std::string ScoreText(int score) {
+  return score < 0 ? std::string("not scored yet") : FormatA("score %i", score);
+}
+
 // Steps about one access point stand behind its name, once.
 std::string OutcomeText(const RoundRecord& round) {
   std::string text;
@@ -129,6 +134,11 @@ std::string RoundJson(const RoundRecord& round, RoundDetail detail) {
     json.EndObject();
   }
   json.EndArray();
+  if (round.systemConnected) {
+    json.Key("system_connected");
+    json.Bool(true);
+  }
+  if (round.movedMs) Number(json, "moved_by_others_ms", static_cast<std::int64_t>(*round.movedMs));
   if (round.hasPolicy) Policy(json, round, detail);
   json.EndObject();
   return buffer.GetString();
@@ -146,6 +156,11 @@ void RoundRecorder::OnRoundBegins(int adapter, const CWlanInterface& interface) 
   next.adapter = m_Numbers.OfIndex(adapter);
   next.number = round.number + 1;
   next.beganMs = Now();
+  const auto config = interface.Config();
+  next.systemConnected = config->m_bForcePopupOverride;
+  if (config->GetRoamingInhibitTick() != 0) {
+    next.movedMs = Now() - std::min(config->GetRoamingInhibitAgeMs(), Now());
+  }
   round = std::move(next);
 }
 

@@ -44,10 +44,14 @@ struct RoundRecord {
   CandidateMargins margins;
   double mbps = 0.0, gateMbps = 0.0;
   bool realTimeAudio = false;
-  std::vector<EntryRecord> candidates;  // best first
-  std::vector<EntryRecord> others;      // in range, but not admitted
+  bool systemConnected = false;          // so autoswitch asks by the dialog
+  std::optional<std::uint64_t> movedMs;  // when somebody else moved the adapter, while that holds
+  std::vector<EntryRecord> candidates;   // best first
+  std::vector<EntryRecord> others;       // in range, but not admitted
 };
 
+// "score 77", or that there is none yet.
+std::string ScoreText(int score);
 // What the round decided, in a sentence.
 std::string OutcomeText(const RoundRecord& round);
 // The rule that settled the entry, or what else there is to say of it.

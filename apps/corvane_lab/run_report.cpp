@@ -48,6 +48,14 @@ bool IsTiresome(const RoundRecord& round) {
 
 }  // namespace
 
+std::string RunReport::PlaceText(const Place& at) {
+  if (at.bssid.empty()) {
+    return at.ssid.empty() ? std::string("an access point that is not known yet")
+                           : at.ssid + ", by an access point that is not known yet";
+  }
+  return FormatA("%s %s, %s, quality %u", at.ssid, at.bssid, ScoreText(at.score), at.quality);
+}
+
 void RunReport::Line(int adapter, const char* kind, const std::string& text) {
   const auto ms = static_cast<std::uint64_t>(m_pPc ? m_pPc->Now().count() : 0);
   rapidjson::StringBuffer buffer;
@@ -165,9 +173,10 @@ void RunReport::OnConnectEnded(int adapter, Cause cause, const std::string& ssid
     const AdapterView& view = View(adapter);
     const auto score = view.scores.find(bssid);
     const int to = score == view.scores.end() ? -1 : score->second;
-    why = view.at.bssid.empty()
-              ? FormatA(", score %i", to)
-              : FormatA(", score %i over %i of %s", to, view.at.score, view.at.bssid);
+    why = ", " + ScoreText(to);
+    if (!view.at.bssid.empty() && view.at.score >= 0) {
+      why += FormatA(" over %i of %s", view.at.score, view.at.bssid);
+    }
   }
   Line(adapter, cause == Cause::kProgram ? "switch" : "connected",
        FormatA("%s connected to %s %s%s", CauseText(cause), ssid, bssid, why));
@@ -208,7 +217,8 @@ void RunReport::SampleAdapter(int number, CWlanInterface& adapter) {
   if (connected) {
     const auto attributes = adapter.GetConnAttrs().wlanAssociationAttributes;
     at.ssid = WideToUtf8(SsidText(attributes.dot11Ssid));
-    at.bssid = MacTextA(ToMac(attributes.dot11Bssid));
+    const MacAddress bssid = ToMac(attributes.dot11Bssid);
+    if (!IsZero(bssid)) at.bssid = MacTextA(bssid);
     at.quality = attributes.wlanSignalQuality;
     at.score = adapter.GetScoreFromBssEntry(SsidText(attributes.dot11Ssid),
                                             ToMac(attributes.dot11Bssid), false);
@@ -216,9 +226,7 @@ void RunReport::SampleAdapter(int number, CWlanInterface& adapter) {
     if (at.score >= BestScoreLeft(number)) ++m_Summary.bestSeconds;
   }
   if (connected && (at.bssid != view.at.bssid || !view.connected)) {
-    Line(number, "at",
-         FormatA("is connected to %s %s, score %i, quality %u", at.ssid, at.bssid, at.score,
-                 at.quality));
+    Line(number, "at", FormatA("is connected to %s", PlaceText(at)));
   } else if (!connected && view.connected) {
     Line(number, "at", "is not connected");
   }
@@ -253,7 +261,8 @@ void RunReport::SampleCandidates(int number, CWlanInterface& adapter, int requir
       Line(number, "candidate",
            FormatA("candidate %s %s: round %i of %i, score %i%s", WideToUtf8(entry->m_SSIDW), bssid,
                    counter, required, entry->GetScore(false),
-                   view.connected ? FormatA(" against %i", view.at.score) : std::string()));
+                   view.connected && view.at.score >= 0 ? FormatA(" against %i", view.at.score)
+                                                        : std::string()));
     }
   }
   view.counters = std::move(counters);

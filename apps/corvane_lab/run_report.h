@@ -75,6 +75,7 @@ class RunReport : public platform::sim::IPcObserver {
     std::map<std::string, int> scores;    // of the last look, by BSSID
   };
 
+  static std::string PlaceText(const Place& at);
   void Line(int adapter, const char* kind, const std::string& text);
   void OnRound(const RoundRecord& round);
   void OnTraceEvent(const platform::TraceEvent& event);

@@ -1,19 +1,26 @@
 #include <gmock/gmock.h>
 
 #include "corvane_lab/commands.h"
+#include "corvane_lab/round_record.h"
 #include "support/source_dir.h"
 
 namespace corvane::lab {
 namespace {
 
 using testing::HasSubstr;
+using testing::Not;
 
-std::string Explain(const std::string& at, std::vector<std::string> more = {}) {
-  std::vector<std::string> words{test::SourceDir() + "/worlds/eight-hours.json", "--at", at};
+std::string ExplainWorld(const std::string& world, const std::string& at,
+                         std::vector<std::string> more = {}) {
+  std::vector<std::string> words{test::SourceDir() + "/worlds/" + world + ".json", "--at", at};
   words.insert(words.end(), more.begin(), more.end());
   testing::internal::CaptureStdout();
   EXPECT_EQ(ExplainCommand(words), 0);
   return testing::internal::GetCapturedStdout();
+}
+
+std::string Explain(const std::string& at, std::vector<std::string> more = {}) {
+  return ExplainWorld("eight-hours", at, std::move(more));
 }
 
 // A round that ends early is followed by the next one at the same instant.
@@ -23,6 +30,23 @@ TEST(ExplainCommandTest, TellsOfTheRoundThatRunsAtThatTime) {
   EXPECT_THAT(first, HasSubstr("adapter 0, round 1, "));
   EXPECT_THAT(first, HasSubstr("adapter 1 has begun no round")) << "the second worker starts later";
   EXPECT_THAT(Explain("2m", {"--adapter", "0", "--json"}), HasSubstr(R"(,"terms":"SIGQ()"));
+}
+
+// A round of no length and its successor run at the same instant.
+TEST(ExplainCommandTest, ReachesEachRoundOfAnInstant) {
+  const std::string text = Explain("1031898ms", {"--adapter", "1"});
+  EXPECT_THAT(text, HasSubstr("from 1031.898 s to 1031.898 s"));
+  EXPECT_THAT(text, HasSubstr("from 1031.898 s to 1032.898 s"));
+}
+
+TEST(ExplainCommandTest, TellsWhoHasConnectedAndWhoHasMoved) {
+  EXPECT_THAT(ExplainWorld("cold-start", "90s"),
+              HasSubstr("The system made the connection, not the service"));
+  EXPECT_THAT(ExplainWorld("driver-roams", "3m"),
+              HasSubstr("Somebody else moved the adapter at 1"));
+  EXPECT_THAT(ExplainWorld("driver-roams", "1m"), Not(HasSubstr("Somebody else")));
+  EXPECT_EQ(ScoreText(-1), "not scored yet");
+  EXPECT_EQ(ScoreText(0), "score 0");
 }
 
 }  // namespace
