@@ -9,6 +9,8 @@
 #include <thread>
 
 #include "host/temp_directory.h"
+#include "platform/linux/host_options.h"
+#include "support/source_dir.h"
 
 namespace corvane::test {
 
@@ -104,6 +106,17 @@ TEST_F(ProgramTest, ExplainsItself) {
   Program unknown(directory / "output", Environment(), {"--nonsense"});
   EXPECT_EQ(unknown.Wait(kLimit), 2);
   EXPECT_NE(unknown.Output().find("--nonsense"), std::string::npos);
+}
+
+// Whoever asks the wrapper hears the program's own words.
+TEST(RunScript, HelpHoldsThatOfTheProgram) {
+  std::FILE* pipe = popen(("bash " + SourceDir() + "/run --help").c_str(), "r");
+  ASSERT_TRUE(pipe);
+  std::string text;
+  char block[4096];
+  while (std::fgets(block, sizeof(block), pipe)) text += block;
+  EXPECT_EQ(pclose(pipe), 0);
+  EXPECT_NE(text.find(platform::linux_host::kHostHelp), std::string::npos) << text;
 }
 
 }  // namespace corvane::test
