@@ -40,7 +40,9 @@ endif()
 # The quickest linker at hand.
 find_program(mold_program mold)
 find_program(lld_program ld.lld)
-if(mold_program)
+if(WIN32)  # neither knows its format
+  target_link_options(corvane_options INTERFACE -static)
+elseif(mold_program)
   target_link_options(corvane_options INTERFACE -fuse-ld=mold)
 elseif(lld_program)
   target_link_options(corvane_options INTERFACE -fuse-ld=lld)

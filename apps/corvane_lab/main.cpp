@@ -5,6 +5,7 @@
 
 #include "corvane_lab/arguments.h"
 #include "corvane_lab/commands.h"
+#include "platform/text_file.h"
 
 namespace {
 
@@ -28,6 +29,7 @@ void PrintHelp(std::FILE* out) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  corvane::platform::WriteLinesAsTheyAre();
   std::vector<std::string> words(argv + 1, argv + argc);
   if (words.empty() || words[0] == "--help" || words[0] == "help") {
     PrintHelp(words.empty() ? stderr : stdout);

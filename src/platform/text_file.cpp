@@ -1,5 +1,10 @@
 #include "platform/text_file.h"
 
+#ifdef _WIN32
+#include <fcntl.h>
+#include <io.h>
+#endif
+
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -29,6 +34,12 @@ std::string ReadTextFile(const std::string& path) {
     text.append(block, got);
   if (std::ferror(file.get())) Fail(path, "read");
   return text;
+}
+
+void WriteLinesAsTheyAre() {
+#ifdef _WIN32
+  _setmode(_fileno(stdout), _O_BINARY);
+#endif
 }
 
 TextFileWriter::TextFileWriter(const std::string& path)

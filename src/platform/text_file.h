@@ -10,6 +10,10 @@ namespace corvane::platform {
 // std::runtime_error with the path and the system's reason.
 std::string ReadTextFile(const std::string& path);
 
+// From now on standard output holds the bytes that are written to it: a system that ends lines by
+// two of them adds none.
+void WriteLinesAsTheyAre();
+
 // Writes a new file beside the one of that name and puts it in its place at the end, so that
 // readers see the old text or the whole new one. Without Commit nothing is changed. A line that
 // could not be written makes Commit throw.

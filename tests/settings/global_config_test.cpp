@@ -129,7 +129,8 @@ TEST_F(GlobalConfig, FindsFilesInClientDirectoriesInListOrder) {
   EXPECT_FALSE(Global().SetClientDir(u"/b"));
   WString path;
   EXPECT_TRUE(Global().FindFileInClientDirs(u"tool.exe", &path));
-  EXPECT_EQ(path, u"/b/tool.exe");  // a directory of that name is no file
+  EXPECT_EQ(path, WString(u"/b") + platform::kPathSeparator +
+                      u"tool.exe");  // a directory of that name is no file
   EXPECT_FALSE(Global().FindFileInClientDirs(u"other.exe", &path));
 }
 

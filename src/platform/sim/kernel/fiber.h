@@ -1,13 +1,5 @@
 #pragma once
-#include <ucontext.h>
-
-#if defined(__SANITIZE_ADDRESS__)  // GCC's word for it
-#define CORVANE_ADDRESS_SANITIZER 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define CORVANE_ADDRESS_SANITIZER 1
-#endif
-#endif
+#include <memory>
 
 namespace corvane::platform::sim {
 
@@ -29,25 +21,8 @@ class Fiber {
   void SwitchTo(Fiber& next);
 
  private:
-  // As the C++ ABI for Itanium lays it out, section 2.2.2.
-  struct Exceptions {
-    void* caught;
-    unsigned uncaught;
-  };
-
-  static void Enter(unsigned high, unsigned low);
-  void Leaving(Fiber& next);
-  void Arrived();
-
-  ucontext_t m_Context;
-  Exceptions m_Exceptions{};
-  Body m_pBody = nullptr;
-  void* m_pArgument = nullptr;
-  void* m_pStack = nullptr;  // null: it runs on a stack that is not its own
-#if defined(CORVANE_ADDRESS_SANITIZER)
-  static thread_local Fiber* t_pLeft;
-  void* m_pSanitizer = nullptr;  // what the sanitizer keeps of it
-#endif
+  struct Context;  // by the system: fiber_posix.cpp, fiber_windows.cpp
+  std::unique_ptr<Context> m_pContext;
 };
 
 }  // namespace corvane::platform::sim
