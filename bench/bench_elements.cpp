@@ -4,8 +4,6 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <fstream>
-#include <iterator>
 #include <new>
 #include <string>
 #include <vector>
@@ -15,7 +13,7 @@
 #include "elements/ie_blob.h"
 #include "foundation/log_lines.h"
 #include "platform/sim/world/captured_beacons.h"
-#include "support/beacon.h"
+#include "platform/text_file.h"
 #include "support/source_dir.h"
 
 namespace {
@@ -60,34 +58,16 @@ HeardBeacon Heard(std::vector<std::uint8_t> elements, platform::ULONG mhz) {
   return beacon;
 }
 
-// The captured beacons, or some of the same kinds where they are absent.
-std::vector<HeardBeacon> Beacons(std::string* source) {
+// The captured beacons of which the frequency is known.
+std::vector<HeardBeacon> Beacons() {
   std::vector<HeardBeacon> beacons;
-  const std::string path = test::SourceDir() + "/../shared/captures/beacons.jsonl";
-  if (std::ifstream file(path); file) {
-    *source = "captured";
-    const std::string text{std::istreambuf_iterator<char>(file), {}};
-    platform::sim::ForEachCapturedLine(
-        text, path, [&](const std::string& line, const std::string& place) {
-          auto captured = platform::sim::ReadCapturedBeacon(line, place);
-          if (captured.freqMhz)
-            beacons.push_back(Heard(std::move(captured.elements), *captured.freqMhz));
-        });
-  }
-  if (!beacons.empty()) return beacons;
-  *source = "built";
-  using test::Beacon;
-  for (const Beacon& beacon :
-       {Beacon(u8"Open").Channel(1).Only80211b(),
-        Beacon(u8"Home").Channel(6).Ht20(2).Rsn({test::AKM_PSK}),
-        Beacon(u8"Office network").Channel(36).Vht80(4).Rsn({test::AKM_8021X}).QbssLoad(7, 80),
-        Beacon(u8"New one")
-            .Channel(100)
-            .He160(4)
-            .MuBeamformer()
-            .Rsn({test::AKM_SAE, test::AKM_PSK})}) {
-    beacons.push_back(Heard(beacon.Bytes(), beacon.FrequencyMhz()));
-  }
+  const std::string path = test::SourceDir() + "/tests/data/beacons.jsonl";
+  platform::sim::ForEachCapturedLine(
+      platform::ReadTextFile(path), path, [&](const std::string& line, const std::string& place) {
+        auto captured = platform::sim::ReadCapturedBeacon(line, place);
+        if (captured.freqMhz)
+          beacons.push_back(Heard(std::move(captured.elements), *captured.freqMhz));
+      });
   return beacons;
 }
 
@@ -102,8 +82,7 @@ void LoadOne(const HeardBeacon& beacon) {
 void Load(benchmark::State& state) {
   const bench::BenchPlatform os;
   g_DebugMask = kDefaultDebugMask & ~(DBG(26) | DBG(27) | DBG(44));  // the decoder's own lines
-  std::string source;
-  const std::vector<HeardBeacon> beacons = Beacons(&source);
+  const std::vector<HeardBeacon> beacons = Beacons();
   std::vector<std::size_t> allocations;
   std::size_t bytes = 0;
   for (const HeardBeacon& beacon : beacons) {
@@ -122,7 +101,7 @@ void Load(benchmark::State& state) {
   state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(bytes));
   state.counters["allocations_median"] = static_cast<double>(allocations[allocations.size() / 2]);
   state.counters["allocations_max"] = static_cast<double>(allocations.back());
-  state.SetLabel(std::to_string(beacons.size()) + " " + source + " beacons");
+  state.SetLabel(std::to_string(beacons.size()) + " captured beacons");
 }
 BENCHMARK(Load);
 
