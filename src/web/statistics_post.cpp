@@ -1,0 +1,93 @@
+#include "web/statistics_post.h"
+
+#include <algorithm>
+
+#include "platform/file_api.h"
+#include "settings/global_config_container.h"
+#include "web/web_log.h"
+#include "web/win_http_helper.h"
+
+namespace corvane {
+
+using namespace platform;
+
+namespace {
+
+constexpr DWORD kStopPosting = 401;
+
+// The signal counts, whether its value can be stored or not.
+void StopPosting() {
+  auto& config = CGlobalConfigContainer::GetInstance();
+  config.m_bEnablePost = false;
+  // A one-shot mode has not opened the configuration.
+  const auto open = config.GetRegistry();
+  const auto registry = open ? open : CRegistry::CreateObject(kHomeKeyPath);
+  registry->SetRegistryDWORDValue(u"EnablePost", 0);
+  LOG_INFO(u"PROXY RECEIVED ERROR: GOT STOP POST SIGNAL\n");
+}
+
+class CFileHandle {
+ public:
+  explicit CFileHandle(HANDLE file) : m_hFile(file) {}
+  ~CFileHandle() {
+    if (m_hFile) Os().files.CloseFile(m_hFile);
+  }
+  CFileHandle(const CFileHandle&) = delete;
+  CFileHandle& operator=(const CFileHandle&) = delete;
+  HANDLE Get() const { return m_hFile; }
+
+ private:
+  HANDLE m_hFile;
+};
+
+}  // namespace
+
+bool IsGoodAnswer(WStringView responseHeaders) {
+  return responseHeaders.find(u"200 OK") != responseHeaders.npos;
+}
+
+bool ProxySend(const std::string& body, bool bProxyFound) {
+  LOG_DEBUG(kWebLog, u"PROXY SEND --> %s", kStatisticsUrl);
+  CWinHTTPHelper helper(kStatisticsUrl);
+  helper.SetExtraHeaders1(
+      Format(u"Content-Type: multipart/form-data; "
+             u"boundary=---------------------------251332668624907\r\n"
+             u"Content-Length: %d\r\nProxy-Connection: Keep-Alive\r\nPragma: no-cache\r\n"
+             u"Connection: close\r\n",
+             static_cast<std::int64_t>(body.size())));
+  const DWORD code = helper.SyncSendHttpRequest(u"POST", !bProxyFound, bProxyFound,
+                                                reinterpret_cast<const BYTE*>(body.data()),
+                                                static_cast<DWORD>(body.size()));
+  if (code != ERROR_SUCCESS) {
+    LOG_DEBUG(kWebLog, u"PROXY SEND ERROR {SyncSendHttpRequest() failed}[rc=%lu]\n", code);
+  }
+  if (IsGoodAnswer(helper.GetResponseHeaders())) {
+    LOG_INFO(u"ProxySend: SUCCEEDED (GOT OK) [status code %lu][hdr %u, body %u bytes]\n",
+             helper.GetStatusCode(), helper.GetResponseHeaders().size(), helper.GetBytesReceived());
+    return true;
+  }
+  LOG_INFO(u"PROXY SEND ERROR [rc=%lu][status code %lu]\nhttpResponseHeader: %s\n", code,
+           helper.GetStatusCode(), helper.GetResponseHeaders());
+  LOG_INFO(u"httpResponseContent: %s\n", helper.GetResponseText());
+  if (helper.GetStatusCode() == kStopPosting) StopPosting();
+  return false;
+}
+
+bool ReadFileToString(const WString& path, std::string* text) {
+  constexpr std::size_t kPiece = 64 * 1024;
+  text->clear();
+  const CFileHandle file(Os().files.CreateFileW(path.c_str(), GENERIC_READ, OPEN_EXISTING));
+  if (!file.Get()) return false;
+  for (;;) {
+    const std::size_t size = text->size();
+    if (size > kMaxPostFile) return false;
+    text->resize(size + kPiece);
+    DWORD read = 0;
+    const bool good = Os().files.ReadFile(file.Get(), text->data() + size, kPiece, &read) != FALSE;
+    text->resize(size + std::min<std::size_t>(read, kPiece));
+    if (!good) return false;
+    if (read == 0) return true;
+  }
+}
+
+}  // namespace corvane
