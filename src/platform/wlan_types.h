@@ -167,7 +167,11 @@ struct WLAN_RADIO_STATE {
 static_assert(sizeof(WLAN_RADIO_STATE) == 772);
 
 // WLAN_CONNECTION_MODE
-enum : LONG { wlan_connection_mode_profile = 0, wlan_connection_mode_temporary_profile = 1 };
+enum : LONG {
+  wlan_connection_mode_profile = 0,
+  wlan_connection_mode_temporary_profile = 1,
+  wlan_connection_mode_discovery_secure = 2
+};
 
 struct WLAN_ASSOCIATION_ATTRIBUTES {
   DOT11_SSID dot11Ssid;

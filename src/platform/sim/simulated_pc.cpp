@@ -1,6 +1,9 @@
 #include "platform/sim/simulated_pc.h"
 
 #include "platform/sim/devices/sim_devices.h"
+#include "platform/sim/devices/sim_sockets.h"
+#include "platform/sim/devices/sim_web.h"
+#include "platform/sim/devices/sim_windows.h"
 #include "platform/sim/kernel/sim_kernel.h"
 #include "platform/sim/world/world.h"
 
@@ -31,6 +34,9 @@ struct SimulatedPc::Impl {
             .registry = kernel.Registry(),
             .session = kernel.Session(),
             .wlan = devices.Wlan(),
+            .http = devices.Web(),
+            .sockets = devices.Sockets(),
+            .windows = devices.Windows(),
         } {
     for (const ProgramFile& file : world.files) {
       kernel.Files().Write(SimFiles::kProgramFolder + (u"/" + file.name), file.text);

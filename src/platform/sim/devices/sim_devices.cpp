@@ -4,7 +4,10 @@
 #include "platform/sim/devices/sim_network_list.h"
 #include "platform/sim/devices/sim_perf_counters.h"
 #include "platform/sim/devices/sim_power.h"
+#include "platform/sim/devices/sim_sockets.h"
 #include "platform/sim/devices/sim_timeline.h"
+#include "platform/sim/devices/sim_web.h"
+#include "platform/sim/devices/sim_windows.h"
 #include "platform/sim/devices/sim_wlan.h"
 #include "platform/sim/world/world_loader.h"
 
@@ -21,7 +24,10 @@ struct SimDevices::Impl {
         networkList(machine, host.gate, adapters, traffic),
         perfCounters(machine, host.gate, adapters, traffic),
         power(machine, host.gate, host.threads),
-        timeline({machine, clients, adapters, traffic, power, host.registry, host.session,
+        web(machine, host.gate, host.threads),
+        windows(host.gate, host.threads, host.session),
+        sockets(host.gate),
+        timeline({machine, clients, adapters, traffic, power, web, host.registry, host.session,
                   host.pressKey, host.pressKeyContext}) {
     for (std::size_t i = 0; i < world.adapters.size(); ++i) {
       adapters.push_back(
@@ -49,6 +55,9 @@ struct SimDevices::Impl {
   SimNetworkList networkList;
   SimPerfCounters perfCounters;
   SimPower power;
+  SimWeb web;
+  SimWindows windows;
+  SimSockets sockets;
   SimTimeline timeline;
 };
 
@@ -71,6 +80,9 @@ IpHelperApi& SimDevices::IpHelper() { return m_pImpl->ipHelper; }
 NetworkListApi& SimDevices::NetworkList() { return m_pImpl->networkList; }
 PerfCounterApi& SimDevices::PerfCounters() { return m_pImpl->perfCounters; }
 PowerApi& SimDevices::Power() { return m_pImpl->power; }
+SimWeb& SimDevices::Web() { return m_pImpl->web; }
+SimWindows& SimDevices::Windows() { return m_pImpl->windows; }
+SimSockets& SimDevices::Sockets() { return m_pImpl->sockets; }
 
 void SimDevices::Do(const char* actionJson) {
   m_pImpl->loop.WithLock(
@@ -83,7 +95,9 @@ SimDevices::Outstanding SimDevices::CountOutstanding() {
   return {.wlanClients = m_pImpl->loop.WithLock([this] { return m_pImpl->clients.Count(); }),
           .wlanBuffers = static_cast<std::size_t>(m_pImpl->wlan.BuffersOut()),
           .networkListObjects = static_cast<std::size_t>(m_pImpl->networkList.ObjectsOut()),
-          .perfCounterHandles = m_pImpl->perfCounters.OpenHandles()};
+          .perfCounterHandles = m_pImpl->perfCounters.OpenHandles(),
+          .webObjects = m_pImpl->web.Outstanding(),
+          .socketUsers = static_cast<std::size_t>(m_pImpl->sockets.Users())};
 }
 
 }  // namespace corvane::platform::sim

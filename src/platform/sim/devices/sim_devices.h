@@ -20,6 +20,9 @@ namespace corvane::platform::sim {
 
 class IPcObserver;
 class SimSession;
+class SimSockets;
+class SimWeb;
+class SimWindows;
 struct World;
 
 // What the devices need of the machine they run in. All outlive the devices.
@@ -34,9 +37,9 @@ struct DeviceHost {
 };
 
 // The simulated devices of one world: adapters and air, network list, counters, interface table,
-// power. They keep time only by the host's clock and run their events on one thread of their own,
-// so they serve under virtual time and in real time alike. The same world, seed and calls give the
-// same answers.
+// power, the web, the tray's window. They keep time only by the host's clock and run their events
+// on one thread of their own, so they serve under virtual time and in real time alike. The same
+// world, seed and calls give the same answers.
 class SimDevices {
  public:
   SimDevices(const World& world, std::uint64_t seed, const DeviceHost& host);
@@ -51,6 +54,9 @@ class SimDevices {
   NetworkListApi& NetworkList();
   PerfCounterApi& PerfCounters();
   PowerApi& Power();
+  SimWeb& Web();
+  SimWindows& Windows();
+  SimSockets& Sockets();
 
   // Carries out one timeline action now, given as its JSON object ("docs/worlds.md"). Throws
   // std::invalid_argument with the reason for one that is not understood.
@@ -64,6 +70,8 @@ class SimDevices {
     std::size_t wlanBuffers = 0;
     std::size_t networkListObjects = 0;
     std::size_t perfCounterHandles = 0;
+    std::size_t webObjects = 0;
+    std::size_t socketUsers = 0;
     friend bool operator==(const Outstanding&, const Outstanding&) = default;
   };
   Outstanding CountOutstanding();

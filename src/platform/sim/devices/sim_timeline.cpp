@@ -36,6 +36,9 @@ void SimTimeline::Boot() {
   }
   for (const RegistryWrite& write : m.machine.world.registry) Write(write);
   SetSession(m.machine.world.session);
+  for (const DomainController& one : m.machine.world.domainControllers) {
+    if (m.session) m.session->SetDomainController(one.domain, one.name);
+  }
 }
 
 void SimTimeline::Carry(const Action& action) {
@@ -103,6 +106,12 @@ void SimTimeline::Carry(const Action& action) {
       break;
     case ActionKind::kProcess:
       SetProcess(action.text, action.on);
+      break;
+    case ActionKind::kWeb:
+      m.web.SetAnswer(action.answer);
+      break;
+    case ActionKind::kProxies:
+      m.machine.world.web.proxies = action.proxies;
       break;
     case ActionKind::kKey:
       if (m.pressKey) m.pressKey(m.pressKeyContext);

@@ -1,6 +1,7 @@
 #pragma once
 #include "platform/sim/devices/sim_interfaces.h"
 #include "platform/sim/devices/sim_power.h"
+#include "platform/sim/devices/sim_web.h"
 #include "platform/sim/devices/sim_wlan_clients.h"
 
 namespace corvane::platform {
@@ -20,6 +21,7 @@ class SimTimeline {
     SimWlanAdapters& adapters;
     SimTraffic& traffic;
     SimPower& power;
+    SimWeb& web;
     RegistryApi& registry;
     SimSession* session;  // null: the host has its own
     void (*pressKey)(void* context);

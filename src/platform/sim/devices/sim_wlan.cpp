@@ -8,6 +8,7 @@
 #include "platform/sim/devices/sim_wlan_reasons.h"
 #include "platform/sim/kernel/sim_text.h"
 #include "platform/sim/world/world_profile.h"
+#include "platform/sim/world/world_text.h"
 
 namespace corvane::platform::sim {
 
@@ -196,9 +197,26 @@ DWORD SimWlan::WlanGetNetworkBssList(HANDLE client, const GUID* adapter, const D
   });
 }
 
+// What the system makes up for a network that it has no profile of: its first access point's
+// security, and no key, as nobody is asked for one.
+Profile SimWlan::Discovered(const std::string& ssid) const {
+  Profile profile;
+  profile.ssid = ssid;
+  profile.name = FromUtf8(ssid);
+  for (const AccessPoint& ap : m_Machine.world.accessPoints) {
+    if (ap.ssid != ssid) continue;
+    profile.security.auth = ap.security.auth;
+    profile.security.cipher = ap.security.cipher;
+    break;
+  }
+  return profile;
+}
+
 DWORD SimWlan::FillRequest(SimWlanAdapter& adapter, const WLAN_CONNECTION_PARAMETERS& parameters,
                            SimWlanAdapter::ConnectRequest* request) const {
-  if (!parameters.strProfile || parameters.strProfile[0] == 0) return ERROR_INVALID_PARAMETER;
+  const bool discovery = parameters.wlanConnectionMode == wlan_connection_mode_discovery_secure;
+  const bool named = parameters.strProfile && parameters.strProfile[0] != 0;
+  if (named == discovery) return ERROR_INVALID_PARAMETER;
   Profile temporary;
   const Profile* profile = &temporary;
   request->mode = parameters.wlanConnectionMode;
@@ -209,6 +227,13 @@ DWORD SimWlan::FillRequest(SimWlanAdapter& adapter, const WLAN_CONNECTION_PARAME
       break;
     case wlan_connection_mode_temporary_profile:
       if (!ReadProfileXml(parameters.strProfile, &temporary)) return ERROR_BAD_PROFILE;
+      break;
+    case wlan_connection_mode_discovery_secure:
+      if (!parameters.pDot11Ssid) return ERROR_INVALID_PARAMETER;
+      profile = adapter.Profiles().FindForSsid(FromDot11(*parameters.pDot11Ssid));
+      if (profile) break;
+      temporary = Discovered(FromDot11(*parameters.pDot11Ssid));
+      profile = &temporary;
       break;
     default:
       return ERROR_INVALID_PARAMETER;

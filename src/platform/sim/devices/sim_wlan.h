@@ -67,6 +67,7 @@ class SimWlan final : public WlanApi {
   // Runs `serve(adapter)` under the devices' lock, once gate, handle and adapter are found good.
   template <class Serve>
   DWORD OnAdapter(const char* operation, HANDLE client, const GUID* guid, Serve&& serve);
+  Profile Discovered(const std::string& ssid) const;
   DWORD FillRequest(SimWlanAdapter& adapter, const WLAN_CONNECTION_PARAMETERS& parameters,
                     SimWlanAdapter::ConnectRequest* request) const;
   void* Give(const void* bytes, std::size_t size);

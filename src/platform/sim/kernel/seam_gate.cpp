@@ -6,7 +6,7 @@
 namespace corvane::platform::sim {
 
 bool NeverUnwinds(std::string_view operation) {
-  static constexpr std::array<std::string_view, 10> kNames = {
+  static constexpr std::array<std::string_view, 11> kNames = {
       "SetEvent",
       "TerminateThread",
       "WaitForSingleObject",
@@ -15,6 +15,7 @@ bool NeverUnwinds(std::string_view operation) {
       "WlanRegisterNotification",
       "FlushOutput",
       "EventUnregister",
+      "WSACleanup",
       "DestroyEnvironmentBlock",
       "PowerUnregisterSuspendResumeNotification"};
   return operation.find("Close") != operation.npos || operation.find("Free") != operation.npos ||

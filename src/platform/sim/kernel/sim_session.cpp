@@ -14,6 +14,8 @@ namespace corvane::platform::sim {
 namespace {
 
 constexpr DWORD kIdleProcess = 0;
+constexpr char16_t kOwnProgram[] = u"Corvane.exe";
+constexpr DWORD kOwnRunMs = 200;
 constexpr DWORD kMaxKept = 1000;  // launches and commands that nobody took
 
 // The program that a command line names: its first word, ".exe" behind it where it has no
@@ -47,9 +49,10 @@ SimSession::SimSession(SeamGate& gate, ThreadApi& threads, ClockApi& clock)
     Install(name, {});
   }
   Install(u"cmd.exe", {.runMs = 200});
-  Install(u"Corvane.exe",
+  Install(kOwnProgram,
           {.output = R"({ "path":"/data/users/first/temp/", "proxy":"no", "proxy_cfg":"" })",
-           .runMs = 200});
+           .runMs = kOwnRunMs});
+  m_bOwnProgram = false;
 }
 
 SimSession::~SimSession() = default;
@@ -155,19 +158,29 @@ BOOL SimSession::CreateProcessAsUserW(HANDLE token, LPCWSTR, LPCWSTR commandLine
                                       BOOL inheritHandles, DWORD flags, void* environment, LPCWSTR,
                                       const STARTUPINFOW* startup, PROCESS_INFORMATION* process) {
   if (!Passes("CreateProcessAsUserW", ERROR_FILE_NOT_FOUND)) return FALSE;
+  const std::u16string name = ProgramOf(commandLine);
+  SimProgram program;
+  {
+    const std::lock_guard guard(m_Mutex);
+    if (!Find<Token>(token)) return FALSE;
+    if (environment && !Find<Environment>(environment)) return FALSE;
+    const auto found = m_Programs.find(FoldCase(name));
+    if (found == m_Programs.end()) return Fail(ERROR_FILE_NOT_FOUND);
+    program = found->second;
+  }
+  if (program.say) program.output = program.say();
+  const std::shared_ptr<IProgramRun> run = program.run ? program.run() : nullptr;
+  if (program.run && !run) return Fail(ERROR_FILE_NOT_FOUND);
   const ULONGLONG now = m_Clock.GetTickCount64();
   const std::lock_guard guard(m_Mutex);
   const Token* user = Find<Token>(token);
   if (!user) return FALSE;
-  if (environment && !Find<Environment>(environment)) return FALSE;
-  const std::u16string name = ProgramOf(commandLine);
-  const auto program = m_Programs.find(FoldCase(name));
-  if (program == m_Programs.end()) return Fail(ERROR_FILE_NOT_FOUND);
   KeepLast(&m_Launches,
            {commandLine, startup->lpDesktop ? startup->lpDesktop : u"", user->session, flags,
             environment != nullptr,
             (startup->dwFlags & STARTF_USESHOWWINDOW) != 0 && startup->wShowWindow == 0});
-  const ProcessPtr started = Start(name, program->second, now);
+  const ProcessPtr started = Start(name, std::move(program), now);
+  started->run = run;
   if (inheritHandles && (startup->dwFlags & STARTF_USESTDHANDLES)) {
     if (PipeEnd* end = Find<PipeEnd>(startup->hStdOutput)) end->pipe->writer = started;
   }
@@ -176,6 +189,8 @@ BOOL SimSession::CreateProcessAsUserW(HANDLE token, LPCWSTR, LPCWSTR commandLine
 }
 
 bool SimSession::HasEnded(const Process& process, ULONGLONG now) {
+  DWORD exitCode = 0;
+  if (process.run) return process.ended || process.run->HasEnded(&exitCode);
   return process.ended ||
          (process.program.runMs != INFINITE && now >= process.started + process.program.runMs);
 }
@@ -204,6 +219,10 @@ BOOL SimSession::GetExitCodeProcess(HANDLE handle, DWORD* exitCode) {
   const ProcessPtr* process = Find<ProcessPtr>(handle);
   if (!process) return FALSE;
   const Process& one = **process;
+  if (one.run && !one.ended) {
+    if (!one.run->HasEnded(exitCode)) *exitCode = STILL_ACTIVE;
+    return TRUE;
+  }
   *exitCode = one.ended ? one.exitCode : HasEnded(one, now) ? one.program.exitCode : STILL_ACTIVE;
   return TRUE;
 }
@@ -229,6 +248,7 @@ BOOL SimSession::CreatePipe(HANDLE* readEnd, HANDLE* writeEnd, const SECURITY_AT
 
 std::size_t SimSession::Available(const Pipe& pipe, ULONGLONG now) {
   if (!pipe.writer) return 0;
+  if (pipe.writer->run) return pipe.writer->run->Output().size() - pipe.read;
   const SimProgram& program = pipe.writer->program;
   const ULONGLONG writes = program.runMs == INFINITE ? 0 : program.runMs / 2;
   return now < pipe.writer->started + writes ? 0 : program.output.size() - pipe.read;
@@ -252,7 +272,11 @@ BOOL SimSession::ReadFile(HANDLE readEnd, void* buffer, DWORD size, DWORD* read)
   if (!end) return FALSE;
   Pipe& pipe = *end->pipe;
   const std::size_t count = std::min<std::size_t>(size, Available(pipe, now));
-  if (count > 0) std::memcpy(buffer, pipe.writer->program.output.data() + pipe.read, count);
+  if (count > 0) {
+    const Process& writer = *pipe.writer;
+    const std::string& output = writer.run ? writer.run->Output() : writer.program.output;
+    std::memcpy(buffer, output.data() + pipe.read, count);
+  }
   pipe.read += count;
   *read = static_cast<DWORD>(count);
   return TRUE;
@@ -318,6 +342,7 @@ BOOL SimSession::TerminateProcess(HANDLE handle, DWORD exitCode) {
   const ProcessPtr* process = Find<ProcessPtr>(handle);
   if (!process) return FALSE;
   if (HasEnded(**process, now)) return Fail(ERROR_ACCESS_DENIED);
+  if ((*process)->run) (*process)->run->End();
   (*process)->ended = true;
   (*process)->exitCode = exitCode;
   return TRUE;
@@ -388,6 +413,17 @@ BOOL SimSession::GetComputerNameExW(int nameType, char16_t* name, DWORD* size) {
   return TRUE;
 }
 
+DWORD SimSession::NetGetDCName(LPCWSTR, LPCWSTR domain, std::u16string* controller) {
+  constexpr DWORD kNoController = 2453;  // NERR_DCNotFound
+  if (const DWORD code = m_Gate.Enter("NetGetDCName", kNoController); code != ERROR_SUCCESS)
+    return code;
+  const std::lock_guard guard(m_Mutex);
+  const auto found = m_DomainControllers.find(FoldCase(ViewOf(domain)));
+  if (found == m_DomainControllers.end()) return kNoController;
+  *controller = found->second;
+  return ERROR_SUCCESS;
+}
+
 // ---- for worlds and tests
 // ---------------------------------------------------------------------------
 
@@ -399,6 +435,11 @@ void SimSession::SetWindows(std::vector<std::u16string> titles) {
 void SimSession::SetDnsDomain(std::u16string name) {
   const std::lock_guard guard(m_Mutex);
   m_DnsDomain = std::move(name);
+}
+
+void SimSession::SetDomainController(std::u16string_view domain, std::u16string name) {
+  const std::lock_guard guard(m_Mutex);
+  m_DomainControllers[FoldCase(domain)] = std::move(name);
 }
 
 void SimSession::SetConsoleSession(DWORD session) {
@@ -419,6 +460,13 @@ void SimSession::RemoveSession(DWORD session) {
 void SimSession::Install(std::u16string_view executable, SimProgram program) {
   const std::lock_guard guard(m_Mutex);
   m_Programs[FoldCase(executable)] = std::move(program);
+  if (FoldCase(executable) == FoldCase(kOwnProgram)) m_bOwnProgram = true;
+}
+
+void SimSession::SetOwnProgram(std::function<std::string()> say) {
+  const std::lock_guard guard(m_Mutex);
+  if (!m_bOwnProgram)
+    m_Programs[FoldCase(kOwnProgram)] = {.runMs = kOwnRunMs, .say = std::move(say)};
 }
 
 void SimSession::Uninstall(std::u16string_view executable) {

@@ -1,5 +1,6 @@
 #pragma once
 #include <cstdint>
+#include <functional>
 #include <list>
 #include <map>
 #include <memory>
@@ -20,11 +21,24 @@ namespace corvane::platform::sim {
 
 class SeamGate;
 
+// A run of a program that is real: a process of the host.
+class IProgramRun {
+ public:
+  virtual ~IProgramRun() = default;  // ends what still runs
+  virtual bool HasEnded(DWORD* exitCode) = 0;
+  virtual const std::string& Output() = 0;  // so far
+  virtual void End() = 0;
+};
+
 // A program of the simulated PC, as it behaves each time it is started.
 struct SimProgram {
   std::string output = {};  // standard output and error; written halfway through the run
   DWORD exitCode = 0;
   DWORD runMs = INFINITE;  // INFINITE: runs until it is ended
+  // Asked when it is started, on the starting thread and under no lock: the output, in the place of
+  // the one above; and a real run, in the place of all of them. Null from it: no such program.
+  std::function<std::string()> say = {};
+  std::function<std::shared_ptr<IProgramRun>()> run = {};
 };
 
 // Sessions, users and processes of the simulated PC. At start one user is logged on at the console
@@ -65,6 +79,7 @@ class SimSession final : public SessionApi {
   BOOL EnumWindows(WNDENUMPROC visit, void* context) override;
   int GetWindowTextW(HANDLE window, char16_t* title, int size) override;
   BOOL GetComputerNameExW(int nameType, char16_t* name, DWORD* size) override;
+  DWORD NetGetDCName(LPCWSTR server, LPCWSTR domain, std::u16string* controller) override;
   DWORD GetTempPathA(DWORD size, char* buffer) override;
 
   // What the program started through CreateProcessAsUserW.
@@ -81,6 +96,8 @@ class SimSession final : public SessionApi {
   void AddSession(DWORD session, bool user);  // or changes whether somebody is logged on there
   void RemoveSession(DWORD session);
   void Install(std::u16string_view executable, SimProgram program);
+  // What the service's own program says when it is started here, unless it was installed already.
+  void SetOwnProgram(std::function<std::string()> say);
   void Uninstall(std::u16string_view executable);
   DWORD StartProcess(std::u16string_view executable);  // outside of the program; gives its id
   void EndProcesses(std::u16string_view executable);   // all of the name, with exit code 0
@@ -90,6 +107,8 @@ class SimSession final : public SessionApi {
   // Titles of the windows that the program sees, none at start: it runs as a service.
   void SetWindows(std::vector<std::u16string> titles);
   void SetDnsDomain(std::u16string name);
+  // What NetGetDCName gives for a domain, by its name; every other has none.
+  void SetDomainController(std::u16string_view domain, std::u16string name);
 
   std::vector<Launch> TakeLaunches();
   std::vector<std::u16string> TakeCommands();  // what the command interpreter was given
@@ -101,6 +120,7 @@ class SimSession final : public SessionApi {
     std::u16string executable;
     SimProgram program = {};
     ULONGLONG started = 0;
+    std::shared_ptr<IProgramRun> run = {};
     bool ended = false;  // by TerminateProcess
     DWORD exitCode = 0;
   };
@@ -140,6 +160,7 @@ class SimSession final : public SessionApi {
   DWORD m_ConsoleSession = kFirstSession;
   std::map<DWORD, bool> m_Sessions;                 // whether a user is logged on
   std::map<std::u16string, SimProgram> m_Programs;  // by folded name
+  bool m_bOwnProgram = false;                       // was installed from outside
   std::list<ProcessPtr> m_Processes;
   DWORD m_LastProcessId = 1000;
   std::uintptr_t m_LastHandle = 0x700000;
@@ -151,6 +172,7 @@ class SimSession final : public SessionApi {
   std::string m_TempPath = "/data/temp/";
   std::vector<std::u16string> m_Windows;  // a window's handle is its position, counted from 1
   std::u16string m_DnsDomain = u"corvane.example";
+  std::map<std::u16string, std::u16string> m_DomainControllers;  // by folded domain
 };
 
 }  // namespace corvane::platform::sim

@@ -205,6 +205,45 @@ struct Session {
   std::vector<std::u16string> processes;  // names of programs that run there
 };
 
+// How a web host can be reached.
+enum class WebReach { kAnyWay, kDirect, kProxy, kNoWay };
+enum class WebCertificate { kGood, kUnknown, kRefused };
+
+// What a host of the web answers. The first that fits host and path does.
+struct WebAnswer {
+  std::string host;
+  std::string path;  // with the query; empty: every path of the host
+  WebReach reach = WebReach::kAnyWay;
+  WebCertificate certificate = WebCertificate::kGood;
+  DWORD status = 200;
+  std::string reason = "OK";
+  std::vector<std::string> headers;  // "Name: value"
+  std::string redirect;              // the whole address; goes out as Location
+  std::string body;
+  DWORD delayMs = 0;  // until the response begins
+};
+
+// What the PC knows of proxies: the user's settings, and what the network tells.
+struct WebProxies {
+  bool known = true;  // false: the user's settings can't be read
+  std::u16string proxy;
+  std::u16string bypass;
+  std::u16string configUrl;
+  std::u16string detectedUrl;    // that DHCP or DNS give; empty for none
+  std::u16string detectedProxy;  // that a configuration gives for every address; empty: it fails
+};
+
+struct Web {
+  std::vector<WebAnswer> answers;
+  WebProxies proxies;
+};
+
+// What NetGetDCName gives for a domain.
+struct DomainController {
+  std::u16string domain;
+  std::u16string name;  // "\\OFFICE-DC"
+};
+
 // The program's key below HKEY_LOCAL_MACHINE; an adapter's is the subkey of its GUID text.
 inline constexpr char16_t kHomeKey[] = u"SOFTWARE\\OstrelNetworks\\Corvane";
 
@@ -252,6 +291,8 @@ enum class ActionKind {
   kSession,           // session: from now on
   kProcess,           // text (name), on: a program of the session starts or ends
   kNotification,      // adapter, source, code, number: a bare notification of the WLAN service
+  kWeb,               // answer: in the place of the one of its host and path, or as a new one
+  kProxies,           // proxies: from now on
   kKey,               // the console key is pressed
 };
 
@@ -286,6 +327,8 @@ struct Action {
   Profile profile;
   Filter filter;
   Session session;
+  WebAnswer answer;
+  WebProxies proxies;
   std::string line;  // the action in a few words, for IPcObserver::OnTimeline
 };
 
@@ -307,6 +350,8 @@ struct World {
   double pathLossExponent = 3.0;
   Power power;
   Session session;
+  Web web;
+  std::vector<DomainController> domainControllers;
   std::vector<RegistryWrite> registry;  // what stands there before the program starts
   std::vector<ProgramFile> files;
   std::vector<Action> timeline;  // by rising time; entries of one time in the file's order

@@ -47,6 +47,8 @@ constexpr KindWord kKinds[] = {
     {"session", ActionKind::kSession},
     {"process", ActionKind::kProcess},
     {"notification", ActionKind::kNotification},
+    {"web", ActionKind::kWeb},
+    {"proxies", ActionKind::kProxies},
     {"key", ActionKind::kKey},
 };
 
@@ -203,6 +205,12 @@ void TakeMembers(JsonFields& fields, const World& world, Action* out) {
       out->source = static_cast<DWORD>(fields.Need("source").Integer(0, kMostDword));
       out->code = static_cast<DWORD>(fields.Need("code").Integer(0, kMostDword));
       fields.Integer("value", 0, kMostDword, &out->number);
+      break;
+    case ActionKind::kWeb:
+      TakeWebAnswer(fields, &out->answer);
+      break;
+    case ActionKind::kProxies:
+      TakeWebProxies(fields, &out->proxies);
       break;
     case ActionKind::kSuspend:
     case ActionKind::kResume:

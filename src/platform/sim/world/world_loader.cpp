@@ -103,6 +103,10 @@ World ParseWorld(const std::string& jsonText, const std::string& fileName) {
   fields.Each("files", [&](const JsonNode& item) { world.files.push_back(ReadFile(item)); });
   if (const auto machine = fields.Find("machine")) world.path = ReadMachine(*machine);
   if (const auto session = fields.Find("session")) world.session = ReadSession(*session);
+  if (const auto web = fields.Find("web")) world.web = ReadWeb(*web);
+  fields.Each("domainControllers", [&](const JsonNode& item) {
+    world.domainControllers.push_back(ReadDomainController(item));
+  });
   TakeAir(fields, &world);
   TakePower(fields, &world);
   TakeTimeline(fields, &world);

@@ -17,6 +17,8 @@ Neighbour ReadNeighbour(const JsonNode& node);
 Traffic ReadTraffic(const JsonNode& node, const World& world);
 Session ReadSession(const JsonNode& node);
 RegistryWrite ReadRegistry(const JsonNode& node, const World& world);
+Web ReadWeb(const JsonNode& node);
+DomainController ReadDomainController(const JsonNode& node);
 Action ReadAction(const JsonNode& node, const World& world);
 
 // Members that several parts share; each takes its members from `fields`.
@@ -24,6 +26,8 @@ void TakeFilter(JsonFields& fields, Filter* out);
 void TakeNeighbour(JsonFields& fields, Neighbour* out);
 void TakeRates(JsonFields& fields, Traffic* out);
 void TakeSession(JsonFields& fields, Session* out);
+void TakeWebAnswer(JsonFields& fields, WebAnswer* out);
+void TakeWebProxies(JsonFields& fields, WebProxies* out);
 void TakeRegistry(JsonFields& fields, const World& world, RegistryWrite* out);
 int TakeAdapter(JsonFields& fields, const World& world, int otherwise);
 
