@@ -32,13 +32,14 @@ std::string OwnerOf(int lock) {
 
 }  // namespace
 
-HostHome::HostHome(const std::string& path) : m_Path(path) {
+HostHome::HostHome(const std::string& path, bool share) : m_Path(path) {
   if (sim::ToUtf8(ToUtf16(path)) != path) Unusable(path, "its name is not UTF-8");
   std::error_code error;
   m_Path = std::filesystem::absolute(path, error).string();
   if (!error) std::filesystem::create_directories(m_Path + kDataFolder, error);
   if (error) Unusable(m_Path, error.message());
 
+  if (share) return;
   const std::string name = m_Path + "/lock";
   m_Lock = open(name.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
   if (m_Lock < 0) Unusable(m_Path, std::string("lock: ") + std::strerror(errno));
@@ -62,6 +63,8 @@ HostHome::HostHome(const std::string& path) : m_Path(path) {
 }
 
 // The file stays: without it, two that start at once could each lock a file of that name.
-HostHome::~HostHome() { close(m_Lock); }
+HostHome::~HostHome() {
+  if (m_Lock >= 0) close(m_Lock);
+}
 
 }  // namespace corvane::platform::linux_host

@@ -9,7 +9,8 @@ class HostHome {
  public:
   // Makes the directory where it is missing. Throws HostError when it cannot be written to, or when
   // another instance has it.
-  explicit HostHome(const std::string& path);
+  // With `share` it takes the directory whoever has it, and keeps nobody out.
+  explicit HostHome(const std::string& path, bool share = false);
   ~HostHome();
   HostHome(const HostHome&) = delete;
   HostHome& operator=(const HostHome&) = delete;

@@ -1,7 +1,9 @@
 #include "platform/linux/host_options.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstdlib>
+#include <filesystem>
 #include <string_view>
 
 #include "platform/linux/host_error.h"
@@ -27,6 +29,16 @@ std::string DefaultHome(Environment environment) {
   throw HostError("there is no home directory: set CORVANE_HOME to one");
 }
 
+std::vector<std::string> Words(const std::string& text) {
+  std::vector<std::string> words;
+  for (std::size_t at = 0; (at = text.find_first_not_of(' ', at)) != text.npos;) {
+    const std::size_t end = std::min(text.find(' ', at), text.size());
+    words.push_back(text.substr(at, end - at));
+    at = end;
+  }
+  return words;
+}
+
 double ParseSpeed(std::string_view text) {
   double speed = 0.0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), speed);
@@ -43,12 +55,18 @@ double ParseSpeed(std::string_view text) {
 
 const char* ProcessEnvironment(const char* name) { return std::getenv(name); }
 
+std::string OwnProgram() {
+  std::error_code error;
+  return std::filesystem::read_symlink("/proc/self/exe", error).string();
+}
+
 HostOptions ReadHostOptions(Environment environment) {
   HostOptions options{.home = ValueOf(environment, "CORVANE_HOME"),
                       .worldFile = ValueOf(environment, "CORVANE_WORLD")};
   if (options.home.empty()) options.home = DefaultHome(environment);
   const std::string speed = ValueOf(environment, "CORVANE_SPEED");
   if (!speed.empty()) options.speed = ParseSpeed(speed);
+  options.connectTo = Words(ValueOf(environment, "CORVANE_CONNECT_TO"));
   return options;
 }
 

@@ -5,6 +5,7 @@
 #include <chrono>
 #include <string>
 
+#include "platform/linux/host_child.h"
 #include "platform/linux/host_clock.h"
 #include "platform/linux/host_console.h"
 #include "platform/linux/host_crypto.h"
@@ -12,9 +13,12 @@
 #include "platform/linux/host_files.h"
 #include "platform/linux/host_gate.h"
 #include "platform/linux/host_home.h"
+#include "platform/linux/host_http.h"
 #include "platform/linux/host_threads.h"
 #include "platform/linux/sqlite_registry.h"
 #include "platform/sim/devices/sim_devices.h"
+#include "platform/sim/devices/sim_sockets.h"
+#include "platform/sim/devices/sim_windows.h"
 #include "platform/sim/kernel/sim_event_trace.h"
 #include "platform/sim/kernel/sim_session.h"
 #include "platform/utf.h"
@@ -26,12 +30,20 @@ namespace {
 constexpr std::uint64_t kSeed = 1;
 constexpr std::chrono::seconds kMostUnwinding{10};
 
+// Of this user, with a separator at its end.
+std::string TempDirectory() {
+  const char* value = ProcessEnvironment("TMPDIR");
+  std::string path = value && *value == '/' ? value : "/tmp";
+  if (!path.ends_with('/')) path += '/';
+  return path;
+}
+
 }  // namespace
 
 // In the order in which things may fail: the home directory comes before all that could start.
 struct LinuxHost::Impl {
   Impl(const HostOptions& options, const sim::World& world)
-      : home(options.home),
+      : home(options.home, options.shareHome),
         registry(gate, home.RegistryPath(), &notice),
         time(options.speed),
         clock(time),
@@ -40,6 +52,7 @@ struct LinuxHost::Impl {
         eventFile(home.Path() + "/events.jsonl", clock),
         files(gate, threads, ToUtf16(home.Path())),
         session(gate, threads, clock),
+        http(gate, threads, time, ReadHostProxies(&ProcessEnvironment), options.connectTo),
         devices(world, kSeed, deviceHost),
         platform{
             .threads = threads,
@@ -55,10 +68,19 @@ struct LinuxHost::Impl {
             .registry = registry,
             .session = session,
             .wlan = devices.Wlan(),
+            .http = http,
+            .sockets = devices.Sockets(),
+            .windows = devices.Windows(),
         } {
     if (!notice.empty()) console.WriteError("corvane: " + notice + "\n");
     eventTrace.SetObserver(&HostEventFile::Append, &eventFile);
     if (::isatty(STDIN_FILENO) == 1) session.SetWindows({u"Default IME"});
+    session.SetTempPath(TempDirectory());
+    if (!options.program.empty()) {
+      session.Install(u"Corvane.exe", {.run = [program = options.program] {
+                        return HostChild::Start(program, {"-u"});
+                      }});
+    }
     devices.SetObserver(options.observer);
     devices.Start();
     SetPlatform(&platform);
@@ -85,6 +107,7 @@ struct LinuxHost::Impl {
   HostEventFile eventFile;
   HostFiles files;
   sim::SimSession session;
+  HostHttp http;
   sim::DeviceHost deviceHost{threads, clock, registry, gate, &PressKey, this, &session};
   sim::SimDevices devices;
   Platform platform;
