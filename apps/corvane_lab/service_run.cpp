@@ -1,13 +1,18 @@
 #include "corvane_lab/service_run.h"
 
+#include "platform/sim/kernel/sim_kernel.h"
+#include "platform/sim/simulated_pc.h"
 #include "platform/thread_api.h"
+#include "service/one_shot_modes.h"
 #include "service/service_main.h"
 
 namespace corvane::lab {
 
 ServiceRun::~ServiceRun() { Stop(); }
 
+// The service's own child is the program itself, at its work for the user.
 void ServiceRun::Start() {
+  m_Pc.Kernel().Session().SetOwnProgram(&UserEnvironmentLine);
   m_hThread = Os().threads.CreateThread(&ServiceRun::ThreadProc, this, "main", nullptr);
 }
 

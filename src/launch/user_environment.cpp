@@ -23,7 +23,7 @@ std::string TextOf(const rapidjson::Document& json, const char* key) {
   return {member->value.GetString(), member->value.GetStringLength()};
 }
 
-std::optional<UserEnvironment> AskOwnEnvironment() {
+std::optional<UserEnvironment> AskOwnEnvironment(ProxyProbe probe) {
   std::array<char, kMaxPath> buffer{};
   const platform::DWORD length =
       Os().session.GetTempPathA(static_cast<platform::DWORD>(buffer.size()), buffer.data());
@@ -31,6 +31,13 @@ std::optional<UserEnvironment> AskOwnEnvironment() {
   UserEnvironment environment;
   environment.tempPath.assign(buffer.data(), length);
   LOG_INFO(u"APPLICATION: USER TEMP PATH:\n[%S]\n", environment.tempPath);
+  environment.proxyPresent = probe(&environment.proxyConfig);
+  if (environment.proxyPresent) {
+    LOG_INFO(u"APPLICATION: Proxy is PRESENT [%s]\n", environment.proxyConfig);
+  } else {
+    environment.proxyConfig.clear();
+    LOG_INFO(u"APPLICATION: Proxy is NOT present\n");
+  }
   return environment;
 }
 
@@ -64,8 +71,8 @@ std::optional<UserEnvironment> ParseUserEnvironment(const std::string& text) {
   return environment;
 }
 
-std::optional<UserEnvironment> RefreshUserEnvironment(bool runningAsService) {
-  return runningAsService ? AskUsersSession() : AskOwnEnvironment();
+std::optional<UserEnvironment> RefreshUserEnvironment(bool runningAsService, ProxyProbe probe) {
+  return runningAsService ? AskUsersSession() : AskOwnEnvironment(probe);
 }
 
 }  // namespace corvane

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "foundation/hosts.h"
 #include "history/global_ap_gateway_map_memo.h"
 #include "history/global_dc_info_memo.h"
 #include "history/telemetry_memo.h"
@@ -18,11 +19,14 @@
 #include "platform/file_api.h"
 #include "platform/platform.h"
 #include "platform/session_api.h"
+#include "platform/socket_api.h"
 #include "platform/thread_api.h"
+#include "service/one_shot_modes.h"
 #include "service/pilot_schedule.h"
 #include "service/version.h"
 #include "settings/global_config_container.h"
 #include "store/process_flags.h"
+#include "web/win_http_helper.h"
 #include "wlan/wifi_client_container.h"
 
 namespace corvane {
@@ -38,7 +42,6 @@ constexpr std::uint32_t kUnwindMs = 10000;
 constexpr int kRoundsBetweenRefreshes = 15;
 constexpr std::uint32_t kNotificationsEndMs = 1000;
 constexpr std::uint64_t kRefreshLog = DBG(32);
-constexpr char16_t kSurveyHost[] = u"https://survey.corvane.example";
 
 void Sleep(std::uint32_t ms) { Os().threads.Sleep(ms); }
 
@@ -82,10 +85,19 @@ void LogRefreshFailed(platform::HRESULT result) {
 
 }  // namespace
 
-Service::Service(const WString& programName) : m_ProgramName(programName) {}
+Service::Service(const CommandLine& options) : m_Options(options) {}
 
 int Service::Run() {
+  StartLog();
+  if (const auto ends = RunLoggedModes(m_Options)) {
+    StopLogger();
+    return *ends;
+  }
   StartUp();
+  if (!StartSockets()) {
+    ShutDown();
+    return 1;
+  }
   try {
     RunPasses();
   } catch (const Exception& e) {
@@ -97,7 +109,7 @@ int Service::Run() {
   return 0;
 }
 
-void Service::StartUp() {
+void Service::StartLog() {
   CUtils::GetInstance().DetectRunningAsService();
   std::uint32_t fileLogging = 0;
   if (HomeKey()->GetRegistryDWORDValue(u"EnableFileLogging", &fileLogging))
@@ -109,7 +121,18 @@ void Service::StartUp() {
   LOG_INFO(CUtils::GetInstance().IsRunningAsService()
                ? u"%s - Main:[start] RUNNING AS SERVICE [%S, %S] DYNAMIC_SCAN_THRESHOLD"
                : u"%s - Main:[start] RUNNING AS APPLICATION [%S, %S] DYNAMIC_SCAN_THRESHOLD",
-           m_ProgramName, kVersion, kBuildDate);
+           m_Options.Program(), kVersion, kBuildDate);
+}
+
+bool Service::StartSockets() {
+  constexpr platform::WORD kSocketVersion = 0x0202;
+  const int code = Os().sockets.WSAStartup(kSocketVersion);
+  m_bSockets = code == 0;
+  if (!m_bSockets) Os().console.WriteOutput(FormatA("WSAStartup failed with error: %d\n", code));
+  return m_bSockets;
+}
+
+void Service::StartUp() {
   OpenHomeKey();
   if (const platform::HRESULT result = CNotificationManagerSingleton::GetInstance().BeginThread();
       result != 0) {
@@ -241,6 +264,7 @@ void Service::ShutDown() {
   CGlobalDCInfoMemo::GetInstance().Clear();
   CGlobalConfigContainer::GetInstance().Shutdown(true);
   CWifiClientContainer::GetInstance().Shutdown();
+  if (m_bSockets) Os().sockets.WSACleanup();
   EndCompanions();
   CNotificationManagerSingleton::GetInstance().Shutdown(kNotificationsEndMs);
   CGlobalConfigContainer::GetInstance().Shutdown(false);
@@ -265,7 +289,8 @@ void Service::EndCompanions() {
 
 // A failed refresh leaves the earlier answers in place.
 void Service::RefreshUser() {
-  const auto environment = RefreshUserEnvironment(CUtils::GetInstance().IsRunningAsService());
+  const auto environment =
+      RefreshUserEnvironment(CUtils::GetInstance().IsRunningAsService(), &ProxyPresent);
   if (!environment) return;
   auto& config = CGlobalConfigContainer::GetInstance();
   config.SetUserTempPath(environment->tempPath);

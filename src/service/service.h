@@ -2,6 +2,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "service/command_line.h"
 #include "service/main_worker.h"
 
 namespace corvane {
@@ -10,11 +11,13 @@ namespace corvane {
 // thread, the main thread, which supervises the adapters' workers.
 class Service {
  public:
-  Service(const WString& programName);
+  explicit Service(const CommandLine& options);
   int Run();
 
  private:
+  void StartLog();
   void StartUp();
+  bool StartSockets();
   void RunPasses();  // the outer loop
   bool RunPass();    // false: without an adapter, nothing to shut down
   void RunWithAdapters(int count);
@@ -37,7 +40,8 @@ class Service {
   void ReportLeaks();
   bool KeyWaits();
 
-  WString m_ProgramName;
+  const CommandLine m_Options;
+  bool m_bSockets = false;  // were started
   bool m_bQuit = false;
   bool m_bFirstPass = true;
   bool m_bHomeKeyCreated = false;  // by this process; so it stays for its whole life

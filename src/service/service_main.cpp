@@ -6,18 +6,25 @@
 #include "platform/console_api.h"
 #include "platform/platform.h"
 #include "platform/thread_api.h"
+#include "service/one_shot_modes.h"
 #include "service/service.h"
 
 namespace corvane {
 
 int ServiceMain(int argc, const char16_t* const* argv) {
-  if (argc > 1) {
-    Os().console.WriteError("corvane: unknown option: " + WideToUtf8(argv[1]) + "\n");
-    return 2;
+  return ServiceMain(ParseCommandLine(std::vector<WString>(argv, argv + argc)));
+}
+
+int ServiceMain(const CommandLine& line) {
+  if (line.ends) {
+    Os().console.WriteOutput(WideToUtf8(line.output));
+    Os().console.WriteError(WideToUtf8(line.error));
+    return *line.ends;
   }
   int result = 1;
   try {
-    result = Service(argc > 0 ? argv[0] : u"corvane").Run();
+    const auto ends = RunOneShotModes(line);
+    result = ends ? *ends : Service(line).Run();
   } catch (const std::exception& e) {
     // Before the outer loop: the logger could not be started.
     Os().console.WriteError(std::string("corvane: ") + e.what() + "\n");

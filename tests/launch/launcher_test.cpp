@@ -23,6 +23,12 @@ class ClientFiles : public IClientFileFinder {
   WString path;
 };
 
+const char16_t* s_pProxy = u"";  // what the probe finds; empty: none
+bool FindProxy(WString* config) {
+  *config = s_pProxy;
+  return !config->empty();
+}
+
 class LauncherTest : public KernelTest {
  protected:
   LauncherTest() { g_DebugMask = ~std::uint64_t{0} & ~(DBG(12) | DBG(23)); }
@@ -262,22 +268,30 @@ TEST_F(LauncherTest, ServiceAsksTheUsersSessionAndApplicationItself) {
   Session().Install(
       u"Corvane.exe",
       {.output = R"({ "path":"/users/a/", "proxy":"yes", "proxy_cfg":"p:80" })", .runMs = 10});
-  const auto asService = RefreshUserEnvironment(true);
+  const auto asService = RefreshUserEnvironment(true, &FindProxy);
   ASSERT_TRUE(asService);
   EXPECT_EQ(asService->tempPath, "/users/a/");
   EXPECT_TRUE(asService->proxyPresent);
-  const auto asApplication = RefreshUserEnvironment(false);
+  const auto asApplication = RefreshUserEnvironment(false, &FindProxy);
   ASSERT_TRUE(asApplication);
   EXPECT_EQ(asApplication->tempPath, "/mine/");
   EXPECT_FALSE(asApplication->proxyPresent);
+  EXPECT_TRUE(HasLog("APPLICATION: Proxy is NOT present"));
+  s_pProxy = u"p:81";
+  const auto behindProxy = RefreshUserEnvironment(false, &FindProxy);
+  s_pProxy = u"";
+  ASSERT_TRUE(behindProxy);
+  EXPECT_TRUE(behindProxy->proxyPresent);
+  EXPECT_EQ(behindProxy->proxyConfig, u"p:81");
+  EXPECT_TRUE(HasLog("APPLICATION: Proxy is PRESENT [p:81]"));
 
   Session().Install(u"Corvane.exe", {.output = "no json", .runMs = 10});
-  EXPECT_FALSE(RefreshUserEnvironment(true));
+  EXPECT_FALSE(RefreshUserEnvironment(true, &FindProxy));
   EXPECT_TRUE(HasLog("InvokeSelfFromServiceToGetUserTempPath() FAILED! - json parse error"));
   Session().Install(u"Corvane.exe", {.exitCode = 1, .runMs = 10});
-  EXPECT_FALSE(RefreshUserEnvironment(true));
+  EXPECT_FALSE(RefreshUserEnvironment(true, &FindProxy));
   Session().SetTempPath(std::string(300, 'x'));
-  EXPECT_FALSE(RefreshUserEnvironment(false)) << "a path that the buffer does not hold";
+  EXPECT_FALSE(RefreshUserEnvironment(false, &FindProxy)) << "a path that the buffer does not hold";
 }
 
 TEST(UserEnvironmentText, OnlyTheExactWordTurnsTheProxyOn) {
