@@ -2,6 +2,8 @@
 
 #include "foundation/log_lines.h"
 #include "monitors/adapters_addresses.h"
+#include "platform/platform.h"
+#include "platform/session_api.h"
 #include "wlan/wlan_interface.h"
 
 namespace corvane {
@@ -19,6 +21,16 @@ WString Joined(const List& list, TextOf&& textOf) {
   return text;
 }
 
+// May ask the network. The domain is the suffix up to its first dot.
+WString DomainControllerOf(const WString& dnsSuffix) {
+  WString controller;
+  if (dnsSuffix.empty()) return controller;
+  const WString domain = dnsSuffix.substr(0, dnsSuffix.find(u'.'));
+  if (Os().session.NetGetDCName(nullptr, domain.c_str(), &controller) != platform::ERROR_SUCCESS)
+    controller.clear();
+  return controller;
+}
+
 }  // namespace
 
 void CWlanInterface::RefreshIPInfo() {
@@ -33,6 +45,7 @@ void CWlanInterface::RefreshIPInfo() {
     LOG_ERROR(u"[%i] CWlanInterface::RefreshIPInfo: Exception: %S", m_ConfigIdx, e.what());
     return;
   }
+  info.domainController = DomainControllerOf(info.dnsSuffix);
   std::vector<MacValue> macs4, macs6;
   CAdaptersAddresses::GetMacForIP4(info.ip4Gateways, &macs4);
   CAdaptersAddresses::GetMacForIP6(info.ip6Gateways, &macs6);
@@ -63,10 +76,12 @@ void CWlanInterface::DumpIPAddresses() const {
   const IPInfo info = GetIPInfo();
   const auto macText = [](const MacAddress& mac) { return MacText(mac); };
   LOG_INFO(
-      u"[%i] DNS suffix: %s, IPv4: %s, IPv6: %s, gateways IPv4: %s [%s], gateways IPv6: %s [%s]\n",
-      m_ConfigIdx, info.dnsSuffix, Joined(info.ip4, Ip4Text), Joined(info.ip6, Ip6Text),
-      Joined(info.ip4Gateways, Ip4Text), Joined(GetIP4GatewayMacs(), macText),
-      Joined(info.ip6Gateways, Ip6Text), Joined(GetIP6GatewayMacs(), macText));
+      u"[%i] DNS suffix: %s, domain controller: %s, IPv4: %s, IPv6: %s, gateways IPv4: %s [%s], "
+      u"gateways IPv6: %s [%s]\n",
+      m_ConfigIdx, info.dnsSuffix, info.domainController, Joined(info.ip4, Ip4Text),
+      Joined(info.ip6, Ip6Text), Joined(info.ip4Gateways, Ip4Text),
+      Joined(GetIP4GatewayMacs(), macText), Joined(info.ip6Gateways, Ip6Text),
+      Joined(GetIP6GatewayMacs(), macText));
 }
 
 }  // namespace corvane

@@ -36,6 +36,7 @@ struct ConnectionFacts {
 // What an adapter's present connection has of addresses.
 struct IPInfo {
   WString dnsSuffix;
+  WString domainController;  // of the domain that the suffix names; empty where there is none
   std::vector<Ip4Address> ip4, ip4Gateways;
   std::vector<Ip6Address> ip6, ip6Gateways;
 };
