@@ -78,6 +78,7 @@ struct KernelTest::Services {
   CryptoApi* crypto;
   EventTraceApi* eventTrace;
   FileApi* files;
+  HttpApi* http = &absent::Http();
   IpHelperApi* ipHelper = &defaultIpHelper;
   NetworkListApi* networkList = &defaultNetworkList;
   PerfCounterApi* perfCounters = &defaultPerfCounters;
@@ -108,9 +109,20 @@ void KernelTest::TearDown() {
 void KernelTest::PutInForce() {
   const Services& use = *m_pServices;
   SetPlatform(nullptr);
-  m_Platform.emplace(Platform{*use.threads, *use.clock, *use.console, *use.crypto, *use.eventTrace,
-                              *use.files, *use.ipHelper, *use.networkList, *use.perfCounters,
-                              *use.power, *use.registry, *use.session, *use.wlan});
+  m_Platform.emplace(Platform{.threads = *use.threads,
+                              .clock = *use.clock,
+                              .console = *use.console,
+                              .crypto = *use.crypto,
+                              .eventTrace = *use.eventTrace,
+                              .files = *use.files,
+                              .ipHelper = *use.ipHelper,
+                              .networkList = *use.networkList,
+                              .perfCounters = *use.perfCounters,
+                              .power = *use.power,
+                              .registry = *use.registry,
+                              .session = *use.session,
+                              .wlan = *use.wlan,
+                              .http = *use.http});
   SetPlatform(&*m_Platform);
 }
 
@@ -119,6 +131,7 @@ void KernelTest::Use(ConsoleApi& service) { m_pServices->console = &service, Put
 void KernelTest::Use(CryptoApi& service) { m_pServices->crypto = &service, PutInForce(); }
 void KernelTest::Use(EventTraceApi& service) { m_pServices->eventTrace = &service, PutInForce(); }
 void KernelTest::Use(FileApi& service) { m_pServices->files = &service, PutInForce(); }
+void KernelTest::Use(HttpApi& service) { m_pServices->http = &service, PutInForce(); }
 void KernelTest::Use(IpHelperApi& service) { m_pServices->ipHelper = &service, PutInForce(); }
 void KernelTest::Use(NetworkListApi& service) { m_pServices->networkList = &service, PutInForce(); }
 void KernelTest::Use(PerfCounterApi& service) {

@@ -13,6 +13,7 @@
 #include "platform/crypto_api.h"
 #include "platform/event_trace_api.h"
 #include "platform/file_api.h"
+#include "platform/http_api.h"
 #include "platform/ip_helper_api.h"
 #include "platform/network_list_api.h"
 #include "platform/perf_counter_api.h"
@@ -81,6 +82,7 @@ class KernelTest : public testing::Test {
   void Use(platform::CryptoApi& service);
   void Use(platform::EventTraceApi& service);
   void Use(platform::FileApi& service);
+  void Use(platform::HttpApi& service);
   void Use(platform::IpHelperApi& service);
   void Use(platform::NetworkListApi& service);
   void Use(platform::PerfCounterApi& service);
