@@ -15,13 +15,15 @@ namespace corvane::test {
 
 Program::Program(const std::string& outputFile,
                  const std::map<std::string, std::string>& environment,
-                 const std::vector<std::string>& arguments)
+                 const std::vector<std::string>& arguments, const std::string& errorFile)
     : m_OutputFile(outputFile), m_Process(fork()) {
   if (m_Process < 0) throw std::runtime_error("no process for the program");
   if (m_Process > 0) return;
   const int output = open(outputFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
   dup2(output, STDOUT_FILENO);
-  dup2(output, STDERR_FILENO);
+  const int error =
+      errorFile.empty() ? output : open(errorFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+  dup2(error, STDERR_FILENO);
   for (const auto& [name, value] : environment) setenv(name.c_str(), value.c_str(), 1);
   std::string path = CORVANE_PROGRAM;
   std::vector<std::string> words = arguments;

@@ -11,9 +11,10 @@ namespace corvane::test {
 // The service program as a process of its own.
 class Program {
  public:
-  // Starts it with this environment added to the test's; both outputs go to the file.
+  // Starts it with this environment added to the test's; both outputs go to the file, or standard
+  // error to one of its own.
   Program(const std::string& outputFile, const std::map<std::string, std::string>& environment,
-          const std::vector<std::string>& arguments = {});
+          const std::vector<std::string>& arguments = {}, const std::string& errorFile = {});
   ~Program();  // kills it when it still runs
   Program(const Program&) = delete;
   Program& operator=(const Program&) = delete;

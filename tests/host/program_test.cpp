@@ -102,7 +102,9 @@ TEST_F(ProgramTest, WhatCannotStartSaysWhyAndLeavesNothingBehind) {
 TEST_F(ProgramTest, ExplainsItself) {
   Program help(directory / "output", Environment(), {"--help"});
   EXPECT_EQ(help.Wait(kLimit), 0);
+  EXPECT_NE(help.Output().find("--postfile=filename"), std::string::npos);
   EXPECT_NE(help.Output().find("CORVANE_WORLD"), std::string::npos);
+  EXPECT_LT(help.Output().find("--postfile"), help.Output().find("CORVANE_WORLD"));
   Program unknown(directory / "output", Environment(), {"--nonsense"});
   EXPECT_EQ(unknown.Wait(kLimit), 2);
   EXPECT_NE(unknown.Output().find("--nonsense"), std::string::npos);

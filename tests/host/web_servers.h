@@ -1,0 +1,94 @@
+#pragma once
+// Real servers on the loopback, each a process of the test.
+
+#include <sys/types.h>
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <vector>
+
+namespace corvane::test {
+
+// A program that runs as long as the object.
+class ServerProcess {
+ public:
+  ServerProcess(const std::vector<std::string>& command, const std::string& outputFile);
+  ~ServerProcess();  // ends it
+  ServerProcess(const ServerProcess&) = delete;
+  ServerProcess& operator=(const ServerProcess&) = delete;
+
+ private:
+  pid_t m_Process;
+};
+
+// A port that is free now.
+int FreePort();
+// Whether a port of the loopback takes connections within a few seconds.
+bool AwaitPort(int port);
+
+// How often the log of a server holds the text, once it does so `count` times or some seconds have
+// passed: a server writes behind its answer.
+template <class Server>
+int AwaitInLog(const Server& server, std::string_view text, int count = 1) {
+  for (int tries = 0;; ++tries) {
+    const std::string log = server.Log();
+    int found = 0;
+    for (std::size_t at = 0; (at = log.find(text, at)) != log.npos; ++at) ++found;
+    if (found >= count || tries == 250) return found;
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+  }
+}
+
+// nginx with a configuration of the test's: `plain` and `secure` are what stands in the server
+// blocks of its two ports, "@PLAIN@" for the number of the first; the certificate is signed by
+// itself.
+class Nginx {
+ public:
+  Nginx(const std::string& directory, const std::string& plain, const std::string& secure);
+  int PlainPort() const { return m_Plain; }
+  int SecurePort() const { return m_Secure; }
+  // The requests so far: method, address, status and length, one a line.
+  std::string Log() const;
+
+ private:
+  std::string m_Directory;
+  int m_Plain, m_Secure;
+  std::unique_ptr<ServerProcess> m_pServer;
+};
+
+// tinyproxy, which lets everything through.
+class TinyProxy {
+ public:
+  TinyProxy(const std::string& directory, const std::string& credentials = {});
+  int Port() const { return m_Port; }
+  std::string Log() const;
+
+ private:
+  std::string m_Directory;
+  int m_Port;
+  std::unique_ptr<ServerProcess> m_pServer;
+};
+
+// A server that does to each connection what the test says; the function gets the socket.
+class RawServer {
+ public:
+  explicit RawServer(std::function<void(int socket)> serve);
+  ~RawServer();
+  int Port() const { return m_Port; }
+
+  static std::string ReadHead(int socket);  // up to the empty line
+  static bool Write(int socket, const std::string& text);
+  // Until the other side hangs up or the server ends.
+  static void Hold(int socket);
+
+ private:
+  int m_Port;
+  int m_hListen;
+  std::thread m_Thread;
+};
+
+}  // namespace corvane::test
