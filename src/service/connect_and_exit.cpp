@@ -4,6 +4,7 @@
 
 #include "foundation/exception.h"
 #include "foundation/format.h"
+#include "foundation/guarded.h"
 #include "launch/launcher.h"
 #include "platform/console_api.h"
 #include "platform/platform.h"
@@ -32,7 +33,9 @@ void Tell(WStringView format, const Args&... args) {
 class CSockets {
  public:
   CSockets() = default;
-  ~CSockets() { Os().sockets.WSACleanup(); }
+  ~CSockets() {
+    GiveBack("CSockets", "WSACleanup", [] { Os().sockets.WSACleanup(); });
+  }
   CSockets(const CSockets&) = delete;
   CSockets& operator=(const CSockets&) = delete;
 };
@@ -95,7 +98,9 @@ bool ConnectOrTell(std::uint32_t ifindex, const std::string& ssid, const MacAddr
 }  // namespace
 
 int ConnectAndExit(std::uint32_t ifindex, WStringView ssid, WStringView bssid) {
-  if (const int code = Os().sockets.WSAStartup(kSocketVersion); code != 0) {
+  const int code = Guarded("ConnectAndExit", "WSAStartup", static_cast<int>(ERROR_GEN_FAILURE),
+                           [] { return Os().sockets.WSAStartup(kSocketVersion); });
+  if (code != 0) {
     Tell(u"WSAStartup failed with error: %d\n", code);
     return 1;
   }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "foundation/guarded.h"
 #include "foundation/hosts.h"
 #include "history/global_ap_gateway_map_memo.h"
 #include "history/global_dc_info_memo.h"
@@ -126,7 +127,8 @@ void Service::StartLog() {
 
 bool Service::StartSockets() {
   constexpr platform::WORD kSocketVersion = 0x0202;
-  const int code = Os().sockets.WSAStartup(kSocketVersion);
+  const int code = Guarded("Main", "WSAStartup", static_cast<int>(platform::ERROR_GEN_FAILURE),
+                           [] { return Os().sockets.WSAStartup(kSocketVersion); });
   m_bSockets = code == 0;
   if (!m_bSockets) Os().console.WriteOutput(FormatA("WSAStartup failed with error: %d\n", code));
   return m_bSockets;
@@ -264,7 +266,7 @@ void Service::ShutDown() {
   CGlobalDCInfoMemo::GetInstance().Clear();
   CGlobalConfigContainer::GetInstance().Shutdown(true);
   CWifiClientContainer::GetInstance().Shutdown();
-  if (m_bSockets) Os().sockets.WSACleanup();
+  if (m_bSockets) GiveBack("Main", "WSACleanup", [] { Os().sockets.WSACleanup(); });
   EndCompanions();
   CNotificationManagerSingleton::GetInstance().Shutdown(kNotificationsEndMs);
   CGlobalConfigContainer::GetInstance().Shutdown(false);

@@ -1,5 +1,6 @@
 #include "service/service_main.h"
 
+#include "foundation/guarded.h"
 #include "foundation/singleton.h"
 #include "foundation/text.h"
 #include "log/log.h"
@@ -28,6 +29,9 @@ int ServiceMain(const CommandLine& line) {
   } catch (const std::exception& e) {
     // Before the outer loop: the logger could not be started.
     Os().console.WriteError(std::string("corvane: ") + e.what() + "\n");
+    StopLogger();
+  } catch (const platform::PlatformFault& fault) {
+    ReportFault("Main", "ServiceMain", fault.code);
     StopLogger();
   }
   // A thread that was given up and still runs may look at a process-wide object.

@@ -1,6 +1,7 @@
 #pragma once
 #include <utility>
 
+#include "foundation/guarded.h"
 #include "platform/http_api.h"
 #include "platform/platform.h"
 
@@ -24,7 +25,10 @@ class CInternetHandle {
 
  private:
   void Close() {
-    if (m_hHandle) Os().http.WinHttpCloseHandle(std::exchange(m_hHandle, nullptr));
+    const platform::HINTERNET handle = std::exchange(m_hHandle, nullptr);
+    if (!handle) return;
+    GiveBack("CInternetHandle", "WinHttpCloseHandle",
+             [handle] { Os().http.WinHttpCloseHandle(handle); });
   }
 
   platform::HINTERNET m_hHandle = nullptr;
@@ -35,7 +39,8 @@ class CInternetText {
  public:
   explicit CInternetText(char16_t* text) : m_pText(text) {}
   ~CInternetText() {
-    if (m_pText) Os().http.GlobalFree(m_pText);
+    if (!m_pText) return;
+    GiveBack("CInternetText", "GlobalFree", [this] { Os().http.GlobalFree(m_pText); });
   }
   CInternetText(const CInternetText&) = delete;
   CInternetText& operator=(const CInternetText&) = delete;

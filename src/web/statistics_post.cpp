@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "foundation/guarded.h"
 #include "platform/file_api.h"
 #include "settings/global_config_container.h"
 #include "web/web_log.h"
@@ -30,7 +31,8 @@ class CFileHandle {
  public:
   explicit CFileHandle(HANDLE file) : m_hFile(file) {}
   ~CFileHandle() {
-    if (m_hFile) Os().files.CloseFile(m_hFile);
+    if (!m_hFile) return;
+    GiveBack("CFileHandle", "CloseFile", [this] { Os().files.CloseFile(m_hFile); });
   }
   CFileHandle(const CFileHandle&) = delete;
   CFileHandle& operator=(const CFileHandle&) = delete;

@@ -47,9 +47,11 @@ TEST_F(OneShotModesTest, UserEnvIsOneLineThatTheServiceReads) {
   Pc().Kernel().Session().SetTempPath(std::string(300, 'x'));
   EXPECT_EQ(Run({u"--userenv"}), 0);
   EXPECT_EQ(printed, R"({ "path":"", "proxy":"no", "proxy_cfg":"" })");
-  Pc().Faults().FailCall("GetTempPathA", 1, 5);
-  EXPECT_EQ(Run({u"--userenv"}), 0);
-  EXPECT_EQ(printed, R"({ "path":"", "proxy":"no", "proxy_cfg":"" })");
+  for (const DWORD code : {DWORD{5}, sim::FaultPlan::kFault}) {
+    Pc().Faults().FailCall("GetTempPathA", 1, code);
+    EXPECT_EQ(Run({u"--userenv"}), 0);
+    EXPECT_EQ(printed, R"({ "path":"", "proxy":"no", "proxy_cfg":"" })");
+  }
 }
 
 TEST_F(OneShotModesTest, TestHttpTellsWhatCameAndEndsWell) {

@@ -275,6 +275,10 @@ TEST_F(WinHttpHelperTest, FailedQuestionsAboutProxiesAreNoProxyAndLeaveNothing) 
   EXPECT_EQ(probe(), u"http://w/") << "without a session the platform asks nobody";
   Pc().Faults().FailAlways("WinHttpGetIEProxyConfigForCurrentUser", FaultPlan::kFault);
   EXPECT_EQ(probe(), u"(none)");
+  Pc().Faults().Clear();
+  for (const char* givenBack : {"GlobalFree", "WinHttpCloseHandle"})
+    Pc().Faults().FailAlways(givenBack, FaultPlan::kFault);
+  EXPECT_EQ(probe(), u"d:2") << "what fails when it is given back harms nobody";
   EXPECT_EQ(Outstanding(), 0u);
 }
 

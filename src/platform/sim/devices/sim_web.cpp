@@ -130,10 +130,13 @@ HINTERNET SimWeb::WinHttpOpenRequest(HINTERNET connection, LPCWSTR verb, LPCWSTR
 }
 
 BOOL SimWeb::WinHttpCloseHandle(HINTERNET handle) {
+  bool closed = false;
+  {
+    const std::lock_guard guard(m_Mutex);
+    closed = m_Handles.erase(reinterpret_cast<std::uintptr_t>(handle)) > 0;
+  }
   m_Gate.Enter("WinHttpCloseHandle");
-  const std::lock_guard guard(m_Mutex);
-  return m_Handles.erase(reinterpret_cast<std::uintptr_t>(handle)) ? TRUE
-                                                                   : Fail(ERROR_INVALID_HANDLE);
+  return closed ? TRUE : Fail(ERROR_INVALID_HANDLE);
 }
 
 BOOL SimWeb::WinHttpSetOption(HINTERNET handle, DWORD option, const void* value, DWORD size) {
@@ -339,9 +342,11 @@ BOOL SimWeb::WinHttpDetectAutoProxyConfigUrl(DWORD, char16_t** url) {
 }
 
 void SimWeb::GlobalFree(void* memory) {
+  {
+    const std::lock_guard guard(m_Mutex);
+    m_Texts.erase(memory);
+  }
   m_Gate.Enter("GlobalFree");
-  const std::lock_guard guard(m_Mutex);
-  m_Texts.erase(memory);
 }
 
 int SimWeb::MultiByteToWideChar(unsigned codePage, DWORD flags, const char* bytes, int size,

@@ -23,7 +23,8 @@ struct WebRequest {
 };
 
 // The web as the world has it: hosts, delays, redirects, certificates and proxies. Delays and
-// time-outs pass on the clock of the devices. What no host answers has no address.
+// time-outs pass on the clock of the devices. What no host answers has no address. A close or a
+// free that fails by injection has been done all the same.
 class SimWeb final : public HttpApi {
  public:
   SimWeb(SimMachine& machine, SeamGate& gate, ThreadApi& threads)
