@@ -185,10 +185,14 @@ bool RawServer::Write(int socket, const std::string& text) {
 }
 
 void RawServer::Hold(int socket) {
-  char piece[4096];
+  constexpr int kDeafMs = 500, kMostMs = 30'000;
   pollfd wait{socket, POLLRDHUP, 0};
-  poll(&wait, 1, 30'000);
-  while (recv(socket, piece, sizeof piece, MSG_DONTWAIT) > 0) {
+  poll(&wait, 1, kDeafMs);
+  // The end of the other side stands behind all that it has sent.
+  const timeval limit{kMostMs / 1000, 0};
+  setsockopt(socket, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
+  char piece[65536];
+  while (recv(socket, piece, sizeof piece, 0) > 0) {
   }
 }
 

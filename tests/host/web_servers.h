@@ -82,7 +82,7 @@ class RawServer {
 
   static std::string ReadHead(int socket);  // up to the empty line
   static bool Write(int socket, const std::string& text);
-  // Until the other side hangs up or the server ends.
+  // Hears nothing for half a second, and then waits until the other side hangs up.
   static void Hold(int socket);
 
  private:
