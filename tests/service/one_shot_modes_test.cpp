@@ -164,6 +164,7 @@ TEST_F(ConnectModeTest, ConnectsTheAdapterOfTheIndexToTheBssid) {
       << printed;
   EXPECT_EQ(Pc().Kernel().Session().TakeLaunches().at(0).commandLine,
             u"explorer.exe ms-availablenetworks:");
+  Pc().Faults().FailAlways("WSACleanup", sim::FaultPlan::kFault);
   EXPECT_EQ(Run({u"-c", kSsid32, u"-b", u"02:50:00:00:00:02", u"-x", u"7"}), 0) << printed;
 }
 
