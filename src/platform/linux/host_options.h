@@ -35,7 +35,7 @@ inline constexpr char kHostHelp[] =
     "order, a second one at once.\n"
     "\n"
     "Environment:\n"
-    "  CORVANE_WORLD  file of the world to run in (default: a built-in office)\n"
+    "  CORVANE_WORLD  file of the world to run in (default: a built-in home)\n"
     "  CORVANE_HOME   directory of the registry (registry.db), the logs and the data\n"
     "                 (default: $XDG_STATE_HOME/corvane, else ~/.local/state/corvane)\n"
     "  CORVANE_SPEED  runs the clock so many times faster than life, 0.01 to 1000 (default 1)\n"
