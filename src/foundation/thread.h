@@ -39,6 +39,10 @@ class CThreadBase {
   // its thread in an operation of its own, and the call in its destructor is only the net below.
   bool StopThread(std::uint32_t milliseconds) noexcept;
 
+  // The thread's handle; null before the start and once the thread is stopped. The caller keeps
+  // StopThread from running meanwhile.
+  platform::HANDLE ThreadHandle() const { return m_hThread; }
+
   virtual void ThreadBody() = 0;
   virtual ISmartObj* CountedOwner() = 0;  // null for an owner that is not counted
 

@@ -66,6 +66,8 @@ bool CWinEvent::WaitOnEvent(std::uint32_t milliseconds, bool* timedOut) {
   }
 }
 
+bool CWinEvent::ResetEvent() { return Os().threads.ResetEvent(_event) != platform::FALSE; }
+
 void CWinEvent::SetDebugName(std::string name) { m_DebugName = std::move(name); }
 
 }  // namespace corvane

@@ -21,6 +21,10 @@ class CWinEvent : public SmartObjEx<CWinEvent, SmartObj<>> {
   bool WaitOnEvent(std::uint32_t milliseconds, bool* timedOut = nullptr);
   void SetDebugName(std::string name);  // before other threads use the object
 
+  // For waits of the platform that take the event's handle; it lives as long as the object.
+  platform::HANDLE GetEventHandle() const { return _event; }
+  bool ResetEvent();  // false on failure
+
  private:
   void Signal(platform::HANDLE handle, const char* operation, const char* member);
 

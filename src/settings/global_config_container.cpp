@@ -18,6 +18,7 @@ constexpr std::uint64_t kPilotLog = DBG(33);
 constexpr std::uint32_t kPercentMax = 100;
 constexpr std::int64_t kWeekSecs = 604800;
 constexpr int kWeeksShown = 3;
+constexpr std::uint64_t kRTAudioLimitMs = 3'600'000;
 
 bool ReadFlag(CRegistry& registry, const char16_t* name, std::atomic<bool>* field) {
   std::uint32_t number = 0;
@@ -243,6 +244,18 @@ bool CGlobalConfigContainer::SetClientDir(WStringView path) {
     m_ClientDirs.emplace_back(path);
   }
   LOG_DEBUG(DBG(45), u"CGlobalConfigContainer::SetClientDir:[LIST EMPTY] saving: %s\n", path);
+  return true;
+}
+
+void CGlobalConfigContainer::SetRTAudioDetected(bool detected) {
+  if (detected) m_rt_audio_tick = Os().clock.GetTickCount64();
+  m_rt_audio = detected;
+}
+
+bool CGlobalConfigContainer::ExpireRTAudio() {
+  const std::uint64_t since = m_rt_audio_tick, now = Os().clock.GetTickCount64();
+  if (!m_rt_audio || (since != 0 && now - since <= kRTAudioLimitMs)) return false;
+  SetRTAudioDetected(false);
   return true;
 }
 

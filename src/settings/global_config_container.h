@@ -78,6 +78,12 @@ class CGlobalConfigContainer final : public CRegistryHelperBase, public IClientF
       0};  // seconds since 1970; the constructor sets the current time
   std::atomic<bool> m_bBTPenaltyEnabled{false};
   std::atomic<std::uint32_t> m_BTPenaltyValue{3};
+  // Whether the next order of a user interface for rounds without delay opens a window.
+  std::atomic<bool> m_ui_no_delay_armed{true};
+  // A client has seen real-time audio begin or end.
+  void SetRTAudioDetected(bool detected);
+  // Ends audio that nobody has ended within an hour; true when it did.
+  bool ExpireRTAudio();
   std::atomic<bool> m_rt_audio{false};            // real-time audio in progress
   std::atomic<std::uint64_t> m_rt_audio_tick{0};  // when it was set
 

@@ -242,6 +242,11 @@ void CQUAYInterfaceConfig::OpenNoDelay(std::uint32_t ms) {
   m_no_delay = true;
 }
 
+void CQUAYInterfaceConfig::CloseNoDelay() {
+  m_no_delay = false;
+  m_NoDelayExpiry = 0;
+}
+
 void CQUAYInterfaceConfig::SetRoamingInhibit() {
   const CCritSecLock lock(ObjectLock());
   m_RoamingInhibitTick = Now();
@@ -368,6 +373,22 @@ bool CQUAYInterfaceConfig::GetAirplaneMode(std::uint32_t* value) {
 void CQUAYInterfaceConfig::SetUIConnectRequest(UIConnectRequest request) {
   const CCritSecLock lock(m_PartsLock);
   std::swap(m_UIConnect, request);
+}
+
+void CQUAYInterfaceConfig::SetUIConnectProfile(WString xml) {
+  const CCritSecLock lock(m_PartsLock);
+  m_UIConnect.profile.swap(xml);
+}
+
+void CQUAYInterfaceConfig::SetUIConnectSave(bool save) {
+  const CCritSecLock lock(m_PartsLock);
+  m_UIConnect.save = save;
+}
+
+void CQUAYInterfaceConfig::SetUIConnectTarget(WString ssid, WString bssid) {
+  const CCritSecLock lock(m_PartsLock);
+  m_UIConnect.ssid.swap(ssid);
+  m_UIConnect.bssid.swap(bssid);
 }
 
 UIConnectRequest CQUAYInterfaceConfig::TakeUIConnectRequest() {

@@ -88,6 +88,7 @@ class CQUAYInterfaceConfig : public SmartObjEx<CQUAYInterfaceConfig, SmartObj<>>
   bool IsNoDelayOpen() const;
   double GetNoDelayRemainingSecs() const;
   void OpenNoDelay(std::uint32_t ms);  // expiry and flag
+  void CloseNoDelay();
 
   void SetRoamingInhibit();
   void ClearRoamingInhibit();
@@ -145,6 +146,10 @@ class CQUAYInterfaceConfig : public SmartObjEx<CQUAYInterfaceConfig, SmartObj<>>
 
   // The client's connect order: written by the pipe threads, taken up by the policy round.
   void SetUIConnectRequest(UIConnectRequest request);
+  // Its pieces; a target that is not empty makes an order of them.
+  void SetUIConnectProfile(WString xml);
+  void SetUIConnectSave(bool save);
+  void SetUIConnectTarget(WString ssid, WString bssid);
   UIConnectRequest TakeUIConnectRequest();  // the next one may come as soon as this one is taken
 
   const WString& GetDescription() const { return m_Description; }

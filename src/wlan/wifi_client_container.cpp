@@ -65,6 +65,11 @@ CSmartPointer<CWlanInterface> CWifiClientContainer::GetInterface(int position) {
   return client->GetInterfaceByIndex(static_cast<std::size_t>(position));
 }
 
+CSmartPointer<CWlanInterface> CWifiClientContainer::GetInterfaceByGuid(const platform::GUID& guid) {
+  const auto client = Client();
+  return client ? client->GetInterfaceByGuid(guid) : nullptr;
+}
+
 bool CWifiClientContainer::AdapterCountChanged() {
   const auto client = Client();
   return client && client->CheckForChangeInInterfaceCount();

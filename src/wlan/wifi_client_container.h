@@ -17,6 +17,7 @@ class CWifiClientContainer {
   void Shutdown();
   int GetCount();
   CSmartPointer<CWlanInterface> GetInterface(int position);  // in GUID order; null past the end
+  CSmartPointer<CWlanInterface> GetInterfaceByGuid(const platform::GUID& guid);  // null: none
   bool AdapterCountChanged();
   // Another adapter is connected to this BSS or has reserved it. Takes the other adapters'
   // interface locks, one at a time: the caller holds none. Throws on null.
