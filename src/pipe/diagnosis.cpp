@@ -1,0 +1,69 @@
+#include "pipe/diagnosis.h"
+
+#include "foundation/log_lines.h"
+#include "monitors/adapters_addresses.h"
+#include "pipe/reply_text.h"
+#include "settings/global_config_container.h"
+#include "wlan/wifi_client_container.h"
+
+namespace corvane {
+
+namespace {
+
+// Mbps of the link under load. This is where the link probe is asked; without one it is 0.
+double MeasureBlast(CWlanInterface&, CAdaptersAddresses&) { return 0.0; }
+
+WString Failed(const Diagnosis& diagnosis) {
+  return DiagnosisFailureReply(kReplyNotDone, DiagnosisObject(diagnosis));
+}
+
+WString DiagnoseAdapter(CWlanInterface& adapter, CAdaptersAddresses& addresses) {
+  Diagnosis diagnosis;
+  diagnosis.adapterClass = StandardText(adapter.AdapterClassText());
+  ConnectionFacts facts;
+  if (!adapter.GetConnectedSSID(&facts)) {
+    diagnosis.status = u"error, not connected";
+    return Failed(diagnosis);
+  }
+  double blast = 0.0;
+  if (adapter.IsScanInFlight()) {
+    diagnosis.status = u"scan";
+  } else {
+    blast = MeasureBlast(adapter, addresses);
+    diagnosis.status = u"ok";
+  }
+  diagnosis.blast = Format(u"%f", blast);
+  WString standard;
+  std::int32_t rssi = 0;
+  diagnosis.apScore = adapter.GetScoreFromBssEntry(facts.ssid, facts.bssid, &standard, &rssi);
+  diagnosis.apClass = StandardText(standard);
+  return DiagnosisReply(DiagnosisObject(diagnosis));
+}
+
+}  // namespace
+
+WString StandardText(WStringView letters) {
+  constexpr WStringView kPlain = u"802.11";
+  if (letters == kPlain || letters == u"11") return WString(kPlain);
+  return WString(kPlain) += letters;
+}
+
+WString Diagnose() {
+  try {
+    auto& global = CGlobalConfigContainer::GetInstance();
+    if (!global.FindIFConfig(0)) return Failed({});
+    const CCritSecLock lock(global.GetSecondLock());
+    const auto addresses = CAdaptersAddresses::CreateObject();
+    addresses->Initialize();
+    const auto adapter = CWifiClientContainer::GetInstance().GetInterface(0);
+    if (!adapter) return Failed({});
+    return DiagnoseAdapter(*adapter, *addresses);
+  } catch (const Exception& e) {
+    LOG_ERROR(u"CNamedPipeListenerJson::HandleJsonCommand: Exception: %S", e.what());
+  } catch (const std::exception& e) {
+    LOG_ERROR(u"CNamedPipeListenerJson::HandleJsonCommand: std:exception: %S", e.what());
+  }
+  return Failed({});
+}
+
+}  // namespace corvane

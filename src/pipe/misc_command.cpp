@@ -1,0 +1,95 @@
+// Settings of the whole service, and the diagnosis.
+
+#include <algorithm>
+#include <array>
+
+#include "foundation/log_lines.h"
+#include "pipe/commands.h"
+#include "pipe/diagnosis.h"
+#include "pipe/reply_text.h"
+#include "settings/global_config_container.h"
+
+namespace corvane::commands {
+
+namespace {
+
+// A setting that is one number of the home key.
+struct GlobalSetting {
+  const char16_t* name;      // of the request and of the value
+  const char16_t* constant;  // in the log; null: a failed write is not logged
+  std::uint32_t min = 0;
+  std::uint32_t max = 1;
+  std::uint32_t writeFailure = kReplyNotDone;
+};
+
+constexpr std::uint32_t kAny = 0xFFFFFFFF;
+constexpr std::array<GlobalSetting, 14> kGlobalSettings = {{
+    {u"ServiceEnable", u"REGVAL_SERVICE_ENABLE"},
+    {u"RoamingEnabled", u"REGVAL_ROAMING_ENABLED"},
+    {u"DBWMEnable", u"REGKEY_VALUE_APS_DBWM_ENABLE"},
+    {u"RTAudioModeMbps", u"REGKEY_VALUE_RE_AUDIO_MBPS", 1, kAny, kReplyOutOfRange},
+    {u"RTAudioMode", u"REGKEY_VALUE_RT_AUDIO_MODE", 0, 2},
+    {u"DBWMProbeMonthBudgetMB", nullptr, 0, kAny, kReplyBudgetNotWritten},
+    {u"IDET", u"REGVAL_IDET"},
+    {u"IgnoreVPN", u"REGVAL_IGNOREVPN"},
+    {u"PalisadeOptimizer", u"REGVAL_PALISADE_OPTIMIZER"},
+    {u"TelemetryConnectionsCSVFileSizeMB", nullptr, 0, kAny},
+    {u"SCOREDIFFPCT", u"REGVAL_SCOREDIFFPCT", 0, 100},
+    {u"Survey1", u"Survey1"},
+    {u"Survey2", u"Survey2"},
+    {u"Survey3", u"Survey3"},
+}};
+
+bool Write(const char16_t* name, std::uint32_t number) {
+  const auto registry = CGlobalConfigContainer::GetInstance().GetRegistry();
+  return registry && registry->SetRegistryDWORDValue(name, number);
+}
+
+bool WriteLogged(const char16_t* name, const char16_t* constant, std::uint32_t number) {
+  if (Write(name, number)) return true;
+  if (constant) {
+    LOG_ERROR(u"CNamedPipeListenerJson::HandleJsonCommand: SetRegistryDWORDValue(%s, %lu) failed",
+              constant, number);
+  }
+  return false;
+}
+
+std::uint32_t WriteSetting(const GlobalSetting& setting, std::uint32_t number) {
+  if (number < setting.min || number > setting.max) return kReplyOutOfRange;
+  if (WStringView(setting.name) == u"ServiceEnable" && number == 1) OpenFirstWindows();
+  return WriteLogged(setting.name, setting.constant, number) ? kReplyOk : setting.writeFailure;
+}
+
+// 0 off, 1 on, 2 on and fast.
+std::uint32_t WritePostMode(std::uint32_t mode) {
+  constexpr std::uint32_t kFast = 2;
+  if (mode > kFast) return kReplyOutOfRange;
+  if (mode != kFast) Write(u"FastPost", 0);
+  if (!WriteLogged(u"EnablePost", u"REGVAL_ENABLE_POST", mode != 0)) return kReplyNotDone;
+  if (mode == kFast && !WriteLogged(u"FastPost", u"REGVAL_FAST_STATUS_POST", 1))
+    return kReplyNotDone;
+  return kReplyOk;
+}
+
+}  // namespace
+
+WString MiscCommand(const CClientRequest& request) {
+  WString name;
+  std::uint32_t number = 0;
+  if (!request.GetString("name", &name) || !request.GetUint("value", &number))
+    return FailureReply(kReplyNoNameOrValue, request.GetText());
+  OpenFirstWindows();
+  if (name == u"Diag1") return Diagnose();
+  std::uint32_t code = kReplyUnknownName;
+  if (name == u"POSTMode") {
+    code = WritePostMode(number);
+  } else if (const auto setting =
+                 std::find_if(kGlobalSettings.begin(), kGlobalSettings.end(),
+                              [&](const GlobalSetting& row) { return name == row.name; });
+             setting != kGlobalSettings.end()) {
+    code = WriteSetting(*setting, number);
+  }
+  return code == kReplyOk ? EchoReply(request.GetText()) : FailureReply(code, request.GetText());
+}
+
+}  // namespace corvane::commands

@@ -1,0 +1,110 @@
+#include "pipe/named_pipe_listener_json.h"
+
+#include <algorithm>
+#include <array>
+
+#include "foundation/guarded.h"
+#include "foundation/log_lines.h"
+#include "pipe/client_token.h"
+#include "pipe/commands.h"
+#include "pipe/json_print.h"
+#include "pipe/reply_text.h"
+#include "platform/console_api.h"
+#include "platform/platform.h"
+#include "settings/global_config_container.h"
+#include "store/json_text.h"
+
+namespace corvane {
+
+namespace {
+
+constexpr std::uint64_t kRequestLog = DBG(5);
+// A user interface asks for rounds without delay all the time: its request shows from any bit of
+// this height on.
+constexpr std::uint64_t kNoDelayLogFrom = 128;
+
+struct Command {
+  WStringView word;
+  WString (*handle)(const CClientRequest& request);
+};
+
+constexpr std::array<Command, 9> kCommands = {{
+    {u"AppLog", &commands::AppLog},
+    {u"EventRouter", &commands::EventRouter},
+    {u"ClientDir", &commands::ClientDir},
+    {u"WriteRegDW", &commands::WriteRegDW},
+    {u"WriteRegString", &commands::WriteRegString},
+    {u"UICommand", &commands::UICommand},
+    {u"MiscCommand", &commands::MiscCommand},
+    {u"DeleteProfile", &commands::DeleteProfile},
+    {u"ConnectAP", &commands::ConnectAP},
+}};
+
+void Print(const char* head, const std::string& text) {
+  Os().console.WriteOutput(head + PrettyJson(text) + "\n");
+}
+
+void PrintRequest(const std::string& text) {
+  if (text.find("NoDelay") != std::string::npos) {
+    if (g_DebugMask >= kNoDelayLogFrom) Print("\nGot NoDelay json in pipe:\n", text);
+  } else if (log::IsOpen(kRequestLog)) {
+    Print("\nGot json in pipe:\n", text);
+  }
+}
+
+}  // namespace
+
+WString CNamedPipeListenerJson::AnswerGuarded(const char* name, WStringView request,
+                                              const std::function<WString()>& answer) {
+  try {
+    return Guarded("CNamedPipeListenerJson", name, FailureReply(kReplyNoIndex, request), answer);
+  } catch (const Exception& e) {
+    LOG_ERROR(u"%S: Exception: %S", name, e.what());
+    return FailureReply(kReplyUnknownAdapter, request);
+  } catch (const std::exception& e) {
+    LOG_ERROR(u"%S: std:exception: %S", name, e.what());
+    return FailureReply(kReplyNoIndex, request);
+  }
+}
+
+WString CNamedPipeListenerJson::AnswerJson(WStringView request, const Answerer& answer) {
+  const std::string text = WideToUtf8(request);
+  rapidjson::Document json;
+  ParseJson(text, &json);
+  if (json.HasParseError()) {
+    Print("\nGot json with parse error, in pipe:\n", text);
+    return FailureReply(kReplyBadRequest, request);
+  }
+  return answer(CClientRequest(json, request), text);
+}
+
+WString CNamedPipeListenerJson::RespondToPipeMessage(WStringView request, PipeInstanceCtx& record) {
+  const auto handle = [&](const CClientRequest& parsed, const std::string& text) {
+    PrintRequest(text);
+    return AnswerGuarded("CNamedPipeListenerJson::HandleJsonCommand", request, [&] {
+      const CCritSecLock lock(CGlobalConfigContainer::GetInstance().GetLock());
+      return HandleJsonCommand(parsed, record);
+    });
+  };
+  return AnswerGuarded("CNamedPipeListenerJson::RespondToPipeMessage", request,
+                       [&] { return AnswerJson(request, handle); });
+}
+
+WString CNamedPipeListenerJson::HandleJsonCommand(const CClientRequest& request,
+                                                  PipeInstanceCtx& record) {
+  if (CGlobalConfigContainer::GetInstance().ExpireRTAudio()) {
+    LOG_INFO(
+        u"CNamedPipeListenerJson::HandleJsonCommand: MORE THAN 1HR ELAPSE FOR RTAUDIO, FORCE "
+        u"SetRTAudioDetected(false)");
+  }
+  if (const std::uint32_t code = CheckClientToken(request, record); code != kTokenGood)
+    return TokenFailureReply(code);
+  WString word;
+  if (!request.GetString("cmd", &word)) return FailureReply(kReplyNoCommand, request.GetText());
+  const auto command = std::find_if(kCommands.begin(), kCommands.end(),
+                                    [&](const Command& row) { return row.word == word; });
+  if (command == kCommands.end()) return FailureReply(kReplyUnknownCommand, request.GetText());
+  return command->handle(request);
+}
+
+}  // namespace corvane
