@@ -15,6 +15,7 @@
 #include "monitors/network_list_manager.h"
 #include "monitors/utils.h"
 #include "notify/notification_manager.h"
+#include "pipe/api_session_security_singleton.h"
 #include "platform/clock_api.h"
 #include "platform/console_api.h"
 #include "platform/file_api.h"
@@ -75,6 +76,24 @@ WString DNSDomainName() {
     return {};
   }
   return {name.data(), std::min<std::size_t>(size, name.size())};
+}
+
+void StartPipe(CNamedPipeListener& pipe, const char16_t* name, bool notification) {
+  pipe.Initialize(name, notification);
+  const platform::HRESULT result = pipe.BeginThread();
+  if (result < 0) {
+    LOG_ERROR(u"Main-CreatePipe(): serverPipe[%s]->BeginThread(): FAILED! 0x%08lx\n", name, result);
+  } else {
+    LOG_DEBUG(DBG(5) | kMainLog, u"Main-CreatePipe(): serverPipe[%s]->BeginThread(): succeeded\n",
+              name);
+  }
+}
+
+template <class Pipe>
+void StopPipe(CSmartPointer<Pipe>& pipe) {
+  if (!pipe) return;
+  pipe->Shutdown();
+  pipe.reset();
 }
 
 void LogRefreshFailed(platform::HRESULT result) {
@@ -173,6 +192,7 @@ bool Service::RunPass() {
     const int count = client.GetCount();
     if (count == 0) {
       LOG_DEBUG(kMainLog, u"Main[TOP loop]: No Wifi Adapters...");
+      EnsurePipes();
       m_bQuit = KeyWaits();
       if (!m_bQuit) Sleep(kNoAdapterMs);
       return false;
@@ -190,7 +210,22 @@ void Service::RunWithAdapters(int count) {
   HasNLM();
   StartWorkers(count);
   RefreshNLM();
+  EnsurePipes();
   RunMainLoop();
+}
+
+// A pipe that fails is not tried again.
+void Service::EnsurePipes() {
+  if (!m_pJsonPipe) {
+    CAPISessionSecuritySingleton::Instance();  // clients look for their half of the key
+    m_pJsonPipe.CreateObject();
+    StartPipe(*m_pJsonPipe, u"TRLSPipe", false);
+  }
+  if (!m_pNotifyPipe) {
+    m_pNotifyPipe.CreateObject();
+    StartPipe(*m_pNotifyPipe, u"TRLSPipe_N", true);
+    CNotificationManagerSingleton::GetInstance().AddProvider(m_pNotifyPipe.get());
+  }
 }
 
 void Service::StartWorkers(int count) {
@@ -268,7 +303,10 @@ void Service::ShutDown() {
   CWifiClientContainer::GetInstance().Shutdown();
   if (m_bSockets) GiveBack("Main", "WSACleanup", [] { Os().sockets.WSACleanup(); });
   EndCompanions();
+  StopPipe(m_pJsonPipe);
+  // The notification thread goes before its pipe, so that nothing is delivered to a dead listener.
   CNotificationManagerSingleton::GetInstance().Shutdown(kNotificationsEndMs);
+  StopPipe(m_pNotifyPipe);
   CGlobalConfigContainer::GetInstance().Shutdown(false);
   CGlobalWirelessMaps::GetInstance().Shutdown();
   // Nothing of the program may run any more when its log and its process-wide objects go.

@@ -2,6 +2,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "pipe/named_pipe_listener_notifications_json.h"
 #include "service/command_line.h"
 #include "service/main_worker.h"
 
@@ -22,6 +23,7 @@ class Service {
   bool RunPass();    // false: without an adapter, nothing to shut down
   void RunWithAdapters(int count);
   void StartWorkers(int count);
+  void EnsurePipes();
   void RunMainLoop();
   bool RunMainRound();  // false ends the pass
   void ShutDownWorkers();
@@ -46,6 +48,9 @@ class Service {
   bool m_bFirstPass = true;
   bool m_bHomeKeyCreated = false;  // by this process; so it stays for its whole life
   std::vector<CSmartPointer<CQUAYMainWorker>> m_Workers;
+  // Made once, so that clients stay connected from one pass to the next; null before.
+  CSmartPointer<CNamedPipeListenerJson> m_pJsonPipe;
+  CSmartPointer<CNamedPipeListenerNotificationsJson> m_pNotifyPipe;
 };
 
 }  // namespace corvane
