@@ -16,6 +16,15 @@ void CNotificationEvent::Set(WStringView nameSpace, WStringView category, WStrin
                        now.wHour, now.wMinute, now.wSecond, now.wMilliseconds);
 }
 
+std::size_t CNotificationEvent::GetTextSize() const {
+  std::size_t size = 0;
+  for (const WString* text : {&m_Timestamp, &m_Namespace, &m_Category, &m_Type, &m_Data1, &m_Data2,
+                              &m_Data3, &m_Data4, &m_Data5}) {
+    size += text->size();
+  }
+  return size;
+}
+
 WString CNotificationEvent::GetJson() const {
   WString json;
   const auto append = [&](WStringView member, WStringView value) {

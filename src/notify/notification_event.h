@@ -16,6 +16,9 @@ class CNotificationEvent : public SmartObjEx<CNotificationEvent, SmartObj<>> {
   // The event on the wire: one line of JSON. Nothing is escaped here; that is the producer's part.
   WString GetJson() const;
 
+  // Characters of all its texts.
+  std::size_t GetTextSize() const;
+
   WString m_Timestamp;  // day/month/yearThour:minute:second.millisecondsZ
   WString m_Namespace;
   WString m_Category;

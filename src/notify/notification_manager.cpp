@@ -54,6 +54,14 @@ void CNotificationManagerSingleton::QueueNotification(CNotificationEvent* event)
   const auto workerEvent = WorkerEvent();
   if (!workerEvent) return;
   m_Queue.emplace_back(event);
+  m_QueuedText += event->GetTextSize();
+  while (m_Queue.size() > kQueuedEvents || m_QueuedText > kQueuedText) {
+    LOG_ERROR(
+        u"CNotificationManagerSingleton::QueueNotification: too many events wait, %s.%s.%s is "
+        u"dropped",
+        m_Queue.front()->m_Namespace, m_Queue.front()->m_Category, m_Queue.front()->m_Type);
+    DropFront();
+  }
   try {
     workerEvent->SetEvent();
   } catch (const Exception& e) {
@@ -109,8 +117,13 @@ void CNotificationManagerSingleton::Deliver() {
   const CCritSecLock lock(m_QueueLock);
   while (!m_Queue.empty() && m_bRun) {
     for (const auto& provider : providers) provider->SendNotification(m_Queue.front().get());
-    m_Queue.pop_front();
+    DropFront();
   }
+}
+
+void CNotificationManagerSingleton::DropFront() {
+  m_QueuedText -= m_Queue.front()->GetTextSize();
+  m_Queue.pop_front();
 }
 
 void QueueNotification(WStringView nameSpace, WStringView category, WStringView type,

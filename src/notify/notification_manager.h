@@ -14,6 +14,11 @@ namespace corvane {
 class CNotificationManagerSingleton : public SmartObjEx<CNotificationManagerSingleton, SmartObj<>>,
                                       public CThread<CNotificationManagerSingleton> {
  public:
+  // Events that wait for their delivery, and characters of their texts. Beyond either bound the
+  // oldest is dropped: clients can post events, and a thread that died takes none.
+  static constexpr std::size_t kQueuedEvents = 1000;
+  static constexpr std::size_t kQueuedText = 8'000'000;
+
   static CNotificationManagerSingleton& GetInstance();
   // Drops the instance, which a later use makes anew; after Shutdown, when no other thread of the
   // program runs any more.
@@ -37,6 +42,7 @@ class CNotificationManagerSingleton : public SmartObjEx<CNotificationManagerSing
   friend SmartObjEx;
   void WorkThreadProc(CWinEvent& workerEvent);
   void Deliver();
+  void DropFront();
   CSmartPointer<CWinEvent> WorkerEvent();
 
   CCritSec m_ProviderLock{"notification providers", LockRank::kLeaf};  // and the worker event
@@ -44,6 +50,7 @@ class CNotificationManagerSingleton : public SmartObjEx<CNotificationManagerSing
   CSmartPointer<CWinEvent> m_pWorkerEvent;  // null after Shutdown
   CCritSec m_QueueLock{"notification queue", LockRank::kNotifyQueue};
   std::list<CSmartPointer<CNotificationEvent>> m_Queue;
+  std::size_t m_QueuedText = 0;
 };
 
 // Queues an event of the program itself: state true, stamped now.

@@ -137,6 +137,31 @@ TEST_F(NotificationTest, AFailingSubscriberEndsTheThreadAndIsLogged) {
   Manager().Shutdown(1000);
 }
 
+// Clients can post events faster than a slow subscriber takes them.
+TEST_F(NotificationTest, TheQueueIsBoundedAndDropsTheOldest) {
+  for (int n = 0; n < 1002; ++n) Queue(Format(u"%i", n));
+  const auto subscriber = Subscribe();
+  ASSERT_EQ(Manager().BeginThread(), 0);
+  RunFor(1s);
+  ASSERT_EQ(subscriber->types.size(), 1000u);
+  EXPECT_EQ(subscriber->types.front(), u"2");
+  EXPECT_EQ(subscriber->types.back(), u"1001");
+  Manager().Shutdown(1000);
+}
+
+TEST_F(NotificationTest, LargeEventsAreBoundedByTheirText) {
+  const WString large(499'000, u'x');
+  for (int n = 0; n < 20; ++n) {
+    QueueNotification(u"Corvane", u"System", Format(u"%i", n), large);
+  }
+  const auto subscriber = Subscribe();
+  ASSERT_EQ(Manager().BeginThread(), 0);
+  RunFor(1s);
+  ASSERT_EQ(subscriber->types.size(), 16u) << "eight million characters";
+  EXPECT_EQ(subscriber->types.front(), u"4");
+  Manager().Shutdown(1000);
+}
+
 TEST_F(NotificationTest, ALostWakeCostsNoEventAndNoProducer) {
   const auto subscriber = Subscribe();
   ASSERT_EQ(Manager().BeginThread(), 0);
