@@ -3,6 +3,7 @@
 #include <string>
 #include <utility>
 
+#include "foundation/guarded.h"
 #include "foundation/log_lines.h"
 #include "platform/clock_api.h"
 #include "platform/platform.h"
@@ -14,6 +15,7 @@ using namespace platform;
 
 namespace {
 
+constexpr char kClass[] = "CAPISessionSecuritySingleton";
 constexpr std::uint64_t kSessionLog = DBG(5);
 constexpr std::size_t kSessionsKept = 100;     // after a nonce update
 constexpr std::size_t kSessionsAtMost = 1000;  // whatever the clients do
@@ -38,9 +40,33 @@ BOOL Decode(const std::vector<BYTE>& der, BYTE* blob, DWORD* size) {
                                          static_cast<DWORD>(der.size()), 0, blob, size);
 }
 
+CSmartPointer<CGenericMalloc> Decrypt(BCRYPT_KEY_HANDLE key, const CGenericMalloc& cipher) {
+  auto& crypto = Os().crypto;
+  DWORD size = 0;
+  if (crypto.BCryptDecrypt(key, cipher.GetData(), cipher.GetSize(), nullptr, 0, &size,
+                           BCRYPT_PAD_PKCS1) < 0) {
+    return nullptr;
+  }
+  std::vector<BYTE> buffer(size + kTerminator);
+  DWORD length = 0;
+  if (crypto.BCryptDecrypt(key, cipher.GetData(), cipher.GetSize(), buffer.data(), size, &length,
+                           BCRYPT_PAD_PKCS1) < 0 ||
+      length == 0 || length > size) {
+    return nullptr;
+  }
+  auto plain = CGenericMalloc::CreateObject();
+  plain->Initialize(buffer.data(), length, 0);
+  return plain;
+}
+
 }  // namespace
 
-CAPISessionSecuritySingleton::CAPISessionSecuritySingleton() { PrepDec(); }
+CAPISessionSecuritySingleton::CAPISessionSecuritySingleton() {
+  Guarded(kClass, "PrepDec", false, [this] {
+    PrepDec();
+    return true;
+  });
+}
 
 CAPISessionSecuritySingleton::~CAPISessionSecuritySingleton() {
   if (m_hKey) Os().crypto.BCryptDestroyKey(m_hKey);
@@ -106,22 +132,8 @@ CSmartPointer<CGenericMalloc> CAPISessionSecuritySingleton::DecryptArt(
   const CCritSecLock lock(m_Lock);
   if (!m_hKey) return nullptr;
   try {
-    auto& crypto = Os().crypto;
-    DWORD size = 0;
-    if (crypto.BCryptDecrypt(m_hKey, cipher.GetData(), cipher.GetSize(), nullptr, 0, &size,
-                             BCRYPT_PAD_PKCS1) < 0) {
-      return nullptr;
-    }
-    std::vector<BYTE> buffer(size + kTerminator);
-    DWORD length = 0;
-    if (crypto.BCryptDecrypt(m_hKey, cipher.GetData(), cipher.GetSize(), buffer.data(), size,
-                             &length, BCRYPT_PAD_PKCS1) < 0 ||
-        length == 0 || length > size) {
-      return nullptr;
-    }
-    auto plain = CGenericMalloc::CreateObject();
-    plain->Initialize(buffer.data(), length, 0);
-    return plain;
+    return Guarded(kClass, "DecryptArt", CSmartPointer<CGenericMalloc>(),
+                   [&] { return Decrypt(m_hKey, cipher); });
   } catch (const Exception& e) {
     LOG_ERROR(u"CAPISessionSecuritySingleton::DecryptArt: Initial-BCryptDecrypt Exception: %S",
               e.what());

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 
+#include "foundation/guarded.h"
 #include "foundation/log_lines.h"
 #include "launch/session_launch.h"
 #include "pipe/api_session_security_singleton.h"
@@ -33,7 +34,7 @@ std::uint32_t Refuse(std::uint32_t code, WStringView words, const Args&... args)
 }
 
 // The executable of a running process. The first entry of the list is the idle process.
-std::optional<WString> FindExecutable(DWORD pid) {
+std::optional<WString> WalkProcesses(DWORD pid) {
   auto& session = Os().session;
   const CSessionHandle snapshot(session.CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
   PROCESSENTRY32W entry;
@@ -44,6 +45,11 @@ std::optional<WString> FindExecutable(DWORD pid) {
     return WString(name.substr(0, name.find(u'\0')));
   }
   return std::nullopt;
+}
+
+std::optional<WString> FindExecutable(DWORD pid) {
+  return Guarded("CNamedPipeListenerJson", "FindExecutable", std::optional<WString>(),
+                 [pid] { return WalkProcesses(pid); });
 }
 
 // Where the platform knows who is at the other end, no client may go by another's id.

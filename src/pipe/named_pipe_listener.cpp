@@ -24,10 +24,28 @@ constexpr DWORD kDefaultTimeoutMs = 5000;
 constexpr int kFalseSignalsIgnored = 20;
 constexpr std::uint32_t kStopMs = 2000;
 constexpr std::uint32_t kUnwindMs = 1000;
+constexpr std::uint32_t kUnwindStepMs = 10;
 constexpr std::uint32_t kDestructorMs = 1000;
 
 bool IsValid(HANDLE handle) {
   return handle != nullptr && handle != reinterpret_cast<HANDLE>(~std::uintptr_t{0});
+}
+
+// Tells, however the thread's body is left, that it is.
+class InsideMark {
+ public:
+  explicit InsideMark(std::atomic<bool>* mark) : m_pMark(mark) { *m_pMark = true; }
+  ~InsideMark() { *m_pMark = false; }
+  InsideMark(const InsideMark&) = delete;
+  InsideMark& operator=(const InsideMark&) = delete;
+
+ private:
+  std::atomic<bool>* m_pMark;
+};
+
+void FreeRecord(PipeInstanceCtx* record) {
+  record->~PipeInstanceCtx();
+  Os().pipes.GlobalFree(record);
 }
 
 PipeInstanceCtx* RecordOf(OVERLAPPED* overlapped) {
@@ -45,6 +63,7 @@ CNamedPipeListener::~CNamedPipeListener() {
   m_pConnectEvent.reset();
   StopThread(kDestructorMs);
   CloseWaitingInstance();
+  for (PipeInstanceCtx* record : m_LeftRecords) FreeRecord(record);
 }
 
 void CNamedPipeListener::Initialize(const char16_t* name, bool notification) {
@@ -61,6 +80,7 @@ void CNamedPipeListener::Initialize(const char16_t* name, bool notification) {
 }
 
 void CNamedPipeListener::RunThreadLoop() {
+  const InsideMark mark(&m_bThreadInside);
   try {
     // Shutdown lets the event go while a thread that was given up may still wait on it.
     const auto connectEvent = m_pConnectEvent;
@@ -270,7 +290,7 @@ void CNamedPipeListener::CompletedWriteRoutine_Notification(DWORD error, DWORD w
 
 void CNamedPipeListener::GetAnswerToRequest(PipeInstanceCtx& record) {
   const WStringView buffer(record.request, kPipeUnits);
-  const WString request(buffer.substr(0, buffer.find(u'\0')));
+  const WStringView request = buffer.substr(0, buffer.find(u'\0'));
   const WString reply = RespondToPipeMessage(request, record);
   if (m_bTraceMessages) LOG_INFO(u"CNamedPipeListener: [%s] -> [%s]", request, reply);
   PutReply(record, reply);
@@ -296,6 +316,7 @@ void CNamedPipeListener::DisconnectAndClose(PipeInstanceCtx* record) {
     return;
   }
   const CSmartPointer<CNamedPipeListener> owner = record->owner;
+  if (!owner) return;  // the stop has closed it
   auto& pipes = Os().pipes;
   const BOOL disconnected = Guarded(kClass, "DisconnectNamedPipe", FALSE,
                                     [&] { return pipes.DisconnectNamedPipe(record->hPipeInst); });
@@ -307,9 +328,11 @@ void CNamedPipeListener::DisconnectAndClose(PipeInstanceCtx* record) {
   Guarded(kClass, "CloseHandle", FALSE, [&] { return pipes.CloseHandle(record->hPipeInst); });
   record->hPipeInst = nullptr;
   record->owner.reset();
-  if (owner->m_bThreadLingers) return;
-  record->~PipeInstanceCtx();
-  pipes.GlobalFree(record);
+  if (owner->m_bThreadLingers) {
+    owner->m_LeftRecords.push_back(record);
+  } else {
+    FreeRecord(record);
+  }
 }
 
 void CNamedPipeListener::Forget(PipeInstanceCtx* record) {
@@ -323,9 +346,16 @@ void CNamedPipeListener::CloseWaitingInstance() {
   m_hPipe = nullptr;
 }
 
+// A thread that was given up goes at its next call of the platform, which a lock may put off.
+void CNamedPipeListener::AwaitUnwinding() {
+  for (std::uint32_t ms = 0; m_bThreadInside && ms < kUnwindMs; ms += kUnwindStepMs)
+    Os().threads.Sleep(kUnwindStepMs);
+  m_bThreadLingers = m_bThreadInside;
+}
+
 // The thread sleeps without a limit, and only a client wakes it: mostly it has to be given up.
 void CNamedPipeListener::Shutdown() {
-  m_bThreadLingers = !StopThread(kStopMs) && !Os().threads.AwaitAbandoned(kUnwindMs);
+  if (!StopThread(kStopMs)) AwaitUnwinding();
   m_pConnectEvent.reset();
   const CCritSecLock lock(ObjectLock());
   LOG_INFO(u"CNamedPipeListener::Shutdown:[%s] m_mapPipeInstanceCtxs.size() = %zu\n", m_PipeName,

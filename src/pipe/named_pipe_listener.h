@@ -2,6 +2,7 @@
 #include <atomic>
 #include <cstdint>
 #include <map>
+#include <vector>
 
 #include "foundation/thread.h"
 #include "foundation/win_event.h"
@@ -64,6 +65,7 @@ class CNamedPipeListener : public SmartObjEx<CNamedPipeListener, SmartObj<>>,
   void NoteWritten(PipeInstanceCtx& record);
   void Forget(PipeInstanceCtx* record);
   void CloseWaitingInstance();
+  void AwaitUnwinding();
 
   WString m_PipeName;
   WString m_PipePath;
@@ -75,7 +77,11 @@ class CNamedPipeListener : public SmartObjEx<CNamedPipeListener, SmartObj<>>,
   bool m_bTraceMessages = false;
   std::uint64_t m_CreateCounter = 0;
   std::uint32_t m_WritesInFlight = 0;
-  bool m_bThreadLingers = false;  // given up, and may still touch its records
+  std::atomic<bool> m_bThreadInside{false};
+  // The thread was given up and may still touch its records: they stay until it has let the
+  // listener go.
+  bool m_bThreadLingers = false;
+  std::vector<PipeInstanceCtx*> m_LeftRecords;
 };
 
 }  // namespace corvane

@@ -3,16 +3,12 @@
 #include <algorithm>
 #include <array>
 
-#include "foundation/guarded.h"
 #include "foundation/log_lines.h"
+#include "pipe/answer_guard.h"
 #include "pipe/client_token.h"
 #include "pipe/commands.h"
-#include "pipe/json_print.h"
 #include "pipe/reply_text.h"
-#include "platform/console_api.h"
-#include "platform/platform.h"
 #include "settings/global_config_container.h"
-#include "store/json_text.h"
 
 namespace corvane {
 
@@ -40,47 +36,19 @@ constexpr std::array<Command, 9> kCommands = {{
     {u"ConnectAP", &commands::ConnectAP},
 }};
 
-void Print(const char* head, const std::string& text) {
-  Os().console.WriteOutput(head + PrettyJson(text) + "\n");
-}
-
-void PrintRequest(const std::string& text) {
+void TraceRequest(const std::string& text) {
   if (text.find("NoDelay") != std::string::npos) {
-    if (g_DebugMask >= kNoDelayLogFrom) Print("\nGot NoDelay json in pipe:\n", text);
+    if (g_DebugMask >= kNoDelayLogFrom) PrintRequest("\nGot NoDelay json in pipe:\n", text);
   } else if (log::IsOpen(kRequestLog)) {
-    Print("\nGot json in pipe:\n", text);
+    PrintRequest("\nGot json in pipe:\n", text);
   }
 }
 
 }  // namespace
 
-WString CNamedPipeListenerJson::AnswerGuarded(const char* name, WStringView request,
-                                              const std::function<WString()>& answer) {
-  try {
-    return Guarded("CNamedPipeListenerJson", name, FailureReply(kReplyNoIndex, request), answer);
-  } catch (const Exception& e) {
-    LOG_ERROR(u"%S: Exception: %S", name, e.what());
-    return FailureReply(kReplyUnknownAdapter, request);
-  } catch (const std::exception& e) {
-    LOG_ERROR(u"%S: std:exception: %S", name, e.what());
-    return FailureReply(kReplyNoIndex, request);
-  }
-}
-
-WString CNamedPipeListenerJson::AnswerJson(WStringView request, const Answerer& answer) {
-  const std::string text = WideToUtf8(request);
-  rapidjson::Document json;
-  ParseJson(text, &json);
-  if (json.HasParseError()) {
-    Print("\nGot json with parse error, in pipe:\n", text);
-    return FailureReply(kReplyBadRequest, request);
-  }
-  return answer(CClientRequest(json, request), text);
-}
-
 WString CNamedPipeListenerJson::RespondToPipeMessage(WStringView request, PipeInstanceCtx& record) {
   const auto handle = [&](const CClientRequest& parsed, const std::string& text) {
-    PrintRequest(text);
+    TraceRequest(text);
     return AnswerGuarded("CNamedPipeListenerJson::HandleJsonCommand", request, [&] {
       const CCritSecLock lock(CGlobalConfigContainer::GetInstance().GetLock());
       return HandleJsonCommand(parsed, record);

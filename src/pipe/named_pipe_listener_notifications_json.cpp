@@ -5,6 +5,7 @@
 
 #include "foundation/guarded.h"
 #include "foundation/log_lines.h"
+#include "pipe/answer_guard.h"
 #include "pipe/reply_text.h"
 #include "platform/platform.h"
 #include "platform/thread_api.h"

@@ -64,8 +64,11 @@ TEST_F(TokenTest, AProcessThatHasEndedCommandsNothing) {
 
 TEST_F(TokenTest, AProcessListThatFailsKnowsNobody) {
   for (const char* operation : {"CreateToolhelp32Snapshot", "Process32FirstW", "Process32NextW"}) {
-    kernel.Faults().FailCall(operation, 1, platform::ERROR_GEN_FAILURE);
-    EXPECT_EQ(Check(Fields("s", 1)), 1005u) << operation;
+    for (const platform::DWORD code :
+         {platform::ERROR_GEN_FAILURE, platform::sim::FaultPlan::kFault}) {
+      kernel.Faults().FailCall(operation, 1, code);
+      EXPECT_EQ(Check(Fields("s", 1)), 1005u) << operation << code;
+    }
   }
   EXPECT_EQ(Check(Fields("s", 1)), kPasses);
 }
