@@ -36,7 +36,7 @@ std::uint32_t Refuse(std::uint32_t code, WStringView words, const Args&... args)
 // The executable of a running process. The first entry of the list is the idle process.
 std::optional<WString> WalkProcesses(DWORD pid) {
   auto& session = Os().session;
-  const CSessionHandle snapshot(session.CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
+  const CSessionHandle snapshot(session.CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, pid));
   PROCESSENTRY32W entry;
   if (!snapshot || !session.Process32FirstW(snapshot.Get(), &entry)) return std::nullopt;
   while (session.Process32NextW(snapshot.Get(), &entry)) {

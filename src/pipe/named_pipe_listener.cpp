@@ -79,6 +79,11 @@ void CNamedPipeListener::Initialize(const char16_t* name, bool notification) {
   m_Overlapped_Connect.hEvent = m_pConnectEvent->GetEventHandle();
 }
 
+void CNamedPipeListener::SetTrace(bool waits, bool messages) {
+  m_bTraceWait = waits;
+  m_bTraceMessages = messages;
+}
+
 void CNamedPipeListener::RunThreadLoop() {
   const InsideMark mark(&m_bThreadInside);
   try {

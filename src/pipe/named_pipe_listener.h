@@ -24,6 +24,8 @@ class CNamedPipeListener : public SmartObjEx<CNamedPipeListener, SmartObj<>>,
   // Before the thread starts; throws Exception. `name` is the short one; null leaves it as it is.
   // On a notification pipe a client gets one message read, and from then on only receives.
   void Initialize(const char16_t* name, bool notification);
+  // Lines in the log around each wait, and of each message and its answer; off at the start.
+  void SetTrace(bool waits, bool messages);
   void RunThreadLoop();
   // On the main thread: ends the thread within 2,000 ms or gives it up, then closes every client.
   void Shutdown();
@@ -73,8 +75,8 @@ class CNamedPipeListener : public SmartObjEx<CNamedPipeListener, SmartObj<>>,
   bool m_bNotification = false;
   CSmartPointer<CWinEvent> m_pConnectEvent;
   platform::OVERLAPPED m_Overlapped_Connect;
-  bool m_bTraceWait = false;
-  bool m_bTraceMessages = false;
+  std::atomic<bool> m_bTraceWait{false};
+  std::atomic<bool> m_bTraceMessages{false};
   std::uint64_t m_CreateCounter = 0;
   std::uint32_t m_WritesInFlight = 0;
   std::atomic<bool> m_bThreadInside{false};

@@ -108,7 +108,8 @@ class SessionApi {
   virtual BOOL PeekNamedPipe(HANDLE readEnd, DWORD* available);
   virtual BOOL ReadFile(HANDLE readEnd, void* buffer, DWORD size, DWORD* read);
 
-  // The processes of all sessions; null on failure. The first entry is the idle process.
+  // The processes of all sessions; null on failure. The first entry is the idle process. An id
+  // other than 0 is the process that is looked for: a platform may leave the others behind it out.
   virtual HANDLE CreateToolhelp32Snapshot(DWORD flags, DWORD processId);
   virtual BOOL Process32FirstW(HANDLE snapshot, PROCESSENTRY32W* entry);
   virtual BOOL Process32NextW(HANDLE snapshot, PROCESSENTRY32W* entry);
