@@ -44,6 +44,9 @@ void RunRecord::CheckNothingIsLeft(sim::SimKernel& kernel) {
   EXPECT_EQ(kernel.Files().OpenHandles(), 0u) << "files";
   EXPECT_EQ(kernel.Session().OpenHandles(), 0u) << "tokens, processes and pipes";
   EXPECT_EQ(kernel.EventTrace().OpenHandles(), 0u) << "event providers";
+  EXPECT_EQ(kernel.Pipes().OpenHandles(), 0u) << "named pipes, their tokens and descriptors";
+  EXPECT_EQ(kernel.Pipes().OpenRecords(), 0u) << "records of pipe clients";
+  EXPECT_EQ(kernel.Crypto().OpenHandles(), 0u) << "keys and algorithms";
 }
 
 void RunRecord::CheckReports() {
@@ -63,6 +66,7 @@ struct KernelTest::Services {
         crypto(&kernel.Crypto()),
         eventTrace(&kernel.EventTrace()),
         files(&kernel.Files()),
+        pipes(&kernel.Pipes()),
         registry(&kernel.Registry()),
         session(&kernel.Session()) {}
 
@@ -81,6 +85,7 @@ struct KernelTest::Services {
   HttpApi* http = &absent::Http();
   IpHelperApi* ipHelper = &defaultIpHelper;
   NetworkListApi* networkList = &defaultNetworkList;
+  PipeApi* pipes;
   PerfCounterApi* perfCounters = &defaultPerfCounters;
   PowerApi* power = &defaultPower;
   RegistryApi* registry;
@@ -122,7 +127,8 @@ void KernelTest::PutInForce() {
                               .registry = *use.registry,
                               .session = *use.session,
                               .wlan = *use.wlan,
-                              .http = *use.http});
+                              .http = *use.http,
+                              .pipes = *use.pipes});
   SetPlatform(&*m_Platform);
 }
 
@@ -137,6 +143,7 @@ void KernelTest::Use(NetworkListApi& service) { m_pServices->networkList = &serv
 void KernelTest::Use(PerfCounterApi& service) {
   m_pServices->perfCounters = &service, PutInForce();
 }
+void KernelTest::Use(PipeApi& service) { m_pServices->pipes = &service, PutInForce(); }
 void KernelTest::Use(PowerApi& service) { m_pServices->power = &service, PutInForce(); }
 void KernelTest::Use(RegistryApi& service) { m_pServices->registry = &service, PutInForce(); }
 void KernelTest::Use(SessionApi& service) { m_pServices->session = &service, PutInForce(); }

@@ -17,6 +17,7 @@
 #include "platform/ip_helper_api.h"
 #include "platform/network_list_api.h"
 #include "platform/perf_counter_api.h"
+#include "platform/pipe_api.h"
 #include "platform/platform.h"
 #include "platform/power_api.h"
 #include "platform/registry_api.h"
@@ -86,6 +87,7 @@ class KernelTest : public testing::Test {
   void Use(platform::IpHelperApi& service);
   void Use(platform::NetworkListApi& service);
   void Use(platform::PerfCounterApi& service);
+  void Use(platform::PipeApi& service);
   void Use(platform::PowerApi& service);
   void Use(platform::RegistryApi& service);
   void Use(platform::SessionApi& service);

@@ -35,6 +35,7 @@ struct SimulatedPc::Impl {
             .session = kernel.Session(),
             .wlan = devices.Wlan(),
             .http = devices.Web(),
+            .pipes = kernel.Pipes(),
             .sockets = devices.Sockets(),
             .windows = devices.Windows(),
         } {

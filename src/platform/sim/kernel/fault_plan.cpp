@@ -15,7 +15,8 @@ namespace {
 // object that its owner deletes. (Sleep, locks and the clock have no result, so they are not asked
 // about.)
 bool IsSparedAtRandom(std::string_view operation) {
-  return operation.find("Close") != operation.npos || operation == "TerminateThread";
+  return operation.find("Close") != operation.npos || operation == "TerminateThread" ||
+         operation == "BCryptDestroyKey";
 }
 
 }  // namespace

@@ -240,7 +240,49 @@ void KernelObjects::Serve(KernelObject& object) {
   }
 }
 
-DWORD KernelObjects::Wait(DWORD count, const HANDLE* objects, bool waitAll, DWORD milliseconds) {
+void KernelObjects::QueueCall(SimThread& thread, QueuedCall call) {
+  thread.calls.push_back(std::move(call));
+  if (thread.state == SimThread::State::kWaiting && thread.alertable) {
+    m_Scheduler.MakeReady(thread, Wake::kAlerted);
+  }
+}
+
+BOOL KernelObjects::QueueCall(HANDLE handle, QueuedCall call) {
+  const KernelObject* object = Find(handle, KernelObject::Kind::kThread);
+  if (!object) return Fail(ERROR_INVALID_HANDLE);
+  if (object->IsSignalled()) return Fail(ERROR_GEN_FAILURE);
+  QueueCall(*object->thread, std::move(call));
+  return TRUE;
+}
+
+void KernelObjects::ForgetCalls(SimThread& thread, const void* owner) {
+  std::erase_if(thread.calls, [owner](const QueuedCall& call) { return call.owner == owner; });
+}
+
+bool KernelObjects::MakeCalls(SimThread& self) {
+  if (self.calls.empty()) return false;
+  while (!self.calls.empty()) {
+    const QueuedCall call = std::move(self.calls.front());
+    self.calls.pop_front();
+    call.run();
+  }
+  return true;
+}
+
+DWORD KernelObjects::Wait(DWORD count, const HANDLE* objects, bool waitAll, DWORD milliseconds,
+                          bool alertable) {
+  SimThread& self = m_Scheduler.Current();
+  const std::uint64_t deadline = m_Scheduler.DeadlineIn(milliseconds);
+  for (;;) {
+    const DWORD result = WaitOnce(count, objects, waitAll, milliseconds, deadline, alertable);
+    if (result != kWaitIoCompletion) return result;
+    if (MakeCalls(self)) return result;  // else they were taken back before the thread ran
+  }
+}
+
+// Calls are made by the caller, once the wait is off its objects' lists.
+DWORD KernelObjects::WaitOnce(DWORD count, const HANDLE* objects, bool waitAll, DWORD milliseconds,
+                              std::uint64_t deadline, bool alertable) {
   SimThread& self = m_Scheduler.Current();
   if (count == 0 || count > kMaximumWaitObjects) {
     Fail(ERROR_INVALID_PARAMETER);
@@ -256,14 +298,18 @@ DWORD KernelObjects::Wait(DWORD count, const HANDLE* objects, bool waitAll, DWOR
     record.Add(*object);
   }
   if (record.TryTake()) return WAIT_OBJECT_0 + record.Index();
+  if (alertable && !self.calls.empty()) return kWaitIoCompletion;
   if (milliseconds == 0) return WAIT_TIMEOUT;
   // A thread that was given up already unwinds: it may wait for a time, but not for ever.
   if (self.abandoned && milliseconds == INFINITE) return WAIT_TIMEOUT;
   // A wait for a thread's end is what destructors do, so it is not cut short by an exception.
   const bool abandonable = milliseconds == INFINITE || count > 1 || !IsThread(objects[0]);
   record.Enter();
-  const Wake wake = m_Scheduler.Block(m_Scheduler.DeadlineIn(milliseconds), record, abandonable);
+  self.alertable = alertable;
+  const Wake wake = m_Scheduler.Block(deadline, record, abandonable);
+  self.alertable = false;
   if (wake == Wake::kSignalled) return WAIT_OBJECT_0 + record.Index();
+  if (wake == Wake::kAlerted) return kWaitIoCompletion;
   if (wake != Wake::kTimedOut && abandonable) m_Scheduler.ThrowIfAbandoned();
   return WAIT_TIMEOUT;
 }

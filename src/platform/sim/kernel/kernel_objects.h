@@ -36,6 +36,7 @@ class KernelObjects final : private Scheduler::IThreadEnd {
  public:
   static constexpr DWORD kMaximumWaitObjects = 64;
   static constexpr DWORD kStillActive = 259;
+  static constexpr DWORD kWaitIoCompletion = 192;
 
   explicit KernelObjects(Scheduler& scheduler);
   ~KernelObjects();
@@ -50,7 +51,13 @@ class KernelObjects final : private Scheduler::IThreadEnd {
   HANDLE CreateSemaphore(LONG initialCount, LONG maximumCount, const char* name, bool ofDevices);
   BOOL ReleaseSemaphore(HANDLE semaphore, LONG releaseCount, LONG* previousCount);
   BOOL CloseHandle(HANDLE object);
-  DWORD Wait(DWORD count, const HANDLE* objects, bool waitAll, DWORD milliseconds);
+  // An alertable wait that takes no object makes the calls that are queued for the thread and gives
+  // kWaitIoCompletion.
+  DWORD Wait(DWORD count, const HANDLE* objects, bool waitAll, DWORD milliseconds,
+             bool alertable = false);
+  BOOL QueueCall(HANDLE thread, QueuedCall call);
+  void QueueCall(SimThread& thread, QueuedCall call);
+  static void ForgetCalls(SimThread& thread, const void* owner);
   // Whether a wait for this one handle is a wait for a thread's end.
   bool IsThread(HANDLE handle) const;
 
@@ -68,6 +75,9 @@ class KernelObjects final : private Scheduler::IThreadEnd {
   BOOL Fail(DWORD code);
   // Serves the waits that the object's count allows.
   void Serve(KernelObject& object);
+  DWORD WaitOnce(DWORD count, const HANDLE* objects, bool waitAll, DWORD milliseconds,
+                 std::uint64_t deadline, bool alertable);
+  static bool MakeCalls(SimThread& self);
   void OnThreadEnd(SimThread& thread, DWORD exitCode) override;
 
   Scheduler& m_Scheduler;

@@ -1,5 +1,7 @@
 #pragma once
 #include <cstdint>
+#include <deque>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -17,6 +19,7 @@ struct KernelObject;
 enum class Wake {
   kSignalled,  // what it waited for has come
   kTimedOut,
+  kAlerted,    // a call is queued for it
   kAbandoned,  // TerminateThread
   kBroken,     // the run has come to a dead end
 };
@@ -28,6 +31,12 @@ class IWaitText {
 
  protected:
   ~IWaitText() = default;
+};
+
+// What a thread does in its next alertable wait.
+struct QueuedCall {
+  const void* owner = nullptr;  // by which it is taken back
+  std::function<void()> run;
 };
 
 // One thread of the simulated PC. Touched only by the thread that has the baton.
@@ -46,9 +55,11 @@ struct SimThread {
   const IWaitText* waitsFor = nullptr;
   const CRITICAL_SECTION* waitsForLock = nullptr;
   bool abandonable = true;  // TerminateThread ends the wait
+  bool alertable = false;   // a queued call ends the wait
   Wake wake = Wake::kSignalled;
 
   unsigned forLog = 0;  // depth of BeginForLog
+  std::deque<QueuedCall> calls;  // for its next alertable wait
   bool abandoned = false;
   unsigned abandonThrows = 0;  // times that ThreadAbandoned was thrown in it
   bool reportedSpinning = false;

@@ -6,7 +6,7 @@
 namespace corvane::platform::sim {
 
 bool NeverUnwinds(std::string_view operation) {
-  static constexpr std::array<std::string_view, 11> kNames = {
+  static constexpr std::array<std::string_view, 12> kNames = {
       "SetEvent",
       "TerminateThread",
       "WaitForSingleObject",
@@ -17,6 +17,7 @@ bool NeverUnwinds(std::string_view operation) {
       "EventUnregister",
       "WSACleanup",
       "DestroyEnvironmentBlock",
+      "BCryptDestroyKey",
       "PowerUnregisterSuspendResumeNotification"};
   return operation.find("Close") != operation.npos || operation.find("Free") != operation.npos ||
          std::ranges::find(kNames, operation) != kNames.end();

@@ -21,9 +21,10 @@ SimKernel::SimKernel(const PcOptions& options)
       m_DeviceThreads(m_Scheduler, m_Objects, m_Locks, *this, SimThreads::Side::kDevices),
       m_Clock(m_Scheduler, options.startTime),
       m_Console(*this, options.echoConsole),
-      m_Crypto(*this, options.seed ^ kCryptoStream),
+      m_Crypto(m_Scheduler, *this, options.seed ^ kCryptoStream),
       m_EventTrace(*this),
       m_Files(*this, m_Threads),
+      m_Pipes(m_Scheduler, m_Objects, *this),
       m_Registry(*this),
       m_Session(*this, m_Threads, m_Clock) {
   if (options.faultRate > 0.0) {

@@ -13,6 +13,7 @@
 #include "platform/sim/kernel/sim_event_trace.h"
 #include "platform/sim/kernel/sim_files.h"
 #include "platform/sim/kernel/sim_locks.h"
+#include "platform/sim/kernel/sim_pipes.h"
 #include "platform/sim/kernel/sim_registry.h"
 #include "platform/sim/kernel/sim_session.h"
 #include "platform/sim/kernel/sim_threads.h"
@@ -20,8 +21,8 @@
 namespace corvane::platform::sim {
 
 // The simulated PC without its devices: threads in virtual time, clock, registry, files, console,
-// random numbers, and the gate that every call of the program passes. The thread that makes the
-// kernel becomes its driving thread: others run only while it sleeps or waits.
+// random numbers, named pipes, and the gate that every call of the program passes. The thread that
+// makes the kernel becomes its driving thread: others run only while it sleeps or waits.
 class SimKernel final : private SeamGate {
  public:
   // How long abandoned threads may take to unwind, in virtual time.
@@ -46,6 +47,7 @@ class SimKernel final : private SeamGate {
   SimCrypto& Crypto() { return m_Crypto; }
   SimEventTrace& EventTrace() { return m_EventTrace; }
   SimFiles& Files() { return m_Files; }
+  SimPipes& Pipes() { return m_Pipes; }
   SimRegistry& Registry() { return m_Registry; }
   SimSession& Session() { return m_Session; }
   FaultPlan& Faults() { return m_Faults; }
@@ -70,6 +72,7 @@ class SimKernel final : private SeamGate {
   SimCrypto m_Crypto;
   SimEventTrace m_EventTrace;
   SimFiles m_Files;
+  SimPipes m_Pipes;
   SimRegistry m_Registry;
   SimSession m_Session;
 };
