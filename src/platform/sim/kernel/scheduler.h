@@ -58,7 +58,7 @@ struct SimThread {
   bool alertable = false;   // a queued call ends the wait
   Wake wake = Wake::kSignalled;
 
-  unsigned forLog = 0;  // depth of BeginForLog
+  unsigned forLog = 0;           // depth of BeginForLog
   std::deque<QueuedCall> calls;  // for its next alertable wait
   bool abandoned = false;
   unsigned abandonThrows = 0;  // times that ThreadAbandoned was thrown in it

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "foundation/text.h"
 #include "support/pc_fixture.h"
 
 namespace corvane::test {
@@ -243,6 +244,7 @@ struct EchoServer {
   static void End(Record* record) {
     Pipes().CloseHandle(record->pipe);
     Pipes().GlobalFree(record);
+    g_pRecord = nullptr;
     --g_Records;
   }
   static DWORD Run(void* self) {
@@ -250,6 +252,7 @@ struct EchoServer {
     auto* record = static_cast<Record*>(Pipes().GlobalAlloc(sizeof(Record)));
     if (!record) return 0;
     ++g_Records;
+    g_pRecord = record;
     record->pipe = server.pipe;
     OnWritten(ERROR_SUCCESS, 0, &record->overlapped);
     for (;;) {
@@ -263,6 +266,7 @@ struct EchoServer {
   HANDLE stop;
   int alerts = 0;
   static inline int g_Records = 0;
+  static inline Record* g_pRecord = nullptr;  // its owner frees what the thread has left
 };
 
 }  // namespace
@@ -271,12 +275,14 @@ class SimPipeServerTest : public SimPipesTest {
  protected:
   SimPipeServerTest() : m_Client(kernel.Pipes(), 77) {
     EchoServer::g_Records = 0;
+    EchoServer::g_pRecord = nullptr;
     m_Server.pipe = Connected(m_Client);
     m_Server.stop = Os().threads.CreateEventW(TRUE, FALSE, "stop");
     m_Thread = Os().threads.CreateThread(EchoServer::Run, &m_Server, "server", nullptr);
     RunFor(1ms);
   }
   void TearDown() override {
+    if (EchoServer::g_pRecord) Pipes().GlobalFree(EchoServer::g_pRecord);
     Os().threads.CloseHandle(m_Thread);
     Os().threads.CloseHandle(m_Server.stop);
     SimPipesTest::TearDown();
@@ -332,7 +338,6 @@ TEST_F(SimPipeServerTest, AbandonmentEndsTheWaitAndForgetsWhatWasBegun) {
   EXPECT_FALSE(m_Client.Receive());
   EXPECT_EQ(kernel.Pipes().OpenRecords(), 1u);
   m_Client.Send(u"written into memory that nobody owns, were it not forgotten");
-  // The record is at hand as the only block; its owner would know it.
   Pipes().CloseHandle(m_Server.pipe);
   m_Open.clear();
   EXPECT_TRUE(m_Client.IsBroken());
@@ -415,7 +420,7 @@ TEST_F(SimPipesTest, MakesTheSecurityOfThePipeFromTheAccount) {
   void* descriptor = nullptr;
   for (const LPCWSTR bad : {u"", u"D:", u"D:(A;;GA;;;)", u"D:(A;;GA;;AU)", u"D:(A;;GA;;;AU",
                             u"D:(A;;GA;;;AU)S:", u"D:(A;;GA;;;AU)X", u"(A;;GA;;;AU)"}) {
-    EXPECT_FALSE(converts(bad, &descriptor)) << bad;
+    EXPECT_FALSE(converts(bad, &descriptor)) << Narrow(bad);
   }
   const LPCWSTR good = u"D:(A;;GA;;;S-1-5-18)(A;;GWGR;;;AU)S:(ML;;NW;;;S-1-16-0)";
   ASSERT_TRUE(converts(good, &descriptor));
