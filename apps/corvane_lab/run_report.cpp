@@ -236,11 +236,11 @@ void RunReport::SampleAdapter(int number, CWlanInterface& adapter) {
 
 int RunReport::BestScoreLeft(int number) {
   int best = -1;
-  for (const auto& [bssid, score] : View(number).scores) {
+  for (const auto& scored : View(number).scores) {
     const bool taken = std::ranges::any_of(m_Adapters, [&](const AdapterView& other) {
-      return &other != &View(number) && other.connected && other.at.bssid == bssid;
+      return &other != &View(number) && other.connected && other.at.bssid == scored.first;
     });
-    if (!taken) best = std::max(best, score);
+    if (!taken) best = std::max(best, scored.second);
   }
   return best;
 }

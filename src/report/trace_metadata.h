@@ -13,17 +13,18 @@ namespace corvane {
 
 using platform::TlgIn;
 
-// Writes forward into a blob of known size.
+// Writes forward into a blob of known size. Constexpr only: clang 14 refuses a parameter of one
+// consteval function as the argument of another.
 template <std::size_t Size>
 class TraceBlobWriter {
  public:
-  consteval void Byte(unsigned value) { m_Blob[m_At++] = static_cast<std::uint8_t>(value); }
-  consteval void Size16() { Byte(Size & 0xFF), Byte(Size >> 8); }
+  constexpr void Byte(unsigned value) { m_Blob[m_At++] = static_cast<std::uint8_t>(value); }
+  constexpr void Size16() { Byte(Size & 0xFF), Byte(Size >> 8); }
   template <std::size_t N>
-  consteval void Name(const std::array<char, N>& name) {
+  constexpr void Name(const std::array<char, N>& name) {
     for (const char c : name) Byte(static_cast<unsigned char>(c));
   }
-  consteval std::array<std::uint8_t, Size> Finish() const {
+  constexpr std::array<std::uint8_t, Size> Finish() const {
     if (m_At != Size) throw "the size of the metadata is wrong";  // stops the compilation
     return m_Blob;
   }
@@ -54,7 +55,7 @@ consteval auto UInt32Field(const char (&name)[N]) {
 }
 
 template <std::size_t N, class... Fields>
-consteval auto MakeEventMetadata(const std::array<char, N>& name, const Fields&... fields) {
+constexpr auto MakeEventMetadata(const std::array<char, N>& name, const Fields&... fields) {
   TraceBlobWriter<2 + 1 + N + (Fields::kSize + ... + 0)> blob;
   blob.Size16();
   blob.Byte(0);

@@ -29,9 +29,10 @@ bool CScoreConfig::Initialize(WStringView json) {
       return false;
     }
     if (!document.IsObject()) return false;
+    const rapidjson::Value& json = document;
     for (std::size_t i = 0; i < std::size(kKeys); ++i) {
-      const auto member = document.FindMember(kKeys[i]);
-      if (member == document.MemberEnd() || !member->value.IsUint()) continue;
+      const auto member = json.FindMember(kKeys[i]);
+      if (member == json.MemberEnd() || !member->value.IsUint()) continue;
       if (m_Weights[i].exchange(member->value.GetUint()) != member->value.GetUint()) changed = true;
     }
   } catch (const Exception& e) {

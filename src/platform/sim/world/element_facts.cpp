@@ -39,7 +39,7 @@ std::ptrdiff_t OffsetOf(const std::vector<BYTE>& elements, Bytes value) {
 std::uint32_t FirstAkm(Bytes rsn) {
   constexpr std::size_t kPairwiseCount = 6, kPairwise = 8, kSuite = 4, kAkmCount = 2;
   if (rsn.size() < kPairwise) return AKM_8021X;
-  const std::size_t pairwise = rsn[kPairwiseCount] | rsn[kPairwiseCount + 1] << 8;
+  const std::size_t pairwise = rsn[kPairwiseCount] + 256u * rsn[kPairwiseCount + 1];
   const std::size_t akm = kPairwise + kSuite * pairwise + kAkmCount;
   return rsn.size() < akm + kSuite ? static_cast<std::uint32_t>(AKM_8021X) : rsn[akm + 3];
 }
