@@ -34,6 +34,9 @@ if(ccache_program)
       ${ccache_program})
   if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     target_compile_options(corvane_options INTERFACE -fpch-preprocess)
+  elseif(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    # Else every build folder has a precompiled header of its own, and nothing is found in the cache.
+    target_compile_options(corvane_options INTERFACE "SHELL:-Xclang -fno-pch-timestamp")
   endif()
 endif()
 
