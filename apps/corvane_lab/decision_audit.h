@@ -25,8 +25,8 @@ class DecisionAudit final : public IRoundWatch {
 
   std::uint64_t Moves() const { return m_Moves; }  // that were held against the rules
 
-  void OnRoundBegins(int adapter, const CWlanInterface& interface) override {
-    m_Numbers.Learn(adapter, interface);
+  void OnRoundBegins(int adapter, const CWlanInterface& wlan) override {
+    m_Numbers.Learn(adapter, wlan);
   }
   void OnCandidates(CWlanInterface& adapter, const ConnectionFacts& facts,
                     const BssEntryList& candidates) override;

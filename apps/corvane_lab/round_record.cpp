@@ -149,14 +149,14 @@ const RoundRecord* RoundRecorder::Latest(int adapter) const {
   return found == m_Rounds.end() ? nullptr : &found->second;
 }
 
-void RoundRecorder::OnRoundBegins(int adapter, const CWlanInterface& interface) {
-  m_Numbers.Learn(adapter, interface);
+void RoundRecorder::OnRoundBegins(int adapter, const CWlanInterface& wlan) {
+  m_Numbers.Learn(adapter, wlan);
   RoundRecord& round = Round(adapter);
   RoundRecord next;
   next.adapter = m_Numbers.OfIndex(adapter);
   next.number = round.number + 1;
   next.beganMs = Now();
-  const auto config = interface.Config();
+  const auto config = wlan.Config();
   next.systemConnected = config->m_bForcePopupOverride;
   if (config->GetRoamingInhibitTick() != 0) {
     next.movedMs = Now() - std::min(config->GetRoamingInhibitAgeMs(), Now());

@@ -78,7 +78,7 @@ class RoundRecorder final : public IRoundWatch {
   // The round begun last; null before the first.
   const RoundRecord* Latest(int adapter) const;
 
-  void OnRoundBegins(int adapter, const CWlanInterface& interface) override;
+  void OnRoundBegins(int adapter, const CWlanInterface& wlan) override;
   void OnCandidates(CWlanInterface& adapter, const ConnectionFacts& facts,
                     const BssEntryList& candidates) override;
   void OnStanding(int adapter, CWlanBssEntry& entry, CandidateStanding standing) override;

@@ -161,8 +161,8 @@ const char* CandidateStandingText(CandidateStanding standing) { return WordsOf(s
 void RoundWatches::Add(IRoundWatch* watch) { Watches().push_back(watch); }
 void RoundWatches::Remove(IRoundWatch* watch) { std::erase(Watches(), watch); }
 
-void RoundWatches::RoundBegins(int adapter, const CWlanInterface& interface) {
-  for (IRoundWatch* watch : Watches()) watch->OnRoundBegins(adapter, interface);
+void RoundWatches::RoundBegins(int adapter, const CWlanInterface& wlan) {
+  for (IRoundWatch* watch : Watches()) watch->OnRoundBegins(adapter, wlan);
 }
 void RoundWatches::Candidates(CWlanInterface& adapter, const ConnectionFacts& facts,
                               const BssEntryList& candidates) {

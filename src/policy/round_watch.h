@@ -77,9 +77,7 @@ constexpr RoundStep StepOfSuggestion(bool byEvent, bool made) {
 // adapter index. A step of a move comes before the platform is asked for it.
 class IRoundWatch {
  public:
-  virtual void OnRoundBegins(int adapter, const CWlanInterface& interface) {
-    (void)adapter, (void)interface;
-  }
+  virtual void OnRoundBegins(int adapter, const CWlanInterface& wlan) { (void)adapter, (void)wlan; }
   // The sorted list, best first, with the connection that it is weighed against.
   virtual void OnCandidates(CWlanInterface& adapter, const ConnectionFacts& facts,
                             const BssEntryList& candidates) {
@@ -105,7 +103,7 @@ class RoundWatches {
   static void Add(IRoundWatch* watch);
   static void Remove(IRoundWatch* watch);
 
-  static void RoundBegins(int adapter, const CWlanInterface& interface);
+  static void RoundBegins(int adapter, const CWlanInterface& wlan);
   static void Candidates(CWlanInterface& adapter, const ConnectionFacts& facts,
                          const BssEntryList& candidates);
   static void Standing(int adapter, CWlanBssEntry& entry, CandidateStanding standing);
