@@ -24,7 +24,7 @@ int AdapterNumbers::OfIndex(int index) const {
 CSmartPointer<CWlanInterface> AdapterNumbers::Find(int number) const {
   auto& adapters = CWifiClientContainer::GetInstance();
   for (int position = 0;; ++position) {
-    const auto adapter = adapters.GetInterface(position);
+    auto adapter = adapters.GetInterface(position);
     if (!adapter || Of(*adapter) == number) return adapter;
   }
 }

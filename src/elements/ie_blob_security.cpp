@@ -13,8 +13,9 @@ constexpr std::uint64_t kSecurityLog = DBG(44);
 constexpr std::uint16_t kMfpRequired = 1u
                                        << 6;  // RSN capabilities, IEEE Std 802.11-2020 9.4.2.24.4
 
-// The suites of one list; an element of at most 255 bytes holds no more.
-struct SuiteList {
+// The suites of one list; an element of at most 255 bytes holds no more. Those from `count` on are
+// not written, for a beacon has several lists.
+struct SuiteList {  // NOLINT(cppcoreguidelines-pro-type-member-init)
   std::array<std::uint32_t, 64> suites;
   std::size_t count = 0;
 };

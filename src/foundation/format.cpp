@@ -83,7 +83,7 @@ template <typename Ch>
 void AppendInteger(const Conversion& how, std::uint64_t magnitude, bool negative, unsigned base,
                    bool isSigned, std::basic_string<Ch>* out) {
   const char* const alphabet = how.type == 'X' ? "0123456789ABCDEF" : "0123456789abcdef";
-  std::array<char, 24> buffer;  // 22 octal digits at most
+  std::array<char, 24> buffer{};  // 22 octal digits at most
   char* const end = buffer.data() + buffer.size();
   char* begin = end;
   for (std::uint64_t rest = magnitude; rest != 0; rest /= base) *--begin = alphabet[rest % base];

@@ -71,14 +71,14 @@ WString PassphraseDeskCommand(const char* operation, const char16_t* head, int i
     return Format(u"%s%s %i \"%s\" %s %x %x", head, program, index, ssid, bssid, authentication,
                   authentication);
   };
-  const WString bare = format(kPassphraseDesk);
+  WString bare = format(kPassphraseDesk);
   if (IsFile(kPassphraseDesk)) {
     LOG_DEBUG(kLaunchLog, u"=INFO= | __?_?_?___ [%S] [USING CURRENT DIR] buffer = %s\n", operation,
               bare);
     return bare;
   }
   WString path;
-  const WString line = finder.FindFileInClientDirs(kPassphraseDesk, &path) ? format(path) : bare;
+  WString line = finder.FindFileInClientDirs(kPassphraseDesk, &path) ? format(path) : bare;
   LOG_DEBUG(kLaunchLog, u"=INFO= | __?_?_?___ [%S] [USING CLIENT DIR] buffer = %s\n", operation,
             line);
   return line;

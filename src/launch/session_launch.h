@@ -8,7 +8,7 @@ namespace corvane {
 
 // Who starts what: for the log lines, which name the starting operation and its program.
 struct LaunchTag {
-  const char* operation;           // "StartNudgeDialogFromService"
+  const char* operation = "";      // "StartNudgeDialogFromService"
   const char* program = "";        // in the parentheses of the failure line
   std::uint64_t progressBits = 0;  // debug bits of the lines that report progress
   int adapter = -1;                // whose log bit these need too; -1 for none

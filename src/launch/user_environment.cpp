@@ -47,7 +47,7 @@ std::optional<UserEnvironment> AskUsersSession() {
     LOG_ERROR(u"InvokeSelfFromServiceToGetUserTempPath() FAILED!\n");
     return std::nullopt;
   }
-  const auto environment = ParseUserEnvironment(json);
+  auto environment = ParseUserEnvironment(json);
   if (!environment) {
     LOG_ERROR(u"InvokeSelfFromServiceToGetUserTempPath() FAILED! - json parse error\n%s\n%S\n%s\n",
               kRule, json, kRule);

@@ -45,8 +45,7 @@ ConnectOutcome TryRepeatedly(CWlanInterface& adapter, CQUAYInterfaceConfig& conf
                 u"[%i] %S [try=%i] Connecting to %s {%02x-%02x-%02x-%02x-%02x-%02x}\n", idx, tag,
                 *tries, entry.m_SSIDW, MAC_ARGS(mac));
     RoundWatches::Step(idx, RoundStep::kRequestedConnect, &entry);
-    const ConnectOutcome outcome =
-        TryConnect(adapter, config, entry, profileXml, save, TimeoutOf(entry));
+    ConnectOutcome outcome = TryConnect(adapter, config, entry, profileXml, save, TimeoutOf(entry));
     if (!outcome.failed) return outcome;
     LogFailure(outcome);
     if (*tries == kTries) return outcome;

@@ -22,7 +22,7 @@ struct EventPair {
   std::array<std::uint8_t, Size1> metadata1;
   std::array<std::uint8_t, Size2> metadata2;
   Numbers type;
-  std::int32_t category;
+  std::int32_t category = kFact;
   Numbers clear;
 
   // Whether values of these types are what the fields behind the head take.

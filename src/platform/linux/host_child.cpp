@@ -32,7 +32,7 @@ class SpawnAttributes {
   const posix_spawnattr_t* Get() const { return &m_Attributes; }
 
  private:
-  posix_spawnattr_t m_Attributes;
+  posix_spawnattr_t m_Attributes{};
 };
 
 // No input, both outputs to the pipe.
@@ -50,7 +50,7 @@ class SpawnFiles {
   const posix_spawn_file_actions_t* Get() const { return &m_Actions; }
 
  private:
-  posix_spawn_file_actions_t m_Actions;
+  posix_spawn_file_actions_t m_Actions{};
 };
 
 }  // namespace

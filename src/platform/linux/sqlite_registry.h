@@ -52,7 +52,7 @@ class SqliteRegistry final : public RegistryApi {
   struct Connection;  // the database with its statements
   struct Handle {
     std::u16string path;
-    REGSAM access;
+    REGSAM access = 0;
   };
 
   LSTATUS Open(HKEY root, LPCWSTR path, REGSAM access, bool create, HKEY* key);

@@ -68,7 +68,7 @@ struct Fiber::Context {
   void Leaving(Context& next);
   void Arrived();
 
-  ucontext_t machine;
+  ucontext_t machine{};
   FiberExceptions exceptions;
   Body body = nullptr;
   void* argument = nullptr;

@@ -11,7 +11,7 @@ namespace {
 
 // A thread that waits for a lock; lives on that thread's stack.
 struct LockWaiter {
-  SimThread* thread;
+  SimThread* thread = nullptr;
   LockWaiter* next = nullptr;
 };
 

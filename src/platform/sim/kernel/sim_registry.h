@@ -65,8 +65,8 @@ class SimRegistry final : public RegistryApi {
     std::map<std::u16string, Key, FoldedLess> keys;  // by the last part of their paths
   };
   struct Handle {
-    Key* key;
-    REGSAM access;
+    Key* key = nullptr;
+    REGSAM access = 0;
     bool ofDevices = false;
   };
 

@@ -268,10 +268,10 @@ Beacon& Beacon::Country(const char* twoLetters) {
 Beacon& Beacon::Vendor(std::uint32_t oui, std::vector<BYTE> data) {
   data.insert(data.begin(),
               {static_cast<BYTE>(oui >> 16), static_cast<BYTE>(oui >> 8), static_cast<BYTE>(oui)});
-  return Append(kIdVendor, std::move(data));
+  return Append(kIdVendor, data);
 }
 
-Beacon& Beacon::Append(BYTE id, std::vector<BYTE> data) {
+Beacon& Beacon::Append(BYTE id, const std::vector<BYTE>& data) {
   Put(&m_Rest, id, data);
   return *this;
 }

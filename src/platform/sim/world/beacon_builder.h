@@ -57,7 +57,7 @@ class Beacon {
   Beacon& QbssLoad(int stations, int utilisation);  // utilisation 0 to 255
   Beacon& Country(const char* twoLetters);
   Beacon& Vendor(std::uint32_t oui, std::vector<BYTE> data);  // the OUI in its three low bytes
-  Beacon& Append(BYTE id, std::vector<BYTE> data);            // any other element, at the end
+  Beacon& Append(BYTE id, const std::vector<BYTE>& data);     // any other element, at the end
 
   std::vector<BYTE> Bytes() const;
   int GetChannel() const { return m_Channel; }
