@@ -15,8 +15,8 @@ namespace {
 
 // A setting that is one number of the home key.
 struct GlobalSetting {
-  const char16_t* name;      // of the request and of the value
-  const char16_t* constant;  // in the log; null: a failed write is not logged
+  const char16_t* name = nullptr;      // of the request and of the value
+  const char16_t* constant = nullptr;  // in the log; null: a failed write is not logged
   std::uint32_t min = 0;
   std::uint32_t max = 1;
   std::uint32_t writeFailure = kReplyNotDone;

@@ -14,7 +14,7 @@ namespace corvane::commands {
 namespace {
 
 struct NumberSetting {
-  const char16_t* name;
+  const char16_t* name = nullptr;
   bool quietWhenZero = false;  // 0 neither opens a window nor wakes
 };
 

@@ -96,7 +96,7 @@ class CommandLineParser {
   }
 
   void Take(const OptionRow& row, const WString& shown, WStringView value) {
-    if (row.kind == OptionKind::kHelp || row.kind == OptionKind::kVersion) {
+    if (row.kind == OptionKind::kHelp || row.kind == OptionKind::kShowVersion) {
       const bool help = row.kind == OptionKind::kHelp;
       m_Line.output = help ? HelpText(m_Line.m_Program) : VersionText(m_Line.m_Program);
       m_Line.wantsHelp = help;

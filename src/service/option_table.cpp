@@ -20,7 +20,7 @@ constexpr std::size_t kHelpColumn = 24;  // where an option's text begins
 using enum OptionKind;
 constexpr OptionRow kRows[] = {
     {Option::kCount, kHelp, 0, u"help", u"", u"", u"", u"show this help message and exit"},
-    {Option::kCount, kVersion, 0, u"version", u"", u"", u"",
+    {Option::kCount, kShowVersion, 0, u"version", u"", u"", u"",
      u"show program's version number and exit"},
     {Option::kVerbose, kConstant, u'v', u"verbose", u"", u"100", u"50", u"be verbose!"},
     {Option::kNlmDebug, kInt, u'n', u"nlmdebug", u"MODE", u"", u"1",

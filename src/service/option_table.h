@@ -7,7 +7,7 @@
 
 namespace corvane {
 
-enum class OptionKind { kConstant, kInt, kText, kHelp, kVersion };
+enum class OptionKind { kConstant, kInt, kText, kHelp, kShowVersion };
 
 struct OptionRow {
   Option option;

@@ -1,5 +1,6 @@
 #include "platform/sim/kernel/sim_crypto.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "platform/base64.h"
@@ -80,7 +81,7 @@ BOOL SimCrypto::CryptStringToBinaryA(const char* text, DWORD length, DWORD flags
   *size = static_cast<DWORD>(bytes->size());
   if (!data) return TRUE;
   if (room < bytes->size()) return Fail(ERROR_MORE_DATA);
-  std::memcpy(data, bytes->data(), bytes->size());
+  std::ranges::copy(*bytes, data);
   return TRUE;
 }
 
@@ -134,7 +135,7 @@ NTSTATUS SimCrypto::BCryptDecrypt(BCRYPT_KEY_HANDLE key, const BYTE* input, DWOR
   if (!plain) return kInvalidParameter;
   *resultSize = static_cast<DWORD>(plain->size());
   if (outputSize < plain->size()) return kBufferTooSmall;
-  std::memcpy(output, plain->data(), plain->size());
+  std::ranges::copy(*plain, output);
   return ERROR_SUCCESS;
 }
 

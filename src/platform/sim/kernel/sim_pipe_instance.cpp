@@ -89,14 +89,13 @@ void SimPipeInstance::Complete(const OperationPtr& operation, DWORD error, std::
 
 // The routine is told what the OVERLAPPED holds when it runs, as Windows does. It may close this
 // instance, so nothing of it is touched afterwards.
-void SimPipeInstance::Deliver(const OperationPtr& operation) {
-  const OperationPtr keep = operation;
+void SimPipeInstance::Deliver(OperationPtr operation) {  // by value: kept until its end
   std::erase(m_Operations, operation);
-  OVERLAPPED* const overlapped = keep->overlapped;
+  OVERLAPPED* const overlapped = operation->overlapped;
   const DWORD error = HasOverlappedIoCompleted(*overlapped)
                           ? static_cast<DWORD>(overlapped->Internal)
                           : ERROR_IO_PENDING;
-  keep->completion(error, static_cast<DWORD>(overlapped->InternalHigh), overlapped);
+  operation->completion(error, static_cast<DWORD>(overlapped->InternalHigh), overlapped);
 }
 
 // What a thread has begun ends with it.

@@ -66,8 +66,8 @@ class SimPipes final : public PipeApi {
 
  private:
   struct Block {
-    void* memory;
-    std::size_t size;
+    void* memory = nullptr;
+    std::size_t size = 0;
     bool freed = false;
   };
   struct Pipe {

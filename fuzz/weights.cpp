@@ -1,0 +1,46 @@
+// The JSON of the score weights, and the scores that they give.
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+#include <string_view>
+
+#include "bench_platform.h"
+#include "score/backup_score.h"
+#include "score/final_score.h"
+#include "score/subtotal.h"
+#include "settings/score_config.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  using namespace corvane;
+  static const bench::BenchPlatform os;
+  const std::string_view text(reinterpret_cast<const char*>(data), size);
+  const auto config = CScoreConfig::CreateObject();
+  config->Initialize(Utf8ToWide(text));
+  if (config->Initialize(Utf8ToWide(text))) std::abort();  // nothing is left to change
+  const ScoreWeights weights = config->Get();
+
+  std::string log;
+  for (const std::uint32_t quality : {0u, 70u, 100u}) {
+    SubtotalInputs in;
+    in.quality = quality;
+    in.weights = weights;
+    const SubtotalResult subtotal = ComputeSubtotal(in, &log);
+    if (subtotal.points < 0) std::abort();
+    for (const int load : {0, 50, 255}) {
+      FinalScoreInputs last;
+      last.subtotal = subtotal.points;
+      last.loadPoints = subtotal.loadPoints;
+      last.channelLoad = static_cast<std::uint8_t>(load);
+      last.loadWeight = weights.QBSSBumpMax;
+      if (ComputeFinalScore(last, &log) < 0) std::abort();
+    }
+    BackupScoreInputs backup;
+    backup.quality = quality;
+    backup.weights = weights;
+    backup.rxKbps = backup.txKbps = 0xFFFFFFFF;
+    if (ComputeBackupScore(backup) < 0) std::abort();
+  }
+  return 0;
+}
