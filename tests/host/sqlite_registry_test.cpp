@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <cstring>
 #include <fstream>
@@ -15,6 +16,7 @@
 #include "host/temp_directory.h"
 #include "platform/linux/host_error.h"
 #include "platform/linux/host_gate.h"
+#include "platform/linux/sqlite_database.h"
 
 namespace corvane::test {
 
@@ -202,6 +204,22 @@ TEST_F(SqliteRegistryTest, SharesItsValuesWithOtherProcesses) {
   // What does not fit its type is refused to the person who types it.
   EXPECT_NE(Shell(path, "UPDATE registry SET value = -1 WHERE name = 'ScanInterval'"), "");
   EXPECT_NE(Shell(path, "UPDATE registry SET value = 'fast' WHERE name = 'ScanInterval'"), "");
+  EXPECT_EQ(store.GetDword(u"ScanInterval"), 30u);
+}
+
+// A writer may be waited for under a lock that all threads of the service need.
+TEST_F(SqliteRegistryTest, WaitsOnlyBrieflyForAWriterThatHoldsTheDatabase) {
+  Store store(path);
+  store.SetDword(u"ScanInterval", 60);
+  SqliteDatabase holder(path, 0);
+  holder.Execute("BEGIN IMMEDIATE");
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(store.SetDword(u"ScanInterval", 30), static_cast<LSTATUS>(ERROR_SHARING_VIOLATION));
+  // Far below the time that an opening waits.
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(3));
+  EXPECT_EQ(store.GetDword(u"ScanInterval"), 60u);
+  holder.Execute("COMMIT");
+  EXPECT_EQ(store.SetDword(u"ScanInterval", 30), 0);
   EXPECT_EQ(store.GetDword(u"ScanInterval"), 30u);
 }
 

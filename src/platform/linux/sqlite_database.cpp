@@ -22,8 +22,10 @@ SqliteDatabase::SqliteDatabase(const std::string& path, int busyMs) {
                       SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX, nullptr);
   m_pDatabase.reset(database);
   if (code != SQLITE_OK) Throw(database, code);
-  sqlite3_busy_timeout(database, busyMs);
+  SetBusyTime(busyMs);
 }
+
+void SqliteDatabase::SetBusyTime(int busyMs) { sqlite3_busy_timeout(Get(), busyMs); }
 
 void SqliteDatabase::Execute(const char* sql) {
   const int code = sqlite3_exec(Get(), sql, nullptr, nullptr, nullptr);

@@ -21,6 +21,7 @@ class SqliteDatabase {
  public:
   // Opens or makes the file. Another process's lock is waited for as long as `busyMs` in life.
   SqliteDatabase(const std::string& path, int busyMs);
+  void SetBusyTime(int busyMs);  // the same for what follows
 
   void Execute(const char* sql);
   // The first column of the first row, as text; empty without a row.

@@ -118,7 +118,10 @@ class Use {
 }  // namespace
 
 struct SqliteRegistry::Connection {
-  explicit Connection(const std::string& path) : database(path, kBusyMs), made(Prepare(database)) {}
+  explicit Connection(const std::string& path)
+      : database(path, kOpeningBusyMs), made(Prepare(database)) {
+    database.SetBusyTime(kBusyMs);
+  }
 
   bool HasKey(std::u16string_view path) {
     const Use use(hasKey);

@@ -28,9 +28,11 @@ namespace corvane::platform::linux_host {
 // query.
 class SqliteRegistry final : public RegistryApi {
  public:
-  // How long a writer of another process is waited for, in life; then a call fails with
-  // ERROR_SHARING_VIOLATION.
-  static constexpr int kBusyMs = 5000;
+  // How long a writer of another process is waited for, in life, while the database is opened. A
+  // later call waits less, since its caller may hold locks that every thread of the service needs;
+  // then it fails with ERROR_SHARING_VIOLATION.
+  static constexpr int kOpeningBusyMs = 5000;
+  static constexpr int kBusyMs = 250;
 
   // Opens or makes the database. A file that cannot be read as one is set aside, under a name with
   // the time, and a fresh one is made; *notice tells so, and is empty otherwise. Throws HostError
