@@ -88,8 +88,8 @@ void SimPipeInstance::Complete(const OperationPtr& operation, DWORD error, std::
 }
 
 // The routine is told what the OVERLAPPED holds when it runs, as Windows does. It may close this
-// instance, so nothing of it is touched afterwards.
-void SimPipeInstance::Deliver(OperationPtr operation) {  // by value: kept until its end
+// instance, so nothing of it is touched afterwards. The call that runs this owns the operation.
+void SimPipeInstance::Deliver(const OperationPtr& operation) {
   std::erase(m_Operations, operation);
   OVERLAPPED* const overlapped = operation->overlapped;
   const DWORD error = HasOverlappedIoCompleted(*overlapped)

@@ -72,7 +72,7 @@ class SimPipeInstance {
   DWORD Begin(OperationPtr operation);
   OperationPtr FirstPending(bool isWrite) const;
   void Complete(const OperationPtr& operation, DWORD error, std::size_t bytes);
-  void Deliver(OperationPtr operation);
+  void Deliver(const OperationPtr& operation);
   void DropOrphans();
   bool PumpRead();
   bool PumpWrite();
