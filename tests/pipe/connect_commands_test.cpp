@@ -66,7 +66,7 @@ TEST_F(ConnectCommandTest, WhatCameBeforeAMistakeIsTaken) {
                 Member("path", "/tools") + Member("profile", "<new/>") + ",\"save_profile\":true")),
             10u);
   kernel.Files().Write(u"/tools/desk", "x");
-  EXPECT_EQ(Found(u"desk"), u"/tools/desk");
+  EXPECT_EQ(Found(u"desk"), WString(u"/tools") + platform::kPathSeparator + u"desk");
   const UIConnectRequest order = config->TakeUIConnectRequest();
   EXPECT_EQ(order.ssid, u"a");
   EXPECT_EQ(order.profile, u"<new/>");

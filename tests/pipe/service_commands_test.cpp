@@ -173,7 +173,7 @@ TEST_F(ServiceCommandTest, ADirectoryIsTakenOnce) {
   }
   WString path;
   EXPECT_TRUE(Global().FindFileInClientDirs(u"desk", &path));
-  EXPECT_EQ(path, u"/opt/\u00FC/desk");
+  EXPECT_EQ(path, WString(u"/opt/\u00FC") + platform::kPathSeparator + u"desk");
   EXPECT_FALSE(Global().SetClientDir(u"/opt/\u00FC"));
   EXPECT_TRUE(HasLog("[ClientDir] base64[" + base64 + "] path[/opt/"));
   EXPECT_EQ(Code("\"cmd\":\"ClientDir\""), 1u);
