@@ -203,6 +203,23 @@ TEST_F(ChoiceTest, LatchWithoutForcedConnectKeepsADisconnectedAdapterQuiet) {
   EXPECT_EQ(wlan->calls.size(), 1u);
 }
 
+TEST_F(ChoiceTest, OnlyAForcedConnectTakesAProfileThatDoesNotConnectByItself) {
+  Add("Office", 1, 60)->m_AutoConnect = false;
+  config->m_ForceAutoConnect = false;
+  Rounds(4);
+  EXPECT_EQ(wlan->calls, Calls{});
+  EXPECT_EQ(Value(value::kStatusMessage), LookUpStatusText(kStatusNoAutoConnectProfile));
+  Add("Home", 2, 50);
+  Round();
+  EXPECT_EQ(wlan->calls, Calls{"connect Home 02-00-00-00-00-02"}) << "the best that may";
+
+  Disconnect();
+  adapter->m_consec_disconnects = 30;
+  config->m_ForceAutoConnect = true;
+  Round();
+  EXPECT_EQ(wlan->calls.back(), "connect Office 02-00-00-00-00-01");
+}
+
 TEST_F(ChoiceTest, DisabledAdapterDecidesNothingWhileDisconnected) {
   const auto entry = Add("Office", 1, 50);
   entry->m_candidate_counter = 2;
