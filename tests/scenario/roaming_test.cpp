@@ -175,4 +175,54 @@ INSTANTIATE_TEST_SUITE_P(
                     EndOfStillness{"TheListCannotBeRead", LoseTheList, true, true}),
     [](const auto& info) { return info.param.name; });
 
+// --- What counts as a roam of somebody else, and from when on.
+
+class RoamDetection : public RoamingScenario {
+ protected:
+  void Roam(const char* action) {
+    Do(action);
+    RunFor(25s);
+  }
+  static constexpr char kTo1[] = R"({"do": "roam", "bssid": "02-50-00-00-00-01"})";
+  static constexpr char kTo2[] = R"({"do": "roam", "bssid": "02-50-00-00-00-02"})";
+  std::uint64_t StillSince() const { return Config()->GetRoamingInhibitTick(); }
+};
+
+TEST_F(RoamDetection, AnotherRoamDoesNotBeginTheStillnessAnew) {
+  Start(OfficeWorld(-70.0).Ap(OfficeBeacon(52), 2, -70.0));
+  RunUntil(60'000);
+  Roam(kTo2);
+  const std::uint64_t since = StillSince();
+  ASSERT_NE(since, 0u);
+  Roam(kTo1);
+  ASSERT_TRUE(IsOn(1));
+  EXPECT_EQ(StillSince(), since);
+}
+
+TEST_F(RoamDetection, LeavesOutAnAccessPointThatNoScanHasHeard) {
+  Start(OfficeWorld(-70.0)
+            .Ap(OfficeBeacon(52), 2, -95.0)
+            .Signal(HeardFrom(100'000, -70.0))
+            .At(100'100, kTo2));
+  RunUntil(125'000);
+  ASSERT_TRUE(IsOn(2));
+  EXPECT_EQ(StillSince(), 0u) << "one name is no proof of one network";
+  Roam(kTo1);
+  ASSERT_TRUE(IsOn(1));
+  EXPECT_NE(StillSince(), 0u) << "both are known by now";
+}
+
+TEST_F(RoamDetection, AnOlderDisconnectionDoesNotEndTheStillness) {
+  Start(OfficeWorld(-70.0).Ap(OfficeBeacon(52), 2, -70.0));
+  RunUntil(60'000);
+  Do(R"({"do": "disconnect"})");
+  ASSERT_TRUE(RunUntilTrue([&] { return !IsOn(1); }, 30s));
+  OrderConnect(1, u"Office");
+  ASSERT_TRUE(RunUntilTrue([&] { return IsOn(1); }, 30s));
+  RunFor(60s);
+  Roam(kTo2);
+  ASSERT_TRUE(IsOn(2));
+  EXPECT_NE(StillSince(), 0u);
+}
+
 }  // namespace corvane::test
