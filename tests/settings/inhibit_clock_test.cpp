@@ -38,6 +38,8 @@ TEST(InhibitClock, IgnoresTheSixthOutsideScanInARow) {
     const auto result = clock.Set(15000, "out-scan", now);
     EXPECT_EQ(result.outsideScans, call - 1);
     EXPECT_EQ(result.ms, 0u);
+    InhibitClock reset = clock;
+    EXPECT_EQ(reset.Get(500).remainingMs, 0u) << "what was ignored does not begin anew";
     EXPECT_FALSE(clock.Get(now).inhibited);
   }
   // What follows an outside scan counts with its run; the one after begins anew.
@@ -45,6 +47,9 @@ TEST(InhibitClock, IgnoresTheSixthOutsideScanInARow) {
   EXPECT_EQ(clock.Set(5000, "out-disc", now).outsideScans, 0u);
   EXPECT_TRUE(clock.Get(now).inhibited);
   EXPECT_EQ(clock.Set(15000, "out-scan", now).outsideScans, 0u);
+  const auto second = clock.Set(15000, "out-scan", now);
+  EXPECT_EQ(second.outsideScans, 1u) << "another tag has ended the run before";
+  EXPECT_EQ(second.ms, 15000u);
 }
 
 TEST(InhibitClock, StartsAgainWhenTheTicksGoBack) {
