@@ -14,6 +14,7 @@ logger3* s_pLogger = nullptr;
 
 void StartLogger(const std::string& baseName) {
   StopLogger();
+  const log::Scope scope;
   if (g_EnableFileLogging) log_files::RotateAtStart(baseName);
   s_pLogger = new logger3(baseName + ".log");
   SetLogSink(s_pLogger);
@@ -23,7 +24,9 @@ void StopLogger() {
   // A thread that does not leave the logger keeps it: better that it stays than that it goes under
   // the thread's feet.
   logger3* const logger = std::exchange(s_pLogger, nullptr);
-  if (SetLogSink(nullptr)) delete logger;
+  if (!SetLogSink(nullptr)) return;
+  const log::Scope scope;
+  delete logger;
 }
 
 }  // namespace corvane
