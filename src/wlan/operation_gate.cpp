@@ -1,6 +1,10 @@
 #include "wlan/operation_gate.h"
 
+#include <algorithm>
+
 #include "foundation/log_lines.h"
+#include "platform/clock_api.h"
+#include "platform/platform.h"
 #include "platform/wlan_types.h"
 
 namespace corvane {
@@ -12,6 +16,17 @@ NotificationOwner OwnerOfNotification(bool busy, WlanOperation kind, platform::D
   if (!isDisconnect) return {kind == WlanOperation::kConnect, false};
   return {kind == WlanOperation::kDisconnect, kind == WlanOperation::kConnect};
 }
+
+namespace {
+
+// Of a wait that began at this tick; ticks that went back leave all of it.
+std::uint32_t TimeLeft(std::uint32_t timeoutMs, std::uint64_t began) {
+  const std::uint64_t now = Os().clock.GetTickCount64();
+  if (timeoutMs == platform::INFINITE || now < began) return timeoutMs;
+  return timeoutMs - static_cast<std::uint32_t>(std::min<std::uint64_t>(now - began, timeoutMs));
+}
+
+}  // namespace
 
 void OperationGate::Initialize() {
   m_pConnectSyncEvent.CreateObject()->SetDebugName("WlanInterface's connect sync event");
@@ -38,9 +53,10 @@ bool OperationGate::TryBegin(WlanOperation kind) {
 
 OperationGate::Result OperationGate::Await(WlanOperation kind, std::uint32_t timeoutMs) {
   try {
-    for (;;) {
+    const std::uint64_t began = Os().clock.GetTickCount64();
+    for (std::uint32_t left = timeoutMs;; left = TimeLeft(timeoutMs, began)) {
       bool timedOut = false;
-      const bool signalled = EventOf(kind).WaitOnEvent(timeoutMs, &timedOut);
+      const bool signalled = EventOf(kind).WaitOnEvent(left, &timedOut);
       const CCritSecLock lock(m_Lock);
       if (!m_op_waiting) {
         m_bCallerInside = false;

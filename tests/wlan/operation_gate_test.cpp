@@ -105,6 +105,67 @@ TEST_F(OperationGateTest, LateSignalEndsNoOtherOperation) {
   }
 }
 
+// The completion comes with the time-out, and its thread is held up before the signal.
+class LateSignal : public platform::ThreadApi {
+ public:
+  explicit LateSignal(platform::ThreadApi& real) : m_Real(real) {}
+  platform::BOOL SetEvent(platform::HANDLE event) override {
+    if (const platform::DWORD delay = std::exchange(lateMs, 0)) m_Real.Sleep(delay);
+    return m_Real.SetEvent(event);
+  }
+  platform::HANDLE CreateThread(ThreadProc start, void* parameter, const char* name,
+                                platform::DWORD* id) override {
+    return m_Real.CreateThread(start, parameter, name, id);
+  }
+  platform::HANDLE CreateEventW(platform::BOOL manual, platform::BOOL set,
+                                const char* name) override {
+    return m_Real.CreateEventW(manual, set, name);
+  }
+  platform::BOOL ResetEvent(platform::HANDLE event) override { return m_Real.ResetEvent(event); }
+  platform::BOOL CloseHandle(platform::HANDLE object) override {
+    return m_Real.CloseHandle(object);
+  }
+  platform::DWORD WaitForMultipleObjects(platform::DWORD count, const platform::HANDLE* objects,
+                                         platform::BOOL all, platform::DWORD ms) override {
+    return m_Real.WaitForMultipleObjects(count, objects, all, ms);
+  }
+  void Sleep(platform::DWORD ms) override { m_Real.Sleep(ms); }
+  void InitializeCriticalSection(platform::CRITICAL_SECTION* section, const char* name,
+                                 int rank) override {
+    m_Real.InitializeCriticalSection(section, name, rank);
+  }
+  void EnterCriticalSection(platform::CRITICAL_SECTION* section) override {
+    m_Real.EnterCriticalSection(section);
+  }
+  void LeaveCriticalSection(platform::CRITICAL_SECTION* section) override {
+    m_Real.LeaveCriticalSection(section);
+  }
+  void DeleteCriticalSection(platform::CRITICAL_SECTION* section) override {
+    m_Real.DeleteCriticalSection(section);
+  }
+  void BeginForLog() override { m_Real.BeginForLog(); }
+  void EndForLog() override { m_Real.EndForLog(); }
+  platform::DWORD GetCurrentThreadId() override { return m_Real.GetCurrentThreadId(); }
+  platform::DWORD GetLastError() override { return m_Real.GetLastError(); }
+  void SetLastError(platform::DWORD code) override { m_Real.SetLastError(code); }
+
+  platform::DWORD lateMs = 0;  // of the next signal
+
+ private:
+  platform::ThreadApi& m_Real;
+};
+
+TEST_F(OperationGateTest, LateSignalGivesTheNextOperationNoMoreTime) {
+  Install<LateSignal>(Os().threads).lateMs = 15'000;
+  ASSERT_TRUE(gate.TryBegin(Kind::kScan));
+  CompleteIn(900ms, Kind::kScan, 0);
+  EXPECT_EQ(gate.Await(Kind::kScan, 1000).end, OperationGate::End::kDone);
+  ASSERT_TRUE(gate.TryBegin(Kind::kScan));
+  const std::uint64_t began = Now();
+  EXPECT_EQ(gate.Await(Kind::kScan, 20'000).end, OperationGate::End::kTimeout);
+  EXPECT_EQ(Now() - began, 20'000u) << "the signal of the scan before came in between";
+}
+
 TEST_F(OperationGateTest, CompletionAfterTheTimeOutIsNobodys) {
   ASSERT_TRUE(gate.TryBegin(Kind::kConnect));
   EXPECT_EQ(gate.Await(Kind::kConnect, 1000).end, OperationGate::End::kTimeout);
