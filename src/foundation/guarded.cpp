@@ -7,10 +7,19 @@
 namespace corvane {
 
 void ReportFault(const char* className, const char* operation, platform::DWORD code) {
+  const log::Scope scope;
   Os().console.WriteOutput(
       FormatA("\n>>>>>>>>>>>>>>>>>>>>[[ %s::filterException 0x%x ]]\n\n", className, code));
   Os().console.FlushOutput();
   LOG_ERROR(u"%S::%S: __EXCEPTION__ - s_LastExceptionCode=0x%08x", className, operation, code);
+}
+
+void ReportFaultSafely(const char* className, const char* operation,
+                       platform::DWORD code) noexcept {
+  try {
+    ReportFault(className, operation, code);
+  } catch (...) {
+  }
 }
 
 }  // namespace corvane

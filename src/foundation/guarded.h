@@ -21,6 +21,9 @@ R Guarded(const char* className, const char* operation, R failure, Fn&& fn) {
   }
 }
 
+// The same for destructors, from which nothing may leave: a report that fails is lost.
+void ReportFaultSafely(const char* className, const char* operation, platform::DWORD code) noexcept;
+
 // For destructors: runs fn(), which gives something back to the platform. A fault in it is
 // reported; a thread that was given up unwinds already, or does so at its next call.
 template <typename Fn>
@@ -28,7 +31,7 @@ void GiveBack(const char* className, const char* operation, Fn&& fn) noexcept {
   try {
     std::forward<Fn>(fn)();
   } catch (const platform::PlatformFault& fault) {
-    ReportFault(className, operation, fault.code);
+    ReportFaultSafely(className, operation, fault.code);
   } catch (const platform::ThreadAbandoned&) {
   }
 }

@@ -1,5 +1,6 @@
 #include "foundation/semaphore.h"
 
+#include "foundation/guarded.h"
 #include "foundation/log_lines.h"
 #include "platform/platform.h"
 #include "platform/thread_api.h"
@@ -9,7 +10,8 @@ namespace corvane {
 CSemaphore::CSemaphore() : _semaphore(Os().threads.CreateSemaphoreW(0, 1, "CSemaphore")) {}
 
 CSemaphore::~CSemaphore() {
-  if (_semaphore) Os().threads.CloseHandle(_semaphore);
+  if (!_semaphore) return;
+  GiveBack("CSemaphore", "CloseHandle", [this] { Os().threads.CloseHandle(_semaphore); });
 }
 
 void CSemaphore::IncReleaseCount() {

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "foundation/exception.h"
+#include "foundation/guarded.h"
 #include "foundation/log_lines.h"
 #include "foundation/smart_obj.h"
 #include "foundation/spin_lock.h"
@@ -116,7 +117,9 @@ void CThreadBase::LetGo(bool keepOwner) noexcept {
     frame->Drop();
   }
   m_ThreadId = 0xFFFFFFFF;
-  if (m_hThread) Os().threads.CloseHandle(std::exchange(m_hThread, nullptr));
+  const platform::HANDLE handle = std::exchange(m_hThread, nullptr);
+  if (!handle) return;
+  GiveBack("CThread", "CloseHandle", [handle] { Os().threads.CloseHandle(handle); });
 }
 
 platform::DWORD CThreadBase::ThreadProc(void* parameter) {

@@ -18,8 +18,8 @@ CWinEvent::CWinEvent() {
 }
 
 CWinEvent::~CWinEvent() {
-  Os().threads.CloseHandle(_event);
-  Os().threads.CloseHandle(_eventExit);
+  for (const platform::HANDLE handle : {_event, _eventExit})
+    GiveBack("CWinEvent", "CloseHandle", [handle] { Os().threads.CloseHandle(handle); });
 }
 
 void CWinEvent::SetEvent() { Signal(_event, "SetEvent", "_event"); }

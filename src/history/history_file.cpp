@@ -3,12 +3,17 @@
 #include <algorithm>
 #include <utility>
 
+#include "foundation/guarded.h"
 #include "platform/file_api.h"
 #include "platform/platform.h"
 
 namespace corvane {
 
 using namespace platform;
+
+CHistoryFile::~CHistoryFile() {
+  GiveBack("CHistoryFile", "CloseFile", [this] { Close(); });
+}
 
 bool CHistoryFile::Open(const WString& path, DWORD access, DWORD disposition) {
   Close();

@@ -14,7 +14,7 @@ namespace corvane {
 class CHistoryFile {
  public:
   CHistoryFile() = default;
-  ~CHistoryFile() { Close(); }
+  ~CHistoryFile();
   CHistoryFile(const CHistoryFile&) = delete;
   CHistoryFile& operator=(const CHistoryFile&) = delete;
 

@@ -3,6 +3,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "foundation/guarded.h"
 #include "foundation/log_lines.h"
 #include "log/log_files.h"
 #include "platform/file_api.h"
@@ -11,8 +12,10 @@
 namespace corvane {
 
 file_log_policy::~file_log_policy() {
-  close_ostream();
-  if (!g_EnableFileLogging) Os().files.DeleteFileW(Utf8ToWide(m_Name).c_str());
+  GiveBack("file_log_policy", "CloseFile", [this] { close_ostream(); });
+  if (g_EnableFileLogging) return;
+  GiveBack("file_log_policy", "DeleteFileW",
+           [this] { Os().files.DeleteFileW(Utf8ToWide(m_Name).c_str()); });
 }
 
 void file_log_policy::open_ostream(const std::string& name) {

@@ -4,6 +4,7 @@
 #include <new>
 #include <stdexcept>
 
+#include "foundation/guarded.h"
 #include "platform/clock_api.h"
 
 namespace corvane {
@@ -39,7 +40,7 @@ logger3::logger3(const std::string& fileName) : m_pFilePolicy(std::make_unique<f
 }
 
 logger3::~logger3() {
-  m_pFilePolicy->close_ostream();
+  GiveBack("logger3", "close_ostream", [this] { m_pFilePolicy->close_ostream(); });
   m_pFilePolicy.reset();
   m_pPrintfPolicy->close_ostream();
   m_pPrintfPolicy.reset();

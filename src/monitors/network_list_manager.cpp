@@ -112,7 +112,7 @@ struct CNetworkListManager::Impl {
     }
     if (Failed(result)) return result;
     if (!manager) return platform::E_POINTER;
-    SetManager(Manager(manager, [](platform::INetworkListManager* one) { one->Release(); }));
+    SetManager(Manager(manager, Releaser()));
     return result;
   }
 

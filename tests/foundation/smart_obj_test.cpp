@@ -207,6 +207,26 @@ TEST_F(SmartObjTest, GuardTurnsAPlatformFaultIntoAFailureValue) {
   EXPECT_THROW(Guarded("C", "f", 0, []() -> int { throw Exception("other"); }), Exception);
 }
 
+// A destructor must not be left by the report, either.
+TEST_F(SmartObjTest, WhatIsGivenBackMayFaultAndSoMayItsReport) {
+  struct FailingSink : ILogSink {
+    void Write(std::uint32_t, const char*, std::string_view) override { Fail(); }
+    void Write(std::uint32_t, const char*, WStringView) override { Fail(); }
+    std::string GetMemoryLog() override { return {}; }
+    void Fail() {
+      ++calls;
+      throw std::runtime_error("no file");
+    }
+    int calls = 0;
+  } sink;
+  SetLogSink(&sink);
+  GiveBack("CInterfacePDH", "PdhCloseQuery", [] { throw platform::PlatformFault{0xC0000005}; });
+  SetLogSink(nullptr);
+  EXPECT_EQ(sink.calls, 1);
+  EXPECT_EQ(os.console.Output(),
+            "\n>>>>>>>>>>>>>>>>>>>>[[ CInterfacePDH::filterException 0xc0000005 ]]\n\n");
+}
+
 std::string g_Order;
 
 struct Lower {

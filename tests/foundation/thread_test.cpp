@@ -144,6 +144,14 @@ TEST_F(ThreadTest, AWaitThatFailsStillEndsTheStop) {
   os.failures.Pass("WaitForMultipleObjects");
 }
 
+TEST_F(ThreadTest, AFaultInClosingTheHandleStillEndsTheStop) {
+  const auto worker = CSmartPointer<CWorker>(new CWorker(Body::kEndsOnRequest));
+  worker->BeginThread();
+  os.failures.Fail("CloseHandle", test::FailureSwitch::kFault);
+  EXPECT_TRUE(worker->StopThread(2000));
+  EXPECT_FALSE(worker->IsRunning());
+}
+
 TEST_F(ThreadTest, AThreadMayStopItself) {
   g_Unwound = 0;
   const auto worker = CSmartPointer<CWorker>(new CWorker(Body::kStopsItself));

@@ -121,5 +121,14 @@ TEST_F(WaitTest, SemaphoreFailures) {
                "WaitOnSemaphore() ERROR: _semaphore is NULL");
 }
 
+TEST_F(WaitTest, FaultInClosingAHandleEndsThere) {
+  auto event = CWinEvent::CreateObject();
+  auto semaphore = CSemaphore::CreateObject();
+  os.failures.Fail("CloseHandle", test::FailureSwitch::kFault);
+  event.reset();
+  semaphore.reset();
+  EXPECT_EQ(os.threads.OpenHandles(), 0u) << "the fault in one leaves the other open";
+}
+
 }  // namespace
 }  // namespace corvane

@@ -257,5 +257,19 @@ TEST_F(HistoryTest, AReaderSeesWholeFilesOnly) {
   EXPECT_LT(File().size(), full.size());
 }
 
+TEST_F(HistoryTest, FaultInClosingTheFileEndsThere) {
+  struct FaultyClose : platform::FileApi {
+    platform::HANDLE CreateFileW(platform::LPCWSTR, platform::DWORD, platform::DWORD) override {
+      return this;
+    }
+    platform::BOOL CloseFile(platform::HANDLE) override {
+      throw platform::PlatformFault{platform::sim::FaultPlan::kFault};
+    }
+  };
+  Install<FaultyClose>();
+  { EXPECT_TRUE(CHistoryFile().OpenToRead(kFile)); }
+  EXPECT_TRUE(HasLog("CHistoryFile::CloseFile: __EXCEPTION__"));
+}
+
 }  // namespace
 }  // namespace corvane::test

@@ -1,6 +1,7 @@
 #include "launch/launcher.h"
 
 #include "foundation/log_lines.h"
+#include "launch/session_launch.h"
 #include "launch/user_environment.h"
 #include "platform/sim/kernel/fault_plan.h"
 #include "platform/sim/kernel/sim_session.h"
@@ -347,6 +348,16 @@ TEST_F(LauncherTest, KillGoesOnPastAProcessThatResists) {
   EXPECT_FALSE(KillNudgeDialog());
   kernel.Faults().FailCall("OpenProcess", 1, platform::ERROR_ACCESS_DENIED);
   EXPECT_FALSE(KillNudgeDialog());
+}
+
+TEST_F(LauncherTest, FaultInClosingAHandleEndsThere) {
+  struct FaultyClose : platform::SessionApi {
+    platform::BOOL CloseHandle(platform::HANDLE) override {
+      throw platform::PlatformFault{platform::sim::FaultPlan::kFault};
+    }
+  };
+  { const CSessionHandle handle(&Install<FaultyClose>()); }
+  EXPECT_TRUE(HasLog("CSessionHandle::CloseHandle: __EXCEPTION__"));
 }
 
 }  // namespace

@@ -221,6 +221,22 @@ TEST_F(LoggerTest, FailuresOfTheFileAreIgnoredUntilItMustBeOpenedAnew) {
   EXPECT_FALSE(Exists(u"d/~aps.log"));
 }
 
+TEST_F(LoggerTest, FaultsOfTheFileDoNotLeaveTheStop) {
+  for (const std::uint32_t toFile : {1, 0}) {
+    StartLogger("d/aps");
+    g_EnableFileLogging = toFile;
+    for (const char* operation : {"CloseFile", "DeleteFileW"})
+      os.failures.Fail(operation, test::FailureSwitch::kFault);
+    os.console.Output();
+    StopLogger();
+    const std::string told = os.console.Output();
+    EXPECT_NE(told.find("close_ostream: __EXCEPTION__"), std::string::npos);
+    EXPECT_EQ(told.find("DeleteFileW: __EXCEPTION__") != std::string::npos, toFile == 0);
+    for (const char* operation : {"CloseFile", "DeleteFileW"}) os.failures.Pass(operation);
+    g_EnableFileLogging = 1;
+  }
+}
+
 TEST_F(LoggerTest, WithoutALoggerTheConsoleIsWhatThereIs) {
   EXPECT_EQ(GetMemoryLog(), "");
   LogInfo(u"100 %s");

@@ -21,6 +21,8 @@ struct NetworkSpec {
   bool nullName = false, failCategory = false, failConnectivity = false;
 };
 
+bool s_bFaultInRelease = false;
+
 // Counts the objects that nobody has released.
 template <class Interface>
 class Counted : public Interface {
@@ -29,6 +31,7 @@ class Counted : public Interface {
   ULONG Release() override {
     --*m_pLive;
     delete this;
+    if (s_bFaultInRelease) throw PlatformFault{0xC0000005};
     return 0;
   }
   virtual ~Counted() = default;
@@ -299,6 +302,17 @@ TEST_F(NetworkListManager, WhatTheScorePassLearnsReplacesTheConnectivity) {
   Nlm().SetConnectivityForNetwork(u"Elsewhere", 0x40);
   EXPECT_EQ(connectivity(u"Elsewhere"), 0xFFFFu) << "unknown, left alone";
   EXPECT_EQ(connectivity(u"Floor 2"), 0xFFFFu) << "look-ups strip nothing";
+}
+
+TEST_F(NetworkListManager, AFaultInAReleaseEndsThere) {
+  s_bFaultInRelease = true;
+  Refresh({Live(u"Home", 1)});
+  EXPECT_EQ(Category(u"Home"), 1);
+  EXPECT_EQ(Nlm().ResetNLMInstance(), S_OK);
+  EXPECT_EQ(Nlm().RefreshNetworkCategories(), S_OK);
+  EXPECT_EQ(script.live, 1) << "the manager of now alone is left";
+  test::ResetProcessState();
+  s_bFaultInRelease = false;
 }
 
 TEST_F(NetworkListManager, AFailedRefreshLeavesTheTableAndAResetRecovers) {

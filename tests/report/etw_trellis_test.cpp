@@ -6,6 +6,7 @@
 #include "platform/sim/kernel/fault_plan.h"
 #include "platform/sim/kernel/sim_event_trace.h"
 #include "report/trellis_events.h"
+#include "report/trellis_provider.h"
 #include "support/report_fixture.h"
 
 namespace corvane::test {
@@ -398,6 +399,24 @@ TEST_F(EtwTest, TheOemSuiteHearsOfSuggestionsAndUpgrades) {
                 R"("evtData3":"33", "evtData4":"300,200", "evtData5":"802.11ax,802.11n")"),
             std::string::npos);
   EXPECT_NE(listener->lines[2].find(R"("evtType":"UpgradeAP")"), std::string::npos);
+}
+
+TEST_F(ReportTest, FaultInUnregisteringTheProviderEndsThere) {
+  struct FaultyTrace : platform::EventTraceApi {
+    platform::ULONG EventRegister(const platform::GUID*, EnableCallback, void*,
+                                  platform::REGHANDLE* handle) override {
+      return *handle = 1, platform::ERROR_SUCCESS;
+    }
+    platform::ULONG EventUnregister(platform::REGHANDLE) override {
+      throw platform::PlatformFault{platform::sim::FaultPlan::kFault};
+    }
+  };
+  Install<FaultyTrace>();
+  platform::HRESULT status = platform::E_FAIL;
+  auto provider = CTrellisProvider::Share(&status);
+  ASSERT_TRUE(provider);
+  CTrellisProvider::Leave(&provider);
+  EXPECT_TRUE(HasLog("CTrellisProvider::EventUnregister: __EXCEPTION__"));
 }
 
 }  // namespace

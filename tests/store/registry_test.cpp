@@ -54,6 +54,33 @@ TEST_F(RegistryStore, GivesUpAKeyThatCannotBeMade) {
   EXPECT_FALSE(any);
 }
 
+// A registry with one key, whose handles fault when they are closed.
+class FaultyKey : public platform::RegistryApi {
+ public:
+  platform::LSTATUS RegOpenKeyExW(platform::HKEY, platform::LPCWSTR, platform::DWORD,
+                                  platform::REGSAM, platform::HKEY* key) override {
+    *key = this;
+    return platform::ERROR_SUCCESS;
+  }
+  platform::LSTATUS RegCloseKey(platform::HKEY) override {
+    ++closed;
+    throw platform::PlatformFault{0xC0000005};
+  }
+  platform::LSTATUS RegSetValueExW(platform::HKEY, platform::LPCWSTR, platform::DWORD,
+                                   const platform::BYTE*, platform::DWORD) override {
+    ++written;
+    return platform::ERROR_SUCCESS;
+  }
+  int closed = 0, written = 0;
+};
+
+TEST_F(RegistryStore, FaultInClosingAKeyEndsThere) {
+  const auto& key = Install<FaultyKey>();
+  EXPECT_TRUE(CRegistry(WString(kPath)).SetRegistryDWORDValue(u"D", 1));
+  EXPECT_EQ(key.written, 1);
+  EXPECT_GT(key.closed, 0);
+}
+
 TEST_F(RegistryStore, ReadsOnlyTheTypeAndSizeAskedFor) {
   CRegistry& store = Open();
   auto& registry = kernel.Registry();

@@ -66,6 +66,7 @@ BasicThreads::ObjectPtr BasicThreads::Find(HANDLE handle) {
 
 bool BasicThreads::Fails(const char* operation) {
   const DWORD code = m_Failures.CodeFor(operation);
+  if (code == FailureSwitch::kFault) throw PlatformFault{code};
   if (code != ERROR_SUCCESS) t_LastError = code;
   return code != ERROR_SUCCESS;
 }
@@ -165,10 +166,14 @@ BOOL BasicThreads::ReleaseSemaphore(HANDLE semaphore, LONG releaseCount, LONG* p
 }
 
 BOOL BasicThreads::CloseHandle(HANDLE handle) {
-  const std::lock_guard guard(m_Mutex);
-  if (m_Handles.erase(handle)) return TRUE;
-  t_LastError = ERROR_INVALID_HANDLE;
-  return FALSE;
+  {
+    const std::lock_guard guard(m_Mutex);
+    if (!m_Handles.erase(handle)) {
+      t_LastError = ERROR_INVALID_HANDLE;
+      return FALSE;
+    }
+  }
+  return !Fails("CloseHandle");  // the handle is gone in any case
 }
 
 DWORD BasicThreads::WaitForSingleObject(HANDLE object, DWORD milliseconds) {
@@ -284,6 +289,7 @@ BOOL BasicFiles::Refuse(DWORD code) {
 
 bool BasicFiles::Fails(const char* operation) {
   const DWORD code = m_Failures.CodeFor(operation);
+  if (code == FailureSwitch::kFault) throw PlatformFault{code};
   if (code != ERROR_SUCCESS) Refuse(code);
   return code != ERROR_SUCCESS;
 }
@@ -332,7 +338,8 @@ BOOL BasicFiles::FlushFileBuffers(HANDLE file) {
 }
 
 BOOL BasicFiles::CloseFile(HANDLE file) {
-  return m_Open.erase(file) ? TRUE : Refuse(ERROR_INVALID_HANDLE);
+  if (!m_Open.erase(file)) return Refuse(ERROR_INVALID_HANDLE);
+  return !Fails("CloseFile");  // the handle is gone in any case
 }
 
 BOOL BasicFiles::GetFileSizeEx(HANDLE file, ULONGLONG* size) {

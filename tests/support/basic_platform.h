@@ -35,6 +35,8 @@ namespace corvane::test {
 // Which operations fail: by name, with a code, from now until Pass.
 class FailureSwitch {
  public:
+  static constexpr platform::DWORD kFault = 0xC0000005;  // as a code: the call faults
+
   void Fail(std::string operation, platform::DWORD code = platform::ERROR_GEN_FAILURE) {
     const std::lock_guard guard(m_Mutex);
     m_Codes[std::move(operation)] = code;
