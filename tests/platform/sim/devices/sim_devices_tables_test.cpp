@@ -333,6 +333,16 @@ TEST_F(SimTablesTest, TheSessionFollowsTheWorld) {
   EXPECT_EQ(Pc().Kernel().Session().CountRunning(u"NudgeDialog.exe"), 0u);
 }
 
+TEST_F(SimTablesTest, ALinkHasTheStreamsOfItsAdapter) {
+  World world = TwoNetworks();
+  world.adapters[0].connectedTo = Mac{2, 0, 0, 0, 1, 1};
+  world.adapters[0].streams = 1;
+  Start(world);
+  WLAN_CONNECTION_ATTRIBUTES attributes;
+  ASSERT_EQ(Query(wlan_intf_opcode_current_connection, &attributes), ERROR_SUCCESS);
+  EXPECT_EQ(attributes.wlanAssociationAttributes.ulTxRate, 433'333u) << "the other side has two";
+}
+
 TEST(SimLinkRate, GrowsWithWidthAndFallsWithTheSignal) {
   const auto vht80 = Beacon(u8"x").Channel(36).Vht80(2).Bytes();
   EXPECT_EQ(LinkRateKbps(dot11_phy_type_vht, vht80, -40), 866'666u);

@@ -11,6 +11,16 @@ constexpr DWORD kMsm = WLAN_NOTIFICATION_SOURCE_MSM;
 constexpr Mac kOne{2, 0, 0, 0, 1, 1};
 constexpr Mac kTwo{2, 0, 0, 0, 1, 2};
 
+// "Office" at -55 dBm in 2.4 GHz, and at -60 in 5.
+World StrongerIn2GHz(bool autoConnect) {
+  World world = TwoNetworks();
+  world.adapters[0].autoConnect = autoConnect;
+  world.accessPoints[0].frequencyMhz = 2437;
+  world.accessPoints[0].track = {{0, -55}};
+  world.accessPoints[1].track = {{0, -60}};
+  return world;
+}
+
 class SimWlanTest : public DeviceTest {
  protected:
   void Do(const char* action) { Pc().Devices().Do(action); }
@@ -273,6 +283,19 @@ TEST_F(SimWlanTest, AProfileSetIsReadBackAndADeletedOneEndsItsConnection) {
   EXPECT_EQ(wlan.WlanDeleteProfile(listener->client, &guid, u"Attic", nullptr), ERROR_NOT_FOUND);
   RunFor(1s);
   EXPECT_EQ(ConnectedBssid(), "error 5023");
+}
+
+TEST_F(SimWlanTest, TheSystemTakes5GHzBeforeASlightlyStronger2GHz) {
+  Start(StrongerIn2GHz(true));
+  RunFor(20s);
+  EXPECT_EQ(ConnectedBssid(), kApTwo);
+}
+
+TEST_F(SimWlanTest, AConnectToAProfileTakes5GHzBeforeASlightlyStronger2GHz) {
+  Start(StrongerIn2GHz(false));
+  ASSERT_EQ(Connect(u"Office"), ERROR_SUCCESS);
+  RunFor(3s);
+  EXPECT_EQ(ConnectedBssid(), kApTwo);
 }
 
 TEST_F(SimWlanTest, TheDriverRoamsAwayFromAWeakSignal) {

@@ -111,6 +111,12 @@ TEST(WorldJson, RefusesWithFilePathAndReason) {
   for (const BadWorld& bad : kCases) EXPECT_EQ(ErrorOf(bad.text), bad.error) << bad.text;
 }
 
+TEST(WorldJson, ABssidOfZerosIsThatOfNoAccessPoint) {
+  EXPECT_EQ(
+      ErrorOf(R"({"accessPoints": [{"ssid": "S", "channel": 1, "bssid": "00-00-00-00-00-00"}]})"),
+      "w.json: /accessPoints/0/bssid: is no address of an access point");
+}
+
 TEST(WorldJson, DepthOfBracketsDoesNotUseUpTheStack) {
   const std::string deep =
       R"({"name": )" + std::string(100'000, '[') + std::string(100'000, ']') + "}";
