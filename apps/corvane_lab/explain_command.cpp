@@ -134,7 +134,8 @@ int ExplainCommand(const std::vector<std::string>& words) {
                             {"--json", "--user"});
   const auto at = arguments.Value("--at");
   if (!at) throw UsageError("--at TIME says which round");
-  const platform::sim::World world = WorldOf(arguments);
+  AirReport airReport;
+  const platform::sim::World world = WorldOf(arguments, &airReport);
   const int adapters = static_cast<int>(world.adapters.size());
   const bool one = arguments.Value("--adapter").has_value();
   const int first = one ? static_cast<int>(arguments.Number("--adapter", 0)) : 0;

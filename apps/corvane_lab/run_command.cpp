@@ -156,8 +156,9 @@ int RunCommand(const std::vector<std::string>& words) {
   const Arguments arguments(words,
                             {"--for", "--seed", "--json", "--air", "--mode", "--faults", "--seeds"},
                             {"--interleave", "--user"});
+  AirReport airReport;
   RunPlan plan;
-  plan.world = WorldOf(arguments);
+  plan.world = WorldOf(arguments, &airReport);
   if (plan.world.durationMs > 0) plan.ms = plan.world.durationMs;
   if (const auto duration = arguments.Value("--for")) plan.ms = ParseDuration(*duration);
   plan.user = arguments.Has("--user");

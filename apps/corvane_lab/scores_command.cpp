@@ -84,7 +84,8 @@ int ScoresCommand(const std::vector<std::string>& words) {
   const auto at = arguments.Value("--at");
   if (!arguments.Value("--air") && !at)
     throw UsageError("a world and --at TIME, or --air and a file");
-  const platform::sim::World world = WorldOf(arguments);
+  AirReport airReport;
+  const platform::sim::World world = WorldOf(arguments, &airReport);
   platform::sim::PcOptions options;
   options.seed = arguments.Number("--seed", 1);
   platform::sim::SimulatedPc pc(world, options);

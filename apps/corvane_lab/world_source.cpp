@@ -20,29 +20,31 @@ namespace {
 // By then the first start has given every setting its default.
 constexpr std::uint64_t kModeAtMs = 8000;
 
-// What a capture holds that no access point could be made of, for whoever wonders where it is.
-void PrintCount(const std::string& file, const platform::sim::AirCount& count) {
-  const std::size_t odd = count.wild + count.noFrequency + count.noBssid;
+}  // namespace
+
+AirReport::~AirReport() {
+  const std::size_t odd = m_Count.wild + m_Count.noFrequency + m_Count.noBssid;
   if (odd == 0) return;
+  std::fflush(stdout);
   std::fprintf(
       stderr,
       "%s: of %zu beacons, %zu with a reading out of range (counts as unknown), %zu without "
       "a frequency and %zu without a BSSID (left out)\n",
-      file.c_str(), count.lines, count.wild, count.noFrequency, count.noBssid);
+      m_File.c_str(), m_Count.lines, m_Count.wild, m_Count.noFrequency, m_Count.noBssid);
 }
 
-}  // namespace
+World AirReport::Load(const std::string& file) {
+  m_File = file;
+  return platform::sim::WorldFromAir(platform::ReadTextFile(file), file, &m_Count);
+}
 
-World WorldOf(const Arguments& arguments) {
+World WorldOf(const Arguments& arguments, AirReport* airReport) {
   const auto air = arguments.Value("--air");
   if (arguments.Rest().size() != (air ? 0u : 1u))
     throw UsageError("one world, or --air and a file");
   const std::string& file = air ? *air : arguments.Rest()[0];
-  const std::string text = platform::ReadTextFile(file);
-  platform::sim::AirCount count;
   World world =
-      air ? platform::sim::WorldFromAir(text, file, &count) : platform::sim::ParseWorld(text, file);
-  if (air) PrintCount(file, count);
+      air ? airReport->Load(file) : platform::sim::ParseWorld(platform::ReadTextFile(file), file);
   if (const auto mode = arguments.Value("--mode")) SetMode(&world, *mode);
   return world;
 }
