@@ -44,11 +44,12 @@ inline constexpr char kExplainHelp[] =
     "        [--json]\n"
     "    Tells why the round at that time ended as it did: what was decided, and for each access "
     "point its\n"
-    "    score with the terms, its counter, and the rule that stopped it. The round is the last "
-    "one that\n"
-    "    had begun by then.\n"
+    "    score with the terms, its counter, and the rule that stopped it. Where several rounds "
+    "fall "
+    "on that\n"
+    "    millisecond, tells of each; between two rounds, of the one that ended last.\n"
     "    --adapter N     that adapter only, counted from 0 (default: all)\n"
-    "    --json          one JSON object for each adapter\n";
+    "    --json          one JSON object for each round\n";
 inline constexpr char kElementsHelp[] =
     "corvane-lab elements FILE.jsonl\n"
     "    Decodes the elements of each captured beacon and prints one JSON object a line.\n";

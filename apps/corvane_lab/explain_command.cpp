@@ -30,19 +30,19 @@ void PrintEntry(const RoundRecord& round, std::size_t place, const EntryRecord& 
 
 std::string Seconds(std::uint64_t ms) { return FormatA("%llu.%03llu s", ms / 1000, ms % 1000); }
 
-// What changes the way a switch is made, and what would end it.
+// What changes the way a switch is made, or forbids it, and what would end that.
 void PrintHolds(const RoundRecord& round) {
   if (round.systemConnected) {
     std::printf(
-        "  The system made the connection, not the service: what autoswitch would do is asked by "
-        "the "
-        "dialog, until the service itself connects or the PC resumes.\n");
+        "  The system made the connection, not the service: each switch is asked by the dialog, in "
+        "every mode, until the service itself connects or the PC resumes.\n");
   }
   if (round.movedMs) {
     std::printf(
-        "  Somebody else moved the adapter at %s: no switch until it is on another network, "
-        "without a "
-        "connection for 30 s, leaves a denied access point, or a client orders a connect.\n",
+        "  No switch since %s, when the service saw that somebody else had moved the adapter. What "
+        "ends that: another network, a connect or disconnect by the service itself, more than 30 s "
+        "without a connection, airplane mode, suspend, resume, or access points that cannot be "
+        "listed.\n",
         Seconds(*round.movedMs).c_str());
   }
 }

@@ -156,12 +156,16 @@ void RoundRecorder::OnRoundBegins(int adapter, const CWlanInterface& wlan) {
   next.adapter = m_Numbers.OfIndex(adapter);
   next.number = round.number + 1;
   next.beganMs = Now();
-  const auto config = wlan.Config();
-  next.systemConnected = config->m_bForcePopupOverride;
-  if (config->GetRoamingInhibitTick() != 0) {
-    next.movedMs = Now() - std::min(config->GetRoamingInhibitAgeMs(), Now());
-  }
+  ReadHolds(wlan, &next);
   round = std::move(next);
+}
+
+void RoundRecorder::ReadHolds(const CWlanInterface& adapter, RoundRecord* round) const {
+  const auto config = adapter.Config();
+  round->systemConnected = adapter.IsConnected() && config->m_bForcePopupOverride;
+  round->movedMs.reset();
+  if (config->GetRoamingInhibitTick() == 0) return;
+  round->movedMs = Now() - std::min(config->GetRoamingInhibitAgeMs(), Now());
 }
 
 EntryRecord RoundRecorder::Read(CWlanBssEntry& entry) const {
@@ -180,6 +184,7 @@ void RoundRecorder::OnCandidates(CWlanInterface& adapter, const ConnectionFacts&
   const auto config = adapter.Config();
   const auto& global = CGlobalConfigContainer::GetInstance();
   round.hasPolicy = true;
+  ReadHolds(adapter, &round);  // the round itself may have found out that it was moved
   round.connected = facts.connected;
   if (facts.connected) {
     round.ssid = WideToUtf8(facts.ssid);

@@ -44,8 +44,8 @@ struct RoundRecord {
   CandidateMargins margins;
   double mbps = 0.0, gateMbps = 0.0;
   bool realTimeAudio = false;
-  bool systemConnected = false;          // so autoswitch asks by the dialog
-  std::optional<std::uint64_t> movedMs;  // when somebody else moved the adapter, while that holds
+  bool systemConnected = false;          // so each switch is asked by the dialog
+  std::optional<std::uint64_t> movedMs;  // when the service saw somebody else's move that holds it
   std::vector<EntryRecord> candidates;   // best first
   std::vector<EntryRecord> others;       // in range, but not admitted
 };
@@ -88,6 +88,7 @@ class RoundRecorder final : public IRoundWatch {
  private:
   std::uint64_t Now() const { return static_cast<std::uint64_t>(m_Pc.Now().count()); }
   EntryRecord Read(CWlanBssEntry& entry) const;
+  void ReadHolds(const CWlanInterface& adapter, RoundRecord* round) const;
   RoundRecord& Round(int index) { return m_Rounds[m_Numbers.OfIndex(index)]; }
 
   const platform::sim::SimulatedPc& m_Pc;

@@ -39,12 +39,22 @@ TEST(ExplainCommandTest, ReachesEachRoundOfAnInstant) {
   EXPECT_THAT(text, HasSubstr("from 1031.898 s to 1032.898 s"));
 }
 
-TEST(ExplainCommandTest, TellsWhoHasConnectedAndWhoHasMoved) {
-  EXPECT_THAT(ExplainWorld("cold-start", "90s"),
-              HasSubstr("The system made the connection, not the service"));
-  EXPECT_THAT(ExplainWorld("driver-roams", "3m"),
-              HasSubstr("Somebody else moved the adapter at 1"));
-  EXPECT_THAT(ExplainWorld("driver-roams", "1m"), Not(HasSubstr("Somebody else")));
+TEST(ExplainCommandTest, TellsThatTheSystemHasConnected) {
+  const std::string system = "The system made the connection, not the service";
+  for (const char* mode : {"autoswitch", "event", "popup"})
+    EXPECT_THAT(ExplainWorld("cold-start", "90s", {"--mode", mode}), HasSubstr(system));
+  EXPECT_THAT(ExplainWorld("cold-start", "10m5s"), Not(HasSubstr(system))) << "it has no link";
+  EXPECT_THAT(ExplainWorld("home", "10s"), Not(HasSubstr(system)));
+}
+
+TEST(ExplainCommandTest, TellsSinceWhenTheMoveOfAnotherHolds) {
+  const std::string held = "No switch since 117.505 s, when the service saw that somebody else had";
+  EXPECT_THAT(ExplainWorld("driver-roams", "118s"), HasSubstr(held)) << "the round that sees it";
+  EXPECT_THAT(ExplainWorld("driver-roams", "3m"), HasSubstr(held)) << "the second roam is no start";
+  EXPECT_THAT(ExplainWorld("driver-roams", "1m"), Not(HasSubstr("No switch since")));
+}
+
+TEST(ExplainCommandTest, AScoreOfMinusOneIsNone) {
   EXPECT_EQ(ScoreText(-1), "not scored yet");
   EXPECT_EQ(ScoreText(0), "score 0");
 }
