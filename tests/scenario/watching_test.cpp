@@ -84,7 +84,7 @@ TEST_P(Watching, LeavesARunAsItIs) {
   constexpr std::uint64_t kAll = ~std::uint64_t{0} >> 1;
   const std::string file = SourceDir() + "/worlds/" + GetParam() + ".json";
   const World world = platform::sim::ParseWorld(platform::ReadTextFile(file), file);
-  for (const std::uint64_t seed : {1, 2, 3}) {
+  for (const std::uint64_t seed : {1u, 2u, 3u}) {
     const PcOptions options{.seed = seed, .interleave = true};
     const Watched quiet = Watch(LoggedWorld(world, {0, 0}), options);
     EXPECT_GT(quiet.events.size(), 100u);
