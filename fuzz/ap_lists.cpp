@@ -17,6 +17,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   ReadDenyRows(json, &deny);
   ReadAllowRows(json, &allow);
   ReadPreferredRows(json, &preferred);
+  // No row stands twice, so that a second reading of the text adds none.
+  const std::size_t denied = deny.size(), allowed = allow.size();
+  ReadDenyRows(json, &deny);
+  ReadAllowRows(json, &allow);
+  if (deny.size() != denied || allow.size() != allowed) std::abort();
   ApListRows again;
   ReadDenyRows(ApListJson(deny), &again);
   if (again.size() != deny.size()) std::abort();

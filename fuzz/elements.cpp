@@ -32,5 +32,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   };
   const auto blob = load(), again = load();
   if (blob->SecurityMask != again->SecurityMask || blob->SecurityMask > 0xFF) std::abort();
+  constexpr std::int32_t kFastest = 20000;  // Mbps; eight streams at 160 MHz give 9608
+  for (const bool he : {false, true}) {
+    const std::int32_t whole = blob->GetMaxRateMbps(he, false);
+    const std::int32_t halved = blob->GetMaxRateMbps(he, true);
+    if (whole < 0 || whole > kFastest || halved < 0 || halved > whole) std::abort();
+    if (again->GetMaxRateMbps(he, false) != whole) std::abort();
+  }
+  const WString& widths = blob->GetChannelWidthString(false, u",", false);
+  if (widths.empty() || again->GetChannelWidthString(false, u",", false) != widths) std::abort();
   return 0;
 }
