@@ -222,7 +222,7 @@ TEST_F(LoggerTest, FailuresOfTheFileAreIgnoredUntilItMustBeOpenedAnew) {
 }
 
 TEST_F(LoggerTest, FaultsOfTheFileDoNotLeaveTheStop) {
-  for (const std::uint32_t toFile : {1, 0}) {
+  for (const std::uint32_t toFile : {1u, 0u}) {
     StartLogger("d/aps");
     g_EnableFileLogging = toFile;
     for (const char* operation : {"CloseFile", "DeleteFileW"})

@@ -93,7 +93,7 @@ TEST_F(SimCryptoTest, OpensWhatAClientHasMadeAndNothingElse) {
   EXPECT_EQ(sim::SimCrypto::EncryptToken(std::string(246, 'a')), "");
 
   const std::string block = Decoded(sim::SimCrypto::EncryptToken("{guid},1004,7,x"));
-  for (const std::size_t at : {0, 1, 100, 128, 200, 255}) {
+  for (const std::size_t at : {0u, 1u, 100u, 128u, 200u, 255u}) {
     std::string touched = block;
     touched[at] = static_cast<char>(touched[at] ^ 1);
     EXPECT_FALSE(Decrypt(touched)) << at;

@@ -317,7 +317,7 @@ TEST_F(SimPipeServerTest, CallsQueuedForAThreadRunInOrderAndEndWithIt) {
   static std::vector<std::uintptr_t>* s_pCalled;
   s_pCalled = &called;
   const PAPCFUNC note = [](std::uintptr_t data) { s_pCalled->push_back(data); };
-  for (const std::uintptr_t data : {1, 2, 3})
+  for (const std::uintptr_t data : {1u, 2u, 3u})
     EXPECT_NE(Pipes().QueueUserAPC(note, m_Thread, data), 0u);
   RunFor(1ms);
   EXPECT_EQ(called, (std::vector<std::uintptr_t>{1, 2, 3}));
