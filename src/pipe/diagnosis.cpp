@@ -1,7 +1,6 @@
 #include "pipe/diagnosis.h"
 
 #include "foundation/log_lines.h"
-#include "monitors/adapters_addresses.h"
 #include "pipe/reply_text.h"
 #include "settings/global_config_container.h"
 #include "wlan/wifi_client_container.h"
@@ -10,14 +9,11 @@ namespace corvane {
 
 namespace {
 
-// Mbps of the link under load. This is where the link probe is asked; without one it is 0.
-double MeasureBlast(CWlanInterface&, CAdaptersAddresses&) { return 0.0; }
-
 WString Failed(const Diagnosis& diagnosis) {
   return DiagnosisFailureReply(kReplyNotDone, DiagnosisObject(diagnosis));
 }
 
-WString DiagnoseAdapter(CWlanInterface& adapter, CAdaptersAddresses& addresses) {
+WString DiagnoseAdapter(CWlanInterface& adapter) {
   Diagnosis diagnosis;
   diagnosis.adapterClass = StandardText(adapter.AdapterClassText());
   ConnectionFacts facts;
@@ -25,14 +21,11 @@ WString DiagnoseAdapter(CWlanInterface& adapter, CAdaptersAddresses& addresses) 
     diagnosis.status = u"error, not connected";
     return Failed(diagnosis);
   }
-  double blast = 0.0;
-  if (adapter.IsScanInFlight()) {
-    diagnosis.status = u"scan";
-  } else {
-    blast = MeasureBlast(adapter, addresses);
-    diagnosis.status = u"ok";
-  }
-  diagnosis.blast = Format(u"%f", blast);
+  // During a scan nothing is measured, which is a result. Otherwise the link would have to be
+  // probed under load, and there is no probe: better no diagnosis than a made-up figure.
+  if (!adapter.IsScanInFlight()) return Failed(diagnosis);
+  diagnosis.status = u"scan";
+  diagnosis.blast = Format(u"%f", 0.0);
   WString standard;
   std::int32_t rssi = 0;
   diagnosis.apScore = adapter.GetScoreFromBssEntry(facts.ssid, facts.bssid, &standard, &rssi);
@@ -53,11 +46,9 @@ WString Diagnose() {
     auto& global = CGlobalConfigContainer::GetInstance();
     if (!global.FindIFConfig(0)) return Failed({});
     const CCritSecLock lock(global.GetSecondLock());
-    const auto addresses = CAdaptersAddresses::CreateObject();
-    addresses->Initialize();
     const auto adapter = CWifiClientContainer::GetInstance().GetInterface(0);
     if (!adapter) return Failed({});
-    return DiagnoseAdapter(*adapter, *addresses);
+    return DiagnoseAdapter(*adapter);
   } catch (const Exception& e) {
     LOG_ERROR(u"CNamedPipeListenerJson::HandleJsonCommand: Exception: %S", e.what());
   } catch (const std::exception& e) {

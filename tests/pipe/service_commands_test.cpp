@@ -1,5 +1,7 @@
 // The commands that name no adapter.
 
+#include <functional>
+
 #include "foundation/log_lines.h"
 #include "log/log.h"
 #include "notify/notification_manager.h"
@@ -193,6 +195,35 @@ TEST_F(ServiceCommandTest, TheMemoryLogComesInBase64) {
   EXPECT_EQ(log, GetMemoryLog());
 }
 
+// Takes every scan, and tells of no end.
+class EndlessScans : public PolicyWlan {
+ public:
+  EndlessScans() : PolicyWlan(2) {}
+  platform::DWORD WlanScan(platform::HANDLE, const platform::GUID*, const platform::DOT11_SSID*,
+                           const void*, void*) override {
+    return platform::ERROR_SUCCESS;
+  }
+};
+
+TEST_F(ServiceCommandTest, DiagnosisDuringAScanMeasuresNothing) {
+  wlan = &Install<EndlessScans>();
+  Add("Office", 1, 61);
+  Connect("Office", 1);
+  std::string reply;
+  std::function<void()> ask = [&] { reply = Ask(Misc("Diag1", "0")); };
+  const auto later = [](void* call) -> platform::DWORD {
+    Os().threads.Sleep(1000);
+    (*static_cast<std::function<void()>*>(call))();
+    return 0;
+  };
+  Os().threads.CloseHandle(Os().threads.CreateThread(later, &ask, "client", nullptr));
+  EXPECT_THROW(adapters[0]->ScanSynchronous(nullptr), std::exception) << "it has no end";
+  EXPECT_EQ(reply,
+            "{ \"status\":\"ok\", \"code\":0, \"diag\":{ \"blast\":\"0.000000\", "
+            "\"apscore\":\"61\", \"adapterclass\":\"802.11\", \"apclass\":\"802.11\", "
+            "\"status\":\"scan\" } }");
+}
+
 TEST_F(ServiceCommandTest, DiagnosisTellsOfTheFirstAdaptersLink) {
   const auto failed = [](const char* status, const char* adapterClass) {
     return "{ \"status\":\"error\", \"code\":12, \"diag\":{ \"blast\":\"0.0\", "
@@ -205,10 +236,7 @@ TEST_F(ServiceCommandTest, DiagnosisTellsOfTheFirstAdaptersLink) {
   EXPECT_EQ(WindowMs(1), 15'000u);
   Add("Office", 1, 61);
   Connect("Office", 1);
-  EXPECT_EQ(Ask(Misc("Diag1", "0")),
-            "{ \"status\":\"ok\", \"code\":0, \"diag\":{ \"blast\":\"0.000000\", "
-            "\"apscore\":\"61\", \"adapterclass\":\"802.11\", \"apclass\":\"802.11\", "
-            "\"status\":\"ok\" } }");
+  EXPECT_EQ(Ask(Misc("Diag1", "0")), failed("error", "802.11")) << "nothing probes the link";
   CWifiClientContainer::GetInstance().Shutdown();
   EXPECT_EQ(Ask(Misc("Diag1", "0")), failed("error", "unknown")) << "no adapter to look at";
   Global().Shutdown(false);
