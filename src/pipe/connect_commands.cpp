@@ -21,12 +21,14 @@ ConnectObstacles ObstaclesOf(const CQUAYInterfaceConfig& config) {
   return {config.m_VPNInhibited, config.m_RadioInhibited, config.m_AirplaneInhibited, enabled == 0};
 }
 
-void LogRefusal(const CClientRequest& request, WStringView why) {
+// One line for every reason; the reply has the right one.
+void LogRefusal(const CClientRequest& request) {
   WString ssid, bssid;
   if (!request.GetString("ssid", &ssid) || !request.GetString("bssid", &bssid)) ssid.clear();
   LOG_DEBUG(kClientLog,
-            u"CNamedPipeListenerJson::HandleJsonCommand:[ConnectAP][%s][%s] REJECT due to %s\n",
-            ssid, bssid, why);
+            u"CNamedPipeListenerJson::HandleJsonCommand:[ConnectAP][%s][%s] REJECT due to VPN "
+            u"INHIBITION\n",
+            ssid, bssid);
 }
 
 // Takes over what comes with the order. False for a profile that decodes to nothing.
@@ -53,9 +55,9 @@ WString ConnectAP(const CClientRequest& request) {
   CSmartPointer<CQUAYInterfaceConfig> config;
   if (const std::uint32_t code = FindAdapter(request, &config); code != kReplyOk)
     return FailureReply(code, request.GetText());
-  if (const ConnectRefusal refusal = RefusalFor(ObstaclesOf(*config)); !refusal.reason.empty()) {
-    LogRefusal(request, refusal.logged);
-    return RefusalReply(refusal.reason, request.GetText());
+  if (const WStringView reason = RefusalFor(ObstaclesOf(*config)); !reason.empty()) {
+    LogRefusal(request);
+    return RefusalReply(reason, request.GetText());
   }
   if (!TakeProfile(request, *config)) return FailureReply(kReplyEmptyProfile, request.GetText());
   WString ssid, bssid;

@@ -4,11 +4,11 @@
 
 namespace corvane {
 
-ConnectRefusal RefusalFor(const ConnectObstacles& obstacles) {
-  if (obstacles.vpn) return {u"vpn", u"VPN INHIBITION"};
-  if (obstacles.radioOff) return {u"radio disabled", u"RADIO INHIBITION"};
-  if (obstacles.airplane) return {u"airplane mode", u"AIRPLANE INHIBITION"};
-  if (obstacles.adapterOff) return {u"adapter disabled", u"ADAPTER DISABLED"};
+WStringView RefusalFor(const ConnectObstacles& obstacles) {
+  if (obstacles.vpn) return u"vpn";
+  if (obstacles.radioOff) return u"radio disabled";
+  if (obstacles.airplane) return u"airplane mode";
+  if (obstacles.adapterOff) return u"adapter disabled";
   return {};
 }
 

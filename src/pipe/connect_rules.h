@@ -11,12 +11,8 @@ struct ConnectObstacles {
   bool airplane = false;
   bool adapterOff = false;
 };
-// For the client and for the log; both empty when nothing stands in the way.
-struct ConnectRefusal {
-  WStringView reason;
-  WStringView logged;
-};
-ConnectRefusal RefusalFor(const ConnectObstacles& obstacles);
+// The reason that the client is told; empty when nothing stands in the way.
+WStringView RefusalFor(const ConnectObstacles& obstacles);
 
 // Lower case with hyphens, as access points are named inside; clients also send colons.
 WString NormalBssid(WStringView text);

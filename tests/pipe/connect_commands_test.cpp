@@ -92,6 +92,7 @@ TEST_F(ConnectCommandTest, AnObstacleIsToldBeforeAnythingElse) {
   config->SetDWORD(u"AdapterEnabled", 0);
   std::string reply = AskAdapter(bare);
   EXPECT_EQ(reply, refused("adapter disabled"));
+  EXPECT_TRUE(HasLog("[ConnectAP][][] REJECT due to VPN INHIBITION"));
   config->m_AirplaneInhibited = true;
   reply = AskAdapter(bare);
   EXPECT_EQ(reply, refused("airplane mode"));
