@@ -69,8 +69,12 @@ CAPISessionSecuritySingleton::CAPISessionSecuritySingleton() {
 }
 
 CAPISessionSecuritySingleton::~CAPISessionSecuritySingleton() {
-  if (m_hKey) Os().crypto.BCryptDestroyKey(m_hKey);
-  if (m_hAlgorithm) Os().crypto.BCryptCloseAlgorithmProvider(m_hAlgorithm);
+  GiveBack(kClass, "BCryptDestroyKey", [this] {
+    if (m_hKey) Os().crypto.BCryptDestroyKey(m_hKey);
+  });
+  GiveBack(kClass, "BCryptCloseAlgorithmProvider", [this] {
+    if (m_hAlgorithm) Os().crypto.BCryptCloseAlgorithmProvider(m_hAlgorithm);
+  });
 }
 
 void CAPISessionSecuritySingleton::PrepDec() {

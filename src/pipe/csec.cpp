@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "foundation/guarded.h"
 #include "platform/pipe_api.h"
 #include "platform/platform.h"
 #include "platform/thread_api.h"
@@ -20,7 +21,7 @@ class PipeToken {
  public:
   PipeToken() = default;
   ~PipeToken() {
-    if (m_hToken) Os().pipes.CloseToken(m_hToken);
+    if (m_hToken) GiveBack("PipeToken", "CloseToken", [this] { Os().pipes.CloseToken(m_hToken); });
   }
   PipeToken(const PipeToken&) = delete;
   PipeToken& operator=(const PipeToken&) = delete;
@@ -51,7 +52,7 @@ WString PipeDescriptorText(WStringView sid, std::uint32_t majorVersion) {
 }
 
 CSEC::~CSEC() {
-  if (m_pDescriptor) Os().pipes.LocalFree(m_pDescriptor);
+  if (m_pDescriptor) GiveBack("CSEC", "LocalFree", [this] { Os().pipes.LocalFree(m_pDescriptor); });
 }
 
 bool CSEC::ReadSid(WString* sid) {

@@ -45,7 +45,7 @@ class InsideMark {
 
 void FreeRecord(PipeInstanceCtx* record) {
   record->~PipeInstanceCtx();
-  Os().pipes.GlobalFree(record);
+  GiveBack(kClass, "GlobalFree", [record] { Os().pipes.GlobalFree(record); });
 }
 
 PipeInstanceCtx* RecordOf(OVERLAPPED* overlapped) {
@@ -347,8 +347,8 @@ void CNamedPipeListener::Forget(PipeInstanceCtx* record) {
 }
 
 void CNamedPipeListener::CloseWaitingInstance() {
-  if (IsValid(m_hPipe)) Os().pipes.CloseHandle(m_hPipe);
-  m_hPipe = nullptr;
+  const HANDLE pipe = std::exchange(m_hPipe, nullptr);
+  if (IsValid(pipe)) GiveBack(kClass, "CloseHandle", [pipe] { Os().pipes.CloseHandle(pipe); });
 }
 
 // A thread that was given up goes at its next call of the platform, which a lock may put off.

@@ -1,5 +1,6 @@
 #include "pipe/null_session_pipes.h"
 
+#include "foundation/guarded.h"
 #include "platform/platform.h"
 #include "platform/registry_api.h"
 
@@ -23,7 +24,7 @@ class OpenKey {
     }
   }
   ~OpenKey() {
-    if (m_hKey) Os().registry.RegCloseKey(m_hKey);
+    if (m_hKey) GiveBack("OpenKey", "RegCloseKey", [this] { Os().registry.RegCloseKey(m_hKey); });
   }
   OpenKey(const OpenKey&) = delete;
   OpenKey& operator=(const OpenKey&) = delete;
