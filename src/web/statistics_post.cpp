@@ -1,9 +1,6 @@
 #include "web/statistics_post.h"
 
-#include <algorithm>
-
-#include "foundation/guarded.h"
-#include "platform/file_api.h"
+#include "foundation/open_file.h"
 #include "settings/global_config_container.h"
 #include "web/web_log.h"
 #include "web/win_http_helper.h"
@@ -26,21 +23,6 @@ void StopPosting() {
   registry->SetRegistryDWORDValue(u"EnablePost", 0);
   LOG_INFO(u"PROXY RECEIVED ERROR: GOT STOP POST SIGNAL\n");
 }
-
-class CFileHandle {
- public:
-  explicit CFileHandle(HANDLE file) : m_hFile(file) {}
-  ~CFileHandle() {
-    if (!m_hFile) return;
-    GiveBack("CFileHandle", "CloseFile", [this] { Os().files.CloseFile(m_hFile); });
-  }
-  CFileHandle(const CFileHandle&) = delete;
-  CFileHandle& operator=(const CFileHandle&) = delete;
-  HANDLE Get() const { return m_hFile; }
-
- private:
-  HANDLE m_hFile;
-};
 
 }  // namespace
 
@@ -76,20 +58,9 @@ bool ProxySend(const std::string& body, bool bProxyFound) {
 }
 
 bool ReadFileToString(const WString& path, std::string* text) {
-  constexpr std::size_t kPiece = 64 * 1024;
   text->clear();
-  const CFileHandle file(Os().files.CreateFileW(path.c_str(), GENERIC_READ, OPEN_EXISTING));
-  if (!file.Get()) return false;
-  for (;;) {
-    const std::size_t size = text->size();
-    if (size > kMaxPostFile) return false;
-    text->resize(size + kPiece);
-    DWORD read = 0;
-    const bool good = Os().files.ReadFile(file.Get(), text->data() + size, kPiece, &read) != FALSE;
-    text->resize(size + std::min<std::size_t>(read, kPiece));
-    if (!good) return false;
-    if (read == 0) return true;
-  }
+  const OpenFile file(path);
+  return file && file.ReadAll(kMaxPostFile, text);
 }
 
 }  // namespace corvane

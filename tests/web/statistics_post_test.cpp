@@ -99,7 +99,7 @@ TEST_F(StatisticsPostTest, AFileIsReadWholeOrNotAtAll) {
   EXPECT_TRUE(ReadFileToString(u"/data/empty.txt", &text));
   EXPECT_EQ(text, "");
   EXPECT_FALSE(ReadFileToString(u"/data/none.txt", &text));
-  Pc().Faults().FailCall("ReadFile", 2, 5);
+  Pc().Faults().FailCall("ReadFile", 1, 5);
   EXPECT_FALSE(ReadFileToString(u"/data/post.txt", &text));
 }
 
