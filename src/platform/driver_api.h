@@ -3,7 +3,14 @@
 
 namespace corvane::platform {
 
+// Codes of devices, drivers and the services behind them (winerror.h).
 inline constexpr DWORD ERROR_OUTOFMEMORY = 14;
+inline constexpr DWORD ERROR_NOT_READY = 21;
+inline constexpr DWORD ERROR_DEVICE_UNREACHABLE = 321;
+inline constexpr DWORD ERROR_SERVICE_ALREADY_RUNNING = 1056;
+inline constexpr DWORD ERROR_CANNOT_DETECT_DRIVER_FAILURE = 1080;
+inline constexpr DWORD ERROR_ALREADY_INITIALIZED = 1247;
+inline constexpr DWORD ERROR_REVISION_MISMATCH = 1306;
 inline constexpr DWORD FILE_SHARE_READ = 1;
 inline constexpr DWORD FILE_SHARE_WRITE = 2;
 

@@ -17,6 +17,8 @@ inline constexpr DWORD IF_TYPE_SLIP = 28;
 inline constexpr DWORD IF_TYPE_PROP_VIRTUAL = 53;
 inline constexpr DWORD IF_TYPE_IEEE80211 = 71;
 inline constexpr DWORD IF_TYPE_TUNNEL = 131;
+inline constexpr DWORD IF_TYPE_WWANPP = 243;   // mobile broadband, GSM family
+inline constexpr DWORD IF_TYPE_WWANPP2 = 244;  // mobile broadband, CDMA family
 
 // OperStatus.
 inline constexpr DWORD IfOperStatusUp = 1;
@@ -113,7 +115,11 @@ struct IP_ADAPTER_ADDRESSES {
 };
 static_assert(sizeof(IP_ADAPTER_ADDRESSES) == 448);
 
+// DadState of a unicast address: it may be used without limits.
+inline constexpr DWORD IpDadStatePreferred = 4;
+
 // Flags of GetAdaptersAddresses.
+inline constexpr ULONG GAA_FLAG_SKIP_MULTICAST = 0x4;
 inline constexpr ULONG GAA_FLAG_INCLUDE_PREFIX = 0x10;
 inline constexpr ULONG GAA_FLAG_INCLUDE_GATEWAYS = 0x80;
 

@@ -288,8 +288,12 @@ enum : LONG {
   wlan_intf_opcode_interface_state = 6,
   wlan_intf_opcode_current_connection = 7,
   wlan_intf_opcode_channel_number = 8,
+  wlan_intf_opcode_current_operation_mode = 12,
   wlan_intf_opcode_rssi = 0x10000102,
 };
+
+// WLAN_IHV_CONTROL_TYPE
+enum : LONG { wlan_ihv_control_type_service = 0, wlan_ihv_control_type_driver = 1 };
 
 inline constexpr DWORD WLAN_NOTIFICATION_SOURCE_NONE = 0;
 inline constexpr DWORD WLAN_NOTIFICATION_SOURCE_ACM = 8;
@@ -357,6 +361,7 @@ inline constexpr DWORD WLAN_REASON_CODE_INVALID_PROFILE_SCHEMA = 0x80001;
 
 // Results of the WLAN service beside the system's error codes (winerror.h).
 inline constexpr DWORD ERROR_BAD_PROFILE = 1206;
+inline constexpr DWORD ERROR_INVALID_ENVIRONMENT = 1805;
 inline constexpr DWORD ERROR_NDIS_DOT11_POWER_STATE_INVALID = 0x80342002;  // the radio is off
 
 }  // namespace corvane::platform
