@@ -1,0 +1,77 @@
+#include "engine/engine_state.h"
+
+#include "foundation/guarded.h"
+#include "platform/driver_api.h"
+#include "platform/heap_api.h"
+#include "platform/platform.h"
+
+namespace corvane {
+
+using namespace platform;
+
+namespace {
+
+constexpr char kClassName[] = "CLBEngineState";
+constexpr std::size_t kFirstHeapBytes = 0x200000;
+
+void* Allocate(HANDLE heap, std::size_t bytes) {
+  return Guarded(kClassName, "HeapAlloc", static_cast<void*>(nullptr),
+                 [=] { return Os().heap.HeapAlloc(heap, HEAP_ZERO_MEMORY, bytes); });
+}
+
+}  // namespace
+
+CLBEngineState::~CLBEngineState() {
+  for (HANDLE const event : m_Events) {
+    if (event) Os().threads.CloseHandle(event);
+  }
+  m_Wlan.Close();
+  if (!m_hHeap) return;
+  GiveBack(kClassName, "HeapDestroy", [this] { Os().heap.HeapDestroy(m_hHeap); });
+}
+
+DWORD CLBEngineState::LBBuildTables() {
+  m_hHeap = Guarded(kClassName, "HeapCreate", HANDLE{},
+                    [] { return Os().heap.HeapCreate(0, kFirstHeapBytes, 0); });
+  if (!m_hHeap) return ERROR_OUTOFMEMORY;
+  m_pTable = static_cast<LBEngineTable*>(Allocate(m_hHeap, sizeof(LBEngineTable)));
+  if (!m_pTable) return ERROR_OUTOFMEMORY;
+  InitTable(m_pTable);
+  m_pLinks = static_cast<LBLinkRecord*>(Allocate(m_hHeap, kLinkRecords * sizeof(LBLinkRecord)));
+  if (!m_pLinks) return ERROR_OUTOFMEMORY;
+  InitLinkRecords(m_pLinks);
+  return ERROR_SUCCESS;
+}
+
+DWORD CLBEngineState::CreateEvents() {
+  for (HANDLE& event : m_Events) {
+    event = Guarded(kClassName, "CreateEvent", HANDLE{},
+                    [] { return Os().threads.CreateEventW(TRUE, FALSE, "engine"); });
+    if (!event) return ERROR_NOT_READY;
+  }
+  return ERROR_SUCCESS;
+}
+
+void CLBEngineState::ReadSettings() {
+  const LBSettings settings = ReadLBSettings();
+  const CCritSecLock lock(m_EngineLock);
+  m_Settings = settings;
+  if (m_Settings.HasCatchAll()) TakeCatchAll(&m_pTable->gateways[kCatchAllSlot]);
+}
+
+void CLBEngineState::WakeThreads() {
+  for (const Event event : {kDiscoveryEvent, kLinkEvent}) {
+    if (m_Events[event]) Os().threads.SetEvent(m_Events[event]);
+  }
+}
+
+bool CLBEngineState::WaitOn(Event event, DWORD milliseconds) {
+  HANDLE const handle = m_Events[event];
+  const DWORD result = Guarded(kClassName, "Wait", WAIT_FAILED, [=] {
+    return Os().threads.WaitForSingleObject(handle, milliseconds);
+  });
+  Os().threads.ResetEvent(handle);
+  return result == WAIT_OBJECT_0 || result == WAIT_TIMEOUT;
+}
+
+}  // namespace corvane
