@@ -23,8 +23,8 @@ class CLBEngineState : public SmartObjEx<CLBEngineState, SmartObj<>> {
   ~CLBEngineState() override;
   const char* GetClassName() const override { return "CLBEngineState"; }
 
-  // Both tables in a heap of their own. 0, ERROR_INVALID_HANDLE without a heap, or
-  // ERROR_OUTOFMEMORY; what was made until then goes with the object.
+  // Both tables in a heap of their own. 0 or ERROR_OUTOFMEMORY; what was made until then goes with
+  // the object.
   platform::DWORD LBBuildTables();
   // ERROR_NOT_READY when one cannot be made.
   platform::DWORD CreateEvents();

@@ -4,7 +4,6 @@
 
 namespace corvane {
 
-
 // The engine's own client of the WLAN service. Not locked: one thread at a time.
 class CLBWlanAccess {
  public:
@@ -41,8 +40,7 @@ class CLBWlanAccess {
 int FindInterfaceByName(const platform::WLAN_INTERFACE_INFO* interfaces, std::size_t count,
                         WStringView name);
 
-// The place of the interface that a client keeps as its default. Two are passed at each step, as
-// the service lists a radio and its virtual twin side by side.
+// The place of the interface that a client keeps as its default: of every second one, the last.
 constexpr std::size_t DefaultInterfacePlace(std::size_t count) {
   return count == 0 ? 0 : (count - 1) / 2 * 2;
 }

@@ -1,0 +1,37 @@
+#pragma once
+// The load-balance engine: a picture of the machine's adapters and gateways that its driver steers
+// by. These are its only doors. They may be called by any thread; a start or a stop waits for the
+// one that another thread has begun.
+
+#include <cstddef>
+#include <cstdint>
+
+#include "platform/types.h"
+
+namespace corvane {
+
+struct LBEngineTable;
+
+// What a start tells its caller. Only the table's address is filled.
+struct LBEngineInfo {
+  std::uint8_t unused1[16] = {};
+  std::uint64_t table = 0;  // the memory that the driver reads; gone with LB_StopEngine
+  std::uint8_t unused2[16] = {};
+};
+static_assert(sizeof(LBEngineInfo) == 40);
+static_assert(offsetof(LBEngineInfo, table) == 16);
+
+// Starts the engine. 0; 0 as well on a machine without the driver, where nothing is left running;
+// ERROR_ALREADY_INITIALIZED when it runs; ERROR_REVISION_MISMATCH when the driver is of another
+// revision; or another error, after which nothing is left running either.
+platform::DWORD LB_InitializeEngine(LBEngineInfo* info);
+
+// Pauses (command 1) or runs (command 2) the steering, with a weight mode of 1 or 2. 0,
+// ERROR_DEVICE_UNREACHABLE without the driver, or the error of the control call.
+platform::DWORD LoadBalanceConfig(std::uint32_t command, std::uint32_t mode);
+
+// Stops the engine, where it runs, and gives everything back; takes three seconds, and as long as
+// the driver takes to hear of it.
+void LB_StopEngine();
+
+}  // namespace corvane
