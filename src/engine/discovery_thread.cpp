@@ -1,5 +1,7 @@
 #include "engine/discovery_thread.h"
 
+#include <utility>
+
 #include "engine/driver_link.h"
 #include "engine/engine_bits.h"
 #include "foundation/guarded.h"
@@ -42,7 +44,9 @@ class ComApartment {
 }  // namespace
 
 CLBDiscoveryThread::CLBDiscoveryThread(CSmartPointer<CLBEngineState> state)
-    : CThread<CLBDiscoveryThread>("engine discovery"), m_pState(state), m_Discovery(*state) {}
+    : CThread<CLBDiscoveryThread>("engine discovery"),
+      m_pState(std::move(state)),
+      m_Discovery(*m_pState) {}
 
 void CLBDiscoveryThread::RunThreadLoop() {
   const CSmartPointer<CLBEngineState> state = m_pState;
@@ -54,6 +58,7 @@ void CLBDiscoveryThread::RunThreadLoop() {
 }
 
 DWORD CLBDiscoveryThread::Turn() {
+  if (!m_pState->IsBuilt()) return kNoDeviceWaitMs;
   const DWORD intervalMs = m_pState->Settings().discoveryIntervalMs;
   std::uint32_t stateWord = 0, owedWord = 0;
   {

@@ -61,6 +61,7 @@ DWORD EngineRun::LBBuildEngineState(LBEngineInfo* info) {
   }
   m_pState->m_Wlan.Start(ReadSystemVersion());
   const DWORD result = LBDriverHandshake(*m_pState, true);
+  m_pState->SetBuilt();
   info->table = reinterpret_cast<std::uintptr_t>(m_pState->Table());
   return result;
 }

@@ -25,7 +25,6 @@ CLBEngineState::~CLBEngineState() {
   for (HANDLE const event : m_Events) {
     if (event) Os().threads.CloseHandle(event);
   }
-  m_Wlan.Close();
   if (!m_hHeap) return;
   GiveBack(kClassName, "HeapDestroy", [this] { Os().heap.HeapDestroy(m_hHeap); });
 }

@@ -38,6 +38,11 @@ class CLBEngineState : public SmartObjEx<CLBEngineState, SmartObj<>> {
   void WakeThreads();
   bool IsStopping() const { return m_bStop; }
 
+  // The start is through with settings, WLAN access and the first handshake, which from then on
+  // belong to the discovery thread.
+  void SetBuilt() { m_bBuilt = true; }
+  bool IsBuilt() const { return m_bBuilt; }
+
   std::uint32_t StateWord() const { return m_StateWord; }
   void SetState(std::uint32_t bits) { m_StateWord.fetch_or(bits); }
   void ClearState(std::uint32_t bits) { m_StateWord.fetch_and(~bits); }
@@ -67,6 +72,7 @@ class CLBEngineState : public SmartObjEx<CLBEngineState, SmartObj<>> {
   std::array<platform::HANDLE, kEventCount> m_Events{};
   std::atomic<std::uint32_t> m_StateWord{0};
   std::atomic<bool> m_bStop{false};
+  std::atomic<bool> m_bBuilt{false};
 };
 
 }  // namespace corvane
