@@ -73,6 +73,7 @@ class FakeHeap : public platform::HeapApi {
   void* HeapAlloc(platform::HANDLE heap, platform::DWORD flags, std::size_t bytes) override;
   platform::BOOL HeapDestroy(platform::HANDLE heap) override;
   int OpenHeaps();
+  int Allocs() const { return m_Allocs; }
 
   std::atomic<bool> createFails{false};
   std::atomic<int> failingAlloc{-1};  // counted from 0
@@ -83,7 +84,7 @@ class FakeHeap : public platform::HeapApi {
   };
   std::mutex m_Mutex;
   std::map<platform::HANDLE, std::unique_ptr<Heap>> m_Heaps;
-  int m_Allocs = 0;
+  std::atomic<int> m_Allocs{0};
 };
 
 class FakeServices : public platform::ServiceApi {
@@ -157,8 +158,13 @@ class FakeIpHelper : public platform::IpHelperApi {
   std::vector<FakeAdapter> adapters;
   std::vector<FakeNeighbour> neighbours;
   platform::DWORD listResult = 0;
+  bool roomy = false;  // the list may lie outside the caller's buffer, so that more has room
+  std::function<void()> onList;  // before a list of adapters is made
   std::atomic<int> lists{0};
   std::atomic<int> openTables{0};
+
+ private:
+  std::vector<std::uint64_t> m_Room;
 };
 
 // The adapter at this place of FakeIpHelper::adapters.
