@@ -11,6 +11,9 @@
 #include <system_error>
 #include <thread>
 
+#include "platform/linux/host_alerts.h"
+#include "platform/pipe_api.h"
+
 namespace corvane::platform::linux_host {
 
 namespace {
@@ -34,10 +37,18 @@ struct HostThreads::Thread {
     return ++last;
   }
 
+  void Wake() {
+    wake.notify_all();
+    if (alertable) alerts->Wake();
+  }
+
   const DWORD id = NextId();
   DWORD lastError = ERROR_SUCCESS;     // touched by the thread itself only
   std::atomic<bool> abandoned{false};  // set under the mutex
   std::condition_variable wake;        // with the mutex
+  // Under the mutex. Alertable: it sleeps in its alerts, not in the condition.
+  std::shared_ptr<HostAlerts> alerts = {};
+  bool alertable = false;
 };
 
 // An event, a semaphore or a thread, as handles name it. It lives while a handle, a wait or its
@@ -132,7 +143,7 @@ HostThreads::~HostThreads() {
     for (Running& running : m_Threads) {
       if (running.ended) continue;
       running.self->abandoned = true;
-      running.self->wake.notify_all();
+      running.self->Wake();
     }
   }
   const auto left = WaitForEnd(false, kUnwindLimit);
@@ -178,7 +189,7 @@ HostThreads::ObjectPtr HostThreads::Find(HANDLE handle, Kind kind) const {
 void HostThreads::Serve(Object& object) {
   for (Wait* wait : object.waits) {
     if (!object.IsSignalled()) return;
-    if (!wait->IsOver() && wait->TryTake()) wait->GetThread().wake.notify_all();
+    if (!wait->IsOver() && wait->TryTake()) wait->GetThread().Wake();
   }
 }
 
@@ -279,7 +290,7 @@ BOOL HostThreads::TerminateThread(HANDLE handle, DWORD exitCode) {
   object->exitCode = exitCode;
   object->count = 1;
   object->thread->abandoned = true;
-  object->thread->wake.notify_all();
+  object->thread->Wake();
   Serve(*object);
   return TRUE;
 }
@@ -358,21 +369,22 @@ DWORD HostThreads::WaitForSingleObject(HANDLE object, DWORD milliseconds) {
   return WaitForMultipleObjects(1, &object, FALSE, milliseconds);
 }
 
-DWORD HostThreads::WaitForMultipleObjects(DWORD count, const HANDLE* objects, BOOL waitAll,
-                                          DWORD milliseconds) {
-  const auto refuse = [this](DWORD code) {
-    Fail(code);
-    return WAIT_FAILED;
-  };
-  if (count == 0 || count > kMaximumWaitObjects) return refuse(ERROR_INVALID_PARAMETER);
-  std::unique_lock lock(m_Mutex);
-  Wait wait(Self(), waitAll != FALSE);
+bool HostThreads::Prepare(Wait* wait, DWORD count, const HANDLE* objects) {
+  if (count == 0 || count > kMaximumWaitObjects) return Fail(ERROR_INVALID_PARAMETER);
   for (DWORD i = 0; i < count; ++i) {
     ObjectPtr object = Find(objects[i]);
-    if (!object) return refuse(ERROR_INVALID_HANDLE);
-    if (wait.Has(object)) return refuse(ERROR_INVALID_PARAMETER);
-    wait.Add(std::move(object));
+    if (!object) return Fail(ERROR_INVALID_HANDLE);
+    if (wait->Has(object)) return Fail(ERROR_INVALID_PARAMETER);
+    wait->Add(std::move(object));
   }
+  return true;
+}
+
+DWORD HostThreads::WaitForMultipleObjects(DWORD count, const HANDLE* objects, BOOL waitAll,
+                                          DWORD milliseconds) {
+  std::unique_lock lock(m_Mutex);
+  Wait wait(Self(), waitAll != FALSE);
+  if (!Prepare(&wait, count, objects)) return WAIT_FAILED;
   // A wait for a thread's end is what destructors do: it is not cut short by an exception.
   const bool abandonable = milliseconds == INFINITE || !wait.IsForThreadEnd();
   if (abandonable) ThrowIfAbandoned();
@@ -402,6 +414,66 @@ bool HostThreads::RunWait(std::unique_lock<std::mutex>& lock, Wait& wait, DWORD 
   }
   wait.Leave();
   return wait.IsOver();
+}
+
+DWORD HostThreads::WaitAlertably(DWORD count, const HANDLE* objects, BOOL waitAll,
+                                 DWORD milliseconds, const Sleeper& sleep) {
+  ThrowIfAbandoned();
+  std::unique_lock lock(m_Mutex);
+  Wait wait(Self(), waitAll != FALSE);
+  if (!Prepare(&wait, count, objects)) return WAIT_FAILED;
+  if (wait.TryTake()) return WAIT_OBJECT_0 + wait.Index();
+  if (Self().abandoned) return WAIT_TIMEOUT;  // it unwinds already
+  const bool alerted = RunAlertableWait(lock, wait, milliseconds, sleep);
+  if (wait.IsOver()) return WAIT_OBJECT_0 + wait.Index();
+  lock.unlock();
+  ThrowIfAbandoned();
+  return alerted ? WAIT_IO_COMPLETION : WAIT_TIMEOUT;
+}
+
+// Whether the sleeper ended the wait.
+bool HostThreads::RunAlertableWait(std::unique_lock<std::mutex>& lock, Wait& wait,
+                                   DWORD milliseconds, const Sleeper& sleep) {
+  Thread& self = wait.GetThread();
+  AlertsOf(self);
+  const auto until = milliseconds == INFINITE
+                         ? HostAlerts::kNone
+                         : HostTime::RealClock::now() + m_Time.RealDuration(milliseconds);
+  bool alerted = false;
+  wait.Enter();
+  self.alertable = true;
+  do {
+    lock.unlock();
+    try {
+      alerted = sleep(until);
+    } catch (...) {
+      lock.lock();
+      self.alertable = false;
+      wait.Leave();
+      throw;
+    }
+    lock.lock();
+  } while (!alerted && !wait.IsOver() && !self.abandoned &&
+           (until == HostAlerts::kNone || HostTime::RealClock::now() < until));
+  self.alertable = false;
+  wait.Leave();
+  return alerted;
+}
+
+std::shared_ptr<HostAlerts> HostThreads::AlertsOf(Thread& thread) {
+  if (!thread.alerts) thread.alerts = std::make_shared<HostAlerts>();
+  return thread.alerts;
+}
+
+std::shared_ptr<HostAlerts> HostThreads::OwnSharedAlerts() {
+  const std::lock_guard lock(m_Mutex);
+  return AlertsOf(Self());
+}
+
+std::shared_ptr<HostAlerts> HostThreads::AlertsOf(HANDLE handle) {
+  const std::lock_guard lock(m_Mutex);
+  const ObjectPtr object = Find(handle, Kind::kThread);
+  return object && object->thread ? AlertsOf(*object->thread) : nullptr;
 }
 
 void HostThreads::Sleep(DWORD milliseconds) {

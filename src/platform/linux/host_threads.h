@@ -1,6 +1,7 @@
 #pragma once
 #include <chrono>
 #include <condition_variable>
+#include <functional>
 #include <list>
 #include <memory>
 #include <mutex>
@@ -12,6 +13,8 @@
 #include "platform/thread_api.h"
 
 namespace corvane::platform::linux_host {
+
+class HostAlerts;
 
 // Threads, kernel objects and locks on POSIX threads. Events, semaphores and threads are waited on
 // under one mutex, and each waiting thread has a condition of its own; a critical section is a
@@ -30,6 +33,19 @@ class HostThreads final : public ThreadApi {
   // those that have not.
   std::vector<std::string> WaitForAbandoned(std::chrono::milliseconds limit);
   std::size_t OpenHandles() const;
+
+  // The alerts of the calling thread, made when they are first asked for; and of another one, by
+  // its handle: null when it has ended.
+  HostAlerts& OwnAlerts() { return *OwnSharedAlerts(); }
+  std::shared_ptr<HostAlerts> OwnSharedAlerts();
+  std::shared_ptr<HostAlerts> AlertsOf(HANDLE thread);
+  // WaitForMultipleObjects by a thread that sleeps in `sleep` instead: it is called without a lock,
+  // returns at the moment in life at the latest, and soon after a Wake of the thread's alerts.
+  // True from it ends the wait with WAIT_IO_COMPLETION. It is called once at least, unless an
+  // object is signalled at the start.
+  using Sleeper = std::function<bool(HostTime::RealClock::time_point until)>;
+  DWORD WaitAlertably(DWORD count, const HANDLE* objects, BOOL waitAll, DWORD milliseconds,
+                      const Sleeper& sleep);
 
   // Throws ThreadAbandoned when the calling thread was given up, unless it unwinds already.
   static void ThrowIfAbandoned();
@@ -75,6 +91,10 @@ class HostThreads final : public ThreadApi {
   void Serve(Object& object);
   bool RunWait(std::unique_lock<std::mutex>& lock, Wait& wait, DWORD milliseconds,
                bool abandonable);
+  bool Prepare(Wait* wait, DWORD count, const HANDLE* objects);  // false with the last error set
+  bool RunAlertableWait(std::unique_lock<std::mutex>& lock, Wait& wait, DWORD milliseconds,
+                        const Sleeper& sleep);
+  static std::shared_ptr<HostAlerts> AlertsOf(Thread& thread);
   std::vector<std::string> Unfinished(bool abandonedOnly) const;
 
   void Run(Running& running);
