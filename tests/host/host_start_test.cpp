@@ -13,6 +13,7 @@
 #include "platform/linux/host_console.h"
 #include "platform/linux/host_crypto.h"
 #include "platform/linux/host_error.h"
+#include "platform/linux/host_gate.h"
 #include "platform/linux/host_home.h"
 #include "platform/linux/host_options.h"
 
@@ -129,7 +130,10 @@ TEST(HostConsole, TheFirstSignalIsTheKeyAndTheSecondEndsTheProcess) {
 }
 
 TEST(HostCrypto, MakesRandomGuidsOfVersion4) {
-  HostCrypto crypto;
+  const HostTime time(1.0);
+  HostThreads threads(time);
+  HostGate gate;
+  HostCrypto crypto(gate, threads, "");
   platform::GUID first, second;
   ASSERT_EQ(crypto.CoCreateGuid(&first), platform::S_OK);
   ASSERT_EQ(crypto.CoCreateGuid(&second), platform::S_OK);

@@ -14,6 +14,8 @@
 #include "platform/linux/host_gate.h"
 #include "platform/linux/host_home.h"
 #include "platform/linux/host_http.h"
+#include "platform/linux/host_pipes.h"
+#include "platform/linux/host_processes.h"
 #include "platform/linux/host_threads.h"
 #include "platform/linux/sqlite_registry.h"
 #include "platform/sim/devices/sim_devices.h"
@@ -48,11 +50,13 @@ struct LinuxHost::Impl {
         time(options.speed),
         clock(time),
         threads(time),
+        crypto(gate, threads, home.Path()),
         eventTrace(gate, 0),
         eventFile(home.Path() + "/events.jsonl", clock),
         files(gate, threads, ToUtf16(home.Path())),
         session(gate, threads, clock),
         http(gate, threads, time, ReadHostProxies(&ProcessEnvironment), options.connectTo),
+        pipes(gate, threads, home.Path() + "/pipe"),
         devices(world, kSeed, deviceHost),
         platform{
             .threads = threads,
@@ -69,6 +73,7 @@ struct LinuxHost::Impl {
             .session = session,
             .wlan = devices.Wlan(),
             .http = http,
+            .pipes = pipes,
             .sockets = devices.Sockets(),
             .windows = devices.Windows(),
         } {
@@ -76,6 +81,7 @@ struct LinuxHost::Impl {
     eventTrace.SetObserver(&HostEventFile::Append, &eventFile);
     if (::isatty(STDIN_FILENO) == 1) session.SetWindows({u"Default IME"});
     session.SetTempPath(TempDirectory());
+    session.SetProcessLookup(&ExecutableOfProcess);
     if (!options.program.empty()) {
       session.Install(u"Corvane.exe", {.run = [program = options.program] {
                         return HostChild::Start(program, {"-u"});
@@ -108,6 +114,7 @@ struct LinuxHost::Impl {
   HostFiles files;
   sim::SimSession session;
   HostHttp http;
+  HostPipes pipes;
   sim::DeviceHost deviceHost{threads, clock, registry, gate, &PressKey, this, &session};
   sim::SimDevices devices;
   Platform platform;

@@ -285,14 +285,24 @@ BOOL SimSession::ReadFile(HANDLE readEnd, void* buffer, DWORD size, DWORD* read)
 // ---- processes by name
 // ------------------------------------------------------------------------------
 
-HANDLE SimSession::CreateToolhelp32Snapshot(DWORD, DWORD) {
+HANDLE SimSession::CreateToolhelp32Snapshot(DWORD, DWORD processId) {
   if (!Passes("CreateToolhelp32Snapshot")) return nullptr;
   const ULONGLONG now = m_Clock.GetTickCount64();
+  ProcessLookup lookup = nullptr;
+  if (processId != kIdleProcess) {
+    const std::lock_guard guard(m_Mutex);
+    lookup = m_Lookup;
+  }
+  const auto executable = lookup ? lookup(processId) : std::nullopt;
   const std::lock_guard guard(m_Mutex);
   Snapshot snapshot;
   for (const ProcessPtr& process : m_Processes) {
-    if (process->id == kIdleProcess || !HasEnded(*process, now))
+    if (process->id == kIdleProcess || (!lookup && !HasEnded(*process, now)))
       snapshot.processes.push_back(process);
+  }
+  if (executable) {
+    snapshot.processes.push_back(
+        std::make_shared<Process>(Process{.id = processId, .executable = *executable}));
   }
   return Open(std::move(snapshot));
 }
@@ -497,6 +507,11 @@ std::size_t SimSession::CountRunning(std::u16string_view executable) const {
       std::ranges::count_if(m_Processes, [&](const ProcessPtr& process) {
         return FoldCase(process->executable) == FoldCase(executable) && !HasEnded(*process, now);
       }));
+}
+
+void SimSession::SetProcessLookup(ProcessLookup lookup) {
+  const std::lock_guard guard(m_Mutex);
+  m_Lookup = lookup;
 }
 
 void SimSession::SetCommandResult(int result) {

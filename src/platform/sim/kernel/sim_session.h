@@ -5,6 +5,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -102,6 +103,11 @@ class SimSession final : public SessionApi {
   DWORD StartProcess(std::u16string_view executable);  // outside of the program; gives its id
   void EndProcesses(std::u16string_view executable);   // all of the name, with exit code 0
   std::size_t CountRunning(std::u16string_view executable) const;
+  // Who a process is that is looked for by its id, from then on: asked when a snapshot is made,
+  // under no lock. Such a process is only seen; those that can be opened and ended stay this PC's
+  // own.
+  using ProcessLookup = std::optional<std::u16string> (*)(DWORD processId);
+  void SetProcessLookup(ProcessLookup lookup);
   void SetCommandResult(int result);  // of the command interpreter; 0 at start
   void SetTempPath(std::string path);
   // Titles of the windows that the program sees, none at start: it runs as a service.
@@ -168,6 +174,7 @@ class SimSession final : public SessionApi {
   std::map<void*, std::unique_ptr<WTS_SESSION_INFOA[]>> m_Lists;
   std::vector<Launch> m_Launches;
   std::vector<std::u16string> m_Commands;
+  ProcessLookup m_Lookup = nullptr;
   int m_CommandResult = 0;
   std::string m_TempPath = "/data/temp/";
   std::vector<std::u16string> m_Windows;  // a window's handle is its position, counted from 1
