@@ -126,6 +126,7 @@ TEST_F(HostCryptoTest, GoesOnWithAKeyThatWasHalfMade) {
   std::ofstream(home / kPublic) << "of a key that nobody has";
   const std::string key = ReadKey();
   EXPECT_NE(TextOf(home / kPublic), "of a key that nobody has");
+  EXPECT_EQ(ModeOf(home / "private"), 0700u);  // whoever made it
   std::filesystem::remove(home / "private/client_key.made");
   EXPECT_EQ(ReadKey(), key);
   EXPECT_TRUE(std::filesystem::exists(home / "private/client_key.made"));

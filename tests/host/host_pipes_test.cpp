@@ -6,6 +6,7 @@
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -346,6 +347,41 @@ TEST_F(HostPipesTest, TellsWhoIsAtTheOtherEnd) {
   EXPECT_EQ(process, static_cast<ULONG>(getpid()));
   pipes.CloseHandle(pipe);
   EXPECT_TRUE(client.IsAtEnd());
+  threads.CloseHandle(overlapped.hEvent);
+}
+
+// Nothing is read from a subscriber: that it has gone costs nothing until the next write tells.
+TEST_F(HostPipesTest, FindsAClientGoneThatIsOnlyWrittenTo) {
+  const HANDLE pipe = CreatePipe(pipes);
+  OVERLAPPED overlapped;
+  overlapped.hEvent = threads.CreateEventW(TRUE, FALSE, "connect");
+  EXPECT_FALSE(pipes.ConnectNamedPipe(pipe, &overlapped));
+  PipePeer client(socketPath);
+  DWORD none = 0;
+  EXPECT_TRUE(pipes.GetOverlappedResult(pipe, &overlapped, &none, TRUE));
+  threads.ResetEvent(overlapped.hEvent);
+
+  static DWORD written = 0;
+  const auto note = [](DWORD, DWORD bytes, OVERLAPPED*) { written = bytes; };
+  const auto wait = [&](DWORD ms) {
+    return pipes.WaitForMultipleObjectsEx(1, &overlapped.hEvent, TRUE, ms, TRUE);
+  };
+  OVERLAPPED write;
+  EXPECT_TRUE(pipes.WriteFileEx(pipe, "!\0\0", 4, &write, note));
+  EXPECT_EQ(wait(kLong), WAIT_IO_COMPLETION);
+  EXPECT_EQ(written, 4u);
+  EXPECT_TRUE(client.Send(u"nobody reads this"));
+  EXPECT_EQ(client.Receive(), u"!");
+  client.Vanish();
+  timespec before{}, after{};
+  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &before);
+  EXPECT_EQ(wait(300), WAIT_TIMEOUT);
+  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &after);
+  EXPECT_LT((after.tv_sec - before.tv_sec) * 1'000 + (after.tv_nsec - before.tv_nsec) / 1'000'000,
+            100);
+  EXPECT_FALSE(pipes.WriteFileEx(pipe, "!\0\0", 4, &write, note));
+  EXPECT_EQ(threads.GetLastError(), ERROR_BROKEN_PIPE);
+  pipes.CloseHandle(pipe);
   threads.CloseHandle(overlapped.hEvent);
 }
 
