@@ -1,0 +1,191 @@
+// What the pipes of the Linux host cost: an answer beside that of a bare echo over the same kind of
+// socket, the check of a client's token beside the decryption alone, and clients that are silent.
+
+#include <benchmark/benchmark.h>
+#include <openssl/pem.h>
+#include <openssl/rsa.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstring>
+#include <fstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "foundation/singleton.h"
+#include "host/temp_directory.h"
+#include "pipe/named_pipe_listener_json.h"
+#include "platform/base64.h"
+#include "platform/linux/linux_host.h"
+#include "platform/linux/openssl_objects.h"
+#include "platform/platform.h"
+#include "platform/sim/world/world_loader.h"
+#include "platform/thread_api.h"
+
+namespace corvane {
+namespace {
+
+using namespace platform;
+using namespace platform::linux_host;
+
+constexpr int kSilentClients = 255;
+constexpr std::size_t kTokens = 64;
+
+sockaddr_un AddressOf(const std::string& path) {
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  std::memcpy(address.sun_path, path.data(), std::min(path.size(), sizeof address.sun_path - 1));
+  return address;
+}
+
+int Connect(const std::string& path) {
+  const sockaddr_un address = AddressOf(path);
+  for (;;) {
+    const int client = socket(AF_UNIX, SOCK_STREAM, 0);
+    if (connect(client, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0)
+      return client;
+    close(client);
+    std::this_thread::yield();
+  }
+}
+
+// Sends a message and takes what comes back, up to its NUL; false when the other end has gone.
+bool Ask(int client, const std::string& message) {
+  char block[65'536];
+  if (send(client, message.data(), message.size(), MSG_NOSIGNAL) !=
+      static_cast<ssize_t>(message.size())) {
+    return false;
+  }
+  for (;;) {
+    const ssize_t count = recv(client, block, sizeof block, 0);
+    if (count < 2) return false;
+    if (block[count - 1] == '\0' && block[count - 2] == '\0') return true;
+  }
+}
+
+std::string Message(const std::string& ascii) {
+  std::string bytes;
+  for (const char c : ascii) bytes.append({c, '\0'});
+  return bytes.append(2, '\0');
+}
+
+// The host with one listener, in a home directory of its own.
+template <class Listener>
+class Served {
+ public:
+  Served() : m_Host({.home = m_Home.Path()}, sim::ParseWorld("{}", "bench")) {
+    m_pListener = Listener::CreateObject();
+    m_pListener->Initialize(u"Bench", false);
+    m_pListener->BeginThread();
+  }
+  ~Served() {
+    m_pListener->Shutdown();
+    m_pListener.reset();
+    Os().threads.AwaitAbandoned(10'000);
+    singletons::DropAll();  // the key among them
+  }
+  Served(const Served&) = delete;
+  Served& operator=(const Served&) = delete;
+
+  std::string Path() const { return m_Home / "pipe/Bench"; }
+  std::string PublicKeyPath() const { return m_Home / "client_key.pub.pem"; }
+
+ private:
+  test::TempDirectory m_Home;
+  LinuxHost m_Host;
+  CSmartPointer<Listener> m_pListener;
+};
+
+void Run(benchmark::State& state, int client, const std::vector<std::string>& messages) {
+  std::size_t next = 0;
+  for (auto _ : state) {
+    if (!Ask(client, messages[next++ % messages.size()])) {
+      state.SkipWithError("the server has gone");
+      break;
+    }
+  }
+  close(client);
+}
+
+void BareEcho(benchmark::State& state) {
+  int ends[2];
+  if (socketpair(AF_UNIX, SOCK_STREAM, 0, ends) != 0) return state.SkipWithError("no sockets");
+  std::thread server([end = ends[1]] {
+    char block[65'536];
+    for (ssize_t count; (count = recv(end, block, sizeof block, 0)) > 0;) {
+      if (send(end, block, static_cast<std::size_t>(count), MSG_NOSIGNAL) < 0) break;
+    }
+    close(end);
+  });
+  Run(state, ends[0], {Message(std::string(400, 'x'))});
+  server.join();
+}
+BENCHMARK(BareEcho)->UseRealTime();
+
+void ListenerEcho(benchmark::State& state) {
+  const Served<CNamedPipeListener> served;
+  Run(state, Connect(served.Path()), {Message(std::string(400, 'x'))});
+}
+BENCHMARK(ListenerEcho)->UseRealTime();
+
+std::string Encrypt(const std::string& publicKeyPath, const std::string& plain) {
+  const Bio file(BIO_new_file(publicKeyPath.c_str(), "r"));
+  const EvpKey key(PEM_read_bio_PUBKEY(file.get(), nullptr, nullptr, nullptr));
+  const EvpContext context(EVP_PKEY_CTX_new(key.get(), nullptr));
+  std::string block(256, '\0');
+  std::size_t size = block.size();
+  EVP_PKEY_encrypt_init(context.get());
+  EVP_PKEY_CTX_set_rsa_padding(context.get(), RSA_PKCS1_PADDING);
+  EVP_PKEY_encrypt(context.get(), reinterpret_cast<unsigned char*>(block.data()), &size,
+                   reinterpret_cast<const unsigned char*>(plain.data()), plain.size());
+  return block;
+}
+
+// Requests whose tokens pass every check up to the name of this program, which is no companion's.
+std::vector<std::string> Requests(const std::string& publicKeyPath, std::size_t count) {
+  std::vector<std::string> requests;
+  for (std::size_t i = 0; i < count; ++i) {
+    const std::string plain = "{guid}," + std::to_string(getpid()) + "," + std::to_string(i) + ",x";
+    requests.push_back(Message(R"({"art":")" + ToBase64(Encrypt(publicKeyPath, plain)) + R"("})"));
+  }
+  return requests;
+}
+
+// The argument is the number of tokens that are used in turn.
+void RequestWithToken(benchmark::State& state) {
+  const Served<CNamedPipeListenerJson> served;
+  const int client = Connect(served.Path());
+  if (!Ask(client, Message(R"({"art":"AAAA"})"))) return state.SkipWithError("not served");
+  Run(state, client, Requests(served.PublicKeyPath(), static_cast<std::size_t>(state.range(0))));
+}
+BENCHMARK(RequestWithToken)->Arg(1)->Arg(kTokens)->UseRealTime();
+
+std::size_t ResidentBytes() {
+  std::size_t total = 0, resident = 0;
+  std::ifstream("/proc/self/statm") >> total >> resident;
+  return resident * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+}
+
+// Each has asked once and is silent; their ends of the sockets are in the figure, too.
+void SilentClients(benchmark::State& state) {
+  const Served<CNamedPipeListener> served;
+  for (auto _ : state) {
+    const std::size_t before = ResidentBytes();
+    std::vector<int> clients;
+    for (int i = 0; i < kSilentClients; ++i) {
+      clients.push_back(Connect(served.Path()));
+      if (!Ask(clients.back(), Message("hello"))) return state.SkipWithError("not served");
+    }
+    state.counters["resident MB"] = static_cast<double>(ResidentBytes() - before) / 1e6;
+    for (const int client : clients) close(client);
+  }
+}
+BENCHMARK(SilentClients)->Iterations(1)->UseRealTime();
+
+}  // namespace
+}  // namespace corvane
+
+BENCHMARK_MAIN();
