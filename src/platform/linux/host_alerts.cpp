@@ -92,7 +92,7 @@ void HostAlerts::Wake() {
 }
 
 std::vector<HostAlerts::Ready> HostAlerts::Poll(HostTime::RealClock::time_point until) {
-  std::array<epoll_event, kMostAtOnce> events;
+  std::array<epoll_event, kMostAtOnce> events{};
   const int count =
       epoll_wait(m_Epoll, events.data(), static_cast<int>(events.size()), Milliseconds(until));
   std::vector<Ready> ready;

@@ -167,7 +167,7 @@ NTSTATUS HostCrypto::BCryptDecrypt(BCRYPT_KEY_HANDLE handle, const BYTE* input, 
     *resultSize = block - kPadding;
     return ERROR_SUCCESS;
   }
-  std::array<unsigned char, kMostBlock> plain;  // OpenSSL wants room for a whole block
+  std::array<unsigned char, kMostBlock> plain{};  // OpenSSL wants room for a whole block
   std::size_t length = plain.size();
   const int result = EVP_PKEY_decrypt(key->context.get(), plain.data(), &length, input, inputSize);
   ERR_clear_error();

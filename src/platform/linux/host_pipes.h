@@ -75,7 +75,7 @@ class HostPipes final : public PipeApi {
     std::shared_ptr<HostPipeInstance> instance;
   };
   struct Block {
-    std::size_t size;
+    std::size_t size = 0;
     bool freed = false;
   };
 

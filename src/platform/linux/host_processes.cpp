@@ -22,7 +22,7 @@ std::string_view FileNameOfExecutable(std::string_view link) {
 
 std::optional<std::u16string> ExecutableOfProcess(DWORD processId) {
   const std::string path = "/proc/" + std::to_string(processId) + "/exe";
-  std::array<char, kMostBytes> link;
+  std::array<char, kMostBytes> link{};
   const ssize_t size = readlink(path.c_str(), link.data(), link.size());
   if (size <= 0 || static_cast<std::size_t>(size) == link.size()) return std::nullopt;
   return ToUtf16(FileNameOfExecutable({link.data(), static_cast<std::size_t>(size)}));

@@ -282,28 +282,18 @@ BOOL SimSession::ReadFile(HANDLE readEnd, void* buffer, DWORD size, DWORD* read)
   return TRUE;
 }
 
-// ---- processes by name
-// ------------------------------------------------------------------------------
+// ---- processes by name ----------------------------------------------------------------------
 
 HANDLE SimSession::CreateToolhelp32Snapshot(DWORD, DWORD processId) {
   if (!Passes("CreateToolhelp32Snapshot")) return nullptr;
   const ULONGLONG now = m_Clock.GetTickCount64();
-  ProcessLookup lookup = nullptr;
-  if (processId != kIdleProcess) {
-    const std::lock_guard guard(m_Mutex);
-    lookup = m_Lookup;
-  }
-  const auto executable = lookup ? lookup(processId) : std::nullopt;
+  const auto found = IsSought(processId) ? m_Lookup(processId) : std::nullopt;
   const std::lock_guard guard(m_Mutex);
   Snapshot snapshot;
-  for (const ProcessPtr& process : m_Processes) {
-    if (process->id == kIdleProcess || (!lookup && !HasEnded(*process, now)))
-      snapshot.processes.push_back(process);
-  }
-  if (executable) {
-    snapshot.processes.push_back(
-        std::make_shared<Process>(Process{.id = processId, .executable = *executable}));
-  }
+  std::ranges::copy_if(m_Processes, std::back_inserter(snapshot.processes), [&](const auto& one) {
+    return one->id == kIdleProcess || (!IsSought(processId) && !HasEnded(*one, now));
+  });
+  if (found) snapshot.processes.push_back(std::make_shared<Process>(Process{processId, *found}));
   return Open(std::move(snapshot));
 }
 
@@ -507,11 +497,6 @@ std::size_t SimSession::CountRunning(std::u16string_view executable) const {
       std::ranges::count_if(m_Processes, [&](const ProcessPtr& process) {
         return FoldCase(process->executable) == FoldCase(executable) && !HasEnded(*process, now);
       }));
-}
-
-void SimSession::SetProcessLookup(ProcessLookup lookup) {
-  const std::lock_guard guard(m_Mutex);
-  m_Lookup = lookup;
 }
 
 void SimSession::SetCommandResult(int result) {

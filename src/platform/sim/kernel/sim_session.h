@@ -103,11 +103,11 @@ class SimSession final : public SessionApi {
   DWORD StartProcess(std::u16string_view executable);  // outside of the program; gives its id
   void EndProcesses(std::u16string_view executable);   // all of the name, with exit code 0
   std::size_t CountRunning(std::u16string_view executable) const;
-  // Who a process is that is looked for by its id, from then on: asked when a snapshot is made,
-  // under no lock. Such a process is only seen; those that can be opened and ended stay this PC's
-  // own.
+  // Who a process is that is looked for by its id, asked when a snapshot is made, under no lock; to
+  // be set before any thread starts. Such a process is only seen: those that can be opened and
+  // ended stay this PC's own.
   using ProcessLookup = std::optional<std::u16string> (*)(DWORD processId);
-  void SetProcessLookup(ProcessLookup lookup);
+  void SetProcessLookup(ProcessLookup lookup) { m_Lookup = lookup; }
   void SetCommandResult(int result);  // of the command interpreter; 0 at start
   void SetTempPath(std::string path);
   // Titles of the windows that the program sees, none at start: it runs as a service.
@@ -151,6 +151,7 @@ class SimSession final : public SessionApi {
   bool Passes(const char* operation, DWORD ordinary = ERROR_GEN_FAILURE);
   BOOL Fail(DWORD code) const;
   HANDLE Open(Object object);
+  bool IsSought(DWORD processId) const { return m_Lookup && processId != 0; }
   template <class T>
   T* Find(HANDLE handle);  // null with the last error set
   ProcessPtr Start(std::u16string_view executable, SimProgram program, ULONGLONG now);
@@ -162,6 +163,7 @@ class SimSession final : public SessionApi {
   SeamGate& m_Gate;
   ThreadApi& m_Threads;
   ClockApi& m_Clock;
+  ProcessLookup m_Lookup = nullptr;
   mutable std::mutex m_Mutex;  // guards what follows
   DWORD m_ConsoleSession = kFirstSession;
   std::map<DWORD, bool> m_Sessions;                 // whether a user is logged on
@@ -174,7 +176,6 @@ class SimSession final : public SessionApi {
   std::map<void*, std::unique_ptr<WTS_SESSION_INFOA[]>> m_Lists;
   std::vector<Launch> m_Launches;
   std::vector<std::u16string> m_Commands;
-  ProcessLookup m_Lookup = nullptr;
   int m_CommandResult = 0;
   std::string m_TempPath = "/data/temp/";
   std::vector<std::u16string> m_Windows;  // a window's handle is its position, counted from 1
