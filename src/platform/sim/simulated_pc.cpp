@@ -18,7 +18,8 @@ struct SimulatedPc::Impl {
              .gate = kernel.Gate(),
              .pressKey = [](void* self) { static_cast<SimKernel*>(self)->Console().PressKey(); },
              .pressKeyContext = &kernel,
-             .session = &kernel.Session()},
+             .session = &kernel.Session(),
+             .pipes = &kernel.Pipes()},
         devices(world, options.seed, host),
         platform{
             .threads = kernel.Threads(),

@@ -37,6 +37,10 @@ class IPcObserver {
   }
   // An entry of the world's timeline was carried out; `text` says it in a few words.
   virtual void OnTimeline(const std::string& text) { (void)text; }
+  // A client of the world has read a message: a reply of the service or an event. UTF-8.
+  virtual void OnClientMessage(const std::string& client, const std::string& text) {
+    (void)client, (void)text;
+  }
 };
 
 }  // namespace corvane::platform::sim

@@ -1,5 +1,6 @@
 #include "platform/sim/devices/sim_devices.h"
 
+#include "platform/sim/devices/sim_clients.h"
 #include "platform/sim/devices/sim_ip_helper.h"
 #include "platform/sim/devices/sim_network_list.h"
 #include "platform/sim/devices/sim_perf_counters.h"
@@ -27,8 +28,9 @@ struct SimDevices::Impl {
         web(machine, host.gate, host.threads),
         windows(host.gate, host.threads, host.session),
         sockets(host.gate),
-        timeline({machine, clients, adapters, traffic, power, web, host.registry, host.session,
-                  host.pressKey, host.pressKeyContext}) {
+        pipeClients(machine, host.pipes, host.session),
+        timeline({machine, clients, adapters, traffic, power, web, pipeClients, host.registry,
+                  host.session, host.pressKey, host.pressKeyContext}) {
     for (std::size_t i = 0; i < world.adapters.size(); ++i) {
       adapters.push_back(
           std::make_unique<SimWlanAdapter>(machine, clients, traffic, static_cast<int>(i)));
@@ -58,6 +60,7 @@ struct SimDevices::Impl {
   SimWeb web;
   SimWindows windows;
   SimSockets sockets;
+  SimClients pipeClients;
   SimTimeline timeline;
 };
 

@@ -19,6 +19,7 @@ class WlanApi;
 namespace corvane::platform::sim {
 
 class IPcObserver;
+class SimPipes;
 class SimSession;
 class SimSockets;
 class SimWeb;
@@ -34,6 +35,7 @@ struct DeviceHost {
   void (*pressKey)(void* context) = nullptr;  // the timeline's console key
   void* pressKeyContext = nullptr;
   SimSession* session = nullptr;  // follows the world's; null: it has none
+  SimPipes* pipes = nullptr;      // for the world's clients; null: they do nothing
 };
 
 // The simulated devices of one world: adapters and air, network list, counters, interface table,

@@ -36,6 +36,7 @@ void SimTimeline::Boot() {
   }
   for (const RegistryWrite& write : m.machine.world.registry) Write(write);
   SetSession(m.machine.world.session);
+  m.pipeClients.Boot();
   for (const DomainController& one : m.machine.world.domainControllers) {
     if (m.session) m.session->SetDomainController(one.domain, one.name);
   }
@@ -112,6 +113,9 @@ void SimTimeline::Carry(const Action& action) {
       break;
     case ActionKind::kProxies:
       m.machine.world.web.proxies = action.proxies;
+      break;
+    case ActionKind::kClient:
+      m.pipeClients.Carry(action.client);
       break;
     case ActionKind::kKey:
       if (m.pressKey) m.pressKey(m.pressKeyContext);

@@ -1,4 +1,5 @@
 #pragma once
+#include "platform/sim/devices/sim_clients.h"
 #include "platform/sim/devices/sim_interfaces.h"
 #include "platform/sim/devices/sim_power.h"
 #include "platform/sim/devices/sim_web.h"
@@ -22,6 +23,7 @@ class SimTimeline {
     SimTraffic& traffic;
     SimPower& power;
     SimWeb& web;
+    SimClients& pipeClients;
     RegistryApi& registry;
     SimSession* session;  // null: the host has its own
     void (*pressKey)(void* context);

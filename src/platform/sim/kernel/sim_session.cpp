@@ -499,6 +499,14 @@ std::size_t SimSession::CountRunning(std::u16string_view executable) const {
       }));
 }
 
+bool SimSession::IsRunning(DWORD processId) const {
+  const ULONGLONG now = m_Clock.GetTickCount64();
+  const std::lock_guard guard(m_Mutex);
+  return std::ranges::any_of(m_Processes, [&](const ProcessPtr& process) {
+    return process->id == processId && !HasEnded(*process, now);
+  });
+}
+
 void SimSession::SetCommandResult(int result) {
   const std::lock_guard guard(m_Mutex);
   m_CommandResult = result;

@@ -103,6 +103,7 @@ class SimSession final : public SessionApi {
   DWORD StartProcess(std::u16string_view executable);  // outside of the program; gives its id
   void EndProcesses(std::u16string_view executable);   // all of the name, with exit code 0
   std::size_t CountRunning(std::u16string_view executable) const;
+  bool IsRunning(DWORD processId) const;
   // Who a process is that is looked for by its id, asked when a snapshot is made, under no lock; to
   // be set before any thread starts. Such a process is only seen: those that can be opened and
   // ended stay this PC's own.

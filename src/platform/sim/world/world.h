@@ -244,6 +244,29 @@ struct DomainController {
   std::u16string name;  // "\\OFFICE-DC"
 };
 
+// A program at the service's pipes. Its process runs from the start on.
+struct Client {
+  std::string name;  // how the timeline calls it
+  std::u16string program = u"Corvane_ConfigApp.exe";
+};
+
+enum class ClientAct {
+  kConnect,    // to the request pipe
+  kSend,       // message: a request; connects before, if need be
+  kSubscribe,  // to the notification pipe
+  kStall,      // reads nothing more
+  kRead,       // reads again
+  kVanish,     // leaves both pipes
+};
+
+struct ClientAction {
+  std::string client;
+  ClientAct act = ClientAct::kConnect;
+  std::string message;        // UTF-8
+  bool withToken = true;      // `message` is an object, to which the client adds its token
+  std::uint64_t everyMs = 0;  // and again after as much time; 0: once
+};
+
 // The program's key below HKEY_LOCAL_MACHINE; an adapter's is the subkey of its GUID text.
 inline constexpr char16_t kHomeKey[] = u"SOFTWARE\\OstrelNetworks\\Corvane";
 
@@ -293,6 +316,7 @@ enum class ActionKind {
   kNotification,      // adapter, source, code, number: a bare notification of the WLAN service
   kWeb,               // answer: in the place of the one of its host and path, or as a new one
   kProxies,           // proxies: from now on
+  kClient,            // client: a program does something at its pipes
   kKey,               // the console key is pressed
 };
 
@@ -329,6 +353,7 @@ struct Action {
   Session session;
   WebAnswer answer;
   WebProxies proxies;
+  ClientAction client;
   std::string line;  // the action in a few words, for IPcObserver::OnTimeline
 };
 
@@ -354,6 +379,7 @@ struct World {
   std::vector<DomainController> domainControllers;
   std::vector<RegistryWrite> registry;  // what stands there before the program starts
   std::vector<ProgramFile> files;
+  std::vector<Client> clients;
   std::vector<Action> timeline;  // by rising time; entries of one time in the file's order
 };
 

@@ -49,6 +49,7 @@ constexpr KindWord kKinds[] = {
     {"notification", ActionKind::kNotification},
     {"web", ActionKind::kWeb},
     {"proxies", ActionKind::kProxies},
+    {"client", ActionKind::kClient},
     {"key", ActionKind::kKey},
 };
 
@@ -211,6 +212,9 @@ void TakeMembers(JsonFields& fields, const World& world, Action* out) {
       break;
     case ActionKind::kProxies:
       TakeWebProxies(fields, &out->proxies);
+      break;
+    case ActionKind::kClient:
+      TakeClientAction(fields, world, &out->client);
       break;
     case ActionKind::kSuspend:
     case ActionKind::kResume:

@@ -101,6 +101,8 @@ World ParseWorld(const std::string& jsonText, const std::string& fileName) {
   fields.Each("registry",
               [&](const JsonNode& item) { world.registry.push_back(ReadRegistry(item, world)); });
   fields.Each("files", [&](const JsonNode& item) { world.files.push_back(ReadFile(item)); });
+  fields.Each("clients",
+              [&](const JsonNode& item) { world.clients.push_back(ReadClient(item, world)); });
   if (const auto machine = fields.Find("machine")) world.path = ReadMachine(*machine);
   if (const auto session = fields.Find("session")) world.session = ReadSession(*session);
   if (const auto web = fields.Find("web")) world.web = ReadWeb(*web);

@@ -19,6 +19,7 @@ Session ReadSession(const JsonNode& node);
 RegistryWrite ReadRegistry(const JsonNode& node, const World& world);
 Web ReadWeb(const JsonNode& node);
 DomainController ReadDomainController(const JsonNode& node);
+Client ReadClient(const JsonNode& node, const World& world);
 Action ReadAction(const JsonNode& node, const World& world);
 
 // Members that several parts share; each takes its members from `fields`.
@@ -28,6 +29,7 @@ void TakeRates(JsonFields& fields, Traffic* out);
 void TakeSession(JsonFields& fields, Session* out);
 void TakeWebAnswer(JsonFields& fields, WebAnswer* out);
 void TakeWebProxies(JsonFields& fields, WebProxies* out);
+void TakeClientAction(JsonFields& fields, const World& world, ClientAction* out);
 void TakeRegistry(JsonFields& fields, const World& world, RegistryWrite* out);
 int TakeAdapter(JsonFields& fields, const World& world, int otherwise);
 

@@ -82,6 +82,10 @@ class Story final : public IPcObserver {
     Add(adapter, cause, "roamed " + ssid + " " + bssid);
   }
   void OnTimeline(const std::string& text) override { lines.push_back("timeline " + text); }
+  void OnClientMessage(const std::string& client, const std::string& text) override {
+    clientLines.push_back(client + ": " + text);
+  }
+  std::vector<std::string> clientLines;  // what clients of the world have read
 
  private:
   void Add(int adapter, Cause cause, const std::string& text) {
