@@ -1,5 +1,7 @@
 #include "platform/sim/kernel/fault_plan.h"
 
+#include <algorithm>
+#include <array>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -10,6 +12,8 @@ namespace corvane::platform::sim {
 
 namespace {
 
+constexpr double kSeldom = 100.0;  // as much more seldom
+
 // Never failed at random: the program cannot answer their failure, and the run itself would fall
 // with it. A handle that is not closed is a leak, and a thread that is not given up goes on in an
 // object that its owner deletes. (Sleep, locks and the clock have no result, so they are not asked
@@ -17,6 +21,23 @@ namespace {
 bool IsSparedAtRandom(std::string_view operation) {
   return operation.find("Close") != operation.npos || operation == "TerminateThread" ||
          operation == "BCryptDestroyKey";
+}
+
+// After a failure of these a pipe takes no client any more, as long as the program runs: at the
+// full rate none would be served in a run with faults.
+bool IsSeldomAtRandom(std::string_view operation) {
+  static constexpr std::array<std::string_view, 10> kNames = {
+      "WaitForMultipleObjectsEx",
+      "GetOverlappedResult",
+      "CreateNamedPipeW",
+      "ConnectNamedPipe",
+      "GlobalAlloc",
+      "OpenThreadToken",
+      "OpenProcessToken",
+      "GetTokenUser",
+      "ConvertSidToStringSidW",
+      "ConvertStringSecurityDescriptorToSecurityDescriptorW"};
+  return std::ranges::find(kNames, operation) != kNames.end();
 }
 
 }  // namespace
@@ -78,9 +99,11 @@ DWORD FaultPlan::Decide(const char* operation, DWORD ordinary, std::uint64_t now
   for (Impl::Rule& rule : plan.rules) {
     if (rule.operation == operation && Impl::Fires(rule, nowMs) && code == 0) code = rule.code;
   }
-  if (code == 0 && atRandom && plan.rate > 0.0 && plan.random.Unit() < plan.rate &&
-      !IsSparedAtRandom(operation)) {
-    code = ordinary;
+  if (code == 0 && atRandom && plan.rate > 0.0) {
+    const double drawn = plan.random.Unit();
+    const bool fails = drawn < plan.rate && !IsSparedAtRandom(operation) &&
+                       (drawn < plan.rate / kSeldom || !IsSeldomAtRandom(operation));
+    if (fails) code = ordinary;
   }
   if (code != 0) ++plan.injected;
   return code;
