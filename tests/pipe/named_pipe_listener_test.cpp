@@ -184,6 +184,33 @@ TEST_F(ListenerTest, AClientIsForgottenThoughDisconnectingFails) {
   EXPECT_TRUE(HasLog("CNamedPipeListener:DisconnectAndClose() - lpPipeInst is NULL!"));
 }
 
+TEST_F(ListenerTest, WhatCannotBeGivenBackCostsNobodyElse) {
+  constexpr std::uintptr_t kFirstHandle = 0x900000, kHandles = 0x1000;
+  for (const char* operation : {"CloseHandle", "GlobalFree", "CloseToken", "LocalFree"}) {
+    for (const platform::DWORD code : {ERROR_GEN_FAILURE, platform::sim::FaultPlan::kFault}) {
+      Serve();
+      Client& leaving = Connect();
+      Client& staying = Connect();
+      const auto before = kernel.Faults().Injected();
+      kernel.Faults().FailCall(operation, 1, code);
+      leaving.Vanish();
+      RunFor(10ms);
+      EXPECT_EQ(Ask(Connect(), "next"), Echo("next")) << operation << code;
+      EXPECT_EQ(Ask(Connect(), "and next"), Echo("and next")) << operation << code;
+      EXPECT_EQ(kernel.Faults().Injected(), before + 1) << operation;
+      EXPECT_EQ(Ask(staying, "still"), Echo("still")) << operation << code;
+      listener->Shutdown();
+      clients.clear();
+      EXPECT_EQ(kernel.Pipes().OpenRecords(), 0u) << operation << code;
+    }
+  }
+  // What the platform would not take then.
+  for (auto handle = kFirstHandle; handle < kFirstHandle + kHandles; handle += 4) {
+    Os().pipes.CloseHandle(reinterpret_cast<platform::HANDLE>(handle));
+    Os().pipes.CloseToken(reinterpret_cast<platform::HANDLE>(handle));
+  }
+}
+
 TEST_F(ListenerTest, WhatItCannotLiveWithoutEndsItsThread) {
   struct Case {
     const char* operation;
@@ -265,6 +292,10 @@ TEST_F(ListenerTest, ThePipeIsOpenToUsersAndOnTheListOnce) {
   EXPECT_TRUE(list().empty()) << "a list that is not there is not made";
   EXPECT_EQ(kernel.Pipes().SecurityOf(u"TRLSPipe"),
             u"D:(A;;GA;;;S-1-5-18)(A;;GWGR;;;AU)S:(ML;;NW;;;S-1-16-0)");
+  kernel.Faults().FailCall("GetMajorVersion", 1, ERROR_GEN_FAILURE);
+  Connect();
+  EXPECT_EQ(kernel.Pipes().SecurityOf(u"TRLSPipe"), u"D:(A;;GA;;;S-1-5-18)(A;;GWGR;;;AU)")
+      << "a system of no known version has no integrity levels";
   platform::HKEY key = nullptr;
   Os().registry.RegCreateKeyExW(platform::HKEY_LOCAL_MACHINE, kKey, platform::KEY_ALL_ACCESS, &key);
   constexpr WStringView kOld = u"netlogon\0\0"sv;

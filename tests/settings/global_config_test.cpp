@@ -99,6 +99,15 @@ TEST_F(GlobalConfig, KeepsTheSystemGuidOrMakesOne) {
   EXPECT_EQ(Registry().GetText(kHome, u"SystemGuid"), Global().GetSystemGuidText());
 }
 
+TEST_F(GlobalConfig, WithoutARandomNumberItHasNoSystemGuidUntilTheNextStart) {
+  kernel.Faults().FailCall("CoCreateGuid", 1, platform::ERROR_GEN_FAILURE);
+  Global().Initialize(false);
+  EXPECT_FALSE(Registry().GetText(kHome, u"SystemGuid")) << "none that another PC might have, too";
+  Global().Shutdown(false);
+  Global().Initialize(false);
+  EXPECT_TRUE(Registry().GetText(kHome, u"SystemGuid"));
+}
+
 TEST_F(GlobalConfig, KnowsItsAdaptersByIndexAndGuid) {
   Global().m_bForceLQEtw = true;
   const auto config = OpenAdapter();

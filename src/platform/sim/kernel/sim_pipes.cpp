@@ -165,12 +165,12 @@ void* SimPipes::GlobalAlloc(std::size_t bytes) {
   return memory;
 }
 
+// A call that faults has freed the memory all the same: nobody could free it again.
 void SimPipes::GlobalFree(void* memory) {
-  m_Gate.Enter("GlobalFree");
   const auto block = std::ranges::find(m_Blocks, memory, &Block::memory);
-  if (block == m_Blocks.end() || block->freed) return;
-  block->freed = true;
+  if (block != m_Blocks.end()) block->freed = true;
   ReleaseFreed();
+  m_Gate.Enter("GlobalFree");
 }
 
 void SimPipes::ReleaseFreed() {
@@ -242,8 +242,8 @@ BOOL SimPipes::ConvertStringSecurityDescriptorToSecurityDescriptorW(LPCWSTR sddl
 }
 
 void SimPipes::LocalFree(void* descriptor) {
-  m_Gate.Enter("LocalFree");
   m_Descriptors.erase(descriptor);
+  m_Gate.Enter("LocalFree");
 }
 
 DWORD SimPipes::GetMajorVersion() {
