@@ -12,6 +12,7 @@
 #include "foundation/format.h"
 #include "foundation/smart_obj.h"
 #include "platform/sim/kernel/fault_plan.h"
+#include "platform/sim/kernel/sim_kernel.h"
 #include "platform/sim/simulated_pc.h"
 #include "platform/text_file.h"
 
@@ -83,6 +84,12 @@ std::string RunOnce(const RunPlan& plan, Output* output, RunSummary* summary) {
       if (plan.user) user.Look(done + kSampleMs);
     }
     if (!service.Stop()) Trouble::Note("the service did not end within three minutes", &trouble);
+    const auto pipes = pc.Kernel().Pipes().OpenHandles(),
+               records = pc.Kernel().Pipes().OpenRecords();
+    if (trouble.report.empty() && pipes + records != 0) {
+      Trouble::Note(FormatA("%u pipes and %u records of clients are left over", pipes, records),
+                    &trouble);
+    }
     report.PrintSummary();
     report.Detach();
   }
@@ -98,7 +105,7 @@ std::string RunOnce(const RunPlan& plan, Output* output, RunSummary* summary) {
 
 // A range of seeds: only those that go wrong are told.
 int RunSeeds(RunPlan plan, std::uint64_t first, std::uint64_t last) {
-  std::uint64_t bad = 0, rounds = 0, moves = 0;
+  std::uint64_t bad = 0, rounds = 0, moves = 0, messages = 0;
   Output output;
   output.quiet = true;
   for (std::uint64_t seed = first; seed <= last; ++seed) {
@@ -107,6 +114,7 @@ int RunSeeds(RunPlan plan, std::uint64_t first, std::uint64_t last) {
     const std::string trouble = RunOnce(plan, &output, &summary);
     rounds += summary.rounds;
     moves += summary.moves;
+    messages += summary.clientMessages;
     if (!trouble.empty()) {
       ++bad;
       std::printf("seed %llu: %s\n  again: corvane-lab run%s --seed %llu\n",
@@ -121,10 +129,12 @@ int RunSeeds(RunPlan plan, std::uint64_t first, std::uint64_t last) {
                    static_cast<unsigned long long>(bad));
     }
   }
-  std::printf("%llu seeds, %llu bad; %llu rounds, %llu moves by the service's own decision\n",
+  const std::string served =
+      messages == 0 ? std::string() : FormatA(", %llu messages read by clients", messages);
+  std::printf("%llu seeds, %llu bad; %llu rounds, %llu moves by the service's own decision%s\n",
               static_cast<unsigned long long>(last - first + 1),
               static_cast<unsigned long long>(bad), static_cast<unsigned long long>(rounds),
-              static_cast<unsigned long long>(moves));
+              static_cast<unsigned long long>(moves), served.c_str());
   return bad == 0 ? 0 : 1;
 }
 

@@ -4,6 +4,7 @@
 #include <rapidjson/writer.h>
 
 #include <algorithm>
+#include <cctype>
 
 #include "foundation/format.h"
 #include "platform/sim/kernel/sim_kernel.h"
@@ -36,6 +37,32 @@ std::string Clock(std::uint64_t ms) {
 
 std::string Share(std::uint64_t part, std::uint64_t whole) {
   return whole == 0 ? std::string("0 s") : FormatA("%llu s (%llu %%)", part, part * 100 / whole);
+}
+
+bool IsBase64(char c) {
+  return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '+' || c == '/' || c == '=';
+}
+
+// The beginning of a message, without what is encoded: a token says nothing to a reader, and a log
+// tells of the build.
+std::string Head(const std::string& text) {
+  constexpr std::size_t kMost = 160;
+  constexpr std::ptrdiff_t kEncoded = 64;  // so many characters of base64 in a row are no words
+  std::string head;
+  for (auto at = text.begin(); at != text.end() && head.size() < kMost;) {
+    const auto end = std::find_if_not(at, text.end(), IsBase64);
+    if (end - at >= kEncoded) {
+      head += "...";
+      at = end;
+    } else {
+      head.append(at, std::max(end, at + 1));
+      at = std::max(end, at + 1);
+    }
+  }
+  if (head.size() <= kMost) return head;
+  std::size_t cut = kMost;
+  while (cut > 0 && (static_cast<unsigned char>(head[cut]) & 0xC0) == 0x80) --cut;
+  return head.substr(0, cut) + "...";
 }
 
 // What a reader sees anyway, or would see all the time: between two scans nothing is decided.
@@ -196,6 +223,11 @@ void RunReport::OnRoamed(int adapter, Cause cause, const std::string& ssid,
 
 void RunReport::OnTimeline(const std::string& text) { Line(-1, "timeline", text); }
 
+void RunReport::OnClientMessage(const std::string& client, const std::string& text) {
+  ++m_Summary.clientMessages;
+  Line(-1, "client", FormatA("client %s reads %s", client, Head(text)));
+}
+
 void RunReport::Sample() {
   ++m_Summary.seconds;
   auto& adapters = CWifiClientContainer::GetInstance();
@@ -313,6 +345,10 @@ void RunReport::PrintSummary() {
     json.Key(name);
     json.Uint64(value);
   }
+  if (sum.clientMessages > 0) {
+    json.Key("client_messages");
+    json.Uint64(sum.clientMessages);
+  }
   json.EndObject();
   const std::uint64_t adapterSeconds = sum.seconds * std::max<std::size_t>(m_Adapters.size(), 1);
   m_Print(FormatA("\nSummary of %llu s with %u adapter(s)\n"
@@ -321,10 +357,13 @@ void RunReport::PrintSummary() {
                   "  rounds                         %llu\n"
                   "  switches                       %llu\n"
                   "  scans                          %llu\n"
-                  "  connect failures               %llu",
+                  "  connect failures               %llu%s",
                   sum.seconds, m_Adapters.size(), Share(sum.connectedSeconds, adapterSeconds),
                   Share(sum.bestSeconds, adapterSeconds), sum.rounds, sum.switches, sum.scans,
-                  sum.connectFailures),
+                  sum.connectFailures,
+                  sum.clientMessages == 0
+                      ? std::string()
+                      : FormatA("\n  read by clients                %llu", sum.clientMessages)),
           buffer.GetString(), m_pContext);
 }
 

@@ -22,10 +22,11 @@ struct RunSummary {
   std::uint64_t scans = 0;        // that the service began
   std::uint64_t connectFailures = 0;
   std::uint64_t outsideScans = 0;
-  std::uint64_t roams = 0;   // by the driver
-  std::uint64_t rounds = 0;  // of all adapters
-  std::uint64_t moves = 0;   // by the service's own decision, each held against the rules
-  std::string brokenRule;    // the first one; empty when all held
+  std::uint64_t roams = 0;           // by the driver
+  std::uint64_t rounds = 0;          // of all adapters
+  std::uint64_t moves = 0;           // by the service's own decision, each held against the rules
+  std::uint64_t clientMessages = 0;  // replies and events that the world's clients have read
+  std::string brokenRule;            // the first one; empty when all held
 };
 
 // Tells a run as a person would want to hear it: one line for each thing that happens, and a
@@ -56,6 +57,7 @@ class RunReport : public platform::sim::IPcObserver {
   void OnRoamed(int adapter, platform::sim::Cause cause, const std::string& ssid,
                 const std::string& bssid) override;
   void OnTimeline(const std::string& text) override;
+  void OnClientMessage(const std::string& client, const std::string& text) override;
 
  private:
   // A BSS as the last look found it.

@@ -43,5 +43,17 @@ TEST(RunCommandTest, ATrickleInTheBackgroundHoldsTheServiceStill) {
   EXPECT_THAT(text, Not(HasSubstr("connects to")));
 }
 
+TEST(RunCommandTest, TellsWhatTheClientsOfAWorldRead) {
+  const std::string text = RunWorld("eight-hours", {"--for", "7m"});
+  EXPECT_THAT(text, HasSubstr("client settings reads { \"status\":\"ok\", \"code\":0, "));
+  EXPECT_THAT(text, HasSubstr("\"request\":{\"art\":\"...\",\"cmd\":\"UICommand\""));
+  EXPECT_THAT(
+      text, HasSubstr("client settings reads { \"status\":\"ok\", \"code\":0, \"log\":\"...\" }"));
+  EXPECT_THAT(text, HasSubstr("\"code\":14, \"reason\":\"vpn\""));
+  EXPECT_THAT(text, HasSubstr("client suite reads { \"evtNamespace\":\"Suite\", "));
+  EXPECT_THAT(text, HasSubstr("\n  read by clients                "));
+  EXPECT_THAT(RunWorld("home", {"--for", "10s"}), Not(HasSubstr("read by clients")));
+}
+
 }  // namespace
 }  // namespace corvane::lab
