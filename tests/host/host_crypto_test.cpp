@@ -109,6 +109,13 @@ TEST_F(HostCryptoTest, MakesTheKeyOnce) {
   EXPECT_EQ(ReadKey(), key);
   EXPECT_EQ(TextOf(home / kPublic), publicKey);
 
+  // What somebody put back from a copy, with the modes of one, and beside another key.
+  std::filesystem::permissions(home / kPrivate, std::filesystem::perms(0644));
+  std::ofstream(home / kPublic) << "of the key that was here before";
+  EXPECT_EQ(ReadKey(), key);
+  EXPECT_EQ(ModeOf(home / kPrivate), 0600u);
+  EXPECT_EQ(TextOf(home / kPublic), publicKey);
+
   std::filesystem::rename(home / kPrivate, home / "kept");
   ReadKey(ERROR_FILE_NOT_FOUND);
   ReadKey(ERROR_FILE_NOT_FOUND);

@@ -21,6 +21,8 @@ namespace corvane::platform::linux_host {
 namespace {
 
 constexpr int kKeyBits = 2048;
+constexpr mode_t kPrivateMode = 0600;
+constexpr mode_t kPublicMode = 0644;
 constexpr std::size_t kMostBytes = 65'536;  // a key is about 1,700
 
 DWORD CodeOf(int error) {
@@ -59,6 +61,29 @@ class Descriptor {
 bool Exists(const std::string& path) {
   struct stat found {};
   return lstat(path.c_str(), &found) == 0;
+}
+
+bool Lock(int file) {
+  int result;
+  do {
+    result = flock(file, LOCK_EX);
+  } while (result != 0 && errno == EINTR);
+  return result == 0;
+}
+
+DWORD ReadAll(int file, std::string* text) {
+  text->assign(kMostBytes, '\0');
+  std::size_t size = 0;
+  while (size < text->size()) {
+    const ssize_t count = read(file, text->data() + size, text->size() - size);
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) return CodeOf(errno);
+    if (count == 0) break;
+    size += static_cast<std::size_t>(count);
+  }
+  if (size == 0 || size == text->size()) return ERROR_INVALID_DATA;
+  text->resize(size);
+  return ERROR_SUCCESS;
 }
 
 bool WriteAll(int file, const std::string& text) {
@@ -107,12 +132,13 @@ std::string MakePrivateText() {
   return made ? TextOf(memory.get()) : std::string();
 }
 
-// Empty when the private half is no key.
+// Empty when the private half is no key. One with a passphrase is none: nobody is there to ask.
 std::string PublicTextOf(const std::string& privateText) {
   const Bio input(BIO_new_mem_buf(privateText.data(), static_cast<int>(privateText.size())));
   const Bio output(BIO_new(BIO_s_mem()));
   if (!input || !output) return {};
-  const EvpKey key(PEM_read_bio_PrivateKey(input.get(), nullptr, nullptr, nullptr));
+  char noPassphrase = '\0';
+  const EvpKey key(PEM_read_bio_PrivateKey(input.get(), nullptr, nullptr, &noPassphrase));
   const bool written = key && PEM_write_bio_PUBKEY(output.get(), key.get()) == 1;
   ERR_clear_error();
   return written ? TextOf(output.get()) : std::string();
@@ -123,32 +149,21 @@ std::string PublicTextOf(const std::string& privateText) {
 DWORD ClientKeyFiles::Read(std::string* text) const {
   if (mkdir(Folder().c_str(), 0700) != 0 && errno != EEXIST) return CodeOf(errno);
   const Descriptor folder(open(Folder().c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-  if (!folder.IsOpen() || fchmod(folder.Get(), 0700) != 0 || flock(folder.Get(), LOCK_EX) != 0)
+  if (!folder.IsOpen() || fchmod(folder.Get(), 0700) != 0 || !Lock(folder.Get()))
     return CodeOf(errno);
   DWORD code = ReadPrivate(text);
   if (code == ERROR_FILE_NOT_FOUND && !Exists(Marker())) code = Make(text);
   if (code != ERROR_SUCCESS) return code;
   // Both come after the private half, so that a stop in between is made good at the next start.
-  if (!Exists(Marker())) code = WriteFile(Marker(), "", 0600);
-  if (code == ERROR_SUCCESS && !Exists(Public())) code = WritePublic(*text);
-  return code;
+  if (!Exists(Marker())) code = WriteFile(Marker(), "", kPrivateMode);
+  return code == ERROR_SUCCESS ? KeepPublic(*text) : code;
 }
 
 DWORD ClientKeyFiles::ReadPrivate(std::string* text) const {
   const Descriptor file(open(Private().c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
-  if (!file.IsOpen()) return CodeOf(errno);
-  text->assign(kMostBytes, '\0');
-  std::size_t size = 0;
-  while (size < text->size()) {
-    const ssize_t count = read(file.Get(), text->data() + size, text->size() - size);
-    if (count < 0 && errno == EINTR) continue;
-    if (count < 0) return CodeOf(errno);
-    if (count == 0) break;
-    size += static_cast<std::size_t>(count);
-  }
-  if (size == 0 || size == text->size()) return ERROR_INVALID_DATA;
-  text->resize(size);
-  return ERROR_SUCCESS;
+  // One that was copied here may be anybody's to read.
+  if (!file.IsOpen() || fchmod(file.Get(), kPrivateMode) != 0) return CodeOf(errno);
+  return ReadAll(file.Get(), text);
 }
 
 // A public half that is there belongs to no key: a private half has never been.
@@ -156,12 +171,24 @@ DWORD ClientKeyFiles::Make(std::string* text) const {
   *text = MakePrivateText();
   if (text->empty()) return ERROR_GEN_FAILURE;
   const DWORD code = WritePublic(*text);
-  return code == ERROR_SUCCESS ? WriteFile(Private(), *text, 0600) : code;
+  return code == ERROR_SUCCESS ? WriteFile(Private(), *text, kPrivateMode) : code;
 }
 
 DWORD ClientKeyFiles::WritePublic(const std::string& privateText) const {
   const std::string text = PublicTextOf(privateText);
-  return text.empty() ? ERROR_INVALID_DATA : WriteFile(Public(), text, 0644);
+  return text.empty() ? ERROR_INVALID_DATA : WriteFile(Public(), text, kPublicMode);
+}
+
+// Whoever puts an older private half back has clients' tokens read again. A private half that is no
+// key has none, and whoever uses it finds out why.
+DWORD ClientKeyFiles::KeepPublic(const std::string& privateText) const {
+  const std::string text = PublicTextOf(privateText);
+  if (text.empty()) return ERROR_SUCCESS;
+  const Descriptor file(open(Public().c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+  std::string there;
+  if (file.IsOpen() && ReadAll(file.Get(), &there) == ERROR_SUCCESS && there == text)
+    return ERROR_SUCCESS;
+  return WriteFile(Public(), text, kPublicMode);
 }
 
 }  // namespace corvane::platform::linux_host

@@ -12,7 +12,8 @@ namespace corvane::platform::linux_host {
 //   client_key.pub.pem       the public half, for clients (0644)
 //
 // The private half is made once. When it goes missing later it is not made anew, as that would lock
-// out every client without a word; the public half is made from it whenever it is missing.
+// out every client without a word; the public half is made from it whenever it is missing or
+// another key's.
 class ClientKeyFiles {
  public:
   explicit ClientKeyFiles(std::string home) : m_Home(std::move(home)) {}
@@ -25,6 +26,7 @@ class ClientKeyFiles {
   DWORD ReadPrivate(std::string* text) const;
   DWORD Make(std::string* text) const;
   DWORD WritePublic(const std::string& privateText) const;
+  DWORD KeepPublic(const std::string& privateText) const;
 
   std::string Folder() const { return m_Home + "/private"; }
   std::string Private() const { return Folder() + "/client_key.pem"; }
