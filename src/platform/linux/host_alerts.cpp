@@ -26,9 +26,9 @@ epoll_event Event(std::uint64_t id, std::uint32_t events) {
 // What epoll takes: -1 for no limit. A moment that is near is slept to its end.
 int Milliseconds(HostTime::RealClock::time_point until) {
   if (until == HostAlerts::kNone) return -1;
-  const auto left = until - HostTime::RealClock::now();
-  if (left <= left.zero()) return 0;
-  const auto whole = std::chrono::ceil<std::chrono::milliseconds>(left);
+  const auto now = HostTime::RealClock::now();
+  if (until <= now) return 0;  // however long ago: a difference has room for half of all times
+  const auto whole = std::chrono::ceil<std::chrono::milliseconds>(until - now);
   return static_cast<int>(std::min(whole, kLongestSleep).count());
 }
 
