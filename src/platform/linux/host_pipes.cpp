@@ -177,8 +177,9 @@ BOOL HostPipes::GetOverlappedResult(HANDLE pipe, OVERLAPPED* overlapped, DWORD* 
   };
   if (wait && overlapped->hEvent && isPending()) {
     auto& alerts = m_Threads.OwnAlerts();
+    // Not an alertable wait: calls that are queued stay so, and do not shorten the sleep.
     m_Threads.WaitAlertably(1, &overlapped->hEvent, TRUE, INFINITE, [&](auto until) {
-      Attend(alerts, until);
+      AttendToSockets(alerts, until);
       return false;
     });
   }
@@ -287,10 +288,14 @@ DWORD HostPipes::WaitForMultipleObjectsEx(DWORD count, const HANDLE* objects, BO
 // there already let it look at the sockets, but not sleep.
 bool HostPipes::Attend(HostAlerts& alerts, HostTime::RealClock::time_point until) {
   if (alerts.CountCalls() > 0) until = HostTime::RealClock::time_point::min();
+  AttendToSockets(alerts, until);
+  return alerts.CountCalls() > 0;
+}
+
+void HostPipes::AttendToSockets(HostAlerts& alerts, HostTime::RealClock::time_point until) {
   const auto ready = alerts.Poll(until);
   const std::lock_guard lock(m_Mutex);
   for (const HostAlerts::Ready& one : ready) OnReady(one);
-  return alerts.CountCalls() > 0;
 }
 
 void HostPipes::OnReady(const HostAlerts::Ready& ready) {

@@ -94,6 +94,7 @@ class HostPipes final : public PipeApi {
 
   void Deliver(const HostPipeInstance::OperationPtr& operation, std::uint64_t id);
   bool Attend(HostAlerts& alerts, HostTime::RealClock::time_point until);
+  void AttendToSockets(HostAlerts& alerts, HostTime::RealClock::time_point until);
   void MakeCalls(HostAlerts& alerts);
 
   sim::SeamGate& m_Gate;
