@@ -104,4 +104,31 @@ TEST_F(HostPipeCallsTest, KeepsCallsForTheNextAlertableWait) {
   Close(second);
 }
 
+// It may still hold its end open, or have gone: nobody would ever hear of it again.
+TEST_F(HostPipeCallsTest, EndsTheReadOfAClientThatTakesNoAnswers) {
+  Instance one;
+  Listen(one);
+  PipePeer client(socketPath);
+  AwaitClient(one);
+  static DWORD result = 0;
+  const auto note = [](DWORD error, DWORD, OVERLAPPED*) { result = error; };
+  const auto wait = [&] {
+    result = ERROR_IO_PENDING;
+    const DWORD woken = WaitAlertably(one, 1'000);
+    return woken == WAIT_IO_COMPLETION ? result : woken;
+  };
+  const std::string large(kBytes, 'x');  // the socket has no room for all of it
+  OVERLAPPED write, read;
+  char request[100];
+  EXPECT_TRUE(pipes.WriteFileEx(one.pipe, large.data(), kBytes, &write, note));
+  EXPECT_EQ(wait(), ERROR_SUCCESS);
+  EXPECT_TRUE(pipes.ReadFileEx(one.pipe, request, sizeof request, &read, note));
+  client.EndReceiving();
+  EXPECT_TRUE(client.Send(u"asks on"));  // a whole message is still one
+  EXPECT_EQ(wait(), ERROR_SUCCESS);
+  EXPECT_TRUE(pipes.ReadFileEx(one.pipe, request, sizeof request, &read, note));
+  EXPECT_EQ(wait(), ERROR_BROKEN_PIPE);
+  Close(one);
+}
+
 }  // namespace corvane::test

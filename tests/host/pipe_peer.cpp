@@ -64,6 +64,8 @@ bool PipePeer::IsAtEnd() {
 
 void PipePeer::EndSending() { shutdown(m_Socket, SHUT_WR); }
 
+void PipePeer::EndReceiving() { shutdown(m_Socket, SHUT_RD); }
+
 void PipePeer::Vanish() {
   if (m_Socket >= 0) close(m_Socket);
   m_Socket = -1;

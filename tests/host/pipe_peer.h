@@ -20,6 +20,7 @@ class PipePeer {
   std::optional<std::u16string> Receive();
   bool IsAtEnd();  // waits for what comes next: the end, and not a byte
   void EndSending();
+  void EndReceiving();
   void Vanish();
 
  private:

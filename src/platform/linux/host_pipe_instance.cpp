@@ -153,8 +153,8 @@ void HostPipeInstance::Unwatch() {
   m_bWatched = false;
 }
 
-// A client that has gone is always told, and again and again: then nothing is watched any more, as
-// each later operation finds it gone by itself.
+// A client that has gone is always told, and again and again: then nothing is watched any more.
+// No operation is pending by then, and each later one finds it gone by itself.
 void HostPipeInstance::UpdateWatch() {
   if (m_Socket < 0 || m_bBroken) return Unwatch();
   std::uint32_t events = 0;
@@ -187,13 +187,14 @@ void HostPipeInstance::Pump() {
 }
 
 // A client that has closed its sending half gets the whole of what is on its way to it before the
-// end is told.
+// end is told. One that can be sent nothing any more is at its end with the last whole message.
 bool HostPipeInstance::PumpRead() {
   const OperationPtr read = FirstPending(false);
   if (!read) return false;
   while (!m_FromClient.IsReady(read->size)) {
     if (Receive()) continue;
-    if (!m_bEnded || (!m_bBroken && !m_ToClient.empty())) return false;
+    const bool atEnd = m_bEnded && m_ToClient.empty();
+    if (!m_bBroken && !atEnd) return false;
     Complete(read, ERROR_BROKEN_PIPE, 0);
     return true;
   }
