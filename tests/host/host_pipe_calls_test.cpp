@@ -131,4 +131,24 @@ TEST_F(HostPipeCallsTest, EndsTheReadOfAClientThatTakesNoAnswers) {
   Close(one);
 }
 
+// Everybody may open the folder and lock it; who may not write there is in nobody's way.
+TEST_F(HostPipeCallsTest, OpensBesideAStrangersLock) {
+  std::filesystem::create_directory(folder);
+  const int stranger = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  ASSERT_EQ(flock(stranger, LOCK_EX), 0);
+  std::thread patience([stranger] {  // a server that waits gets its turn, late
+    std::this_thread::sleep_for(std::chrono::seconds(2));
+    close(stranger);
+  });
+  const auto start = HostTime::RealClock::now();
+  const HANDLE pipe = CreatePipe();
+  EXPECT_LT(HostTime::RealClock::now() - start, std::chrono::seconds(1));
+  EXPECT_NE(pipe, nullptr);
+  struct stat lock {};
+  EXPECT_EQ(stat((folder + "/.lock").c_str(), &lock), 0);
+  EXPECT_EQ(lock.st_mode & 07777, 0600u);
+  pipes.CloseHandle(pipe);
+  patience.join();
+}
+
 }  // namespace corvane::test

@@ -20,7 +20,9 @@ namespace {
 
 constexpr mode_t kFolderMode = 0755;
 constexpr mode_t kSocketMode = 0666;
-constexpr int kBacklog = 1024;  // clients that come faster than they are taken
+constexpr mode_t kLockMode = 0600;
+constexpr char kLockName[] = ".lock";  // no pipe has a dot in its name
+constexpr int kBacklog = 1024;         // clients that come faster than they are taken
 
 DWORD CodeOf(int error) {
   switch (error) {
@@ -52,6 +54,8 @@ sockaddr_un AddressOf(const std::string& path, int folder, const std::string& na
   return address;
 }
 
+int OpenSpare() { return open("/dev/null", O_RDONLY | O_CLOEXEC); }
+
 int StreamSocket() { return socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0); }
 
 // A server that is too busy for one more client lives, too.
@@ -64,19 +68,35 @@ bool IsServed(const sockaddr_un& address) {
   return served;
 }
 
-// The folder, open and locked, so that two that start at once do not take the same place; -1 with
-// errno set.
+// Keeps errno.
+void CloseQuietly(int descriptor) {
+  const int reason = errno;
+  if (descriptor >= 0) close(descriptor);
+  errno = reason;
+}
+
+// The folder, open; -1 with errno set.
 int OpenFolder(const std::string& folder) {
   if (mkdir(folder.c_str(), kFolderMode) != 0 && errno != EEXIST) return -1;
   const int descriptor = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (descriptor < 0) return -1;
-  if (flock(descriptor, LOCK_EX) != 0 || fchmod(descriptor, kFolderMode) != 0) {
-    const int reason = errno;
-    close(descriptor);
-    errno = reason;
-    return -1;
-  }
-  return descriptor;
+  if (descriptor >= 0 && fchmod(descriptor, kFolderMode) == 0) return descriptor;
+  CloseQuietly(descriptor);
+  return -1;
+}
+
+// Locks the places in the folder until it is closed, so that two that start at once do not take the
+// same one; -1 with errno set. The lock is on a file that only this account may open: everybody may
+// open the folder, and could hold a lock on it for ever.
+int LockPlaces(int folder) {
+  const int file = openat(folder, kLockName, O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, kLockMode);
+  if (file < 0) return -1;
+  int result;
+  do {
+    result = flock(file, LOCK_EX);
+  } while (result != 0 && errno == EINTR);
+  if (result == 0) return file;
+  CloseQuietly(file);
+  return -1;
 }
 
 }  // namespace
@@ -97,8 +117,9 @@ std::unique_ptr<HostPipeSocket> HostPipeSocket::Open(const std::string& folder,
     return nullptr;
   }
   std::unique_ptr<HostPipeSocket> socket(new HostPipeSocket(folder + "/" + name, descriptor));
-  *code = socket->Bind(name);
-  flock(descriptor, LOCK_UN);
+  const int places = LockPlaces(descriptor);
+  *code = places >= 0 ? socket->Bind(name) : CodeOf(errno);
+  CloseQuietly(places);
   return *code == ERROR_SUCCESS ? std::move(socket) : nullptr;
 }
 
@@ -116,7 +137,7 @@ DWORD HostPipeSocket::Bind(const std::string& name) {
   m_bBound = true;
   if (fchmodat(m_Folder, name.c_str(), kSocketMode, 0) != 0) return CodeOf(errno);
   if (listen(m_Listen, kBacklog) != 0) return CodeOf(errno);
-  m_Spare = open("/dev/null", O_RDONLY | O_CLOEXEC);
+  m_Spare = OpenSpare();
   return ERROR_SUCCESS;
 }
 
@@ -128,6 +149,7 @@ HostPipeSocket::~HostPipeSocket() {
 }
 
 int HostPipeSocket::Accept() {
+  if (m_Spare < 0) m_Spare = OpenSpare();  // somebody else took the last one
   for (;;) {
     const int client = accept4(m_Listen, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
     if (client >= 0) return client;
@@ -137,8 +159,8 @@ int HostPipeSocket::Accept() {
     close(m_Spare);
     const int turnedAway = accept4(m_Listen, nullptr, nullptr, SOCK_CLOEXEC);
     if (turnedAway >= 0) close(turnedAway);
-    m_Spare = open("/dev/null", O_RDONLY | O_CLOEXEC);
-    if (turnedAway < 0) return -1;
+    m_Spare = OpenSpare();
+    return -1;
   }
 }
 

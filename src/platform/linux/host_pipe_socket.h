@@ -19,8 +19,8 @@ class HostPipeSocket {
   HostPipeSocket& operator=(const HostPipeSocket&) = delete;
 
   int Descriptor() const { return m_Listen; }
-  // The next client that waits; -1 when there is none. One that cannot be served, as descriptors
-  // have run out, is turned away. Never blocks.
+  // The next client that waits; -1 when there is none. When descriptors have run out, one is turned
+  // away, which gives -1, too. Never blocks.
   int Accept();
 
  private:
@@ -28,7 +28,7 @@ class HostPipeSocket {
   DWORD Bind(const std::string& name);
 
   const std::string m_Path;
-  const int m_Folder;  // locked while the place is taken
+  const int m_Folder;
   int m_Listen = -1;
   int m_Spare = -1;  // a descriptor to turn clients away with
   bool m_bBound = false;
