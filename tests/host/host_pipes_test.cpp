@@ -16,6 +16,7 @@
 #include <fstream>
 #include <functional>
 #include <set>
+#include <thread>
 
 #include "host/pipe_peer.h"
 #include "host/temp_directory.h"
@@ -171,6 +172,25 @@ class HostPipesTest : public testing::Test {
     return of.CreateNamedPipeW(kPipe, PIPE_ACCESS_DUPLEX, 0, 255, kBytes, kBytes, 0, nullptr);
   }
 
+  // Clients that are one too many come without a pause, and cost those that are served little.
+  void AsksUnderAFlood(PipePeer& client) {
+    std::atomic<bool> over{false};
+    std::vector<std::thread> flood;
+    for (int i = 0; i < 2; ++i) {
+      flood.emplace_back([this, &over] {
+        while (!over) PipePeer(socketPath).IsConnected();
+      });
+    }
+    const auto start = std::chrono::steady_clock::now();
+    for (int i = 0; i < 20; ++i) {
+      EXPECT_TRUE(client.Send(u"still served"));
+      EXPECT_EQ(client.Receive(), u"still served");
+    }
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(4));
+    over = true;
+    for (std::thread& one : flood) one.join();
+  }
+
   TempDirectory home;
   const std::string folder = home / "pipe";
   const std::string socketPath = folder + "/Test";
@@ -265,6 +285,7 @@ TEST_F(HostPipesTest, ServesHundredsAtOnce) {
   ASSERT_TRUE(clients.back().Send(u"the last"));
   ASSERT_EQ(clients.back().Receive(), u"the last");
   EXPECT_TRUE(PipePeer(socketPath).IsAtEnd());  // one too many
+  AsksUnderAFlood(clients.back());
   clients.pop_back();
   EXPECT_TRUE(server.AwaitEnded(1));
   PipePeer next(socketPath);

@@ -153,13 +153,15 @@ BOOL HostPipes::ConnectNamedPipe(HANDLE handle, OVERLAPPED* overlapped) {
 }
 
 // Gives the clients that wait to the instances that listen. Without such an instance they wait.
+// One client too many a time is turned away: the rest of them are told of again, and those who are
+// served come in between.
 void HostPipes::Accept(const std::string& name, Server& server) {
   while (Pipe* const pipe = Listening(name)) {
     const int socket = server.socket->Accept();
     if (socket < 0) return;
     if (CountClients(name) >= kMostClients) {
       close(socket);
-      continue;
+      return;
     }
     if (OVERLAPPED* const overlapped = pipe->instance->Connect(socket)) {
       if (overlapped->hEvent) m_Threads.SetEvent(overlapped->hEvent);
