@@ -20,6 +20,7 @@ class Program {
   Program& operator=(const Program&) = delete;
 
   bool IsRunning();
+  pid_t Id() const { return m_Process; }  // while it runs
   void Signal(int number);
   // The exit status; -1 for an end by a signal, or when it still runs after the limit.
   int Wait(std::chrono::seconds limit);
