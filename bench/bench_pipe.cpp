@@ -1,5 +1,8 @@
 // What the pipes of the Linux host cost: an answer beside that of a bare echo over the same kind of
-// socket, the check of a client's token beside the decryption alone, and clients that are silent.
+// socket, the check of a client's token beside the decryption alone, clients that are silent, and
+// an event for many beside as many bare writes. Compare medians of one run:
+//
+//   bench_pipe --benchmark_repetitions=9 --benchmark_report_aggregates_only=true
 
 #include <benchmark/benchmark.h>
 #include <openssl/pem.h>
@@ -18,6 +21,7 @@
 #include "foundation/singleton.h"
 #include "host/temp_directory.h"
 #include "pipe/named_pipe_listener_json.h"
+#include "pipe/named_pipe_listener_notifications_json.h"
 #include "platform/base64.h"
 #include "platform/linux/linux_host.h"
 #include "platform/linux/openssl_objects.h"
@@ -32,6 +36,7 @@ using namespace platform;
 using namespace platform::linux_host;
 
 constexpr int kSilentClients = 255;
+constexpr std::size_t kSubscribers = 250;
 constexpr std::size_t kTokens = 64;
 
 sockaddr_un AddressOf(const std::string& path) {
@@ -78,7 +83,7 @@ class Served {
  public:
   Served() : m_Host({.home = m_Home.Path()}, sim::ParseWorld("{}", "bench")) {
     m_pListener = Listener::CreateObject();
-    m_pListener->Initialize(u"Bench", false);
+    m_pListener->Initialize(u"Bench", std::is_base_of_v<INotificationProvider, Listener>);
     m_pListener->BeginThread();
   }
   ~Served() {
@@ -91,6 +96,8 @@ class Served {
   Served& operator=(const Served&) = delete;
 
   std::string Path() const { return m_Home / "pipe/Bench"; }
+  Listener& Get() const { return *m_pListener; }
+  std::string PrivateKeyPath() const { return m_Home / "private/client_key.pem"; }
   std::string PublicKeyPath() const { return m_Home / "client_key.pub.pem"; }
 
  private:
@@ -163,6 +170,27 @@ void RequestWithToken(benchmark::State& state) {
 }
 BENCHMARK(RequestWithToken)->Arg(1)->Arg(kTokens)->UseRealTime();
 
+void DecryptAlone(benchmark::State& state) {
+  const Served<CNamedPipeListenerJson> served;
+  const int client = Connect(served.Path());
+  if (!Ask(client, Message(R"({"art":"AAAA"})"))) return state.SkipWithError("not served");
+  close(client);
+  const Bio file(BIO_new_file(served.PrivateKeyPath().c_str(), "r"));
+  const EvpKey key(PEM_read_bio_PrivateKey(file.get(), nullptr, nullptr, nullptr));
+  const EvpContext context(EVP_PKEY_CTX_new(key.get(), nullptr));
+  EVP_PKEY_decrypt_init(context.get());
+  EVP_PKEY_CTX_set_rsa_padding(context.get(), RSA_PKCS1_PADDING);
+  const std::string block = Encrypt(served.PublicKeyPath(), "{guid},1,1,x");
+  unsigned char plain[256];
+  for (auto _ : state) {
+    std::size_t size = sizeof plain;
+    if (EVP_PKEY_decrypt(context.get(), plain, &size,
+                         reinterpret_cast<const unsigned char*>(block.data()), block.size()) <= 0)
+      return state.SkipWithError("not decrypted");
+  }
+}
+BENCHMARK(DecryptAlone)->UseRealTime();
+
 std::size_t ResidentBytes() {
   std::size_t total = 0, resident = 0;
   std::ifstream("/proc/self/statm") >> total >> resident;
@@ -184,6 +212,77 @@ void SilentClients(benchmark::State& state) {
   }
 }
 BENCHMARK(SilentClients)->Iterations(1)->UseRealTime();
+
+void Drain(const std::vector<int>& ends) {
+  char block[65'536];
+  for (const int end : ends) {
+    if (recv(end, block, sizeof block, 0) <= 0) return;
+  }
+}
+
+CSmartPointer<CNotificationEvent> MakeEvent() {
+  auto event = CNotificationEvent::CreateObject();
+  event->Set(u"Corvane", u"ConnectionStatus", u"Connected", true);
+  event->m_Data1 = WString(300, u'x');  // about a long summary
+  return event;
+}
+
+void BareWrites(benchmark::State& state) {
+  std::vector<int> ours, theirs;
+  for (std::size_t i = 0; i < kSubscribers; ++i) {
+    int ends[2];
+    if (socketpair(AF_UNIX, SOCK_STREAM, 0, ends) != 0) return state.SkipWithError("no sockets");
+    ours.push_back(ends[0]);
+    theirs.push_back(ends[1]);
+  }
+  const auto text = MakeEvent()->GetJson();
+  for (auto _ : state) {
+    for (const int end : ours)
+      send(end, text.data(), (text.size() + 1) * sizeof(char16_t), MSG_NOSIGNAL);
+    state.PauseTiming();
+    Drain(theirs);
+    state.ResumeTiming();
+  }
+  for (const std::vector<int>* side : {&ours, &theirs}) {
+    for (const int end : *side) close(end);
+  }
+}
+BENCHMARK(BareWrites)->UseRealTime();
+
+// Counts the events that are written to every subscriber.
+class CountingListener : public SmartObjEx<CountingListener, CNamedPipeListenerNotificationsJson> {
+ public:
+  std::atomic<std::size_t> delivered{0};
+
+ protected:
+  void OnAllWritten() override {
+    CNamedPipeListenerNotificationsJson::OnAllWritten();
+    ++delivered;
+  }
+};
+
+// From the hand of the notification thread until the last subscriber's write is complete.
+void EventToSubscribers(benchmark::State& state) {
+  const Served<CountingListener> served;
+  auto& listener = served.Get();
+  std::vector<int> clients;
+  for (std::size_t i = 0; i < kSubscribers; ++i) {
+    clients.push_back(Connect(served.Path()));
+    if (!Ask(clients.back(), Message(R"({"cmd":"Subscribe"})")))
+      return state.SkipWithError("not served");
+  }
+  const auto event = MakeEvent();
+  for (auto _ : state) {
+    const std::size_t before = listener.delivered;
+    listener.SendNotification(event.get());
+    while (listener.delivered == before) std::this_thread::yield();
+    state.PauseTiming();
+    Drain(clients);
+    state.ResumeTiming();
+  }
+  for (const int client : clients) close(client);
+}
+BENCHMARK(EventToSubscribers)->UseRealTime();
 
 }  // namespace
 }  // namespace corvane
