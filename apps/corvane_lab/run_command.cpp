@@ -55,6 +55,14 @@ struct Trouble {
   }
 };
 
+// What of the clients' side is not given back after the stop; empty when all is.
+std::string LeftOver(platform::sim::SimKernel& kernel) {
+  const auto pipes = kernel.Pipes().OpenHandles(), records = kernel.Pipes().OpenRecords(),
+             keys = kernel.Crypto().OpenHandles();
+  if (pipes + records + keys == 0) return {};
+  return FormatA("%u pipes, %u records of clients and %u keys are left over", pipes, records, keys);
+}
+
 // One run; empty when all is well, else what went wrong.
 std::string RunOnce(const RunPlan& plan, Output* output, RunSummary* summary) {
   RunReport report(&Output::Print, output, output->json.has_value());
@@ -84,12 +92,8 @@ std::string RunOnce(const RunPlan& plan, Output* output, RunSummary* summary) {
       if (plan.user) user.Look(done + kSampleMs);
     }
     if (!service.Stop()) Trouble::Note("the service did not end within three minutes", &trouble);
-    const auto pipes = pc.Kernel().Pipes().OpenHandles(),
-               records = pc.Kernel().Pipes().OpenRecords();
-    if (trouble.report.empty() && pipes + records != 0) {
-      Trouble::Note(FormatA("%u pipes and %u records of clients are left over", pipes, records),
-                    &trouble);
-    }
+    const std::string left = LeftOver(pc.Kernel());
+    if (!left.empty()) Trouble::Note(left, &trouble);
     report.PrintSummary();
     report.Detach();
   }
