@@ -55,20 +55,11 @@ void SimTimeline::Carry(const Action& action) {
     case ActionKind::kAdapter:
     case ActionKind::kProfile:
     case ActionKind::kNotification:
-      for (const auto& adapter : m.adapters) {
-        const int wanted =
-            action.kind == ActionKind::kProfile ? action.profile.adapter : action.adapter;
-        if (wanted == kAllAdapters || wanted == adapter->Index()) Wireless(action, *adapter);
-      }
+      ForItsAdapters(action);
       break;
-    case ActionKind::kTraffic: {
-      const std::uint64_t now = m.machine.loop.NowMs();
-      Traffic traffic = action.traffic;
-      traffic.span.fromMs += now;
-      if (traffic.span.toMs != kForever) traffic.span.toMs += now;
-      m.machine.world.traffic.push_back(traffic);
+    case ActionKind::kTraffic:
+      AddTraffic(action.traffic);
       break;
-    }
     case ActionKind::kAccessPoint:
     case ActionKind::kLoad:
     case ActionKind::kSignal:
@@ -109,10 +100,8 @@ void SimTimeline::Carry(const Action& action) {
       SetProcess(action.text, action.on);
       break;
     case ActionKind::kWeb:
-      m.web.SetAnswer(action.answer);
-      break;
     case ActionKind::kProxies:
-      m.machine.world.web.proxies = action.proxies;
+      ChangeWeb(action);
       break;
     case ActionKind::kClient:
       m.pipeClients.Carry(action.client);
@@ -122,6 +111,20 @@ void SimTimeline::Carry(const Action& action) {
       break;
   }
   m.machine.loop.Tell([line = action.line](IPcObserver& observer) { observer.OnTimeline(line); });
+}
+
+void SimTimeline::ForItsAdapters(const Action& action) {
+  const int wanted = action.kind == ActionKind::kProfile ? action.profile.adapter : action.adapter;
+  for (const auto& adapter : m.adapters) {
+    if (wanted == kAllAdapters || wanted == adapter->Index()) Wireless(action, *adapter);
+  }
+}
+
+void SimTimeline::AddTraffic(Traffic traffic) {
+  const std::uint64_t now = m.machine.loop.NowMs();
+  traffic.span.fromMs += now;
+  if (traffic.span.toMs != kForever) traffic.span.toMs += now;
+  m.machine.world.traffic.push_back(traffic);
 }
 
 // What somebody wants and cannot have at the moment, such as a scan with the radio off, does not
@@ -275,6 +278,14 @@ void SimTimeline::ChangeFilter(const Action& action) {
     return filter.type == action.filter.type && filter.ssid == action.filter.ssid;
   });
   if (action.on) filters.push_back(action.filter);
+}
+
+void SimTimeline::ChangeWeb(const Action& action) {
+  if (action.kind == ActionKind::kWeb) {
+    m.web.SetAnswer(action.answer);
+  } else {
+    m.machine.world.web.proxies = action.proxies;
+  }
 }
 
 void SimTimeline::ChangeService(bool runs) {

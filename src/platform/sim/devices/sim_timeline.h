@@ -35,14 +35,17 @@ class SimTimeline {
   void Carry(const Action& action);
 
  private:
+  void ForItsAdapters(const Action& action);
   void Wireless(const Action& action, SimWlanAdapter& adapter);
   void OutsideConnect(const Action& action, SimWlanAdapter& adapter);
   void BareNotification(const Action& action, SimWlanAdapter& adapter);
+  void AddTraffic(Traffic traffic);
   void ChangeAccessPoint(const Action& action);
   void ChangeNetwork(const Action& action);
   void ChangeInterface(const Action& action);
   void ChangeNeighbour(const Action& action);
   void ChangeFilter(const Action& action);
+  void ChangeWeb(const Action& action);
   void ChangeService(bool runs);
   void ChangePower(const Action& action);
   void SetSession(const Session& session);

@@ -122,6 +122,9 @@ class SimSession final : public SessionApi {
   std::size_t OpenHandles() const;
 
  private:
+  static constexpr char16_t kOwnProgram[] = u"Corvane.exe";
+  static constexpr DWORD kOwnRunMs = 200;
+
   struct Process {
     DWORD id = 0;
     std::u16string executable;

@@ -109,6 +109,13 @@ void TakeProfile(JsonFields& fields, const World& world, Action* out) {
   out->profile.adapter = TakeAdapter(fields, world, kAllAdapters);
 }
 
+void TakeNotification(JsonFields& fields, const World& world, Action* out) {
+  out->adapter = TakeAdapter(fields, world, 0);
+  out->source = static_cast<DWORD>(fields.Need("source").Integer(0, kMostDword));
+  out->code = static_cast<DWORD>(fields.Need("code").Integer(0, kMostDword));
+  fields.Integer("value", 0, kMostDword, &out->number);
+}
+
 // What stands behind "at" and "do".
 void TakeMembers(JsonFields& fields, const World& world, Action* out) {
   switch (out->kind) {
@@ -202,10 +209,7 @@ void TakeMembers(JsonFields& fields, const World& world, Action* out) {
       TakeOn(fields, out);
       break;
     case ActionKind::kNotification:
-      out->adapter = TakeAdapter(fields, world, 0);
-      out->source = static_cast<DWORD>(fields.Need("source").Integer(0, kMostDword));
-      out->code = static_cast<DWORD>(fields.Need("code").Integer(0, kMostDword));
-      fields.Integer("value", 0, kMostDword, &out->number);
+      TakeNotification(fields, world, out);
       break;
     case ActionKind::kWeb:
       TakeWebAnswer(fields, &out->answer);
