@@ -70,12 +70,18 @@ platform::HRESULT CThreadBase::BeginThread() {
   m_bRunning = true;
   m_pFrame = new Frame(this);
   platform::DWORD id = 0xFFFFFFFF;
-  m_hThread = Os().threads.CreateThread(&ThreadProc, m_pFrame, m_ThreadName, &id);
+  platform::DWORD code = platform::ERROR_GEN_FAILURE;  // of a call that faults
+  m_hThread = Guarded("CThread", "CreateThread", platform::HANDLE{}, [&] {
+    platform::HANDLE const made =
+        Os().threads.CreateThread(&ThreadProc, m_pFrame, m_ThreadName, &id);
+    if (!made) code = Os().threads.GetLastError();
+    return made;
+  });
   if (m_hThread) {
     m_ThreadId = id;
     return platform::S_OK;
   }
-  const platform::HRESULT result = HresultFromWin32(Os().threads.GetLastError());
+  const platform::HRESULT result = HresultFromWin32(code);
   m_bRunning = false;
   m_pFrame->Drop();  // the share of the thread that never was
   LetGo(false);

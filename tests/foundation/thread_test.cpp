@@ -94,7 +94,10 @@ TEST_F(ThreadTest, AFailedStartGivesTheCodeAsAnHresult) {
   const struct {
     platform::DWORD code;
     std::uint32_t result;
-  } cases[] = {{8, 0x80070008}, {0x12345, 0x80072345}, {0x80004005, 0x80004005}};
+  } cases[] = {{8, 0x80070008},
+               {0x12345, 0x80072345},
+               {0x80004005, 0x80004005},
+               {test::FailureSwitch::kFault, 0x8007001F}};
   for (const auto& c : cases) {
     os.failures.Fail("CreateThread", c.code);
     EXPECT_EQ(static_cast<std::uint32_t>(worker->BeginThread()), c.result);
