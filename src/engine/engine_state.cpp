@@ -60,7 +60,9 @@ void CLBEngineState::ReadSettings() {
 
 void CLBEngineState::WakeThreads() {
   for (const Event event : {kDiscoveryEvent, kLinkEvent}) {
-    if (m_Events[event]) Os().threads.SetEvent(m_Events[event]);
+    HANDLE const handle = m_Events[event];
+    if (!handle) continue;
+    GiveBack(kClassName, "SetEvent", [handle] { Os().threads.SetEvent(handle); });
   }
 }
 
