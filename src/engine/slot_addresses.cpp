@@ -58,8 +58,9 @@ LBGatewayPlace PlaceBehind(LBPass& pass, const LBAdapterEntry& entry,
   }
   if (known) {
     place = LBFindOrTakeGatewaySlot(table->gateways, hop, hasCatchAll, &pass.gatewayCursor);
+  } else if (hasCatchAll) {
+    place = CatchAll(table);
   }
-  if (place.IsNone() && hasCatchAll) place = CatchAll(table);
   if (!place.IsNone() && !IsZero(gateway.ip6)) {
     place.ip6 = PutGatewayIp6(&table->gateways[place.slot], gateway.ip6);
   }

@@ -222,6 +222,20 @@ TEST_F(EnginePassTest, AnUnknownGatewayFallsOnTheCatchAllOrNowhere) {
   EXPECT_EQ(Slot(0).gateway, kNoIndex);
 }
 
+// The catch-all is for gateways that nobody knows, not for one gateway too many.
+TEST_F(EnginePassTest, AnEighthGatewayHasNoPlace) {
+  for (std::uint8_t n = 1; n <= 8; ++n) {
+    const std::string router = "192.168." + std::to_string(n) + ".1";
+    Router(router, n);
+    Adapters().push_back(Wired(n));
+    Adapters().back().gateways = {router};
+  }
+  Settle();
+  EXPECT_EQ(Slot(6).gateway, 6);
+  EXPECT_EQ(Slot(7).gateway, kNoIndex);
+  EXPECT_EQ(Gateway(7).state, 1);
+}
+
 TEST_F(EnginePassTest, AnIp6GatewayIsResolvedWhereItsRowIsEmpty) {
   Adapters() = {Wired(5)};
   Adapters()[0].addresses = {"fe80::5", "2001:db8::5"};
