@@ -32,7 +32,7 @@ bool RetireSlot(LBAdapterSlot* slot) {
   if (up) {
     Put(slot->state,
         static_cast<std::uint8_t>((slot->state & ~slot_state::kUp) | slot_state::kDown));
-    Put(slot->runBits, (slot->runBits & ~std::uint32_t{slot_state::kUp}) | slot_state::kDown);
+    Put(slot->runBits, slot->runBits | slot_state::kDown);
   }
   if ((slot->baseFlags & kRadio) != 0) ClearWlanArea(slot);
   return status != 0 && (up || !notManaged);

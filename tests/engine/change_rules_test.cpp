@@ -201,6 +201,7 @@ TEST(RetireSlot, TellsOfWhatTheDriverUsed) {
     EXPECT_EQ(RetireSlot(&slot), one.told) << int{one.state} << "/" << one.status;
     EXPECT_EQ(slot.index, kNoIndex);
     EXPECT_EQ(slot.state, one.after);
+    EXPECT_EQ(slot.runBits, (one.state & 1) != 0 ? 3u : 1u);  // how it ran when it went
     EXPECT_EQ(slot.status, 0u);
     EXPECT_EQ(slot.transmitMbps + slot.receiveMbps + slot.upWord + slot.classFlags, 0u);
     EXPECT_EQ(slot.wlan.ssidLength + slot.behindWlan, 0u);
