@@ -70,6 +70,7 @@ class Engine {
  public:
   DWORD Start(LBEngineInfo* info);
   void Stop();
+  void Release();
   bool Snapshot(LBEngineSnapshot* snapshot);
 
  private:
@@ -106,6 +107,11 @@ void Engine::Stop() {
   run->EndThreads(0);
 }
 
+void Engine::Release() {
+  const CCritSecLock lock(m_Lock);
+  m_pRun.reset();
+}
+
 bool Engine::Snapshot(LBEngineSnapshot* snapshot) {
   const CCritSecLock lock(m_Lock);
   if (!m_pRun) return false;
@@ -136,6 +142,10 @@ DWORD LoadBalanceConfig(std::uint32_t command, std::uint32_t mode) {
 
 void LB_StopEngine() {
   if (Engine* const engine = Singleton<Engine>::Find()) engine->Stop();
+}
+
+void LB_ReleaseEngine() {
+  if (Engine* const engine = Singleton<Engine>::Find()) engine->Release();
 }
 
 bool LB_SnapshotEngine(LBEngineSnapshot* snapshot) {

@@ -34,4 +34,9 @@ platform::DWORD LoadBalanceConfig(std::uint32_t command, std::uint32_t mode);
 // the driver takes to hear of it.
 void LB_StopEngine();
 
+// What the end of the process does to an engine that still runs: its threads end, its memory and
+// its handles go, and the driver learns of it by the device that is closed. Waits for a start or a
+// stop.
+void LB_ReleaseEngine();
+
 }  // namespace corvane

@@ -181,8 +181,8 @@ TEST_F(EngineTest, GivesEverythingBackAHundredTimes) {
     if (i % 4 == 1) Driver().present = false;  // it vanishes in the middle
     LB_StopEngine();
     Driver().present = true;
-    ASSERT_EQ(machine->Open(), 0) << i;
-    ASSERT_EQ(os.threads.OpenHandles(), 0u) << i;
+    // A thread that a busy machine holds up is given up, and gives back when it has its turn.
+    ASSERT_TRUE(Await([&] { return machine->Open() == 0 && os.threads.OpenHandles() == 0; })) << i;
   }
   EXPECT_EQ(os.threads.OpenSections(), 1);  // of the entry points themselves
 }
@@ -201,6 +201,25 @@ TEST_F(EngineTest, GivesUpAThreadThatIsStuckInTheDriver) {
   EXPECT_EQ(machine->heap.OpenHeaps(), 1);  // the driver may still look at the table
   hold = false;
   EXPECT_TRUE(Await([&] { return machine->Open() == 0; }));
+}
+
+TEST_F(EngineTest, StopsThoughNobodyCanBeWoken) {
+  EXPECT_EQ(LB_InitializeEngine(&info), 0u);
+  ASSERT_TRUE(Await([] { return StateWord() == 24; }));
+  os.failures.Fail("SetEvent", test::FailureSwitch::kFault);
+  LB_StopEngine();
+  os.failures.Pass("SetEvent");
+  EXPECT_FALSE(Runs());
+  EXPECT_TRUE(Await([&] { return machine->Open() == 0; }));
+}
+
+TEST_F(EngineTest, GoesWithoutAWordToItsDriver) {
+  EXPECT_EQ(LB_InitializeEngine(&info), 0u);
+  LB_ReleaseEngine();
+  EXPECT_FALSE(Runs());
+  EXPECT_EQ(machine->Open(), 0);
+  EXPECT_EQ(Driver().Count(control::kStop), 0);
+  EXPECT_EQ(LB_InitializeEngine(&info), 0u);
 }
 
 TEST_F(EngineTest, StopsInTheMiddleOfAPass) {
