@@ -82,6 +82,8 @@ struct KernelTest::Services {
   CryptoApi* crypto;
   EventTraceApi* eventTrace;
   FileApi* files;
+  DriverApi* driver = &absent::Driver();
+  HeapApi* heap = &absent::Heap();
   HttpApi* http = &absent::Http();
   IpHelperApi* ipHelper = &defaultIpHelper;
   NetworkListApi* networkList = &defaultNetworkList;
@@ -89,6 +91,7 @@ struct KernelTest::Services {
   PerfCounterApi* perfCounters = &defaultPerfCounters;
   PowerApi* power = &defaultPower;
   RegistryApi* registry;
+  ServiceApi* services = &absent::Services();
   SessionApi* session;
   WlanApi* wlan = &defaultWlan;
 };
@@ -127,16 +130,21 @@ void KernelTest::PutInForce() {
                               .registry = *use.registry,
                               .session = *use.session,
                               .wlan = *use.wlan,
+                              .driver = *use.driver,
+                              .heap = *use.heap,
                               .http = *use.http,
-                              .pipes = *use.pipes});
+                              .pipes = *use.pipes,
+                              .services = *use.services});
   SetPlatform(&*m_Platform);
 }
 
 void KernelTest::Use(ClockApi& service) { m_pServices->clock = &service, PutInForce(); }
 void KernelTest::Use(ConsoleApi& service) { m_pServices->console = &service, PutInForce(); }
 void KernelTest::Use(CryptoApi& service) { m_pServices->crypto = &service, PutInForce(); }
+void KernelTest::Use(DriverApi& service) { m_pServices->driver = &service, PutInForce(); }
 void KernelTest::Use(EventTraceApi& service) { m_pServices->eventTrace = &service, PutInForce(); }
 void KernelTest::Use(FileApi& service) { m_pServices->files = &service, PutInForce(); }
+void KernelTest::Use(HeapApi& service) { m_pServices->heap = &service, PutInForce(); }
 void KernelTest::Use(HttpApi& service) { m_pServices->http = &service, PutInForce(); }
 void KernelTest::Use(IpHelperApi& service) { m_pServices->ipHelper = &service, PutInForce(); }
 void KernelTest::Use(NetworkListApi& service) { m_pServices->networkList = &service, PutInForce(); }
@@ -146,6 +154,7 @@ void KernelTest::Use(PerfCounterApi& service) {
 void KernelTest::Use(PipeApi& service) { m_pServices->pipes = &service, PutInForce(); }
 void KernelTest::Use(PowerApi& service) { m_pServices->power = &service, PutInForce(); }
 void KernelTest::Use(RegistryApi& service) { m_pServices->registry = &service, PutInForce(); }
+void KernelTest::Use(ServiceApi& service) { m_pServices->services = &service, PutInForce(); }
 void KernelTest::Use(SessionApi& service) { m_pServices->session = &service, PutInForce(); }
 void KernelTest::Use(ThreadApi& service) { m_pServices->threads = &service, PutInForce(); }
 void KernelTest::Use(WlanApi& service) { m_pServices->wlan = &service, PutInForce(); }

@@ -11,8 +11,10 @@
 #include "platform/clock_api.h"
 #include "platform/console_api.h"
 #include "platform/crypto_api.h"
+#include "platform/driver_api.h"
 #include "platform/event_trace_api.h"
 #include "platform/file_api.h"
+#include "platform/heap_api.h"
 #include "platform/http_api.h"
 #include "platform/ip_helper_api.h"
 #include "platform/network_list_api.h"
@@ -21,6 +23,7 @@
 #include "platform/platform.h"
 #include "platform/power_api.h"
 #include "platform/registry_api.h"
+#include "platform/service_api.h"
 #include "platform/session_api.h"
 #include "platform/sim/kernel/sim_kernel.h"
 #include "platform/sim/simulated_pc.h"
@@ -81,8 +84,10 @@ class KernelTest : public testing::Test {
   void Use(platform::ClockApi& service);
   void Use(platform::ConsoleApi& service);
   void Use(platform::CryptoApi& service);
+  void Use(platform::DriverApi& service);
   void Use(platform::EventTraceApi& service);
   void Use(platform::FileApi& service);
+  void Use(platform::HeapApi& service);
   void Use(platform::HttpApi& service);
   void Use(platform::IpHelperApi& service);
   void Use(platform::NetworkListApi& service);
@@ -90,6 +95,7 @@ class KernelTest : public testing::Test {
   void Use(platform::PipeApi& service);
   void Use(platform::PowerApi& service);
   void Use(platform::RegistryApi& service);
+  void Use(platform::ServiceApi& service);
   void Use(platform::SessionApi& service);
   void Use(platform::ThreadApi& service);
   void Use(platform::WlanApi& service);
