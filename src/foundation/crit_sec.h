@@ -13,13 +13,15 @@ enum class LockRank : int {
   kInterface = 40,
   kNetwork = 42,
   kBssEntry = 44,
-  kMaps = 50,         // wireless maps, gateway memo, AP set memos
-  kNotifyQueue = 55,  // held during a delivery, under which providers take their own locks
-  kObject = 60,       // the lock of any other counted object
-  kEngineRun = 70,    // one start or stop of the load-balance engine at a time
-  kEngine = 72,       // the engine's tables and words
-  kEngineSlots = 74,  // its gateway slots
-  kLeaf = 90,         // held for a few instructions, calls nothing
+  kMaps = 50,          // wireless maps, gateway memo, AP set memos
+  kNotifyQueue = 55,   // held during a delivery, under which providers take their own locks
+  kEngineQueue = 56,   // commands for the engine, held during its calls
+  kEngineSwitch = 58,  // from a start or stop of the engine to the note of it
+  kObject = 60,        // the lock of any other counted object
+  kEngineRun = 70,     // one start or stop of the load-balance engine at a time
+  kEngine = 72,        // the engine's tables and words
+  kEngineSlots = 74,   // its gateway slots
+  kLeaf = 90,          // held for a few instructions, calls nothing
   kLogger = 100,
 };
 

@@ -6,11 +6,15 @@
 
 namespace corvane {
 
-void ReportFault(const char* className, const char* operation, platform::DWORD code) {
+void ReportFilter(const char* className, platform::DWORD code) {
   const log::Scope scope;
   Os().console.WriteOutput(
       FormatA("\n>>>>>>>>>>>>>>>>>>>>[[ %s::filterException 0x%x ]]\n\n", className, code));
   Os().console.FlushOutput();
+}
+
+void ReportFault(const char* className, const char* operation, platform::DWORD code) {
+  ReportFilter(className, code);
   LOG_ERROR(u"%S::%S: __EXCEPTION__ - s_LastExceptionCode=0x%08x", className, operation, code);
 }
 

@@ -5,6 +5,9 @@
 
 namespace corvane {
 
+// The filter's line to the console.
+void ReportFilter(const char* className, platform::DWORD code);
+
 // Tells of a fault: the filter's line goes to the console, and
 // "<class>::<operation>: __EXCEPTION__ - s_LastExceptionCode=0x%08x" to the log as an error.
 void ReportFault(const char* className, const char* operation, platform::DWORD code);
