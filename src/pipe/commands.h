@@ -21,8 +21,9 @@ WString UICommand(const CClientRequest& request);
 WString ConnectAP(const CClientRequest& request);
 WString DeleteProfile(const CClientRequest& request);
 
-// Of the service: misc_command.cpp, event_router.cpp, service_commands.cpp.
+// Of the service: misc_command.cpp, lb_command.cpp, event_router.cpp, service_commands.cpp.
 WString MiscCommand(const CClientRequest& request);
+WString LBCommand(const CClientRequest& request);
 WString EventRouter(const CClientRequest& request);
 WString AppLog(const CClientRequest& request);
 WString ClientDir(const CClientRequest& request);

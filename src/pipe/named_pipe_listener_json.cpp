@@ -24,7 +24,7 @@ struct Command {
   WString (*handle)(const CClientRequest& request);
 };
 
-constexpr std::array<Command, 9> kCommands = {{
+constexpr std::array<Command, 10> kCommands = {{
     {u"AppLog", &commands::AppLog},
     {u"EventRouter", &commands::EventRouter},
     {u"ClientDir", &commands::ClientDir},
@@ -32,6 +32,7 @@ constexpr std::array<Command, 9> kCommands = {{
     {u"WriteRegString", &commands::WriteRegString},
     {u"UICommand", &commands::UICommand},
     {u"MiscCommand", &commands::MiscCommand},
+    {u"LBCommand", &commands::LBCommand},
     {u"DeleteProfile", &commands::DeleteProfile},
     {u"ConnectAP", &commands::ConnectAP},
 }};
