@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "engine/engine.h"
 #include "foundation/guarded.h"
 #include "foundation/hosts.h"
 #include "history/global_ap_gateway_map_memo.h"
@@ -23,6 +24,7 @@
 #include "platform/session_api.h"
 #include "platform/socket_api.h"
 #include "platform/thread_api.h"
+#include "service/engine_switch.h"
 #include "service/one_shot_modes.h"
 #include "service/pilot_schedule.h"
 #include "service/version.h"
@@ -154,7 +156,7 @@ bool Service::StartSockets() {
 }
 
 void Service::StartUp() {
-  OpenHomeKey();
+  StartEngineControl(&m_bHomeKeyCreated);  // and with it the first open of the home key
   if (const platform::HRESULT result = CNotificationManagerSingleton::GetInstance().BeginThread();
       result != 0) {
     LOG_ERROR(u"Main:[starting] the notification thread did not start: 0x%08x", result);
@@ -261,7 +263,9 @@ bool Service::RunMainRound() {
   config.RefreshGlobals();
   RestartWorkers();
   if (config.m_bEnablePilot) RunPilot();
-  if (config.m_bServiceEnable) {
+  const bool enabled = config.m_bServiceEnable;
+  KeepEngine(enabled);
+  if (enabled) {
     Sleep(kRoundMs);
   } else {
     for (int slice = 0; slice < kDisabledSlices && !config.m_bServiceEnable; ++slice)
@@ -307,10 +311,15 @@ void Service::ShutDown() {
   // The notification thread goes before its pipe, so that nothing is delivered to a dead listener.
   CNotificationManagerSingleton::GetInstance().Shutdown(kNotificationsEndMs);
   StopPipe(m_pNotifyPipe);
+  StopEngineControl();
   CGlobalConfigContainer::GetInstance().Shutdown(false);
   CGlobalWirelessMaps::GetInstance().Shutdown();
   // Nothing of the program may run any more when its log and its process-wide objects go.
-  if (Os().threads.AwaitAbandoned(kUnwindMs)) CNotificationManagerSingleton::DropInstance();
+  if (Os().threads.AwaitAbandoned(kUnwindMs)) {
+    CNotificationManagerSingleton::DropInstance();
+    LB_ReleaseEngine();  // gives up its threads in turn
+    Os().threads.AwaitAbandoned(kUnwindMs);
+  }
   ReportLeaks();
   StopLogger();
 }
@@ -337,12 +346,6 @@ void Service::RefreshUser() {
   config.SetProxyPresent(environment->proxyPresent);
 }
 
-// The first open of the home key by the service.
-void Service::OpenHomeKey() {
-  class HomeKeyOpener : public CRegistryHelperBase {};
-  HomeKeyOpener().InitializeRegistry(kHomeKeyPath, &m_bHomeKeyCreated);
-}
-
 // The field experiment, by its calendar.
 void Service::RunPilot() {
   switch (PilotStepAt(platform::SystemTimeNow())) {
@@ -350,6 +353,7 @@ void Service::RunPilot() {
       OpenSurvey(u"Survey1", u"/prepilotsurvey.php");
       break;
     case PilotStep::kEngine:
+      StartEngineForPilot();
       break;
     case PilotStep::kEnd: {
       const auto registry = CGlobalConfigContainer::GetInstance().GetRegistry();

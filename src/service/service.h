@@ -30,7 +30,6 @@ class Service {
   void ShutDown();
   void ReadDebugValues();
   void RefreshUser();  // the logged-on user's environment
-  void OpenHomeKey();
   void RunPilot();
   void OpenSurvey(WStringView flag, WStringView page);
   void CountBoot();

@@ -53,6 +53,7 @@ void ServiceTest::Start(const WorldBuilder& world) {
   PcOptions options;
   options.observer = this;
   m_pMachine = &Boot(world.Build(), options);
+  OnBooted();
   m_pMachine->Files().MakeDirectories(kHistoryFolder);
   m_pMachine->Kernel().EventTrace().SetObserver(&ServiceTest::Trace, this);
   m_pService = std::make_unique<lab::ServiceRun>(*m_pMachine);

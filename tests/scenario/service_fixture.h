@@ -63,6 +63,8 @@ class ServiceTest : public PcTest, private platform::sim::IPcObserver {
   // Boots a PC of this world, on which the suite that keeps the history is installed, and starts
   // the service on it.
   void Start(const WorldBuilder& world);
+  // Between the PC and the service: a test puts services of its own in force.
+  virtual void OnBooted() {}
   // The orderly stop; false when the service does not end.
   bool Stop() { return m_pService->Stop(); }
   int ExitCode() const { return m_pService->ExitCode(); }
