@@ -9,9 +9,11 @@
 #include "platform/linux/host_clock.h"
 #include "platform/linux/host_console.h"
 #include "platform/linux/host_crypto.h"
+#include "platform/linux/host_driver.h"
 #include "platform/linux/host_event_file.h"
 #include "platform/linux/host_files.h"
 #include "platform/linux/host_gate.h"
+#include "platform/linux/host_heap.h"
 #include "platform/linux/host_home.h"
 #include "platform/linux/host_http.h"
 #include "platform/linux/host_pipes.h"
@@ -72,6 +74,8 @@ struct LinuxHost::Impl {
             .registry = registry,
             .session = session,
             .wlan = devices.Wlan(),
+            .driver = driver,
+            .heap = heap,
             .http = http,
             .pipes = pipes,
             .sockets = devices.Sockets(),
@@ -115,6 +119,8 @@ struct LinuxHost::Impl {
   sim::SimSession session;
   HostHttp http;
   HostPipes pipes;
+  HostDriver driver{absent::Driver(), console};
+  HostHeap heap;
   sim::DeviceHost deviceHost{threads, clock, registry, gate, &PressKey, this, &session};
   sim::SimDevices devices;
   Platform platform;

@@ -1,0 +1,16 @@
+#pragma once
+#include "platform/heap_api.h"
+
+namespace corvane::platform::linux_host {
+
+// Private heaps in the memory of the process. Blocks are zeroed, asked for or not. Sizes are the
+// caller's wishes and reserve nothing.
+class HostHeap final : public HeapApi {
+ public:
+  HANDLE HeapCreate(DWORD options, std::size_t initialSize, std::size_t maximumSize) override;
+  void* HeapAlloc(HANDLE heap, DWORD flags, std::size_t bytes) override;
+  BOOL HeapFree(HANDLE heap, DWORD flags, void* memory) override;
+  BOOL HeapDestroy(HANDLE heap) override;
+};
+
+}  // namespace corvane::platform::linux_host
