@@ -1,7 +1,15 @@
 #include <gmock/gmock.h>
 
+#include <chrono>
+#include <map>
+#include <utility>
+
+#include "corvane_lab/arguments.h"
 #include "corvane_lab/commands.h"
 #include "corvane_lab/round_record.h"
+#include "corvane_lab/service_run.h"
+#include "corvane_lab/world_source.h"
+#include "foundation/format.h"
 #include "support/source_dir.h"
 
 namespace corvane::lab {
@@ -32,11 +40,46 @@ TEST(ExplainCommandTest, TellsOfTheRoundThatRunsAtThatTime) {
   EXPECT_THAT(Explain("2m", {"--adapter", "0", "--json"}), HasSubstr(R"(,"terms":"SIGQ()"));
 }
 
-// A round of no length and its successor run at the same instant.
+// The first round of no length whose successor begins at once, and that one's end.
+struct InstantOfTwoRounds {
+  int adapter = -1;
+  std::uint64_t atMs = 0;
+  std::uint64_t endMs = 0;
+  std::map<int, RoundRecord> before = {};
+
+  static void Take(const RoundRecord& round, void* context) {
+    auto& self = *static_cast<InstantOfTwoRounds*>(context);
+    const RoundRecord before = std::exchange(self.before[round.adapter], round);
+    if (self.adapter >= 0 || round.number < 2 || before.beganMs != before.endedMs) return;
+    if (before.endedMs != round.beganMs || round.beganMs == round.endedMs) return;
+    self.adapter = round.adapter;
+    self.atMs = round.beganMs;
+    self.endMs = round.endedMs;
+  }
+};
+
 TEST(ExplainCommandTest, ReachesEachRoundOfAnInstant) {
-  const std::string text = Explain("1008600ms", {"--adapter", "1"});
-  EXPECT_THAT(text, HasSubstr("from 1008.600 s to 1008.600 s"));
-  EXPECT_THAT(text, HasSubstr("from 1008.600 s to 1009.600 s"));
+  InstantOfTwoRounds instant;
+  {
+    const Arguments arguments({test::SourceDir() + "/worlds/eight-hours.json"}, {}, {});
+    AirReport air;
+    const platform::sim::World world = WorldOf(arguments, &air);
+    platform::sim::SimulatedPc pc(world);
+    RoundRecorder recorder(pc, world, false, &InstantOfTwoRounds::Take, &instant);
+    ServiceRun service(pc);
+    service.Start();
+    for (int minute = 0; minute < 480 && instant.adapter < 0; ++minute)
+      pc.RunFor(std::chrono::minutes(1));
+  }
+  ASSERT_GE(instant.adapter, 0);
+  const std::string text =
+      Explain(std::to_string(instant.atMs) + "ms", {"--adapter", std::to_string(instant.adapter)});
+  const auto seconds = [](std::uint64_t ms) {
+    return FormatA("%.3lf s", static_cast<double>(ms) / 1000.0);
+  };
+  const std::string from = "from " + seconds(instant.atMs) + " to ";
+  EXPECT_THAT(text, HasSubstr(from + seconds(instant.atMs)));
+  EXPECT_THAT(text, HasSubstr(from + seconds(instant.endMs)));
 }
 
 TEST(ExplainCommandTest, TellsThatTheSystemHasConnected) {
