@@ -189,6 +189,7 @@ class HostPipesTest : public testing::Test {
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(4));
     over = true;
     for (std::thread& one : flood) one.join();
+    EXPECT_TRUE(PipePeer(socketPath).IsAtEnd());  // and so have all before it been turned away
   }
 
   TempDirectory home;
