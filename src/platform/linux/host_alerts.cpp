@@ -44,12 +44,12 @@ HostAlerts::~HostAlerts() {
   if (m_Wake >= 0) close(m_Wake);
 }
 
-void HostAlerts::Queue(Call call) {
+void HostAlerts::Queue(Call call, bool wake) {
   {
     const std::lock_guard lock(m_Mutex);
     m_Calls.push_back(std::move(call));
   }
-  Wake();
+  if (wake) Wake();
 }
 
 void HostAlerts::Forget(const void* owner) {

@@ -31,7 +31,8 @@ class HostAlerts {
 
   bool IsOpen() const { return m_Epoll >= 0 && m_Wake >= 0; }  // else descriptors have run out
 
-  void Queue(Call call);  // and wakes the thread
+  // The thread need not be woken for a call that it queues itself: it counts them before it sleeps.
+  void Queue(Call call, bool wake = true);
   void Forget(const void* owner);
   std::size_t CountCalls() const;
   bool TakeCall(Call* call);  // false: there is none

@@ -253,22 +253,23 @@ BOOL HostPipes::GetNamedPipeClientProcessId(HANDLE pipe, ULONG* processId) {
 // ---- the alertable wait ---------------------------------------------------------------------
 
 void HostPipes::Deliver(const HostPipeInstance::OperationPtr& operation, std::uint64_t id) {
-  operation->alerts->Queue({operation.get(), [this, operation, id] {
-                              DWORD error = ERROR_SUCCESS;
-                              DWORD bytes = 0;
-                              {
-                                const std::lock_guard lock(m_Mutex);
-                                if (const auto pipe = m_Pipes.find(id); pipe != m_Pipes.end())
-                                  pipe->second.instance->Remove(operation);
-                                // What the record holds by now, as Windows does.
-                                const OVERLAPPED& overlapped = *operation->overlapped;
-                                error = HasOverlappedIoCompleted(overlapped)
-                                            ? static_cast<DWORD>(overlapped.Internal)
-                                            : ERROR_IO_PENDING;
-                                bytes = static_cast<DWORD>(overlapped.InternalHigh);
-                              }
-                              operation->completion(error, bytes, operation->overlapped);
-                            }});
+  const auto call = [this, operation, id] {
+    DWORD error = ERROR_SUCCESS;
+    DWORD bytes = 0;
+    {
+      const std::lock_guard lock(m_Mutex);
+      if (const auto pipe = m_Pipes.find(id); pipe != m_Pipes.end())
+        pipe->second.instance->Remove(operation);
+      // What the record holds by now, as Windows does.
+      const OVERLAPPED& overlapped = *operation->overlapped;
+      error = HasOverlappedIoCompleted(overlapped) ? static_cast<DWORD>(overlapped.Internal)
+                                                   : ERROR_IO_PENDING;
+      bytes = static_cast<DWORD>(overlapped.InternalHigh);
+    }
+    operation->completion(error, bytes, operation->overlapped);
+  };
+  const bool isOwn = operation->alerts == m_Threads.OwnSharedAlerts();
+  operation->alerts->Queue({operation.get(), call}, !isOwn);
 }
 
 DWORD HostPipes::WaitForMultipleObjectsEx(DWORD count, const HANDLE* objects, BOOL waitAll,
