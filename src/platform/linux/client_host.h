@@ -1,0 +1,22 @@
+#pragma once
+#include <cstdint>
+#include <string>
+
+namespace corvane::platform::linux_host {
+
+// What a command line client needs of its process and its terminal.
+
+bool IsTerminal();      // standard output
+int TerminalColumns();  // 80 when the terminal does not tell
+int TerminalRows();     // 24 likewise
+std::uint32_t OwnProcessId();
+std::uint64_t MicrosecondsSince1970();
+// Sleeps in life; a signal ends it.
+void SleepMs(int ms);
+std::string RandomGuid();  // "{8-4-4-4-12}", hexadecimal
+
+// From now on Ctrl-C and SIGTERM only raise a flag.
+void CatchInterrupts();
+bool IsInterrupted();
+
+}  // namespace corvane::platform::linux_host
