@@ -1,0 +1,153 @@
+#include "corvane_client/adapter_state.h"
+
+#include <algorithm>
+
+#include "corvane_client/client_error.h"
+#include "corvane_client/json_writer.h"
+#include "corvane_client/text_table.h"
+#include "foundation/text.h"
+
+namespace corvane::client {
+
+namespace {
+
+constexpr std::uint32_t kMostAdapters = 10;  // the home key has a value for each, "0" to "9"
+
+std::string ValueOr(const Values& values, const std::string& name, const std::string& fallback) {
+  const auto found = values.find(name);
+  return found == values.end() ? fallback : found->second;
+}
+
+bool Means(const std::string& word, const AdapterState& adapter) {
+  const std::string lower = ToLower(std::string_view(word));
+  const auto same = [&](const std::string& text) {
+    return !text.empty() && ToLower(std::string_view(text)) == lower;
+  };
+  return word == std::to_string(adapter.index) || same(adapter.guid) ||
+         same(adapter.Text("AdapterName")) || same(adapter.Text("AdapterDescription"));
+}
+
+std::string Listing(const std::vector<AdapterState>& adapters) {
+  std::string text;
+  for (const AdapterState& one : adapters) {
+    text += "\n  " + std::to_string(one.index) + "  " + one.guid + "  " + one.Name();
+  }
+  return text;
+}
+
+}  // namespace
+
+std::string AdapterState::Text(const std::string& name) const { return ValueOr(values, name, ""); }
+
+std::string AdapterState::Name() const {
+  const std::string description = Text("AdapterDescription");
+  return Printable(description.empty() ? Text("AdapterName") : description);
+}
+
+std::vector<CandidateRow> AdapterState::Candidates(bool others) const {
+  return ParseCandidates(Text(others ? "NONCandidatesCSV" : "CandidatesCSV"));
+}
+
+std::vector<AdapterState> ReadAdapters(IServiceAccess& service) {
+  const Values home = service.Settings();
+  const std::uint32_t count = std::min(
+      ParseNumber(ValueOr(home, "NumWifiAdapters", "")).value_or(kMostAdapters), kMostAdapters);
+  std::vector<AdapterState> adapters;
+  for (std::uint32_t i = 0; i < count; ++i) {
+    const std::string guid = ValueOr(home, std::to_string(i), "");
+    if (!guid.empty()) adapters.push_back({i, guid, service.Settings(guid)});
+  }
+  return adapters;
+}
+
+std::vector<AdapterState> ChooseAdapters(std::vector<AdapterState> adapters,
+                                         const ClientOptions& options) {
+  if (!options.adapter) return adapters;
+  std::vector<AdapterState> chosen;
+  for (const AdapterState& one : adapters) {
+    if (Means(*options.adapter, one)) chosen.push_back(one);
+  }
+  if (chosen.empty()) {
+    throw ClientError(kBadCall, "no adapter is \"" + *options.adapter + "\"; there " +
+                                    (adapters.empty() ? "is none" : "are:" + Listing(adapters)));
+  }
+  return chosen;
+}
+
+AdapterState ChooseAdapter(IServiceAccess& service, const ClientOptions& options) {
+  const std::vector<AdapterState> chosen = ChooseAdapters(ReadAdapters(service), options);
+  if (chosen.empty()) throw ClientError(kRefused, "the service has no adapter");
+  if (chosen.size() > 1) {
+    throw ClientError(kBadCall, "which adapter? Name one with --adapter:" + Listing(chosen));
+  }
+  return chosen[0];
+}
+
+std::string ModeName(const std::string& mode) {
+  return mode == "0" ? "autoswitch" : mode == "1" ? "event" : mode == "2" ? "popup" : "unknown";
+}
+
+std::vector<std::string> HoldingStill(const Values& service, const AdapterState& adapter) {
+  std::vector<std::string> reasons;
+  if (ValueOr(service, "ServiceEnable", "1") == "0") reasons.push_back("the service is disabled");
+  if (ValueOr(adapter.values, "Enabled", "1") == "0") reasons.push_back("switched off here");
+  if (ValueOr(adapter.values, "AdapterEnabled", "1") == "0") {
+    reasons.push_back("the adapter is disabled");
+  }
+  if (adapter.Text("VPNInhibited") == "1") reasons.push_back("a VPN is up");
+  if (adapter.Text("RadioInhibited") == "1") reasons.push_back("the radio is off");
+  if (adapter.Text("AirplaneInhibited") == "1") reasons.push_back("airplane mode");
+  const std::string message = Printable(adapter.Text("StatusMessage"));
+  if (!message.empty()) reasons.push_back(message);
+  return reasons;
+}
+
+std::string ConnectedScore(const AdapterState& adapter) {
+  const std::string bssid = NormalBssid(adapter.Text("ConnectedBssid"));
+  if (bssid.empty()) return {};
+  for (const bool others : {false, true}) {
+    for (const CandidateRow& row : adapter.Candidates(others)) {
+      if (row.bssid == bssid) return row.score;
+    }
+  }
+  return {};
+}
+
+std::vector<std::string> StatusLines(const Values& service, const AdapterState& adapter) {
+  std::vector<Row> rows = {
+      {"Adapter " + std::to_string(adapter.index), adapter.Name() + "  " + adapter.guid}};
+  if (adapter.IsConnected()) {
+    rows.push_back({"  Connection", Printable(adapter.Text("ConnectedNetwork")) + "  " +
+                                        adapter.Text("ConnectedBssid")});
+    const std::string score = ConnectedScore(adapter);
+    rows.push_back({"  Score", score.empty() ? "unknown" : score});
+  } else {
+    rows.push_back({"  Connection", "none"});
+  }
+  const std::string status = adapter.Text("ConnectStatus");
+  if (!status.empty()) rows.push_back({"  Last request", status});
+  rows.push_back({"  Mode", ModeName(adapter.Text("PassiveSuggestMode"))});
+  std::string still;
+  for (const std::string& reason : HoldingStill(service, adapter)) {
+    still += (still.empty() ? "" : "; ") + reason;
+  }
+  rows.push_back({"  Holds still", still.empty() ? "no" : still});
+  return TableLines(rows);
+}
+
+std::string StatusJson(const Values& service, const AdapterState& adapter) {
+  CJsonWriter json;
+  json.Begin().Name("index").Uint(adapter.index).Name("guid").String(adapter.guid);
+  json.Name("description").String(adapter.Text("AdapterDescription"));
+  json.Name("connected").Bool(adapter.IsConnected());
+  json.Name("ssid").String(adapter.Text("ConnectedSsid"));
+  json.Name("bssid").String(adapter.Text("ConnectedBssid"));
+  json.Name("score").Value(ConnectedScore(adapter));
+  json.Name("connect_status").String(adapter.Text("ConnectStatus"));
+  json.Name("mode").String(ModeName(adapter.Text("PassiveSuggestMode")));
+  json.Name("holds_still").BeginArray();
+  for (const std::string& reason : HoldingStill(service, adapter)) json.String(reason);
+  return json.EndArray().End().Text();
+}
+
+}  // namespace corvane::client

@@ -1,0 +1,122 @@
+#include "corvane_client/client_commands.h"
+#include "corvane_client/client_error.h"
+#include "corvane_client/service_reply.h"
+
+namespace corvane::client {
+
+const std::vector<Command>& Commands() {
+  static const std::vector<Command> commands = {
+      {"status", &StatusCommand,
+       "status\n    The adapters: connection, score, mode, and what holds the service still.\n"},
+      {"candidates", &CandidatesCommand,
+       "candidates [--all]\n    The access points that the service may choose, best first; * is "
+       "the "
+       "connected one.\n    --all  and those that it may not\n"},
+      {"watch", &WatchCommand,
+       "watch\n    Status, candidates and events as they change, until Ctrl-C: in place on a "
+       "terminal,\n    one line a change otherwise.\n"},
+      {"events", &EventsCommand, "events\n    Events as they come, until Ctrl-C.\n"},
+      {"connect", &ConnectCommand,
+       "connect SSID BSSID [--wait] [--timeout SECS]\n    Asks for a connect to this access "
+       "point.\n"
+       "    --wait  ends when the connect has: status 0 when it succeeded, 1 otherwise\n"
+       "    --timeout SECS  how long that waits (default 60)\n"},
+      {"accept", &AcceptCommand, "accept\n    Accepts the service's suggestion.\n"},
+      {"mode", &ModeCommand,
+       "mode autoswitch|event|popup\n    How an adapter moves: by itself, or by suggesting to "
+       "programs or to the user.\n"},
+      {"enable", &EnableCommand,
+       "enable\n    Lets the service work; with --adapter, on that adapter.\n"},
+      {"disable", &DisableCommand,
+       "disable\n    Stops the service from acting; with --adapter, on that adapter.\n"},
+      {"list", &ListCommand,
+       "list deny|allow|preferred [show | set FILE | clear]\n    The lists of access points, JSON "
+       "arrays of rows: [ssid, bssid], or\n    [ssid, bssid, least quality] in the preferred list, "
+       "which is a file beside the service's\n    program and is only checked here.\n"},
+      {"set", &SetCommand,
+       "set [NAME VALUE]\n    Changes a setting; alone, lists the settings with their values.\n"},
+      {"weights", &WeightsCommand,
+       "weights [show | set FILE]\n    The weights of the score of an adapter, a JSON object.\n"},
+      {"lb", &LbCommand,
+       "lb on [MODE] | off | pause | resume | weight MODE\n    The load-balance engine; MODE is 1 "
+       "or 2.\n"},
+      {"diag", &DiagCommand, "diag\n    Diagnoses the first adapter's link.\n"},
+      {"log", &LogCommand, "log\n    The service's log as it holds it in memory.\n"},
+      {"raw", &RawCommand,
+       "raw JSON\n    Sends this request, with a token, and prints the reply.\n"}};
+  return commands;
+}
+
+std::string HelpText() {
+  std::string text =
+      "corvane-client: talks to the Wi-Fi selection service\n\n"
+      "Usage: corvane-client [--home DIR] [--adapter GUID|INDEX|NAME] [--json] COMMAND ...\n\n";
+  for (const Command& command : Commands()) text += std::string(command.help) + "\n";
+  return text +
+         "Options:\n"
+         "  --adapter A  the adapter, by GUID, index or name (default: the only one, or all)\n"
+         "  --home DIR   the service's home directory (default: CORVANE_HOME, else\n"
+         "               $XDG_STATE_HOME/corvane, else ~/.local/state/corvane)\n"
+         "  --json       prints JSON\n"
+         "  --help       tells of the program, or of a command\n\n"
+         "Exit status: 0 done, 1 refused by the service or failed, 2 a bad call, 3 no service\n";
+}
+
+void NeedWords(const Call& call, std::size_t least, std::size_t most) {
+  const std::size_t count = call.options.words.size();
+  if (count < least) throw ClientError(kBadCall, "too few words");
+  if (count > most)
+    throw ClientError(kBadCall, "too many words: \"" + call.options.words[most] + "\"");
+}
+
+void AskAndCheck(const Call& call, const std::string& request) {
+  const std::string reply = call.service.Ask(request);
+  CheckReply(reply);
+  if (call.options.json) call.output.Line(reply);
+}
+
+namespace {
+
+const Command* FindCommand(const std::string& name) {
+  for (const Command& command : Commands()) {
+    if (name == command.name) return &command;
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+int RunClient(const std::vector<std::string>& words, const Output& output, const Output& error,
+              const std::function<std::unique_ptr<IServiceAccess>(const std::string& home)>& open) {
+  const Command* command = nullptr;
+  try {
+    ClientOptions options = ParseOptions(words);
+    if (options.command == "help") {
+      options.help = true;
+      options.command = options.words.empty() ? "" : options.words[0];
+    }
+    command = FindCommand(options.command);
+    if (!options.command.empty() && !command) {
+      throw ClientError(kBadCall, "no command \"" + options.command + "\"; --help lists them");
+    }
+    if (options.help) {
+      output.write(command ? command->help : HelpText());
+      return kDone;
+    }
+    if (!command) {
+      error.write(HelpText());
+      return kBadCall;
+    }
+    const auto service = open(options.home);
+    return command->run({*service, options, output});
+  } catch (const ClientError& e) {
+    const std::string name = command ? std::string(" ") + command->name : "";
+    error.Line("corvane-client" + name + ": " + e.what());
+    if (command && e.status == kBadCall) {
+      error.write("\nUsage: corvane-client " + std::string(command->help));
+    }
+    return e.status;
+  }
+}
+
+}  // namespace corvane::client

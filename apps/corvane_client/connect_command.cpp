@@ -1,0 +1,57 @@
+#include "corvane_client/adapter_state.h"
+#include "corvane_client/client_commands.h"
+#include "corvane_client/client_error.h"
+#include "corvane_client/connect_progress.h"
+#include "corvane_client/json_writer.h"
+
+namespace corvane::client {
+
+namespace {
+
+constexpr int kPollMs = 200;
+
+// Follows "ConnectStatus" to its end.
+int WaitForConnect(const Call& call, const std::string& guid, const std::string& bssid) {
+  CConnectProgress progress(bssid);
+  for (int ms = 0; ms <= call.options.timeoutSecs * 1000; ms += kPollMs) {
+    if (call.service.IsInterrupted()) throw ClientError(kRefused, "interrupted");
+    const Values values = call.service.Settings(guid);
+    const auto text = [&](const char* name) {
+      const auto found = values.find(name);
+      return found == values.end() ? std::string() : found->second;
+    };
+    const ConnectEnd end = progress.Look(text("ConnectStatus"), text("ConnectedBssid"), ms);
+    if (end == ConnectEnd::kConnected) {
+      if (!call.options.json) call.output.Line("connected to " + text("ConnectedNetwork"));
+      return kDone;
+    }
+    if (end == ConnectEnd::kFailed) throw ClientError(kRefused, "the connect failed");
+    if (end == ConnectEnd::kExternal) {
+      throw ClientError(kRefused, "the network has no profile; the user was asked for credentials");
+    }
+    call.service.Sleep(kPollMs);
+  }
+  throw ClientError(
+      kRefused, "no end of the connect within " + std::to_string(call.options.timeoutSecs) + " s");
+}
+
+}  // namespace
+
+int ConnectCommand(const Call& call) {
+  NeedWords(call, 2, 2);
+  const std::string bssid = NormalBssid(call.options.words[1]);
+  if (!IsBssid(bssid)) {
+    throw ClientError(
+        kBadCall, "\"" + call.options.words[1] + "\" is no BSSID; an example: 02-50-00-00-01-05");
+  }
+  const AdapterState adapter = ChooseAdapter(call.service, call.options);
+  CJsonWriter json;
+  json.Begin().Name("cmd").String("ConnectAP").Name("guid").String(adapter.guid);
+  json.Name("ssid").String(call.options.words[0]).Name("bssid").String(bssid).End();
+  AskAndCheck(call, json.Text());
+  if (call.options.wait) return WaitForConnect(call, adapter.guid, bssid);
+  if (!call.options.json) call.output.Line("asked; --wait tells how it ends");
+  return kDone;
+}
+
+}  // namespace corvane::client

@@ -1,0 +1,15 @@
+#include "corvane_client/json_writer.h"
+
+#include <charconv>
+
+namespace corvane::client {
+
+CJsonWriter& CJsonWriter::Value(const std::string& text) {
+  std::int64_t number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (error != std::errc() || end != text.data() + text.size()) return String(text);
+  m_Writer.Int64(number);
+  return *this;
+}
+
+}  // namespace corvane::client

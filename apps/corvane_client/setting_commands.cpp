@@ -1,0 +1,146 @@
+// Commands that change one setting or ask for one act.
+
+#include "corvane_client/adapter_state.h"
+#include "corvane_client/client_commands.h"
+#include "corvane_client/client_error.h"
+#include "corvane_client/json_writer.h"
+#include "corvane_client/setting_names.h"
+#include "corvane_client/text_table.h"
+
+namespace corvane::client {
+
+namespace {
+
+void Write(const Call& call, const char* command, const std::string& name, std::uint32_t value,
+           const AdapterState* adapter = nullptr) {
+  CJsonWriter json;
+  json.Begin().Name("cmd").String(command);
+  if (adapter) json.Name("guid").String(adapter->guid).Name("idx").Uint(adapter->index);
+  json.Name("name").String(name).Name("value").Uint(value).End();
+  AskAndCheck(call, json.Text());
+}
+
+// The adapter that is named, or the service as a whole.
+int SwitchOnOrOff(const Call& call, std::uint32_t value) {
+  NeedWords(call, 0, 0);
+  if (call.options.adapter) {
+    const AdapterState adapter = ChooseAdapter(call.service, call.options);
+    Write(call, "WriteRegDW", "Enabled", value, &adapter);
+  } else {
+    Write(call, "MiscCommand", "ServiceEnable", value);
+  }
+  return kDone;
+}
+
+void ShowSettings(const Call& call) {
+  call.service.CheckIsServed();
+  const Values service = call.service.Settings();
+  const auto adapters = ChooseAdapters(ReadAdapters(call.service), call.options);
+  std::vector<Row> rows = {{"NAME", "VALUE", "OF", "TAKES"}};
+  CJsonWriter json;
+  json.Begin();
+  const auto add = [&](const SettingName& setting, const Values& values, const std::string& of) {
+    const auto found = values.find(setting.name);
+    rows.push_back({setting.name, found == values.end() ? "-" : found->second, of, setting.range});
+  };
+  for (const AdapterState& one : adapters) {
+    for (const SettingName& setting : SettingNames()) {
+      if (setting.ofAdapter) {
+        add(setting, one.values, "adapter " + std::to_string(one.index));
+      }
+    }
+  }
+  for (const SettingName& setting : SettingNames()) {
+    if (!setting.ofAdapter) add(setting, service, "service");
+  }
+  if (!call.options.json) {
+    for (const std::string& line : TableLines(rows)) call.output.Line(line);
+    return;
+  }
+  std::string of;
+  for (std::size_t i = 1; i < rows.size(); ++i) {
+    if (rows[i][2] != of) {
+      if (!of.empty()) json.End();
+      of = rows[i][2];
+      json.Name(of).Begin();
+    }
+    if (rows[i][1] != "-") json.Name(rows[i][0]).Value(rows[i][1]);
+  }
+  if (!of.empty()) json.End();
+  call.output.Line(json.End().Text());
+}
+
+}  // namespace
+
+int AcceptCommand(const Call& call) {
+  NeedWords(call, 0, 0);
+  const AdapterState adapter = ChooseAdapter(call.service, call.options);
+  Write(call, "UICommand", "AcceptAPSuggestion", 1, &adapter);
+  return kDone;
+}
+
+int ModeCommand(const Call& call) {
+  NeedWords(call, 1, 1);
+  const std::string& mode = call.options.words[0];
+  for (std::uint32_t value = 0; value <= 2; ++value) {
+    if (mode != ModeName(std::to_string(value))) continue;
+    const AdapterState adapter = ChooseAdapter(call.service, call.options);
+    Write(call, "WriteRegDW", "PassiveSuggestMode", value, &adapter);
+    return kDone;
+  }
+  throw ClientError(kBadCall, "\"" + mode + "\" is no mode; there are autoswitch, event and popup");
+}
+
+int EnableCommand(const Call& call) { return SwitchOnOrOff(call, 1); }
+int DisableCommand(const Call& call) { return SwitchOnOrOff(call, 0); }
+
+int SetCommand(const Call& call) {
+  if (call.options.words.empty()) {
+    ShowSettings(call);
+    return kDone;
+  }
+  NeedWords(call, 2, 2);
+  const std::string& name = call.options.words[0];
+  const SettingName* setting = FindSetting(name);
+  if (!setting) {
+    throw ClientError(kBadCall, "\"" + name + "\" is no setting; \"set\" alone lists them");
+  }
+  const auto value = ParseNumber(call.options.words[1], true);
+  if (!value) {
+    throw ClientError(kBadCall, std::string(setting->name) + " takes " + setting->range +
+                                    ", not \"" + call.options.words[1] + "\"");
+  }
+  if (setting->ofAdapter) {
+    const AdapterState adapter = ChooseAdapter(call.service, call.options);
+    Write(call, "WriteRegDW", setting->name, *value, &adapter);
+  } else {
+    Write(call, "MiscCommand", setting->name, *value);
+  }
+  return kDone;
+}
+
+int LbCommand(const Call& call) {
+  NeedWords(call, 1, 2);
+  const std::string& act = call.options.words[0];
+  const bool hasValue = call.options.words.size() == 2;
+  // 0, which is no mode, for what is no number.
+  const std::uint32_t value = hasValue ? ParseNumber(call.options.words[1]).value_or(0) : 0;
+  const bool takesMode = act == "weight" || act == "on";
+  if (hasValue && (!takesMode || value < 1 || value > 2)) {
+    throw ClientError(kBadCall, takesMode ? "the weight mode is 1 or 2" : act + " takes no value");
+  }
+  if (act == "on") {
+    Write(call, "LBCommand", "EnableLBEngine", value);  // 0 keeps the mode in force
+  } else if (act == "off") {
+    Write(call, "LBCommand", "DisableLBEngine", 0);
+  } else if (act == "pause" || act == "resume") {
+    Write(call, "LBCommand", "SetLBPaused", act == "pause" ? 1 : 0);
+  } else if (act == "weight" && hasValue) {
+    Write(call, "LBCommand", "SetLBWeightMode", value);
+  } else {
+    throw ClientError(kBadCall, "lb takes on, off, pause, resume or weight N");
+  }
+  return kDone;
+}
+
+}  // namespace corvane::client

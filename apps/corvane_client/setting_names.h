@@ -1,0 +1,18 @@
+#pragma once
+// Settings that clients may change. Pure.
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace corvane::client {
+
+struct SettingName {
+  const char* name;
+  bool ofAdapter;     // else of the service
+  const char* range;  // for people
+};
+const std::vector<SettingName>& SettingNames();
+const SettingName* FindSetting(const std::string& name);  // compared without regard to case
+
+}  // namespace corvane::client

@@ -1,0 +1,173 @@
+// The client's commands on a service that only notes what it is asked.
+
+#include <gmock/gmock.h>
+
+#include "corvane_client/client_commands.h"
+#include "corvane_client/client_error.h"
+
+namespace corvane::client {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+namespace {
+
+constexpr char kFirst[] = "{00000000-0000-0000-0000-000000000001}";
+constexpr char kSecond[] = "{00000000-0000-0000-0000-000000000002}";
+
+struct Notes {
+  std::map<std::string, Values> settings;
+  std::string reply = R"({ "status":"ok", "code":0, "request":{} })";
+  std::vector<std::string> requests;
+  std::vector<std::string> statuses;  // "ConnectStatus" as it goes on, one a sleep
+};
+
+class CNotingService : public IServiceAccess {
+ public:
+  explicit CNotingService(Notes& notes) : m_Notes(notes) {}
+  std::string Ask(const std::string& request) override {
+    m_Notes.requests.push_back(request);
+    return m_Notes.reply;
+  }
+  std::unique_ptr<IEventSource> Subscribe() override {
+    throw ClientError(kNoService, "nobody sends events");
+  }
+  Values Settings(const std::string& guid) override { return m_Notes.settings[guid]; }
+  void CheckIsServed() override {}
+  void Sleep(int) override {
+    if (m_Notes.statuses.empty()) return;
+    m_Notes.settings[kFirst]["ConnectStatus"] = m_Notes.statuses.front();
+    m_Notes.statuses.erase(m_Notes.statuses.begin());
+  }
+  bool IsInterrupted() override { return false; }
+
+ private:
+  Notes& m_Notes;
+};
+
+}  // namespace
+
+class ClientProgramTest : public testing::Test {
+ protected:
+  ClientProgramTest() {
+    notes.settings[""] = {{"NumWifiAdapters", "1"}, {"0", kFirst}, {"1", kSecond}};
+    notes.settings[kFirst] = {{"AdapterDescription", "Blue"}, {"PassiveSuggestMode", "2"}};
+    notes.settings[kSecond] = {{"AdapterDescription", "Red"}};
+  }
+  int Run(const std::vector<std::string>& words) {
+    out.clear();
+    error.clear();
+    notes.requests.clear();
+    const Output output{.write = [this](std::string_view text) { out += text; }};
+    const Output errors{.write = [this](std::string_view text) { error += text; }};
+    return RunClient(words, output, errors, [this](const std::string&) {
+      return std::make_unique<CNotingService>(notes);
+    });
+  }
+
+  Notes notes;
+  std::string out, error;
+};
+
+TEST_F(ClientProgramTest, SendsWhatTheWordsMean) {
+  const std::string guid = std::string("\"guid\":\"") + kFirst + "\"";
+  const std::pair<std::vector<std::string>, std::string> cases[] = {
+      {{"connect", "My \"net\"", "02:50:00:00:01:AB"},
+       R"({"cmd":"ConnectAP",)" + guid + R"(,"ssid":"My \"net\"","bssid":"02-50-00-00-01-ab"})"},
+      {{"accept"},
+       R"({"cmd":"UICommand",)" + guid + R"(,"idx":0,"name":"AcceptAPSuggestion","value":1})"},
+      {{"mode", "event"},
+       R"({"cmd":"WriteRegDW",)" + guid + R"(,"idx":0,"name":"PassiveSuggestMode","value":1})"},
+      {{"disable"}, R"({"cmd":"MiscCommand","name":"ServiceEnable","value":0})"},
+      {{"disable", "--adapter=blue"},
+       R"({"cmd":"WriteRegDW",)" + guid + R"(,"idx":0,"name":"Enabled","value":0})"},
+      {{"set", "scorediffpct", "30"}, R"({"cmd":"MiscCommand","name":"SCOREDIFFPCT","value":30})"},
+      {{"set", "LatchToPrivate", "on"},
+       R"({"cmd":"WriteRegDW",)" + guid + R"(,"idx":0,"name":"LatchToPrivate","value":1})"},
+      {{"list", "deny", "clear"},
+       R"({"cmd":"WriteRegString",)" + guid + R"(,"name":"DenylistJson","value":"[]"})"},
+      {{"lb", "resume"}, R"({"cmd":"LBCommand","name":"SetLBPaused","value":0})"},
+      {{"lb", "weight", "2"}, R"({"cmd":"LBCommand","name":"SetLBWeightMode","value":2})"}};
+  for (const auto& [words, request] : cases) {
+    EXPECT_EQ(Run(words), kDone) << words[0] << error;
+    EXPECT_THAT(notes.requests, ElementsAre(request));
+  }
+}
+
+TEST_F(ClientProgramTest, RefusesBadCallsWithoutAsking) {
+  const std::vector<std::string> cases[] = {{},
+                                            {"nonsense"},
+                                            {"status", "more"},
+                                            {"connect", "Home"},
+                                            {"connect", "Home", "02-50"},
+                                            {"mode", "quick"},
+                                            {"set", "Nothing", "1"},
+                                            {"set", "SCOREDIFFPCT", "-1"},
+                                            {"lb", "weight", "3"},
+                                            {"lb", "off", "1"},
+                                            {"list", "deny", "set"},
+                                            {"list", "deny", "set", "/nowhere/list.json"},
+                                            {"--colour", "status"},
+                                            {"status", "--adapter"},
+                                            {"status", "--adapter", "green"}};
+  for (const auto& words : cases) {
+    EXPECT_EQ(Run(words), kBadCall) << (words.empty() ? "" : words[0]);
+    EXPECT_THAT(notes.requests, IsEmpty());
+    EXPECT_THAT(error, HasSubstr("corvane-client"));
+  }
+  // With two adapters a change must say which.
+  notes.settings[""]["NumWifiAdapters"] = "2";
+  EXPECT_EQ(Run({"accept"}), kBadCall);
+  EXPECT_THAT(error, HasSubstr("Red"));
+  EXPECT_EQ(Run({"accept", "--adapter", "1"}), kDone);
+  EXPECT_THAT(notes.requests, ElementsAre(HasSubstr(kSecond)));
+}
+
+TEST_F(ClientProgramTest, SaysARefusalInWords) {
+  notes.reply = R"({ "status":"error", "code":14, "reason":"vpn", "request":"" })";
+  EXPECT_EQ(Run({"connect", "Home", "02-50-00-00-01-05"}), kRefused);
+  EXPECT_THAT(error, HasSubstr("code 14: the connect was refused (vpn)"));
+  EXPECT_EQ(Run({"raw", R"({"cmd":"AppLog"})"}), kRefused);
+  EXPECT_EQ(out, notes.reply + "\n");
+  notes.reply = R"({ "status":"error", "code":12, "diag":{ "blast":"0.0", "apscore":"-1", )"
+                R"("adapterclass":"802.11ax", "apclass":"unknown", "status":"error" } })";
+  EXPECT_EQ(Run({"diag"}), kRefused);
+  EXPECT_THAT(out, HasSubstr("802.11ax"));
+}
+
+TEST_F(ClientProgramTest, WaitsForTheEndOfAConnect) {
+  auto& adapter = notes.settings[kFirst];
+  adapter["ConnectStatus"] = "pending";
+  notes.statuses = {"connecting", "error", "connecting", "connected"};
+  adapter["ConnectedBssid"] = "02-50-00-00-01-05";
+  adapter["ConnectedNetwork"] = "Home [Channel 36]";
+  EXPECT_EQ(Run({"connect", "Home", "02-50-00-00-01-05", "--wait"}), kDone) << error;
+  EXPECT_EQ(out, "connected to Home [Channel 36]\n");
+  notes.statuses = {"error"};
+  EXPECT_EQ(Run({"connect", "Home", "02-50-00-00-01-06", "--wait"}), kRefused);
+  EXPECT_THAT(error, HasSubstr("failed"));
+  adapter["ConnectStatus"] = "pending";
+  EXPECT_EQ(Run({"connect", "Home", "02-50-00-00-01-06", "--wait", "--timeout", "2"}), kRefused);
+  EXPECT_THAT(error, HasSubstr("within 2 s"));
+}
+
+TEST_F(ClientProgramTest, TellsWhatHoldsTheServiceStill) {
+  EXPECT_EQ(Run({"status"}), kDone);
+  EXPECT_THAT(out, HasSubstr("Holds still  no"));
+  EXPECT_THAT(out, HasSubstr("popup"));
+  notes.settings[""]["ServiceEnable"] = "0";
+  notes.settings[kFirst]["VPNInhibited"] = "1";
+  EXPECT_EQ(Run({"status"}), kDone);
+  EXPECT_THAT(out, HasSubstr("the service is disabled; a VPN is up"));
+  EXPECT_EQ(Run({"status", "--json"}), kDone);
+  EXPECT_THAT(out, HasSubstr(R"("holds_still":["the service is disabled","a VPN is up"])"));
+}
+
+TEST_F(ClientProgramTest, ShowsALogThatCameCut) {
+  notes.reply = R"({ "status":"ok", "code":0, "log":"bGluZQps)";
+  EXPECT_EQ(Run({"log"}), kDone);
+  EXPECT_EQ(out, "line\nl\n");
+}
+
+}  // namespace corvane::client
