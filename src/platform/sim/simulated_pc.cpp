@@ -1,6 +1,7 @@
 #include "platform/sim/simulated_pc.h"
 
 #include "platform/sim/devices/sim_devices.h"
+#include "platform/sim/devices/sim_driver.h"
 #include "platform/sim/devices/sim_sockets.h"
 #include "platform/sim/devices/sim_web.h"
 #include "platform/sim/devices/sim_windows.h"
@@ -35,8 +36,11 @@ struct SimulatedPc::Impl {
             .registry = kernel.Registry(),
             .session = kernel.Session(),
             .wlan = devices.Wlan(),
+            .driver = devices.Driver(),
+            .heap = devices.Heap(),
             .http = devices.Web(),
             .pipes = kernel.Pipes(),
+            .services = devices.Services(),
             .sockets = devices.Sockets(),
             .windows = devices.Windows(),
         } {

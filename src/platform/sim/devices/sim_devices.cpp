@@ -1,10 +1,13 @@
 #include "platform/sim/devices/sim_devices.h"
 
 #include "platform/sim/devices/sim_clients.h"
+#include "platform/sim/devices/sim_driver.h"
+#include "platform/sim/devices/sim_heap.h"
 #include "platform/sim/devices/sim_ip_helper.h"
 #include "platform/sim/devices/sim_network_list.h"
 #include "platform/sim/devices/sim_perf_counters.h"
 #include "platform/sim/devices/sim_power.h"
+#include "platform/sim/devices/sim_services.h"
 #include "platform/sim/devices/sim_sockets.h"
 #include "platform/sim/devices/sim_timeline.h"
 #include "platform/sim/devices/sim_web.h"
@@ -18,19 +21,23 @@ struct SimDevices::Impl {
   Impl(const World& world, std::uint64_t seed, const DeviceHost& host)
       : loop(host.threads, host.clock),
         machine(world, seed, loop),
+        heap(host.gate),
+        driver({host.gate, host.threads, host.clock, heap}, seed, world.driver),
+        gate(host.gate, driver),
+        services(host.gate, host.threads, driver),
         clients(loop),
         traffic(machine),
-        wlan(machine, host.gate, clients, adapters),
-        ipHelper(machine, host.gate, adapters, traffic),
-        networkList(machine, host.gate, adapters, traffic),
+        wlan(machine, gate, clients, adapters),
+        ipHelper(machine, gate, adapters, traffic, driver),
+        networkList(machine, gate, adapters, traffic),
         perfCounters(machine, host.gate, adapters, traffic),
         power(machine, host.gate, host.threads),
         web(machine, host.gate, host.threads),
         windows(host.gate, host.threads, host.session),
         sockets(host.gate),
         pipeClients(machine, host.pipes, host.session),
-        timeline({machine, clients, adapters, traffic, power, web, pipeClients, host.registry,
-                  host.session, host.pressKey, host.pressKeyContext}) {
+        timeline({machine, clients, adapters, traffic, power, web, driver, pipeClients,
+                  host.registry, host.session, host.pressKey, host.pressKeyContext}) {
     for (std::size_t i = 0; i < world.adapters.size(); ++i) {
       adapters.push_back(
           std::make_unique<SimWlanAdapter>(machine, clients, traffic, static_cast<int>(i)));
@@ -49,6 +56,10 @@ struct SimDevices::Impl {
 
   SimDeviceLoop loop;
   SimMachine machine;
+  SimHeap heap;
+  SimDriver driver;
+  SimGlancingGate gate;
+  SimServices services;
   SimWlanClients clients;
   SimTraffic traffic;
   SimWlanAdapters adapters;
@@ -86,6 +97,9 @@ PowerApi& SimDevices::Power() { return m_pImpl->power; }
 SimWeb& SimDevices::Web() { return m_pImpl->web; }
 SimWindows& SimDevices::Windows() { return m_pImpl->windows; }
 SimSockets& SimDevices::Sockets() { return m_pImpl->sockets; }
+SimDriver& SimDevices::Driver() { return m_pImpl->driver; }
+HeapApi& SimDevices::Heap() { return m_pImpl->heap; }
+ServiceApi& SimDevices::Services() { return m_pImpl->services; }
 
 void SimDevices::Do(const char* actionJson) {
   m_pImpl->loop.WithLock(
@@ -100,7 +114,11 @@ SimDevices::Outstanding SimDevices::CountOutstanding() {
           .networkListObjects = static_cast<std::size_t>(m_pImpl->networkList.ObjectsOut()),
           .perfCounterHandles = m_pImpl->perfCounters.OpenHandles(),
           .webObjects = m_pImpl->web.Outstanding(),
-          .socketUsers = static_cast<std::size_t>(m_pImpl->sockets.Users())};
+          .socketUsers = static_cast<std::size_t>(m_pImpl->sockets.Users()),
+          .mibTables = static_cast<std::size_t>(m_pImpl->ipHelper.TablesOut()),
+          .driverHandles = m_pImpl->driver.OpenHandles(),
+          .serviceHandles = m_pImpl->services.OpenHandles(),
+          .heaps = m_pImpl->heap.Count()};
 }
 
 }  // namespace corvane::platform::sim

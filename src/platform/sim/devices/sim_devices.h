@@ -7,11 +7,14 @@
 
 namespace corvane::platform {
 class ClockApi;
+class DriverApi;
+class HeapApi;
 class IpHelperApi;
 class NetworkListApi;
 class PerfCounterApi;
 class PowerApi;
 class RegistryApi;
+class ServiceApi;
 class ThreadApi;
 class WlanApi;
 }  // namespace corvane::platform
@@ -19,6 +22,7 @@ class WlanApi;
 namespace corvane::platform::sim {
 
 class IPcObserver;
+class SimDriver;
 class SimPipes;
 class SimSession;
 class SimSockets;
@@ -59,6 +63,9 @@ class SimDevices {
   SimWeb& Web();
   SimWindows& Windows();
   SimSockets& Sockets();
+  SimDriver& Driver();
+  HeapApi& Heap();
+  ServiceApi& Services();
 
   // Carries out one timeline action now, given as its JSON object ("docs/worlds.md"). Throws
   // std::invalid_argument with the reason for one that is not understood.
@@ -74,6 +81,10 @@ class SimDevices {
     std::size_t perfCounterHandles = 0;
     std::size_t webObjects = 0;
     std::size_t socketUsers = 0;
+    std::size_t mibTables = 0;
+    std::size_t driverHandles = 0;
+    std::size_t serviceHandles = 0;
+    std::size_t heaps = 0;
     friend bool operator==(const Outstanding&, const Outstanding&) = default;
   };
   Outstanding CountOutstanding();

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <new>
 
+#include "platform/sim/devices/sim_driver.h"
 #include "platform/sim/kernel/sim_text.h"
 #include "platform/sim/world/world_text.h"
 
@@ -18,6 +19,14 @@ constexpr DWORD kAdminUp = 1;         // MIB_IF_ADMIN_STATUS_UP
 constexpr DWORD kOperational = 5;     // MIB_IF_OPER_STATUS_OPERATIONAL
 constexpr DWORD kNonOperational = 0;  // MIB_IF_OPER_STATUS_NON_OPERATIONAL
 constexpr DWORD kReachable = 5;       // NlnsReachable
+constexpr DWORD ERROR_BAD_NET_NAME = 67;
+// The flags with which the load-balance engine lists the adapters, and nobody else.
+constexpr ULONG kEngineFlags = GAA_FLAG_INCLUDE_GATEWAYS | GAA_FLAG_SKIP_MULTICAST;
+
+// NET_LUID: the interface's number, and its type in the uppermost 16 bits.
+ULONGLONG LuidOf(const SimInterface& face) {
+  return ULONGLONG{face.ifIndex} << 24 | ULONGLONG{face.ifType} << 48;
+}
 
 // Hands out the parts of the caller's buffer one behind the other, each aligned. What has no room
 // any more is null, and counted.
@@ -77,6 +86,7 @@ void MakeList(Arena& arena, const std::vector<IpAddress>& addresses, ULONG famil
     record->Address = socket;
     if constexpr (requires { record->OnLinkPrefixLength; }) {
       record->OnLinkPrefixLength = static_cast<BYTE>(address.prefix);
+      record->DadState = IpDadStatePreferred;
     }
     *next = record;
     next = &record->Next;
@@ -100,6 +110,7 @@ void MakeAdapters(Arena& arena, const std::vector<SimInterface>& interfaces, ULO
     }
     out.IfIndex = out.Ipv6IfIndex = face.ifIndex;
     out.IfType = face.ifType;
+    out.Luid = LuidOf(face);
     out.OperStatus = face.up ? IfOperStatusUp : IfOperStatusDown;
     out.Mtu = face.mtu;
     std::ranges::copy(face.mac, out.PhysicalAddress);
@@ -241,6 +252,7 @@ DWORD SimIpHelper::GetIfTable(MIB_IFTABLE* table, ULONG* size, BOOL order) {
 
 ULONG SimIpHelper::GetAdaptersAddresses(ULONG family, ULONG flags, void*,
                                         IP_ADAPTER_ADDRESSES* addresses, ULONG* size) {
+  if (flags == kEngineFlags) m_Driver.OnPassBegins();
   if (const DWORD code = m_Gate.Enter("GetAdaptersAddresses"); code != ERROR_SUCCESS) return code;
   if (!size) return ERROR_INVALID_PARAMETER;
   return m_Machine.loop.WithLock([&] {
@@ -292,13 +304,69 @@ DWORD SimIpHelper::GetIpNetTable2(WORD family, MIB_IPNET_TABLE2** table) {
     std::memcpy(static_cast<BYTE*>(memory) + offsetof(MIB_IPNET_TABLE2, Table), rows.data(),
                 rows.size() * sizeof(MIB_IPNET_ROW2));
   }
+  ++m_TablesOut;
   *table = static_cast<MIB_IPNET_TABLE2*>(memory);
   return ERROR_SUCCESS;
 }
 
 void SimIpHelper::FreeMibTable(void* memory) {
+  if (memory) --m_TablesOut;
   std::free(memory);
   m_Gate.Enter("FreeMibTable");
+}
+
+// The host answers, where there is one of this address on a network that somebody is on.
+DWORD SimIpHelper::ResolveIpNetEntry2(MIB_IPNET_ROW2* row, const SOCKADDR_INET*) {
+  if (const DWORD code = m_Gate.Enter("ResolveIpNetEntry2"); code != ERROR_SUCCESS) return code;
+  if (!row) return ERROR_INVALID_PARAMETER;
+  return m_Machine.loop.WithLock([&]() -> DWORD {
+    const auto answers = [&](const Neighbour& host) {
+      const MIB_IPNET_ROW2 own = NeighbourRow(host, row->InterfaceIndex);
+      const Mac mac = host.resolved != Mac{} ? host.resolved : host.mac;
+      if (std::memcmp(&own.Address, &row->Address, sizeof own.Address) != 0 || mac == Mac{})
+        return false;
+      std::ranges::copy(mac, row->PhysicalAddress);
+      row->PhysicalAddressLength = static_cast<ULONG>(mac.size());
+      row->State = kReachable;
+      return true;
+    };
+    const World& world = m_Machine.world;
+    if (std::ranges::any_of(world.neighbours, answers)) return ERROR_SUCCESS;
+    for (const SimInterface& face : Interfaces()) {
+      if (face.network && std::ranges::any_of(world.networks[*face.network].neighbours, answers))
+        return ERROR_SUCCESS;
+    }
+    return ERROR_BAD_NET_NAME;
+  });
+}
+
+DWORD SimIpHelper::GetIfEntry2(MIB_IF_ROW2* row) {
+  if (const DWORD code = m_Gate.Enter("GetIfEntry2"); code != ERROR_SUCCESS) return code;
+  if (!row) return ERROR_INVALID_PARAMETER;
+  return m_Machine.loop.WithLock([&]() -> DWORD {
+    for (const SimInterface& face : Interfaces()) {
+      if (LuidOf(face) != row->InterfaceLuid) continue;
+      row->InterfaceIndex = face.ifIndex;
+      row->PhysicalAddressLength = static_cast<ULONG>(face.mac.size());
+      std::ranges::copy(face.mac, row->PhysicalAddress);
+      return ERROR_SUCCESS;
+    }
+    return ERROR_FILE_NOT_FOUND;
+  });
+}
+
+DWORD SimIpHelper::ConvertInterfaceGuidToLuid(const GUID* adapter, ULONGLONG* luid) {
+  if (const DWORD code = m_Gate.Enter("ConvertInterfaceGuidToLuid"); code != ERROR_SUCCESS)
+    return code;
+  if (!adapter || !luid) return ERROR_INVALID_PARAMETER;
+  return m_Machine.loop.WithLock([&]() -> DWORD {
+    for (const SimInterface& face : Interfaces()) {
+      if (face.guid != *adapter) continue;
+      *luid = LuidOf(face);
+      return ERROR_SUCCESS;
+    }
+    return ERROR_INVALID_PARAMETER;
+  });
 }
 
 }  // namespace corvane::platform::sim

@@ -5,6 +5,7 @@
 
 #include "platform/registry_api.h"
 #include "platform/sim/devices/pc_observer.h"
+#include "platform/sim/devices/sim_driver.h"
 #include "platform/sim/kernel/sim_session.h"
 #include "platform/sim/world/radio_model.h"
 #include "platform/sim/world/world_text.h"
@@ -34,6 +35,12 @@ void SimTimeline::Boot() {
     name.text = adapter.connectionName;
     Write(name);
   }
+  RegistryWrite version;
+  version.key = u"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion";
+  version.name = u"CurrentVersion";
+  version.type = REG_SZ;
+  version.text = u"6.3";
+  Write(version);
   for (const RegistryWrite& write : m.machine.world.registry) Write(write);
   SetSession(m.machine.world.session);
   m.pipeClients.Boot();
@@ -85,6 +92,7 @@ void SimTimeline::Carry(const Action& action) {
       break;
     case ActionKind::kInterface:
     case ActionKind::kInterfacePresent:
+    case ActionKind::kAddresses:
       ChangeInterface(action);
       break;
     case ActionKind::kNeighbour:
@@ -105,6 +113,9 @@ void SimTimeline::Carry(const Action& action) {
       break;
     case ActionKind::kClient:
       m.pipeClients.Carry(action.client);
+      break;
+    case ActionKind::kDriver:
+      m.driver.Apply(action.driver);
       break;
     case ActionKind::kKey:
       if (m.pressKey) m.pressKey(m.pressKeyContext);
@@ -252,6 +263,10 @@ void SimTimeline::ChangeNetwork(const Action& action) {
 void SimTimeline::ChangeInterface(const Action& action) {
   for (OtherAdapter& other : m.machine.world.otherAdapters) {
     if (other.friendlyName != action.interfaceName) continue;
+    if (action.kind == ActionKind::kAddresses) {
+      other.ip = action.ip;
+      continue;
+    }
     (action.kind == ActionKind::kInterface ? other.up : other.present) = action.on;
     if (action.kind == ActionKind::kInterface && action.on && other.network >= 0) {
       m.machine.world.networks[static_cast<std::size_t>(other.network)].connectedSecs =

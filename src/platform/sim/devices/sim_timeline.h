@@ -11,6 +11,7 @@ class RegistryApi;
 
 namespace corvane::platform::sim {
 
+class SimDriver;
 class SimSession;
 
 // Carries out what the timeline of a world says. Under the devices' lock.
@@ -23,6 +24,7 @@ class SimTimeline {
     SimTraffic& traffic;
     SimPower& power;
     SimWeb& web;
+    SimDriver& driver;
     SimClients& pipeClients;
     RegistryApi& registry;
     SimSession* session;  // null: the host has its own

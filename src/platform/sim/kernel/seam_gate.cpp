@@ -6,7 +6,7 @@
 namespace corvane::platform::sim {
 
 bool NeverUnwinds(std::string_view operation) {
-  static constexpr std::array<std::string_view, 12> kNames = {
+  static constexpr std::array<std::string_view, 13> kNames = {
       "SetEvent",
       "TerminateThread",
       "WaitForSingleObject",
@@ -15,6 +15,7 @@ bool NeverUnwinds(std::string_view operation) {
       "WlanRegisterNotification",
       "FlushOutput",
       "EventUnregister",
+      "HeapDestroy",
       "WSACleanup",
       "DestroyEnvironmentBlock",
       "BCryptDestroyKey",

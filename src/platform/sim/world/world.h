@@ -6,10 +6,12 @@
 #include <array>
 #include <cstdint>
 #include <limits>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "platform/registry_api.h"
+#include "platform/sim/world/driver_part.h"
 #include "platform/wlan_types.h"
 
 namespace corvane::platform::sim {
@@ -63,6 +65,7 @@ struct IpSettings {
 struct Neighbour {
   IpAddress address;
   Mac mac{};
+  Mac resolved{};  // what asking the network gives; all zero: the MAC above
 };
 
 // A network as the network list knows it; with `ssid`, one that Wi-Fi adapters can be on.
@@ -158,16 +161,17 @@ struct Adapter {
   std::vector<LONG> phys;        // DOT11_PHY_TYPE, in the order of dot11PhyTypes
   std::vector<int> bands{2, 5};  // that it hears: 2, 5, 6
   bool present = true;
-  bool radioOn = true;          // the software switch, of every PHY
-  bool hardwareRadioOn = true;  // the switch on the case
-  bool autoConnect = true;      // the system connects it to its profiles by itself
-  Mac connectedTo{};            // BSSID at the start; all zero: by autoConnect or not at all
-  DWORD scanMs = 2500;          // a scan of all channels
-  DWORD connectMs = 1500;       // from connection start to complete
-  DWORD staleMs = 30'000;       // an access point not heard for so long leaves the BSS list
-  int sensitivityDbm = -92;     // what is weaker is not heard
-  int streams = 2;              // spatial streams, 1 to 8
-  double txLimitMbps = 0.0;     // cap on link rates; 0: none
+  bool radioOn = true;            // the software switch, of every PHY
+  bool hardwareRadioOn = true;    // the switch on the case
+  bool autoConnect = true;        // the system connects it to its profiles by itself
+  Mac connectedTo{};              // BSSID at the start; all zero: by autoConnect or not at all
+  DWORD scanMs = 2500;            // a scan of all channels
+  DWORD connectMs = 1500;         // from connection start to complete
+  DWORD staleMs = 30'000;         // an access point not heard for so long leaves the BSS list
+  int sensitivityDbm = -92;       // what is weaker is not heard
+  bool privateInterface = false;  // its driver answers private calls
+  int streams = 2;                // spatial streams, 1 to 8
+  double txLimitMbps = 0.0;       // cap on link rates; 0: none
   DriverRoaming roaming;
 };
 
@@ -317,6 +321,8 @@ enum class ActionKind {
   kWeb,               // answer: in the place of the one of its host and path, or as a new one
   kProxies,           // proxies: from now on
   kClient,            // client: a program does something at its pipes
+  kDriver,            // driver: what it says changes
+  kAddresses,         // interface, ip: its addresses from now on
   kKey,               // the console key is pressed
 };
 
@@ -354,6 +360,8 @@ struct Action {
   WebAnswer answer;
   WebProxies proxies;
   ClientAction client;
+  DriverPart driver;
+  IpSettings ip;
   std::string line;  // the action in a few words, for IPcObserver::OnTimeline
 };
 
@@ -377,6 +385,7 @@ struct World {
   Session session;
   Web web;
   std::vector<DomainController> domainControllers;
+  std::optional<DriverPart> driver;     // of the load-balance engine; nothing: not installed
   std::vector<RegistryWrite> registry;  // what stands there before the program starts
   std::vector<ProgramFile> files;
   std::vector<Client> clients;

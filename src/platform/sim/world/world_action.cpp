@@ -7,6 +7,7 @@
 #include <limits>
 #include <string_view>
 
+#include "platform/sim/world/world_driver.h"
 #include "platform/sim/world/world_loader.h"
 #include "platform/sim/world/world_sections.h"
 #include "platform/sim/world/world_text.h"
@@ -50,6 +51,8 @@ constexpr KindWord kKinds[] = {
     {"web", ActionKind::kWeb},
     {"proxies", ActionKind::kProxies},
     {"client", ActionKind::kClient},
+    {"driver", ActionKind::kDriver},
+    {"addresses", ActionKind::kAddresses},
     {"key", ActionKind::kKey},
 };
 
@@ -89,7 +92,6 @@ void TakeInterface(JsonFields& fields, const World& world, Action* out) {
       world.otherAdapters.begin(), world.otherAdapters.end(),
       [&](const OtherAdapter& other) { return other.friendlyName == out->interfaceName; });
   if (!known) name.Fail("no other adapter has this name");
-  TakeOn(fields, out);
 }
 
 void TakeTraffic(JsonFields& fields, const World& world, Action* out) {
@@ -189,6 +191,15 @@ void TakeMembers(JsonFields& fields, const World& world, Action* out) {
     case ActionKind::kInterface:
     case ActionKind::kInterfacePresent:
       TakeInterface(fields, world, out);
+      TakeOn(fields, out);
+      break;
+    case ActionKind::kAddresses:
+      TakeInterface(fields, world, out);
+      fields.Need("ip");
+      TakeIp(fields, &out->ip);
+      break;
+    case ActionKind::kDriver:
+      TakeDriver(fields, &out->driver);
       break;
     case ActionKind::kNeighbour:
       TakeNeighbour(fields, &out->neighbour);

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "platform/sim/world/radio_model.h"
+#include "platform/sim/world/world_driver.h"
 #include "platform/sim/world/world_json.h"
 #include "platform/sim/world/world_sections.h"
 #include "platform/sim/world/world_text.h"
@@ -109,6 +110,7 @@ World ParseWorld(const std::string& jsonText, const std::string& fileName) {
   fields.Each("domainControllers", [&](const JsonNode& item) {
     world.domainControllers.push_back(ReadDomainController(item));
   });
+  if (const auto driver = fields.Find("driver")) world.driver = ReadDriver(*driver);
   TakeAir(fields, &world);
   TakePower(fields, &world);
   TakeTimeline(fields, &world);

@@ -31,7 +31,7 @@ constexpr Word<DWORD> kAccessWords[] = {
     {"read", WLAN_READ_ACCESS}, {"execute", WLAN_EXECUTE_ACCESS}, {"write", WLAN_WRITE_ACCESS}};
 constexpr Word<DWORD> kIfTypeWords[] = {
     {"ethernet", 6}, {"ppp", 23},  {"loopback", 24}, {"slip", 28},
-    {"virtual", 53}, {"wifi", 71}, {"tunnel", 131},
+    {"virtual", 53}, {"wifi", 71}, {"tunnel", 131},  {"mobile", 243},
 };
 constexpr Word<LONG> kCategoryWords[] = {{"public", 0}, {"private", 1}, {"domain", 2}};
 
@@ -74,6 +74,8 @@ void TakeAddresses(JsonFields& fields, const char* name, std::vector<IpAddress>*
   fields.Each(name, [&](const JsonNode& item) { out->push_back(item.Address()); });
 }
 
+}  // namespace
+
 void TakeIp(JsonFields& fields, IpSettings* out) {
   const auto node = fields.Find("ip");
   if (!node) return;
@@ -85,6 +87,8 @@ void TakeIp(JsonFields& fields, IpSettings* out) {
   ip.Flag("dhcp", &out->dhcp);
   ip.Finish();
 }
+
+namespace {
 
 DriverRoaming ReadRoaming(const JsonNode& node) {
   JsonFields fields(node);
@@ -181,6 +185,7 @@ Adapter ReadAdapter(const JsonNode& node, const World& world) {
   fields.Duration("connectTime", &out.connectMs);
   fields.Duration("staleAfter", &out.staleMs);
   fields.Integer("sensitivityDbm", -120, 0, &out.sensitivityDbm);
+  fields.Flag("privateInterface", &out.privateInterface);
   fields.Integer("streams", 1, 8, &out.streams);
   fields.Number("txLimitMbps", 0.0, 100'000.0, &out.txLimitMbps);
   if (const auto roaming = fields.Find("roaming")) out.roaming = ReadRoaming(*roaming);
@@ -252,6 +257,7 @@ Filter ReadFilter(const JsonNode& node) {
 void TakeNeighbour(JsonFields& fields, Neighbour* out) {
   out->address = fields.Need("address").Address();
   if (const auto mac = fields.Find("mac")) out->mac = mac->MacAddress();
+  if (const auto mac = fields.Find("resolvesTo")) out->resolved = mac->MacAddress();
 }
 
 Neighbour ReadNeighbour(const JsonNode& node) {

@@ -23,6 +23,7 @@ Client ReadClient(const JsonNode& node, const World& world);
 Action ReadAction(const JsonNode& node, const World& world);
 
 // Members that several parts share; each takes its members from `fields`.
+void TakeIp(JsonFields& fields, IpSettings* out);  // of the member "ip"
 void TakeFilter(JsonFields& fields, Filter* out);
 void TakeNeighbour(JsonFields& fields, Neighbour* out);
 void TakeRates(JsonFields& fields, Traffic* out);
