@@ -356,4 +356,21 @@ DWORD SimWlan::WlanGetFilterList(HANDLE client, LONG type, void*, DOT11_NETWORK_
   });
 }
 
+DWORD SimWlan::WlanIhvControl(HANDLE client, const GUID* adapter, LONG type, DWORD inputSize,
+                              const void* input, DWORD outputSize, void* output, DWORD* returned) {
+  constexpr DWORD kHeadBytes = 24;
+  const auto serve = [&](SimWlanAdapter& found) -> DWORD {
+    if (!found.Data().privateInterface || type != wlan_ihv_control_type_driver)
+      return ERROR_NOT_SUPPORTED;
+    if (!input || !output || !returned || inputSize < kHeadBytes || outputSize < inputSize)
+      return ERROR_INVALID_PARAMETER;
+    std::memmove(output, input, kHeadBytes);
+    BYTE* const data = static_cast<BYTE*>(output) + kHeadBytes;
+    for (DWORD i = 0; i < inputSize - kHeadBytes; ++i) data[i] = static_cast<BYTE>(i + 1);
+    *returned = inputSize;
+    return ERROR_SUCCESS;
+  };
+  return OnAdapter("WlanIhvControl", client, adapter, serve);
+}
+
 }  // namespace corvane::platform::sim

@@ -55,6 +55,9 @@ class SimWlan final : public WlanApi {
                           void* reserved) override;
   DWORD WlanGetFilterList(HANDLE client, LONG type, void* reserved,
                           DOT11_NETWORK_LIST** list) override;
+  // An adapter with a private interface answers every call with bytes that count up from 1.
+  DWORD WlanIhvControl(HANDLE client, const GUID* adapter, LONG type, DWORD inputSize,
+                       const void* input, DWORD outputSize, void* output, DWORD* returned) override;
 
   // For tests: from now on the lists claim far more items than they hold.
   void ClaimImpossibleCounts(bool on) { m_bImpossibleCounts = on; }
