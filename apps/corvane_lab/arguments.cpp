@@ -77,4 +77,14 @@ std::uint64_t ParseDuration(const std::string& text) {
   throw UsageError("\"" + text + "\" is no duration; examples: 90, 90s, 1m30s, 2h");
 }
 
+void ParseSeeds(const std::string& text, std::uint64_t* first, std::uint64_t* last) {
+  const std::size_t dash = text.find('-');
+  const auto number = [&](const std::string& part) {
+    return Arguments({"--seed", part}, {"--seed"}, {}).Number("--seed", 0);
+  };
+  *first = number(text.substr(0, dash));
+  *last = dash == std::string::npos ? *first : number(text.substr(dash + 1));
+  if (*last < *first) throw UsageError("--seeds needs a rising range such as 1-200");
+}
+
 }  // namespace corvane::lab

@@ -32,5 +32,7 @@ class Arguments {
 
 // "90", "90s", "1m30s", "2h", "250ms" in milliseconds; throws UsageError.
 std::uint64_t ParseDuration(const std::string& text);
+// "7" or "1-200" as the first and the last seed; throws UsageError.
+void ParseSeeds(const std::string& text, std::uint64_t* first, std::uint64_t* last);
 
 }  // namespace corvane::lab

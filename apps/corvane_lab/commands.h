@@ -15,6 +15,7 @@ int RunCommand(const std::vector<std::string>& words);
 int ScoresCommand(const std::vector<std::string>& words);
 int ExplainCommand(const std::vector<std::string>& words);
 int ElementsCommand(const std::vector<std::string>& words);
+int EngineCommand(const std::vector<std::string>& words);
 
 // What ElementsCommand prints for a beacon that has a frequency. On a platform in force.
 std::string ElementsLine(const platform::sim::CapturedBeacon& beacon);
@@ -50,6 +51,17 @@ inline constexpr char kExplainHelp[] =
     "    millisecond, tells of each; between two rounds, of the one that ended last.\n"
     "    --adapter N     that adapter only, counted from 0 (default: all)\n"
     "    --json          one JSON object for each round\n";
+inline constexpr char kEngineHelp[] =
+    "corvane-lab engine WORLD --at TIME [--seed N] [--json] [--dump FILE] [--faults P] [--seeds "
+    "A-B]\n"
+    "    Runs the load-balance engine alone over a world, and shows at that time its adapters, "
+    "gateways,\n"
+    "    counts and words, and what its driver has heard until then.\n"
+    "    --json          as one JSON object\n"
+    "    --dump FILE     writes the first table to FILE, byte for byte as the driver sees it\n"
+    "    --faults P      P percent of the platform's calls fail, by the seed; threads change hands "
+    "by it, too\n"
+    "    --seeds A-B     runs each of these seeds and reports only those that go wrong\n";
 inline constexpr char kElementsHelp[] =
     "corvane-lab elements FILE.jsonl\n"
     "    Decodes the elements of each captured beacon and prints one JSON object a line.\n";

@@ -19,7 +19,8 @@ struct Command {
 constexpr Command kCommands[] = {{"run", &RunCommand, kRunHelp},
                                  {"elements", &ElementsCommand, kElementsHelp},
                                  {"scores", &ScoresCommand, kScoresHelp},
-                                 {"explain", &ExplainCommand, kExplainHelp}};
+                                 {"explain", &ExplainCommand, kExplainHelp},
+                                 {"engine", &EngineCommand, kEngineHelp}};
 
 void PrintHelp(std::FILE* out) {
   std::fputs("corvane-lab: the workbench of the Wi-Fi selection service, in virtual time\n\n", out);

@@ -11,6 +11,8 @@
 #include "corvane_lab/world_source.h"
 #include "foundation/format.h"
 #include "foundation/smart_obj.h"
+#include "platform/sim/devices/sim_devices.h"
+#include "platform/sim/devices/sim_driver.h"
 #include "platform/sim/kernel/fault_plan.h"
 #include "platform/sim/kernel/sim_kernel.h"
 #include "platform/sim/simulated_pc.h"
@@ -94,6 +96,8 @@ std::string RunOnce(const RunPlan& plan, Output* output, RunSummary* summary) {
     if (!service.Stop()) Trouble::Note("the service did not end within three minutes", &trouble);
     const std::string left = LeftOver(pc.Kernel());
     if (!left.empty()) Trouble::Note(left, &trouble);
+    for (const std::string& finding : pc.Devices().Driver().Tell().findings)
+      Trouble::Note("the driver: " + finding, &trouble);
     report.PrintSummary();
     report.Detach();
   }
@@ -152,16 +156,6 @@ std::string WordsWithoutSeeds(const std::vector<std::string>& words) {
     }
   }
   return text;
-}
-
-void ParseSeeds(const std::string& text, std::uint64_t* first, std::uint64_t* last) {
-  const std::size_t dash = text.find('-');
-  const auto number = [&](const std::string& part) {
-    return Arguments({"--seed", part}, {"--seed"}, {}).Number("--seed", 0);
-  };
-  *first = number(text.substr(0, dash));
-  *last = dash == std::string::npos ? *first : number(text.substr(dash + 1));
-  if (*last < *first) throw UsageError("--seeds needs a rising range such as 1-200");
 }
 
 }  // namespace

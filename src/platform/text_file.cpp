@@ -51,11 +51,14 @@ TextFileWriter::~TextFileWriter() {
   if (!m_bCommitted) std::remove(m_Beside.c_str());
 }
 
-void TextFileWriter::WriteLine(std::string_view line) noexcept {
+void TextFileWriter::Write(std::string_view bytes) noexcept {
   if (m_Error != 0) return;
-  const bool written = std::fwrite(line.data(), 1, line.size(), m_pFile.get()) == line.size() &&
-                       std::fputc('\n', m_pFile.get()) != EOF;
-  if (!written) m_Error = errno;
+  if (std::fwrite(bytes.data(), 1, bytes.size(), m_pFile.get()) != bytes.size()) m_Error = errno;
+}
+
+void TextFileWriter::WriteLine(std::string_view line) noexcept {
+  Write(line);
+  Write("\n");
 }
 
 void TextFileWriter::Commit() {

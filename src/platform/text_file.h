@@ -24,6 +24,7 @@ class TextFileWriter {
   TextFileWriter(const TextFileWriter&) = delete;
   TextFileWriter& operator=(const TextFileWriter&) = delete;
 
+  void Write(std::string_view bytes) noexcept;
   void WriteLine(std::string_view line) noexcept;
   void Commit();  // once
 
