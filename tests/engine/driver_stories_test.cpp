@@ -81,6 +81,7 @@ TEST_F(DriverStory, CableAndRadioBehindOneRouterShareAGatewaySlot) {
   EXPECT_EQ(Slot(u"Vantor Breeze W1").gateway, gateway);
   EXPECT_EQ(seen.table->gateways[gateway].adapters, 2);
   EXPECT_EQ(Told().steered.size(), 2u);
+  EXPECT_EQ(Slot(u"Vantor Gale G2").networkFlags, 0xAu);  // private, Internet
   EXPECT_EQ(Find(u"Software Loopback"), 99u);
 }
 

@@ -167,6 +167,16 @@ class SimNetworkListObjects {
       *networks = new Networks(m_List, "IEnumNetworks::Next", std::move(items));
       return S_OK;
     }
+    HRESULT get_IsConnectedToInternet(bool* connected) override {
+      return m_List.Run("INetworkListManager::get_IsConnectedToInternet", [&] {
+        const std::vector<Network>& networks = m_List.m_Machine.world.networks;
+        *connected = false;
+        for (std::size_t i = 0; i < networks.size(); ++i) {
+          *connected = *connected || (networks[i].internet && m_List.IsConnected(i));
+        }
+        return S_OK;
+      });
+    }
     HRESULT GetNetworkConnections(IEnumNetworkConnections** connections) override {
       const HRESULT result = m_List.Enter("INetworkListManager::GetNetworkConnections");
       if (result != S_OK) return result;
