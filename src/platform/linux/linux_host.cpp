@@ -21,6 +21,7 @@
 #include "platform/linux/host_threads.h"
 #include "platform/linux/sqlite_registry.h"
 #include "platform/sim/devices/sim_devices.h"
+#include "platform/sim/devices/sim_icmp.h"
 #include "platform/sim/devices/sim_sockets.h"
 #include "platform/sim/devices/sim_windows.h"
 #include "platform/sim/kernel/sim_event_trace.h"
@@ -77,6 +78,7 @@ struct LinuxHost::Impl {
             .driver = driver,
             .heap = heap,
             .http = http,
+            .icmp = devices.Icmp(),
             .pipes = pipes,
             .sockets = devices.Sockets(),
             .windows = devices.Windows(),

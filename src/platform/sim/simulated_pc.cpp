@@ -2,6 +2,7 @@
 
 #include "platform/sim/devices/sim_devices.h"
 #include "platform/sim/devices/sim_driver.h"
+#include "platform/sim/devices/sim_icmp.h"
 #include "platform/sim/devices/sim_sockets.h"
 #include "platform/sim/devices/sim_web.h"
 #include "platform/sim/devices/sim_windows.h"
@@ -39,6 +40,7 @@ struct SimulatedPc::Impl {
             .driver = devices.Driver(),
             .heap = devices.Heap(),
             .http = devices.Web(),
+            .icmp = devices.Icmp(),
             .pipes = kernel.Pipes(),
             .services = devices.Services(),
             .sockets = devices.Sockets(),

@@ -3,6 +3,7 @@
 #include "platform/sim/devices/sim_clients.h"
 #include "platform/sim/devices/sim_driver.h"
 #include "platform/sim/devices/sim_heap.h"
+#include "platform/sim/devices/sim_icmp.h"
 #include "platform/sim/devices/sim_ip_helper.h"
 #include "platform/sim/devices/sim_network_list.h"
 #include "platform/sim/devices/sim_perf_counters.h"
@@ -28,13 +29,15 @@ struct SimDevices::Impl {
         clients(loop),
         traffic(machine),
         wlan(machine, gate, clients, adapters),
-        ipHelper(machine, gate, adapters, traffic, driver),
+        paths(machine, adapters, traffic),
+        ipHelper(machine, gate, adapters, traffic, driver, paths),
         networkList(machine, gate, adapters, traffic),
         perfCounters(machine, host.gate, adapters, traffic),
         power(machine, host.gate, host.threads),
         web(machine, host.gate, host.threads),
         windows(host.gate, host.threads, host.session),
-        sockets(host.gate),
+        sockets(machine, host.gate, host.threads, paths, traffic),
+        icmp(machine, host.gate, host.threads, paths),
         pipeClients(machine, host.pipes, host.session),
         timeline({machine, clients, adapters, traffic, power, web, driver, pipeClients,
                   host.registry, host.session, host.pressKey, host.pressKeyContext}) {
@@ -64,6 +67,7 @@ struct SimDevices::Impl {
   SimTraffic traffic;
   SimWlanAdapters adapters;
   SimWlan wlan;
+  SimPaths paths;
   SimIpHelper ipHelper;
   SimNetworkList networkList;
   SimPerfCounters perfCounters;
@@ -71,6 +75,7 @@ struct SimDevices::Impl {
   SimWeb web;
   SimWindows windows;
   SimSockets sockets;
+  SimIcmp icmp;
   SimClients pipeClients;
   SimTimeline timeline;
 };
@@ -100,6 +105,7 @@ SimSockets& SimDevices::Sockets() { return m_pImpl->sockets; }
 SimDriver& SimDevices::Driver() { return m_pImpl->driver; }
 HeapApi& SimDevices::Heap() { return m_pImpl->heap; }
 ServiceApi& SimDevices::Services() { return m_pImpl->services; }
+SimIcmp& SimDevices::Icmp() { return m_pImpl->icmp; }
 
 void SimDevices::Do(const char* actionJson) {
   m_pImpl->loop.WithLock(
@@ -118,7 +124,10 @@ SimDevices::Outstanding SimDevices::CountOutstanding() {
           .mibTables = static_cast<std::size_t>(m_pImpl->ipHelper.TablesOut()),
           .driverHandles = m_pImpl->driver.OpenHandles(),
           .serviceHandles = m_pImpl->services.OpenHandles(),
-          .heaps = m_pImpl->heap.Count()};
+          .heaps = m_pImpl->heap.Count(),
+          .sockets = m_pImpl->sockets.Open(),
+          .icmpHandles = m_pImpl->icmp.Open(),
+          .routes = m_pImpl->loop.WithLock([this] { return m_pImpl->paths.Standing(); })};
 }
 
 }  // namespace corvane::platform::sim

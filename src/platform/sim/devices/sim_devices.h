@@ -25,6 +25,7 @@ class IPcObserver;
 class SimDriver;
 class SimPipes;
 class SimSession;
+class SimIcmp;
 class SimSockets;
 class SimWeb;
 class SimWindows;
@@ -66,6 +67,7 @@ class SimDevices {
   SimDriver& Driver();
   HeapApi& Heap();
   ServiceApi& Services();
+  SimIcmp& Icmp();
 
   // Carries out one timeline action now, given as its JSON object ("docs/worlds.md"). Throws
   // std::invalid_argument with the reason for one that is not understood.
@@ -85,6 +87,9 @@ class SimDevices {
     std::size_t driverHandles = 0;
     std::size_t serviceHandles = 0;
     std::size_t heaps = 0;
+    std::size_t sockets = 0;
+    std::size_t icmpHandles = 0;
+    std::size_t routes = 0;  // that the program has added
     friend bool operator==(const Outstanding&, const Outstanding&) = default;
   };
   Outstanding CountOutstanding();

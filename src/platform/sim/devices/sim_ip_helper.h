@@ -3,6 +3,7 @@
 
 #include "platform/ip_helper_api.h"
 #include "platform/sim/devices/sim_interfaces.h"
+#include "platform/sim/devices/sim_paths.h"
 #include "platform/sim/kernel/seam_gate.h"
 
 namespace corvane::platform::sim {
@@ -13,12 +14,13 @@ class SimDriver;
 class SimIpHelper final : public IpHelperApi {
  public:
   SimIpHelper(SimMachine& machine, SeamGate& gate, const SimWlanAdapters& adapters,
-              SimTraffic& traffic, SimDriver& driver)
+              SimTraffic& traffic, SimDriver& driver, SimPaths& paths)
       : m_Machine(machine),
         m_Gate(gate),
         m_Adapters(adapters),
         m_Traffic(traffic),
-        m_Driver(driver) {}
+        m_Driver(driver),
+        m_Paths(paths) {}
 
   DWORD GetIfTable(MIB_IFTABLE* table, ULONG* size, BOOL order) override;
   ULONG GetAdaptersAddresses(ULONG family, ULONG flags, void* reserved,
@@ -32,6 +34,15 @@ class SimIpHelper final : public IpHelperApi {
 
   int TablesOut() const { return m_TablesOut; }  // neighbour tables that have not come back
 
+  // sim_routes.cpp
+  DWORD CreateIpForwardEntry(const MIB_IPFORWARDROW* row) override;
+  DWORD DeleteIpForwardEntry(const MIB_IPFORWARDROW* row) override;
+  DWORD GetIpForwardTable(MIB_IPFORWARDTABLE* table, ULONG* size, BOOL order) override;
+  void InitializeIpForwardEntry(MIB_IPFORWARD_ROW2* row) override;
+  DWORD CreateIpForwardEntry2(const MIB_IPFORWARD_ROW2* row) override;
+  DWORD DeleteIpForwardEntry2(const MIB_IPFORWARD_ROW2* row) override;
+  DWORD GetIpInterfaceEntry(MIB_IPINTERFACE_ROW* row) override;
+
  private:
   std::vector<SimInterface> Interfaces() { return InterfacesOf(m_Machine, m_Adapters, m_Traffic); }
 
@@ -41,6 +52,7 @@ class SimIpHelper final : public IpHelperApi {
   SimTraffic& m_Traffic;
   SimDriver& m_Driver;
   std::atomic<int> m_TablesOut{0};
+  SimPaths& m_Paths;
 };
 
 }  // namespace corvane::platform::sim

@@ -70,6 +70,7 @@ void SimTimeline::Carry(const Action& action) {
     case ActionKind::kAccessPoint:
     case ActionKind::kLoad:
     case ActionKind::kSignal:
+    case ActionKind::kNoise:
     case ActionKind::kRefuse:
       ChangeAccessPoint(action);
       break;
@@ -241,6 +242,10 @@ void SimTimeline::ChangeAccessPoint(const Action& action) {
     case ActionKind::kSignal:
       m.machine.FixSignal(*found,
                           std::isnan(action.dbm) ? std::nullopt : std::optional(action.dbm));
+      break;
+    case ActionKind::kNoise:
+      ap.noise = action.noise;
+      ap.noiseTaken = 0;
       break;
     default:
       ap.refuseReason = action.code;

@@ -22,6 +22,8 @@ class SimTraffic {
   // The adapter's link comes up or goes down now.
   void SetConnected(int adapter, bool connected);
   const TrafficTotals& Totals(int adapter);
+  // Beside the world's own traffic.
+  void AddSent(int adapter, double bytes) { Count(adapter).totals.outBytes += bytes; }
 
  private:
   struct Meter {

@@ -6,7 +6,11 @@
 namespace corvane::platform::sim {
 
 bool NeverUnwinds(std::string_view operation) {
-  static constexpr std::array<std::string_view, 13> kNames = {
+  static constexpr std::array<std::string_view, 17> kNames = {
+      "closesocket",
+      "freeaddrinfo",
+      "DeleteIpForwardEntry",
+      "DeleteIpForwardEntry2",
       "SetEvent",
       "TerminateThread",
       "WaitForSingleObject",

@@ -92,6 +92,13 @@ struct Security {
   bool Enabled() const { return cipher != DOT11_CIPHER_ALGO_NONE; }
 };
 
+// A router on the way into the Internet.
+struct Hop {
+  IpAddress address;
+  double rttMs = 0.0;  // there and back
+};
+inline constexpr double kEchoLost = -1.0;
+
 struct AccessPoint {
   Mac bssid{};
   std::string ssid;            // bytes, at most 32
@@ -109,6 +116,9 @@ struct AccessPoint {
   std::vector<Span> alive;         // empty: always
   DWORD refuseReason = 0;          // WLAN reason code with which every connect fails; 0 for none
   int network = -1;                // position in World::networks; -1: the first of its SSID
+  std::vector<Hop> hops;           // behind it, nearest first; empty: its gateway and one more
+  std::vector<double> noise;       // ms that each echo over it takes longer, in turn; or kEchoLost
+  std::size_t noiseTaken = 0;      // echoes so far that the noise has met
 };
 
 // WlanGetProfile's flags: 0 for one of all users.
@@ -302,6 +312,7 @@ enum class ActionKind {
   kAccessPoint,  // bssid, on: dies or comes back
   kLoad,         // bssid, stations, utilisation: the load element changes
   kSignal,       // bssid, dbm: fixed from now on; NaN gives the signal back to power and track
+  kNoise,        // bssid, noise: from now on, beginning with the first; empty: quiet again
   kRefuse,       // bssid, code: connects fail with this reason; 0: no more
   kWlanService,  // on: the WLAN service stops (every call 1062) or runs again
   kPower,        // on (mains), percent
@@ -340,6 +351,7 @@ struct Action {
   double dbm = 0.0;
   int stations = -1;     // -1: as it was
   int utilisation = -1;  // 0 to 255; -1: as it was
+  std::vector<double> noise;
   DWORD code = 0;
   DWORD source = 0;
   DWORD number = 0;

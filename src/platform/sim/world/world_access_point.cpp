@@ -200,6 +200,8 @@ AccessPoint ReadAccessPoint(const JsonNode& node, const World& world) {
   if (const auto at = fields.Find("at")) out.at = at->Place();
   if (const auto signal = fields.Find("signal")) out.track = ReadTrack(*signal);
   fields.Each("alive", [&](const JsonNode& item) { out.alive.push_back(ReadSpan(item)); });
+  TakeHops(fields, &out.hops);
+  TakeNoise(fields, &out.noise);
   fields.Integer("refuse", 0, 0xFFFFFFFF, &out.refuseReason);
   if (const auto network = fields.Find("network")) out.network = NetworkByName(*network, world);
   fields.Finish();

@@ -32,6 +32,7 @@ constexpr KindWord kKinds[] = {
     {"accessPoint", ActionKind::kAccessPoint},
     {"load", ActionKind::kLoad},
     {"signal", ActionKind::kSignal},
+    {"noise", ActionKind::kNoise},
     {"refuse", ActionKind::kRefuse},
     {"wlanService", ActionKind::kWlanService},
     {"power", ActionKind::kPower},
@@ -170,6 +171,10 @@ void TakeMembers(JsonFields& fields, const World& world, Action* out) {
           dbm.Value().IsNull() ? std::numeric_limits<double>::quiet_NaN() : dbm.Number(-120.0, 0.0);
       break;
     }
+    case ActionKind::kNoise:
+      TakeBssid(fields, world, out);
+      TakeNoise(fields, &out->noise);
+      break;
     case ActionKind::kRefuse:
       TakeBssid(fields, world, out);
       out->code = static_cast<DWORD>(fields.Need("reason").Integer(0, kMostDword));

@@ -26,6 +26,8 @@ Action ReadAction(const JsonNode& node, const World& world);
 void TakeIp(JsonFields& fields, IpSettings* out);  // of the member "ip"
 void TakeFilter(JsonFields& fields, Filter* out);
 void TakeNeighbour(JsonFields& fields, Neighbour* out);
+void TakeHops(JsonFields& fields, std::vector<Hop>* out);
+void TakeNoise(JsonFields& fields, std::vector<double>* out);
 void TakeRates(JsonFields& fields, Traffic* out);
 void TakeSession(JsonFields& fields, Session* out);
 void TakeWebAnswer(JsonFields& fields, WebAnswer* out);
