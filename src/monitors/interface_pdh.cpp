@@ -5,7 +5,7 @@
 
 #include "foundation/guarded.h"
 #include "foundation/log_lines.h"
-#include "monitors/utils.h"
+#include "monitors/counter_instance.h"
 #include "platform/clock_api.h"
 #include "platform/platform.h"
 
@@ -36,26 +36,6 @@ void TakeErrors(double value, std::int64_t elapsedMs, std::atomic<double>* error
   *errors = value;
 }
 
-// The description as an instance name of a counter path.
-WString InstanceName(WString description) {
-  for (char16_t& c : description) {
-    switch (c) {
-      case u'#':
-        c = u'_';
-        break;
-      case u'(':
-        c = u'[';
-        break;
-      case u')':
-        c = u']';
-        break;
-      default:
-        break;
-    }
-  }
-  return description;
-}
-
 }  // namespace
 
 CInterfacePDH::~CInterfacePDH() { CloseCounters(); }
@@ -67,9 +47,7 @@ bool CInterfacePDH::Initialize(std::uint32_t ifIndex, int configIdx, double rate
   m_RateGateHigh = rateGateHigh;
   m_RateGateLow = rateGateLow;
   if (ifIndex == kNoIndex) return false;
-  WString description;
-  if (!CUtils::GetDescriptionForIfIndex(ifIndex, &description)) return false;
-  m_InstanceName = InstanceName(std::move(description));
+  if (!CounterInstanceOf(ifIndex, &m_InstanceName)) return false;
   CloseCounters();
   return Guarded(kClassName, "Initialize", false, [this] { return OpenCounters(); });
 }
