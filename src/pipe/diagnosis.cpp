@@ -1,6 +1,7 @@
 #include "pipe/diagnosis.h"
 
 #include "foundation/log_lines.h"
+#include "monitors/adapters_addresses.h"
 #include "pipe/reply_text.h"
 #include "settings/global_config_container.h"
 #include "wlan/wifi_client_container.h"
@@ -13,7 +14,7 @@ WString Failed(const Diagnosis& diagnosis) {
   return DiagnosisFailureReply(kReplyNotDone, DiagnosisObject(diagnosis));
 }
 
-WString DiagnoseAdapter(CWlanInterface& adapter) {
+WString DiagnoseAdapter(CWlanInterface& adapter, CAdaptersAddresses* snapshot) {
   Diagnosis diagnosis;
   diagnosis.adapterClass = StandardText(adapter.AdapterClassText());
   ConnectionFacts facts;
@@ -21,11 +22,15 @@ WString DiagnoseAdapter(CWlanInterface& adapter) {
     diagnosis.status = u"error, not connected";
     return Failed(diagnosis);
   }
-  // During a scan nothing is measured, which is a result. Otherwise the link would have to be
-  // probed under load, and there is no probe: better no diagnosis than a made-up figure.
-  if (!adapter.IsScanInFlight()) return Failed(diagnosis);
-  diagnosis.status = u"scan";
-  diagnosis.blast = Format(u"%f", 0.0);
+  double mbps = 0.0;
+  if (adapter.IsScanInFlight()) {
+    diagnosis.status = u"scan";  // nothing is measured, which is a result
+  } else {
+    adapter.DoBlast(snapshot);
+    mbps = adapter.GetBlastMbps();
+    diagnosis.status = u"ok";
+  }
+  diagnosis.blast = Format(u"%f", mbps);
   WString standard;
   std::int32_t rssi = 0;
   diagnosis.apScore = adapter.GetScoreFromBssEntry(facts.ssid, facts.bssid, &standard, &rssi);
@@ -46,9 +51,11 @@ WString Diagnose() {
     auto& global = CGlobalConfigContainer::GetInstance();
     if (!global.FindIFConfig(0)) return Failed({});
     const CCritSecLock lock(global.GetSecondLock());
+    const auto snapshot = CAdaptersAddresses::CreateObject();
+    snapshot->Initialize();
     const auto adapter = CWifiClientContainer::GetInstance().GetInterface(0);
     if (!adapter) return Failed({});
-    return DiagnoseAdapter(*adapter);
+    return DiagnoseAdapter(*adapter, snapshot.get());
   } catch (const Exception& e) {
     LOG_ERROR(u"CNamedPipeListenerJson::HandleJsonCommand: Exception: %S", e.what());
   } catch (const std::exception& e) {

@@ -7,9 +7,9 @@ namespace corvane {
 // for "802.11" and for "11". Pure.
 WString StandardText(WStringView letters);
 
-// Looks at the first adapter, its connection and the link; gives the whole reply. Links are not
-// probed yet, so a connected adapter has a diagnosis only during a scan, and else a failure. Under
-// the global configuration lock; takes the second one.
+// Looks at the first adapter, its connection and the link; gives the whole reply. The link is
+// measured for a second, except during a scan. Under the global configuration lock; takes the
+// second one.
 WString Diagnose();
 
 }  // namespace corvane

@@ -57,6 +57,7 @@ void DumpTraffic(int idx, CWlanInterface& adapter, const CQUAYInterfaceConfig& c
            pdh->GetRxMbps());
   LOG_INFO(u"[%i]  Thresholds: scan %0.3lf, switch %0.3lf", idx, config.m_rate_gate_low.load(),
            config.m_rate_gate_high.load());
+  LOG_INFO(u"[%i]  Blast result: %0.3lf mbps", idx, adapter.GetBlastMbps());
   LOG_INFO(u"[%i]  Contention APs: %s", idx, adapter.ContentionText());
   LOG_INFO(u"[%i]  Combined Moving Average: %0.3lf mbps, below threshold: %0.1lf%%", idx,
            pdh->GetIdleMean(), 100.0 - pdh->GetPercentAboveLow());

@@ -37,6 +37,7 @@ void CQUAYMainWorker::TakeConnection() {
   Connection now;
   now.wasConnected = m_pInterface->IsConnected();
   QueryConnection(&now);
+  AimDetector();
   m_pInterface->SetDisconnectedTick(false);
   bool ssidDiffers = m_pInterface->SetLastConnectedSsid(now.ssid);
   if (now.entry) now.entry->m_ConnAttrs = now.attrs;
@@ -47,8 +48,10 @@ void CQUAYMainWorker::TakeConnection() {
   m_pInterface->UpdateContentionAPs(m_pInterface->GetLastConnectedSsid(), now.bssidText,
                                     now.channel);
   if (bssidChanged) {
+    ResetDetector("CONNECTED BSSID CHANGED");
     ssidDiffers = !m_pInterface->IsConnectedToNetworkWithBothBssids(now.bssid, old);
   }
+  ProbeLink();
   DetectRoam(now, bssidChanged, ssidDiffers);
   now.connected = true;
   m_Connection = now;
@@ -98,6 +101,7 @@ void CQUAYMainWorker::OnDisconnected() {
   PublishDisconnection();
   m_pInterface->ClearConnectedBssid();
   m_pInterface->m_backup_score = 0;
+  ResetDetector("DISCONNECTED");
 }
 
 // A change of BSSID inside one network: this program's own move ends a roaming inhibit, anybody

@@ -109,6 +109,7 @@ void CQUAYMainWorker::Shutdown() {
   // it.
   if (!ended) return;
   m_Connection = {};
+  m_pLastInterferenceEvent.reset();
   m_pInterface.reset();
   m_pConfig.reset();
 }
@@ -264,6 +265,7 @@ bool CQUAYMainWorker::IsHeldBack(bool vpnBlock) {
   if (m_pConfig->Get_InhibitQUAY(nullptr)) {
     RoundWatches::Step(m_ConfigIdx, RoundStep::kInhibited);
     SurgicalUpdateIfInhibited();
+    if (m_pInterface->IsConnected()) ProbeLink();
     LOG_ADAPTER(
         m_ConfigIdx, DBG(30),
         u"[%i]CQUAYMainWorker::WorkThreadProc[LOOP] - INHIBITED %I64u ms, %S, SLEEPING [1000]",
@@ -488,6 +490,7 @@ void CQUAYMainWorker::AwaitClient(std::uint32_t sleepMs) {
   if (m_IDET != 0 && m_pInterface->IsConnected()) {
     for (std::uint32_t slept = 0; slept < sleepMs && m_bRun; slept += kInterferenceSliceMs) {
       if (m_pConfig->WaitMainLoopSemaphore(kInterferenceSliceMs)) return;
+      ProbeLink();
     }
     return;
   }

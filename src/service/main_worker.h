@@ -5,6 +5,7 @@
 #include "foundation/smart_obj.h"
 #include "foundation/thread.h"
 #include "monitors/power_subscriber.h"
+#include "notify/notification_event.h"
 #include "wlan/wlan_interface.h"
 
 namespace corvane {
@@ -84,6 +85,12 @@ class CQUAYMainWorker : public SmartObjEx<CQUAYMainWorker, SmartObj<>>,
   std::int32_t ComputeBackupScore(const platform::WLAN_CONNECTION_ATTRIBUTES& attrs,
                                   std::uint32_t channel);
 
+  // --- The interference detector (interference.cpp)
+  void AimDetector();
+  void ResetDetector(const char* why);
+  void ProbeLink();
+  void ReportInterference(const InterferenceRecord& record);
+
   // --- What is told of it (connection_reports.cpp)
   void ReportNewConnection(const Connection& now);
   void ReportStandingConnection(const Connection& now);
@@ -110,6 +117,7 @@ class CQUAYMainWorker : public SmartObjEx<CQUAYMainWorker, SmartObj<>>,
   std::int32_t m_CsvFileSizeMB =
       2;                     // limit of the history file in million bytes, 0 or less for none
   std::uint32_t m_IDET = 0;  // not 0: the interference detector is on, and cuts the sleep in slices
+  CSmartPointer<CNotificationEvent> m_pLastInterferenceEvent;  // the last one sent
   std::uint32_t m_Round = 0;      // completed rounds since the running loop was entered
   bool m_bNoDelayActive = false;  // a no-delay sleep was taken, the window has yet to be closed
   std::atomic<bool> m_bPowerSuspendSeen{false};

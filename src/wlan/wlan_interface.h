@@ -11,6 +11,7 @@
 #include "monitors/interface_pdh.h"
 #include "monitors/ip_address.h"
 #include "platform/wlan_types.h"
+#include "probes/win_icmp2.h"
 #include "report/ap_set_memo.h"
 #include "settings/interface_config.h"
 #include "store/address_text.h"
@@ -22,6 +23,7 @@
 
 namespace corvane {
 
+class CAdaptersAddresses;
 class CWlanClient;
 
 // Facts of a connection, as one query gave them.
@@ -187,6 +189,11 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   // --- Traffic, Mbps and seconds; 0 without counters
   double GetTrafficMbps() const;
   CSmartPointer<CInterfacePDH> Pdh() const { return m_pInterfacePDH; }
+  // Floods the gateway for a second; the result stays for GetBlastMbps. Without a snapshot or a
+  // gateway nothing is measured (link_blast.cpp).
+  void DoBlast(CAdaptersAddresses* adapters);
+  double GetBlastMbps() const { return m_BlastMbps; }  // of the last blast, 0 before it
+  CWinICMP2& Detector() { return m_Detector; }         // on the worker only
   void ProcessIdleThresholds();  // learns the rate gates of the connection (idle_thresholds.cpp)
 
   // The networks by SSID, under the interface lock.
@@ -314,6 +321,8 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   CApSetMemo m_ContentionMemo;  // the contenders of the last count
   CApSetMemo m_InternetMemo;    // the connectivity that the scores saw, over a loss of the tree
   CSmartPointer<CInterfacePDH> m_pInterfacePDH;
+  CWinICMP2 m_Detector;
+  std::atomic<double> m_BlastMbps{0.0};
 
   std::uint64_t m_LastScanTime = 0;   // tick: the clock of the scan interval
   std::uint64_t m_LastScanStart = 0;  // tick of the last scan
