@@ -189,6 +189,47 @@ TEST_F(SqliteRegistryTest, FollowsTheRulesOfKeys) {
   registry.RegCloseKey(key);
 }
 
+// Keys come in order and once, whichever table holds them, and those further below are not counted.
+TEST_F(SqliteRegistryTest, EnumeratesTheKeysDirectlyBelow) {
+  Store store(path);
+  auto& registry = *store;
+  ASSERT_EQ(store.Set(u"v", REG_DWORD, "\1\0\0", 4, u"A\\Class\\0001\\Deep\\Deeper"), 0);
+  ASSERT_EQ(store.Set(u"v", REG_DWORD, "\1\0\0", 4, u"A\\Class\\0000"), 0);
+  ASSERT_EQ(store.Set(u"v", REG_DWORD, "\1\0\0", 4, u"A\\Class"), 0);
+  ASSERT_EQ(store.Set(u"v", REG_DWORD, "\1\0\0", 4, u"A\\Class]s"), 0);
+  ASSERT_EQ(store.Set(u"v", REG_DWORD, "\1\0\0", 4, u"A\\Classes\\x"), 0);
+  Shell(path, R"(INSERT INTO registry VALUES('a\class\Client', 'x', 'REG_DWORD', 1))");
+  HKEY key = nullptr;
+  ASSERT_EQ(registry.RegOpenKeyExW(HKEY_LOCAL_MACHINE, u"A\\Class", 0, KEY_READ, &key), 0);
+  DWORD subkeys = 0, values = 0;
+  EXPECT_EQ(registry.RegQueryInfoKeyW(key, &subkeys, &values), 0);
+  EXPECT_EQ(subkeys, 3u);
+  EXPECT_EQ(values, 1u);
+  std::u16string names;
+  char16_t name[8] = {};
+  DWORD chars = 8;
+  for (DWORD i = 0; registry.RegEnumKeyExW(key, i, name, &chars) == 0; ++i, chars = 8) {
+    EXPECT_EQ(chars, std::u16string_view(name).size());
+    names += std::u16string(name) + u" ";
+  }
+  EXPECT_EQ(names, u"0000 0001 Client ");
+  EXPECT_EQ(registry.RegEnumKeyExW(key, 3, name, &chars),
+            static_cast<LSTATUS>(ERROR_NO_MORE_ITEMS));
+  chars = 4;
+  EXPECT_EQ(registry.RegEnumKeyExW(key, 0, name, &chars), static_cast<LSTATUS>(ERROR_MORE_DATA));
+  registry.RegCloseKey(key);
+  EXPECT_EQ(registry.RegQueryInfoKeyW(HKEY_LOCAL_MACHINE, &subkeys, nullptr), 0);
+  EXPECT_EQ(subkeys, 1u);
+  ASSERT_EQ(registry.RegOpenKeyExW(HKEY_LOCAL_MACHINE, u"A\\Class", 0, KEY_WRITE, &key), 0);
+  EXPECT_EQ(registry.RegEnumKeyExW(key, 0, name, &chars),
+            static_cast<LSTATUS>(ERROR_ACCESS_DENIED));
+  EXPECT_EQ(registry.RegQueryInfoKeyW(key, &subkeys, nullptr),
+            static_cast<LSTATUS>(ERROR_ACCESS_DENIED));
+  registry.RegCloseKey(key);
+  EXPECT_EQ(registry.RegQueryInfoKeyW(key, &subkeys, nullptr),
+            static_cast<LSTATUS>(ERROR_INVALID_HANDLE));
+}
+
 // Clients read and write with the shell while the service has the database open.
 TEST_F(SqliteRegistryTest, SharesItsValuesWithOtherProcesses) {
   Store store(path);

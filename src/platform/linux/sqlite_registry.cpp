@@ -21,6 +21,7 @@ namespace {
 
 constexpr REGSAM kQueryValue = 0x1;  // KEY_QUERY_VALUE, part of KEY_READ
 constexpr REGSAM kSetValue = 0x2;    // KEY_SET_VALUE, part of KEY_WRITE
+constexpr REGSAM kEnumerate = 0x8;   // KEY_ENUMERATE_SUB_KEYS, part of KEY_READ
 constexpr std::uintptr_t kKeyHandleStep = 4;
 constexpr DWORD kRegistryCorrupt = 1015;  // ERROR_REGISTRY_CORRUPT
 constexpr char kLayoutVersion[] = "1";
@@ -145,6 +146,32 @@ struct SqliteRegistry::Connection {
     }
   }
 
+  // The names of the keys directly below, in order. A key that another program has written values
+  // of may stand in the table of values alone.
+  std::vector<std::u16string> KeysBelow(const std::u16string& path) {
+    const std::u16string first = path.empty() ? path : path + u"\\";
+    const std::u16string end = path.empty() ? u"\xFFFF" : path + u"]";  // follows the backslash
+    const Use use(below);
+    use->BindText(1, first);
+    use->BindText(2, end);
+    std::vector<std::u16string> names;
+    while (use->Step()) {
+      const auto* text = static_cast<const char16_t*>(sqlite3_column_text16(use->Get(), 0));
+      const std::u16string_view rest = sim::ViewOf(text).substr(first.size());
+      std::u16string name(rest.substr(0, rest.find(u'\\')));
+      const bool known = std::ranges::any_of(names, [&](const std::u16string& other) {
+        return sim::FoldCase(other) == sim::FoldCase(name);
+      });
+      if (!name.empty() && !known) names.push_back(std::move(name));
+    }
+    return names;
+  }
+  DWORD CountValues(std::u16string_view path) {
+    const Use use(countValues);
+    use->BindText(1, path);
+    return use->Step() ? static_cast<DWORD>(sqlite3_column_int64(use->Get(), 0)) : 0;
+  }
+
   static bool Prepare(SqliteDatabase& database) {
     database.Execute(kOpening);
     if (const std::string state = database.Text("PRAGMA quick_check(1)"); state != "ok") {
@@ -172,6 +199,10 @@ struct SqliteRegistry::Connection {
                       "ON CONFLICT(key, name) DO UPDATE SET type = excluded.type, "
                       "value = excluded.value"};
   SqliteStatement remove{database, "DELETE FROM registry WHERE key = ?1 AND name = ?2"};
+  SqliteStatement below{database,
+                        "SELECT key FROM registry_keys WHERE key >= ?1 AND key < ?2 UNION "
+                        "SELECT key FROM registry WHERE key >= ?1 AND key < ?2 ORDER BY 1"};
+  SqliteStatement countValues{database, "SELECT count(*) FROM registry WHERE key = ?1"};
 };
 
 SqliteRegistry::SqliteRegistry(sim::SeamGate& gate, const std::string& path, std::string* notice)
@@ -308,6 +339,37 @@ LSTATUS SqliteRegistry::RegDeleteValueW(HKEY key, LPCWSTR name) {
     use->Step();
     return sqlite3_changes(m_pConnection->database.Get()) == 1 ? ERROR_SUCCESS
                                                                : ERROR_FILE_NOT_FOUND;
+  } catch (const SqliteError& error) {
+    return CodeOf(error);
+  }
+}
+
+LSTATUS SqliteRegistry::RegQueryInfoKeyW(HKEY key, DWORD* subKeys, DWORD* values) {
+  m_Gate.Enter("RegQueryInfoKeyW");
+  const std::lock_guard lock(m_Mutex);
+  const std::optional<Handle> handle = Find(key);
+  if (!handle) return ERROR_INVALID_HANDLE;
+  if (!(handle->access & kQueryValue)) return ERROR_ACCESS_DENIED;
+  try {
+    if (subKeys) *subKeys = static_cast<DWORD>(m_pConnection->KeysBelow(handle->path).size());
+    if (values) *values = m_pConnection->CountValues(handle->path);
+    return ERROR_SUCCESS;
+  } catch (const SqliteError& error) {
+    return CodeOf(error);
+  }
+}
+
+LSTATUS SqliteRegistry::RegEnumKeyExW(HKEY key, DWORD index, char16_t* name, DWORD* chars) {
+  m_Gate.Enter("RegEnumKeyExW");
+  const std::lock_guard lock(m_Mutex);
+  const std::optional<Handle> handle = Find(key);
+  if (!handle) return ERROR_INVALID_HANDLE;
+  if (!(handle->access & kEnumerate)) return ERROR_ACCESS_DENIED;
+  if (!name || !chars) return ERROR_INVALID_PARAMETER;
+  try {
+    const auto names = m_pConnection->KeysBelow(handle->path);
+    if (index >= names.size()) return ERROR_NO_MORE_ITEMS;
+    return sim::GiveText(names[index], name, chars) ? ERROR_SUCCESS : ERROR_MORE_DATA;
   } catch (const SqliteError& error) {
     return CodeOf(error);
   }

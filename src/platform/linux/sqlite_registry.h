@@ -47,6 +47,8 @@ class SqliteRegistry final : public RegistryApi {
   LSTATUS RegQueryValueExW(HKEY key, LPCWSTR name, DWORD* type, BYTE* data, DWORD* size) override;
   LSTATUS RegSetValueExW(HKEY key, LPCWSTR name, DWORD type, const BYTE* data, DWORD size) override;
   LSTATUS RegDeleteValueW(HKEY key, LPCWSTR name) override;
+  LSTATUS RegQueryInfoKeyW(HKEY key, DWORD* subKeys, DWORD* values) override;
+  LSTATUS RegEnumKeyExW(HKEY key, DWORD index, char16_t* name, DWORD* chars) override;
 
   std::size_t OpenHandles() const;
 

@@ -12,6 +12,7 @@ namespace {
 
 constexpr REGSAM kQueryValue = 0x1;  // KEY_QUERY_VALUE, part of KEY_READ
 constexpr REGSAM kSetValue = 0x2;    // KEY_SET_VALUE, part of KEY_WRITE
+constexpr REGSAM kEnumerate = 0x8;   // KEY_ENUMERATE_SUB_KEYS, part of KEY_READ
 constexpr std::uintptr_t kHandleStep = 4;
 
 void AppendText(std::u16string& out, std::string_view ascii) {
@@ -59,6 +60,12 @@ class SimRegistry::DeviceFace final : public RegistryApi {
     return m_Registry.Set(key, name, type, data, size);
   }
   LSTATUS RegDeleteValueW(HKEY key, LPCWSTR name) override { return m_Registry.Delete(key, name); }
+  LSTATUS RegQueryInfoKeyW(HKEY key, DWORD* subKeys, DWORD* values) override {
+    return m_Registry.Info(key, subKeys, values);
+  }
+  LSTATUS RegEnumKeyExW(HKEY key, DWORD index, char16_t* name, DWORD* chars) override {
+    return m_Registry.Enumerate(key, index, name, chars);
+  }
 
  private:
   SimRegistry& m_Registry;
@@ -105,6 +112,16 @@ LSTATUS SimRegistry::RegDeleteValueW(HKEY key, LPCWSTR name) {
   if (code == ERROR_SUCCESS) code = static_cast<DWORD>(Delete(key, name));
   if (code == ERROR_SUCCESS) ++m_WriteCount;
   return static_cast<LSTATUS>(code);
+}
+
+LSTATUS SimRegistry::RegQueryInfoKeyW(HKEY key, DWORD* subKeys, DWORD* values) {
+  const DWORD code = m_Gate.Enter("RegQueryInfoKeyW", ERROR_ACCESS_DENIED);
+  return code != ERROR_SUCCESS ? static_cast<LSTATUS>(code) : Info(key, subKeys, values);
+}
+
+LSTATUS SimRegistry::RegEnumKeyExW(HKEY key, DWORD index, char16_t* name, DWORD* chars) {
+  const DWORD code = m_Gate.Enter("RegEnumKeyExW", ERROR_MORE_DATA);
+  return code != ERROR_SUCCESS ? static_cast<LSTATUS>(code) : Enumerate(key, index, name, chars);
 }
 
 std::optional<SimRegistry::Handle> SimRegistry::Find(HKEY key) {
@@ -198,6 +215,26 @@ LSTATUS SimRegistry::Delete(HKEY key, LPCWSTR name) {
   if (!handle) return ERROR_INVALID_HANDLE;
   if (!(handle->access & kSetValue)) return ERROR_ACCESS_DENIED;
   return Erase(*handle->key, ViewOf(name)) ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND;
+}
+
+LSTATUS SimRegistry::Info(HKEY key, DWORD* subKeys, DWORD* values) {
+  const std::optional<Handle> handle = Find(key);
+  if (!handle) return ERROR_INVALID_HANDLE;
+  if (!(handle->access & kQueryValue)) return ERROR_ACCESS_DENIED;
+  if (subKeys) *subKeys = static_cast<DWORD>(handle->key->keys.size());
+  if (values) *values = static_cast<DWORD>(handle->key->values.size());
+  return ERROR_SUCCESS;
+}
+
+LSTATUS SimRegistry::Enumerate(HKEY key, DWORD index, char16_t* name, DWORD* chars) {
+  const std::optional<Handle> handle = Find(key);
+  if (!handle) return ERROR_INVALID_HANDLE;
+  if (!(handle->access & kEnumerate)) return ERROR_ACCESS_DENIED;
+  if (!name || !chars) return ERROR_INVALID_PARAMETER;
+  const auto& keys = handle->key->keys;
+  if (index >= keys.size()) return ERROR_NO_MORE_ITEMS;
+  return GiveText(std::next(keys.begin(), index)->first, name, chars) ? ERROR_SUCCESS
+                                                                      : ERROR_MORE_DATA;
 }
 
 const SimRegistry::Key* SimRegistry::FindKey(std::u16string_view path) const {

@@ -31,6 +31,8 @@ class SimRegistry final : public RegistryApi {
   LSTATUS RegQueryValueExW(HKEY key, LPCWSTR name, DWORD* type, BYTE* data, DWORD* size) override;
   LSTATUS RegSetValueExW(HKEY key, LPCWSTR name, DWORD type, const BYTE* data, DWORD size) override;
   LSTATUS RegDeleteValueW(HKEY key, LPCWSTR name) override;
+  LSTATUS RegQueryInfoKeyW(HKEY key, DWORD* subKeys, DWORD* values) override;
+  LSTATUS RegEnumKeyExW(HKEY key, DWORD index, char16_t* name, DWORD* chars) override;
 
   RegistryApi& ForDevices();
 
@@ -77,6 +79,8 @@ class SimRegistry final : public RegistryApi {
   LSTATUS Query(HKEY key, LPCWSTR name, DWORD* type, BYTE* data, DWORD* size);
   LSTATUS Set(HKEY key, LPCWSTR name, DWORD type, const BYTE* data, DWORD size);
   LSTATUS Delete(HKEY key, LPCWSTR name);
+  LSTATUS Info(HKEY key, DWORD* subKeys, DWORD* values);
+  LSTATUS Enumerate(HKEY key, DWORD index, char16_t* name, DWORD* chars);
 
   std::optional<Handle> Find(HKEY key);
   const Key* FindKey(std::u16string_view path) const;

@@ -27,6 +27,14 @@ bool FoldedLess::operator()(std::u16string_view a, std::u16string_view b) const 
   return atA == a.end() || Folded(*atA) < Folded(*atB);
 }
 
+bool GiveText(std::u16string_view text, char16_t* buffer, std::uint32_t* chars) {
+  if (text.size() >= *chars) return false;
+  text.copy(buffer, text.size());
+  buffer[text.size()] = u'\0';
+  *chars = static_cast<std::uint32_t>(text.size());
+  return true;
+}
+
 std::string ToUtf8(std::u16string_view text) {
   std::string out;
   out.reserve(text.size());

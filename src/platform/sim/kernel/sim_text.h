@@ -1,4 +1,5 @@
 #pragma once
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -15,6 +16,9 @@ struct FoldedLess {
 inline std::u16string_view ViewOf(const char16_t* text) {
   return text ? std::u16string_view(text) : std::u16string_view();
 }
+// The text with its NUL into a buffer of *chars characters, and its length into *chars; false, with
+// nothing written, when there is no room.
+bool GiveText(std::u16string_view text, char16_t* buffer, std::uint32_t* chars);
 std::string ToUtf8(std::u16string_view text);
 
 }  // namespace corvane::platform::sim
