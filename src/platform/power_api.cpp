@@ -9,14 +9,4 @@ BOOL PowerApi::GetSystemPowerStatus(SYSTEM_POWER_STATUS*) {
   return FALSE;
 }
 
-DWORD PowerApi::PowerRegisterSuspendResumeNotification(DWORD,
-                                                       const DEVICE_NOTIFY_SUBSCRIBE_PARAMETERS*,
-                                                       HANDLE*) {
-  return ERROR_CALL_NOT_IMPLEMENTED;
-}
-
-DWORD PowerApi::PowerUnregisterSuspendResumeNotification(HANDLE) {
-  return ERROR_CALL_NOT_IMPLEMENTED;
-}
-
 }  // namespace corvane::platform

@@ -17,6 +17,12 @@ inline constexpr unsigned WM_NCDESTROY = 0x0082;
 inline constexpr unsigned WM_COMMAND = 0x0111;
 inline constexpr unsigned WM_POWERBROADCAST = 0x0218;
 inline constexpr unsigned WM_WTSSESSION_CHANGE = 0x02B1;
+// What WM_POWERBROADCAST tells, as its wParam.
+inline constexpr WPARAM PBT_APMSUSPEND = 4;
+inline constexpr WPARAM PBT_APMRESUMESUSPEND = 7;
+inline constexpr WPARAM PBT_APMRESUMESTANDBY = 8;
+inline constexpr WPARAM PBT_APMPOWERSTATUSCHANGE = 10;
+inline constexpr WPARAM PBT_APMRESUMEAUTOMATIC = 18;
 inline constexpr DWORD WS_POPUP = 0x80000000;
 inline constexpr int SW_HIDE = 0;
 inline constexpr DWORD NOTIFY_FOR_ALL_SESSIONS = 1;

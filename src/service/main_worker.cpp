@@ -7,6 +7,7 @@
 #include "launch/launcher.h"
 #include "monitors/adapters_addresses.h"
 #include "monitors/network_list_manager.h"
+#include "monitors/power_window.h"
 #include "platform/platform.h"
 #include "platform/thread_api.h"
 #include "policy/policy.h"
@@ -122,6 +123,7 @@ void CQUAYMainWorker::OnResume() {
 void CQUAYMainWorker::OnSuspend() { m_bPowerSuspendSeen = true; }
 
 void CQUAYMainWorker::WorkThreadProc() {
+  CPowerWindow::GetInstance().AddSubscriber(this);
   if (m_pInterface) {
     m_pConfig->SetString(value::kSuggestedNetwork, u"");
     m_pConfig->SetString(value::kProfiledNetworksInRangeJson, u"[]");

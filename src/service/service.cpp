@@ -14,6 +14,7 @@
 #include "log/log.h"
 #include "model/global_wireless_maps.h"
 #include "monitors/network_list_manager.h"
+#include "monitors/power_window.h"
 #include "monitors/utils.h"
 #include "notify/notification_manager.h"
 #include "pipe/api_session_security_singleton.h"
@@ -46,6 +47,7 @@ constexpr std::uint32_t kUnwindMs = 10000;
 constexpr int kRoundsBetweenRefreshes = 15;
 constexpr std::uint32_t kNotificationsEndMs = 1000;
 constexpr std::uint64_t kRefreshLog = DBG(32);
+constexpr std::uint32_t kWindowParameter = 10;
 
 void Sleep(std::uint32_t ms) { Os().threads.Sleep(ms); }
 
@@ -157,6 +159,7 @@ bool Service::StartSockets() {
 
 void Service::StartUp() {
   StartEngineControl(&m_bHomeKeyCreated);  // and with it the first open of the home key
+  CPowerWindow::GetInstance().Initialize(kWindowParameter, kWindowParameter);
   if (const platform::HRESULT result = CNotificationManagerSingleton::GetInstance().BeginThread();
       result != 0) {
     LOG_ERROR(u"Main:[starting] the notification thread did not start: 0x%08x", result);
@@ -311,6 +314,7 @@ void Service::ShutDown() {
   // The notification thread goes before its pipe, so that nothing is delivered to a dead listener.
   CNotificationManagerSingleton::GetInstance().Shutdown(kNotificationsEndMs);
   StopPipe(m_pNotifyPipe);
+  CPowerWindow::GetInstance().Shutdown();
   StopEngineControl();
   CGlobalConfigContainer::GetInstance().Shutdown(false);
   CGlobalWirelessMaps::GetInstance().Shutdown();

@@ -2,6 +2,7 @@
 
 #include "service/main_worker.h"
 
+#include "monitors/power_window.h"
 #include "platform/sim/kernel/sim_kernel.h"
 #include "settings/global_config_container.h"
 #include "support/pc_fixture.h"
@@ -21,30 +22,20 @@ class WorkerTest : public PcTest {
     m_pWorker = CQUAYMainWorker::CreateObject();
     m_pWorker->Bind(0, m_pAdapter.get());
     m_pWorker->BeginThread();
-    const platform::DEVICE_NOTIFY_SUBSCRIBE_PARAMETERS recipient{&WorkerTest::Deliver,
-                                                                 m_pWorker.get()};
-    Os().power.PowerRegisterSuspendResumeNotification(platform::DEVICE_NOTIFY_CALLBACK, &recipient,
-                                                      &m_hPower);
+    CPowerWindow::GetInstance().Initialize(10, 10);
   }
   void TearDown() override {
-    Os().power.PowerUnregisterSuspendResumeNotification(m_hPower);
     m_pWorker->Shutdown();
+    CPowerWindow::GetInstance().Shutdown();
     m_pWorker.reset(), m_pConfig.reset(), m_pAdapter.reset();
     CGlobalConfigContainer::GetInstance().Shutdown(true);
     CWifiClientContainer::GetInstance().Shutdown();
     PcTest::TearDown();
   }
-  static platform::ULONG Deliver(void* worker, platform::ULONG type, void*) {
-    IPowerSubscriber& subscriber = *static_cast<CQUAYMainWorker*>(worker);
-    if (type == platform::PBT_APMSUSPEND) subscriber.OnSuspend();
-    if (type == platform::PBT_APMRESUMEAUTOMATIC) subscriber.OnResume();
-    return 0;
-  }
 
   CSmartPointer<CWlanInterface> m_pAdapter;
   CSmartPointer<CQUAYInterfaceConfig> m_pConfig;
   CSmartPointer<CQUAYMainWorker> m_pWorker;
-  platform::HANDLE m_hPower = nullptr;
 };
 
 // No scan is due, so that what is heard after waking was looked for.

@@ -39,7 +39,7 @@ struct SimDevices::Impl {
         sockets(machine, host.gate, host.threads, paths, traffic),
         icmp(machine, host.gate, host.threads, paths),
         pipeClients(machine, host.pipes, host.session),
-        timeline({machine, clients, adapters, traffic, power, web, driver, pipeClients,
+        timeline({machine, clients, adapters, traffic, windows, web, driver, pipeClients,
                   host.registry, host.session, host.pressKey, host.pressKeyContext}) {
     for (std::size_t i = 0; i < world.adapters.size(); ++i) {
       adapters.push_back(
@@ -127,7 +127,8 @@ SimDevices::Outstanding SimDevices::CountOutstanding() {
           .heaps = m_pImpl->heap.Count(),
           .sockets = m_pImpl->sockets.Open(),
           .icmpHandles = m_pImpl->icmp.Open(),
-          .routes = m_pImpl->loop.WithLock([this] { return m_pImpl->paths.Standing(); })};
+          .routes = m_pImpl->loop.WithLock([this] { return m_pImpl->paths.Standing(); }),
+          .windows = m_pImpl->windows.OpenWindows()};
 }
 
 }  // namespace corvane::platform::sim

@@ -44,7 +44,7 @@ struct DeviceHost {
 };
 
 // The simulated devices of one world: adapters and air, network list, counters, interface table,
-// power, the web, the tray's window. They keep time only by the host's clock and run their events
+// power, the web, windows. They keep time only by the host's clock and run their events
 // on one thread of their own, so they serve under virtual time and in real time alike. The same
 // world, seed and calls give the same answers.
 class SimDevices {
@@ -89,7 +89,8 @@ class SimDevices {
     std::size_t heaps = 0;
     std::size_t sockets = 0;
     std::size_t icmpHandles = 0;
-    std::size_t routes = 0;  // that the program has added
+    std::size_t routes = 0;   // that the program has added
+    std::size_t windows = 0;  // and their power registrations
     friend bool operator==(const Outstanding&, const Outstanding&) = default;
   };
   Outstanding CountOutstanding();

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "platform/registry_api.h"
 #include "platform/sim/devices/pc_observer.h"
@@ -103,7 +104,7 @@ void SimTimeline::Carry(const Action& action) {
       ChangeFilter(action);
       break;
     case ActionKind::kSession:
-      SetSession(action.session);
+      ChangeSession(action.session);
       break;
     case ActionKind::kProcess:
       SetProcess(action.text, action.on);
@@ -327,22 +328,30 @@ void SimTimeline::ChangePower(const Action& action) {
       m.machine.world.power.mains = action.on;
       if (action.percent >= 0)
         m.machine.world.power.batteryPercent = static_cast<BYTE>(action.percent);
-      m.power.Notify(PBT_APMPOWERSTATUSCHANGE);
+      m.windows.TellPower(PBT_APMPOWERSTATUSCHANGE);
       break;
     case ActionKind::kSuspend:
       if (m.machine.suspended) return;
-      m.power.Notify(PBT_APMSUSPEND);
+      m.windows.TellPower(PBT_APMSUSPEND);
       for (const auto& adapter : m.adapters) adapter->OnSuspend();
       m.machine.suspended = true;
       break;
     default:
       if (!m.machine.suspended) return;
       m.machine.suspended = false;
-      m.power.Notify(PBT_APMRESUMEAUTOMATIC);
-      m.power.Notify(PBT_APMRESUMESUSPEND);
+      m.windows.TellPower(PBT_APMRESUMEAUTOMATIC);
+      m.windows.TellPower(PBT_APMRESUMESUSPEND);
       for (const auto& adapter : m.adapters) adapter->OnResume();
       break;
   }
+}
+
+void SimTimeline::ChangeSession(const Session& session) {
+  const bool wasLoggedOn = std::exchange(m.machine.world.session, session).loggedOn;
+  SetSession(session);
+  if (session.loggedOn == wasLoggedOn) return;
+  m.windows.TellSession(session.loggedOn ? WTS_SESSION_LOGON : WTS_SESSION_LOGOFF,
+                        session.sessionId);
 }
 
 // The user of the console, what the program's child says of that user, and what runs there.

@@ -1,8 +1,8 @@
 #pragma once
 #include "platform/sim/devices/sim_clients.h"
 #include "platform/sim/devices/sim_interfaces.h"
-#include "platform/sim/devices/sim_power.h"
 #include "platform/sim/devices/sim_web.h"
+#include "platform/sim/devices/sim_windows.h"
 #include "platform/sim/devices/sim_wlan_clients.h"
 
 namespace corvane::platform {
@@ -22,7 +22,7 @@ class SimTimeline {
     SimWlanClients& clients;
     SimWlanAdapters& adapters;
     SimTraffic& traffic;
-    SimPower& power;
+    SimWindows& windows;
     SimWeb& web;
     SimDriver& driver;
     SimClients& pipeClients;
@@ -50,6 +50,7 @@ class SimTimeline {
   void ChangeWeb(const Action& action);
   void ChangeService(bool runs);
   void ChangePower(const Action& action);
+  void ChangeSession(const Session& session);
   void SetSession(const Session& session);
   void SetProcess(const std::u16string& name, bool runs);
   void Write(const RegistryWrite& write);

@@ -23,7 +23,7 @@ bool NeverUnwinds(std::string_view operation) {
       "WSACleanup",
       "DestroyEnvironmentBlock",
       "BCryptDestroyKey",
-      "PowerUnregisterSuspendResumeNotification"};
+      "UnregisterSuspendResumeNotification"};
   return operation.find("Close") != operation.npos || operation.find("Free") != operation.npos ||
          std::ranges::find(kNames, operation) != kNames.end();
 }

@@ -6,7 +6,9 @@
 #include "platform/ip_types.h"
 #include "platform/sim/devices/sim_link_rate.h"
 #include "platform/sim/kernel/sim_kernel.h"
+#include "platform/sim/kernel/sim_registry.h"
 #include "platform/sim/kernel/sim_session.h"
+#include "platform/window_api.h"
 
 namespace corvane::test {
 
@@ -266,38 +268,68 @@ TEST_F(SimTablesTest, CountersMeasureTheTrafficBetweenTwoCollections) {
   EXPECT_NE(pdh.PdhCloseQuery(query), 0);
 }
 
-TEST_F(SimTablesTest, PowerTellsSuspendAndResume) {
+// The thread of a window notes what it hears; it ends when the window does.
+class Listening {
+ public:
+  static inline std::string heard;
+  static inline HWND window = nullptr;
+  static inline HANDLE registration = nullptr;
+
+  static DWORD Run(void*) {
+    WindowApi& os = Os().windows;
+    os.RegisterClassExW(u"Test", &Procedure, nullptr);
+    window = os.CreateWindowExW(0, u"Test", u"", WS_POPUP, nullptr);
+    registration = os.RegisterSuspendResumeNotification(window, DEVICE_NOTIFY_WINDOW_HANDLE);
+    MSG message;
+    while (os.GetMessageW(&message) > 0) os.DispatchMessageW(&message);
+    heard += "end ";
+    return 0;
+  }
+
+ private:
+  static LRESULT Procedure(HWND target, unsigned message, WPARAM wParam, LPARAM lParam) {
+    if (message == WM_COMMAND) return static_cast<LRESULT>(wParam) + lParam;
+    if (message == WM_POWERBROADCAST) heard += std::to_string(wParam) + " ";
+    if (message == WM_WTSSESSION_CHANGE) heard += "session ";
+    if (message == WM_DESTROY) Os().windows.PostQuitMessage(0);
+    return Os().windows.DefWindowProcW(target, message, wParam, lParam);
+  }
+};
+
+TEST_F(SimTablesTest, AWindowHearsOfPowerWhileItIsRegistered) {
   World world = OfficeWithLan();
   world.adapters[0].autoConnect = true;
   Start(world);
-  std::string types;
-  DEVICE_NOTIFY_SUBSCRIBE_PARAMETERS recipient;
-  recipient.Context = &types;
-  recipient.Callback = [](void* context, ULONG type, void*) -> ULONG {
-    *static_cast<std::string*>(context) += std::to_string(type) + " ";
-    return 0;
-  };
-  HANDLE registration = nullptr;
-  ASSERT_EQ(Os().power.PowerRegisterSuspendResumeNotification(DEVICE_NOTIFY_CALLBACK, &recipient,
-                                                              &registration),
-            ERROR_SUCCESS);
+  Listening::heard.clear();
+  const HANDLE thread = Os().threads.CreateThread(&Listening::Run, nullptr, "listening", nullptr);
+  RunFor(1s);
   Do(R"({"do": "power", "mains": false, "batteryPercent": 20})");
   SYSTEM_POWER_STATUS status;
   ASSERT_EQ(Os().power.GetSystemPowerStatus(&status), TRUE);
   EXPECT_EQ(status.ACLineStatus, 0);
   EXPECT_EQ(status.BatteryLifePercent, 20);
   Do(R"({"do": "suspend"})");
+  Do(R"({"do": "session", "loggedOn": false})");
   RunFor(1s);
   EXPECT_EQ(ConnectedBssid(), "error 5023");
   EXPECT_NE(Scan(), ERROR_SUCCESS);
   Do(R"({"do": "resume"})");
   RunFor(15s);
-  EXPECT_EQ(types, "10 4 18 7 ");
+  EXPECT_EQ(Listening::heard, "10 4 18 7 ") << "it has not asked for sessions";
   EXPECT_EQ(ConnectedBssid(), kApOne) << "the system has connected it again";
-  ASSERT_EQ(Os().power.PowerUnregisterSuspendResumeNotification(registration), ERROR_SUCCESS);
+
+  WindowApi& os = Os().windows;
+  EXPECT_EQ(os.SendMessageW(Listening::window, WM_COMMAND, 40, 2), 42);
+  ASSERT_EQ(os.UnregisterSuspendResumeNotification(Listening::registration), TRUE);
+  EXPECT_EQ(os.UnregisterSuspendResumeNotification(Listening::registration), FALSE);
   Do(R"({"do": "suspend"})");
+  EXPECT_EQ(os.PostMessageA(Listening::window, WM_CLOSE, 0, 0), TRUE);
   RunFor(1s);
-  EXPECT_EQ(types, "10 4 18 7 ");
+  EXPECT_EQ(Listening::heard, "10 4 18 7 end ");
+  EXPECT_EQ(os.PostMessageA(Listening::window, WM_CLOSE, 0, 0), FALSE);
+  EXPECT_EQ(os.SendMessageW(Listening::window, WM_COMMAND, 40, 2), 0);
+  EXPECT_EQ(os.CreateWindowExW(0, u"Unknown", u"", WS_POPUP, nullptr), nullptr);
+  Os().threads.CloseHandle(thread);
 }
 
 TEST_F(SimTablesTest, TheTimelineWritesTheRegistry) {
