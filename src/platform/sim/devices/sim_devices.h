@@ -44,7 +44,7 @@ struct DeviceHost {
 };
 
 // The simulated devices of one world: adapters and air, network list, counters, interface table,
-// power, the web, windows. They keep time only by the host's clock and run their events
+// power, Bluetooth, the web, windows. They keep time only by the host's clock and run their events
 // on one thread of their own, so they serve under virtual time and in real time alike. The same
 // world, seed and calls give the same answers.
 class SimDevices {

@@ -45,17 +45,24 @@ PDH_STATUS SimPerfCounters::PdhOpenQueryW(LPCWSTR, std::uintptr_t, PDH_HQUERY* q
   return 0;
 }
 
-// "\Network Adapter(instance)\counter"
+// "\Network Adapter(instance)\counter", or the same of a Bluetooth radio.
 bool SimPerfCounters::ParsePath(std::u16string_view path, Counter* counter, PDH_STATUS* status) {
   constexpr std::u16string_view kObject = u"\\network adapter(";
+  constexpr std::u16string_view kBluetooth = u"\\bluetooth radio(";
   const std::u16string folded = FoldCase(path);
   *status = kBadName;
   const std::size_t end = folded.rfind(u")\\");
   if (folded.empty() || folded[0] != u'\\' || end == folded.npos) return false;
+  const std::u16string_view name = std::u16string_view(folded).substr(end + 2);
+  *status = kNoCounter;
+  if (folded.starts_with(kBluetooth)) {
+    counter->instance = folded.substr(kBluetooth.size(), end - kBluetooth.size());
+    counter->bluetooth = FindBluetoothFigure(name);
+    return counter->bluetooth.has_value();
+  }
   *status = kNoObject;
   if (!folded.starts_with(kObject)) return false;
   counter->instance = folded.substr(kObject.size(), end - kObject.size());
-  const std::u16string_view name = std::u16string_view(folded).substr(end + 2);
   constexpr std::pair<std::u16string_view, Figure> kNames[] = {
       {u"bytes received/sec", Figure::kBytesIn},
       {u"bytes sent/sec", Figure::kBytesOut},
@@ -114,8 +121,12 @@ PDH_STATUS SimPerfCounters::PdhCollectQueryData(PDH_HQUERY query) {
       if (counter.query != NumberOf(query)) continue;
       counter.before = counter.last;
       counter.last.reset();
-      if (const auto figure = Read(counter, interfaces)) {
-        counter.last = Sample{m_Machine.loop.NowMs(), *figure};
+      const std::uint64_t now = m_Machine.loop.NowMs();
+      const auto figure = counter.bluetooth ? BluetoothBytes(m_Machine.world, counter.instance,
+                                                             *counter.bluetooth, now)
+                                            : Read(counter, interfaces);
+      if (figure) {
+        counter.last = Sample{now, *figure};
         any = true;
       }
     }
@@ -134,7 +145,8 @@ PDH_STATUS SimPerfCounters::PdhGetFormattedCounterValue(PDH_HCOUNTER counter, DW
     *value = {};
     if (type) *type = 0;
     if (!known.last) return kNoInstance;
-    const bool isRate = known.figure == Figure::kBytesIn || known.figure == Figure::kBytesOut;
+    const bool isRate =
+        known.bluetooth || known.figure == Figure::kBytesIn || known.figure == Figure::kBytesOut;
     if (!isRate) {
       value->doubleValue = known.last->figure;
       return 0;

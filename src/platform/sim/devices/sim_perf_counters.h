@@ -6,13 +6,15 @@
 #include <string>
 
 #include "platform/perf_counter_api.h"
+#include "platform/sim/devices/sim_bluetooth.h"
 #include "platform/sim/devices/sim_interfaces.h"
 #include "platform/sim/kernel/seam_gate.h"
 
 namespace corvane::platform::sim {
 
-// The performance counters of the object "Network Adapter". An instance is named by the interface's
-// description with "#", "(" and ")" as "_", "[" and "]".
+// The performance counters of the objects "Network Adapter", of which an instance is named by the
+// interface's description with "#", "(" and ")" as "_", "[" and "]", and "Bluetooth Radio", of
+// which one is named by the radio's description as it stands.
 class SimPerfCounters final : public PerfCounterApi {
  public:
   SimPerfCounters(SimMachine& machine, SeamGate& gate, const SimWlanAdapters& adapters,
@@ -41,6 +43,7 @@ class SimPerfCounters final : public PerfCounterApi {
     std::uintptr_t query = 0;
     std::u16string instance;
     Figure figure = Figure::kBytesIn;
+    std::optional<BluetoothFigure> bluetooth;  // in the place of `figure`
     std::optional<Sample> before;
     std::optional<Sample> last;
   };

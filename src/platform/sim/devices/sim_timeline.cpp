@@ -6,6 +6,7 @@
 
 #include "platform/registry_api.h"
 #include "platform/sim/devices/pc_observer.h"
+#include "platform/sim/devices/sim_bluetooth.h"
 #include "platform/sim/devices/sim_driver.h"
 #include "platform/sim/kernel/sim_session.h"
 #include "platform/sim/world/radio_model.h"
@@ -42,6 +43,7 @@ void SimTimeline::Boot() {
   version.type = REG_SZ;
   version.text = u"6.3";
   Write(version);
+  WriteBluetoothKeys(m.registry, m.machine.world);
   for (const RegistryWrite& write : m.machine.world.registry) Write(write);
   SetSession(m.machine.world.session);
   m.pipeClients.Boot();
@@ -82,6 +84,10 @@ void SimTimeline::Carry(const Action& action) {
     case ActionKind::kSuspend:
     case ActionKind::kResume:
       ChangePower(action);
+      break;
+    case ActionKind::kBluetooth:
+    case ActionKind::kBluetoothTraffic:
+      ChangeBluetooth(action);
       break;
     case ActionKind::kRegistry:
       Write(action.registry);
@@ -343,6 +349,19 @@ void SimTimeline::ChangePower(const Action& action) {
       m.windows.TellPower(PBT_APMRESUMESUSPEND);
       for (const auto& adapter : m.adapters) adapter->OnResume();
       break;
+  }
+}
+
+void SimTimeline::ChangeBluetooth(const Action& action) {
+  for (BluetoothRadio& radio : m.machine.world.bluetooth) {
+    if (radio.name != action.text) continue;
+    if (action.kind == ActionKind::kBluetoothTraffic) {
+      radio.traffic.push_back(action.bluetooth);
+      radio.traffic.back().span.ShiftBy(m.machine.loop.NowMs());
+    } else {
+      radio.on = action.on;
+      WriteBluetoothKeys(m.registry, m.machine.world);
+    }
   }
 }
 

@@ -50,6 +50,7 @@ class SimTimeline {
   void ChangeWeb(const Action& action);
   void ChangeService(bool runs);
   void ChangePower(const Action& action);
+  void ChangeBluetooth(const Action& action);
   void ChangeSession(const Session& session);
   void SetSession(const Session& session);
   void SetProcess(const std::u16string& name, bool runs);

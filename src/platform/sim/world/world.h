@@ -26,6 +26,10 @@ struct Span {
   std::uint64_t fromMs = 0;
   std::uint64_t toMs = kForever;
   bool Holds(std::uint64_t ms) const { return fromMs <= ms && ms < toMs; }
+  void ShiftBy(std::uint64_t ms) {
+    fromMs += ms;
+    if (toMs != kForever) toMs += ms;
+  }
 };
 
 struct Point {  // metres
@@ -207,6 +211,24 @@ struct Power {
   BYTE batteryPercent = 100;
 };
 
+enum class BluetoothLink { kClassic, kLowEnergy, kSco };
+
+// What a Bluetooth radio moves in a span of time; spans that overlap add up.
+struct BluetoothTraffic {
+  Span span;
+  BluetoothLink link = BluetoothLink::kClassic;
+  double readKbps = 0.0;
+  double writtenKbps = 0.0;
+};
+
+// A Bluetooth adapter. Its name is its description in the registry and its instance among the
+// counters.
+struct BluetoothRadio {
+  std::u16string name;
+  bool on = true;  // false: switched off in the device manager
+  std::vector<BluetoothTraffic> traffic;
+};
+
 // The session on the console, and what the program's own child says there of the user's
 // environment.
 struct Session {
@@ -301,24 +323,26 @@ struct ProgramFile {
 
 // What an entry of the timeline does. Behind each, the members of Action that it reads.
 enum class ActionKind {
-  kMove,         // to, speed: the machine walks there from where it is
-  kScan,         // adapter, ssid, good: somebody else's scan
-  kConnect,      // adapter, ssid, bssid: somebody else connects; zero BSSID: the strongest
-  kDisconnect,   // adapter: somebody else disconnects it
-  kRoam,         // adapter, bssid: the driver roams inside the SSID
-  kRadio,        // adapter, on, hardware
-  kAdapter,      // adapter, on: plugged in or pulled out
-  kTraffic,      // traffic: from now on; its span counts from the time of the action
-  kAccessPoint,  // bssid, on: dies or comes back
-  kLoad,         // bssid, stations, utilisation: the load element changes
-  kSignal,       // bssid, dbm: fixed from now on; NaN gives the signal back to power and track
-  kNoise,        // bssid, noise: from now on, beginning with the first; empty: quiet again
-  kRefuse,       // bssid, code: connects fail with this reason; 0: no more
-  kWlanService,  // on: the WLAN service stops (every call 1062) or runs again
-  kPower,        // on (mains), percent
-  kSuspend,      // the machine sleeps
-  kResume,       // and wakes
-  kRegistry,     // registry
+  kMove,              // to, speed: the machine walks there from where it is
+  kScan,              // adapter, ssid, good: somebody else's scan
+  kConnect,           // adapter, ssid, bssid: somebody else connects; zero BSSID: the strongest
+  kDisconnect,        // adapter: somebody else disconnects it
+  kRoam,              // adapter, bssid: the driver roams inside the SSID
+  kRadio,             // adapter, on, hardware
+  kAdapter,           // adapter, on: plugged in or pulled out
+  kTraffic,           // traffic: from now on; its span counts from the time of the action
+  kAccessPoint,       // bssid, on: dies or comes back
+  kLoad,              // bssid, stations, utilisation: the load element changes
+  kSignal,            // bssid, dbm: fixed from now on; NaN gives the signal back to power and track
+  kNoise,             // bssid, noise: from now on, beginning with the first; empty: quiet again
+  kRefuse,            // bssid, code: connects fail with this reason; 0: no more
+  kWlanService,       // on: the WLAN service stops (every call 1062) or runs again
+  kPower,             // on (mains), percent
+  kSuspend,           // the machine sleeps
+  kResume,            // and wakes
+  kBluetooth,         // text (radio), on: a Bluetooth radio is switched on or off
+  kBluetoothTraffic,  // text (radio), bluetooth: from now on, as kTraffic
+  kRegistry,          // registry
   kNetwork,      // network (name), and what of category, internet, connectivity and on is given
   kNetworkList,  // on: the network list service fails or answers again
   kInterface,    // interface (friendly name), on: another adapter goes up or down
@@ -364,6 +388,7 @@ struct Action {
   int connected = -1;              // 0, 1, or -1 as it was
   std::int64_t connectivity = -1;  // flags, or -1 as it was
   Traffic traffic;
+  BluetoothTraffic bluetooth;
   RegistryWrite registry;
   Neighbour neighbour;
   Profile profile;
@@ -394,6 +419,7 @@ struct World {
   double shadowingDb = 3.0;        // standard deviation; 0: a bare function of distance
   double pathLossExponent = 3.0;
   Power power;
+  std::vector<BluetoothRadio> bluetooth;
   Session session;
   Web web;
   std::vector<DomainController> domainControllers;

@@ -38,6 +38,8 @@ constexpr KindWord kKinds[] = {
     {"power", ActionKind::kPower},
     {"suspend", ActionKind::kSuspend},
     {"resume", ActionKind::kResume},
+    {"bluetooth", ActionKind::kBluetooth},
+    {"bluetoothTraffic", ActionKind::kBluetoothTraffic},
     {"registry", ActionKind::kRegistry},
     {"network", ActionKind::kNetwork},
     {"networkList", ActionKind::kNetworkList},
@@ -182,6 +184,15 @@ void TakeMembers(JsonFields& fields, const World& world, Action* out) {
     case ActionKind::kPower:
       out->on = fields.Need("mains").Flag();
       fields.Integer("batteryPercent", 0, 100, &out->percent);
+      break;
+    case ActionKind::kBluetooth:
+      out->text = TakeBluetoothRadio(fields, world);
+      TakeOn(fields, out);
+      break;
+    case ActionKind::kBluetoothTraffic:
+      out->text = TakeBluetoothRadio(fields, world);
+      fields.Duration("for", &out->bluetooth.span.toMs);
+      TakeBluetoothRates(fields, &out->bluetooth);
       break;
     case ActionKind::kRegistry:
       TakeRegistry(fields, world, &out->registry);

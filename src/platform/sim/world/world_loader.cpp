@@ -104,6 +104,8 @@ World ParseWorld(const std::string& jsonText, const std::string& fileName) {
   fields.Each("files", [&](const JsonNode& item) { world.files.push_back(ReadFile(item)); });
   fields.Each("clients",
               [&](const JsonNode& item) { world.clients.push_back(ReadClient(item, world)); });
+  fields.Each("bluetooth",
+              [&](const JsonNode& item) { world.bluetooth.push_back(ReadBluetoothRadio(item)); });
   if (const auto machine = fields.Find("machine")) world.path = ReadMachine(*machine);
   if (const auto session = fields.Find("session")) world.session = ReadSession(*session);
   if (const auto web = fields.Find("web")) world.web = ReadWeb(*web);

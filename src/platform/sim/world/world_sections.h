@@ -17,6 +17,7 @@ Neighbour ReadNeighbour(const JsonNode& node);
 Traffic ReadTraffic(const JsonNode& node, const World& world);
 Session ReadSession(const JsonNode& node);
 RegistryWrite ReadRegistry(const JsonNode& node, const World& world);
+BluetoothRadio ReadBluetoothRadio(const JsonNode& node);
 Web ReadWeb(const JsonNode& node);
 DomainController ReadDomainController(const JsonNode& node);
 Client ReadClient(const JsonNode& node, const World& world);
@@ -29,6 +30,9 @@ void TakeNeighbour(JsonFields& fields, Neighbour* out);
 void TakeHops(JsonFields& fields, std::vector<Hop>* out);
 void TakeNoise(JsonFields& fields, std::vector<double>* out);
 void TakeRates(JsonFields& fields, Traffic* out);
+void TakeBluetoothRates(JsonFields& fields, BluetoothTraffic* out);
+// The name in "radio"; complains of one that no radio has.
+std::u16string TakeBluetoothRadio(JsonFields& fields, const World& world);
 void TakeSession(JsonFields& fields, Session* out);
 void TakeWebAnswer(JsonFields& fields, WebAnswer* out);
 void TakeWebProxies(JsonFields& fields, WebProxies* out);

@@ -332,6 +332,56 @@ TEST_F(SimTablesTest, AWindowHearsOfPowerWhileItIsRegistered) {
   Os().threads.CloseHandle(thread);
 }
 
+TEST_F(SimTablesTest, BluetoothRadiosAreCountedByLinkAndDirection) {
+  World world = OfficeWithLan();
+  world.bluetooth = {{u"Radio (R) 5", true, {{{5'000, 10'000}, BluetoothLink::kSco, 64.0, 8.0}}},
+                     {u"Dongle", false, {{{}, BluetoothLink::kClassic, 800.0, 0.0}}}};
+  Start(world);
+  const std::u16string key =
+      u"SYSTEM\\CurrentControlSet\\Control\\Class\\{e0cbf06c-cd8b-4647-bb8a-263b43f0f974}\\";
+  EXPECT_EQ(Pc().Registry().GetText(key + u"0000", u"DriverDesc"), u"Radio (R) 5");
+  EXPECT_EQ(Pc().Registry().GetText(key + u"0001", u"DriverDesc"), u"Bluetooth Device");
+  PerfCounterApi& pdh = Os().perfCounters;
+  PDH_HQUERY query = nullptr;
+  ASSERT_EQ(pdh.PdhOpenQueryW(nullptr, 0, &query), 0);
+  const auto add = [&](const char16_t* path) {
+    PDH_HCOUNTER counter = nullptr;
+    EXPECT_EQ(pdh.PdhAddCounterW(query, path, 0, &counter), 0);
+    return counter;
+  };
+  const PDH_HCOUNTER counters[] = {add(u"\\Bluetooth Radio(Radio (R) 5)\\SCO bytes read/sec"),
+                                   add(u"\\Bluetooth Radio(Radio (R) 5)\\SCO bytes written/sec"),
+                                   add(u"\\Bluetooth Radio(Radio (R) 5)\\LE ACL bytes read/sec"),
+                                   add(u"\\Bluetooth Radio(Dongle)\\Classic ACL bytes read/sec")};
+  PDH_HCOUNTER none = nullptr;
+  EXPECT_NE(pdh.PdhAddCounterW(query, u"\\Bluetooth Radio(Dongle)\\Luck", 0, &none), 0);
+  const auto rates = [&] {
+    std::vector<double> values;
+    EXPECT_EQ(pdh.PdhCollectQueryData(query), 0);
+    for (const PDH_HCOUNTER counter : counters) {
+      PDH_FMT_COUNTERVALUE formatted;
+      const bool read =
+          pdh.PdhGetFormattedCounterValue(counter, PDH_FMT_DOUBLE, nullptr, &formatted) == 0;
+      values.push_back(read ? formatted.doubleValue : -1.0);
+    }
+    return values;
+  };
+  using Rates = std::vector<double>;
+  EXPECT_EQ(rates(), (Rates{-1, -1, -1, -1})) << "a rate needs two collections";
+  RunFor(5s);
+  EXPECT_EQ(rates(), (Rates{0, 0, 0, -1})) << "a radio that is off has no counters";
+  RunFor(10s);
+  EXPECT_EQ(rates(), (Rates{4'000, 500, 0, -1}));
+  Do(R"({"do": "bluetooth", "radio": "Dongle", "on": true})");
+  Do(R"({"do": "bluetoothTraffic", "radio": "Radio (R) 5", "for": "1s", "link": "le", "readKbps": 80
+})");
+  EXPECT_EQ(Pc().Registry().GetText(key + u"0001", u"DriverDesc"), u"Dongle");
+  rates();
+  RunFor(10s);
+  EXPECT_EQ(rates(), (Rates{0, 0, 1'000, 100'000}));
+  EXPECT_EQ(pdh.PdhCloseQuery(query), 0);
+}
+
 TEST_F(SimTablesTest, TheTimelineWritesTheRegistry) {
   World world = OfficeWithLan();
   RegistryWrite before;
