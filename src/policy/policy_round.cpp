@@ -2,6 +2,9 @@
 
 #include <algorithm>
 
+#include "monitors/bluetooth_monitor_singleton.h"
+#include "platform/clock_api.h"
+#include "platform/platform.h"
 #include "policy/candidate_list.h"
 #include "policy/policy.h"
 #include "policy/policy_log.h"
@@ -23,6 +26,7 @@ class PolicyRound {
       : m_Adapter(adapter), m_Idx(adapter.GetConfigIdx()), m_pConfig(adapter.Config()) {}
 
   void Run() {
+    SetBluetoothPenalty();
     const BssEntryList inRange = EntriesInRange(m_Adapter);
     GatherConnection();
 
@@ -44,6 +48,16 @@ class PolicyRound {
   }
 
  private:
+  // While Bluetooth moves data, it disturbs what shares its band.
+  void SetBluetoothPenalty() {
+    const auto& config = CGlobalConfigContainer::GetInstance();
+    if (!config.m_bBTPenaltyEnabled) return;
+    const bool active =
+        IsBluetoothActive(CBluetoothMonitorSingleton::GetInstance().GetActivityEndTick(),
+                          Os().clock.GetTickCount64());
+    m_Adapter.SetBTPenalty(active ? static_cast<std::int32_t>(config.m_BTPenaltyValue.load()) : 0);
+  }
+
   void GatherConnection() {
     m_Facts.connected = m_Adapter.GetConnectedSSID(&m_Facts);
     if (!m_Facts.connected) m_Facts.bssid.fill(0xFF);

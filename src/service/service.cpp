@@ -13,6 +13,7 @@
 #include "launch/user_environment.h"
 #include "log/log.h"
 #include "model/global_wireless_maps.h"
+#include "monitors/bluetooth_monitor_singleton.h"
 #include "monitors/network_list_manager.h"
 #include "monitors/power_window.h"
 #include "monitors/utils.h"
@@ -178,11 +179,13 @@ void Service::RunPasses() {
     CountBoot();
     CGlobalDCInfoMemo::GetInstance().Load();
     CGlobalAPGatewayMapMemo::GetInstance().Load();
+    CBluetoothMonitorSingleton::GetInstance().InitPDHCounters();
     LOG_DEBUG(kRefreshLog, u"__REFRESH USER__\n");
     RefreshUser();
     ReadDebugValues();
     if (!RunPass()) continue;
     ShutDownWorkers();
+    CBluetoothMonitorSingleton::GetInstance().ClosePDHCounters();
     CGlobalAPGatewayMapMemo::GetInstance().Clear();
     CGlobalDCInfoMemo::GetInstance().Clear();
     CGlobalConfigContainer::GetInstance().Shutdown(true);
@@ -198,6 +201,7 @@ bool Service::RunPass() {
     if (count == 0) {
       LOG_DEBUG(kMainLog, u"Main[TOP loop]: No Wifi Adapters...");
       EnsurePipes();
+      CBluetoothMonitorSingleton::GetInstance().ClosePDHCounters();
       m_bQuit = KeyWaits();
       if (!m_bQuit) Sleep(kNoAdapterMs);
       return false;
@@ -264,6 +268,7 @@ bool Service::RunMainRound() {
   if (const auto registry = config.GetRegistry())
     registry->SetRegistryDWORDValue(u"VPNFound", g_bVPNFound);
   config.RefreshGlobals();
+  CBluetoothMonitorSingleton::GetInstance().Poll();
   RestartWorkers();
   if (config.m_bEnablePilot) RunPilot();
   const bool enabled = config.m_bServiceEnable;
@@ -277,6 +282,10 @@ bool Service::RunMainRound() {
   RefreshNLM();
   if (CWifiClientContainer::GetInstance().AdapterCountChanged()) {
     LOG_DEBUG(kMainLog, u"Main[Main loop]: adapter count changed! restarting...");
+    return false;
+  }
+  if (CBluetoothMonitorSingleton::GetInstance().AdapterCountChanged()) {
+    LOG_DEBUG(kMainLog, u"Main[Main loop]: BT adapter count changed! restarting...");
     return false;
   }
   m_bQuit = KeyWaits();
@@ -304,6 +313,7 @@ void Service::ShutDown() {
   // when it is shut down, not when it is dropped.
   ShutDownWorkers();
   SaveTelemetry();
+  CBluetoothMonitorSingleton::GetInstance().ClosePDHCounters();
   CGlobalAPGatewayMapMemo::GetInstance().Clear();
   CGlobalDCInfoMemo::GetInstance().Clear();
   CGlobalConfigContainer::GetInstance().Shutdown(true);
