@@ -10,6 +10,7 @@ namespace corvane {
 namespace {
 
 constexpr std::uint64_t kTraceLog = DBG(48);
+constexpr std::uint32_t kInterferenceSliceMs = 2000;  // between two rounds of the detector
 
 WString Both(double first, double second) { return Format(u"%Lf,%Lf", first, second); }
 
@@ -65,6 +66,19 @@ void CQUAYMainWorker::ReportInterference(const InterferenceRecord& record) {
   }
   m_pLastInterferenceEvent = event;
   CNotificationManagerSingleton::GetInstance().QueueNotification(event.get());
+}
+
+// The sleep proper. A client can end it early.
+void CQUAYMainWorker::AwaitClient(std::uint32_t sleepMs) {
+  if (m_IDET != 0 && m_pInterface->IsConnected()) {
+    for (std::uint32_t slept = 0; slept < sleepMs && m_bRun; slept += kInterferenceSliceMs) {
+      if (m_pConfig->WaitMainLoopSemaphore(kInterferenceSliceMs)) return;
+      ProbeLink();
+    }
+    return;
+  }
+  m_pConfig->WaitMainLoopSemaphore(sleepMs);
+  if (m_Round % 2 == 1) m_pInterface->RefreshProfiledAPList();
 }
 
 }  // namespace corvane

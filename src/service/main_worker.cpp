@@ -33,7 +33,6 @@ constexpr int kDisabledSlices = 5;
 constexpr std::uint32_t kInhibitedMs = 1000;
 constexpr std::uint32_t kVPNMs = 5000;
 constexpr std::uint32_t kAirplaneMs = 3000;
-constexpr std::uint32_t kInterferenceSliceMs = 2000;
 constexpr std::uint32_t kNoDelayMs = 1000;
 constexpr std::uint32_t kNormalSleepMs = 10000;
 constexpr std::uint64_t kCredentialsTextMs = 60000;
@@ -485,19 +484,6 @@ bool CQUAYMainWorker::SleepWithoutDelay() {
               m_ConfigIdx, m_pConfig->GetNoDelayRemainingSecs());
   Sleep(kNoDelayMs);
   return true;
-}
-
-// The sleep proper. A client can end it early.
-void CQUAYMainWorker::AwaitClient(std::uint32_t sleepMs) {
-  if (m_IDET != 0 && m_pInterface->IsConnected()) {
-    for (std::uint32_t slept = 0; slept < sleepMs && m_bRun; slept += kInterferenceSliceMs) {
-      if (m_pConfig->WaitMainLoopSemaphore(kInterferenceSliceMs)) return;
-      ProbeLink();
-    }
-    return;
-  }
-  m_pConfig->WaitMainLoopSemaphore(sleepMs);
-  if (m_Round % 2 == 1) m_pInterface->RefreshProfiledAPList();
 }
 
 }  // namespace corvane

@@ -107,6 +107,12 @@ TEST(WorldJson, RefusesWithFilePathAndReason) {
        "w.json: /timeline/0/adapter: the world has no adapter 0"},
       {R"({"timeline": [{"at": "1s", "do": "interface", "interface": "LAN", "on": true}]})",
        "w.json: /timeline/0/interface: no other adapter has this name"},
+  };
+  for (const BadWorld& bad : kCases) EXPECT_EQ(ErrorOf(bad.text), bad.error) << bad.text;
+}
+
+TEST(WorldJson, RefusesRadiosOfBluetoothThatAreNone) {
+  const BadWorld kCases[] = {
       {R"({"bluetooth": [{"name": "R"}],
            "timeline": [{"at": "1s", "do": "bluetooth", "radio": "r", "on": true}]})",
        "w.json: /timeline/0/radio: no Bluetooth radio has this name"},
