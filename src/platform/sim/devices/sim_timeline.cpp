@@ -53,10 +53,13 @@ void SimTimeline::Boot() {
 }
 
 void SimTimeline::Carry(const Action& action) {
+  if (!CarryInTheAir(action)) CarryOnTheMachine(action);
+  m.machine.loop.Tell([line = action.line](IPcObserver& observer) { observer.OnTimeline(line); });
+}
+
+// What adapters, access points and traffic do; false for everything else.
+bool SimTimeline::CarryInTheAir(const Action& action) {
   switch (action.kind) {
-    case ActionKind::kMove:
-      AddWalk(&m.machine.world.path, m.machine.loop.NowMs(), action.to, action.speed);
-      break;
     case ActionKind::kScan:
     case ActionKind::kConnect:
     case ActionKind::kDisconnect:
@@ -66,16 +69,30 @@ void SimTimeline::Carry(const Action& action) {
     case ActionKind::kProfile:
     case ActionKind::kNotification:
       ForItsAdapters(action);
-      break;
+      return true;
     case ActionKind::kTraffic:
       AddTraffic(action.traffic);
-      break;
+      return true;
     case ActionKind::kAccessPoint:
     case ActionKind::kLoad:
     case ActionKind::kSignal:
     case ActionKind::kNoise:
     case ActionKind::kRefuse:
       ChangeAccessPoint(action);
+      return true;
+    case ActionKind::kBluetooth:
+    case ActionKind::kBluetoothTraffic:
+      ChangeBluetooth(action);
+      return true;
+    default:
+      return false;
+  }
+}
+
+void SimTimeline::CarryOnTheMachine(const Action& action) {
+  switch (action.kind) {
+    case ActionKind::kMove:
+      AddWalk(&m.machine.world.path, m.machine.loop.NowMs(), action.to, action.speed);
       break;
     case ActionKind::kWlanService:
       ChangeService(action.on);
@@ -84,10 +101,6 @@ void SimTimeline::Carry(const Action& action) {
     case ActionKind::kSuspend:
     case ActionKind::kResume:
       ChangePower(action);
-      break;
-    case ActionKind::kBluetooth:
-    case ActionKind::kBluetoothTraffic:
-      ChangeBluetooth(action);
       break;
     case ActionKind::kRegistry:
       Write(action.registry);
@@ -128,8 +141,9 @@ void SimTimeline::Carry(const Action& action) {
     case ActionKind::kKey:
       if (m.pressKey) m.pressKey(m.pressKeyContext);
       break;
+    default:
+      break;
   }
-  m.machine.loop.Tell([line = action.line](IPcObserver& observer) { observer.OnTimeline(line); });
 }
 
 void SimTimeline::ForItsAdapters(const Action& action) {

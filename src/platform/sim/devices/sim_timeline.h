@@ -37,6 +37,8 @@ class SimTimeline {
   void Carry(const Action& action);
 
  private:
+  bool CarryInTheAir(const Action& action);
+  void CarryOnTheMachine(const Action& action);
   void ForItsAdapters(const Action& action);
   void Wireless(const Action& action, SimWlanAdapter& adapter);
   void OutsideConnect(const Action& action, SimWlanAdapter& adapter);

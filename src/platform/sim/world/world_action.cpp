@@ -121,78 +121,96 @@ void TakeNotification(JsonFields& fields, const World& world, Action* out) {
   fields.Integer("value", 0, kMostDword, &out->number);
 }
 
-// What stands behind "at" and "do".
-void TakeMembers(JsonFields& fields, const World& world, Action* out) {
+void TakeSignal(JsonFields& fields, const World& world, Action* out) {
+  TakeBssid(fields, world, out);
+  const JsonNode dbm = fields.Need("dbm");
+  out->dbm =
+      dbm.Value().IsNull() ? std::numeric_limits<double>::quiet_NaN() : dbm.Number(-120.0, 0.0);
+}
+
+// What stands behind "at" and "do" for what adapters, access points and traffic do; false for
+// everything else.
+bool TakeMembersInTheAir(JsonFields& fields, const World& world, Action* out) {
+  switch (out->kind) {
+    case ActionKind::kScan:
+      out->adapter = TakeAdapter(fields, world, 0);
+      if (const auto ssid = fields.Find("ssid")) out->ssid = ssid->Ssid();
+      fields.Flag("good", &out->good);
+      return true;
+    case ActionKind::kConnect:
+      out->adapter = TakeAdapter(fields, world, 0);
+      out->ssid = fields.Need("ssid").Ssid();
+      if (fields.Has("bssid")) TakeBssid(fields, world, out);
+      return true;
+    case ActionKind::kDisconnect:
+      out->adapter = TakeAdapter(fields, world, 0);
+      return true;
+    case ActionKind::kRoam:
+      out->adapter = TakeAdapter(fields, world, 0);
+      TakeBssid(fields, world, out);
+      return true;
+    case ActionKind::kRadio:
+      out->adapter = TakeAdapter(fields, world, 0);
+      TakeOn(fields, out);
+      fields.Flag("hardware", &out->hardware);
+      return true;
+    case ActionKind::kAdapter:
+      out->adapter = TakeAdapter(fields, world, 0);
+      TakeOn(fields, out);
+      return true;
+    case ActionKind::kTraffic:
+      TakeTraffic(fields, world, out);
+      return true;
+    case ActionKind::kAccessPoint:
+      TakeBssid(fields, world, out);
+      TakeOn(fields, out);
+      return true;
+    case ActionKind::kLoad:
+      TakeBssid(fields, world, out);
+      fields.Integer("stations", 0, 65535, &out->stations);
+      fields.Integer("utilisation", 0, 255, &out->utilisation);
+      return true;
+    case ActionKind::kSignal:
+      TakeSignal(fields, world, out);
+      return true;
+    case ActionKind::kNoise:
+      TakeBssid(fields, world, out);
+      TakeNoise(fields, &out->noise);
+      return true;
+    case ActionKind::kRefuse:
+      TakeBssid(fields, world, out);
+      out->code = static_cast<DWORD>(fields.Need("reason").Integer(0, kMostDword));
+      return true;
+    case ActionKind::kBluetooth:
+      out->text = TakeBluetoothRadio(fields, world);
+      TakeOn(fields, out);
+      return true;
+    case ActionKind::kBluetoothTraffic:
+      out->text = TakeBluetoothRadio(fields, world);
+      fields.Duration("for", &out->bluetooth.span.toMs);
+      TakeBluetoothRates(fields, &out->bluetooth);
+      return true;
+    case ActionKind::kProfile:
+      TakeProfile(fields, world, out);
+      return true;
+    case ActionKind::kNotification:
+      TakeNotification(fields, world, out);
+      return true;
+    default:
+      return false;
+  }
+}
+
+// Likewise for the rest of the machine. Some have no members.
+void TakeMembersOnTheMachine(JsonFields& fields, const World& world, Action* out) {
   switch (out->kind) {
     case ActionKind::kMove:
       out->to = fields.Need("to").Place();
       fields.Number("speed", 0.01, 1000.0, &out->speed);
       break;
-    case ActionKind::kScan:
-      out->adapter = TakeAdapter(fields, world, 0);
-      if (const auto ssid = fields.Find("ssid")) out->ssid = ssid->Ssid();
-      fields.Flag("good", &out->good);
-      break;
-    case ActionKind::kConnect:
-      out->adapter = TakeAdapter(fields, world, 0);
-      out->ssid = fields.Need("ssid").Ssid();
-      if (fields.Has("bssid")) TakeBssid(fields, world, out);
-      break;
-    case ActionKind::kDisconnect:
-      out->adapter = TakeAdapter(fields, world, 0);
-      break;
-    case ActionKind::kRoam:
-      out->adapter = TakeAdapter(fields, world, 0);
-      TakeBssid(fields, world, out);
-      break;
-    case ActionKind::kRadio:
-      out->adapter = TakeAdapter(fields, world, 0);
-      TakeOn(fields, out);
-      fields.Flag("hardware", &out->hardware);
-      break;
-    case ActionKind::kAdapter:
-      out->adapter = TakeAdapter(fields, world, 0);
-      TakeOn(fields, out);
-      break;
-    case ActionKind::kTraffic:
-      TakeTraffic(fields, world, out);
-      break;
-    case ActionKind::kAccessPoint:
-      TakeBssid(fields, world, out);
-      TakeOn(fields, out);
-      break;
-    case ActionKind::kLoad:
-      TakeBssid(fields, world, out);
-      fields.Integer("stations", 0, 65535, &out->stations);
-      fields.Integer("utilisation", 0, 255, &out->utilisation);
-      break;
-    case ActionKind::kSignal: {
-      TakeBssid(fields, world, out);
-      const JsonNode dbm = fields.Need("dbm");
-      out->dbm =
-          dbm.Value().IsNull() ? std::numeric_limits<double>::quiet_NaN() : dbm.Number(-120.0, 0.0);
-      break;
-    }
-    case ActionKind::kNoise:
-      TakeBssid(fields, world, out);
-      TakeNoise(fields, &out->noise);
-      break;
-    case ActionKind::kRefuse:
-      TakeBssid(fields, world, out);
-      out->code = static_cast<DWORD>(fields.Need("reason").Integer(0, kMostDword));
-      break;
     case ActionKind::kPower:
       out->on = fields.Need("mains").Flag();
       fields.Integer("batteryPercent", 0, 100, &out->percent);
-      break;
-    case ActionKind::kBluetooth:
-      out->text = TakeBluetoothRadio(fields, world);
-      TakeOn(fields, out);
-      break;
-    case ActionKind::kBluetoothTraffic:
-      out->text = TakeBluetoothRadio(fields, world);
-      fields.Duration("for", &out->bluetooth.span.toMs);
-      TakeBluetoothRates(fields, &out->bluetooth);
       break;
     case ActionKind::kRegistry:
       TakeRegistry(fields, world, &out->registry);
@@ -221,9 +239,6 @@ void TakeMembers(JsonFields& fields, const World& world, Action* out) {
       TakeNeighbour(fields, &out->neighbour);
       TakeOn(fields, out);
       break;
-    case ActionKind::kProfile:
-      TakeProfile(fields, world, out);
-      break;
     case ActionKind::kFilter:
       TakeFilter(fields, &out->filter);
       TakeOn(fields, out);
@@ -235,9 +250,6 @@ void TakeMembers(JsonFields& fields, const World& world, Action* out) {
       out->text = FromUtf8(fields.Need("name").Text());
       TakeOn(fields, out);
       break;
-    case ActionKind::kNotification:
-      TakeNotification(fields, world, out);
-      break;
     case ActionKind::kWeb:
       TakeWebAnswer(fields, &out->answer);
       break;
@@ -247,9 +259,7 @@ void TakeMembers(JsonFields& fields, const World& world, Action* out) {
     case ActionKind::kClient:
       TakeClientAction(fields, world, &out->client);
       break;
-    case ActionKind::kSuspend:
-    case ActionKind::kResume:
-    case ActionKind::kKey:
+    default:
       break;
   }
 }
@@ -280,7 +290,7 @@ Action ReadAction(const JsonNode& node, const World& world) {
   Action out;
   fields.Duration("at", &out.atMs);
   out.kind = fields.Need("do").Choice(kKinds);
-  TakeMembers(fields, world, &out);
+  if (!TakeMembersInTheAir(fields, world, &out)) TakeMembersOnTheMachine(fields, world, &out);
   fields.Finish();
   out.line = LineOf(node.Value());
   return out;
