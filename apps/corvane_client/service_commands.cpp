@@ -21,6 +21,28 @@ std::string Text(const rapidjson::Value& object, const char* name) {
              : std::string();
 }
 
+constexpr std::size_t kRecordNumber = 7;  // digits
+
+// Whether a record of the log begins there: "0000012<11/25/2026/T".
+bool IsRecordStart(std::string_view text) {
+  constexpr std::string_view kDigits = "0123456789";
+  return text.size() > kRecordNumber + 3 &&
+         text.substr(0, kRecordNumber).find_first_not_of(kDigits) == text.npos &&
+         text[kRecordNumber] == '<' && text[kRecordNumber + 3] == '/';
+}
+
+// The service keeps its records one behind the other; those that end a line themselves stay so.
+std::string RecordLines(const std::string& log) {
+  std::string lines;
+  for (std::size_t i = 0; i < log.size(); ++i) {
+    const bool starts = i > 0 && IsRecordStart(std::string_view(log).substr(i));
+    if (starts && lines.back() != '\n') lines += '\n';
+    lines += log[i];
+  }
+  if (!lines.empty() && lines.back() != '\n') lines += '\n';
+  return lines;
+}
+
 }  // namespace
 
 // A failed diagnosis has its findings, too.
@@ -60,8 +82,7 @@ int LogCommand(const Call& call) {
   if (call.options.json) {
     call.output.Line(CJsonWriter().Begin().Name("log").String(log).End().Text());
   } else {
-    call.output.write(log);
-    if (!log.empty() && log.back() != '\n') call.output.write("\n");
+    call.output.write(RecordLines(log));
   }
   return kDone;
 }

@@ -75,6 +75,10 @@ void ShowSettings(const Call& call) {
 int AcceptCommand(const Call& call) {
   NeedWords(call, 0, 0);
   const AdapterState adapter = ChooseAdapter(call.service, call.options);
+  // The service would note it all the same, and take it for the next suggestion.
+  if (adapter.Text("SuggestedNetwork").empty()) {
+    throw ClientError(kRefused, "nothing is suggested to " + Printable(adapter.Name()));
+  }
   Write(call, "UICommand", "AcceptAPSuggestion", 1, &adapter);
   return kDone;
 }

@@ -4,6 +4,7 @@
 
 #include "corvane_client/client_commands.h"
 #include "corvane_client/client_error.h"
+#include "platform/base64.h"
 
 namespace corvane::client {
 
@@ -52,8 +53,10 @@ class ClientProgramTest : public testing::Test {
  protected:
   ClientProgramTest() {
     notes.settings[""] = {{"NumWifiAdapters", "1"}, {"0", kFirst}, {"1", kSecond}};
-    notes.settings[kFirst] = {{"AdapterDescription", "Blue"}, {"PassiveSuggestMode", "2"}};
-    notes.settings[kSecond] = {{"AdapterDescription", "Red"}};
+    notes.settings[kFirst] = {{"AdapterDescription", "Blue"},
+                              {"PassiveSuggestMode", "2"},
+                              {"SuggestedNetwork", "Home [02-50-00-00-01-05]"}};
+    notes.settings[kSecond] = {{"AdapterDescription", "Red"}, {"SuggestedNetwork", "Home"}};
   }
   int Run(const std::vector<std::string>& words) {
     out.clear();
@@ -122,6 +125,9 @@ TEST_F(ClientProgramTest, RefusesBadCallsWithoutAsking) {
   EXPECT_THAT(error, HasSubstr("Red"));
   EXPECT_EQ(Run({"accept", "--adapter", "1"}), kDone);
   EXPECT_THAT(notes.requests, ElementsAre(HasSubstr(kSecond)));
+  notes.settings[kSecond]["SuggestedNetwork"].clear();
+  EXPECT_EQ(Run({"accept", "--adapter", "1"}), kRefused);
+  EXPECT_THAT(notes.requests, IsEmpty());
 }
 
 TEST_F(ClientProgramTest, SaysARefusalInWords) {
@@ -164,10 +170,17 @@ TEST_F(ClientProgramTest, TellsWhatHoldsTheServiceStill) {
   EXPECT_THAT(out, HasSubstr(R"("holds_still":["the service is disabled","a VPN is up"])"));
 }
 
-TEST_F(ClientProgramTest, ShowsALogThatCameCut) {
+TEST_F(ClientProgramTest, ShowsTheRecordsOfALogAsLinesAlsoOfOneThatCameCut) {
   notes.reply = R"({ "status":"ok", "code":0, "log":"bGluZQps)";
   EXPECT_EQ(Run({"log"}), kDone);
   EXPECT_EQ(out, "line\nl\n");
+  const std::string first = "0000001<11/25/2026/T9:00:00.000Z>~<I>one 1234567<",
+                    second = "0000002<11/25/2026/T9:00:01.000Z>~<I>two\n",
+                    third = "0000003<11/25/2026/T9:00:02.000Z>~<E>three";
+  notes.reply = R"({ "status":"ok", "code":0, "log":")" +
+                platform::ToBase64(first + second + third) + R"(" })";
+  EXPECT_EQ(Run({"log"}), kDone);
+  EXPECT_EQ(out, first + "\n" + second + third + "\n");
 }
 
 }  // namespace corvane::client
