@@ -89,7 +89,7 @@ TEST(ProtocolExamples, GiveWhatThePageSays) {
     std::this_thread::sleep_for(20ms);
 
   std::filesystem::create_directory(directory / "place");
-  std::ofstream(directory / "script") << script << "printf '\\036'\nkill $(jobs -p)\n";
+  std::ofstream(directory / "script") << script << "printf '\\036'\nkill 0\n";
   const std::string command = "cd " + (directory / "place") + " && CORVANE_HOME=" + home +
                               " timeout -k 1 100 bash " + (directory / "script") + " >" +
                               (directory / "said") + " 2>" + (directory / "complained");
