@@ -126,8 +126,9 @@ int WeightsCommand(const Call& call) {
   for (const Weight& weight : kWeights) {
     std::uint32_t value = weight.fallback;
     if (readable) {
-      const auto found = document.FindMember(weight.name);
-      if (found != document.MemberEnd() && found->value.IsUint()) value = found->value.GetUint();
+      const rapidjson::Value& weights = document;
+      const auto found = weights.FindMember(weight.name);
+      if (found != weights.MemberEnd() && found->value.IsUint()) value = found->value.GetUint();
     }
     json.Name(weight.name).Uint(value);
     rows.push_back({weight.name, std::to_string(value)});

@@ -52,8 +52,9 @@ int DiagCommand(const Call& call) {
   rapidjson::Document document;
   ParseJson(reply, &document);
   const bool readable = !document.HasParseError() && document.IsObject();
-  const auto diag = readable ? document.FindMember("diag") : rapidjson::Value::MemberIterator();
-  if (readable && diag != document.MemberEnd() && diag->value.IsObject()) {
+  const rapidjson::Value& members = document;
+  const auto diag = readable ? members.FindMember("diag") : rapidjson::Value::ConstMemberIterator();
+  if (readable && diag != members.MemberEnd() && diag->value.IsObject()) {
     if (call.options.json) {
       call.output.Line(reply);
     } else {

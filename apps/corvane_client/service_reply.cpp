@@ -65,8 +65,9 @@ ServiceReply ReadReply(const std::string& text) {
   rapidjson::Document document;
   ParseJson(text, &document);
   if (!document.HasParseError() && document.IsObject()) {
-    const auto reason = document.FindMember("reason");
-    if (reason != document.MemberEnd() && reason->value.IsString()) {
+    const rapidjson::Value& members = document;
+    const auto reason = members.FindMember("reason");
+    if (reason != members.MemberEnd() && reason->value.IsString()) {
       reply.reason = JsonText(reason->value);
     }
   }

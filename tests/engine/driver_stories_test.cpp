@@ -234,8 +234,9 @@ TEST_F(DriverStory, TheDumpReadsByOffsetsAlone) {
   std::vector<std::uint8_t> dump(112'704);
   std::memcpy(dump.data(), seen.table.get(), dump.size());
   const auto word = [&](std::size_t at) {
-    return dump[at] | dump[at + 1] << 8 | dump[at + 2] << 16 |
-           static_cast<std::uint32_t>(dump[at + 3]) << 24;
+    std::uint32_t value = 0;
+    for (std::size_t i = 4; i-- > 0;) value = value << 8 | dump[at + i];
+    return value;
   };
   EXPECT_EQ(word(0), 0x0A050203u);
   EXPECT_EQ(word(4), 2u);

@@ -63,7 +63,7 @@ TEST_F(PowerWindowTest, TellsEachSleepAndOneWakingInTheOrderOfSubscription) {
   EXPECT_EQ(TakeTold(), "aS bS aS bS ");
   Broadcast({18, 7, 8});
   EXPECT_EQ(TakeTold(), "aR bR ") << "a waking that is announced twice";
-  for (const platform::WPARAM waking : {7, 8, 18}) {
+  for (const platform::WPARAM waking : {7u, 8u, 18u}) {
     Broadcast({4, waking});
     EXPECT_EQ(TakeTold(), "aS bS aR bR ") << waking;
   }

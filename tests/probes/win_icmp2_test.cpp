@@ -81,7 +81,7 @@ TEST_F(DetectorTest, GoesOverToIPv6OnceNoHopAnswersAndBackByAReset) {
   world->networks[0].ip.unicast.push_back(Address("2001:db8:5::20", 64));
   world->networks[0].ip.gateways.push_back(Address("fe80::1", 64));
   StartDetector(world);
-  for (const int call : {1, 2}) {
+  for (const std::uint64_t call : {1u, 2u}) {
     Pc().Faults().FailCall("IcmpSendEcho", call, platform::IP_REQ_TIMED_OUT);
   }
   EXPECT_EQ(Round(), 0);

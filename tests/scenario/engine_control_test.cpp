@@ -25,12 +25,13 @@ class EngineControlScenario : public ServiceTest {
   }
   void OnBooted() override {
     const platform::Platform& pc = Os();
-    m_Platform.emplace(pc.threads, pc.clock, pc.console, pc.crypto, pc.eventTrace, pc.files,
-                       pc.ipHelper, pc.networkList, pc.perfCounters, pc.power, pc.registry,
-                       pc.session, pc.wlan, parts.driver, parts.heap, pc.http, pc.icmp, pc.pipes,
-                       parts.services, pc.sockets, pc.windows);
+    m_pPlatform.reset(new platform::Platform{
+        pc.threads,     pc.clock,       pc.console,      pc.crypto, pc.eventTrace, pc.files,
+        pc.ipHelper,    pc.networkList, pc.perfCounters, pc.power,  pc.registry,   pc.session,
+        pc.wlan,        parts.driver,   parts.heap,      pc.http,   pc.icmp,       pc.pipes,
+        parts.services, pc.sockets,     pc.windows});
     platform::SetPlatform(nullptr);
-    platform::SetPlatform(&*m_Platform);
+    platform::SetPlatform(m_pPlatform.get());
     if (enabledAtStart) WriteHome(u"LBEnabled", 1);
   }
 
@@ -70,7 +71,7 @@ class EngineControlScenario : public ServiceTest {
   std::unique_ptr<platform::sim::SimPipeClient> client;
 
  private:
-  std::optional<platform::Platform> m_Platform;
+  std::unique_ptr<platform::Platform> m_pPlatform;
   platform::DWORD m_Pid = 0;
   int m_Nonce = 0;
 };

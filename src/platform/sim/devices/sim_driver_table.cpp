@@ -68,7 +68,7 @@ std::string SimDriverTable::CheckList(std::size_t slot, std::size_t listAt, std:
 
 std::string SimDriverTable::CheckAlways() const {
   if (Word(0) != kVersion) return Differs("the version", Word(0), kVersion);
-  for (const std::size_t at : {4, 8, 12}) {
+  for (const std::size_t at : {4u, 8u, 12u}) {
     if (Word(at) > kSlots) return Differs("a count word", Word(at), kSlots);
   }
   for (std::size_t i = 0; i < kSlots; ++i) {
@@ -76,7 +76,7 @@ std::string SimDriverTable::CheckAlways() const {
     if (InUse(i) && Byte(at + 28) != i) return In("slot", i, "holds another's index");
     if (GatewayOf(i) != kNone && GatewayOf(i) >= kGateways)
       return In("slot", i, "has no such gateway");
-    for (const std::size_t list : {31, 32}) {
+    for (const std::size_t list : {31u, 32u}) {
       if (Byte(at + list) != kNone && Byte(at + list) >= kGatewayPlaces)
         return In("slot", i, "names a place that no gateway has");
     }
