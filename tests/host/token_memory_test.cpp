@@ -35,8 +35,19 @@ std::atomic<int> g_Refused{0};
   if (void* const memory = std::malloc(size ? size : 1)) return memory;
   throw std::bad_alloc();
 }
+// What this file's delete gives back has to come from this file.
+[[gnu::noinline]] void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  try {
+    return operator new(size);
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
+}
 [[gnu::noinline]] void operator delete(void* memory) noexcept { std::free(memory); }
 [[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+[[gnu::noinline]] void operator delete(void* memory, const std::nothrow_t&) noexcept {
+  std::free(memory);
+}
 
 namespace corvane::test {
 

@@ -20,8 +20,16 @@ std::atomic<std::uint64_t> g_Allocations{0};
   if (void* const memory = std::malloc(bytes ? bytes : 1)) return memory;
   throw std::bad_alloc();
 }
+// What this file's delete gives back has to come from this file.
+[[gnu::noinline]] void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept {
+  g_Allocations.fetch_add(1, std::memory_order_relaxed);
+  return std::malloc(bytes ? bytes : 1);
+}
 [[gnu::noinline]] void operator delete(void* memory) noexcept { std::free(memory); }
 [[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+[[gnu::noinline]] void operator delete(void* memory, const std::nothrow_t&) noexcept {
+  std::free(memory);
+}
 
 namespace corvane::test {
 
