@@ -227,24 +227,24 @@ void CBluetoothMonitorSingleton::TakeSum(std::uint64_t now) {
 void CBluetoothMonitorSingleton::ClosePDHCounters() {
   auto& pdh = Os().perfCounters;
   for (const PDH_HCOUNTER counter : std::exchange(m_Counters, {})) {
-    GiveBack(kClassName, "PdhRemoveCounter", [&] {
-      if (const PDH_STATUS status = pdh.PdhRemoveCounter(counter); status != 0) {
-        LOG_ERROR(
-            u"CBluetoothMonitorSingleton::ClosePDHCounters: Failed to remove PDH_COUNTER %p "
-            u"[pdh_status=0x%08lx]\n",
-            counter, status);
-      }
-    });
+    PDH_STATUS status = 0;
+    GiveBack(kClassName, "PdhRemoveCounter", [&] { status = pdh.PdhRemoveCounter(counter); });
+    if (status != 0) {
+      LOG_ERROR(
+          u"CBluetoothMonitorSingleton::ClosePDHCounters: Failed to remove PDH_COUNTER %p "
+          u"[pdh_status=0x%08lx]\n",
+          counter, status);
+    }
   }
   if (const PDH_HQUERY query = std::exchange(m_hQuery, nullptr)) {
-    GiveBack(kClassName, "PdhCloseQuery", [&] {
-      if (const PDH_STATUS status = pdh.PdhCloseQuery(query); status != 0) {
-        LOG_ERROR(
-            u"CBluetoothMonitorSingleton::ClosePDHCounters: PdhCloseQuery(%p) FAILED! "
-            u"[pdh_status=0x%08lx]\n",
-            query, status);
-      }
-    });
+    PDH_STATUS status = 0;
+    GiveBack(kClassName, "PdhCloseQuery", [&] { status = pdh.PdhCloseQuery(query); });
+    if (status != 0) {
+      LOG_ERROR(
+          u"CBluetoothMonitorSingleton::ClosePDHCounters: PdhCloseQuery(%p) FAILED! "
+          u"[pdh_status=0x%08lx]\n",
+          query, status);
+    }
   }
   m_AdapterNames.clear();
   m_AdapterCount = 0;

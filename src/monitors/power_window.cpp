@@ -16,7 +16,7 @@ namespace {
 constexpr char kClassName[] = "CPowerWindow";
 constexpr char16_t kWindowClass[] = u"PowWindow";
 constexpr std::uint32_t kEndMs = 1000;
-constexpr std::uint32_t kFailedMs = 1000;  // until messages are asked for again
+constexpr std::uint32_t kFailedMs = 500;  // until messages are asked for again
 
 template <class Fn>
 auto Call(const char* operation, Fn&& fn) {
@@ -67,14 +67,7 @@ void CPowerWindow::AddSubscriber(IPowerSubscriber* subscriber) {
   s_Subscribers.emplace_back(subscriber);
 }
 
-// A thread without a window, or one that the message does not reach, is given up.
-void CPowerWindow::Shutdown() {
-  std::list<CSmartPointer<IPowerSubscriber>> subscribers;
-  {
-    const CCritSecLock lock(m_SubscribersLock);
-    subscribers.swap(s_Subscribers);
-  }
-  subscribers.clear();
+void CPowerWindow::CloseWindow() {
   if (const HWND window = m_hWindow.exchange(nullptr)) {
     GiveBack(kClassName, "SendMessageW",
              [&] { Os().windows.SendMessageW(window, WM_CLOSE, 0, 0); });
@@ -83,12 +76,29 @@ void CPowerWindow::Shutdown() {
     GiveBack(kClassName, "UnregisterSuspendResumeNotification",
              [&] { Os().windows.UnregisterSuspendResumeNotification(notification); });
   }
+}
+
+// A thread without a window, or one that the message does not reach, is given up.
+void CPowerWindow::Shutdown() {
+  std::list<CSmartPointer<IPowerSubscriber>> subscribers;
+  {
+    const CCritSecLock lock(m_SubscribersLock);
+    subscribers.swap(s_Subscribers);
+  }
+  subscribers.clear();
+  CloseWindow();
   StopThread(kEndMs);
 }
 
-// A failure to get a message is not the end: the next attempt may succeed.
+// A stop may have come before there was a window to close.
 void CPowerWindow::RunThreadLoop() {
   CreateHiddenWindow();
+  PumpMessages();
+  CloseWindow();
+}
+
+// A failure to get a message is not the end: the next attempt may succeed.
+void CPowerWindow::PumpMessages() {
   while (m_bRun) {
     MSG message;
     const int got =

@@ -37,6 +37,8 @@ class CPowerWindow final : public CThread<CPowerWindow> {
   ~CPowerWindow();
 
   void CreateHiddenWindow();
+  void PumpMessages();
+  void CloseWindow();  // and its registration; once
   static platform::LRESULT WindowProc(platform::HWND window, unsigned message,
                                       platform::WPARAM wParam, platform::LPARAM lParam);
   void OnPowerBroadcast(platform::WPARAM event);

@@ -60,13 +60,13 @@ CWinICMP2::~CWinICMP2() { CloseHandles(); }
 
 void CWinICMP2::OpenHandles() {
   if (std::exchange(m_bOpened, true)) return;
+  m_Payload.assign(kPayloadSize, ' ');
+  m_Reply.assign(kReplySize, 0);
   auto& icmp = Os().icmp;
   m_hIcmp = icmp.IcmpCreateFile();
   if (!m_hIcmp) LOG_ERROR(u"IcmpCreatefile returned error: %ld\n", Os().threads.GetLastError());
   m_hIcmp6 = icmp.Icmp6CreateFile();
   if (!m_hIcmp6) LOG_ERROR(u"Icmp6CreateFile returned error: %ld\n", Os().threads.GetLastError());
-  m_Payload.assign(kPayloadSize, ' ');
-  m_Reply.assign(kReplySize, 0);
 }
 
 void CWinICMP2::CloseHandles() {
@@ -150,11 +150,11 @@ int CWinICMP2::Round() {
   if (!m_bUseIPv6 && !m_Route.HasRoute()) AddRoute();
   std::uint32_t answered = 0, sum = 0;
   for (std::uint32_t ttl = 1; ttl <= kTracedHops; ++ttl) {
-    const int status = m_bUseIPv6 ? TraceIP6RouterAtHop(ttl) : TraceIPRouterAtHop(ttl);
     const HopStats& hop = m_Hops[ttl];
-    const bool hasAnswered = status == static_cast<int>(platform::IP_SUCCESS) ||
-                             status == static_cast<int>(platform::IP_TTL_EXPIRED_TRANSIT);
-    if (hasAnswered) {
+    const std::uint32_t before = hop.m_Replies;
+    const int status = m_bUseIPv6 ? TraceIP6RouterAtHop(ttl) : TraceIPRouterAtHop(ttl);
+    // Without a reply the status is the system's error, which may be the number of an answer.
+    if (hop.m_Replies != before) {
       ++answered;
       if (hop.m_bPublic && hop.m_PublicOrdinal <= m_TargetCount) sum += hop.m_LastRttMs;
     }

@@ -72,7 +72,7 @@ void CQUAYMainWorker::ReportInterference(const InterferenceRecord& record) {
 void CQUAYMainWorker::AwaitClient(std::uint32_t sleepMs) {
   if (m_IDET != 0 && m_pInterface->IsConnected()) {
     for (std::uint32_t slept = 0; slept < sleepMs && m_bRun; slept += kInterferenceSliceMs) {
-      if (m_pConfig->WaitMainLoopSemaphore(kInterferenceSliceMs)) return;
+      if (m_pConfig->WaitMainLoopSemaphore(kInterferenceSliceMs) || !m_bRun) return;
       ProbeLink();
     }
     return;

@@ -53,6 +53,12 @@ class PowerWindowTest : public PcTest {
   std::string told;
 };
 
+TEST_F(PowerWindowTest, AStopBeforeTheWindowIsThereLeavesNone) {
+  EXPECT_TRUE(CPowerWindow::GetInstance().Initialize(10, 10));
+  CPowerWindow::GetInstance().Shutdown();
+  EXPECT_EQ(Windows().OpenWindows(), 0u);
+}
+
 TEST_F(PowerWindowTest, TellsEachSleepAndOneWakingInTheOrderOfSubscription) {
   CPowerWindow& window = Open();
   window.AddSubscriber(Sleeper::CreateObject(&told).get());
