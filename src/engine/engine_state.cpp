@@ -23,7 +23,7 @@ void* Allocate(HANDLE heap, std::size_t bytes) {
 
 CLBEngineState::~CLBEngineState() {
   for (HANDLE const event : m_Events) {
-    if (event) Os().threads.CloseHandle(event);
+    if (event) GiveBack(kClassName, "CloseHandle", [event] { Os().threads.CloseHandle(event); });
   }
   if (!m_hHeap) return;
   GiveBack(kClassName, "HeapDestroy", [this] { Os().heap.HeapDestroy(m_hHeap); });
@@ -71,7 +71,7 @@ bool CLBEngineState::WaitOn(Event event, DWORD milliseconds) {
   const DWORD result = Guarded(kClassName, "Wait", WAIT_FAILED, [=] {
     return Os().threads.WaitForSingleObject(handle, milliseconds);
   });
-  Os().threads.ResetEvent(handle);
+  GiveBack(kClassName, "ResetEvent", [=] { Os().threads.ResetEvent(handle); });
   return result == WAIT_OBJECT_0 || result == WAIT_TIMEOUT;
 }
 

@@ -2,6 +2,7 @@
 
 #include "engine/driver_records.h"
 #include "engine/engine_bits.h"
+#include "foundation/guarded.h"
 #include "platform/platform.h"
 
 namespace corvane {
@@ -34,7 +35,8 @@ void CLBLinkThread::RunThreadLoop() {
   const HeldBit held(*state);
   CLBDriverDevice device;
   for (;;) {
-    Os().threads.SetEvent(state->GetEvent(CLBEngineState::kLinkTurnEvent));
+    GiveBack("CLBLinkThread", "SetEvent",
+             [&] { Os().threads.SetEvent(state->GetEvent(CLBEngineState::kLinkTurnEvent)); });
     const DWORD waitMs = Turn(&device);
     if (!state->WaitOn(CLBEngineState::kLinkEvent, waitMs) || state->IsStopping()) return;
   }
