@@ -1,5 +1,6 @@
 #include "foundation/smart_obj.h"
 
+#include <memory>
 #include <vector>
 
 #include "foundation/averager.h"
@@ -69,9 +70,9 @@ TEST_F(SmartObjTest, HoldersCountAndTheLastOneDeletes) {
 
 TEST_F(SmartObjTest, ReleaseWithoutAReferenceDoesNothing) {
   g_Destroyed = 0;
-  CSample onStack;
-  EXPECT_EQ(onStack.Release(), 0u);
-  EXPECT_EQ(onStack.GetRefCount(), 0u);
+  const auto neverHeld = std::make_unique<CSample>();
+  EXPECT_EQ(neverHeld->Release(), 0u);
+  EXPECT_EQ(neverHeld->GetRefCount(), 0u);
   EXPECT_EQ(g_Destroyed, 0);
 }
 
