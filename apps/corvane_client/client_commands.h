@@ -53,6 +53,7 @@ void AskAndCheck(const Call& call, const std::string& request);
 struct Command {
   const char* name;
   int (*run)(const Call& call);
+  const char* options;  // besides those that every command takes
   const char* help;
 };
 const std::vector<Command>& Commands();

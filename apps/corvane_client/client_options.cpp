@@ -13,6 +13,7 @@ namespace {
 bool TakeFlag(const std::string& word, ClientOptions* options) {
   if (word == "--json") return options->json = true;
   if (word == "--help" || word == "-h") return options->help = true;
+  if (word == "--all" || word == "--wait") options->special.push_back(word);
   if (word == "--all") return options->all = true;
   if (word == "--wait") return options->wait = true;
   return false;
@@ -20,6 +21,7 @@ bool TakeFlag(const std::string& word, ClientOptions* options) {
 
 void TakeValue(const std::string& option, const std::string& value, ClientOptions* options) {
   if (value.empty()) BadCall(option + " needs a value");
+  if (option != "--home") options->special.push_back(option);
   if (option == "--home") {
     options->home = value;
   } else if (option == "--adapter") {

@@ -17,6 +17,7 @@ struct ClientOptions {
   bool all = false;
   bool wait = false;
   int timeoutSecs = 60;
+  std::vector<std::string> special;  // options that were said and only some commands take
 };
 
 // Options may stand before and behind the command; "--" ends them. Throws ClientError (kBadCall).

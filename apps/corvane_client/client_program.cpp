@@ -6,43 +6,44 @@ namespace corvane::client {
 
 const std::vector<Command>& Commands() {
   static const std::vector<Command> commands = {
-      {"status", &StatusCommand,
+      {"status", &StatusCommand, "--adapter",
        "status\n    The adapters: connection, score, mode, and what holds the service still.\n"},
-      {"candidates", &CandidatesCommand,
+      {"candidates", &CandidatesCommand, "--adapter --all",
        "candidates [--all]\n    The access points that the service may choose, best first; * is "
        "the "
        "connected one.\n    --all  and those that it may not\n"},
-      {"watch", &WatchCommand,
+      {"watch", &WatchCommand, "--adapter",
        "watch\n    Status, candidates and events as they change, until Ctrl-C: in place on a "
        "terminal,\n    one line a change otherwise.\n"},
-      {"events", &EventsCommand, "events\n    Events as they come, until Ctrl-C.\n"},
-      {"connect", &ConnectCommand,
+      {"events", &EventsCommand, "", "events\n    Events as they come, until Ctrl-C.\n"},
+      {"connect", &ConnectCommand, "--adapter --wait --timeout",
        "connect SSID BSSID [--wait] [--timeout SECS]\n    Asks for a connect to this access "
        "point.\n"
        "    --wait  ends when the connect has: status 0 when it succeeded, 1 otherwise\n"
        "    --timeout SECS  how long that waits (default 60)\n"},
-      {"accept", &AcceptCommand, "accept\n    Accepts the service's suggestion.\n"},
-      {"mode", &ModeCommand,
+      {"accept", &AcceptCommand, "--adapter", "accept\n    Accepts the service's suggestion.\n"},
+      {"mode", &ModeCommand, "--adapter",
        "mode autoswitch|event|popup\n    How an adapter moves: by itself, or by suggesting to "
        "programs or to the user.\n"},
-      {"enable", &EnableCommand,
+      {"enable", &EnableCommand, "--adapter",
        "enable\n    Lets the service work; with --adapter, on that adapter.\n"},
-      {"disable", &DisableCommand,
+      {"disable", &DisableCommand, "--adapter",
        "disable\n    Stops the service from acting; with --adapter, on that adapter.\n"},
-      {"list", &ListCommand,
+      {"list", &ListCommand, "--adapter",
        "list deny|allow|preferred [show | set FILE | clear]\n    The lists of access points, JSON "
        "arrays of rows: [ssid, bssid], or\n    [ssid, bssid, least quality] in the preferred list, "
-       "which is a file beside the service's\n    program and is only checked here.\n"},
-      {"set", &SetCommand,
+       "which is a file beside the service's\n    program and counts from its next start on.\n"},
+      {"set", &SetCommand, "--adapter",
        "set [NAME VALUE]\n    Changes a setting; alone, lists the settings with their values.\n"},
-      {"weights", &WeightsCommand,
+      {"weights", &WeightsCommand, "--adapter",
        "weights [show | set FILE]\n    The weights of the score of an adapter, a JSON object.\n"},
-      {"lb", &LbCommand,
-       "lb on [MODE] | off | pause | resume | weight MODE\n    The load-balance engine; MODE is 1 "
-       "or 2.\n"},
-      {"diag", &DiagCommand, "diag\n    Diagnoses the first adapter's link.\n"},
-      {"log", &LogCommand, "log\n    The service's log as it holds it in memory.\n"},
-      {"raw", &RawCommand,
+      {"lb", &LbCommand, "",
+       "lb status | on [MODE] | off | pause | resume | weight MODE\n    The load-balance engine; "
+       "MODE is 1 or 2. status tells what is asked of it;\n    whether it came up by it stands in "
+       "the log.\n"},
+      {"diag", &DiagCommand, "", "diag\n    Diagnoses the first adapter's link.\n"},
+      {"log", &LogCommand, "", "log\n    The service's log as it holds it in memory.\n"},
+      {"raw", &RawCommand, "",
        "raw JSON\n    Sends this request, with a token, and prints the reply.\n"}};
   return commands;
 }
@@ -54,7 +55,9 @@ std::string HelpText() {
   for (const Command& command : Commands()) text += std::string(command.help) + "\n";
   return text +
          "Options:\n"
-         "  --adapter A  the adapter, by GUID, index or name (default: the only one, or all)\n"
+         "  --adapter A  the adapter, by GUID, index or name, where a command is for one (default: "
+         "the\n"
+         "               only one, or all)\n"
          "  --home DIR   the service's home directory (default: CORVANE_HOME, else\n"
          "               $XDG_STATE_HOME/corvane, else ~/.local/state/corvane)\n"
          "  --json       prints JSON\n"
@@ -84,6 +87,15 @@ const Command* FindCommand(const std::string& name) {
   return nullptr;
 }
 
+// An option that would be passed over has been said for nothing.
+void CheckOptions(const Command& command, const ClientOptions& options) {
+  for (const std::string& option : options.special) {
+    if ((std::string(command.options) + " ").find(option + " ") == std::string::npos) {
+      throw ClientError(kBadCall, std::string(command.name) + " takes no " + option);
+    }
+  }
+}
+
 }  // namespace
 
 int RunClient(const std::vector<std::string>& words, const Output& output, const Output& error,
@@ -107,6 +119,7 @@ int RunClient(const std::vector<std::string>& words, const Output& output, const
       error.write(HelpText());
       return kBadCall;
     }
+    CheckOptions(*command, options);
     const auto service = open(options.home);
     return command->run({*service, options, output});
   } catch (const ClientError& e) {

@@ -117,6 +117,8 @@ int SetCommand(const Call& call) {
   if (setting->ofAdapter) {
     const AdapterState adapter = ChooseAdapter(call.service, call.options);
     Write(call, "WriteRegDW", setting->name, *value, &adapter);
+  } else if (call.options.adapter) {
+    throw ClientError(kBadCall, std::string(setting->name) + " is the service's, not an adapter's");
   } else {
     Write(call, "MiscCommand", setting->name, *value);
   }

@@ -113,6 +113,11 @@ TEST_F(ClientProgramTest, RefusesBadCallsWithoutAsking) {
                                             {"list", "deny", "set", "/nowhere/list.json"},
                                             {"--colour", "status"},
                                             {"status", "--adapter"},
+                                            {"status", "--wait"},
+                                            {"candidates", "--timeout", "5"},
+                                            {"diag", "--adapter", "0"},
+                                            {"set", "SCOREDIFFPCT", "30", "--adapter", "0"},
+                                            {"lb", "status", "1"},
                                             {"status", "--adapter", "green"}};
   for (const auto& words : cases) {
     EXPECT_EQ(Run(words), kBadCall) << (words.empty() ? "" : words[0]);
