@@ -4,6 +4,7 @@
 #include "corvane_client/client_commands.h"
 #include "corvane_client/client_error.h"
 #include "corvane_client/json_writer.h"
+#include "corvane_client/lb_state.h"
 #include "corvane_client/setting_names.h"
 #include "corvane_client/text_table.h"
 
@@ -68,6 +69,17 @@ void ShowSettings(const Call& call) {
   }
   if (!of.empty()) json.End();
   call.output.Line(json.End().Text());
+}
+
+int ShowLb(const Call& call) {
+  call.service.CheckIsServed();
+  const Values service = call.service.Settings();
+  if (call.options.json) {
+    call.output.Line(LbJson(service));
+  } else {
+    for (const std::string& line : LbLines(service)) call.output.Line(line);
+  }
+  return kDone;
 }
 
 }  // namespace
@@ -135,6 +147,7 @@ int LbCommand(const Call& call) {
   if (hasValue && (!takesMode || value < 1 || value > 2)) {
     throw ClientError(kBadCall, takesMode ? "the weight mode is 1 or 2" : act + " takes no value");
   }
+  if (act == "status") return ShowLb(call);
   if (act == "on") {
     Write(call, "LBCommand", "EnableLBEngine", value);  // 0 keeps the mode in force
   } else if (act == "off") {
@@ -144,7 +157,7 @@ int LbCommand(const Call& call) {
   } else if (act == "weight" && hasValue) {
     Write(call, "LBCommand", "SetLBWeightMode", value);
   } else {
-    throw ClientError(kBadCall, "lb takes on, off, pause, resume or weight N");
+    throw ClientError(kBadCall, "lb takes status, on, off, pause, resume or weight MODE");
   }
   return kDone;
 }

@@ -175,6 +175,17 @@ TEST_F(ClientProgramTest, TellsWhatHoldsTheServiceStill) {
   EXPECT_THAT(out, HasSubstr(R"("holds_still":["the service is disabled","a VPN is up"])"));
 }
 
+TEST_F(ClientProgramTest, TellsWhatIsAskedOfTheLoadBalanceEngine) {
+  EXPECT_EQ(Run({"lb", "status"}), kDone);
+  EXPECT_EQ(out, "Load-balance engine  off\n  Paused             no\n  Weight mode        2\n");
+  notes.settings[""].insert({{"LBEnabled", "1"}, {"LBPaused", "1"}, {"LBWeightMode", "1"}});
+  EXPECT_EQ(Run({"lb", "status"}), kDone);
+  EXPECT_EQ(out, "Load-balance engine  on\n  Paused             yes\n  Weight mode        1\n");
+  EXPECT_EQ(Run({"lb", "status", "--json"}), kDone);
+  EXPECT_EQ(out, "{\"enabled\":true,\"paused\":true,\"weight_mode\":1}\n");
+  EXPECT_THAT(notes.requests, IsEmpty());
+}
+
 TEST_F(ClientProgramTest, ShowsTheRecordsOfALogAsLinesAlsoOfOneThatCameCut) {
   notes.reply = R"({ "status":"ok", "code":0, "log":"bGluZQps)";
   EXPECT_EQ(Run({"log"}), kDone);
