@@ -127,6 +127,8 @@ std::vector<std::string> StatusLines(const Values& service, const AdapterState& 
   const std::string status = adapter.Text("ConnectStatus");
   if (!status.empty()) rows.push_back({"  Last request", status});
   rows.push_back({"  Mode", ModeName(adapter.Text("PassiveSuggestMode"))});
+  const std::string suggestion = adapter.Text("SuggestedNetwork");
+  if (!suggestion.empty()) rows.push_back({"  Suggests", Printable(suggestion)});
   std::string still;
   for (const std::string& reason : HoldingStill(service, adapter)) {
     still += (still.empty() ? "" : "; ") + reason;
@@ -135,7 +137,7 @@ std::vector<std::string> StatusLines(const Values& service, const AdapterState& 
   return TableLines(rows);
 }
 
-std::string StatusJson(const Values& service, const AdapterState& adapter) {
+std::string StatusJson(const Values& service, const AdapterState& adapter, bool candidates) {
   CJsonWriter json;
   json.Begin().Name("index").Uint(adapter.index).Name("guid").String(adapter.guid);
   json.Name("description").String(adapter.Text("AdapterDescription"));
@@ -147,7 +149,14 @@ std::string StatusJson(const Values& service, const AdapterState& adapter) {
   json.Name("mode").String(ModeName(adapter.Text("PassiveSuggestMode")));
   json.Name("holds_still").BeginArray();
   for (const std::string& reason : HoldingStill(service, adapter)) json.String(reason);
-  return json.EndArray().End().Text();
+  json.EndArray();
+  json.Name("suggested_ssid").String(adapter.Text("SuggestedNetworkSSID"));
+  json.Name("suggested_bssid").String(adapter.Text("SuggestedNetworkBSSID"));
+  if (candidates) {
+    json.Name("candidates");
+    json.Raw(CandidatesJson(adapter.Candidates(), adapter.Text("ConnectedBssid")));
+  }
+  return json.End().Text();
 }
 
 }  // namespace corvane::client

@@ -39,6 +39,7 @@ std::vector<std::string> HoldingStill(const Values& service, const AdapterState&
 std::string ConnectedScore(const AdapterState& adapter);
 
 std::vector<std::string> StatusLines(const Values& service, const AdapterState& adapter);
-std::string StatusJson(const Values& service, const AdapterState& adapter);
+// With the candidates as CandidatesJson has them, if wished.
+std::string StatusJson(const Values& service, const AdapterState& adapter, bool candidates = false);
 
 }  // namespace corvane::client

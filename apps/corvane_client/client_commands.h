@@ -1,12 +1,14 @@
 #pragma once
 #include <cstdio>
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "corvane_client/client_options.h"
 #include "corvane_client/service_access.h"
+#include "corvane_client/terminal_screen.h"
 
 namespace corvane::client {
 
@@ -16,6 +18,8 @@ struct Output {
   bool isTerminal = false;
   std::function<std::size_t()> columns = [] { return std::size_t{80}; };
   std::function<std::size_t()> rows = [] { return std::size_t{24}; };
+  // Empty where nothing can be drawn in place.
+  std::function<std::unique_ptr<ITerminalScreen>()> openScreen = {};
 
   void Line(std::string_view text) const { write(std::string(text) + "\n"); }
 };

@@ -1,13 +1,12 @@
 // Commands that go on until Ctrl-C.
 
-#include <algorithm>
 #include <deque>
 
 #include "corvane_client/adapter_state.h"
 #include "corvane_client/client_commands.h"
 #include "corvane_client/client_error.h"
 #include "corvane_client/event_text.h"
-#include "corvane_client/json_writer.h"
+#include "corvane_client/live_picture.h"
 #include "corvane_client/text_table.h"
 
 namespace corvane::client {
@@ -15,59 +14,33 @@ namespace corvane::client {
 namespace {
 
 constexpr int kRefreshMs = 500;
+constexpr int kLookMs = 100;  // from one look at the keys to the next
 constexpr int kEventsAtOnce = 100;
 constexpr std::size_t kEventsKept = 100;
-constexpr std::size_t kEventsShown = 8;
 
-// The state of the adapters and the last events, drawn over what was drawn before.
-class CLiveView {
- public:
-  explicit CLiveView(const Output& output) : m_Output(output) {}
-
-  void AddEvent(const std::string& line) {
-    m_Events.push_back(line);
-    if (m_Events.size() > kEventsKept) m_Events.pop_front();
+// Those that are meant and there now: the service makes them anew when one comes or goes.
+std::vector<AdapterState> AdaptersNow(const Call& call) {
+  try {
+    return ChooseAdapters(ReadAdapters(call.service), call.options);
+  } catch (const ClientError& error) {
+    if (error.status != kBadCall) throw;
+    return {};
   }
-
-  // What does not fit the terminal is left out: the worst candidates first.
-  void Draw(const std::vector<std::string>& state) {
-    const std::size_t rows = std::max<std::size_t>(m_Output.rows(), 4) - 1;
-    const std::size_t events = std::min({m_Events.size(), kEventsShown, rows / 3});
-    const std::size_t eventRows = events > 0 ? events + 2 : 0;
-    std::vector<std::string> lines = state;
-    if (lines.size() + eventRows > rows) lines.resize(rows - eventRows);
-    if (events > 0) {
-      lines.push_back("");
-      lines.push_back("Events");
-    }
-    lines.insert(lines.end(), m_Events.end() - static_cast<std::ptrdiff_t>(events), m_Events.end());
-    std::string text = m_Drawn > 0 ? "\x1b[" + std::to_string(m_Drawn) + "A\r" : "";
-    const std::size_t columns = m_Output.columns();
-    for (const std::string& line : lines) text += Clip(line, columns) + "\x1b[K\n";
-    text += "\x1b[J";
-    m_Drawn = lines.size();
-    m_Output.write(text);
-  }
-
- private:
-  const Output& m_Output;
-  std::deque<std::string> m_Events;
-  std::size_t m_Drawn = 0;  // lines above the cursor
-};
-
-std::vector<std::string> StateLines(const Call& call) {
-  const Values service = call.service.Settings();
-  std::vector<std::string> lines;
-  for (const AdapterState& one : ChooseAdapters(ReadAdapters(call.service), call.options)) {
-    if (!lines.empty()) lines.push_back("");
-    const auto status = StatusLines(service, one);
-    lines.insert(lines.end(), status.begin(), status.end());
-    lines.push_back("");
-    const auto candidates = CandidateLines(one.Candidates(), one.Text("ConnectedBssid"));
-    lines.insert(lines.end(), candidates.begin(), candidates.end());
-  }
-  return lines;
 }
+
+// Takes what has come, waiting up to `ms` for the first; a flood does not keep the state old.
+// Whether there was any.
+bool TakeEvents(IEventSource& events, int ms, const std::function<void(const std::string&)>& take) {
+  auto event = events.Next(ms);
+  const bool any = event.has_value();
+  for (int taken = 1; event; ++taken) {
+    take(*event);
+    event = taken < kEventsAtOnce ? events.Next(1) : std::nullopt;
+  }
+  return any;
+}
+
+// ---- lines ----------------------------------------------------------------------------------
 
 // One line of an adapter's state, for those who keep lines: told when it changes.
 std::string PlainState(const Values& service, const AdapterState& adapter) {
@@ -80,18 +53,87 @@ std::string PlainState(const Values& service, const AdapterState& adapter) {
   if (!candidates.empty()) {
     text += ", best " + Printable(candidates[0].ssid) + " " + candidates[0].bssid;
   }
+  const std::string suggestion = Printable(adapter.Text("SuggestedNetwork"));
+  if (!suggestion.empty()) text += ", suggests " + suggestion;
   for (const std::string& reason : HoldingStill(service, adapter)) text += "; " + reason;
   return text;
 }
 
 void TellChanges(const Call& call, std::map<std::string, std::string>* told) {
   const Values service = call.service.Settings();
-  for (const AdapterState& one : ChooseAdapters(ReadAdapters(call.service), call.options)) {
+  for (const AdapterState& one : AdaptersNow(call)) {
     const std::string state =
-        call.options.json ? StatusJson(service, one) : PlainState(service, one);
+        call.options.json ? StatusJson(service, one, true) : PlainState(service, one);
     if ((*told)[one.guid] == state) continue;
     (*told)[one.guid] = state;
     call.output.Line(state);
+  }
+}
+
+void WatchInLines(const Call& call, IEventSource& events) {
+  std::map<std::string, std::string> told;
+  while (!call.service.IsInterrupted()) {
+    TellChanges(call, &told);
+    TakeEvents(events, kRefreshMs, [&](const std::string& event) {
+      call.output.Line(call.options.json ? event : EventLine(event));
+    });
+  }
+}
+
+// ---- in place -------------------------------------------------------------------------------
+
+// The state of the adapters and the last events, drawn where they differ from what is there.
+class CLiveView {
+ public:
+  explicit CLiveView(const Call& call) : m_Call(call) {}
+
+  void AddEvent(const std::string& event) {
+    m_Events.push_back(EventLine(event));
+    if (m_Events.size() > kEventsKept) m_Events.pop_front();
+  }
+  void Forget() { m_Shown.clear(); }  // the terminal shows something else
+
+  void Draw() {
+    const std::size_t columns = m_Call.output.columns();
+    auto next = LivePicture(Adapters(), m_Events, m_Call.output.rows(), columns);
+    const std::string text = RedrawText(m_Shown, next, columns);
+    if (!text.empty()) m_Call.output.write(text);
+    m_Shown = std::move(next);
+  }
+
+ private:
+  std::vector<LiveAdapter> Adapters() const {
+    const Values service = m_Call.service.Settings();
+    std::vector<LiveAdapter> parts;
+    for (const AdapterState& one : AdaptersNow(m_Call)) {
+      LiveAdapter& part = parts.emplace_back();
+      part.status = StatusLines(service, one);
+      const auto candidates = one.Candidates();
+      part.candidates = candidates.empty() ? std::vector<std::string>()
+                                           : CandidateLines(candidates, one.Text("ConnectedBssid"));
+    }
+    if (parts.empty()) parts.push_back({{"There is no adapter."}, {}});
+    return parts;
+  }
+
+  const Call& m_Call;
+  std::deque<std::string> m_Events;
+  std::vector<std::string> m_Shown;
+};
+
+void WatchInPlace(const Call& call, IEventSource& events) {
+  CLiveView view(call);
+  const auto screen = call.output.openScreen();
+  while (!call.service.IsInterrupted()) {
+    view.Draw();
+    for (int ms = 0; ms < kRefreshMs && !call.service.IsInterrupted(); ms += kLookMs) {
+      const bool any =
+          TakeEvents(events, kLookMs, [&](const auto& event) { view.AddEvent(event); });
+      const auto wish = screen->Look();
+      if (wish == ITerminalScreen::Wish::kEnd) return;
+      if (wish == ITerminalScreen::Wish::kRedraw) view.Forget();
+      if (any || wish == ITerminalScreen::Wish::kRedraw) break;
+    }
   }
 }
 
@@ -101,25 +143,10 @@ int WatchCommand(const Call& call) {
   NeedWords(call, 0, 0);
   const auto events = call.service.Subscribe();
   ChooseAdapters(ReadAdapters(call.service), call.options);  // a wrong --adapter ends it here
-  const bool live = call.output.isTerminal && !call.options.json;
-  CLiveView view(call.output);
-  std::map<std::string, std::string> told;
-  while (!call.service.IsInterrupted()) {
-    if (live) {
-      view.Draw(StateLines(call));
-    } else {
-      TellChanges(call, &told);
-    }
-    // What has come, then the state once; a flood of events does not keep the state old.
-    auto event = events->Next(kRefreshMs);
-    for (int taken = 1; event; ++taken) {
-      if (live) {
-        view.AddEvent(EventLine(*event));
-      } else {
-        call.output.Line(call.options.json ? *event : EventLine(*event));
-      }
-      event = taken < kEventsAtOnce ? events->Next(1) : std::nullopt;
-    }
+  if (call.output.openScreen && !call.options.json) {
+    WatchInPlace(call, *events);
+  } else {
+    WatchInLines(call, *events);
   }
   return kDone;
 }

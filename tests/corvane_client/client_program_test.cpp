@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include <deque>
+
 #include "corvane_client/client_commands.h"
 #include "corvane_client/client_error.h"
 #include "platform/base64.h"
@@ -11,6 +13,7 @@ namespace corvane::client {
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 
 namespace {
 
@@ -22,6 +25,41 @@ struct Notes {
   std::string reply = R"({ "status":"ok", "code":0, "request":{} })";
   std::vector<std::string> requests;
   std::vector<std::string> statuses;  // "ConnectStatus" as it goes on, one a sleep
+  std::deque<std::string> events;
+  // What happens at the looks at a terminal, one after the other; then somebody types q.
+  std::deque<std::function<ITerminalScreen::Wish()>> looks;
+  int screens = 0;           // that are open
+  int waitsUntilCtrlC = -1;  // for events
+};
+
+class CNotedEvents : public IEventSource {
+ public:
+  explicit CNotedEvents(Notes& notes) : m_Notes(notes) {}
+  std::optional<std::string> Next(int) override {
+    if (m_Notes.waitsUntilCtrlC > 0) --m_Notes.waitsUntilCtrlC;
+    if (m_Notes.events.empty()) return std::nullopt;
+    const std::string event = m_Notes.events.front();
+    m_Notes.events.pop_front();
+    return event;
+  }
+
+ private:
+  Notes& m_Notes;
+};
+
+class CNotingScreen : public ITerminalScreen {
+ public:
+  explicit CNotingScreen(Notes& notes) : m_Notes(notes) { ++m_Notes.screens; }
+  ~CNotingScreen() override { --m_Notes.screens; }
+  Wish Look() override {
+    if (m_Notes.looks.empty()) return Wish::kEnd;
+    const auto look = m_Notes.looks.front();
+    m_Notes.looks.pop_front();
+    return look();
+  }
+
+ private:
+  Notes& m_Notes;
 };
 
 class CNotingService : public IServiceAccess {
@@ -32,7 +70,7 @@ class CNotingService : public IServiceAccess {
     return m_Notes.reply;
   }
   std::unique_ptr<IEventSource> Subscribe() override {
-    throw ClientError(kNoService, "nobody sends events");
+    return std::make_unique<CNotedEvents>(m_Notes);
   }
   Values Settings(const std::string& guid) override { return m_Notes.settings[guid]; }
   void CheckIsServed() override {}
@@ -41,7 +79,7 @@ class CNotingService : public IServiceAccess {
     m_Notes.settings[kFirst]["ConnectStatus"] = m_Notes.statuses.front();
     m_Notes.statuses.erase(m_Notes.statuses.begin());
   }
-  bool IsInterrupted() override { return false; }
+  bool IsInterrupted() override { return m_Notes.waitsUntilCtrlC == 0; }
 
  private:
   Notes& m_Notes;
@@ -58,11 +96,12 @@ class ClientProgramTest : public testing::Test {
                               {"SuggestedNetwork", "Home [02-50-00-00-01-05]"}};
     notes.settings[kSecond] = {{"AdapterDescription", "Red"}, {"SuggestedNetwork", "Home"}};
   }
-  int Run(const std::vector<std::string>& words) {
+  int Run(const std::vector<std::string>& words, bool onTerminal = false) {
     out.clear();
     error.clear();
     notes.requests.clear();
-    const Output output{.write = [this](std::string_view text) { out += text; }};
+    Output output{.write = [this](std::string_view text) { out += text; }};
+    if (onTerminal) output.openScreen = [this] { return std::make_unique<CNotingScreen>(notes); };
     const Output errors{.write = [this](std::string_view text) { error += text; }};
     return RunClient(words, output, errors, [this](const std::string&) {
       return std::make_unique<CNotingService>(notes);
@@ -184,6 +223,55 @@ TEST_F(ClientProgramTest, TellsWhatIsAskedOfTheLoadBalanceEngine) {
   EXPECT_EQ(Run({"lb", "status", "--json"}), kDone);
   EXPECT_EQ(out, "{\"enabled\":true,\"paused\":true,\"weight_mode\":1}\n");
   EXPECT_THAT(notes.requests, IsEmpty());
+}
+
+TEST_F(ClientProgramTest, DrawsWhatChangesUntilSomebodyTypesQ) {
+  using Wish = ITerminalScreen::Wish;
+  const auto nothing = [] { return Wish::kNone; };
+  notes.looks.assign(5, nothing);
+  notes.looks.front() = [this] {
+    EXPECT_THAT(out, HasSubstr("Adapter 0"));
+    EXPECT_THAT(out, HasSubstr("Suggests     Home [02-50-00-00-01-05]"));
+    out.clear();
+    return Wish::kNone;
+  };
+  notes.looks.push_back([this] {
+    EXPECT_EQ(out, "");  // half a second without a change
+    notes.settings[kFirst]["PassiveSuggestMode"] = "0";
+    notes.events = {"an \x1b event"};
+    return Wish::kNone;
+  });
+  notes.looks.push_back(nothing);  // the event is taken, and is drawn at once
+  notes.looks.push_back([this] {
+    EXPECT_THAT(out, HasSubstr("an \uFFFD event"));
+    EXPECT_THAT(out, HasSubstr("autoswitch"));
+    EXPECT_THAT(out, Not(HasSubstr("Adapter 0")));
+    out.clear();
+    notes.settings[""]["NumWifiAdapters"] = "0";
+    return Wish::kRedraw;
+  });
+  notes.looks.push_back([this] {
+    EXPECT_THAT(out, HasSubstr("There is no adapter."));
+    EXPECT_THAT(out, HasSubstr("an \uFFFD event"));
+    EXPECT_EQ(notes.screens, 1);
+    return Wish::kEnd;
+  });
+  EXPECT_EQ(Run({"watch", "--adapter", "0"}, true), kDone) << error;
+  EXPECT_THAT(notes.looks, IsEmpty());
+  EXPECT_EQ(notes.screens, 0);
+}
+
+TEST_F(ClientProgramTest, WatchesInLinesOfWhatHasChanged) {
+  notes.waitsUntilCtrlC = 5;
+  notes.events = {"one", "two"};
+  EXPECT_EQ(Run({"watch"}), kDone);
+  EXPECT_EQ(out,
+            "adapter 0: not connected, mode popup, suggests Home [02-50-00-00-01-05]\none\ntwo\n");
+  notes.waitsUntilCtrlC = 1;
+  notes.settings[kFirst]["CandidatesCSV"] =
+      "B\v02-50-00-00-01-05\v5Ghz\v75\v100\vPrivate\vauto\vgood\v12.50\v100\vac\v7\v1\v20\vno\v3";
+  EXPECT_EQ(Run({"watch", "--json"}, true), kDone);
+  EXPECT_THAT(out, HasSubstr(R"("candidates":[{"ssid":"B","bssid":"02-50-00-00-01-05")"));
 }
 
 TEST_F(ClientProgramTest, ShowsTheRecordsOfALogAsLinesAlsoOfOneThatCameCut) {

@@ -6,6 +6,7 @@
 #include <time.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
 
 #include "platform/linux/host_error.h"
@@ -30,6 +31,20 @@ winsize Size() {
 }  // namespace
 
 bool IsTerminal() { return isatty(STDOUT_FILENO) == 1; }
+
+bool WriteOutput(std::string_view text) {
+  while (!text.empty()) {
+    const ssize_t count = write(STDOUT_FILENO, text.data(), text.size());
+    if (count >= 0) {
+      text.remove_prefix(static_cast<std::size_t>(count));
+    } else if (errno != EINTR) {
+      return false;
+    } else if (IsInterrupted()) {
+      break;
+    }
+  }
+  return true;
+}
 
 int TerminalColumns() {
   const int columns = Size().ws_col;

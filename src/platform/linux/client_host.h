@@ -1,12 +1,16 @@
 #pragma once
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace corvane::platform::linux_host {
 
 // What a command line client needs of its process and its terminal.
 
-bool IsTerminal();      // standard output
+bool IsTerminal();  // standard output
+// Writes to standard output, and gives up on Ctrl-C. False with errno set when it cannot be written
+// to.
+bool WriteOutput(std::string_view text);
 int TerminalColumns();  // 80 when the terminal does not tell
 int TerminalRows();     // 24 likewise
 std::uint32_t OwnProcessId();
