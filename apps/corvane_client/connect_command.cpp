@@ -3,6 +3,8 @@
 #include "corvane_client/client_error.h"
 #include "corvane_client/connect_progress.h"
 #include "corvane_client/json_writer.h"
+#include "corvane_client/service_reply.h"
+#include "corvane_client/text_table.h"
 
 namespace corvane::client {
 
@@ -22,7 +24,13 @@ int WaitForConnect(const Call& call, const std::string& guid, const std::string&
     };
     const ConnectEnd end = progress.Look(text("ConnectStatus"), text("ConnectedBssid"), ms);
     if (end == ConnectEnd::kConnected) {
-      if (!call.options.json) call.output.Line("connected to " + text("ConnectedNetwork"));
+      if (call.options.json) {
+        CJsonWriter json;
+        json.Begin().Name("connected").Bool(true).Name("ssid").String(text("ConnectedSsid"));
+        call.output.Line(json.Name("bssid").String(text("ConnectedBssid")).End().Text());
+      } else {
+        call.output.Line("connected to " + Printable(text("ConnectedNetwork")));
+      }
       return kDone;
     }
     if (end == ConnectEnd::kFailed) throw ClientError(kRefused, "the connect failed");
@@ -48,8 +56,11 @@ int ConnectCommand(const Call& call) {
   CJsonWriter json;
   json.Begin().Name("cmd").String("ConnectAP").Name("guid").String(adapter.guid);
   json.Name("ssid").String(call.options.words[0]).Name("bssid").String(bssid).End();
+  if (call.options.wait) {
+    CheckReply(call.service.Ask(json.Text()));
+    return WaitForConnect(call, adapter.guid, bssid);
+  }
   AskAndCheck(call, json.Text());
-  if (call.options.wait) return WaitForConnect(call, adapter.guid, bssid);
   if (!call.options.json) call.output.Line("asked; --wait tells how it ends");
   return kDone;
 }

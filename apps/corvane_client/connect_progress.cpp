@@ -22,7 +22,8 @@ ConnectEnd CConnectProgress::Look(const std::string& status, const std::string& 
     return ConnectEnd::kConnected;
   }
   if (status == "external") return ConnectEnd::kExternal;
-  const bool failed = status == "error" || status == "disconnected";
+  // Somewhere else is no success either: the service chose for itself after it had failed.
+  const bool failed = status == "error" || status == "disconnected" || status == "connected";
   return failed && ms - m_SinceMs >= kErrorStaysMs ? ConnectEnd::kFailed : ConnectEnd::kNotYet;
 }
 

@@ -194,6 +194,9 @@ TEST_F(ClientProgramTest, WaitsForTheEndOfAConnect) {
   adapter["ConnectedNetwork"] = "Home [Channel 36]";
   EXPECT_EQ(Run({"connect", "Home", "02-50-00-00-01-05", "--wait"}), kDone) << error;
   EXPECT_EQ(out, "connected to Home [Channel 36]\n");
+  notes.statuses = {"connected"};
+  EXPECT_EQ(Run({"connect", "Home", "02-50-00-00-01-05", "--wait", "--json"}), kDone);
+  EXPECT_EQ(out, "{\"connected\":true,\"ssid\":\"\",\"bssid\":\"02-50-00-00-01-05\"}\n");
   notes.statuses = {"error"};
   EXPECT_EQ(Run({"connect", "Home", "02-50-00-00-01-06", "--wait"}), kRefused);
   EXPECT_THAT(error, HasSubstr("failed"));

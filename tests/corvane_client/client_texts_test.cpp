@@ -111,6 +111,9 @@ TEST(ClientTexts, TakesOnlyALastingErrorForTheEndOfAConnect) {
   EXPECT_EQ(progress.Look("error", "", 7000), ConnectEnd::kFailed);
   EXPECT_EQ(progress.Look("connected", "02-50-00-00-01-06", 7200), ConnectEnd::kNotYet);
   EXPECT_EQ(progress.Look("connected", "02-50-00-00-01-05", 7400), ConnectEnd::kConnected);
+  // The service has gone elsewhere, to stay.
+  EXPECT_EQ(progress.Look("connected", "02-50-00-00-01-06", 8000), ConnectEnd::kNotYet);
+  EXPECT_EQ(progress.Look("connected", "02-50-00-00-01-06", 10'300), ConnectEnd::kFailed);
   CConnectProgress already("02-50-00-00-01-05");
   EXPECT_EQ(already.Look("pending", "02-50-00-00-01-05", 0), ConnectEnd::kNotYet);
   EXPECT_EQ(already.Look("pending", "02-50-00-00-01-05", 3000), ConnectEnd::kConnected);
