@@ -2,7 +2,15 @@
 
 #include <charconv>
 
+#include "foundation/text.h"
+
 namespace corvane::client {
+
+CJsonWriter& CJsonWriter::String(std::string_view text) {
+  const std::string whole = WideToUtf8(Utf8ToWide(text));
+  m_Writer.String(whole.data(), static_cast<rapidjson::SizeType>(whole.size()));
+  return *this;
+}
 
 CJsonWriter& CJsonWriter::Value(const std::string& text) {
   std::int64_t number = 0;

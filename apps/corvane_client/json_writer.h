@@ -11,10 +11,7 @@ namespace corvane::client {
 class CJsonWriter {
  public:
   CJsonWriter& Name(std::string_view name) { return String(name); }
-  CJsonWriter& String(std::string_view text) {
-    m_Writer.String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
-    return *this;
-  }
+  CJsonWriter& String(std::string_view text);  // what is no UTF-8 becomes U+FFFD
   // A number where the text is a whole one, else a string.
   CJsonWriter& Value(const std::string& text);
   CJsonWriter& Uint(std::uint32_t number) { return m_Writer.Uint(number), *this; }

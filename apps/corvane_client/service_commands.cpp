@@ -1,5 +1,7 @@
 // Commands that fetch a text from the service.
 
+#include <algorithm>
+
 #include "corvane_client/client_commands.h"
 #include "corvane_client/client_error.h"
 #include "corvane_client/json_writer.h"
@@ -29,6 +31,18 @@ bool IsRecordStart(std::string_view text) {
   return text.size() > kRecordNumber + 3 &&
          text.substr(0, kRecordNumber).find_first_not_of(kDigits) == text.npos &&
          text[kRecordNumber] == '<' && text[kRecordNumber + 3] == '/';
+}
+
+// Records hold names that others chose. Ends of lines and tabs stay.
+std::string PrintableLines(const std::string& text) {
+  std::string safe;
+  for (std::size_t at = 0; at < text.size();) {
+    const std::size_t end = std::min(text.find_first_of("\n\t", at), text.size());
+    safe += Printable(std::string_view(text).substr(at, end - at));
+    if (end < text.size()) safe += text[end];
+    at = end + 1;
+  }
+  return safe;
 }
 
 // The service keeps its records one behind the other; those that end a line themselves stay so.
@@ -83,7 +97,7 @@ int LogCommand(const Call& call) {
   if (call.options.json) {
     call.output.Line(CJsonWriter().Begin().Name("log").String(log).End().Text());
   } else {
-    call.output.write(RecordLines(log));
+    call.output.write(PrintableLines(RecordLines(log)));
   }
   return kDone;
 }

@@ -288,6 +288,13 @@ TEST_F(ClientProgramTest, ShowsTheRecordsOfALogAsLinesAlsoOfOneThatCameCut) {
                 platform::ToBase64(first + second + third) + R"(" })";
   EXPECT_EQ(Run({"log"}), kDone);
   EXPECT_EQ(out, first + "\n" + second + third + "\n");
+  // Names that others chose command no terminal, and leave the JSON as it has to be.
+  notes.reply =
+      R"({ "status":"ok", "code":0, "log":")" + platform::ToBase64("a\tb\x1b[2J\xE9") + R"(" })";
+  EXPECT_EQ(Run({"log"}), kDone);
+  EXPECT_EQ(out, "a\tb\uFFFD[2J\uFFFD\n");
+  EXPECT_EQ(Run({"log", "--json"}), kDone);
+  EXPECT_EQ(out, "{\"log\":\"a\\tb\\u001B[2J\uFFFD\"}\n");
 }
 
 }  // namespace corvane::client
