@@ -6,8 +6,10 @@
 #include "corvane_client/json_check.h"
 #include "corvane_client/json_writer.h"
 #include "corvane_client/text_table.h"
+#include "foundation/text.h"
 #include "platform/text_file.h"
 #include "store/json_text.h"
+#include "store/registry.h"
 
 namespace corvane::client {
 
@@ -21,6 +23,10 @@ constexpr Weight kWeights[] = {{"Internet", 20}, {"SQMax", 30},      {"PNMax", 1
                                {"MUMIMOMax", 5}, {"MBPSBumpMax", 5}, {"QBSSBumpMax", 10},
                                {"NOISEMax", 10}};
 
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+// A longer value reads as if it were not there.
+constexpr std::size_t kLongestValue = kLongestTextBytes / sizeof(char16_t);
+
 std::string ReadChecked(const std::string& file,
                         const std::function<std::string(std::string_view)>& check) {
   std::string text;
@@ -29,6 +35,7 @@ std::string ReadChecked(const std::string& file,
   } catch (const std::runtime_error& error) {
     throw ClientError(kBadCall, error.what());
   }
+  if (text.starts_with(kByteOrderMark)) text.erase(0, kByteOrderMark.size());
   const std::string wrong = check(text);
   if (!wrong.empty()) throw ClientError(kBadCall, file + ":" + wrong);
   return text;
@@ -36,6 +43,10 @@ std::string ReadChecked(const std::string& file,
 
 void WriteText(const Call& call, const AdapterState& adapter, const char* name,
                const std::string& text) {
+  if (Utf8ToWide(text).size() > kLongestValue) {
+    throw ClientError(kBadCall, "the text is too long: the service keeps " +
+                                    std::to_string(kLongestValue) + " characters");
+  }
   CJsonWriter json;
   json.Begin().Name("cmd").String("WriteRegString").Name("guid").String(adapter.guid);
   json.Name("name").String(name).Name("value").String(text).End();
@@ -57,6 +68,7 @@ void ShowList(const Call& call, const std::string& text) {
       Row& cells = rows.emplace_back();
       for (const auto& cell : row.GetArray()) {
         if (cell.IsString()) cells.push_back(Printable(JsonText(cell)));
+        if (cell.IsUint()) cells.push_back(std::to_string(cell.GetUint()));
       }
     }
   } else if (!text.empty()) {
@@ -65,6 +77,34 @@ void ShowList(const Call& call, const std::string& text) {
   }
   if (rows.empty()) call.output.Line("the list is empty");
   for (const std::string& line : TableLines(rows)) call.output.Line(line);
+}
+
+// A file, which the service reads when it starts.
+int PreferredList(const Call& call, const std::string& act, const std::string& text) {
+  const std::string path = call.service.ProgramFolder() + "/preferred_ap.json";
+  try {
+    if (act == "show") {
+      ShowList(call, platform::FileExists(path) ? platform::ReadTextFile(path) : "");
+      return kDone;
+    }
+    if (act == "clear") {
+      platform::RemoveFile(path);
+    } else {
+      platform::TextFileWriter file(path);
+      file.Write(text);
+      file.Commit();
+    }
+  } catch (const ClientError&) {
+    throw;
+  } catch (const std::runtime_error& error) {
+    throw ClientError(kRefused, error.what());
+  }
+  if (call.options.json) {
+    call.output.Line(CJsonWriter().Begin().Name("file").String(path).End().Text());
+  } else {
+    call.output.Line(path + " counts from the service's next start on");
+  }
+  return kDone;
 }
 
 }  // namespace
@@ -81,17 +121,13 @@ int ListCommand(const Call& call) {
   if (act != "show" && act != "set" && act != "clear") {
     throw ClientError(kBadCall, "list takes show, set FILE or clear");
   }
-  if (list == "preferred") {
-    const char* kWhere =
-        "the preferred list is the file preferred_ap.json beside the service's program";
-    if (act != "set") throw ClientError(kBadCall, kWhere);
-    ReadChecked(words[2], [](auto text) { return CheckApList(text, ListKind::kPreferred); });
-    throw ClientError(kBadCall, words[2] + " is a good list, but " + kWhere + ": put it there");
-  }
-  const ListKind kind = list == "deny" ? ListKind::kDeny : ListKind::kAllow;
+  const ListKind kind = list == "deny"    ? ListKind::kDeny
+                        : list == "allow" ? ListKind::kAllow
+                                          : ListKind::kPreferred;
   const std::string text =
       act == "set" ? ReadChecked(words[2], [&](auto json) { return CheckApList(json, kind); })
                    : "[]";
+  if (kind == ListKind::kPreferred) return PreferredList(call, act, text);
   // The service writes a list to all adapters, whichever is named.
   const auto adapters = ChooseAdapters(ReadAdapters(call.service), call.options);
   if (adapters.empty()) throw ClientError(kRefused, "the service has no adapter");

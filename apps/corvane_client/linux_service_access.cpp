@@ -132,6 +132,14 @@ void CLinuxServiceAccess::CheckIsServed() {
   if (!m_pPipe) m_pPipe = Connect(m_Home, "TRLSPipe");
 }
 
+std::string CLinuxServiceAccess::ProgramFolder() {
+  CheckIsServed();
+  const auto folder = ProgramFolderOf(m_pPipe->ServerProcess());
+  if (!folder)
+    throw ClientError(kRefused, "this account may not see where the service's program is");
+  return *folder;
+}
+
 void CLinuxServiceAccess::Sleep(int ms) { SleepMs(ms); }
 bool CLinuxServiceAccess::IsInterrupted() { return platform::linux_host::IsInterrupted(); }
 

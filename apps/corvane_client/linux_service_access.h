@@ -19,6 +19,7 @@ class CLinuxServiceAccess : public IServiceAccess {
   std::unique_ptr<IEventSource> Subscribe() override;
   Values Settings(const std::string& adapterGuid) override;
   void CheckIsServed() override;
+  std::string ProgramFolder() override;
   void Sleep(int ms) override;
   bool IsInterrupted() override;
 

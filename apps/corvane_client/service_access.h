@@ -27,6 +27,9 @@ class IServiceAccess {
   // Values of the service's home key, or of an adapter's key by its GUID.
   virtual Values Settings(const std::string& adapterGuid = {}) = 0;
   virtual void CheckIsServed() = 0;  // throws when nobody serves the pipes
+  // The folder of the service's program, without a separator at its end. Throws ClientError
+  // (kRefused) where this account is not told.
+  virtual std::string ProgramFolder() = 0;
   virtual void Sleep(int ms) = 0;
   virtual bool IsInterrupted() = 0;
 };

@@ -36,6 +36,19 @@ std::string ReadTextFile(const std::string& path) {
   return text;
 }
 
+bool FileExists(const std::string& path) {
+  std::error_code failure;
+  const bool exists = std::filesystem::exists(path, failure);
+  if (failure) throw std::runtime_error(path + ": cannot look: " + failure.message());
+  return exists;
+}
+
+void RemoveFile(const std::string& path) {
+  std::error_code failure;
+  std::filesystem::remove(path, failure);
+  if (failure) throw std::runtime_error(path + ": cannot remove: " + failure.message());
+}
+
 void WriteLinesAsTheyAre() {
 #ifdef _WIN32
   _setmode(_fileno(stdout), _O_BINARY);

@@ -9,6 +9,8 @@ namespace corvane::platform {
 // Files of the host, for programs that stand outside the simulated PC. Failures throw
 // std::runtime_error with the path and the system's reason.
 std::string ReadTextFile(const std::string& path);
+bool FileExists(const std::string& path);
+void RemoveFile(const std::string& path);  // one that is not there is no failure
 
 // From now on standard output holds the bytes that are written to it: a system that ends lines by
 // two of them adds none.

@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 
 #include <deque>
+#include <filesystem>
+#include <fstream>
 
 #include "corvane_client/client_commands.h"
 #include "corvane_client/client_error.h"
@@ -25,6 +27,7 @@ struct Notes {
   std::string reply = R"({ "status":"ok", "code":0, "request":{} })";
   std::vector<std::string> requests;
   std::vector<std::string> statuses;  // "ConnectStatus" as it goes on, one a sleep
+  std::string folder;
   std::deque<std::string> events;
   // What happens at the looks at a terminal, one after the other; then somebody types q.
   std::deque<std::function<ITerminalScreen::Wish()>> looks;
@@ -74,6 +77,7 @@ class CNotingService : public IServiceAccess {
   }
   Values Settings(const std::string& guid) override { return m_Notes.settings[guid]; }
   void CheckIsServed() override {}
+  std::string ProgramFolder() override { return m_Notes.folder; }
   void Sleep(int) override {
     if (m_Notes.statuses.empty()) return;
     m_Notes.settings[kFirst]["ConnectStatus"] = m_Notes.statuses.front();
@@ -295,6 +299,49 @@ TEST_F(ClientProgramTest, ShowsTheRecordsOfALogAsLinesAlsoOfOneThatCameCut) {
   EXPECT_EQ(out, "a\tb\uFFFD[2J\uFFFD\n");
   EXPECT_EQ(Run({"log", "--json"}), kDone);
   EXPECT_EQ(out, "{\"log\":\"a\\tb\\u001B[2J\uFFFD\"}\n");
+}
+
+class ClientListTest : public ClientProgramTest {
+ protected:
+  ClientListTest() { std::filesystem::create_directories(folder); }
+  ~ClientListTest() override { std::filesystem::remove_all(folder); }
+  std::string Write(const std::string& text) {
+    std::ofstream(folder + "/list.json", std::ios::binary) << text;
+    return folder + "/list.json";
+  }
+
+  const std::string folder = testing::TempDir() + "client_list_test";
+};
+
+TEST_F(ClientListTest, SendsAListThatTheServiceKeeps) {
+  EXPECT_EQ(Run({"list", "allow", "set", Write("\xEF\xBB\xBF[[\"Café\"]]")}), kDone) << error;
+  EXPECT_THAT(notes.requests, ElementsAre(HasSubstr(R"("value":"[[\"Café\"]]")")));
+  EXPECT_EQ(Run({"list", "deny", "set", Write("[[\"Home\"]]")}), kBadCall);
+  EXPECT_THAT(error, HasSubstr("list.json:1:2: a row takes an SSID and a BSSID"));
+  // A longer value would read as none: nobody would be denied any more.
+  const std::string row = "[\"Home\",\"any\"]";
+  EXPECT_EQ(Run({"list", "deny", "set", Write("[" + row + std::string(10'224, ' ') + "]")}), kDone);
+  EXPECT_EQ(Run({"list", "deny", "set", Write("[" + row + std::string(10'225, ' ') + "]")}),
+            kBadCall);
+  EXPECT_THAT(error, HasSubstr("10240 characters"));
+  EXPECT_THAT(notes.requests, IsEmpty());
+}
+
+TEST_F(ClientListTest, KeepsThePreferredListBesideTheServicesProgram) {
+  notes.folder = folder;
+  EXPECT_EQ(Run({"list", "preferred"}), kDone);
+  EXPECT_EQ(out, "the list is empty\n");
+  EXPECT_EQ(Run({"list", "preferred", "set", Write(R"([["Home","any",60]])")}), kDone) << error;
+  EXPECT_THAT(out, HasSubstr(folder + "/preferred_ap.json"));
+  EXPECT_EQ(Run({"list", "preferred", "set", Write(R"([["Home","any"]])")}), kBadCall);
+  EXPECT_EQ(Run({"list", "preferred", "show"}), kDone);
+  EXPECT_EQ(out, "Home  any  60\n");
+  EXPECT_EQ(Run({"list", "preferred", "clear"}), kDone);
+  EXPECT_EQ(Run({"list", "preferred", "show", "--json"}), kDone);
+  EXPECT_EQ(out, "[]\n");
+  notes.folder += "/nowhere";
+  EXPECT_EQ(Run({"list", "preferred", "set", Write("[]")}), kRefused);
+  EXPECT_THAT(notes.requests, IsEmpty());
 }
 
 }  // namespace corvane::client

@@ -8,6 +8,8 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <filesystem>
+#include <system_error>
 
 #include "platform/linux/host_error.h"
 
@@ -57,6 +59,14 @@ int TerminalRows() {
 }
 
 std::uint32_t OwnProcessId() { return static_cast<std::uint32_t>(getpid()); }
+
+std::optional<std::string> ProgramFolderOf(std::uint32_t processId) {
+  std::error_code error;
+  const auto program =
+      std::filesystem::read_symlink("/proc/" + std::to_string(processId) + "/exe", error);
+  if (error) return std::nullopt;
+  return program.parent_path().string();
+}
 
 std::uint64_t MicrosecondsSince1970() {
   timespec now{};

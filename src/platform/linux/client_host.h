@@ -1,5 +1,6 @@
 #pragma once
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -14,6 +15,8 @@ bool WriteOutput(std::string_view text);
 int TerminalColumns();  // 80 when the terminal does not tell
 int TerminalRows();     // 24 likewise
 std::uint32_t OwnProcessId();
+// Of the program that a process runs; none when there is no such process or it cannot be seen.
+std::optional<std::string> ProgramFolderOf(std::uint32_t processId);
 std::uint64_t MicrosecondsSince1970();
 // Sleeps in life; a signal ends it.
 void SleepMs(int ms);

@@ -40,6 +40,13 @@ std::unique_ptr<PipeClient> PipeClient::Connect(const std::string& path, std::st
 
 PipeClient::~PipeClient() { close(m_Socket); }
 
+std::uint32_t PipeClient::ServerProcess() const {
+  ucred credentials{};
+  socklen_t size = sizeof credentials;
+  if (getsockopt(m_Socket, SOL_SOCKET, SO_PEERCRED, &credentials, &size) != 0) return 0;
+  return static_cast<std::uint32_t>(credentials.pid);
+}
+
 bool PipeClient::Send(std::u16string_view message) {
   std::string bytes(reinterpret_cast<const char*>(message.data()), message.size() * 2);
   bytes.append(2, '\0');

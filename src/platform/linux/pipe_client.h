@@ -1,4 +1,5 @@
 #pragma once
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -18,6 +19,7 @@ class PipeClient {
   PipeClient(const PipeClient&) = delete;
   PipeClient& operator=(const PipeClient&) = delete;
 
+  std::uint32_t ServerProcess() const;  // 0 for one that cannot be seen from here
   // Sends the message with its NUL. False when the service has gone, or does not take it within ten
   // seconds.
   bool Send(std::u16string_view message);
