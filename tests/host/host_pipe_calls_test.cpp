@@ -3,7 +3,9 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/file.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/un.h>
 #include <time.h>
 #include <unistd.h>
 
@@ -63,6 +65,24 @@ class HostPipeCallsTest : public testing::Test {
   DWORD WaitAlertably(const Instance& one, DWORD ms) {
     return pipes.WaitForMultipleObjectsEx(1, &one.overlapped.hEvent, TRUE, ms, TRUE);
   }
+  // This process's descriptors of the pipe, by what they are bound to.
+  int FindSocket(int listens) const {
+    for (int descriptor = 3; descriptor < 1024; ++descriptor) {
+      sockaddr_un address{};
+      socklen_t size = sizeof address;
+      int value = 0;
+      socklen_t valueSize = sizeof value;
+      if (getsockname(descriptor, reinterpret_cast<sockaddr*>(&address), &size) == 0 &&
+          address.sun_path == socketPath &&
+          getsockopt(descriptor, SOL_SOCKET, SO_ACCEPTCONN, &value, &valueSize) == 0 &&
+          value == listens) {
+        return descriptor;
+      }
+    }
+    return -1;
+  }
+  int SocketOfServer() const { return FindSocket(1); }
+  int SocketOfClient() const { return FindSocket(0); }
   void Close(Instance& one) {
     pipes.CloseHandle(one.pipe);
     threads.CloseHandle(one.overlapped.hEvent);
@@ -128,6 +148,70 @@ TEST_F(HostPipeCallsTest, EndsTheReadOfAClientThatTakesNoAnswers) {
   EXPECT_EQ(wait(), ERROR_SUCCESS);
   EXPECT_TRUE(pipes.ReadFileEx(one.pipe, request, sizeof request, &read, note));
   EXPECT_EQ(wait(), ERROR_BROKEN_PIPE);
+  Close(one);
+}
+
+// Who is watched already cannot be watched, nor changed who is not: so epoll refuses.
+TEST_F(HostPipeCallsTest, EndsAClientThatItCannotAttendTo) {
+  static std::vector<DWORD> results;
+  const auto note = [](DWORD error, DWORD, OVERLAPPED*) { results.push_back(error); };
+  Instance one;
+  Listen(one);
+  OVERLAPPED write, read;
+  char request[100];
+  const std::string large(kBytes, 'x');  // the socket has no room for all of it
+  const auto connect = [&] {
+    results.clear();
+    PipePeer client(socketPath);
+    AwaitClient(one);
+    return client;
+  };
+  const auto again = [&] {
+    pipes.DisconnectNamedPipe(one.pipe);
+    EXPECT_FALSE(pipes.ConnectNamedPipe(one.pipe, &one.overlapped));
+  };
+  {
+    PipePeer client = connect();
+    EXPECT_TRUE(threads.OwnAlerts().Watch(SocketOfClient(), 1, 0));
+    EXPECT_TRUE(pipes.ReadFileEx(one.pipe, request, sizeof request, &read, note));
+    EXPECT_EQ(WaitAlertably(one, 1'000), WAIT_IO_COMPLETION);
+    ASSERT_EQ(results, std::vector<DWORD>{ERROR_NOT_ENOUGH_MEMORY});
+    EXPECT_TRUE(client.IsAtEnd());
+    EXPECT_FALSE(pipes.WriteFileEx(one.pipe, "!\0\0", 4, &write, note));
+    EXPECT_EQ(threads.GetLastError(), ERROR_NOT_ENOUGH_MEMORY);
+  }
+  again();
+  {
+    PipePeer client = connect();
+    EXPECT_TRUE(pipes.ReadFileEx(one.pipe, request, sizeof request, &read, note));
+    threads.OwnAlerts().Unwatch(SocketOfClient());
+    EXPECT_TRUE(pipes.WriteFileEx(one.pipe, large.data(), kBytes, &write, note));
+    while (results.size() < 2 && WaitAlertably(one, 1'000) == WAIT_IO_COMPLETION) {
+    }
+    ASSERT_EQ(results, (std::vector<DWORD>{ERROR_SUCCESS, ERROR_NOT_ENOUGH_MEMORY}));
+    EXPECT_FALSE(client.Receive().has_value());  // the end, behind the part that had gone out
+  }
+  // The next one is served, and where no client could be heard of, that is a failure.
+  again();
+  {
+    PipePeer client = connect();
+    EXPECT_TRUE(client.Send(u"asks"));
+    EXPECT_TRUE(pipes.ReadFileEx(one.pipe, request, sizeof request, &read, note));
+    EXPECT_EQ(WaitAlertably(one, 1'000), WAIT_IO_COMPLETION);
+    EXPECT_EQ(results, std::vector<DWORD>{ERROR_SUCCESS});
+  }
+  std::thread([&] {  // with alerts of its own
+    const int listening = SocketOfServer();
+    EXPECT_TRUE(threads.OwnAlerts().Watch(listening, 1, 0));
+    Instance other{.pipe = CreatePipe(), .overlapped = {}};
+    EXPECT_FALSE(pipes.ConnectNamedPipe(other.pipe, &other.overlapped));
+    EXPECT_EQ(threads.GetLastError(), ERROR_NOT_ENOUGH_MEMORY);
+    threads.OwnAlerts().Unwatch(listening);
+    EXPECT_FALSE(pipes.ConnectNamedPipe(other.pipe, &other.overlapped));
+    EXPECT_EQ(threads.GetLastError(), ERROR_IO_PENDING);
+    pipes.CloseHandle(other.pipe);
+  })
+      .join();
   Close(one);
 }
 

@@ -35,9 +35,9 @@ int Milliseconds(HostTime::RealClock::time_point until) {
 }  // namespace
 
 HostAlerts::HostAlerts()
-    : m_Epoll(epoll_create1(EPOLL_CLOEXEC)), m_Wake(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
-  if (IsOpen()) Watch(m_Wake, kWakeId, EPOLLIN);
-}
+    : m_Epoll(epoll_create1(EPOLL_CLOEXEC)),
+      m_Wake(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
+      m_bOpen(m_Epoll >= 0 && m_Wake >= 0 && Watch(m_Wake, kWakeId, EPOLLIN)) {}
 
 HostAlerts::~HostAlerts() {
   if (m_Epoll >= 0) close(m_Epoll);
@@ -75,11 +75,12 @@ bool HostAlerts::Watch(int descriptor, std::uint64_t id, std::uint32_t events) {
   return epoll_ctl(m_Epoll, EPOLL_CTL_ADD, descriptor, &event) == 0;
 }
 
-void HostAlerts::Change(int descriptor, std::uint64_t id, std::uint32_t events) {
+bool HostAlerts::Change(int descriptor, std::uint64_t id, std::uint32_t events) {
   epoll_event event = Event(id, events);
-  epoll_ctl(m_Epoll, EPOLL_CTL_MOD, descriptor, &event);
+  return epoll_ctl(m_Epoll, EPOLL_CTL_MOD, descriptor, &event) == 0;
 }
 
+// Fails for a descriptor that is not watched, which is what is wanted.
 void HostAlerts::Unwatch(int descriptor) {
   epoll_event unused{};
   epoll_ctl(m_Epoll, EPOLL_CTL_DEL, descriptor, &unused);

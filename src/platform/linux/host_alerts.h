@@ -29,7 +29,7 @@ class HostAlerts {
   HostAlerts(const HostAlerts&) = delete;
   HostAlerts& operator=(const HostAlerts&) = delete;
 
-  bool IsOpen() const { return m_Epoll >= 0 && m_Wake >= 0; }  // else descriptors have run out
+  bool IsOpen() const { return m_bOpen; }  // else descriptors or memory have run out
 
   // The thread need not be woken for a call that it queues itself: it counts them before it sleeps.
   void Queue(Call call, bool wake = true);
@@ -38,8 +38,9 @@ class HostAlerts {
   bool TakeCall(Call* call);  // false: there is none
 
   // `id` is not 0 and no other descriptor's. `events` are epoll's, told as long as they last.
+  // False when the system refuses: the descriptor is told of no more, or as before.
   bool Watch(int descriptor, std::uint64_t id, std::uint32_t events);
-  void Change(int descriptor, std::uint64_t id, std::uint32_t events);
+  bool Change(int descriptor, std::uint64_t id, std::uint32_t events);
   void Unwatch(int descriptor);
 
   void Wake();
@@ -50,6 +51,7 @@ class HostAlerts {
  private:
   const int m_Epoll;
   const int m_Wake;
+  const bool m_bOpen;
   mutable std::mutex m_Mutex;  // a leaf: nothing is called under it
   std::deque<Call> m_Calls;
 };

@@ -42,6 +42,7 @@ OVERLAPPED* HostPipeInstance::Connect(int socket) {
   m_ClientProcess = ProcessAtTheOtherEnd(socket);
   m_State = State::kConnected;
   m_bEnded = m_bBroken = false;
+  m_EndCode = ERROR_BROKEN_PIPE;
   OVERLAPPED* const overlapped = std::exchange(m_pListening, nullptr);
   if (overlapped) overlapped->Internal = ERROR_SUCCESS;
   return overlapped;
@@ -67,7 +68,7 @@ DWORD HostPipeInstance::Write(AlertsPtr alerts, const void* buffer, DWORD size,
   Attend(alerts);
   std::string_view rest(static_cast<const char*>(buffer), size);
   if (m_ToClient.empty() && !IsPending(true)) rest.remove_prefix(Send(rest));
-  if (m_bBroken) return ERROR_BROKEN_PIPE;
+  if (m_bBroken) return m_EndCode;
   Begin(std::make_shared<Operation>(Operation{.overlapped = overlapped,
                                               .completion = completion,
                                               .alerts = std::move(alerts),
@@ -154,18 +155,32 @@ void HostPipeInstance::Unwatch() {
 }
 
 // A client that has gone is always told, and again and again: then nothing is watched any more.
-// No operation is pending by then, and each later one finds it gone by itself.
-void HostPipeInstance::UpdateWatch() {
-  if (m_Socket < 0 || m_bBroken) return Unwatch();
+// No operation is pending by then, and each later one finds it gone by itself. False when the
+// system refuses to tell of the client.
+bool HostPipeInstance::UpdateWatch() {
+  if (m_Socket < 0 || m_bBroken) {
+    Unwatch();
+    return true;
+  }
   std::uint32_t events = 0;
   if (IsPending(false) && !m_bEnded) events |= EPOLLIN;
   if (!m_ToClient.empty()) events |= EPOLLOUT;
-  if (!m_bWatched) {
-    m_bWatched = m_pAlerts->Watch(m_Socket, m_Id, events);
-  } else if (events != m_Watched) {
-    m_pAlerts->Change(m_Socket, m_Id, events);
-  }
+  if (m_bWatched && events == m_Watched) return true;
+  const bool done = m_bWatched ? m_pAlerts->Change(m_Socket, m_Id, events)
+                               : m_pAlerts->Watch(m_Socket, m_Id, events);
+  m_bWatched |= done;
   m_Watched = events;
+  return done;
+}
+
+// A client that nobody would hear of again is at its end, and what was begun for it says why.
+void HostPipeInstance::GiveUp() {
+  Unwatch();
+  shutdown(m_Socket, SHUT_RDWR);
+  m_bEnded = m_bBroken = true;
+  m_EndCode = ERROR_NOT_ENOUGH_MEMORY;
+  std::string().swap(m_ToClient);
+  m_Sent = 0;
 }
 
 void HostPipeInstance::OnReady(std::uint32_t events) {
@@ -181,9 +196,12 @@ void HostPipeInstance::OnReady(std::uint32_t events) {
 // Moves what can move.
 void HostPipeInstance::Pump() {
   if (!m_bBroken) Flush();
-  while (PumpWrite() || PumpRead()) {
+  for (;;) {
+    while (PumpWrite() || PumpRead()) {
+    }
+    if (UpdateWatch()) return;
+    GiveUp();
   }
-  UpdateWatch();
 }
 
 // A client that has closed its sending half gets the whole of what is on its way to it before the
@@ -195,7 +213,7 @@ bool HostPipeInstance::PumpRead() {
     if (Receive()) continue;
     const bool atEnd = m_bEnded && m_ToClient.empty();
     if (!m_bBroken && !atEnd) return false;
-    Complete(read, ERROR_BROKEN_PIPE, 0);
+    Complete(read, m_EndCode, 0);
     return true;
   }
   const PipeStream::Piece piece = m_FromClient.Take(read->target, read->size);
@@ -225,7 +243,7 @@ bool HostPipeInstance::PumpWrite() {
   const OperationPtr write = FirstPending(true);
   if (!write) return false;
   if (m_bBroken) {
-    Complete(write, ERROR_BROKEN_PIPE, 0);
+    Complete(write, m_EndCode, 0);
     return true;
   }
   const std::size_t waiting = m_ToClient.size() - m_Sent;

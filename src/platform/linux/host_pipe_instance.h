@@ -64,7 +64,8 @@ class HostPipeInstance {
   void Begin(OperationPtr operation);
   void Complete(const OperationPtr& operation, DWORD error, std::size_t bytes);
   void Attend(AlertsPtr alerts);
-  void UpdateWatch();
+  bool UpdateWatch();
+  void GiveUp();
   void Unwatch();
   void Pump();
   bool PumpRead();
@@ -81,8 +82,9 @@ class HostPipeInstance {
   OVERLAPPED* m_pListening = nullptr;
   int m_Socket = -1;
   DWORD m_ClientProcess = 0;
-  bool m_bEnded = false;   // the client sends nothing any more
-  bool m_bBroken = false;  // nor does it read
+  bool m_bEnded = false;                // the client sends nothing any more
+  bool m_bBroken = false;               // nor does it read
+  DWORD m_EndCode = ERROR_BROKEN_PIPE;  // of operations on a client that is broken
   PipeStream m_FromClient;
   std::string m_ToClient;  // what the socket has no room for, from m_Sent on
   std::size_t m_Sent = 0;

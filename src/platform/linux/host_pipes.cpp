@@ -114,11 +114,13 @@ void HostPipes::CloseServer(const std::string& name) {
   m_Servers.erase(server);
 }
 
-void HostPipes::Watch(Server& server, std::shared_ptr<HostAlerts> watcher) {
-  if (server.watcher == watcher) return;
+// False: nobody would hear of a client.
+bool HostPipes::Watch(Server& server, std::shared_ptr<HostAlerts> watcher) {
+  if (server.watcher == watcher) return true;
   Unwatch(server);
-  if (watcher->Watch(server.socket->Descriptor(), server.id, EPOLLIN))
-    server.watcher = std::move(watcher);
+  if (!watcher->Watch(server.socket->Descriptor(), server.id, EPOLLIN)) return false;
+  server.watcher = std::move(watcher);
+  return true;
 }
 
 void HostPipes::Unwatch(Server& server) {
@@ -147,9 +149,9 @@ BOOL HostPipes::ConnectNamedPipe(HANDLE handle, OVERLAPPED* overlapped) {
   const std::lock_guard lock(m_Mutex);
   HostPipeInstance* const instance = Find(handle);
   if (!instance) return FALSE;
-  const DWORD code = instance->Listen(overlapped);
-  if (code == ERROR_IO_PENDING) Watch(m_Servers[m_Pipes[IdOf(handle)].name], std::move(alerts));
-  return Fail(code);
+  if (!Watch(m_Servers[m_Pipes[IdOf(handle)].name], std::move(alerts)))
+    return Fail(ERROR_NOT_ENOUGH_MEMORY);
+  return Fail(instance->Listen(overlapped));
 }
 
 // Gives the clients that wait to the instances that listen. Without such an instance they wait.

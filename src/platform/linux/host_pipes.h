@@ -84,7 +84,7 @@ class HostPipes final : public PipeApi {
   HostPipeInstance* Find(HANDLE pipe);  // null with the last error set
   DWORD OpenServer(const std::string& name);
   void CloseServer(const std::string& name);
-  void Watch(Server& server, std::shared_ptr<HostAlerts> watcher);
+  bool Watch(Server& server, std::shared_ptr<HostAlerts> watcher);
   static void Unwatch(Server& server);
   Pipe* Listening(const std::string& name);
   std::size_t CountClients(const std::string& name) const;
