@@ -8,6 +8,7 @@
 #include "platform/clock_api.h"
 #include "platform/platform.h"
 #include "platform/thread_api.h"
+#include "platform/wipe.h"
 
 namespace corvane {
 
@@ -48,6 +49,7 @@ CSmartPointer<CGenericMalloc> Decrypt(BCRYPT_KEY_HANDLE key, const CGenericMallo
     return nullptr;
   }
   std::vector<BYTE> buffer(size + kTerminator);
+  const WipeAtEnd wipe(buffer.data(), buffer.size());
   DWORD length = 0;
   if (crypto.BCryptDecrypt(key, cipher.GetData(), cipher.GetSize(), buffer.data(), size, &length,
                            BCRYPT_PAD_PKCS1) < 0 ||

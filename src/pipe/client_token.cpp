@@ -12,6 +12,7 @@
 #include "pipe/api_session_security_singleton.h"
 #include "pipe/token_fields.h"
 #include "platform/platform.h"
+#include "platform/wipe.h"
 #include "store/base64_text.h"
 
 namespace corvane {
@@ -63,10 +64,11 @@ bool IsAtTheOtherEnd(HANDLE pipe, DWORD pid) {
 const std::string& Decrypt(const std::string& cipher, PipeClientState& client) {
   if (client.cipher == cipher) return client.plain;
   client.cipher.clear();
-  client.plain.clear();
+  Wipe(&client.plain);
   auto block = CGenericMalloc::CreateObject();
   block->Initialize(cipher.data(), static_cast<std::uint32_t>(cipher.size()), 1);
   if (const auto plain = CAPISessionSecuritySingleton::Instance().DecryptArt(*block)) {
+    const WipeAtEnd wipe(plain->GetData(), plain->GetSize());
     client.plain.assign(reinterpret_cast<const char*>(plain->GetData()), plain->GetSize());
     client.cipher = cipher;
   }

@@ -5,6 +5,7 @@
 
 #include "foundation/smart_obj.h"
 #include "platform/pipe_api.h"
+#include "platform/wipe.h"
 
 namespace corvane {
 
@@ -16,12 +17,17 @@ inline constexpr platform::DWORD kPipeBytes = kPipeUnits * sizeof(char16_t);
 
 // What a listener remembers of a client besides its buffers.
 struct PipeClientState {
+  PipeClientState() = default;
+  ~PipeClientState() { platform::Wipe(&plain); }
+  PipeClientState(const PipeClientState&) = delete;
+  PipeClientState& operator=(const PipeClientState&) = delete;
+
   platform::DWORD requestBytes = 0;  // of the last message: what has to be cleared
   platform::DWORD replyBytes = 0;
   bool writing = false;     // from the start of a write until its completion routine runs
   bool subscribed = false;  // on the notification pipe, from the first request on
   std::string cipher;       // the last token that could be read, and what it says
-  std::string plain;
+  std::string plain;        // wiped when it goes
 };
 
 // The record of one connected client: one block of the platform, zeroed when it comes. The

@@ -13,6 +13,7 @@
 #include "platform/linux/openssl_objects.h"
 #include "platform/sim/kernel/seam_gate.h"
 #include "platform/thread_api.h"
+#include "platform/wipe.h"
 
 namespace corvane::platform::linux_host {
 
@@ -168,6 +169,7 @@ NTSTATUS HostCrypto::BCryptDecrypt(BCRYPT_KEY_HANDLE handle, const BYTE* input, 
     return ERROR_SUCCESS;
   }
   std::array<unsigned char, kMostBlock> plain{};  // OpenSSL wants room for a whole block
+  const WipeAtEnd wipe(plain.data(), plain.size());
   std::size_t length = plain.size();
   const int result = EVP_PKEY_decrypt(key->context.get(), plain.data(), &length, input, inputSize);
   ERR_clear_error();
