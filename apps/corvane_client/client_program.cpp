@@ -61,7 +61,8 @@ std::string HelpText() {
          "  --home DIR   the service's home directory (default: CORVANE_HOME, else\n"
          "               $XDG_STATE_HOME/corvane, else ~/.local/state/corvane)\n"
          "  --json       prints JSON\n"
-         "  --help       tells of the program, or of a command\n\n"
+         "  --help       tells of the program, or of a command\n"
+         "  --           ends the options, before a name that begins with -\n\n"
          "Exit status: 0 done, 1 refused by the service or failed, 2 a bad call, 3 no service\n";
 }
 
