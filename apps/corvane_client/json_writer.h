@@ -12,7 +12,7 @@ class CJsonWriter {
  public:
   CJsonWriter& Name(std::string_view name) { return String(name); }
   CJsonWriter& String(std::string_view text);  // what is no UTF-8 becomes U+FFFD
-  // A number where the text is a whole one, else a string.
+  // A number where the text is one, such as "-70" or "9.80", else a string.
   CJsonWriter& Value(const std::string& text);
   CJsonWriter& Uint(std::uint32_t number) { return m_Writer.Uint(number), *this; }
   CJsonWriter& Bool(bool value) { return m_Writer.Bool(value), *this; }

@@ -6,6 +6,7 @@
 #include "corvane_client/connect_progress.h"
 #include "corvane_client/event_text.h"
 #include "corvane_client/json_check.h"
+#include "corvane_client/json_writer.h"
 #include "corvane_client/service_reply.h"
 #include "corvane_client/text_table.h"
 
@@ -42,6 +43,18 @@ TEST(ClientTexts, ReadsCandidateRows) {
   EXPECT_THAT(lines[1], HasSubstr("WPA2-PSK"));
   EXPECT_THAT(CandidatesJson(rows, ""), HasSubstr(R"("channel":100,"score":75)"));
   EXPECT_TRUE(ParseCandidates("").empty());
+}
+
+TEST(ClientTexts, WritesNumbersAsNumbers) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"-70", "[-70]"},     {"9.80", "[9.80]"},
+      {"-0.5", "[-0.5]"},   {"007.5", "[7.5]"},
+      {"", "[\"\"]"},       {"9.", "[\"9.\"]"},
+      {".5", "[\".5\"]"},   {"1.2.3", "[\"1.2.3\"]"},
+      {"1e5", "[\"1e5\"]"}, {"36 MHz", "[\"36 MHz\"]"},
+      {"inf", "[\"inf\"]"}, {"99999999999999999999", "[\"99999999999999999999\"]"}};
+  for (const auto& [text, json] : cases)
+    EXPECT_EQ(CJsonWriter().BeginArray().Value(text).EndArray().Text(), json);
 }
 
 TEST(ClientTexts, TellsEventsInWords) {
