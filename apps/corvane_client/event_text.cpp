@@ -32,7 +32,7 @@ std::string Happened(const rapidjson::Document& event, const std::string& catego
     if (type == "NewConnection") return "connected to " + first + adapter;
     if (type == "SuggestionAccepted") return "suggestion accepted: " + first + adapter;
     if (type == "ExternalConnect") return "somebody else connected to " + first + adapter;
-    if (type == "ExternalDisconnect") return "somebody else disconnected" + adapter;
+    if (type == "ExternalDisconnect") return "was disconnected" + adapter;
   }
   if (category == "ConnectionStatus" && type == "Connected") {
     return "is connected to " + first + adapter;

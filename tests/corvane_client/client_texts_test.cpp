@@ -65,6 +65,10 @@ TEST(ClientTexts, TellsEventsInWords) {
       R"("evtData2":"None", "evtData3":"", "evtData4":"Wi-Fi", "evtData5":"" })";
   EXPECT_EQ(EventLine(event),
             "09:05:07  switched to A, b 02-50-00-00-01-05 (score 75) from None [Wi-Fi]");
+  // It comes with the service's own moves, too.
+  EXPECT_EQ(EventLine(R"({"evtCategory":"ConnectionChange","evtType":"ExternalDisconnect",)"
+                      R"("evtTimestamp":"25/11/2026T19:05:07.12Z","evtData4":"Wi-Fi"})"),
+            "19:05:07  was disconnected [Wi-Fi]");
   EXPECT_EQ(EventLine("{ \"broken\" \x1b"), "{ \"broken\" \uFFFD");
 }
 
