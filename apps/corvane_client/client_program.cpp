@@ -14,7 +14,7 @@ const std::vector<Command>& Commands() {
        "connected one.\n    --all  and those that it may not\n"},
       {"watch", &WatchCommand, "--adapter",
        "watch\n    Status, candidates and events as they change, until Ctrl-C: in place on a "
-       "terminal,\n    one line a change otherwise.\n"},
+       "terminal,\n    where q ends it, too, one line a change otherwise.\n"},
       {"events", &EventsCommand, "", "events\n    Events as they come, until Ctrl-C.\n"},
       {"connect", &ConnectCommand, "--adapter --wait --timeout",
        "connect SSID BSSID [--wait] [--timeout SECS]\n    Asks for a connect to this access "
@@ -55,9 +55,8 @@ std::string HelpText() {
   for (const Command& command : Commands()) text += std::string(command.help) + "\n";
   return text +
          "Options:\n"
-         "  --adapter A  the adapter, by GUID, index or name, where a command is for one (default: "
-         "the\n"
-         "               only one, or all)\n"
+         "  --adapter A  the adapter, by GUID, index or name, where a command is for one\n"
+         "               (default: the only one, or all)\n"
          "  --home DIR   the service's home directory (default: CORVANE_HOME, else\n"
          "               $XDG_STATE_HOME/corvane, else ~/.local/state/corvane)\n"
          "  --json       prints JSON\n"
