@@ -39,7 +39,8 @@ bool Remove(const char* operation, const char16_t* line, Delete&& deleteRow) {
     const DWORD code = Guarded(kClassName, operation, platform::ERROR_GEN_FAILURE, deleteRow);
     if (code == platform::ERROR_SUCCESS) return true;
     LOG_ERROR(line, code);
-    if (code == platform::ERROR_NOT_FOUND) return true;
+    // A route goes with its interface.
+    if (code == platform::ERROR_NOT_FOUND || code == platform::ERROR_FILE_NOT_FOUND) return true;
   }
   return false;
 }

@@ -116,6 +116,21 @@ TEST_F(DetectorTest, LeavesNoRouteWhicheverOperationFails) {
   EXPECT_EQ(Routes(), 0u);
 }
 
+TEST_F(DetectorTest, ARouteThatWentWithItsAdapterIsNotTriedForEver) {
+  StartDetector(OfficeWorld(2));
+  Pc().Faults().FailAlways("DeleteIpForwardEntry", platform::ERROR_GEN_FAILURE);
+  Round();
+  Pc().Faults().Clear();
+  Pc().Devices().Do(R"({"do": "adapter", "adapter": 0, "on": false})");
+  for (int i = 0; i < 3; ++i) Round();
+  constexpr std::string_view kLine = "DeleteIpForwardEntry failed! 0x00000002";
+  const std::string text = Pc().ConsoleText();
+  const std::size_t first = text.find(kLine);
+  ASSERT_NE(first, text.npos);
+  EXPECT_EQ(text.find(kLine, first + 1), text.npos) << "once is enough";
+  EXPECT_EQ(Routes(), 0u);
+}
+
 TEST_F(DetectorTest, TwoAdaptersUnderTestKeepTheirRoutesApart) {
   StartDetector(OfficeWorld(2));
   CWinICMP2 other;

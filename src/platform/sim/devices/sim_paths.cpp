@@ -133,9 +133,15 @@ DWORD SimPaths::Add(const MIB_IPFORWARD_ROW2& row) {
   return AddRow(&m_Routes6, row);
 }
 
-DWORD SimPaths::Delete(const MIB_IPFORWARDROW& row) { return DeleteRow(&m_Routes4, row); }
+DWORD SimPaths::Delete(const MIB_IPFORWARDROW& row) {
+  const DWORD code = DeleteRow(&m_Routes4, row);
+  return IsInterface(row.dwForwardIfIndex) ? code : ERROR_FILE_NOT_FOUND;
+}
 
-DWORD SimPaths::Delete(const MIB_IPFORWARD_ROW2& row) { return DeleteRow(&m_Routes6, row); }
+DWORD SimPaths::Delete(const MIB_IPFORWARD_ROW2& row) {
+  const DWORD code = DeleteRow(&m_Routes6, row);
+  return IsInterface(row.InterfaceIndex) ? code : ERROR_FILE_NOT_FOUND;
+}
 
 std::vector<MIB_IPFORWARDROW> SimPaths::Table() const {
   std::vector<MIB_IPFORWARDROW> rows;
