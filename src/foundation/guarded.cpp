@@ -1,5 +1,6 @@
 #include "foundation/guarded.h"
 
+#include "foundation/exception.h"
 #include "foundation/log_lines.h"
 #include "platform/console_api.h"
 #include "platform/platform.h"
@@ -22,6 +23,16 @@ void ReportFaultSafely(const char* className, const char* operation,
                        platform::DWORD code) noexcept {
   try {
     ReportFault(className, operation, code);
+  } catch (...) {
+  }
+}
+
+void ReportExceptionSafely(const char* className, const char* operation,
+                           const std::exception& exception) noexcept {
+  try {
+    const bool own = dynamic_cast<const Exception*>(&exception) != nullptr;
+    LOG_ERROR(own ? u"%S::%S: Exception: %S" : u"%S::%S: std:exception: %S", className, operation,
+              exception.what());
   } catch (...) {
   }
 }

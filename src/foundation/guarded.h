@@ -1,4 +1,5 @@
 #pragma once
+#include <exception>
 #include <utility>
 
 #include "platform/types.h"
@@ -24,17 +25,34 @@ R Guarded(const char* className, const char* operation, R failure, Fn&& fn) {
   }
 }
 
-// The same for destructors, from which nothing may leave: a report that fails is lost.
+// Reports from which nothing may leave: one that fails is lost. An exception reads
+// "<class>::<operation>: Exception: %S" or, of another kind, "...: std:exception: %S".
 void ReportFaultSafely(const char* className, const char* operation, platform::DWORD code) noexcept;
+void ReportExceptionSafely(const char* className, const char* operation,
+                           const std::exception& exception) noexcept;
 
-// For destructors: runs fn(), which gives something back to the platform. A fault in it is
-// reported; a thread that was given up unwinds already, or does so at its next call.
+// The same for an operation that no exception may leave, lack of memory included: it is reported,
+// and is this operation's failure like a fault.
+template <typename R, typename Fn>
+R Contained(const char* className, const char* operation, R failure, Fn&& fn) {
+  try {
+    return Guarded(className, operation, failure, std::forward<Fn>(fn));
+  } catch (const std::exception& e) {
+    ReportExceptionSafely(className, operation, e);
+    return failure;
+  }
+}
+
+// For destructors: runs fn(), which gives something back to the platform. A fault or an exception
+// in it is reported; a thread that was given up unwinds already, or does so at its next call.
 template <typename Fn>
 void GiveBack(const char* className, const char* operation, Fn&& fn) noexcept {
   try {
     std::forward<Fn>(fn)();
   } catch (const platform::PlatformFault& fault) {
     ReportFaultSafely(className, operation, fault.code);
+  } catch (const std::exception& e) {
+    ReportExceptionSafely(className, operation, e);
   } catch (const platform::ThreadAbandoned&) {
   }
 }

@@ -153,7 +153,7 @@ double CICMPHelperSingleton::blast(std::uint32_t ifIndex, const std::string& hos
                                    const std::string& maskText, platform::WORD family,
                                    double seconds, std::uint32_t connectedCount) {
   const CCritSecLock lock(m_Lock);
-  return Guarded(kClassName, "blast", 0.0, [&] {
+  return Contained(kClassName, "blast", 0.0, [&] {
     const auto target = ResolveAddress(0, host.c_str(), nullptr, family);
     if (!target) {
       Print("CICMPHelperSingleton::blast: Bad name %s\n", host);

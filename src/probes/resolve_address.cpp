@@ -25,7 +25,7 @@ std::optional<platform::SOCKADDR_INET> Ask(const char* name, const char* service
     std::memcpy(static_cast<void*>(&*found), one->ai_addr,
                 std::min(one->ai_addrlen, sizeof *found));
   }
-  Os().sockets.freeaddrinfo(list);
+  GiveBack("CUtils", "freeaddrinfo", [list] { Os().sockets.freeaddrinfo(list); });
   return found;
 }
 

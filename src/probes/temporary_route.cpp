@@ -27,8 +27,8 @@ DWORD InterfaceMetricPlusOne(platform::WORD family, std::uint32_t ifIndex) {
   platform::MIB_IPINTERFACE_ROW row;
   row.Family = family;
   row.InterfaceIndex = ifIndex;
-  const DWORD code = Guarded(kClassName, "GetIpInterfaceEntry", platform::ERROR_GEN_FAILURE,
-                             [&row] { return Os().ipHelper.GetIpInterfaceEntry(&row); });
+  const DWORD code = Contained(kClassName, "GetIpInterfaceEntry", platform::ERROR_GEN_FAILURE,
+                               [&row] { return Os().ipHelper.GetIpInterfaceEntry(&row); });
   return code == platform::ERROR_SUCCESS ? row.Metric + 1 : kNoMetric;
 }
 
@@ -36,7 +36,7 @@ DWORD InterfaceMetricPlusOne(platform::WORD family, std::uint32_t ifIndex) {
 template <class Delete>
 bool Remove(const char* operation, const char16_t* line, Delete&& deleteRow) {
   for (int tries = 0; tries < kRemoveTries; ++tries) {
-    const DWORD code = Guarded(kClassName, operation, platform::ERROR_GEN_FAILURE, deleteRow);
+    const DWORD code = Contained(kClassName, operation, platform::ERROR_GEN_FAILURE, deleteRow);
     if (code == platform::ERROR_SUCCESS) return true;
     LOG_ERROR(line, code);
     // A route goes with its interface.
@@ -56,7 +56,7 @@ std::optional<std::uint32_t> GetIPv4DefaultGateway(std::uint32_t ifIndex) {
         std::clamp<platform::ULONG>(size, sizeof(platform::MIB_IPFORWARDTABLE), kMaxTableBytes);
     buffer.assign((capacity + 3) / 4, 0);
     size = capacity;
-    code = Guarded(kClassName, "GetIpForwardTable", platform::ERROR_GEN_FAILURE, [&] {
+    code = Contained(kClassName, "GetIpForwardTable", platform::ERROR_GEN_FAILURE, [&] {
       return Os().ipHelper.GetIpForwardTable(
           reinterpret_cast<platform::MIB_IPFORWARDTABLE*>(buffer.data()), &size, platform::FALSE);
     });
@@ -99,8 +99,8 @@ bool CTemporaryRoute::AddIP4Route(std::uint32_t ifIndex, std::uint32_t destinati
   row.dwForwardProto = platform::MIB_IPPROTO_NETMGMT;
   row.dwForwardMetric1 = InterfaceMetricPlusOne(platform::AF_INET, ifIndex);
   row.dwForwardMetric2 = row.dwForwardMetric4 = kNoMetric;
-  *error = Guarded(kClassName, "CreateIpForwardEntry", platform::ERROR_GEN_FAILURE,
-                   [&row] { return Os().ipHelper.CreateIpForwardEntry(&row); });
+  *error = Contained(kClassName, "CreateIpForwardEntry", platform::ERROR_GEN_FAILURE,
+                     [&row] { return Os().ipHelper.CreateIpForwardEntry(&row); });
   if (*error == platform::ERROR_SUCCESS) {
     m_Row4 = row;
     return true;
@@ -122,7 +122,7 @@ bool CTemporaryRoute::AddIP6Route(std::uint32_t ifIndex, const platform::SOCKADD
   *error = platform::ERROR_NOT_FOUND;
   if (!RemoveLastAddedIP6Route()) return false;
   platform::MIB_IPFORWARD_ROW2 row;
-  *error = Guarded(kClassName, "CreateIpForwardEntry2", platform::ERROR_GEN_FAILURE, [&] {
+  *error = Contained(kClassName, "CreateIpForwardEntry2", platform::ERROR_GEN_FAILURE, [&] {
     Os().ipHelper.InitializeIpForwardEntry(&row);
     row.InterfaceIndex = ifIndex;
     row.DestinationPrefix.Prefix = destination;

@@ -78,7 +78,7 @@ void CWinICMP2::CloseHandles() {
 
 void CWinICMP2::FactoryReset() {
   if (!m_bOpened && m_IfIndex == kUnset) return;  // it has nothing to forget
-  m_Route.RemoveLastAddedIP4Route();
+  GiveBack(kClassName, "RemoveLastAddedIP4Route", [this] { m_Route.RemoveLastAddedIP4Route(); });
   CloseHandles();
   m_bOpened = false;
   m_TargetIPv4 = m_IfIndex = kUnset;
@@ -93,11 +93,15 @@ void CWinICMP2::FactoryReset() {
 
 bool CWinICMP2::SetTargetInterface(std::uint32_t ifIndex, const char* host) {
   m_IfIndex = ifIndex;
+  return Contained(kClassName, "SetTargetInterface", false, [&] { return SetTargetHost(host); });
+}
+
+bool CWinICMP2::SetTargetHost(const char* host) {
   if (m_TargetIPv4 == kUnset) {
     const auto ip4 = ResolveAddress(0, host, nullptr, platform::AF_INET);
     if (!ip4) {
-      LOG_ERROR(u"[IfIdx=%i] CWinICMP2::SetTargetHost() - ResolveAddress(%S...) FAILED!\n", ifIndex,
-                host);
+      LOG_ERROR(u"[IfIdx=%i] CWinICMP2::SetTargetHost() - ResolveAddress(%S...) FAILED!\n",
+                m_IfIndex, host);
       LOG_ERROR(u"CWinICMP2::SetTargetInterface(%S) - SetTargetHost() FAILED!\n", host);
       return false;
     }
@@ -110,27 +114,27 @@ bool CWinICMP2::SetTargetInterface(std::uint32_t ifIndex, const char* host) {
   const auto snapshot = CAdaptersAddresses::CreateObject();
   snapshot->Initialize();
   try {
-    m_bHaveSourceIPv6 = snapshot->GetIPv6AddressForIndex(ifIndex, &m_SourceIPv6);
+    m_bHaveSourceIPv6 = snapshot->GetIPv6AddressForIndex(m_IfIndex, &m_SourceIPv6);
   } catch (const Exception&) {
     m_bHaveSourceIPv6 = false;  // without a list there is no address
   }
   if (!m_bHaveSourceIPv6) {
     LOG_DEBUG(kTraceLog, u"CWinICMP2::SetTargetInterface(%S) - GetIpv6Address(%i, ...) FAILED!\n",
-              host, ifIndex);
+              host, m_IfIndex);
   }
   return true;
 }
 
 int CWinICMP2::TraceIPRoutersForInterference() {
-  LOG_DEBUG(kTraceLog, u"\t[If %i]TraceIPRoutersForInterference - start tracert %S\n", m_IfIndex,
-            TimeText());
-  const int result = Guarded(kClassName, "TraceIPRoutersForInterference", -1, [this] {
+  return Contained(kClassName, "TraceIPRoutersForInterference", -1, [this] {
+    LOG_DEBUG(kTraceLog, u"\t[If %i]TraceIPRoutersForInterference - start tracert %S\n", m_IfIndex,
+              TimeText());
     OpenHandles();
-    return Round();
+    const int result = Round();
+    LOG_DEBUG(kTraceLog, u"\t[If %i]TraceIPRoutersForInterference - end tracert %S\n", m_IfIndex,
+              TimeText());
+    return result;
   });
-  LOG_DEBUG(kTraceLog, u"\t[If %i]TraceIPRoutersForInterference - end tracert %S\n", m_IfIndex,
-            TimeText());
-  return result;
 }
 
 void CWinICMP2::UseIPv6(const char16_t* line) {
@@ -279,6 +283,13 @@ int CWinICMP2::GetResult(InterferenceRecord* record) const {
 }
 
 void CWinICMP2::LogTrace() const {
+  Contained(kClassName, "LogTrace", false, [this] {
+    LogHops();
+    return true;
+  });
+}
+
+void CWinICMP2::LogHops() const {
   for (std::uint32_t ttl = 1; ttl <= kMaxTtl && !m_Hops[ttl].m_bNoReply; ++ttl) {
     const HopStats& hop = m_Hops[ttl];
     const char16_t* const kind = !hop.m_bPublic                        ? u"[private]\t\t"

@@ -27,7 +27,7 @@ using InterferenceRecord = std::array<InterferenceSet, 2>;  // of the first and 
 // The interference detector of one adapter: traces the first two routers towards a public host,
 // over a temporary route through the adapter, and keeps statistics of their times. On the adapter's
 // worker alone. It opens its handles at the first use, so a detector that is off costs nothing; a
-// handle that it cannot have leaves it without results until FactoryReset.
+// handle that it cannot have leaves it without results until FactoryReset. No exception leaves it.
 class CWinICMP2 {
  public:
   CWinICMP2() = default;
@@ -51,6 +51,8 @@ class CWinICMP2 {
   static constexpr std::uint32_t kUnset = 0xFFFFFFFF;
   static constexpr std::uint32_t kMaxHops = 31;  // by TTL; 0 is not used
 
+  bool SetTargetHost(const char* host);
+  void LogHops() const;
   void OpenHandles();
   void CloseHandles();
   bool CanUseIPv4() const { return m_hIcmp && m_TargetIPv4 != kUnset && m_IfIndex != kUnset; }

@@ -1,5 +1,6 @@
 // How much the adapter's link carries at this moment.
 
+#include "foundation/guarded.h"
 #include "foundation/log_lines.h"
 #include "monitors/adapters_addresses.h"
 #include "platform/ip_types.h"
@@ -19,15 +20,23 @@ std::string Narrow(const WString& address) { return WideToUtf8(address); }
 
 void CWlanInterface::DoBlast(CAdaptersAddresses* adapters) {
   if (!adapters) return;
+  const bool done = Contained("CWlanInterface", "DoBlast", false, [&] {
+    BlastGateway(*adapters);
+    return true;
+  });
+  if (!done) m_BlastMbps = 0.0;
+}
+
+void CWlanInterface::BlastGateway(CAdaptersAddresses& adapters) {
   std::uint32_t total = 0, lanUp = 0;
-  const std::uint32_t connected = adapters->CountConnectedAdapters(&total, &lanUp);
+  const std::uint32_t connected = adapters.CountConnectedAdapters(&total, &lanUp);
   const IPInfo info = GetIPInfo();
   auto& helper = CICMPHelperSingleton::GetInstance();
   if (!info.ip4Gateways.empty()) {
     const std::string host = Narrow(Ip4Text(info.ip4Gateways.front()));
     const std::string own = info.ip4.empty() ? "" : Narrow(Ip4Text(info.ip4.front()));
     std::string mask;
-    if (!adapters->GetIP4MaskFromAdaptersInfo(static_cast<std::int32_t>(m_OsIfIndex), own, &mask)) {
+    if (!adapters.GetIP4MaskFromAdaptersInfo(static_cast<std::int32_t>(m_OsIfIndex), own, &mask)) {
       LOG_ERROR(
           u"CWlanInterface::DoBlast:[IfIndex=%i] asas->GetIP4MaskFromAdaptersInfo(...%S) failed\n",
           m_OsIfIndex, own);

@@ -220,6 +220,7 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
 
  private:
   friend class CWlanClient;
+  void BlastGateway(CAdaptersAddresses& adapters);
   // Handlers proper, behind the fault guards of the notification operations.
   void ConnectionNotification_internal(platform::DWORD code, const void* data);
   void ScanNotification_internal(platform::DWORD code, platform::DWORD reason);

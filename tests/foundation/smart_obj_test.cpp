@@ -208,6 +208,21 @@ TEST_F(SmartObjTest, GuardTurnsAPlatformFaultIntoAFailureValue) {
   EXPECT_THROW(Guarded("C", "f", 0, []() -> int { throw Exception("other"); }), Exception);
 }
 
+TEST_F(SmartObjTest, ContainedOperationsLetNothingOut) {
+  const auto run = [](auto&& fn) { return Contained("CWinICMP2", "f", -1, fn); };
+  EXPECT_EQ(run([] { return 5; }), 5);
+  EXPECT_EQ(run([]() -> int { throw Exception("own"); }), -1);
+  EXPECT_EQ(run([]() -> int { throw std::bad_alloc(); }), -1);
+  EXPECT_EQ(run([]() -> int { throw platform::PlatformFault{5}; }), -1);
+  EXPECT_THROW(run([]() -> int { throw platform::ThreadAbandoned{}; }), platform::ThreadAbandoned);
+  GiveBack("CWinICMP2", "g", [] { throw Exception("back"); });
+  EXPECT_EQ(os.console.Output(),
+            "CWinICMP2::f: Exception: own\nCWinICMP2::f: std:exception: std::bad_alloc\n"
+            "\n>>>>>>>>>>>>>>>>>>>>[[ CWinICMP2::filterException 0x5 ]]\n\n"
+            "CWinICMP2::f: __EXCEPTION__ - s_LastExceptionCode=0x00000005\n"
+            "CWinICMP2::g: Exception: back\n");
+}
+
 // A destructor must not be left by the report, either.
 TEST_F(SmartObjTest, WhatIsGivenBackMayFaultAndSoMayItsReport) {
   struct FailingSink : ILogSink {

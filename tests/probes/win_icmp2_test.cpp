@@ -8,6 +8,7 @@
 
 namespace corvane::test {
 
+using platform::sim::FaultPlan;
 using platform::sim::kEchoLost;
 
 class DetectorTest : public ProbeTest {
@@ -97,6 +98,17 @@ TEST_F(DetectorTest, GoesOverToIPv6OnceNoHopAnswersAndBackByAReset) {
   EXPECT_EQ(m_pDetector->GetResult(&m_Record), 0) << "IPv4 again, which still fails";
 }
 
+// What the system gives as the reason of a call without a reply may be the number of a status.
+TEST_F(DetectorTest, AnErrorWithTheNumberOfAnAnswerIsNone) {
+  StartDetector(OfficeWorld());
+  Pc().Faults().FailAlways("IcmpSendEcho", platform::IP_TTL_EXPIRED_TRANSIT);
+  EXPECT_EQ(Round(), 0);
+  EXPECT_EQ(m_pDetector->GetResult(&m_Record), 0);
+  Pc().Faults().Clear();
+  EXPECT_EQ(Round(), 0);
+  EXPECT_EQ(m_pDetector->GetResult(&m_Record), 2);
+}
+
 TEST_F(DetectorTest, LeavesNoRouteWhicheverOperationFails) {
   StartDetector(OfficeWorld());
   for (const char* operation : {"GetIpForwardTable", "CreateIpForwardEntry", "GetIpInterfaceEntry",
@@ -114,6 +126,50 @@ TEST_F(DetectorTest, LeavesNoRouteWhicheverOperationFails) {
   Pc().Faults().Clear();
   m_pDetector.reset();
   EXPECT_EQ(Routes(), 0u);
+}
+
+// Whatever operation fails, faults or lacks memory: no exception leaves the detector, no route or
+// handle stays, and it works again after a reset.
+TEST_F(DetectorTest, NoOperationThatFailsOrFaultsLeavesAnything) {
+  WorldBuilder world = OfficeWorld();
+  world->networks[0].ip.unicast.push_back(Address("2001:db8:5::20", 64));
+  world->networks[0].ip.gateways.push_back(Address("fe80::1", 64));
+  Start(world);
+  m_pDetector = std::make_unique<CWinICMP2>();
+  const auto use = [&] {
+    m_pDetector->SetTargetInterface(kFirst, "probe.test");
+    for (int i = 0; i < 3; ++i) Round();  // the first without an answer is the last over IPv4
+    return m_pDetector->GetResult(&m_Record);
+  };
+  const struct {
+    const char* operation;
+    bool overIp6;
+    int afterFailure;  // sets of the result
+    int afterFault;
+  } cases[] = {
+      {"getaddrinfo", false, 0, 0},          {"freeaddrinfo", false, 2, 2},
+      {"GetAdaptersAddresses", false, 2, 2}, {"IcmpCreateFile", false, 2, 0},  // over IPv6
+      {"Icmp6CreateFile", false, 2, 2},      {"IcmpSendEcho", false, 2, 0},
+      {"Icmp6SendEcho2", true, 0, 0},        {"IcmpCloseHandle", false, 2, 2},
+      {"GetIpForwardTable", false, 2, 2},    {"GetIpInterfaceEntry", false, 2, 2},
+      {"CreateIpForwardEntry", false, 2, 2}, {"DeleteIpForwardEntry", false, 2, 2},
+  };
+  for (const auto& [operation, overIp6, afterFailure, afterFault] : cases) {
+    for (const platform::DWORD code :
+         {platform::ERROR_GEN_FAILURE, FaultPlan::kFault, FaultPlan::kNoMemory}) {
+      SCOPED_TRACE(std::string(operation) + " " + std::to_string(code));
+      Pc().Faults().FailAlways(operation, code);
+      if (overIp6) Pc().Faults().FailAlways("IcmpSendEcho", platform::IP_REQ_TIMED_OUT);
+      EXPECT_EQ(use(), code == platform::ERROR_GEN_FAILURE ? afterFailure : afterFault);
+      m_pDetector->FactoryReset();
+      EXPECT_EQ(Pc().Devices().CountOutstanding().icmpHandles, 0u);
+      EXPECT_EQ(Pc().Devices().CountOutstanding().sockets, 0u) << "lists of addresses";
+      Pc().Faults().Clear();
+      EXPECT_EQ(use(), 2);
+      EXPECT_EQ(Routes(), 0u);
+      m_pDetector->FactoryReset();
+    }
+  }
 }
 
 TEST_F(DetectorTest, ARouteThatWentWithItsAdapterIsNotTriedForEver) {

@@ -13,7 +13,10 @@ class FaultPlan {
   FaultPlan();
   ~FaultPlan();
 
-  static constexpr DWORD kFault = 0xC0000005;  // as a code: the call faults (PlatformFault)
+  // As codes: the call faults (PlatformFault); the memory that it needs is not there
+  // (std::bad_alloc).
+  static constexpr DWORD kFault = 0xC0000005;
+  static constexpr DWORD kNoMemory = 0xC0000017;
 
   // The n-th call from now (1 is the next) gives `code`.
   void FailCall(const char* operation, std::uint64_t n, DWORD code);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <new>
 
 namespace corvane::platform::sim {
 
@@ -41,8 +42,9 @@ DWORD SimKernel::Enter(const char* operation, DWORD ordinary) {
     m_Scheduler.ThrowIfAbandoned();
   }
   const DWORD code = m_Faults.Decide(operation, ordinary, m_Scheduler.NowMs(), !forLog);
-  if (code != FaultPlan::kFault) return code;
+  if (code != FaultPlan::kFault && code != FaultPlan::kNoMemory) return code;
   if (std::uncaught_exceptions() > 0) return ordinary;  // a second exception would end the process
+  if (code == FaultPlan::kNoMemory) throw std::bad_alloc();
   throw PlatformFault{code};
 }
 
