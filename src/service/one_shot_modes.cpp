@@ -4,6 +4,7 @@
 
 #include "foundation/hosts.h"
 #include "foundation/log_lines.h"
+#include "foundation/quiet_reports.h"
 #include "launch/tray_message.h"
 #include "monitors/adapters_addresses.h"
 #include "monitors/network_list_manager.h"
@@ -36,7 +37,7 @@ std::string TempPath() {
         Os().session.GetTempPathA(static_cast<platform::DWORD>(buffer.size()), buffer.data());
     return length < buffer.size() ? std::string(buffer.data(), length) : std::string();
   } catch (const platform::PlatformFault&) {
-    return {};  // a report would spoil the line that the service reads
+    return {};
   }
 }
 
@@ -87,6 +88,7 @@ int Connect(const CommandLine& line) {
 }  // namespace
 
 std::string UserEnvironmentLine() {
+  const CQuietReports quiet;  // the line is all that the service wants to read
   std::string path;
   for (const char unit : TempPath()) path.append(unit == '\\' ? 2 : 1, unit);
   WString proxy;

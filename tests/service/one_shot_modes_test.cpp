@@ -52,6 +52,14 @@ TEST_F(OneShotModesTest, UserEnvIsOneLineThatTheServiceReads) {
     EXPECT_EQ(Run({u"--userenv"}), 0);
     EXPECT_EQ(printed, R"({ "path":"", "proxy":"no", "proxy_cfg":"" })");
   }
+  for (const char* operation :
+       {"WinHttpGetIEProxyConfigForCurrentUser", "WinHttpOpen", "WinHttpCloseHandle"}) {
+    Do(R"({"do": "proxies", "known": false})");
+    Pc().Faults().FailCall(operation, 1, sim::FaultPlan::kFault);
+    EXPECT_EQ(Run({u"--userenv"}), 0);
+    EXPECT_EQ(printed, R"({ "path":"", "proxy":"no", "proxy_cfg":"" })") << operation;
+    Pc().Faults().Clear();
+  }
 }
 
 TEST_F(OneShotModesTest, TestHttpTellsWhatCameAndEndsWell) {
