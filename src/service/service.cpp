@@ -118,20 +118,20 @@ int Service::Run() {
     StopLogger();
     return *ends;
   }
-  StartUp();
-  if (!StartSockets()) {
-    ShutDown();
-    return 1;
-  }
+  int result = 1;  // of a start that fails
   try {
-    RunPasses();
+    StartUp();
+    if (StartSockets()) {
+      result = 0;
+      RunPasses();
+    }
   } catch (const Exception& e) {
     LOG_ERROR(u"Main: Exception: %S", e.what());
   } catch (const std::exception& e) {
     LOG_ERROR(u"Main: std:exception: %S", e.what());
   }
   ShutDown();
-  return 0;
+  return result;
 }
 
 void Service::StartLog() {

@@ -125,6 +125,16 @@ TEST_F(OneShotModesTest, AServiceWithoutSocketsEndsWithOneInItsOrder) {
   EXPECT_NE(printed.find("WSAStartup failed with error: 10091\n"), std::string::npos);
 }
 
+// Whatever had been started before the failure is stopped again.
+TEST_F(OneShotModesTest, AStartThatFailsHalfwayEndsWithOneInItsOrder) {
+  BootWeb("{}");
+  Pc().Faults().FailCall("CreateToolhelp32Snapshot", 1, sim::FaultPlan::kNoMemory);
+  EXPECT_EQ(Run({}), 1);
+  EXPECT_NE(printed.find("Main: std:exception: std::bad_alloc"), std::string::npos) << printed;
+  EXPECT_EQ(Pc().LiveThreads(), 0);
+  EXPECT_EQ(Pc().Devices().CountOutstanding(), sim::SimDevices::Outstanding{});
+}
+
 // ---- connecting
 
 class ConnectModeTest : public OneShotModesTest {
