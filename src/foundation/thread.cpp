@@ -64,14 +64,14 @@ CThreadBase::~CThreadBase() { LetGo(false); }
 
 platform::HRESULT CThreadBase::BeginThread() {
   LetGo(false);
+  m_pFrame = new Frame(this);
   m_bRun = true;
   m_bEnding = false;
   // Set before the start: the new thread may have ended before CreateThread returns.
   m_bRunning = true;
-  m_pFrame = new Frame(this);
   platform::DWORD id = 0xFFFFFFFF;
   platform::DWORD code = platform::ERROR_GEN_FAILURE;  // of a call that faults
-  m_hThread = Guarded("CThread", "CreateThread", platform::HANDLE{}, [&] {
+  m_hThread = Contained("CThread", "CreateThread", platform::HANDLE{}, [&] {
     platform::HANDLE const made =
         Os().threads.CreateThread(&ThreadProc, m_pFrame, m_ThreadName, &id);
     if (!made) code = Os().threads.GetLastError();

@@ -20,7 +20,7 @@ constexpr std::uint32_t kFailedMs = 500;  // until messages are asked for again
 
 template <class Fn>
 auto Call(const char* operation, Fn&& fn) {
-  return Guarded(kClassName, operation, decltype(fn()){}, fn);
+  return Contained(kClassName, operation, decltype(fn()){}, fn);
 }
 
 std::string Stamp() {
@@ -67,6 +67,15 @@ void CPowerWindow::AddSubscriber(IPowerSubscriber* subscriber) {
   s_Subscribers.emplace_back(subscriber);
 }
 
+void CPowerWindow::RemoveSubscriber(IPowerSubscriber* subscriber) {
+  std::list<CSmartPointer<IPowerSubscriber>> gone;  // let go without the lock
+  const CCritSecLock lock(m_SubscribersLock);
+  for (auto at = s_Subscribers.begin(); at != s_Subscribers.end();) {
+    const auto one = at++;
+    if (one->get() == subscriber) gone.splice(gone.end(), s_Subscribers, one);
+  }
+}
+
 void CPowerWindow::CloseWindow() {
   if (const HWND window = m_hWindow.exchange(nullptr)) {
     GiveBack(kClassName, "SendMessageW",
@@ -92,7 +101,7 @@ void CPowerWindow::Shutdown() {
 
 // A stop may have come before there was a window to close.
 void CPowerWindow::RunThreadLoop() {
-  CreateHiddenWindow();
+  Call("create_window", [this] { return CreateHiddenWindow(), 0; });
   PumpMessages();
   CloseWindow();
 }
@@ -101,8 +110,8 @@ void CPowerWindow::RunThreadLoop() {
 void CPowerWindow::PumpMessages() {
   while (m_bRun) {
     MSG message;
-    const int got =
-        Guarded(kClassName, "GetMessageW", -1, [&] { return Os().windows.GetMessageW(&message); });
+    const int got = Contained(kClassName, "GetMessageW", -1,
+                              [&] { return Os().windows.GetMessageW(&message); });
     if (got == 0 || message.message == WM_QUIT) return;
     if (got < 0) {
       Os().threads.Sleep(kFailedMs);
@@ -139,25 +148,32 @@ void CPowerWindow::CreateHiddenWindow() {
   Trace("RegisterSuspendResumeNotification --> %i", m_hNotification.load() != nullptr);
 }
 
+// The system calls it, so that no exception may leave it.
 LRESULT CPowerWindow::WindowProc(HWND window, unsigned message, WPARAM wParam, LPARAM lParam) {
-  CPowerWindow& self = GetInstance();
+  Call("WindowProc", [&] { return GetInstance().TakeMessage(message, wParam, lParam), 0; });
+  if (message == WM_DESTROY) return 0;
+  return Call("DefWindowProcW",
+              [&] { return Os().windows.DefWindowProcW(window, message, wParam, lParam); });
+}
+
+void CPowerWindow::TakeMessage(unsigned message, WPARAM wParam, LPARAM lParam) {
   switch (message) {
     case WM_DESTROY:
-      Trace("WM_DESTROY");
       Call("PostQuitMessage", [] { return Os().windows.PostQuitMessage(0), 0; });
-      return 0;
+      Trace("WM_DESTROY");
+      return;
     case WM_CLOSE:
       Trace("WM_CLOSE [do nothing]");
       break;
     case WM_TIMECHANGE:
-      Trace("WM_TIMECHANGE [suspended=%i]", self.s_Suspended);
+      Trace("WM_TIMECHANGE [suspended=%i]", s_Suspended);
       break;
     case WM_NCDESTROY:
       Trace("WM_NCDESTROY");
       break;
     case WM_POWERBROADCAST:
       Trace("WM_POWERBROADCAST --> wParam=%u", wParam);
-      self.OnPowerBroadcast(wParam);
+      OnPowerBroadcast(wParam);
       break;
     case WM_WTSSESSION_CHANGE:
       Trace("WM_WTSSESSION_CHANGE --> %s, session=%i", SessionEvent(wParam), lParam);
@@ -167,8 +183,6 @@ LRESULT CPowerWindow::WindowProc(HWND window, unsigned message, WPARAM wParam, L
       break;
   }
   if (s_bTrace) Os().console.FlushOutput();
-  return Call("DefWindowProcW",
-              [&] { return Os().windows.DefWindowProcW(window, message, wParam, lParam); });
 }
 
 // A machine that wakes may say so twice; the subscribers hear it once.

@@ -23,6 +23,8 @@ class CPowerWindow final : public CThread<CPowerWindow> {
   bool Initialize(std::uint32_t first, std::uint32_t second);
   // Any thread. The subscriber is told until Shutdown, once for each time that it was added.
   void AddSubscriber(IPowerSubscriber* subscriber);
+  // Any thread. Lets all its subscriptions go; it may still hear what is being told.
+  void RemoveSubscriber(IPowerSubscriber* subscriber);
   // Lets the subscribers go, closes the window, and sees the thread end or gives it up.
   void Shutdown();
 
@@ -41,6 +43,7 @@ class CPowerWindow final : public CThread<CPowerWindow> {
   void CloseWindow();  // and its registration; once
   static platform::LRESULT WindowProc(platform::HWND window, unsigned message,
                                       platform::WPARAM wParam, platform::LPARAM lParam);
+  void TakeMessage(unsigned message, platform::WPARAM wParam, platform::LPARAM lParam);
   void OnPowerBroadcast(platform::WPARAM event);
   void Tell(void (IPowerSubscriber::*what)());
 

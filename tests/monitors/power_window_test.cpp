@@ -106,6 +106,24 @@ TEST_F(PowerWindowTest, SubscribesWhileOthersAreTold) {
   EXPECT_EQ(TakeTold(), "aR ");
 }
 
+TEST_F(PowerWindowTest, ASubscriberThatThrowsDoesNotEndTheWindow) {
+  class Thrower : public SmartObjEx<Thrower, SmartObj<>>, public IPowerSubscriber {
+   public:
+    void OnResume() override { throw std::bad_alloc(); }
+    void OnSuspend() override { throw Exception("no"); }
+  };
+  CPowerWindow& window = Open();
+  const auto thrower = Thrower::CreateObject();
+  window.AddSubscriber(thrower.get());
+  Broadcast({4, 18});
+  window.AddSubscriber(thrower.get());
+  window.RemoveSubscriber(thrower.get());
+  EXPECT_EQ(thrower->GetRefCount(), 1u);
+  window.AddSubscriber(Sleeper::CreateObject(&told).get());
+  Broadcast({4, 18});
+  EXPECT_EQ(TakeTold(), "aS aR ");
+}
+
 TEST_F(PowerWindowTest, TracesOnDemandOnly) {
   CPowerWindow& window = Open();
   const auto changeUser = [&](bool loggedOn) {
@@ -132,8 +150,8 @@ TEST_F(PowerWindowTest, TracesOnDemandOnly) {
   window.Shutdown();
 }
 
-// Each operation fails, or faults, on its first call or on every one. A class stays registered, so
-// what fails before it is first.
+// Each operation fails, faults or lacks memory on its first call or on every one. A class stays
+// registered, so what fails before it is first.
 TEST_F(PowerWindowTest, ARefusalCostsNoMoreThanItsMessages) {
   struct Case {
     const char* operation;
@@ -157,8 +175,9 @@ TEST_F(PowerWindowTest, ARefusalCostsNoMoreThanItsMessages) {
                         {"SendMessageW", true, true},
                         {"UnregisterSuspendResumeNotification", true, true}};
   for (const Case& one : cases) {
-    for (const platform::DWORD code : {platform::ERROR_GEN_FAILURE, FaultPlan::kFault}) {
-      SCOPED_TRACE(std::string(one.operation) + (code == FaultPlan::kFault ? " faults" : " fails"));
+    for (const platform::DWORD code :
+         {platform::ERROR_GEN_FAILURE, FaultPlan::kFault, FaultPlan::kNoMemory}) {
+      SCOPED_TRACE(std::string(one.operation) + " " + std::to_string(code));
       if (one.always) {
         Pc().Faults().FailAlways(one.operation, code);
       } else {
@@ -185,8 +204,12 @@ TEST_F(PowerWindowTest, SaysWhenThereIsNoModuleAndNoThread) {
   EXPECT_NE(Pc().ConsoleText().find(
                 "]CPowerWindow::create_window: GetModuleHandle() failed, aborting....\n"),
             std::string::npos);
-  Pc().Faults().FailCall("CreateThread", 1, platform::ERROR_NOT_ENOUGH_MEMORY);
-  EXPECT_FALSE(CPowerWindow::GetInstance().Initialize(10, 10));
+  for (const platform::DWORD code :
+       {platform::ERROR_NOT_ENOUGH_MEMORY, FaultPlan::kFault, FaultPlan::kNoMemory}) {
+    Pc().Faults().FailCall("CreateThread", 1, code);
+    EXPECT_FALSE(CPowerWindow::GetInstance().Initialize(10, 10)) << code;
+    EXPECT_FALSE(CPowerWindow::GetInstance().IsRunning()) << code;
+  }
 }
 
 }  // namespace corvane::test
