@@ -71,6 +71,7 @@ void CQUAYMainWorker::Bind(int index, CWlanInterface* pInterface) {
   m_ConfigIdx = index;
   m_pInterface = pInterface;
   m_pConfig = pInterface ? pInterface->Config() : nullptr;
+  m_pWokenInterface = m_pInterface;
 }
 
 void CQUAYMainWorker::RunThreadLoop() {
@@ -85,6 +86,7 @@ void CQUAYMainWorker::RunThreadLoop() {
 
 void CQUAYMainWorker::Shutdown() {
   const bool ended = StopThread(kShutdownMs);
+  CPowerWindow::GetInstance().RemoveSubscriber(this);
   if (m_pConfig) {
     const CCritSecLock lock(m_pConfig->ObjectLock());
     if (!m_pConfig->SetString(value::kCandidatesCSV, u"")) {
@@ -115,8 +117,8 @@ void CQUAYMainWorker::Shutdown() {
 }
 
 void CQUAYMainWorker::OnResume() {
-  m_bForgetSsid = true;
   m_bPowerResumeSeen = true;
+  if (m_pWokenInterface) m_pWokenInterface->ForgetLastConnectedSsid();
 }
 
 void CQUAYMainWorker::OnSuspend() { m_bPowerSuspendSeen = true; }
@@ -221,7 +223,6 @@ void CQUAYMainWorker::PrepareRunning() {
 }
 
 bool CQUAYMainWorker::RunRound() {
-  if (m_bForgetSsid.exchange(false)) m_pInterface->SetLastConnectedSsid(u"");
   RefreshSettings();
   if (IsHeldBack(IsBlockedByVPN())) return false;
   UpdateConnectionState();
@@ -416,6 +417,7 @@ bool CQUAYMainWorker::TakePowerEvents() {
                 m_ConfigIdx);
     ForgetSurroundings();
     m_pInterface->ClearConnectedBssid();
+    KillNudgeDialog();
   }
   const bool suspended = m_bPowerSuspendSeen.exchange(false);
   if (suspended) {
@@ -426,6 +428,7 @@ bool CQUAYMainWorker::TakePowerEvents() {
         u"\n~_~_~_~_~_~_~_~_~_~_~_> [%i]CQUAYMainWorker::WorkThreadProc[LOOP] _POWER SUSPEND_ --> "
         u"force_scan = true & ClearNetworks [CLEARING ROAMING INHIBIT]\n",
         m_ConfigIdx);
+    KillNudgeDialog();
   }
   return resumed || suspended;
 }
@@ -435,7 +438,6 @@ void CQUAYMainWorker::ForgetSurroundings() {
   m_pInterface->ClearNetworks();
   m_pConfig->SetSuggestedNetwork(u"");
   m_pConfig->ClearRoamingInhibit();
-  KillNudgeDialog();
 }
 
 void CQUAYMainWorker::Discover(bool force) {
@@ -448,6 +450,7 @@ void CQUAYMainWorker::Discover(bool force) {
   if (auxError == 0) return;
   LOG_ERROR(u"[%i][aux_error=%i] Scan/GetNetworkBssList() Error! -----> Clearing Networks <-----\n",
             m_ConfigIdx, auxError);
+  KillNudgeDialog();
   ForgetSurroundings();
 }
 

@@ -27,7 +27,7 @@ class CQUAYMainWorker : public SmartObjEx<CQUAYMainWorker, SmartObj<>>,
   // the adapter go.
   void Shutdown();
 
-  // The next round acts on them.
+  // The next round acts on them. On the power window's thread, without a lock.
   void OnResume() override;
   void OnSuspend() override;
 
@@ -122,7 +122,8 @@ class CQUAYMainWorker : public SmartObjEx<CQUAYMainWorker, SmartObj<>>,
   bool m_bNoDelayActive = false;  // a no-delay sleep was taken, the window has yet to be closed
   std::atomic<bool> m_bPowerSuspendSeen{false};
   std::atomic<bool> m_bPowerResumeSeen{false};
-  std::atomic<bool> m_bForgetSsid{false};  // after a resume the SSID is a new one, whatever it was
+  // The adapter, for the power window's thread, which may outlast this one's.
+  CSmartPointer<CWlanInterface> m_pWokenInterface;
 };
 
 }  // namespace corvane

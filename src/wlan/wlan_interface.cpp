@@ -104,6 +104,7 @@ void CWlanInterface::ClearConnectedBssid() {
 
 bool CWlanInterface::SetLastConnectedSsid(WStringView ssid) {
   const CCritSecLock lock(m_StateLock);
+  if (m_bLastSsidForgotten.exchange(false)) m_last_connected_ssid.clear();
   if (m_last_connected_ssid == ssid) return false;
   m_last_connected_ssid = ssid;
   return true;
@@ -121,7 +122,7 @@ MacAddress CWlanInterface::GetConnectedBssidIfWeInitiated() const {
 
 WString CWlanInterface::GetLastConnectedSsid() const {
   const CCritSecLock lock(m_StateLock);
-  return m_last_connected_ssid;
+  return m_bLastSsidForgotten ? WString() : m_last_connected_ssid;
 }
 
 platform::WLAN_CONNECTION_ATTRIBUTES CWlanInterface::GetConnAttrs() const {

@@ -132,6 +132,8 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   bool SetConnectedBssid(const MacAddress& bssid);  // true: another BSSID than before
   void ClearConnectedBssid();                       // and what the connection had of addresses
   bool SetLastConnectedSsid(WStringView ssid);      // true: another SSID than before
+  // Empties it; any thread, without a lock.
+  void ForgetLastConnectedSsid() { m_bLastSsidForgotten = true; }
   MacAddress GetConnectedBssid() const;
   MacAddress GetConnectedBssidIfWeInitiated() const;
   WString GetLastConnectedSsid() const;
@@ -310,6 +312,7 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   MacAddress m_connected_dot11Bssid{};               // of the last connection round
   MacAddress m_connected_dot11Bssid_if_we_initiated{};  // zero for a connection of somebody else
   WString m_last_connected_ssid;
+  std::atomic<bool> m_bLastSsidForgotten{false};  // it counts as empty until it is set again
   IPInfo m_IPInfo;
   MacList m_IP4GatewayMacs, m_IP6GatewayMacs;
   std::atomic<std::uint64_t> m_time_of_last_connected_ssid{0};  // tick

@@ -3,7 +3,13 @@
 #include "service/main_worker.h"
 
 #include "monitors/power_window.h"
+#include "platform/icmp_api.h"
+#include "platform/sim/devices/sim_devices.h"
+#include "platform/sim/devices/sim_windows.h"
+#include "platform/sim/kernel/fault_plan.h"
 #include "platform/sim/kernel/sim_kernel.h"
+#include "platform/sim/world/world_text.h"
+#include "platform/socket_api.h"
 #include "settings/global_config_container.h"
 #include "support/pc_fixture.h"
 #include "support/world_builder.h"
@@ -79,6 +85,76 @@ TEST_F(WorkerTest, SleepAndWakingForgetWhatWasSeenAndLookAnew) {
   RunFor(60s);
   EXPECT_EQ(m_pAdapter->GetConnectedBssid(), ApBssid(1)) << "it finds its way back";
   EXPECT_EQ(m_pConfig->GetRoamingInhibitTick(), 0u);
+}
+
+// A lack of memory in the ending of the dialog program cuts the round off there: what is done
+// before it has then been done.
+TEST_F(WorkerTest, ForgetsInItsOrder) {
+  using platform::sim::FaultPlan;
+  WorldBuilder world;
+  world.Adapter().Connected(1).Ap(Beacon(u8"Office").Channel(36).Vht80(2), 1, -60.0);
+  Start(world.Profile("Office").AutoSwitch(300));
+  const auto cutOff = [&](auto&& cause) {
+    RunFor(25s);
+    ASSERT_EQ(m_pAdapter->GetConnectedBssid(), ApBssid(1));
+    Pc().Faults().FailAlways("CreateToolhelp32Snapshot", FaultPlan::kNoMemory);
+    cause();
+    RunFor(12s);
+    EXPECT_FALSE(m_pWorker->IsRunning());
+    Pc().Faults().Clear();
+  };
+  for (const platform::WPARAM event : {4u, 18u}) {
+    cutOff([&] { Pc().Devices().Windows().TellPower(event); });
+    EXPECT_TRUE(IsZero(m_pAdapter->GetConnectedBssid())) << event;
+    EXPECT_TRUE(m_pAdapter->SnapshotEntries().empty()) << event;
+    m_pWorker->BeginThread();
+  }
+  cutOff([&] { Pc().Faults().FailAlways("WlanGetNetworkBssList", platform::ERROR_GEN_FAILURE); });
+  EXPECT_FALSE(m_pAdapter->SnapshotEntries().empty()) << "the dialog goes before the networks";
+}
+
+TEST_F(WorkerTest, WakingEmptiesTheLastSsidAtOnceAndAStopEndsTheSubscription) {
+  WorldBuilder world;
+  world.Adapter().Connected(1).Ap(Beacon(u8"Office").Channel(36).Vht80(2), 1, -60.0);
+  Start(world.Profile("Office").AutoSwitch(300));
+  RunFor(25s);
+  ASSERT_EQ(m_pAdapter->GetLastConnectedSsid(), u"Office");
+  Pc().Devices().Windows().TellPower(4);
+  Pc().Devices().Windows().TellPower(18);
+  RunFor(1ms);
+  EXPECT_EQ(m_pAdapter->GetLastConnectedSsid(), u"");
+  RunFor(12s);
+  EXPECT_EQ(m_pAdapter->GetLastConnectedSsid(), u"Office");
+  EXPECT_GT(m_pWorker->GetRefCount(), 1u);
+  m_pWorker->Shutdown();  // it gives the thread up, which sleeps
+  RunFor(1s);
+  EXPECT_EQ(m_pWorker->GetRefCount(), 1u);
+}
+
+TEST_F(WorkerTest, AStopDuringTheSleepIsFollowedByNoProbe) {
+  WorldBuilder world;
+  world.Adapter().Connected(1).Ap(Beacon(u8"Office").Channel(36).Vht80(2), 1, -60.0);
+  world.Profile("Office").Network("Office", 1).AutoSwitch(300);
+  platform::sim::IpSettings& ip = world->networks[0].ip;
+  ASSERT_TRUE(platform::sim::ReadIpAddress("10.3.0.20", &ip.unicast.emplace_back()));
+  ASSERT_TRUE(platform::sim::ReadIpAddress("10.3.0.1", &ip.gateways.emplace_back()));
+  platform::sim::RegistryWrite detector;
+  detector.key = platform::sim::kHomeKey;
+  detector.name = u"IDET";
+  detector.number = 1;
+  world->registry.push_back(detector);
+  Start(world);
+  ASSERT_EQ(Os().sockets.WSAStartup(0x0202), 0);
+  const auto probes = [&](auto&& during) {
+    Pc().Faults().FailAlways("IcmpSendEcho", platform::IP_REQ_TIMED_OUT);
+    const auto before = Pc().Faults().Injected();
+    during();
+    return Pc().Faults().Injected() - before;
+  };
+  RunFor(25s);
+  EXPECT_GT(probes([&] { RunFor(5s); }), 0u);
+  EXPECT_EQ(probes([&] { m_pWorker->Shutdown(); }), 0u);
+  Os().sockets.WSACleanup();
 }
 
 }  // namespace corvane::test
