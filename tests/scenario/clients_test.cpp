@@ -9,6 +9,7 @@
 #include "scenario/service_fixture.h"
 #include "settings/global_config_container.h"
 #include "store/base64_text.h"
+#include "web/statistics_post.h"
 #include "wlan/wifi_client_container.h"
 
 namespace corvane::test {
@@ -250,6 +251,22 @@ TEST_F(ClientsScenario, TheServiceStopsInOrderWithTwentyClients) {
   EXPECT_LT(log.find("Main:[exit] KillTrayApp()"), requests);
   EXPECT_LT(requests, events);
   EXPECT_NE(events, std::string::npos);
+}
+
+TEST_F(ClientsScenario, AServerStopsThePostUntilAClientTurnsItOn) {
+  StartWithCompanion(OfficeWorld());
+  const auto answer = [&](const char* status) {
+    Do((R"({"do": "web", "host": "stats.corvane.example", )" + std::string(status) + "}").c_str());
+    return ProxySend("figures", false);
+  };
+  EXPECT_TRUE(answer(R"("body": "")"));
+  EXPECT_EQ(HomeNumber(u"EnablePost"), 1u);
+  EXPECT_FALSE(answer(R"("status": 401, "reason": "Unauthorized")"));
+  EXPECT_EQ(HomeNumber(u"EnablePost"), 0u);
+  RunFor(60s);
+  EXPECT_EQ(HomeNumber(u"EnablePost"), 0u);
+  EXPECT_TRUE(IsOk(Ask(R"("cmd":"MiscCommand","name":"POSTMode","value":1)")));
+  EXPECT_EQ(HomeNumber(u"EnablePost"), 1u);
 }
 
 }  // namespace corvane::test

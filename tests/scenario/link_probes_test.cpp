@@ -1,5 +1,7 @@
 // The interference detector and the diagnosis of the link, in the running service.
 
+#include <cmath>
+
 #include "foundation/log_lines.h"
 #include "pipe/diagnosis.h"
 #include "platform/sim/kernel/fault_plan.h"
@@ -36,8 +38,26 @@ class LinkProbesScenario : public ServiceTest {
 // Every second echo is the first hop's, so that it meets the first and the third of the noise in
 // turn, and the second hop the others: five times each in a full history.
 TEST_F(LinkProbesScenario, NoisyAccessPointRaisesAnEventWithItsFigures) {
-  Start(ProbedWorld()
-            .Ap(OfficeBeacon(52), 2, -50.0)
+  constexpr double kNear = 3.0, kFar = 12.0;            // ms, of the two hops
+  constexpr double kNoise[] = {0.0, 10.0, 40.0, 70.0};  // as in the timeline
+  const double first[] = {kNear + kNoise[0], kNear + kNoise[2]};
+  const double second[] = {kFar + kNoise[1], kFar + kNoise[3]};
+  const double beyond[] = {second[0] - first[0], second[1] - first[1]};
+  const auto means = [](const double(&a)[2], const double(&b)[2]) {
+    return Widen(std::to_string((a[0] + a[1]) / 2) + "," + std::to_string((b[0] + b[1]) / 2));
+  };
+  // Of two values, each as often as the other: half of their distance.
+  const auto deviations = [](const double(&a)[2], const double(&b)[2]) {
+    return Widen(std::to_string(std::abs(a[1] - a[0]) / 2) + "," +
+                 std::to_string(std::abs(b[1] - b[0]) / 2));
+  };
+  WorldBuilder world = ProbedWorld();
+  auto& hops = world->accessPoints[0].hops;
+  hops.resize(2);
+  hops[0].rttMs = kNear, hops[1].rttMs = kFar;
+  EXPECT_TRUE(platform::sim::ReadIpAddress("10.3.0.1", &hops[0].address));
+  EXPECT_TRUE(platform::sim::ReadIpAddress("203.0.113.1", &hops[1].address));
+  Start(world.Ap(OfficeBeacon(52), 2, -50.0)
             .At(60'000, R"({"do": "noise", "bssid": "02-50-00-00-00-01",
                             "noise": [0, 10, 40, 70]})")
             .At(150'000, R"({"do": "roam", "bssid": "02-50-00-00-00-02"})"));
@@ -52,7 +72,10 @@ TEST_F(LinkProbesScenario, NoisyAccessPointRaisesAnEventWithItsFigures) {
   EXPECT_LE(quiet, 2u) << "the same figures are told once";
 
   RunUntil(110'000);
-  EXPECT_EQ(LastDetection().data2, u"20.000000,30.000000");
+  EXPECT_EQ(LastDetection().data2, deviations(first, second));
+  EXPECT_EQ(LastDetection().data3, means(first, second));
+  EXPECT_EQ(LastDetection().data4, deviations(first, beyond));
+  EXPECT_EQ(LastDetection().data5, means(first, beyond));
   const std::size_t noisy = Detections();
   EXPECT_GT(noisy, quiet + 5);
   RunUntil(140'000);

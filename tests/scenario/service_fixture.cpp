@@ -23,7 +23,8 @@ class Subscriber : public SmartObjEx<Subscriber, SmartObj<>>, public INotificati
  public:
   explicit Subscriber(std::vector<Notice>* notices) : m_pNotices(notices) {}
   void SendNotification(CNotificationEvent* event) override {
-    m_pNotices->push_back({event->m_Category, event->m_Type, event->m_Data1, event->m_Data2});
+    m_pNotices->push_back({event->m_Category, event->m_Type, event->m_Data1, event->m_Data2,
+                           event->m_Data3, event->m_Data4, event->m_Data5});
   }
 
  private:

@@ -42,7 +42,7 @@ struct AirEvent {
 };
 
 struct Notice {
-  WString category, type, data1, data2;
+  WString category, type, data1, data2, data3, data4, data5;
 };
 
 // An event of the reporter's provider.
