@@ -134,11 +134,12 @@ TEST_F(CommandLineProgramTest, AServiceHearsItsChildAndAStopSignalOfAPostBesideI
       "stats.corvane.example:443:" + place + "  www.corvane.example:443:" + place;
   environment["no_proxy"] = "stats.corvane.example";
   environment["http_proxy"] = "proxy.example:1";
-  Program service(directory / "service", environment);
+  Program service(directory / "service", environment, {"--forcelqetw"});
   for (int i = 0; i < 400 && service.Output().find("SERVICE: PROXYPRESENT") == std::string::npos;
        ++i)
     usleep(50'000);
   const std::string log = service.Output();
+  EXPECT_NE(log.find("Enabling forcing of TRELLIS_N_WIFI_QUALITY/2"), std::string::npos) << log;
   EXPECT_NE(log.find("SERVICE: USER TEMP PATH:\n[/var/tmp/]"), std::string::npos) << log;
   EXPECT_NE(log.find("SERVICE: PROXYPRESENT:\n[1]"), std::string::npos) << log;
 

@@ -184,10 +184,13 @@ TEST_F(HostPostTest, GoesThroughTheProxyOfTheEnvironment) {
 
 TEST_F(HostHttpTest, TheSecondTryGoesThroughTheProxyThatIsDiscovered) {
   const Nginx server(NewDirectory(), kPages, "");
-  const TinyProxy proxy(NewDirectory());
-  // The name means nothing here, so that the direct way fails; the proxy's configuration knows it.
+  // The names mean nothing here, so that the direct way fails; the proxy knows one of them.
+  const TinyProxy proxy(NewDirectory(), {}, "known.invalid", server.PlainPort());
   SetProxies("http://127.0.0.1:" + std::to_string(proxy.Port()), "", "other.example");
   Start();
+  EXPECT_EQ(Get("http://known.invalid/whole"), 0u);
+  EXPECT_EQ(text, "<html>whole</html>");
+  EXPECT_EQ(AwaitInLog(server, "whole 200"), 1) << server.Log();
   EXPECT_EQ(Get("http://no-such-host.invalid:" + std::to_string(server.PlainPort()) + "/"), 58u);
   EXPECT_GE(status, 500u) << "the proxy's own answer";
   EXPECT_GE(AwaitInLog(proxy, "no-such-host.invalid"), 1);

@@ -130,12 +130,14 @@ Nginx::Nginx(const std::string& directory, const std::string& plain, const std::
 
 std::string Nginx::Log() const { return ContentOf(m_Directory + "/access.log"); }
 
-TinyProxy::TinyProxy(const std::string& directory, const std::string& credentials)
+TinyProxy::TinyProxy(const std::string& directory, const std::string& credentials,
+                     const std::string& known, int knownPort)
     : m_Directory(directory), m_Port(FreePort()) {
   std::ofstream config(directory + "/tinyproxy.conf");
   config << "Port " << m_Port << "\nListen 127.0.0.1\nTimeout 60\nAllow 127.0.0.1\nLogFile \""
          << directory << "/tinyproxy.log\"\nLogLevel Connect\nMaxClients 20\n";
   if (!credentials.empty()) config << "BasicAuth " << credentials << "\n";
+  if (!known.empty()) config << "Upstream http 127.0.0.1:" << knownPort << " \"" << known << "\"\n";
   config.close();
   m_pServer = std::make_unique<ServerProcess>(
       std::vector<std::string>{"tinyproxy", "-d", "-c", directory + "/tinyproxy.conf"},

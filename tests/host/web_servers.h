@@ -60,10 +60,12 @@ class Nginx {
   std::unique_ptr<ServerProcess> m_pServer;
 };
 
-// tinyproxy, which lets everything through.
+// tinyproxy, which lets everything through; what it is asked for on host `known` it gets from that
+// port of the loopback.
 class TinyProxy {
  public:
-  TinyProxy(const std::string& directory, const std::string& credentials = {});
+  TinyProxy(const std::string& directory, const std::string& credentials = {},
+            const std::string& known = {}, int knownPort = 0);
   int Port() const { return m_Port; }
   std::string Log() const;
 
