@@ -1,10 +1,12 @@
 // The parts of a round that grow with the number of access points: merging the platform's lists,
 // scoring, the snapshot and the sort; and the whole policy round with what it publishes, of an
 // adapter without a connection, and of one that weighs each against its connection under a full
-// deny list. The log's gates are closed.
+// deny list; and a worker's round beside what a detector that is off costs it. The log's gates are
+// closed.
 
 #include <benchmark/benchmark.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
 #include <vector>
@@ -15,9 +17,11 @@
 #include "policy/candidate_list.h"
 #include "policy/policy.h"
 #include "policy/quiet_network_list.h"
+#include "service/main_worker.h"
 #include "settings/global_config_container.h"
 #include "store/value_names.h"
 #include "support/pc_fixture.h"
+#include "support/world_builder.h"
 #include "wlan/wifi_client_container.h"
 
 namespace corvane {
@@ -239,6 +243,74 @@ void ConnectedPolicyRound(benchmark::State& state) {
   for (auto _ : state) CGlobalQUAYPolicy::ExecutePolicies(rig.adapter.get());
 }
 BENCHMARK(ConnectedPolicyRound)->Arg(1000)->Arg(8000)->Unit(benchmark::kMillisecond);
+
+// A worker on a simulated PC, connected, among as many access points.
+class WorkerRig : public test::PcTest {
+ public:
+  explicit WorkerRig(int accessPoints) {
+    test::WorldBuilder world;
+    world.Adapter().Connected(1).Profile("Office").AutoSwitch(300);
+    for (int i = 1; i <= accessPoints; ++i)
+      world.Ap(test::Beacon(u8"Office").Channel(36).Vht80(2), i, -50.0 - i % 40);
+    Boot(world.Build());
+    CGlobalConfigContainer::GetInstance().Initialize(true);
+    CWifiClientContainer::GetInstance().Initialize();
+    g_DebugMask = 0;
+    g_EnableFileLogging = 0;
+    adapter = CWifiClientContainer::GetInstance().GetInterface(0);
+    m_pWorker = CQUAYMainWorker::CreateObject();
+    m_pWorker->Bind(0, adapter.get());
+    m_pWorker->BeginThread();
+    RunFor(std::chrono::seconds(30));
+  }
+  ~WorkerRig() override {
+    m_pWorker->Shutdown();
+    m_pWorker.reset(), adapter.reset();
+    CGlobalConfigContainer::GetInstance().Shutdown(true);
+    CWifiClientContainer::GetInstance().Shutdown();
+    PcTest::TearDown();
+  }
+  void TestBody() override {}
+  void NextRound() { RunFor(std::chrono::seconds(10)); }
+
+  CSmartPointer<CWlanInterface> adapter;
+
+ private:
+  CSmartPointer<CQUAYMainWorker> m_pWorker;
+};
+
+// All that a round does for a detector that is off: it reads the switch, and resets what was never
+// opened.
+void PassDetectorThatIsOff(CWinICMP2& detector) {
+  std::uint32_t on = 0;
+  if (const auto registry = CGlobalConfigContainer::GetInstance().GetRegistry())
+    registry->GetRegistryDWORDValue(u"IDET", &on);
+  detector.FactoryReset();
+  benchmark::DoNotOptimize(on);
+}
+
+void WorkerRoundWithDetectorOff(benchmark::State& state) {
+  constexpr double kAllowedShare = 0.03;
+  constexpr int kPasses = 100'000;
+  WorkerRig rig(static_cast<int>(state.range(0)));
+  using Clock = std::chrono::steady_clock;
+  std::chrono::duration<double, std::nano> rounds{0.0};
+  std::int64_t count = 0;
+  for (auto _ : state) {
+    const auto start = Clock::now();
+    rig.NextRound();
+    rounds += Clock::now() - start;
+    ++count;
+  }
+  const auto start = Clock::now();
+  for (int i = 0; i < kPasses; ++i) PassDetectorThatIsOff(rig.adapter->Detector());
+  const std::chrono::duration<double, std::nano> off = Clock::now() - start;
+  const double share = off.count() / kPasses / (rounds.count() / static_cast<double>(count));
+  state.counters["detector_off_ns"] = off.count() / kPasses;
+  state.counters["share"] = share;
+  if (share > kAllowedShare) state.SkipWithError("a detector that is off is not free");
+}
+BENCHMARK(WorkerRoundWithDetectorOff)->Arg(10)->Arg(60)->Unit(benchmark::kMicrosecond);
 
 }  // namespace
 }  // namespace corvane
