@@ -29,6 +29,31 @@ constexpr std::uint32_t kSteeringRuns = 2;
 
 bool IsWeightMode(std::uint32_t mode) { return mode == 1 || mode == 2; }
 
+// Lowers the flag behind the engine's stop, however that ends: a stop that faults has begun with
+// the engine's own note of it.
+class DownBehind {
+ public:
+  explicit DownBehind(std::atomic<bool>& flag) : m_Flag(flag) {}
+  ~DownBehind() { m_Flag = false; }
+  DownBehind(const DownBehind&) = delete;
+  DownBehind& operator=(const DownBehind&) = delete;
+
+ private:
+  std::atomic<bool>& m_Flag;
+};
+
+// Counts a thread among those that wait for the queue.
+class Waiting {
+ public:
+  explicit Waiting(std::atomic<int>& count) : m_Count(count) { ++m_Count; }
+  ~Waiting() { --m_Count; }
+  Waiting(const Waiting&) = delete;
+  Waiting& operator=(const Waiting&) = delete;
+
+ private:
+  std::atomic<int>& m_Count;
+};
+
 std::uint64_t AgeOf(const LBWorkItem& item) { return Os().clock.GetTickCount64() - item.tick; }
 
 }  // namespace
@@ -147,11 +172,12 @@ CSmartPointer<CWinEvent> CLBConfig::WakeEvent() {
   return m_pEvent;
 }
 
-// Waits while the thread is in a call of the engine. A wake that fails throws; the next one wakes
-// the thread for both.
+// Waits while the thread carries out the item in progress. A wake that fails throws; the next one
+// wakes the thread for both.
 void CLBConfig::EnqueueWorkItem(std::uint32_t cmd) {
   LOG_DEBUG(kLBLog, u"CLBConfig::EnqueueWorkItem: cmd=%i, m_WeightMode=%lu", cmd,
             m_WeightMode.load());
+  const Waiting waiting(m_Waiting);
   const CCritSecLock lock(m_QueueLock);
   const auto wake = WakeEvent();
   if (!wake) return;
@@ -208,12 +234,24 @@ void CLBConfig::WorkThreadProc(CWinEvent& wake) {
 
 // One event may stand for several items.
 void CLBConfig::HandleQueue() {
+  while (HandleFirst()) LetCommandsIn();
+}
+
+bool CLBConfig::HandleFirst() {
   const CCritSecLock lock(m_QueueLock);
-  while (!m_Queue.empty() && m_bRun) {
-    const LBWorkItem item = m_Queue.front();
-    m_Queue.pop_front();
-    Handle(item);
-  }
+  if (m_Queue.empty() || !m_bRun) return false;
+  const LBWorkItem item = m_Queue.front();
+  m_Queue.pop_front();
+  Handle(item);
+  return true;
+}
+
+// A lock goes to whoever asks first, mostly the thread that has just let it go; so the thread stays
+// away until those who wait have queued theirs. One that never does holds it up for no longer than
+// this.
+void CLBConfig::LetCommandsIn() {
+  constexpr int kMostMs = 100;
+  for (int i = 0; i < kMostMs && m_Waiting != 0 && m_bRun; ++i) Os().threads.Sleep(1);
 }
 
 void CLBConfig::Handle(const LBWorkItem& item) {
@@ -318,9 +356,8 @@ bool CLBConfig::DoConfigLBEngine(std::uint32_t cmd, std::uint32_t mode) {
 bool CLBConfig::DoStopLBEngine(bool bForce) {
   const CCritSecLock lock(m_SwitchLock);
   if (!bForce && !m_bEngineUp) return true;
-  // Before the call: whatever happens in it, the engine is down behind it.
-  m_bEngineUp = false;
-  const bool stopped = Guarded(kClassName, "DoStopLBEngine", false, [] {
+  const bool stopped = Guarded(kClassName, "DoStopLBEngine", false, [this] {
+    const DownBehind down(m_bEngineUp);
     LB_StopEngine();
     return true;
   });

@@ -71,6 +71,8 @@ class CLBConfig final : public CThread<CLBConfig>, public CRegistryHelperBase {
   void EnqueueWorkItem(std::uint32_t cmd);
   void WorkThreadProc(CWinEvent& wake);
   void HandleQueue();
+  bool HandleFirst();  // false when there is none
+  void LetCommandsIn();
   void Handle(const LBWorkItem& item);
   void HandleInitStart(const LBWorkItem& item, std::uint64_t delta1);
   void HandleStop(const LBWorkItem& item, std::uint64_t delta1);
@@ -90,9 +92,11 @@ class CLBConfig final : public CThread<CLBConfig>, public CRegistryHelperBase {
   std::atomic<std::uint32_t> m_WeightMode{2};
   CCritSec m_EventLock{"engine command event", LockRank::kLeaf};
   CSmartPointer<CWinEvent> m_pEvent;  // null after Stop
-  // Held during the engine's calls of the thread.
+  // Held during the engine's calls of the thread, and free between two items: a command waits for
+  // the item in progress, not for what has piled up behind it.
   CCritSec m_QueueLock{"engine commands", LockRank::kEngineQueue};
   std::list<LBWorkItem> m_Queue;
+  std::atomic<int> m_Waiting{0};  // threads that wait for the queue
   // Held from a start or stop of the engine until m_bEngineUp tells of it: the main thread's calls
   // may run beside the worker's.
   CCritSec m_SwitchLock{"engine switch", LockRank::kEngineSwitch};

@@ -273,6 +273,34 @@ TEST_F(LBConfigTest, AClientWaitsForTheCallInProgressAndNoLonger) {
   EXPECT_EQ(parts.Steered(), "2/1 2/2");
 }
 
+TEST_F(LBConfigTest, AClientDoesNotWaitForWhatHasPiledUp) {
+  ASSERT_TRUE(Open());
+  EXPECT_TRUE(engine.EnableLBEngine(1, true));
+  EXPECT_TRUE(engine.SetLBWeightMode(2));
+  EXPECT_TRUE(engine.SetLBWeightMode(1));
+  Hold(control::kSteer, 5'000);
+  RunThread();
+  const auto waited = Time([&] { EXPECT_TRUE(engine.SetLBWeightMode(2)); });
+  EXPECT_GE(waited, 4900ms);
+  EXPECT_LE(waited, 5s);
+  RunFor(20s);
+  EXPECT_EQ(parts.Steered(), "2/1 2/2 2/1 2/2");
+}
+
+TEST_F(LBConfigTest, TheEngineCountsAsUpUntilItsStopHasEnded) {
+  ASSERT_TRUE(Open());
+  EXPECT_TRUE(engine.EnableLBEngine(1, false));
+  EXPECT_TRUE(engine.Pause());
+  parts.driver.onControl = [this](std::uint32_t called) {
+    if (called == control::kStop) RunThread();
+  };
+  EXPECT_TRUE(engine.DisableLBEngine(false, false));
+  EXPECT_EQ(parts.Steered(), "2/1 1/1") << "a pause beside the stop is not told";
+  EXPECT_TRUE(engine.Pause());
+  RunFor(10ms);
+  EXPECT_TRUE(HasLog("[LBCMD_PAUSE] DoConfigLBEngine(1, 1) ) failed!")) << "it is down now";
+}
+
 TEST_F(LBConfigTest, TheMainThreadsStartWaitsForAStopInTheQueue) {
   OpenAndRunThread();
   EXPECT_TRUE(engine.EnableLBEngine(1, true));
