@@ -206,6 +206,7 @@ class Machine {
 void UnchangedPass(benchmark::State& state) {
   Machine machine;
   auto engine = CLBEngineState::CreateObject();
+  engine->CreateHeap();
   engine->LBBuildTables();
   LBDriverHandshake(*engine, true);
   auto discovery = std::make_unique<CLBDiscovery>(*engine);

@@ -60,16 +60,15 @@ void CLBDiscoveryThread::RunThreadLoop() {
 DWORD CLBDiscoveryThread::Turn() {
   if (!m_pState->IsBuilt()) return kNoDeviceWaitMs;
   const DWORD intervalMs = m_pState->Settings().discoveryIntervalMs;
-  std::uint32_t stateWord = 0, owedWord = 0;
+  std::uint32_t stateWord = 0;
   {
     const CCritSecLock lock(m_pState->m_EngineLock);
     m_Discovery.BeginPass();
     stateWord = m_pState->StateWord();
-    owedWord = m_pState->m_OwedWord;
   }
   if ((stateWord & engine_state::kDeviceHeld) == 0) return kNoDeviceWaitMs;
   DWORD waitMs = intervalMs;
-  if ((stateWord & engine_state::kDriverReady) == 0 && !AwaitDriver(stateWord, owedWord, &waitMs)) {
+  if ((stateWord & engine_state::kDriverReady) == 0 && !AwaitDriver(stateWord, &waitMs)) {
     return waitMs;
   }
   const ComApartment com;
@@ -78,8 +77,7 @@ DWORD CLBDiscoveryThread::Turn() {
 }
 
 // True when the pass may go on; else *waitMs until the next turn.
-bool CLBDiscoveryThread::AwaitDriver(std::uint32_t stateWord, std::uint32_t owedWord,
-                                     DWORD* waitMs) {
+bool CLBDiscoveryThread::AwaitDriver(std::uint32_t stateWord, DWORD* waitMs) {
   *waitMs = kNoDeviceWaitMs;
   if ((stateWord & kMayBeRetried) == 0) return false;
   if (++m_Retries % kTurnsToHandshake != 0) {
@@ -88,7 +86,8 @@ bool CLBDiscoveryThread::AwaitDriver(std::uint32_t stateWord, std::uint32_t owed
   }
   m_pState->ClearState(engine_state::kNotYet);
   if (LBDriverHandshake(*m_pState, false) != ERROR_SUCCESS) return false;
-  if ((owedWord & kStartOwed) != 0) LBSendStart(*m_pState);
+  // Read behind the handshake: the start may have come to be owed while the driver took its time.
+  if ((m_pState->m_OwedWord & kStartOwed) != 0) LBSendStart(*m_pState);
   return true;
 }
 

@@ -19,7 +19,7 @@ class CLBDiscoveryThread : public SmartObjEx<CLBDiscoveryThread, SmartObj<>>,
 
  private:
   platform::DWORD Turn();  // how long to wait before the next one
-  bool AwaitDriver(std::uint32_t stateWord, std::uint32_t owedWord, platform::DWORD* waitMs);
+  bool AwaitDriver(std::uint32_t stateWord, platform::DWORD* waitMs);
 
   CSmartPointer<CLBEngineState> m_pState;
   CLBDiscovery m_Discovery;

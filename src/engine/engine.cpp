@@ -33,7 +33,9 @@ class EngineRun {
   EngineRun& operator=(const EngineRun&) = delete;
 
   CLBEngineState& State() { return *m_pState; }
-  DWORD LBBuildEngineState(LBEngineInfo* info);
+  // Heap, the driver's service, tables, threads, handshake. The service comes before the tables, so
+  // that the driver has the time they take to come up.
+  DWORD Build(LBEngineInfo* info);
 
   // Raises the stop flag and ends the threads; one that is stuck in the driver is given up.
   void EndThreads(std::uint32_t milliseconds) noexcept {
@@ -44,15 +46,22 @@ class EngineRun {
   }
 
  private:
+  DWORD LBBuildEngineState(LBEngineInfo* info);
+
   CSmartPointer<CLBEngineState> m_pState;
   CLBDriverService m_Service;
   CSmartPointer<CLBLinkThread> m_pLink;
   CSmartPointer<CLBDiscoveryThread> m_pDiscovery;
 };
 
+DWORD EngineRun::Build(LBEngineInfo* info) {
+  if (const DWORD error = m_pState->CreateHeap(); error != ERROR_SUCCESS) return error;
+  m_Service.Start();
+  return LBBuildEngineState(info);
+}
+
 DWORD EngineRun::LBBuildEngineState(LBEngineInfo* info) {
   if (const DWORD error = m_pState->LBBuildTables(); error != ERROR_SUCCESS) return error;
-  m_Service.Start();
   if (const DWORD error = m_pState->CreateEvents(); error != ERROR_SUCCESS) return error;
   m_pLink.CreateObject(m_pState);
   m_pDiscovery.CreateObject(m_pState);
@@ -82,7 +91,7 @@ DWORD Engine::Start(LBEngineInfo* info) {
   const CCritSecLock lock(m_Lock);
   if (m_pRun) return ERROR_ALREADY_INITIALIZED;
   auto run = std::make_unique<EngineRun>();
-  const DWORD result = run->LBBuildEngineState(info);
+  const DWORD result = run->Build(info);
   if (result != ERROR_SUCCESS) {
     *info = {};
     return result == ERROR_CANNOT_DETECT_DRIVER_FAILURE ? ERROR_SUCCESS : result;

@@ -29,10 +29,14 @@ CLBEngineState::~CLBEngineState() {
   GiveBack(kClassName, "HeapDestroy", [this] { Os().heap.HeapDestroy(m_hHeap); });
 }
 
-DWORD CLBEngineState::LBBuildTables() {
+DWORD CLBEngineState::CreateHeap() {
   m_hHeap = Guarded(kClassName, "HeapCreate", HANDLE{},
                     [] { return Os().heap.HeapCreate(0, kFirstHeapBytes, 0); });
-  if (!m_hHeap) return ERROR_OUTOFMEMORY;
+  return m_hHeap ? ERROR_SUCCESS : ERROR_OUTOFMEMORY;
+}
+
+DWORD CLBEngineState::LBBuildTables() {
+  if (!m_hHeap) return ERROR_INVALID_HANDLE;
   m_pTable = static_cast<LBEngineTable*>(Allocate(m_hHeap, sizeof(LBEngineTable)));
   if (!m_pTable) return ERROR_OUTOFMEMORY;
   InitTable(m_pTable);

@@ -23,8 +23,10 @@ class CLBEngineState : public SmartObjEx<CLBEngineState, SmartObj<>> {
   ~CLBEngineState() override;
   const char* GetClassName() const override { return "CLBEngineState"; }
 
-  // Both tables in a heap of their own. 0 or ERROR_OUTOFMEMORY; what was made until then goes with
-  // the object.
+  // A heap of the engine's own. 0 or ERROR_OUTOFMEMORY.
+  platform::DWORD CreateHeap();
+  // Both tables in that heap. 0, ERROR_INVALID_HANDLE without a heap, or ERROR_OUTOFMEMORY; what
+  // was made until then goes with the object.
   platform::DWORD LBBuildTables();
   // ERROR_NOT_READY when one cannot be made.
   platform::DWORD CreateEvents();

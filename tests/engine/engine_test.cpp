@@ -5,6 +5,7 @@
 #include <chrono>
 #include <thread>
 
+#include "engine/discovery_thread.h"
 #include "engine/driver_link.h"
 #include "engine/engine_bits.h"
 #include "engine/engine_snapshot.h"
@@ -88,10 +89,16 @@ TEST_F(EngineTest, HandsItsTablesOverAndStarts) {
   EXPECT_EQ(Driver().Count(control::kStop), 1);
 }
 
+// Before the tables are made: the driver has the time they take to come up.
 TEST_F(EngineTest, StartsTheServiceOfTheDriverWhereItIsDown) {
   machine->services.state = SERVICE_STOPPED;
-  EXPECT_EQ(LB_InitializeEngine(&info), 0u);
+  machine->heap.failingAlloc = 0;
+  EXPECT_EQ(LB_InitializeEngine(&info), ERROR_OUTOFMEMORY);
   EXPECT_EQ(machine->services.starts, 1);
+  EXPECT_EQ(machine->services.open, 0);
+  machine->heap.createFails = true;
+  EXPECT_EQ(LB_InitializeEngine(&info), ERROR_OUTOFMEMORY);
+  EXPECT_EQ(machine->services.starts, 1) << "without a heap nothing is begun";
 }
 
 TEST_F(EngineTest, LeavesNothingRunningWithoutItsDriver) {
@@ -144,6 +151,28 @@ TEST_F(EngineTest, OwesTheStartToADriverThatIsNotReadyYet) {
   ASSERT_TRUE(LB_SnapshotEngine(&snapshot));
   EXPECT_EQ(snapshot.stateWord, engine_state::kDeviceHeld | engine_state::kDriverReady);
   EXPECT_EQ(snapshot.owedWord, 0u);
+}
+
+// The thread of the start is held up behind the handshake for so long that the discovery thread
+// makes the next one meanwhile, and comes to owe the start while the driver is answering that.
+TEST_F(EngineTest, SendsAStartThatCameToBeOwedDuringTheHandshake) {
+  const auto state = CLBEngineState::CreateObject();
+  ASSERT_EQ(state->LBBuildTables(), ERROR_INVALID_HANDLE);
+  ASSERT_EQ(state->CreateHeap(), 0u);
+  ASSERT_EQ(state->LBBuildTables(), 0u);
+  ASSERT_EQ(state->CreateEvents(), 0u);
+  state->SetState(engine_state::kDeviceHeld | engine_state::kNotYet);
+  state->SetBuilt();
+  Driver().onControl = [&](std::uint32_t code) {
+    if (code == control::kHandshake) LBSendStart(*state);
+  };
+  const auto discovery = CLBDiscoveryThread::CreateObject(state);
+  ASSERT_EQ(discovery->BeginThread(), 0);
+  EXPECT_TRUE(Await([&] { return Driver().Count(control::kStart) == 1; }));
+  EXPECT_EQ(state->m_OwedWord, 0u);
+  state->RaiseStop();
+  state->WakeThreads();
+  discovery->Stop(100'000);
 }
 
 TEST_F(EngineTest, RemembersAHandshakeThatDidNotGetThrough) {

@@ -35,6 +35,7 @@ class EnginePassTest : public test::PlatformTest {
 
   void Build() {
     state = CLBEngineState::CreateObject();
+    ASSERT_EQ(state->CreateHeap(), 0u);
     ASSERT_EQ(state->LBBuildTables(), 0u);
     ASSERT_EQ(state->CreateEvents(), 0u);
     state->ReadSettings();
