@@ -175,6 +175,27 @@ TEST_F(EngineTest, SendsAStartThatCameToBeOwedDuringTheHandshake) {
   discovery->Stop(100'000);
 }
 
+// A fault of an event costs a wake-up or a turn, never a thread.
+TEST_F(EngineTest, LivesThroughFaultsOfItsEvents) {
+  struct Row {
+    const char* operation;
+    DWORD code;
+  };
+  for (const Row& row : {Row{"SetEvent", test::FailureSwitch::kFault}, Row{"SetEvent", 6},
+                         Row{"ResetEvent", test::FailureSwitch::kFault}, Row{"ResetEvent", 6}}) {
+    os.failures.Fail(row.operation, row.code);
+    EXPECT_EQ(LB_InitializeEngine(&info), 0u) << row.operation;
+    const int before = machine->ipHelper.lists;
+    EXPECT_TRUE(Await([] { return StateWord() == 24; })) << row.operation;
+    EXPECT_TRUE(Await([&] { return machine->ipHelper.lists > before + 2; })) << row.operation;
+    LB_StopEngine();
+    EXPECT_FALSE(Runs());
+    os.failures.Pass(row.operation);
+    EXPECT_TRUE(Await([&] { return machine->Open() == 0 && os.threads.OpenHandles() == 0; }))
+        << row.operation;
+  }
+}
+
 TEST_F(EngineTest, RemembersAHandshakeThatDidNotGetThrough) {
   Driver().failCode = control::kHandshake;
   EXPECT_EQ(LB_InitializeEngine(&info), 0u);

@@ -136,6 +136,7 @@ BOOL BasicThreads::SetEvent(HANDLE event) {
 }
 
 BOOL BasicThreads::ResetEvent(HANDLE event) {
+  if (Fails("ResetEvent")) return FALSE;
   const std::lock_guard guard(m_Mutex);
   const ObjectPtr object = Find(event);
   if (!object) return FALSE;
