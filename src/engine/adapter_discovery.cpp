@@ -3,6 +3,7 @@
 #include <new>
 
 #include "engine/driver_link.h"
+#include "engine/engine_trace.h"
 #include "engine/pass_end.h"
 #include "engine/shared_word.h"
 #include "foundation/guarded.h"
@@ -101,14 +102,35 @@ std::uint32_t CLBDiscovery::LBBindAdapter(const IP_ADAPTER_ADDRESSES& record,
   }
   entry->slot = choice.slot;
   m_Pass.seen[choice.slot] = 1;
+  if (choice.isNew) {
+    LB_TRACE(m_Pass.state, u"slot %u: taken by %s", choice.slot, record.Description);
+  }
   return LBUpdateSlot(m_Pass, entry, choice.isNew ? LBSlotMode::kNew : LBSlotMode::kKnown);
 }
 
 void CLBDiscovery::LBReportChanges(std::span<const LBAdapterEntry> entries, std::uint32_t allBits) {
   for (const auto& notification : ChangeReport(entries, allBits, !m_bReported)) {
     m_bReported = true;
-    LBSendNotification(notification);
+    Send(notification);
   }
+}
+
+void CLBDiscovery::Send(const LBDeviceNotification& notification) {
+  const DWORD error = LBSendNotification(notification);
+  LB_TRACE(m_Pass.state, u"notification: DevId=%d, kind=%lu, value=0x%x, err=%lu",
+           static_cast<std::int32_t>(notification.device), notification.kind, notification.value,
+           error);
+}
+
+void CLBDiscovery::PublishCounts(const LBSlotCounts& counts, LBTableHeader* header) {
+  if (header->steerable != counts.steerable || header->ownAdapters != counts.ownAdapters ||
+      header->steerableNow != counts.steerableNow) {
+    LB_TRACE(m_Pass.state, u"adapters: %u steerable, %u of the maker's, %u steerable now",
+             counts.steerable, counts.ownAdapters, counts.steerableNow);
+  }
+  Publish(header->steerable, counts.steerable);
+  Publish(header->ownAdapters, counts.ownAdapters);
+  Publish(header->steerableNow, counts.steerableNow);
 }
 
 void CLBDiscovery::EndPass() {
@@ -122,8 +144,9 @@ void CLBDiscovery::EndPass() {
       if (slot.index == kNoIndex) continue;
       if (m_Pass.seen[i] == 1) {
         CountSlot(slot, &counts);
-      } else if (RetireSlot(&slot)) {
-        told.Add(kAllDevices, notify_kind::kAll, 0);
+      } else {
+        LB_TRACE(m_Pass.state, u"slot %u: retired", slot.index);
+        if (RetireSlot(&slot)) told.Add(kAllDevices, notify_kind::kAll, 0);
       }
     }
     const bool tunnel = counts.liveTunnels > 0;
@@ -132,13 +155,11 @@ void CLBDiscovery::EndPass() {
     if (tunnel != hadTunnel) {
       told.Add(kAllDevices, notify_kind::kTunnel, tunnel ? kTunnelUp : kTunnelGone);
     }
-    Publish(table->Header().steerable, counts.steerable);
-    Publish(table->Header().ownAdapters, counts.ownAdapters);
-    Publish(table->Header().steerableNow, counts.steerableNow);
+    PublishCounts(counts, &table->Header());
     const CCritSecLock gateways(m_Pass.state.m_GatewayLock);
     SettleGateways(m_Pass.uses, table);
   }
-  for (const auto& notification : told) LBSendNotification(notification);
+  for (const auto& notification : told) Send(notification);
 }
 
 }  // namespace corvane

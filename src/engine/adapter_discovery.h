@@ -3,6 +3,7 @@
 #include <span>
 
 #include "engine/change_report.h"
+#include "engine/pass_end.h"
 #include "engine/slot_update.h"
 
 namespace corvane {
@@ -29,6 +30,8 @@ class CLBDiscovery {
   void Enter(const platform::IP_ADAPTER_ADDRESSES& record, LBAdapterEntry* entry);
   std::uint32_t LBBindAdapter(const platform::IP_ADAPTER_ADDRESSES& record, LBAdapterEntry* entry);
   void LBReportChanges(std::span<const LBAdapterEntry> entries, std::uint32_t allBits);
+  void PublishCounts(const LBSlotCounts& counts, LBTableHeader* header);  // under the engine lock
+  void Send(const LBDeviceNotification& notification);
 
   LBPass m_Pass;
   bool m_bRunning = false;   // under the pass lock

@@ -3,6 +3,7 @@
 #include "engine/driver_device.h"
 #include "engine/engine_bits.h"
 #include "engine/engine_state.h"
+#include "engine/engine_trace.h"
 #include "foundation/log_lines.h"
 #include "platform/driver_api.h"
 
@@ -27,6 +28,7 @@ DWORD LBDriverHandshake(CLBEngineState& state, bool first) {
   if (first) state.ReadSettings();
   CLBDriverDevice device;
   if (!device.Open()) {
+    LB_TRACE(state, u"handshake: no device");
     const CCritSecLock lock(state.m_EngineLock);
     state.ClearState(engine_state::kHandshake);
     state.SetState(engine_state::kNoDevice);
@@ -45,6 +47,8 @@ DWORD LBDriverHandshake(CLBEngineState& state, bool first) {
   const LBHandshakeOutcome outcome =
       error == ERROR_SUCCESS ? OutcomeOf(record.answer)
                              : LBHandshakeOutcome{engine_state::kControlFailed, ERROR_SUCCESS};
+  LB_TRACE(state, u"handshake: err=%lu, answer=%lu, result=%lu", error, record.answer,
+           outcome.result);
   const CCritSecLock lock(state.m_EngineLock);
   state.SetState(outcome.setBits);
   state.ClearState(engine_state::kHandshake);
@@ -56,12 +60,15 @@ DWORD LBSendStart(CLBEngineState& state) {
     const CCritSecLock lock(state.m_EngineLock);
     if ((state.StateWord() & engine_state::kDriverReady) == 0) {
       state.m_OwedWord.fetch_or(kStartOwed);
+      LB_TRACE(state, u"start: owed");
       return ERROR_SUCCESS;
     }
     state.m_OwedWord.fetch_and(~kStartOwed);
   }
   CLBDriverDevice device;
-  return device.Open() ? device.Control(control::kStart) : ERROR_SUCCESS;
+  const DWORD error = device.Open() ? device.Control(control::kStart) : ERROR_SUCCESS;
+  LB_TRACE(state, u"start: err=%lu", error);
+  return error;
 }
 
 DWORD LBSendNotification(const LBDeviceNotification& notification) {

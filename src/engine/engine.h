@@ -2,6 +2,10 @@
 // The load-balance engine: a picture of the machine's adapters and gateways that its driver steers
 // by. These are its only doors. They may be called by any thread; a start or a stop waits for the
 // one that another thread has begun.
+//
+// With the setting SvcLib_TraceEnabled the log of whoever links the engine tells of the device
+// being opened or missed, of each handshake's answer, of the start sent or owed, of slots taken and
+// retired, of the counts when they change, and of each notification with the driver's code.
 
 #include <cstddef>
 #include <cstdint>

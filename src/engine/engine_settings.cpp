@@ -32,6 +32,7 @@ LBSettings ReadLBSettings() {
   settings.supportOemDevice = key.Number(u"SupportOemDevice").value_or(settings.supportOemDevice);
   settings.discoveryIntervalMs =
       key.Number(u"DeviceDiscoveryTO").value_or(settings.discoveryIntervalMs);
+  settings.traceEnabled = key.Number(u"SvcLib_TraceEnabled").value_or(settings.traceEnabled);
   return settings;
 }
 

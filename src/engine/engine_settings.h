@@ -8,9 +8,11 @@ struct LBSettings {
   std::uint32_t enableOpenVpn = 0;           // 1: so are TAP adapters
   std::uint32_t supportOemDevice = 3;        // bit 0: the last gateway slot is a catch-all
   std::uint32_t discoveryIntervalMs = 2000;  // between two passes
+  std::uint32_t traceEnabled = 0;            // not 0: the engine's steps are in the log
 
   bool Has11ad() const { return enable11ad == 1; }
   bool HasOpenVpn() const { return enableOpenVpn == 1; }
+  bool HasTrace() const { return traceEnabled != 0; }
   bool HasCatchAll() const { return (supportOemDevice & 1) != 0; }
 };
 

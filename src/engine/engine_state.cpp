@@ -59,6 +59,7 @@ void CLBEngineState::ReadSettings() {
   const LBSettings settings = ReadLBSettings();
   const CCritSecLock lock(m_EngineLock);
   m_Settings = settings;
+  m_bTrace = settings.HasTrace();
   if (m_Settings.HasCatchAll()) TakeCatchAll(&m_pTable->gateways[kCatchAllSlot]);
 }
 

@@ -34,6 +34,7 @@ class CLBEngineState : public SmartObjEx<CLBEngineState, SmartObj<>> {
   // From the registry; takes or frees the catch-all gateway slot by them. Before the driver knows
   // the table.
   void ReadSettings();
+  bool IsTracing() const { return m_bTrace; }
 
   // Raises the stop flag, and wakes the threads that sleep.
   void RaiseStop() { m_bStop = true; }
@@ -75,6 +76,7 @@ class CLBEngineState : public SmartObjEx<CLBEngineState, SmartObj<>> {
   std::atomic<std::uint32_t> m_StateWord{0};
   std::atomic<bool> m_bStop{false};
   std::atomic<bool> m_bBuilt{false};
+  std::atomic<bool> m_bTrace{false};  // of the settings, for threads that run while they are read
 };
 
 }  // namespace corvane

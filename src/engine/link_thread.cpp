@@ -2,6 +2,7 @@
 
 #include "engine/driver_records.h"
 #include "engine/engine_bits.h"
+#include "engine/engine_trace.h"
 #include "foundation/guarded.h"
 #include "platform/platform.h"
 
@@ -45,15 +46,16 @@ void CLBLinkThread::RunThreadLoop() {
 DWORD CLBLinkThread::Turn(CLBDriverDevice* device) {
   if (device->IsOpen()) return INFINITE;
   if (!device->Open()) {
+    LB_TRACE(*m_pState, u"link: no device");
     m_pState->ClearState(engine_state::kDeviceHeld);
     m_pState->SetState(engine_state::kNoDevice);
     return kRetryMs;
   }
   m_pState->SetState(engine_state::kDeviceHeld);
   constexpr std::uint8_t kNothing[8] = {};
-  if (device->Control(control::kOpened, kNothing, sizeof(kNothing)) == ERROR_SUCCESS) {
-    return INFINITE;
-  }
+  const DWORD error = device->Control(control::kOpened, kNothing, sizeof(kNothing));
+  LB_TRACE(*m_pState, u"link: opened, err=%lu", error);
+  if (error == ERROR_SUCCESS) return INFINITE;
   device->Close();
   m_pState->ClearState(engine_state::kDeviceHeld);
   m_pState->SetState(engine_state::kControlFailed);

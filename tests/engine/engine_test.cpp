@@ -196,6 +196,30 @@ TEST_F(EngineTest, LivesThroughFaultsOfItsEvents) {
   }
 }
 
+// Every step is told once, and nothing while nothing changes; without the setting nothing at all.
+TEST_F(EngineTest, TellsWhatItDoesWhereTheSettingAsksForIt) {
+  for (const std::uint32_t trace : {0u, 1u}) {
+    machine->registry.Set(kEngineSettings, u"SvcLib_TraceEnabled", trace);
+    Driver().answer = 5;
+    EXPECT_EQ(LB_InitializeEngine(&info), 0u);
+    Driver().answer = 1;
+    const int before = machine->ipHelper.lists;
+    ASSERT_TRUE(Await([&] { return machine->ipHelper.lists > before + 10; }));
+    LB_StopEngine();
+    const std::string told = os.console.Output();
+    for (const char* line :
+         {"LBEngine: handshake: err=0, answer=5, result=0", "LBEngine: start: owed",
+          "LBEngine: link: opened, err=0", "LBEngine: handshake: err=0, answer=1, result=0",
+          "LBEngine: start: err=0", "LBEngine: slot 0: taken by Realtek PCIe GbE",
+          "LBEngine: adapters: 1 steerable, 0 of the maker's, 1 steerable now",
+          "LBEngine: notification: DevId=-1, kind=1, value=0x0, err=0"}) {
+      const std::size_t at = told.find(line);
+      EXPECT_EQ(at != std::string::npos, trace != 0) << line << "\n" << told;
+      EXPECT_EQ(at == std::string::npos ? at : told.find(line, at + 1), std::string::npos) << line;
+    }
+  }
+}
+
 TEST_F(EngineTest, RemembersAHandshakeThatDidNotGetThrough) {
   Driver().failCode = control::kHandshake;
   EXPECT_EQ(LB_InitializeEngine(&info), 0u);
