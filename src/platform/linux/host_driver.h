@@ -9,8 +9,8 @@ class ConsoleApi;
 
 namespace corvane::platform::linux_host {
 
-// The devices as the host has them. The first time that one is not there, a line of the error
-// output says so: Linux itself has no load-balance driver.
+// The devices as the host has them where the world has no driver. The first time that one is not
+// there, a line of the error output says so: Linux itself has no load-balance driver.
 class HostDriver final : public DriverApi {
  public:
   HostDriver(DriverApi& devices, ConsoleApi& console) : m_Devices(devices), m_Console(console) {}

@@ -21,11 +21,13 @@
 #include "platform/linux/host_threads.h"
 #include "platform/linux/sqlite_registry.h"
 #include "platform/sim/devices/sim_devices.h"
+#include "platform/sim/devices/sim_driver.h"
 #include "platform/sim/devices/sim_icmp.h"
 #include "platform/sim/devices/sim_sockets.h"
 #include "platform/sim/devices/sim_windows.h"
 #include "platform/sim/kernel/sim_event_trace.h"
 #include "platform/sim/kernel/sim_session.h"
+#include "platform/sim/world/world.h"
 #include "platform/utf.h"
 
 namespace corvane::platform::linux_host {
@@ -75,11 +77,12 @@ struct LinuxHost::Impl {
             .registry = registry,
             .session = session,
             .wlan = devices.Wlan(),
-            .driver = driver,
-            .heap = heap,
+            .driver = world.driver ? devices.Driver() : static_cast<DriverApi&>(driver),
+            .heap = world.driver ? devices.Heap() : heap,
             .http = http,
             .icmp = devices.Icmp(),
             .pipes = pipes,
+            .services = world.driver ? devices.Services() : absent::Services(),
             .sockets = devices.Sockets(),
             .windows = devices.Windows(),
         } {
@@ -121,6 +124,7 @@ struct LinuxHost::Impl {
   sim::SimSession session;
   HostHttp http;
   HostPipes pipes;
+  // Of a world without a driver; the one of a world reads the tables in a heap of its own.
   HostDriver driver{absent::Driver(), console};
   HostHeap heap;
   sim::DeviceHost deviceHost{threads, clock, registry, gate, &PressKey, this, &session};
