@@ -52,15 +52,17 @@ inline constexpr char kExplainHelp[] =
     "    --adapter N     that adapter only, counted from 0 (default: all)\n"
     "    --json          one JSON object for each round\n";
 inline constexpr char kEngineHelp[] =
-    "corvane-lab engine WORLD --at TIME [--seed N] [--json] [--dump FILE] [--faults P] [--seeds "
-    "A-B]\n"
+    "corvane-lab engine WORLD --at TIME [--seed N] [--json] [--dump FILE] [--interleave] "
+    "[--faults P]\n"
+    "        [--seeds A-B]\n"
     "    Runs the load-balance engine alone over a world, and shows at that time its adapters, "
     "gateways,\n"
     "    counts and words, and what its driver has heard until then.\n"
     "    --json          as one JSON object\n"
     "    --dump FILE     writes the first table to FILE, byte for byte as the driver sees it\n"
-    "    --faults P      P percent of the platform's calls fail, by the seed; threads change hands "
-    "by it, too\n"
+    "    --interleave    by the seed, threads may change hands at any call of the platform\n"
+    "    --faults P      P percent of the platform's calls fail, by the seed (implies "
+    "--interleave)\n"
     "    --seeds A-B     runs each of these seeds and reports only those that go wrong\n";
 inline constexpr char kElementsHelp[] =
     "corvane-lab elements FILE.jsonl\n"

@@ -38,7 +38,8 @@ int RunEngineSeeds(const World& world, PcOptions options, std::uint64_t ms, std:
 }  // namespace
 
 int EngineCommand(const std::vector<std::string>& words) {
-  const Arguments arguments(words, {"--at", "--seed", "--dump", "--faults", "--seeds"}, {"--json"});
+  const Arguments arguments(words, {"--at", "--seed", "--dump", "--faults", "--seeds"},
+                            {"--json", "--interleave"});
   const auto at = arguments.Value("--at");
   if (!at) throw UsageError("--at TIME says when to look");
   const std::uint64_t ms = ParseDuration(*at);
@@ -47,8 +48,11 @@ int EngineCommand(const std::vector<std::string>& words) {
   PcOptions options;
   options.seed = arguments.Number("--seed", 1);
   options.faultRate = static_cast<double>(arguments.Number("--faults", 0)) / 100.0;
-  options.interleave = options.faultRate > 0.0 || arguments.Has("--seeds");
+  options.interleave = options.faultRate > 0.0 || arguments.Has("--interleave");
   if (const auto seeds = arguments.Value("--seeds")) {
+    if (arguments.Has("--json") || arguments.Value("--dump")) {
+      throw UsageError("--json and --dump go with one seed");
+    }
     std::uint64_t first = 0, last = 0;
     ParseSeeds(*seeds, &first, &last);
     return RunEngineSeeds(world, options, ms, first, last);

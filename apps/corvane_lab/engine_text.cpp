@@ -1,6 +1,8 @@
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
+#include <vector>
+
 #include "corvane_lab/engine_run.h"
 #include "engine/driver_records.h"
 #include "engine/engine_bits.h"
@@ -50,13 +52,21 @@ std::string SlotText(std::size_t i, const LBAdapterSlot& slot) {
       slot.status);
 }
 
-std::string Sharers(const LBEngineTable& table, std::size_t gateway) {
-  std::string text;
+// Slots of the adapters behind a gateway.
+std::vector<std::uint8_t> Sharers(const LBEngineTable& table, std::size_t gateway) {
+  std::vector<std::uint8_t> slots;
   for (const LBAdapterSlot& slot : table.slots) {
-    if (slot.index != kNoIndex && slot.gateway == gateway)
-      text += FormatA(" %u", std::uint32_t{slot.index});
+    if (slot.index != kNoIndex && slot.gateway == gateway) slots.push_back(slot.index);
   }
-  return text;
+  return slots;
+}
+
+std::string GatewayText(const LBEngineTable& table, std::size_t gateway) {
+  const LBGatewaySlot& slot = table.gateways[gateway];
+  std::string text = FormatA("gateway %u  %s  %u behind it:", static_cast<unsigned>(gateway),
+                             Ip4(slot.ip4[0]), std::uint32_t{slot.adapters});
+  for (const std::uint8_t one : Sharers(table, gateway)) text += FormatA(" %u", std::uint32_t{one});
+  return text + "\n";
 }
 
 class Json {
@@ -97,7 +107,12 @@ void PutTable(const LBEngineTable& table, Json* json) {
     json->Text("state", Narrow(SlotStateWords(slot.state)));
     json->Text("class", Narrow(ClassFlagWords(slot.classFlags)));
     json->Text("ip4", Ip4(slot.ip4));
-    json->Text("gateway", Place(slot.gateway));
+    json->Name("gateway");
+    if (slot.gateway == kNoIndex) {
+      json->Writer().Null();
+    } else {
+      json->Writer().Uint(slot.gateway);
+    }
     json->Text("network", Narrow(NetworkFlagWords(slot.networkFlags)));
     json->Number("status", slot.status);
     json->Writer().EndObject();
@@ -110,7 +125,10 @@ void PutTable(const LBEngineTable& table, Json* json) {
     json->Writer().StartObject();
     json->Number("gateway", i);
     json->Number("adapters", table.gateways[i].adapters);
-    json->Text("slots", Sharers(table, i));
+    json->Name("slots");
+    json->Writer().StartArray();
+    for (const std::uint8_t slot : Sharers(table, i)) json->Writer().Uint(slot);
+    json->Writer().EndArray();
     json->Writer().EndObject();
   }
   json->Writer().EndArray();
@@ -134,10 +152,7 @@ std::string EngineText(const EngineView& view) {
       if (table.slots[i].index != kNoIndex) text += SlotText(i, table.slots[i]);
     }
     for (std::size_t i = 0; i < kGatewaySlots; ++i) {
-      const LBGatewaySlot& gateway = table.gateways[i];
-      if (gateway.state != kGatewayInUse) continue;
-      text += FormatA("gateway %u  %s  %u behind it:%s\n", static_cast<unsigned>(i),
-                      Ip4(gateway.ip4[0]), std::uint32_t{gateway.adapters}, Sharers(table, i));
+      if (table.gateways[i].state == kGatewayInUse) text += GatewayText(table, i);
     }
   }
   text +=

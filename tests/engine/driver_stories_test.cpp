@@ -226,41 +226,6 @@ TEST_F(DriverStory, FindsWhatIsTorn) {
   EXPECT_TRUE(torn(cable, [](S*, T* t) { --t->Header().steerableNow; }));
 }
 
-// The table as the driver sees it, without the structures.
-TEST_F(DriverStory, TheDumpReadsByOffsetsAlone) {
-  EXPECT_EQ(Start(Desk()), 0u);
-  RunTo(38s);
-  Look();
-  std::vector<std::uint8_t> dump(112'704);
-  std::memcpy(dump.data(), seen.table.get(), dump.size());
-  const auto word = [&](std::size_t at) {
-    std::uint32_t value = 0;
-    for (std::size_t i = 4; i-- > 0;) value = value << 8 | dump[at + i];
-    return value;
-  };
-  EXPECT_EQ(word(0), 0x0A050203u);
-  EXPECT_EQ(word(4), 2u);
-  EXPECT_EQ(word(8), 2u);
-  const std::size_t slot = 832 * Find(u"Vantor Gale G2");
-  EXPECT_EQ(dump[slot + 28], slot / 832);
-  EXPECT_EQ(dump[slot + 29], 1);
-  EXPECT_EQ(word(slot + 36), 0x21u);
-  EXPECT_EQ(word(slot + 76), 0xC021u);
-  EXPECT_EQ(word(slot + 112), 1000u);
-  EXPECT_EQ(dump[slot + 120], 'V');
-  EXPECT_EQ(word(slot + 396), 0x0A01A8C0u);
-  EXPECT_EQ(word(slot + 400), 0x00FFFFFFu);
-  EXPECT_EQ(dump[slot + 756], 0xFE);
-  EXPECT_EQ(word(slot + 792), 1u);
-  const std::size_t gateway = 13'328 + std::size_t{92} * dump[slot + 30];
-  EXPECT_EQ(word(gateway), 2u | 2u << 16);
-  EXPECT_EQ(word(gateway + 12), 0x0101A8C0u);
-  EXPECT_EQ(word(gateway + 52), 187'500'000u);
-  EXPECT_EQ(word(gateway + 84), 1u);
-  EXPECT_EQ(dump[14'064 + 38], 0xFF);
-  EXPECT_EQ(dump[14'064 + 42], 4);
-}
-
 // Records that the engine never makes.
 class StrictDriver : public PcTest {
  protected:
