@@ -57,6 +57,22 @@ struct Trouble {
   }
 };
 
+// What the driver of the load-balance engine did in all runs.
+struct DriverSummary {
+  bool installed = false;
+  std::uint64_t heard = 0, walks = 0;
+  void Add(const platform::sim::SimDriver::Report& told) {
+    installed = installed || told.installed;
+    heard += told.heard.size();
+    walks += told.walks;
+  }
+  std::string Text() const {
+    if (!installed) return {};
+    return FormatA("; the driver heard %llu notifications and looked at the tables %llu times",
+                   heard, walks);
+  }
+};
+
 // What of the clients' side is not given back after the stop; empty when all is.
 std::string LeftOver(platform::sim::SimKernel& kernel) {
   const auto pipes = kernel.Pipes().OpenHandles(), records = kernel.Pipes().OpenRecords(),
@@ -66,7 +82,8 @@ std::string LeftOver(platform::sim::SimKernel& kernel) {
 }
 
 // One run; empty when all is well, else what went wrong.
-std::string RunOnce(const RunPlan& plan, Output* output, RunSummary* summary) {
+std::string RunOnce(const RunPlan& plan, Output* output, RunSummary* summary,
+                    DriverSummary* driver = nullptr) {
   RunReport report(&Output::Print, output, output->json.has_value());
   PcOptions watched = plan.options;
   watched.observer = &report;
@@ -96,8 +113,10 @@ std::string RunOnce(const RunPlan& plan, Output* output, RunSummary* summary) {
     if (!service.Stop()) Trouble::Note("the service did not end within three minutes", &trouble);
     const std::string left = LeftOver(pc.Kernel());
     if (!left.empty()) Trouble::Note(left, &trouble);
-    for (const std::string& finding : pc.Devices().Driver().Tell().findings)
+    const auto told = pc.Devices().Driver().Tell();
+    for (const std::string& finding : told.findings)
       Trouble::Note("the driver: " + finding, &trouble);
+    if (driver) driver->Add(told);
     report.PrintSummary();
     report.Detach();
   }
@@ -115,11 +134,12 @@ std::string RunOnce(const RunPlan& plan, Output* output, RunSummary* summary) {
 int RunSeeds(RunPlan plan, std::uint64_t first, std::uint64_t last) {
   std::uint64_t bad = 0, rounds = 0, moves = 0, messages = 0;
   Output output;
+  DriverSummary driver;
   output.quiet = true;
   for (std::uint64_t seed = first; seed <= last; ++seed) {
     plan.options.seed = seed;
     RunSummary summary;
-    const std::string trouble = RunOnce(plan, &output, &summary);
+    const std::string trouble = RunOnce(plan, &output, &summary, &driver);
     rounds += summary.rounds;
     moves += summary.moves;
     messages += summary.clientMessages;
@@ -139,10 +159,10 @@ int RunSeeds(RunPlan plan, std::uint64_t first, std::uint64_t last) {
   }
   const std::string served =
       messages == 0 ? std::string() : FormatA(", %llu messages read by clients", messages);
-  std::printf("%llu seeds, %llu bad; %llu rounds, %llu moves by the service's own decision%s\n",
+  std::printf("%llu seeds, %llu bad; %llu rounds, %llu moves by the service's own decision%s%s\n",
               static_cast<unsigned long long>(last - first + 1),
               static_cast<unsigned long long>(bad), static_cast<unsigned long long>(rounds),
-              static_cast<unsigned long long>(moves), served.c_str());
+              static_cast<unsigned long long>(moves), served.c_str(), driver.Text().c_str());
   return bad == 0 ? 0 : 1;
 }
 
