@@ -1,7 +1,6 @@
 #include "engine/engine.h"
 
 #include <atomic>
-#include <cstring>
 #include <utility>
 
 #include "engine/discovery_thread.h"
@@ -10,6 +9,7 @@
 #include "engine/driver_service.h"
 #include "engine/engine_snapshot.h"
 #include "engine/link_thread.h"
+#include "engine/shared_word.h"
 #include "foundation/guarded.h"
 #include "foundation/singleton.h"
 #include "platform/driver_api.h"
@@ -130,7 +130,7 @@ bool Engine::Snapshot(LBEngineSnapshot* snapshot) {
   snapshot->stateWord = state.StateWord();
   snapshot->owedWord = state.m_OwedWord;
   snapshot->tunnelWord = state.m_TunnelWord;
-  std::memcpy(snapshot->table.get(), state.Table(), sizeof(LBEngineTable));
+  CopyShared(state.Table(), snapshot->table.get(), sizeof(LBEngineTable));
   return true;
 }
 

@@ -38,4 +38,14 @@ inline std::uint32_t ReadShared(std::uint32_t& word) {
   return std::atomic_ref<std::uint32_t>(word).load();
 }
 
+// A copy of words that the driver may write meanwhile, its own status words among them.
+inline void CopyShared(void* from, void* to, std::size_t bytes) {
+  auto* const words = static_cast<std::uint32_t*>(from);
+  auto* const copy = static_cast<std::uint8_t*>(to);
+  for (std::size_t i = 0; i < bytes / sizeof(std::uint32_t); ++i) {
+    const std::uint32_t word = ReadShared(words[i]);
+    std::memcpy(copy + i * sizeof(word), &word, sizeof(word));
+  }
+}
+
 }  // namespace corvane

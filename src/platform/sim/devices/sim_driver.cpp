@@ -195,6 +195,7 @@ DWORD SimDriver::Serve(const Call& call) {
       return WantsSizes(call, 40, 40) ? Handshake(call) : ERROR_INVALID_PARAMETER;
     case kStop:
       if (!WantsSizes(call, 0, 0)) return ERROR_INVALID_PARAMETER;
+      ++m_Report.stops;
       Forget();
       return ERROR_SUCCESS;
     case kOpened:

@@ -67,6 +67,7 @@ class SimDriver final : public DriverApi {
     DWORD command = 0;  // of the last that was given: 1 pauses, 2 runs; 0: none
     DWORD mode = 0;
     std::uint64_t handshakes = 0;  // asked for, whatever the answer
+    std::uint64_t stops = 0;
     std::uint64_t walks = 0;
     std::vector<Heard> heard;
     std::vector<int> steered;  // slots that it steers over now
