@@ -148,36 +148,6 @@ TEST_F(DriverStory, TheSeventeenthAdapterIsNotInThePicture) {
   EXPECT_EQ(seen.table->slots[15].ip4 >> 24, 115u);
 }
 
-TEST_F(DriverStory, WaitsForADriverThatIsNotReady) {
-  World world = Desk();
-  world.driver->answer = DriverAnswer::kNotYet;
-  EXPECT_EQ(Start(world), 0u);
-  RunTo(30s);
-  Look();
-  EXPECT_EQ(seen.owedWord, kStartOwed);
-  EXPECT_FALSE(Told().started);
-  Pc().Devices().Do(R"({"do": "driver", "answer": "ready"})");
-  RunTo(50s);
-  Look();
-  EXPECT_EQ(seen.owedWord, 0u);
-  EXPECT_TRUE(Told().started);
-  EXPECT_EQ(seen.table->Header().steerable, 1u);
-}
-
-TEST_F(DriverStory, LeavesNothingBehindWithoutADriverOrWithAnother) {
-  World world = Desk();
-  world.driver->answer = DriverAnswer::kOtherRevision;
-  EXPECT_EQ(Start(world), ERROR_REVISION_MISMATCH);
-  EXPECT_FALSE(LB_SnapshotEngine(&seen));
-  Pc().Devices().Do(R"({"do": "driver", "present": false})");
-  EXPECT_EQ(LB_InitializeEngine(&info), 0u);
-  EXPECT_FALSE(LB_SnapshotEngine(&seen));
-  EXPECT_EQ(LoadBalanceConfig(2, 1), ERROR_DEVICE_UNREACHABLE);
-  Pc().Devices().Do(R"({"do": "driver", "starts": true, "answer": "ready"})");
-  EXPECT_EQ(LB_InitializeEngine(&info), 0u);
-  EXPECT_TRUE(LB_SnapshotEngine(&seen));
-}
-
 // A wait that fails ends a thread of the engine, so few calls do.
 TEST_F(DriverStory, LivesThroughAllOfTheDeskWithFaults) {
   PcOptions options;

@@ -257,22 +257,6 @@ TEST_F(LBConfigTest, TheLogTellsHowOldACommandWas) {
              "delta1=500, delta2=750"));
 }
 
-// The stop takes three seconds by itself.
-TEST_F(LBConfigTest, AClientWaitsForTheCallInProgressAndNoLonger) {
-  OpenAndRunThread();
-  EXPECT_TRUE(engine.EnableLBEngine(1, true));
-  RunFor(1s);
-  Hold(control::kStop, 10'000);
-  EXPECT_LT(Time([&] { EXPECT_TRUE(engine.DisableLBEngine(true, true)); }), 10ms);
-  RunFor(1s);
-  const auto waited = Time([&] { EXPECT_TRUE(engine.EnableLBEngine(2, true)); });
-  EXPECT_GE(waited, 11s);
-  EXPECT_LE(waited, 12s + 10ms);
-  RunFor(10ms);
-  EXPECT_TRUE(EngineRuns());
-  EXPECT_EQ(parts.Steered(), "2/1 2/2");
-}
-
 TEST_F(LBConfigTest, AClientDoesNotWaitForWhatHasPiledUp) {
   ASSERT_TRUE(Open());
   EXPECT_TRUE(engine.EnableLBEngine(1, true));
