@@ -36,15 +36,19 @@ void CLBDriverDevice::Close() noexcept {
 
 DWORD CLBDriverDevice::Control(DWORD code, const void* input, DWORD inputSize, void* output,
                                DWORD outputSize) {
-  return Guarded(kClassName, "Control", ERROR_GEN_FAILURE, [&] {
-    DWORD returned = 0;
-    if (Os().driver.DeviceIoControl(m_hDevice, code, input, inputSize, output, outputSize,
-                                    &returned)) {
-      return ERROR_SUCCESS;
-    }
-    const DWORD error = Os().threads.GetLastError();
-    return error == ERROR_SUCCESS ? ERROR_GEN_FAILURE : error;
-  });
+  return Guarded(kClassName, "Control", ERROR_GEN_FAILURE,
+                 [&] { return ControlUnguarded(code, input, inputSize, output, outputSize); });
+}
+
+DWORD CLBDriverDevice::ControlUnguarded(DWORD code, const void* input, DWORD inputSize,
+                                        void* output, DWORD outputSize) {
+  DWORD returned = 0;
+  if (Os().driver.DeviceIoControl(m_hDevice, code, input, inputSize, output, outputSize,
+                                  &returned)) {
+    return ERROR_SUCCESS;
+  }
+  const DWORD error = Os().threads.GetLastError();
+  return error == ERROR_SUCCESS ? ERROR_GEN_FAILURE : error;
 }
 
 }  // namespace corvane

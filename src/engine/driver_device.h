@@ -4,7 +4,8 @@
 namespace corvane {
 
 // The driver's device, closed at the end of the scope. A control call may take as long as the
-// driver likes: none is made with the engine lock held. A fault of the platform is a failed call.
+// driver likes: none is made with the engine lock held. A fault of the platform is a failed call,
+// but for ControlUnguarded.
 class CLBDriverDevice {
  public:
   CLBDriverDevice() = default;
@@ -20,6 +21,10 @@ class CLBDriverDevice {
   platform::DWORD Control(platform::DWORD code, const void* input = nullptr,
                           platform::DWORD inputSize = 0, void* output = nullptr,
                           platform::DWORD outputSize = 0);
+  // For a caller with a guard of its own, which tells of the fault in its own words.
+  platform::DWORD ControlUnguarded(platform::DWORD code, const void* input = nullptr,
+                                   platform::DWORD inputSize = 0, void* output = nullptr,
+                                   platform::DWORD outputSize = 0);
 
  private:
   platform::HANDLE m_hDevice = nullptr;

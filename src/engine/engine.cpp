@@ -108,7 +108,7 @@ void Engine::Stop() {
   run->State().RaiseStop();
   {
     CLBDriverDevice device;
-    if (device.Open()) device.Control(control::kStop);
+    if (device.Open()) device.ControlUnguarded(control::kStop);
   }
   Os().threads.Sleep(kStopMs);
   run->State().WakeThreads();
@@ -146,7 +146,7 @@ DWORD LoadBalanceConfig(std::uint32_t command, std::uint32_t mode) {
   LBSteer record;
   record.command = command;
   record.mode = mode;
-  return device.Control(control::kSteer, &record, sizeof(record), &record, sizeof(record));
+  return device.ControlUnguarded(control::kSteer, &record, sizeof(record), &record, sizeof(record));
 }
 
 void LB_StopEngine() {

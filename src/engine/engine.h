@@ -31,11 +31,13 @@ static_assert(offsetof(LBEngineInfo, table) == 16);
 platform::DWORD LB_InitializeEngine(LBEngineInfo* info);
 
 // Pauses (command 1) or runs (command 2) the steering, with a weight mode of 1 or 2. 0,
-// ERROR_DEVICE_UNREACHABLE without the driver, or the error of the control call.
+// ERROR_DEVICE_UNREACHABLE without the driver, or the error of the control call. A fault in that
+// call passes on to the caller.
 platform::DWORD LoadBalanceConfig(std::uint32_t command, std::uint32_t mode);
 
 // Stops the engine, where it runs, and gives everything back; takes three seconds, and as long as
-// the driver takes to hear of it.
+// the driver takes to hear of it. A fault in the call to the driver passes on to the caller; the
+// engine is stopped none the less.
 void LB_StopEngine();
 
 // What the end of the process does to an engine that still runs: its threads end, its memory and

@@ -245,6 +245,38 @@ TEST_F(LBConfigTest, ACommandThatFailsIsLoggedAndNotTriedAgain) {
   EXPECT_EQ(parts.Starts(), 1);
 }
 
+TEST_F(LBConfigTest, AFaultInTheDriverFailsTheCommandAlone) {
+  OpenAndRunThread();
+  EXPECT_TRUE(engine.EnableLBEngine(1, true));
+  RunFor(10ms);
+  const auto fault = [this](std::uint32_t code) {
+    parts.driver.onControl = [code](std::uint32_t called) {
+      if (called == code) throw platform::PlatformFault{0xC0000005};
+    };
+  };
+  fault(control::kSteer);
+  EXPECT_TRUE(engine.Pause());
+  RunFor(10ms);
+  EXPECT_TRUE(HasLog(">>>>>>>>>>>>>>>>>>>>[[ CLBConfig::filterException 0xc0000005"));
+  EXPECT_TRUE(
+      HasLog("CLBConfig::LoadBalanceConfig(1, 1) __EXCEPTION__ - s_LastExceptionCode=0xc0000005"));
+  EXPECT_TRUE(HasLog("[LBCMD_PAUSE] DoConfigLBEngine(1, 1) ) failed!"));
+  EXPECT_TRUE(EngineRuns());
+
+  fault(control::kStop);
+  EXPECT_TRUE(engine.DisableLBEngine(true, true));
+  RunFor(3s);
+  EXPECT_TRUE(HasLog("CLBConfig::DoStopLBEngine: __EXCEPTION__ - s_LastExceptionCode=0xc0000005"));
+  EXPECT_TRUE(HasLog("CLBConfig::DoStopLBEngine(0) LB_StopEngine() FAILED!"));
+  EXPECT_TRUE(HasLog("[LBCMD_STOP] DoStopLBEngine() failed!"));
+  EXPECT_FALSE(EngineRuns());
+  EXPECT_EQ(parts.Open(), 0);
+  parts.driver.onControl = nullptr;
+  EXPECT_TRUE(engine.EnableLBEngine(2, true));
+  RunFor(10ms);
+  EXPECT_TRUE(EngineRuns()) << "it counted as one that is up";
+}
+
 TEST_F(LBConfigTest, TheLogTellsHowOldACommandWas) {
   ASSERT_TRUE(Open());
   EXPECT_TRUE(engine.EnableLBEngine(1, true));
