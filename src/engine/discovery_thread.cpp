@@ -17,6 +17,7 @@ namespace {
 constexpr DWORD kFirstWaitMs = 10'000;
 constexpr DWORD kNoDeviceWaitMs = 5'000;
 constexpr DWORD kRetryWaitMs = 2'000;
+constexpr DWORD kFailedWaitMs = 1'000;
 constexpr std::uint32_t kTurnsToHandshake = 5;
 constexpr std::uint32_t kMayBeRetried =
     engine_state::kNoDevice | engine_state::kControlFailed | engine_state::kNotYet;
@@ -52,7 +53,11 @@ void CLBDiscoveryThread::RunThreadLoop() {
   const CSmartPointer<CLBEngineState> state = m_pState;
   DWORD waitMs = kFirstWaitMs;
   while (!state->IsStopping()) {
-    if (!state->WaitOn(CLBEngineState::kDiscoveryEvent, waitMs) || state->IsStopping()) return;
+    // A wait that fails waits for nothing: the passes go on, and not without a pause.
+    if (!state->WaitOn(CLBEngineState::kDiscoveryEvent, waitMs)) {
+      Os().threads.Sleep(kFailedWaitMs);
+    }
+    if (state->IsStopping()) return;
     waitMs = Turn();
   }
 }

@@ -148,7 +148,7 @@ TEST_F(DriverStory, TheSeventeenthAdapterIsNotInThePicture) {
   EXPECT_EQ(seen.table->slots[15].ip4 >> 24, 115u);
 }
 
-// A wait that fails ends a thread of the engine, so few calls do.
+// A wait that fails ends the link thread, and the passes with it, so few calls do.
 TEST_F(DriverStory, LivesThroughAllOfTheDeskWithFaults) {
   PcOptions options;
   options.seed = 3;

@@ -196,6 +196,17 @@ TEST_F(EngineTest, LivesThroughFaultsOfItsEvents) {
   }
 }
 
+// The link thread waits already, and a failed wait would end that one.
+TEST_F(EngineTest, PassesGoOnThoughTheirWaitsFail) {
+  EXPECT_EQ(LB_InitializeEngine(&info), 0u);
+  ASSERT_TRUE(Await([&] { return StateWord() == 24 && machine->ipHelper.lists > 0; }));
+  os.failures.Fail("WaitForSingleObject");
+  const int before = machine->ipHelper.lists;
+  EXPECT_TRUE(Await([&] { return machine->ipHelper.lists > before + 5; }));
+  EXPECT_LT(machine->ipHelper.lists, before + 50) << "without a pause";
+  os.failures.Pass("WaitForSingleObject");
+}
+
 // Every step is told once, and nothing while nothing changes; without the setting nothing at all.
 TEST_F(EngineTest, TellsWhatItDoesWhereTheSettingAsksForIt) {
   for (const std::uint32_t trace : {0u, 1u}) {

@@ -178,6 +178,7 @@ BOOL BasicThreads::CloseHandle(HANDLE handle) {
 }
 
 DWORD BasicThreads::WaitForSingleObject(HANDLE object, DWORD milliseconds) {
+  if (Fails("WaitForSingleObject")) return WAIT_FAILED;
   return WaitForMultipleObjects(1, &object, FALSE, milliseconds);
 }
 
