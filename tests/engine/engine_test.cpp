@@ -212,8 +212,10 @@ TEST_F(EngineTest, TellsWhatItDoesWhereTheSettingAsksForIt) {
   for (const std::uint32_t trace : {0u, 1u}) {
     machine->registry.Set(kEngineSettings, u"SvcLib_TraceEnabled", trace);
     Driver().answer = 5;
+    Driver().onControl = [this, handshakes = 0](std::uint32_t code) mutable {
+      if (code == control::kHandshake && ++handshakes == 2) Driver().answer = 1;
+    };
     EXPECT_EQ(LB_InitializeEngine(&info), 0u);
-    Driver().answer = 1;
     const int before = machine->ipHelper.lists;
     ASSERT_TRUE(Await([&] { return machine->ipHelper.lists > before + 10; }));
     LB_StopEngine();
