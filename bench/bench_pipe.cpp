@@ -23,7 +23,7 @@
 #include <vector>
 
 #include "foundation/singleton.h"
-#include "host/temp_directory.h"
+#include "any_host/temp_directory.h"
 #include "pipe/named_pipe_listener_json.h"
 #include "pipe/named_pipe_listener_notifications_json.h"
 #include "platform/base64.h"

@@ -9,7 +9,8 @@ class ConsoleApi {
   virtual ~ConsoleApi() = default;
   // True when a key waits; an asked-for orderly stop counts as a key. Stays true once it was.
   virtual bool _kbhit();
-  virtual void WriteOutput(std::string_view text);  // standard output, as it stands
+  // Standard output, as it stands: UTF-8.
+  virtual void WriteOutput(std::string_view text);
   virtual void WriteError(std::string_view text);   // standard error stream
   virtual void FlushOutput();
 };

@@ -16,7 +16,9 @@ inline constexpr DWORD INVALID_FILE_ATTRIBUTES = 0xFFFFFFFF;
 inline constexpr int CSIDL_COMMON_APPDATA = 35;
 
 // Files. Operations that give BOOL or a null handle leave the reason in ThreadApi::GetLastError().
-// A handle serves one thread at a time.
+// A handle serves one thread at a time. Others may read, write, replace and delete a file while it
+// is open here; one that another program holds without sharing gives ERROR_SHARING_VIOLATION, or
+// ERROR_ACCESS_DENIED as the target of a move.
 class FileApi {
  public:
   virtual ~FileApi() = default;

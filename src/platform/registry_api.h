@@ -7,7 +7,9 @@ using HKEY = void*;
 using REGSAM = DWORD;
 using LSTATUS = LONG;
 
-inline const HKEY HKEY_LOCAL_MACHINE = reinterpret_cast<HKEY>(std::uintptr_t{0x80000002});
+// Predefined keys are 32-bit values with their sign extended (winreg.h).
+inline const HKEY HKEY_LOCAL_MACHINE = reinterpret_cast<HKEY>(
+    static_cast<std::intptr_t>(static_cast<std::int32_t>(0x80000002u)));
 inline constexpr REGSAM KEY_READ = 0x20019;
 inline constexpr REGSAM KEY_WRITE = 0x20006;
 inline constexpr REGSAM KEY_ALL_ACCESS = 0xF003F;
@@ -18,8 +20,9 @@ inline constexpr DWORD REG_MULTI_SZ = 7;
 inline constexpr DWORD REG_QWORD = 11;
 
 // The registry: keys by path (separator '\', compared without regard to case), each with typed
-// values by name. A value that was set is durable when the call has returned. Results are error
-// codes. Safe for use from every thread.
+// values by name. A value that was set outlives the process when the call has returned; a power cut
+// within the next seconds may lose it on Windows, which writes its registry lazily. Results are
+// error codes. Safe for use from every thread.
 class RegistryApi {
  public:
   virtual ~RegistryApi() = default;

@@ -40,7 +40,8 @@ class ThreadApi {
   virtual BOOL ReleaseSemaphore(HANDLE semaphore, LONG releaseCount, LONG* previousCount);
   virtual BOOL CloseHandle(HANDLE object);
 
-  // WAIT_OBJECT_0 (+ index of the first signalled handle in order), WAIT_TIMEOUT or WAIT_FAILED.
+  // WAIT_OBJECT_0 (+ index of the first signalled handle in order), WAIT_TIMEOUT or WAIT_FAILED. At
+  // most 63 handles. A wait for all of several need not end when its thread is given up.
   virtual DWORD WaitForSingleObject(HANDLE object, DWORD milliseconds);
   virtual DWORD WaitForMultipleObjects(DWORD count, const HANDLE* objects, BOOL waitAll,
                                        DWORD milliseconds);
@@ -57,7 +58,7 @@ class ThreadApi {
   virtual void BeginForLog() {}
   virtual void EndForLog() {}
 
-  // The calling thread's last error code.
+  // The calling thread's last error code. It is the seam's own, and set by failing operations only.
   virtual DWORD GetLastError();
   virtual void SetLastError(DWORD code);
 };

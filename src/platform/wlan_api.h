@@ -6,7 +6,9 @@ namespace corvane::platform {
 // Native Wifi. Results are error codes; buffers that an operation gives out belong to the caller
 // and go back with WlanFreeMemory. Safe for use from every thread. Notifications come on a thread
 // of the platform's own, one at a time, with no lock held; once WlanCloseHandle or a registration
-// for WLAN_NOTIFICATION_SOURCE_NONE has returned, the callback is not called any more.
+// for WLAN_NOTIFICATION_SOURCE_NONE has returned, the callback is not called any more. Those two
+// wait for a callback that runs, and are not called with a lock held that it takes. The callback
+// lets no exception out.
 class WlanApi {
  public:
   virtual ~WlanApi() = default;

@@ -13,9 +13,9 @@
 #include <cstdlib>
 #include <thread>
 
+#include "any_host/temp_directory.h"
 #include "host/pipe_peer.h"
 #include "host/program.h"
-#include "host/temp_directory.h"
 
 namespace corvane::test {
 

@@ -8,7 +8,7 @@
 #include <sstream>
 
 #include "host/program.h"
-#include "host/temp_directory.h"
+#include "any_host/temp_directory.h"
 #include "host/web_servers.h"
 
 namespace corvane::test {

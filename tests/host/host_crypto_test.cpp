@@ -9,7 +9,7 @@
 #include <sstream>
 
 #include "host/client_token_maker.h"
-#include "host/temp_directory.h"
+#include "any_host/temp_directory.h"
 #include "platform/linux/host_gate.h"
 #include "platform/linux/host_processes.h"
 #include "platform/linux/host_threads.h"

@@ -6,7 +6,7 @@
 #include <thread>
 
 #include "host/program.h"
-#include "host/temp_directory.h"
+#include "any_host/temp_directory.h"
 #include "platform/linux/host_heap.h"
 #include "platform/types.h"
 

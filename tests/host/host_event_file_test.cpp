@@ -7,7 +7,7 @@
 #include <regex>
 #include <sstream>
 
-#include "host/temp_directory.h"
+#include "any_host/temp_directory.h"
 #include "platform/linux/host_clock.h"
 
 namespace corvane::test {

@@ -10,7 +10,7 @@
 #include <fstream>
 #include <memory>
 
-#include "host/temp_directory.h"
+#include "any_host/temp_directory.h"
 #include "host/web_servers.h"
 #include "platform/console_api.h"
 #include "platform/linux/linux_host.h"

@@ -19,7 +19,7 @@
 #include <thread>
 
 #include "host/pipe_peer.h"
-#include "host/temp_directory.h"
+#include "any_host/temp_directory.h"
 #include "platform/linux/host_gate.h"
 #include "platform/linux/host_threads.h"
 

@@ -9,7 +9,7 @@
 #include <map>
 #include <string>
 
-#include "host/temp_directory.h"
+#include "any_host/temp_directory.h"
 #include "platform/linux/host_console.h"
 #include "platform/linux/host_crypto.h"
 #include "platform/linux/host_error.h"

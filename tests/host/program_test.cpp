@@ -8,7 +8,7 @@
 #include <fstream>
 #include <thread>
 
-#include "host/temp_directory.h"
+#include "any_host/temp_directory.h"
 #include "platform/linux/host_options.h"
 #include "support/source_dir.h"
 

@@ -10,7 +10,7 @@
 
 #include "host/pipe_peer.h"
 #include "host/program.h"
-#include "host/temp_directory.h"
+#include "any_host/temp_directory.h"
 #include "support/source_dir.h"
 
 namespace corvane::test {

@@ -13,7 +13,7 @@
 #include <fstream>
 #include <thread>
 
-#include "host/temp_directory.h"
+#include "any_host/temp_directory.h"
 #include "platform/linux/host_error.h"
 #include "platform/linux/host_gate.h"
 #include "platform/linux/sqlite_database.h"

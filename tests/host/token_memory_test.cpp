@@ -13,7 +13,7 @@
 #include "foundation/singleton.h"
 #include "host/client_token_maker.h"
 #include "host/pipe_peer.h"
-#include "host/temp_directory.h"
+#include "any_host/temp_directory.h"
 #include "pipe/named_pipe_listener_json.h"
 #include "platform/base64.h"
 #include "platform/linux/linux_host.h"

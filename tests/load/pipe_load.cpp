@@ -21,7 +21,7 @@
 #include "host/client_token_maker.h"
 #include "host/pipe_peer.h"
 #include "host/program.h"
-#include "host/temp_directory.h"
+#include "any_host/temp_directory.h"
 #include "platform/base64.h"
 
 namespace corvane::test {

@@ -11,7 +11,7 @@
 #include <thread>
 
 #include "foundation/smart_obj.h"
-#include "host/temp_directory.h"
+#include "any_host/temp_directory.h"
 #include "platform/linux/host_console.h"
 #include "platform/linux/linux_host.h"
 #include "platform/sim/devices/pc_observer.h"

@@ -1,20 +1,19 @@
-#include "platform/linux/host_files.h"
+// Files of the host.
 
 #include <gtest/gtest.h>
 
 #include <fstream>
 #include <sstream>
 
-#include "host/temp_directory.h"
-#include "platform/linux/host_gate.h"
+#include "any_host/host_kernel.h"
+#include "any_host/temp_directory.h"
 #include "platform/utf.h"
 
 namespace corvane::test {
 
 using namespace platform;
-using namespace platform::linux_host;
 
-class HostFilesTest : public testing::Test {
+class HostFiles : public testing::Test, protected HostFileSystem {
  protected:
   std::u16string At(const std::string& name) const { return ToUtf16(directory / name); }
   void Put(const std::string& name, const std::string& text) {
@@ -25,7 +24,9 @@ class HostFilesTest : public testing::Test {
     text << std::ifstream(directory / name, std::ios::binary).rdbuf();
     return text.str();
   }
-  bool Exists(const std::string& name) const { return std::filesystem::exists(directory / name); }
+  bool Exists(const std::string& name) const {
+    return std::filesystem::exists(std::filesystem::path(At(name)));
+  }
   HANDLE Open(const std::string& name, DWORD access, DWORD disposition) {
     return files.CreateFileW(At(name).c_str(), access, disposition);
   }
@@ -36,13 +37,9 @@ class HostFilesTest : public testing::Test {
   }
 
   TempDirectory directory;
-  HostTime time{1.0};
-  HostThreads threads{time};
-  HostGate gate;
-  HostFiles files{gate, threads, u"/data"};
 };
 
-TEST_F(HostFilesTest, OpensByDispositionAndTellsWhetherTheFileWasThere) {
+TEST_F(HostFiles, OpensByDispositionAndTellsWhetherTheFileWasThere) {
   HANDLE file = Open("a", GENERIC_WRITE, CREATE_ALWAYS);
   ASSERT_TRUE(file);
   EXPECT_EQ(threads.GetLastError(), ERROR_SUCCESS);
@@ -73,7 +70,7 @@ TEST_F(HostFilesTest, OpensByDispositionAndTellsWhetherTheFileWasThere) {
   EXPECT_EQ(Text("a"), "");
 }
 
-TEST_F(HostFilesTest, NamesTheReasonOfAFailure) {
+TEST_F(HostFiles, NamesTheReasonOfAFailure) {
   EXPECT_FALSE(Open("none", GENERIC_READ, OPEN_EXISTING));
   EXPECT_EQ(threads.GetLastError(), ERROR_FILE_NOT_FOUND);
   EXPECT_FALSE(Open("none/a", GENERIC_WRITE, CREATE_ALWAYS));
@@ -87,13 +84,13 @@ TEST_F(HostFilesTest, NamesTheReasonOfAFailure) {
   EXPECT_FALSE(Open("folder", GENERIC_READ, OPEN_EXISTING));
   EXPECT_EQ(threads.GetLastError(), ERROR_ACCESS_DENIED);
   EXPECT_EQ(files.GetFileAttributesW(At("folder").c_str()), FILE_ATTRIBUTE_DIRECTORY);
-  EXPECT_EQ(files.GetFileAttributesW(At("file").c_str()), FILE_ATTRIBUTE_NORMAL);
+  EXPECT_EQ(files.GetFileAttributesW(At("file").c_str()) & FILE_ATTRIBUTE_DIRECTORY, 0u);
   EXPECT_EQ(files.GetFileAttributesW(At("none").c_str()), INVALID_FILE_ATTRIBUTES);
   EXPECT_FALSE(files.CloseFile(reinterpret_cast<HANDLE>(std::uintptr_t{9999})));
   EXPECT_EQ(threads.GetLastError(), ERROR_INVALID_HANDLE);
 }
 
-TEST_F(HostFilesTest, CopiesMovesAndDeletes) {
+TEST_F(HostFiles, CopiesMovesAndDeletes) {
   const std::string big(200'000, 'b');
   Put("big", big);
   Put("small", "s");
@@ -120,7 +117,7 @@ TEST_F(HostFilesTest, CopiesMovesAndDeletes) {
   EXPECT_EQ(threads.GetLastError(), ERROR_FILE_NOT_FOUND);
 }
 
-TEST_F(HostFilesTest, ReadsUtf8StrictlyAndWritesNamesInIt) {
+TEST_F(HostFiles, ReadsUtf8StrictlyAndWritesNamesInIt) {
   struct Case {
     std::string bytes;
     std::u16string text;
@@ -137,11 +134,18 @@ TEST_F(HostFilesTest, ReadsUtf8StrictlyAndWritesNamesInIt) {
   EXPECT_TRUE(Exists("caf\xC3\xA9"));
 }
 
-TEST_F(HostFilesTest, KnowsTheExecutableOfTheProcess) {
+TEST_F(HostFiles, GivesTheFolderOfTheData) {
+  std::u16string folder;
+  EXPECT_EQ(files.SHGetFolderPathW(CSIDL_COMMON_APPDATA, &folder), S_OK);
+  EXPECT_EQ(folder, kDataFolder);
+}
+
+TEST_F(HostFiles, KnowsTheExecutableOfTheProcess) {
   std::string path;
   const DWORD length = files.GetModuleFileNameA(&path);
   EXPECT_EQ(length, path.size());
-  EXPECT_EQ(path, std::filesystem::read_symlink("/proc/self/exe").string());
+  EXPECT_TRUE(std::filesystem::exists(path)) << path;
+  EXPECT_EQ(std::filesystem::path(path).stem(), "corvane_host_tests");
 }
 
 }  // namespace corvane::test

@@ -1,6 +1,6 @@
 #pragma once
-#include <cstdlib>
 #include <filesystem>
+#include <random>
 #include <stdexcept>
 #include <string>
 
@@ -10,9 +10,13 @@ namespace corvane::test {
 class TempDirectory {
  public:
   TempDirectory() {
-    std::string name = (std::filesystem::temp_directory_path() / "corvane-test-XXXXXX").string();
-    if (!mkdtemp(name.data())) throw std::runtime_error("no temporary directory: " + name);
-    m_Path = name;
+    const std::filesystem::path parent = std::filesystem::temp_directory_path();
+    std::random_device random;
+    for (int tries = 0; m_Path.empty(); ++tries) {
+      const auto path = parent / ("corvane-test-" + std::to_string(random()));
+      if (std::filesystem::create_directory(path)) m_Path = path.string();
+      if (tries == 10) throw std::runtime_error("no temporary directory in " + parent.string());
+    }
   }
   ~TempDirectory() {
     std::error_code ignored;

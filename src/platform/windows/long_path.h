@@ -1,0 +1,12 @@
+#pragma once
+#include <string>
+#include <string_view>
+
+namespace corvane::platform::windows {
+
+// The path as the system takes it in full length: backslashes, and the prefix "\\?\" before a path
+// that begins with a drive ("\\?\UNC\" before one of a share). Relative paths and those that have a
+// prefix stay as they are, but for the slashes.
+std::wstring LongPath(std::u16string_view path);
+
+}  // namespace corvane::platform::windows

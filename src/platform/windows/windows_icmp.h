@@ -1,0 +1,20 @@
+#pragma once
+#include "platform/icmp_api.h"
+
+namespace corvane::platform::windows {
+
+// Echo requests over iphlpapi.dll.
+class WindowsIcmp final : public IcmpApi {
+ public:
+  HANDLE IcmpCreateFile() override;
+  HANDLE Icmp6CreateFile() override;
+  BOOL IcmpCloseHandle(HANDLE icmp) override;
+  DWORD IcmpSendEcho(HANDLE icmp, DWORD destination, const void* data, WORD size,
+                     const IP_OPTION_INFORMATION* options, void* reply, DWORD replySize,
+                     DWORD timeoutMs) override;
+  DWORD Icmp6SendEcho2(HANDLE icmp, const SOCKADDR_IN6* source, const SOCKADDR_IN6* destination,
+                       const void* data, WORD size, const IP_OPTION_INFORMATION* options,
+                       void* reply, DWORD replySize, DWORD timeoutMs) override;
+};
+
+}  // namespace corvane::platform::windows
