@@ -1,0 +1,71 @@
+#include "platform/windows/windows_console.h"
+
+#include <atomic>
+
+#include "platform/utf.h"
+#include "platform/windows/win32.h"
+
+namespace corvane::platform::windows {
+
+namespace {
+
+constexpr DWORD kMostStoppingMs = 20'000;  // the system ends the process before that
+
+// What the handler of the console touches lives outside of any object: it runs on a thread of the
+// system's own.
+std::atomic<HANDLE> g_Stop{nullptr};
+std::atomic<HANDLE> g_Stopped{nullptr};
+
+::BOOL WINAPI OnConsoleEvent(::DWORD event) {
+  const HANDLE stop = g_Stop;
+  if (!stop) return FALSE;
+  ::SetEvent(stop);
+  if (event == CTRL_CLOSE_EVENT || event == CTRL_LOGOFF_EVENT || event == CTRL_SHUTDOWN_EVENT) {
+    ::WaitForSingleObject(g_Stopped, kMostStoppingMs);
+  }
+  return TRUE;
+}
+
+void Put(std::string_view text, ::DWORD which) {
+  const HANDLE to = ::GetStdHandle(which);
+  ::DWORD mode = 0;
+  ::DWORD written = 0;
+  if (::GetConsoleMode(to, &mode)) {
+    const std::u16string wide = ToUtf16(text);
+    ::WriteConsoleW(to, wide.data(), static_cast<::DWORD>(wide.size()), &written, nullptr);
+    return;
+  }
+  while (!text.empty()) {
+    if (!::WriteFile(to, text.data(), static_cast<::DWORD>(text.size()), &written, nullptr)) return;
+    text.remove_prefix(written);
+  }
+}
+
+}  // namespace
+
+WindowsConsole::WindowsConsole(HANDLE stopEvent) : m_Stop(stopEvent) {
+  ::DWORD mode = 0;
+  m_IsConsole = ::GetConsoleMode(::GetStdHandle(STD_INPUT_HANDLE), &mode) != 0;
+  g_Stopped = ::CreateEventW(nullptr, TRUE, FALSE, nullptr);
+  g_Stop = m_Stop;
+  ::SetConsoleCtrlHandler(&OnConsoleEvent, TRUE);
+}
+
+// The event that ends a waiting handler is never closed: the handler's thread may be about to look.
+WindowsConsole::~WindowsConsole() {
+  g_Stop = nullptr;
+  ::SetConsoleCtrlHandler(&OnConsoleEvent, FALSE);
+  ::SetEvent(g_Stopped);
+}
+
+void WindowsConsole::PressKey() { ::SetEvent(m_Stop); }
+
+bool WindowsConsole::_kbhit() {
+  if (m_IsConsole && ::_kbhit() != 0) PressKey();
+  return ::WaitForSingleObject(m_Stop, 0) == WAIT_OBJECT_0;
+}
+
+void WindowsConsole::WriteOutput(std::string_view text) { Put(text, STD_OUTPUT_HANDLE); }
+void WindowsConsole::WriteError(std::string_view text) { Put(text, STD_ERROR_HANDLE); }
+
+}  // namespace corvane::platform::windows

@@ -1,0 +1,32 @@
+#pragma once
+#include <string>
+
+namespace corvane::platform::windows {
+
+// The folders of an installation, made where they are missing:
+//
+//   <root>\OstrelNetworks\Corvane          logs, history, public key: the system and administrators
+//                                          write, users read
+//   <root>\OstrelNetworks\Corvane\private  the private key: the system and whoever runs the service
+//
+// <root> is %ProgramData%. Rights of folders that exist are set anew.
+class WindowsHome {
+ public:
+  // `root` in UTF-8; empty for %ProgramData%. Throws WindowsError with the folder and the reason.
+  explicit WindowsHome(const std::string& root);
+
+  const std::u16string& Root() const { return m_Root; }
+  const std::u16string& Path() const { return m_Path; }  // without a separator at its end
+  std::u16string PrivatePath() const { return m_Path + u"\\private"; }
+  std::u16string PublicKeyPath() const { return m_Path + u"\\client_key.pub.pem"; }
+
+  // The folder of the installation without making or touching any, for clients. Empty when the
+  // system does not tell.
+  static std::u16string Locate(const std::string& root);
+
+ private:
+  std::u16string m_Root;
+  std::u16string m_Path;
+};
+
+}  // namespace corvane::platform::windows

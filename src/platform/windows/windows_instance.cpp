@@ -1,0 +1,83 @@
+#include "platform/windows/windows_instance.h"
+
+#include "platform/windows/win32.h"
+#include "platform/windows/windows_error.h"
+
+namespace corvane::platform::windows {
+
+namespace {
+
+constexpr wchar_t kMutex[] = L"Global\\OstrelNetworks.Corvane.Running";
+constexpr wchar_t kStop[] = L"Global\\OstrelNetworks.Corvane.Stop";
+// All of the system and of administrators; everybody may see whether it runs (SYNCHRONIZE).
+constexpr wchar_t kAccess[] = L"D:(A;;GA;;;SY)(A;;GA;;;BA)(A;;0x100000;;;WD)";
+constexpr DWORD kPauseMs = 50;
+
+class Access {
+ public:
+  Access() {
+    ::ConvertStringSecurityDescriptorToSecurityDescriptorW(kAccess, SDDL_REVISION_1, &m_Descriptor,
+                                                           nullptr);
+    m_Attributes.lpSecurityDescriptor = m_Descriptor;
+  }
+  ~Access() { ::LocalFree(m_Descriptor); }
+  Access(const Access&) = delete;
+  Access& operator=(const Access&) = delete;
+  ::SECURITY_ATTRIBUTES* Get() { return m_Descriptor ? &m_Attributes : nullptr; }
+
+ private:
+  void* m_Descriptor = nullptr;
+  ::SECURITY_ATTRIBUTES m_Attributes{sizeof(m_Attributes), nullptr, FALSE};
+};
+
+}  // namespace
+
+WindowsInstance::WindowsInstance(bool share) {
+  Access access;
+  if (!share) {
+    m_Mutex = ::CreateMutexW(access.Get(), FALSE, kMutex);
+    const DWORD error = ::GetLastError();
+    if (!m_Mutex && error != ERROR_ACCESS_DENIED) {
+      throw WindowsError("it cannot be told whether another instance runs: " + ErrorText(error));
+    }
+    if (!m_Mutex || error == ERROR_ALREADY_EXISTS) {
+      if (m_Mutex) ::CloseHandle(m_Mutex);
+      throw WindowsError("another instance runs on this machine; end it first");
+    }
+    m_Stop = ::CreateEventW(access.Get(), TRUE, FALSE, kStop);
+    if (m_Stop) ::ResetEvent(m_Stop);  // whoever asked the last one to stop may hold it still
+  } else {
+    m_Stop = ::CreateEventW(nullptr, TRUE, FALSE, nullptr);
+  }
+  if (!m_Stop) {
+    const DWORD error = ::GetLastError();
+    if (m_Mutex) ::CloseHandle(m_Mutex);
+    throw WindowsError("the event that stops it cannot be made: " + ErrorText(error));
+  }
+}
+
+WindowsInstance::~WindowsInstance() {
+  ::CloseHandle(m_Stop);
+  if (m_Mutex) ::CloseHandle(m_Mutex);
+}
+
+bool WindowsInstance::IsRunning() {
+  const HANDLE mutex = ::OpenMutexW(SYNCHRONIZE, FALSE, kMutex);
+  if (mutex) ::CloseHandle(mutex);
+  return mutex || ::GetLastError() == ERROR_ACCESS_DENIED;
+}
+
+DWORD WindowsInstance::RequestStop(DWORD milliseconds) {
+  const HANDLE stop = ::OpenEventW(EVENT_MODIFY_STATE, FALSE, kStop);
+  if (!stop) return ::GetLastError();
+  ::SetEvent(stop);
+  ::CloseHandle(stop);
+  const ULONGLONG until = ::GetTickCount64() + milliseconds;
+  while (IsRunning()) {
+    if (::GetTickCount64() >= until) return WAIT_TIMEOUT;
+    ::Sleep(kPauseMs);
+  }
+  return ERROR_SUCCESS;
+}
+
+}  // namespace corvane::platform::windows
