@@ -1,11 +1,15 @@
 #pragma once
 #include "platform/http_api.h"
+#include "platform/windows/system_library.h"
 
 namespace corvane::platform::windows {
 
 // HTTP over winhttp.dll.
 class WindowsHttp final : public HttpApi {
  public:
+  WindowsHttp() = default;
+  explicit WindowsHttp(SystemLibrary::Resolver resolver) : m_Library(resolver) {}
+
   HINTERNET WinHttpOpen(LPCWSTR userAgent, DWORD accessType, LPCWSTR proxyName, LPCWSTR proxyBypass,
                         DWORD flags) override;
   BOOL WinHttpSetTimeouts(HINTERNET session, int resolve, int connect, int send,
@@ -35,6 +39,9 @@ class WindowsHttp final : public HttpApi {
   void GlobalFree(void* memory) override;
   int MultiByteToWideChar(unsigned codePage, DWORD flags, const char* bytes, int size,
                           char16_t* wide, int wideSize) override;
+
+ private:
+  const SystemLibrary m_Library{L"winhttp.dll"};
 };
 
 }  // namespace corvane::platform::windows

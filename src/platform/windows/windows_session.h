@@ -1,11 +1,28 @@
 #pragma once
+#include <optional>
+#include <string>
+
 #include "platform/session_api.h"
+#include "platform/windows/system_library.h"
 
 namespace corvane::platform::windows {
+
+// The file name of a running process's program, without its folder; none when it cannot be told.
+std::optional<std::u16string> ExecutableOfProcess(DWORD processId);
 
 // Sessions of users over wtsapi32.dll and userenv.dll, processes, and the pipes of children.
 class WindowsSession final : public SessionApi {
  public:
+  // What a test puts in the place of the system's libraries.
+  struct Libraries {
+    SystemLibrary sessions{L"wtsapi32.dll"};
+    SystemLibrary users{L"userenv.dll"};
+    SystemLibrary networks{L"netapi32.dll"};
+  };
+  WindowsSession() = default;
+  explicit WindowsSession(SystemLibrary::Resolver resolver)
+      : m_Libraries{SystemLibrary(resolver), SystemLibrary(resolver), SystemLibrary(resolver)} {}
+
   DWORD WTSGetActiveConsoleSessionId() override;
   BOOL WTSQueryUserToken(DWORD session, HANDLE* token) override;
   BOOL WTSEnumerateSessionsA(HANDLE server, DWORD reserved, DWORD version,
@@ -35,6 +52,9 @@ class WindowsSession final : public SessionApi {
   BOOL GetComputerNameExW(int nameType, char16_t* name, DWORD* size) override;
   DWORD NetGetDCName(LPCWSTR server, LPCWSTR domain, std::u16string* controller) override;
   DWORD GetTempPathA(DWORD size, char* buffer) override;
+
+ private:
+  const Libraries m_Libraries;
 };
 
 }  // namespace corvane::platform::windows

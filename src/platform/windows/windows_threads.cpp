@@ -184,6 +184,7 @@ BOOL WindowsThreads::TerminateThread(HANDLE handle, DWORD exitCode) {
   thread->abandoned = true;
   ::SetEvent(thread->giveUp);
   ::SetEvent(thread->ended);
+  ::CancelSynchronousIo(thread->system);  // should it sit in a driver
   return TRUE;
 }
 
