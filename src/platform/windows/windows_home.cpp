@@ -72,6 +72,8 @@ void MakeFolder(const std::u16string& path, const wchar_t* rights) {
 
 }  // namespace
 
+bool IsAdministrator() { return ::IsUserAnAdmin() != FALSE; }
+
 std::u16string WindowsHome::Locate(const std::string& root) {
   std::u16string path = root.empty() ? ProgramData() : ToUtf16(root);
   for (char16_t& c : path) {

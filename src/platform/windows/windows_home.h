@@ -3,6 +3,9 @@
 
 namespace corvane::platform::windows {
 
+// Whether this process has the rights of an administrator, elevated.
+bool IsAdministrator();
+
 // The folders of an installation, made where they are missing:
 //
 //   <root>\OstrelNetworks\Corvane          logs, history, public key: the system and administrators

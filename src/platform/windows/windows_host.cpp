@@ -14,6 +14,7 @@
 #include "platform/windows/windows_console.h"
 #include "platform/windows/windows_crypto.h"
 #include "platform/windows/windows_driver.h"
+#include "platform/windows/windows_error.h"
 #include "platform/windows/windows_event_trace.h"
 #include "platform/windows/windows_files.h"
 #include "platform/windows/windows_gate.h"
@@ -59,7 +60,14 @@ struct WindowsHost::Impl {
   };
 
   Impl(const WindowsOptions& options, sim::IPcObserver* observer) : instance(options.shareHome) {
-    if (!options.shareHome) home.emplace(options.home);
+    if (!options.shareHome) {
+      if (!IsAdministrator()) {
+        throw WindowsError(
+            "it needs the rights of an administrator: start it from an elevated "
+            "prompt, or once with --install");
+      }
+      home.emplace(options.home);
+    }
     if (!options.worldFile.empty()) {
       const sim::World world = LoadWorld(options);
       simulated = std::make_unique<Simulated>(world, *this);
