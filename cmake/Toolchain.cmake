@@ -33,8 +33,12 @@ endif()
 
 find_program(ccache_program ccache)
 if(ccache_program)
-  set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=pch_defines,time_macros
-      ${ccache_program})
+  if(CORVANE_PCH)
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env
+        CCACHE_SLOPPINESS=pch_defines,time_macros ${ccache_program})
+  else()  # an object with the moment of its build in it is that moment's
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${ccache_program})
+  endif()
   if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     target_compile_options(corvane_options INTERFACE -fpch-preprocess)
   elseif(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
