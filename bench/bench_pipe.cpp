@@ -22,8 +22,8 @@
 #include <thread>
 #include <vector>
 
-#include "foundation/singleton.h"
 #include "any_host/temp_directory.h"
+#include "foundation/singleton.h"
 #include "pipe/named_pipe_listener_json.h"
 #include "pipe/named_pipe_listener_notifications_json.h"
 #include "platform/base64.h"

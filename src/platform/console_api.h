@@ -11,7 +11,7 @@ class ConsoleApi {
   virtual bool _kbhit();
   // Standard output, as it stands: UTF-8.
   virtual void WriteOutput(std::string_view text);
-  virtual void WriteError(std::string_view text);   // standard error stream
+  virtual void WriteError(std::string_view text);  // standard error stream
   virtual void FlushOutput();
 };
 

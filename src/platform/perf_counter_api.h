@@ -15,8 +15,8 @@ struct PDH_FMT_COUNTERVALUE {
   double doubleValue = 0.0;
 };
 
-// Performance data helper. Paths are English whatever the system's language. A rate counter needs two collections. Results are 0 or an error code.
-// One query serves one thread at a time.
+// Performance data helper. Paths are English whatever the system's language. A rate counter needs
+// two collections. Results are 0 or an error code. One query serves one thread at a time.
 class PerfCounterApi {
  public:
   virtual ~PerfCounterApi() = default;

@@ -8,8 +8,8 @@ using REGSAM = DWORD;
 using LSTATUS = LONG;
 
 // Predefined keys are 32-bit values with their sign extended (winreg.h).
-inline const HKEY HKEY_LOCAL_MACHINE = reinterpret_cast<HKEY>(
-    static_cast<std::intptr_t>(static_cast<std::int32_t>(0x80000002u)));
+inline const HKEY HKEY_LOCAL_MACHINE =
+    reinterpret_cast<HKEY>(static_cast<std::intptr_t>(static_cast<std::int32_t>(0x80000002u)));
 inline constexpr REGSAM KEY_READ = 0x20019;
 inline constexpr REGSAM KEY_WRITE = 0x20006;
 inline constexpr REGSAM KEY_ALL_ACCESS = 0xF003F;

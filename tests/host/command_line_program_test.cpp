@@ -7,8 +7,8 @@
 #include <fstream>
 #include <sstream>
 
-#include "host/program.h"
 #include "any_host/temp_directory.h"
+#include "host/program.h"
 #include "host/web_servers.h"
 
 namespace corvane::test {

@@ -8,8 +8,8 @@
 #include <fstream>
 #include <sstream>
 
-#include "host/client_token_maker.h"
 #include "any_host/temp_directory.h"
+#include "host/client_token_maker.h"
 #include "platform/linux/host_gate.h"
 #include "platform/linux/host_processes.h"
 #include "platform/linux/host_threads.h"

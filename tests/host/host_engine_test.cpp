@@ -5,8 +5,8 @@
 
 #include <thread>
 
-#include "host/program.h"
 #include "any_host/temp_directory.h"
+#include "host/program.h"
 #include "platform/linux/host_heap.h"
 #include "platform/types.h"
 

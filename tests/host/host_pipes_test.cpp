@@ -18,8 +18,8 @@
 #include <set>
 #include <thread>
 
-#include "host/pipe_peer.h"
 #include "any_host/temp_directory.h"
+#include "host/pipe_peer.h"
 #include "platform/linux/host_gate.h"
 #include "platform/linux/host_threads.h"
 

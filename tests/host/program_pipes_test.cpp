@@ -9,10 +9,10 @@
 #include <fstream>
 #include <thread>
 
+#include "any_host/temp_directory.h"
 #include "host/client_token_maker.h"
 #include "host/pipe_peer.h"
 #include "host/program.h"
-#include "any_host/temp_directory.h"
 #include "platform/base64.h"
 
 namespace corvane::test {

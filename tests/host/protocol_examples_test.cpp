@@ -8,9 +8,9 @@
 #include <sstream>
 #include <thread>
 
+#include "any_host/temp_directory.h"
 #include "host/pipe_peer.h"
 #include "host/program.h"
-#include "any_host/temp_directory.h"
 #include "support/source_dir.h"
 
 namespace corvane::test {

@@ -18,10 +18,10 @@
 #include <thread>
 #include <vector>
 
+#include "any_host/temp_directory.h"
 #include "host/client_token_maker.h"
 #include "host/pipe_peer.h"
 #include "host/program.h"
-#include "any_host/temp_directory.h"
 #include "platform/base64.h"
 
 namespace corvane::test {

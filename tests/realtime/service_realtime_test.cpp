@@ -10,8 +10,8 @@
 #include <fstream>
 #include <thread>
 
-#include "foundation/smart_obj.h"
 #include "any_host/temp_directory.h"
+#include "foundation/smart_obj.h"
 #include "platform/linux/host_console.h"
 #include "platform/linux/linux_host.h"
 #include "platform/sim/devices/pc_observer.h"
