@@ -302,7 +302,6 @@ inline constexpr DWORD WLAN_NOTIFICATION_SOURCE_ALL = 65535;
 
 // WLAN_NOTIFICATION_ACM and WLAN_NOTIFICATION_MSM, the codes in use.
 enum : DWORD {
-  wlan_notification_acm_profile_change = 6,
   wlan_notification_acm_scan_complete = 7,
   wlan_notification_acm_scan_fail = 8,
   wlan_notification_acm_connection_start = 9,
@@ -310,6 +309,7 @@ enum : DWORD {
   wlan_notification_acm_connection_attempt_fail = 11,
   wlan_notification_acm_interface_arrival = 13,
   wlan_notification_acm_interface_removal = 14,
+  wlan_notification_acm_profile_change = 15,
   wlan_notification_acm_disconnecting = 20,
   wlan_notification_acm_disconnected = 21,
   wlan_notification_acm_scan_list_refresh = 26,
