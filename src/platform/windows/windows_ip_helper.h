@@ -1,11 +1,14 @@
 #pragma once
 #include "platform/ip_helper_api.h"
+#include "platform/windows/system_library.h"
 
 namespace corvane::platform::windows {
 
 // The IP helper, iphlpapi.dll.
 class WindowsIpHelper final : public IpHelperApi {
  public:
+  explicit WindowsIpHelper(const SystemLibrary& library = kLibrary) : m_Library(library) {}
+
   DWORD GetIfTable(MIB_IFTABLE* table, ULONG* size, BOOL order) override;
   ULONG GetAdaptersAddresses(ULONG family, ULONG flags, void* reserved,
                              IP_ADAPTER_ADDRESSES* addresses, ULONG* size) override;
@@ -22,6 +25,11 @@ class WindowsIpHelper final : public IpHelperApi {
   DWORD GetIpInterfaceEntry(MIB_IPINTERFACE_ROW* row) override;
   DWORD GetIfEntry2(MIB_IF_ROW2* row) override;
   DWORD ConvertInterfaceGuidToLuid(const GUID* adapter, ULONGLONG* luid) override;
+
+ private:
+  static inline constinit const SystemLibrary kLibrary{L"iphlpapi.dll"};
+
+  const SystemLibrary& m_Library;
 };
 
 }  // namespace corvane::platform::windows

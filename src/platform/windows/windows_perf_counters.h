@@ -1,5 +1,6 @@
 #pragma once
 #include "platform/perf_counter_api.h"
+#include "platform/windows/system_library.h"
 
 namespace corvane::platform::windows {
 
@@ -7,6 +8,8 @@ namespace corvane::platform::windows {
 // (PdhAddEnglishCounterW).
 class WindowsPerfCounters final : public PerfCounterApi {
  public:
+  explicit WindowsPerfCounters(const SystemLibrary& library = kLibrary) : m_Library(library) {}
+
   PDH_STATUS PdhOpenQueryW(LPCWSTR dataSource, std::uintptr_t userData, PDH_HQUERY* query) override;
   PDH_STATUS PdhAddCounterW(PDH_HQUERY query, LPCWSTR path, std::uintptr_t userData,
                             PDH_HCOUNTER* counter) override;
@@ -15,6 +18,11 @@ class WindowsPerfCounters final : public PerfCounterApi {
                                          PDH_FMT_COUNTERVALUE* value) override;
   PDH_STATUS PdhRemoveCounter(PDH_HCOUNTER counter) override;
   PDH_STATUS PdhCloseQuery(PDH_HQUERY query) override;
+
+ private:
+  static inline constinit const SystemLibrary kLibrary{L"pdh.dll"};
+
+  const SystemLibrary& m_Library;
 };
 
 }  // namespace corvane::platform::windows

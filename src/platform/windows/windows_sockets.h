@@ -1,11 +1,21 @@
 #pragma once
+#include <cstddef>
+#include <memory>
+#include <mutex>
+#include <unordered_map>
+
 #include "platform/socket_api.h"
 
 namespace corvane::platform::windows {
 
-// Windows sockets, version 2.
+// Windows sockets, version 2 (ws2_32.dll). The last error is that of the calling thread's last
+// failing operation here, and its last error of all, too.
 class WindowsSockets final : public SocketApi {
  public:
+  WindowsSockets();
+  // Sockets that are still open keep what the system may write to.
+  ~WindowsSockets() override;
+
   int WSAStartup(WORD version) override;
   int WSACleanup() override;
   DWORD WSAGetLastError() override;
@@ -22,6 +32,17 @@ class WindowsSockets final : public SocketApi {
   int sendto(SOCKET socket, const void* data, int size, int flags, const SOCKADDR_INET* to,
              int length) override;
   int closesocket(SOCKET socket) override;
+
+  std::size_t PendingReads();  // that have not been ended by closing their socket
+
+ private:
+  struct Read;
+
+  void Drop(const Read* read);
+  void EndReads(SOCKET socket);
+
+  std::mutex m_Mutex;  // guards the reads
+  std::unordered_multimap<SOCKET, std::unique_ptr<Read>> m_Reads;
 };
 
 }  // namespace corvane::platform::windows
