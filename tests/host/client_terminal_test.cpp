@@ -13,8 +13,8 @@
 #include <cstdlib>
 #include <thread>
 
+#include "any_host/pipe_peer.h"
 #include "any_host/temp_directory.h"
-#include "host/pipe_peer.h"
 #include "host/program.h"
 
 namespace corvane::test {

@@ -12,8 +12,8 @@
 #include <filesystem>
 #include <thread>
 
+#include "any_host/pipe_peer.h"
 #include "any_host/temp_directory.h"
-#include "host/pipe_peer.h"
 #include "platform/linux/host_gate.h"
 #include "platform/linux/host_pipes.h"
 #include "platform/linux/host_threads.h"
@@ -101,6 +101,8 @@ class HostPipeCallsTest : public testing::Test {
 TEST_F(HostPipeCallsTest, KeepsCallsForTheNextAlertableWait) {
   Instance first, second;
   Listen(first);
+  ULONG process = 0;
+  EXPECT_FALSE(pipes.GetNamedPipeClientProcessId(first.pipe, &process));  // nobody's
   PipePeer client(socketPath);
   AwaitClient(first);
   static int calls = 0;

@@ -8,8 +8,8 @@
 #include <sstream>
 #include <thread>
 
+#include "any_host/pipe_peer.h"
 #include "any_host/temp_directory.h"
-#include "host/pipe_peer.h"
 #include "host/program.h"
 #include "support/source_dir.h"
 

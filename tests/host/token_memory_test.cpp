@@ -10,10 +10,10 @@
 #include <new>
 #include <optional>
 
+#include "any_host/pipe_peer.h"
 #include "any_host/temp_directory.h"
 #include "foundation/singleton.h"
 #include "host/client_token_maker.h"
-#include "host/pipe_peer.h"
 #include "pipe/named_pipe_listener_json.h"
 #include "platform/base64.h"
 #include "platform/linux/linux_host.h"

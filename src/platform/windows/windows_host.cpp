@@ -67,6 +67,7 @@ struct WindowsHost::Impl {
             "prompt, or once with --install");
       }
       home.emplace(options.home);
+      crypto.SetHome(home->Path());
     }
     if (!options.worldFile.empty()) {
       const sim::World world = LoadWorld(options);
@@ -152,7 +153,7 @@ struct WindowsHost::Impl {
   WindowsIpHelper ipHelper;
   WindowsNetworkList networkList;
   WindowsPerfCounters perfCounters;
-  WindowsPipes pipes;
+  WindowsPipes pipes{threads};
   WindowsPower power;
   WindowsServices services;
   WindowsSession session;
