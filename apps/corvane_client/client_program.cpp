@@ -57,8 +57,9 @@ std::string HelpText() {
          "Options:\n"
          "  --adapter A  the adapter, by GUID, index or name, where a command is for one\n"
          "               (default: the only one, or all)\n"
-         "  --home DIR   the service's home directory (default: CORVANE_HOME, else\n"
-         "               $XDG_STATE_HOME/corvane, else ~/.local/state/corvane)\n"
+         "  --home DIR   " +
+         kHomeHelp +
+         "\n"
          "  --json       prints JSON\n"
          "  --help       tells of the program, or of a command\n"
          "  --           ends the options, before a name that begins with -\n\n"

@@ -1,12 +1,9 @@
 #include "corvane_client/linux_service_access.h"
 
-#include <rapidjson/error/en.h>
-#include <rapidjson/stringbuffer.h>
-#include <rapidjson/writer.h>
-
 #include <algorithm>
 
 #include "corvane_client/client_error.h"
+#include "corvane_client/pipe_talk.h"
 #include "corvane_client/service_reply.h"
 #include "foundation/text.h"
 #include "platform/base64.h"
@@ -15,7 +12,6 @@
 #include "platform/linux/pipe_client.h"
 #include "platform/linux/public_key.h"
 #include "platform/linux/registry_reader.h"
-#include "store/json_text.h"
 
 namespace corvane::client {
 
@@ -24,9 +20,6 @@ using namespace platform::linux_host;
 namespace {
 
 constexpr char kHomeKey[] = "SOFTWARE\\OstrelNetworks\\Corvane";
-// A diagnosis takes seconds, and other clients are served before it.
-constexpr int kReplyLimitMs = 60'000;
-constexpr int kReplySliceMs = 500;
 
 std::unique_ptr<PipeClient> Connect(const std::string& home, const char* pipe) {
   std::string reason;
@@ -35,21 +28,9 @@ std::unique_ptr<PipeClient> Connect(const std::string& home, const char* pipe) {
   return client;
 }
 
-// A message within `limitMs`; nothing on Ctrl-C or when the time is over.
+// Until Ctrl-C.
 std::optional<std::string> ReceiveWithin(PipeClient& pipe, int limitMs) {
-  std::u16string message;
-  for (int waited = 0;; waited += kReplySliceMs) {
-    const int slice = std::min(kReplySliceMs, limitMs - waited);
-    if (slice <= 0 || platform::linux_host::IsInterrupted()) return std::nullopt;
-    switch (pipe.Receive(slice, &message)) {
-      case PipeClient::Result::kMessage:
-        return WideToUtf8(message);
-      case PipeClient::Result::kEnd:
-        throw ClientError(kNoService, "the service has closed the connection");
-      case PipeClient::Result::kNothing:
-        break;
-    }
-  }
+  return ReceiveReply(pipe, limitMs, &platform::linux_host::IsInterrupted);
 }
 
 class CSubscription : public IEventSource {
@@ -68,25 +49,15 @@ class CSubscription : public IEventSource {
 
 }  // namespace
 
-std::string WithToken(const std::string& request, const std::string& token) {
-  rapidjson::Document document;
-  ParseJson(request, &document);
-  if (document.HasParseError()) {
-    throw ClientError(kBadCall, std::string("the request is no JSON: ") +
-                                    rapidjson::GetParseError_En(document.GetParseError()));
-  }
-  if (!document.IsObject()) throw ClientError(kBadCall, "the request is no JSON object");
-  if (document.HasMember("art")) return request;
-  const std::size_t brace = request.find('{');
-  const char* comma = document.ObjectEmpty() ? "" : ",";
-  return "{\"art\":\"" + token + "\"" + comma + request.substr(brace + 1);
+std::string HowToStart(const std::string& home, const std::string& reason) {
+  return NoService(home, reason,
+                   "Start one with ./run or corvane, or name its home directory with --home or "
+                   "CORVANE_HOME.");
 }
 
-std::string HowToStart(const std::string& home, const std::string& reason) {
-  return "no service runs on " + home + " (" + reason +
-         ")\nStart one with ./run or corvane, or name its home directory with --home or "
-         "CORVANE_HOME.";
-}
+const char* const kHomeHelp =
+    "the service's home directory (default: CORVANE_HOME, else\n"
+    "               $XDG_STATE_HOME/corvane, else ~/.local/state/corvane)";
 
 CLinuxServiceAccess::CLinuxServiceAccess(std::string home)
     : m_Home(std::move(home)), m_Session(RandomGuid()) {}
@@ -95,8 +66,7 @@ CLinuxServiceAccess::~CLinuxServiceAccess() = default;
 // A nonce from the clock is above those of earlier calls; equal times count up.
 std::string CLinuxServiceAccess::Token() {
   m_LastNonce = std::max(MicrosecondsSince1970(), m_LastNonce + 1);
-  const std::string plain = m_Session + "," + std::to_string(OwnProcessId()) + "," +
-                            std::to_string(m_LastNonce) + ",corvane-client";
+  const std::string plain = TokenText(m_Session, OwnProcessId(), m_LastNonce);
   try {
     return platform::ToBase64(EncryptWithPublicKey(m_Home + "/client_key.pub.pem", plain));
   } catch (const HostError& error) {

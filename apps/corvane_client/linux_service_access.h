@@ -32,10 +32,6 @@ class CLinuxServiceAccess : public IServiceAccess {
   std::unique_ptr<platform::linux_host::PipeClient> m_pPipe;  // null until the first request
 };
 
-// The request with a token as its member "art"; an "art" of its own is kept. Throws ClientError
-// (kBadCall) for a text that is no JSON object.
-std::string WithToken(const std::string& request, const std::string& token);
-
 // How to start a service, and where this one was looked for.
 std::string HowToStart(const std::string& home, const std::string& reason);
 

@@ -8,6 +8,9 @@ namespace corvane::client {
 
 using Values = std::map<std::string, std::string>;  // of a key of the registry, by name
 
+// What --home names on this host, as the help tells it.
+extern const char* const kHomeHelp;
+
 // The events of a service, from the moment on at which this was made.
 class IEventSource {
  public:

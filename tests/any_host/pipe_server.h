@@ -21,7 +21,9 @@ class PipeServer {
  public:
   using Answer = std::function<std::string(std::string)>;
 
-  PipeServer(PipeKernel& kernel, Answer answer) : m_Kernel(kernel), m_Answer(std::move(answer)) {
+  // `path` is that of the kernel when it is null.
+  PipeServer(PipeKernel& kernel, Answer answer, platform::LPCWSTR path = nullptr)
+      : m_Kernel(kernel), m_Answer(std::move(answer)), m_Path(path ? path : kernel.pipePath) {
     auto& threads = m_Kernel.threads;
     m_Listening.hEvent = m_Event = threads.CreateEventW(platform::TRUE, platform::FALSE, "connect");
     m_Ready = threads.CreateEventW(platform::TRUE, platform::FALSE, "ready");
@@ -88,7 +90,7 @@ class PipeServer {
   void Listen() {
     m_Kernel.threads.ResetEvent(m_Event);
     m_Waiting = m_Kernel.pipes.CreateNamedPipeW(
-        m_Kernel.pipePath, platform::PIPE_ACCESS_DUPLEX | platform::FILE_FLAG_OVERLAPPED,
+        m_Path, platform::PIPE_ACCESS_DUPLEX | platform::FILE_FLAG_OVERLAPPED,
         platform::PIPE_TYPE_MESSAGE | platform::PIPE_READMODE_MESSAGE, 255, kPipeBufferBytes,
         kPipeBufferBytes, 0, nullptr);
     EXPECT_NE(m_Waiting, nullptr);
@@ -136,6 +138,7 @@ class PipeServer {
 
   PipeKernel& m_Kernel;
   const Answer m_Answer;
+  const platform::LPCWSTR m_Path;
   platform::OVERLAPPED m_Listening;
   platform::HANDLE m_Event = nullptr;
   platform::HANDLE m_Ready = nullptr;
