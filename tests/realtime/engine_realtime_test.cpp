@@ -6,12 +6,12 @@
 #include <atomic>
 #include <thread>
 
+#include "any_host/temp_directory.h"
 #include "engine/engine.h"
 #include "engine/engine_snapshot.h"
 #include "foundation/log_lines.h"
 #include "foundation/singleton.h"
 #include "foundation/smart_obj.h"
-#include "host/temp_directory.h"
 #include "lb/lb_config.h"
 #include "platform/clock_api.h"
 #include "platform/linux/host_threads.h"
