@@ -53,7 +53,9 @@ struct WindowsHost::Impl {
         : session(impl.gate, impl.threads, impl.clock),
           devices(
               world, kSeed,
-              {impl.threads, impl.clock, impl.registry, impl.gate, &PressKey, &impl, &session}) {}
+              {impl.threads, impl.clock, impl.registry, impl.gate, &PressKey, &impl, &session}) {
+      session.SetProcessLookup(&ExecutableOfProcess);
+    }
 
     sim::SimSession session;
     sim::SimDevices devices;
