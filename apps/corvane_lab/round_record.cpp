@@ -7,7 +7,6 @@
 
 #include "foundation/format.h"
 #include "policy/policy.h"
-#include "policy/suggesting.h"
 #include "settings/global_config_container.h"
 
 namespace corvane::lab {
@@ -34,8 +33,7 @@ void Fraction(JsonWriter& json, const char* name, double number) {
 }
 
 const char* ModeText(const CQUAYInterfaceConfig& config) {
-  const SuggestionMode mode = ModeOf(config);
-  return !mode.passive ? "autoswitch" : mode.popup ? "popup" : "event";
+  return config.IsAutoswitch() ? "autoswitch" : config.IsEtwMode() ? "event" : "popup";
 }
 
 void Entries(JsonWriter& json, const char* name, const RoundRecord& round,

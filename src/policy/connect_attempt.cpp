@@ -24,14 +24,13 @@ RoundStep StepOf(const ConnectOutcome& outcome) {
 
 }  // namespace
 
-ConnectOutcome TryConnect(CWlanInterface& adapter, CQUAYInterfaceConfig& config,
-                          CWlanBssEntry& entry, const WString& profileXml, bool save,
-                          std::uint32_t timeoutMs) {
+ConnectOutcome TryConnect(const Round& round, CWlanBssEntry& entry, const WString& profileXml,
+                          bool save, std::uint32_t timeoutMs) {
   ConnectOutcome outcome;
   entry.m_last_reason_code = 0;
   try {
-    entry.ConnectSynchronous(&adapter, profileXml, save, timeoutMs);
-    outcome.connected = IsOn(adapter, entry);
+    entry.ConnectSynchronous(&round.adapter, profileXml, save, timeoutMs);
+    outcome.connected = IsOn(round.adapter, entry);
   } catch (const Exception& e) {
     outcome.failed = true;
     outcome.what = e.what();
@@ -41,25 +40,24 @@ ConnectOutcome TryConnect(CWlanInterface& adapter, CQUAYInterfaceConfig& config,
     outcome.what = e.what();
     outcome.standard = true;
   }
-  RoundWatches::Step(adapter.GetConfigIdx(), StepOf(outcome), &entry);
+  RoundWatches::Step(round.idx, StepOf(outcome), &entry);
   entry.m_last_reason_code = outcome.code;
   if (outcome.connected) {
     ++entry.m_connect_good;
     entry.m_ever_connected = true;
   } else if (outcome.failed) {
-    config.SetString(value::kConnectStatus, u"error");
+    round.config->SetString(value::kConnectStatus, u"error");
   }
   return outcome;
 }
 
-ConnectOutcome TryConnectCounted(CWlanInterface& adapter, CQUAYInterfaceConfig& config,
-                                 CWlanBssEntry& entry, const char* stage) {
-  ConnectOutcome outcome = TryConnect(adapter, config, entry, {}, false, kConnectTimeoutMs);
+ConnectOutcome TryConnectCounted(const Round& round, CWlanBssEntry& entry, const char* stage) {
+  ConnectOutcome outcome = TryConnect(round, entry, {}, false, kConnectTimeoutMs);
   if (!outcome.failed) return outcome;
   ++entry.m_connect_failed;
-  LOG_ERROR(u"[%i]CGlobalQUAYPolicy::MakeChoice:[%S] %S: %S, STATS: failed=%i, good=%i",
-            adapter.GetConfigIdx(), stage, outcome.standard ? "std:exception" : "Exception",
-            outcome.what, entry.m_connect_failed, entry.m_connect_good);
+  LOG_ERROR(u"[%i]CGlobalQUAYPolicy::MakeChoice:[%S] %S: %S, STATS: failed=%i, good=%i", round.idx,
+            stage, outcome.standard ? "std:exception" : "Exception", outcome.what,
+            entry.m_connect_failed, entry.m_connect_good);
   return outcome;
 }
 

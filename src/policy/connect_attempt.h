@@ -1,7 +1,7 @@
 #pragma once
 #include <functional>
 
-#include "wlan/wlan_interface.h"
+#include "policy/round.h"
 
 namespace corvane {
 
@@ -19,13 +19,11 @@ struct ConnectOutcome {
 // One attempt at one entry, with what it leaves on the entry and in `ConnectStatus`: once connected
 // the good count and the mark of an entry ever connected; on failure the reason code, of which
 // there is none otherwise, and "error". Failed attempts are counted by the caller.
-ConnectOutcome TryConnect(CWlanInterface& adapter, CQUAYInterfaceConfig& config,
-                          CWlanBssEntry& entry, const WString& profileXml, bool save,
-                          std::uint32_t timeoutMs);
+ConnectOutcome TryConnect(const Round& round, CWlanBssEntry& entry, const WString& profileXml,
+                          bool save, std::uint32_t timeoutMs);
 
 // The same for the automatic ways: failed attempts count, and the failure is logged under `stage`.
-ConnectOutcome TryConnectCounted(CWlanInterface& adapter, CQUAYInterfaceConfig& config,
-                                 CWlanBssEntry& entry, const char* stage);
+ConnectOutcome TryConnectCounted(const Round& round, CWlanBssEntry& entry, const char* stage);
 
 // Moves of the whole program, kept over restarts: within one network, else between networks.
 void CountMove(bool withinNetwork);

@@ -1,6 +1,7 @@
 #pragma once
-// The selection engine. CGlobalQUAYPolicy has no data: all state lives in the adapter, its entries
-// and its configuration. Everything here runs on the adapter's worker, under the global lock.
+// The selection engine as others call it; inside, its decisions take the round (decisions.h).
+// CGlobalQUAYPolicy has no data: all state lives in the adapter, its entries and its configuration.
+// Everything here runs on the adapter's worker, under the global lock.
 
 #include <cstdint>
 
@@ -70,10 +71,6 @@ class CGlobalQUAYPolicy {
                                        const WString& ssid, const WString& bssid_text,
                                        const WString& profile_xml, bool save_profile,
                                        const ConnectionFacts& facts, const char* tag);
-
-  // MonitorWhileDisabled on, and not both enable flags: decide, but neither connect nor suggest.
-  static bool IsMonitorMode(const CQUAYInterfaceConfig& config);
-  static bool IsEnabled(const CQUAYInterfaceConfig& config);
 };
 
 }  // namespace corvane

@@ -5,7 +5,7 @@
 #include "platform/platform.h"
 #include "platform/thread_api.h"
 #include "policy/connect_attempt.h"
-#include "policy/policy.h"
+#include "policy/decisions.h"
 #include "policy/policy_log.h"
 #include "policy/policy_text.h"
 #include "policy/round_watch.h"
@@ -35,17 +35,16 @@ void LogFailure(const ConnectOutcome& outcome) {
 }
 
 // Tries one entry up to three times, until an attempt does not fail; *tries tells how many it took.
-ConnectOutcome TryRepeatedly(CWlanInterface& adapter, CQUAYInterfaceConfig& config,
-                             CWlanBssEntry& entry, const WString& profileXml, bool save,
-                             const char* tag, int* tries) {
-  const int idx = adapter.GetConfigIdx();
+ConnectOutcome TryRepeatedly(const Round& round, CWlanBssEntry& entry, const WString& profileXml,
+                             bool save, const char* tag, int* tries) {
+  const int idx = round.idx;
   const MacAddress mac = entry.GetBssid();
   for (*tries = 1;; ++*tries) {
     LOG_ADAPTER(idx, kPolicyLog,
                 u"[%i] %S [try=%i] Connecting to %s {%02x-%02x-%02x-%02x-%02x-%02x}\n", idx, tag,
                 *tries, entry.m_SSIDW, MAC_ARGS(mac));
     RoundWatches::Step(idx, RoundStep::kRequestedConnect, &entry);
-    ConnectOutcome outcome = TryConnect(adapter, config, entry, profileXml, save, TimeoutOf(entry));
+    ConnectOutcome outcome = TryConnect(round, entry, profileXml, save, TimeoutOf(entry));
     if (!outcome.failed) return outcome;
     LogFailure(outcome);
     if (*tries == kTries) return outcome;
@@ -60,13 +59,13 @@ void LogOrder(int idx, const char* text, const WString& ssid, const WString& bss
 
 }  // namespace
 
-bool CGlobalQUAYPolicy::FindAndConnectToBssEntry(CWlanInterface* pIf, const BssEntryList& entries,
-                                                 const WString& ssid, const WString& bssid_text,
-                                                 const WString& profile_xml, bool save_profile,
-                                                 const ConnectionFacts& facts, const char* tag) {
-  const int idx = pIf->GetConfigIdx();
-  const CSmartPointer<CQUAYInterfaceConfig> config = pIf->Config();
-  if (IsMonitorMode(*config)) {
+bool FindAndConnectToBssEntry(const Round& round, const BssEntryList& entries, const WString& ssid,
+                              const WString& bssid_text, const WString& profile_xml,
+                              bool save_profile, const char* tag) {
+  const int idx = round.idx;
+  const auto& config = round.config;
+  const ConnectionFacts& facts = round.facts;
+  if (round.settings.IsMonitorMode()) {
     LOG_ADAPTER(
         idx, kPolicyLog,
         u"[%i] %S [DISABLED IN MONITOR MODE] FindAndConnectToBssEntry: _NOT_ Connecting. to "
@@ -85,18 +84,19 @@ bool CGlobalQUAYPolicy::FindAndConnectToBssEntry(CWlanInterface* pIf, const BssE
   const WString before =
       isAcceptance && facts.connected
           ? ShortApSummary(SummaryOfConnection(
-                *pIf, facts, pIf->GetScoreFromBssEntry(facts.ssid, facts.bssid, true)))
+                round.adapter, facts,
+                round.adapter.GetScoreFromBssEntry(facts.ssid, facts.bssid, true)))
           : WString(u"None");
 
   for (const auto& entry : entries) {
     if (entry->m_BSSIDText != bssid_text) continue;
     int tries = 0;
     const ConnectOutcome outcome =
-        TryRepeatedly(*pIf, *config, *entry, profile_xml, save_profile, tag, &tries);
+        TryRepeatedly(round, *entry, profile_xml, save_profile, tag, &tries);
     if (outcome.failed) continue;
     if (isAcceptance && outcome.connected) {
       CountMove(facts.connected && entry->m_SSIDW == facts.ssid);
-      NotifyConnectionChange(*pIf, *config, u"SuggestionAccepted",
+      NotifyConnectionChange(round.adapter, *config, u"SuggestionAccepted",
                              ShortApSummary(SummaryOf(*entry)), before);
     }
     LOG_ADAPTER(
@@ -104,18 +104,17 @@ bool CGlobalQUAYPolicy::FindAndConnectToBssEntry(CWlanInterface* pIf, const BssE
         u"[%i] [try=%i] FindAndConnectToBssEntry: Success connecting to %s [STATs: failed=%i, "
         u"good=%i]\n",
         idx, tries, entry->m_SSIDW, entry->m_connect_failed, entry->m_connect_good);
-    if (outcome.connected) PublishConnection(*pIf, *config, *entry);
+    if (outcome.connected) PublishConnection(round.adapter, *config, *entry);
     return true;
   }
   config->SetString(value::kConnectStatus, u"error");
   return false;
 }
 
-bool CGlobalQUAYPolicy::CheckExecuteConnectFromUI(CWlanInterface* pIf,
-                                                  const UIConnectRequest& request,
-                                                  const BssEntryList& entries,
-                                                  const ConnectionFacts& facts) {
-  const int idx = pIf->GetConfigIdx();
+bool CheckExecuteConnectFromUI(const Round& round, const UIConnectRequest& request,
+                               const BssEntryList& entries) {
+  const int idx = round.idx;
+  const ConnectionFacts& facts = round.facts;
   if (request.bssid.empty()) return false;
 
   MacAddress bssid{};
@@ -130,8 +129,8 @@ bool CGlobalQUAYPolicy::CheckExecuteConnectFromUI(CWlanInterface* pIf,
                 same ? u"SAME" : u"DIFFERENT", request.bssid, MacText(facts.bssid));
     if (same) return false;
   }
-  if (!FindAndConnectToBssEntry(pIf, entries, request.ssid, request.bssid, request.profile,
-                                request.save, facts, kClientOrder)) {
+  if (!FindAndConnectToBssEntry(round, entries, request.ssid, request.bssid, request.profile,
+                                request.save, kClientOrder)) {
     return false;
   }
   RoundWatches::Step(idx, RoundStep::kClientConnect);
@@ -140,30 +139,31 @@ bool CGlobalQUAYPolicy::CheckExecuteConnectFromUI(CWlanInterface* pIf,
   return true;
 }
 
-bool CGlobalQUAYPolicy::CheckAcceptSuggestion(CWlanInterface* pIf, const BssEntryList& entries,
-                                              const ConnectionFacts& facts) {
-  const int idx = pIf->GetConfigIdx();
-  const CSmartPointer<CQUAYInterfaceConfig> config = pIf->Config();
+bool CheckAcceptSuggestion(const Round& round) {
+  const int idx = round.idx;
+  const auto& config = round.config;
+  const ConnectionFacts& facts = round.facts;
   if (!config->m_accept_suggestion.exchange(false)) return false;
 
   WString ssid, bssid;
   config->GetString(value::kSuggestedNetworkSSID, &ssid);
   config->GetString(value::kSuggestedNetworkBSSID, &bssid);
-  if (FindAndConnectToBssEntry(pIf, entries, ssid, bssid, {}, false, facts, kAcceptance)) {
+  if (FindAndConnectToBssEntry(round, round.candidates, ssid, bssid, {}, false, kAcceptance)) {
     RoundWatches::Step(idx, RoundStep::kSuggestionAccepted);
     LogOrder(idx, "] SUGGESTION ACCEPTED: Connect to ", ssid, bssid, kLogFile | kLogMemory);
     LOG_ADAPTER(idx, kPolicyLog, u"\n[%i]Connect to suggested Network succeeded [%s][%s]\n", idx,
                 ssid, bssid);
     return true;
   }
-  if (IsMonitorMode(*config)) return false;  // nothing was touched that would need to be restored
+  if (round.settings.IsMonitorMode())
+    return false;  // nothing was touched that would need to be restored
   RoundWatches::Step(idx, RoundStep::kSuggestionFailed);
   if (facts.connected && !facts.ssid.empty()) {
     LOG_ADAPTER(idx, kPolicyLog,
                 u"\n[%i]Connect to suggested Network [%s] failed, trying to restore %s\n", idx,
                 ssid, facts.ssid);
     RoundWatches::Step(idx, RoundStep::kRestore);
-    pIf->ConnectToNetwork(facts.ssid);
+    round.adapter.ConnectToNetwork(facts.ssid);
     LOG_ADAPTER(idx, kPolicyLog, u"\n[%i]Restoring %s succeeded\n", idx, facts.ssid);
   } else {
     LOG_ADAPTER(idx, kPolicyLog,

@@ -2,16 +2,16 @@
 
 namespace corvane {
 
-bool IsRoam(CWlanInterface* pIf, CWlanBssEntry* target, WStringView ssid) {
+bool IsRoam(const Round& round, const CWlanBssEntry& target) {
   RoamFacts facts;
-  facts.index = pIf->GetConfigIdx();
-  facts.sameSsid = target->m_SSIDW == ssid;
-  facts.gatewayRoaming = pIf->Config()->IsGatewayRoaming();
-  facts.current = {pIf->GetIP4GatewayMacs(), pIf->GetIP6GatewayMacs()};
-  facts.bssid = target->GetBssid();
-  facts.candidate = {target->m_IP4GatewayMacs, target->m_IP6GatewayMacs};
-  return IsRoam(facts, [target] {
-    return CGlobalAPGatewayMapMemo::GetInstance().LookUp(target->m_BSSIDText);
+  facts.index = round.idx;
+  facts.sameSsid = target.m_SSIDW == round.facts.ssid;
+  facts.gatewayRoaming = round.settings.gatewayRoaming;
+  facts.current = {round.adapter.GetIP4GatewayMacs(), round.adapter.GetIP6GatewayMacs()};
+  facts.bssid = target.GetBssid();
+  facts.candidate = {target.m_IP4GatewayMacs, target.m_IP6GatewayMacs};
+  return IsRoam(facts, [&target] {
+    return CGlobalAPGatewayMapMemo::GetInstance().LookUp(target.m_BSSIDText);
   });
 }
 

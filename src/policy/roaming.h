@@ -1,11 +1,10 @@
 #pragma once
 #include "policy/roaming_rules.h"
-#include "wlan/wlan_interface.h"
+#include "policy/round.h"
 
 namespace corvane {
 
-// The roam test for an entry of the adapter's model. `ssid` is the connected one. On the adapter's
-// worker.
-bool IsRoam(CWlanInterface* pIf, CWlanBssEntry* target, WStringView ssid);
+// The roam test of a round's connection for an entry of the adapter's model.
+bool IsRoam(const Round& round, const CWlanBssEntry& target);
 
 }  // namespace corvane

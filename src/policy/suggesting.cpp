@@ -4,11 +4,6 @@
 
 namespace corvane {
 
-SuggestionMode ModeOf(const CQUAYInterfaceConfig& config) {
-  return {config.m_bPassive, config.m_bPassive && config.m_bPopupMode, config.m_bForcePopupOverride,
-          config.m_allowlist_active};
-}
-
 bool SuggestByEvent(CQUAYInterfaceConfig& config, const CWlanBssEntry& entry, std::int32_t percent,
                     std::uint32_t quality, const WString& suggestedSummary,
                     const WString& currentSummary) {
@@ -27,25 +22,24 @@ bool SuggestByPopup(CQUAYInterfaceConfig& config, const CWlanBssEntry& entry, st
                                        suggestedSummary, currentSummary);
 }
 
-void ReportSignalQuality(CQUAYInterfaceConfig& config, const WString& ssid,
-                         const WString& bssidText, const WString& channelText,
-                         std::uint32_t quality) {
+void ReportSignalQuality(const Round& round, const WString& ssid, const WString& bssidText,
+                         const WString& channelText) {
+  CQUAYInterfaceConfig& config = *round.config;
   // The option asks for the next report even if nothing has changed.
   if (config.m_bForceLQEtw.exchange(false)) {
     config.m_Etw.ResetQualityBad();
     config.m_Etw.ResetQualityGood();
   }
-  if (quality >= config.m_LQCThreshold) {
-    config.m_Etw.NotifySignalQualityGOOD(ssid, bssidText, channelText, quality);
+  if (round.HasGoodQuality()) {
+    config.m_Etw.NotifySignalQualityGOOD(ssid, bssidText, channelText, round.facts.quality);
   } else {
-    config.m_Etw.NotifySignalQualityBAD(ssid, bssidText, channelText, quality);
+    config.m_Etw.NotifySignalQualityBAD(ssid, bssidText, channelText, round.facts.quality);
   }
 }
 
-void ReportSignalQuality(CQUAYInterfaceConfig& config, const CWlanBssEntry& entry,
-                         std::uint32_t quality) {
+void ReportSignalQuality(const Round& round, const CWlanBssEntry& entry) {
   const ReportedAp ap = ReportedApOf(entry);
-  ReportSignalQuality(config, ap.ssid, ap.bssid, ap.channelText, quality);
+  ReportSignalQuality(round, ap.ssid, ap.bssid, ap.channelText);
 }
 
 void RememberSuggestion(CWlanInterface& adapter, const CWlanBssEntry& entry,
@@ -61,10 +55,11 @@ void ForgetSuggestion(CWlanInterface& adapter) {
   adapter.m_last_suggested_pos = -1;
 }
 
-bool IsSuggested(CQUAYInterfaceConfig& config, WStringView ssid, WStringView bssidText) {
-  const SuggestionMode mode = ModeOf(config);
-  if (!mode.passive) return false;
-  return (mode.popup ? config.m_Popup.GetMemo() : config.m_Etw.GetMemo()).HasAp(ssid, bssidText);
+bool IsSuggested(const Round& round, const CWlanBssEntry& entry) {
+  if (!round.settings.passive) return false;
+  CApSetMemo& memo =
+      round.settings.popup ? round.config->m_Popup.GetMemo() : round.config->m_Etw.GetMemo();
+  return memo.HasAp(entry.m_SSIDW, entry.m_BSSIDText);
 }
 
 }  // namespace corvane

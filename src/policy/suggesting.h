@@ -1,12 +1,9 @@
 #pragma once
 // The reporters as the policy uses them: entries in, events and dialogs out.
 
-#include "policy/switch_rules.h"
-#include "wlan/wlan_interface.h"
+#include "policy/round.h"
 
 namespace corvane {
-
-SuggestionMode ModeOf(const CQUAYInterfaceConfig& config);
 
 // Suggestion by event. True when it went out; then the next report of a best network does too.
 bool SuggestByEvent(CQUAYInterfaceConfig& config, const CWlanBssEntry& entry, std::int32_t percent,
@@ -18,18 +15,16 @@ bool SuggestByPopup(CQUAYInterfaceConfig& config, const CWlanBssEntry& entry, st
                     std::uint32_t quality, std::uint32_t threshold, const WString& suggestedSummary,
                     const WString& currentSummary);
 
-// GOOD from LQCThreshold on, else BAD.
-void ReportSignalQuality(CQUAYInterfaceConfig& config, const WString& ssid,
-                         const WString& bssidText, const WString& channelText,
-                         std::uint32_t quality);
-void ReportSignalQuality(CQUAYInterfaceConfig& config, const CWlanBssEntry& entry,
-                         std::uint32_t quality);
+// The quality of the connection: GOOD from LQCThreshold on, else BAD.
+void ReportSignalQuality(const Round& round, const WString& ssid, const WString& bssidText,
+                         const WString& channelText);
+void ReportSignalQuality(const Round& round, const CWlanBssEntry& entry);
 
 // Remembers the suggestion by its place in the sorted list, for the check of the next rounds.
 void RememberSuggestion(CWlanInterface& adapter, const CWlanBssEntry& entry, std::int32_t position);
 void ForgetSuggestion(CWlanInterface& adapter);
 
-// The pair is suggested in the mode in force, and not resolved.
-bool IsSuggested(CQUAYInterfaceConfig& config, WStringView ssid, WStringView bssidText);
+// The entry is suggested in the mode in force, and not resolved.
+bool IsSuggested(const Round& round, const CWlanBssEntry& entry);
 
 }  // namespace corvane

@@ -1,0 +1,40 @@
+#include "policy/round.h"
+
+#include "settings/global_config_container.h"
+#include "wlan/wifi_client_container.h"
+
+namespace corvane {
+
+RoundSettings::RoundSettings(const CQUAYInterfaceConfig& config) {
+  const auto& global = CGlobalConfigContainer::GetInstance();
+  enabled = config.m_Enabled;
+  serviceEnabled = global.m_bServiceEnable;
+  monitorWhileDisabled = global.m_bMonitorWhileDisabled;
+  passive = config.m_bPassive;
+  popup = passive && config.m_bPopupMode;
+  forceAutoConnect = config.m_ForceAutoConnect;
+  preferPrivate = config.m_PreferPrivateNetwork;
+  networkSwitching = config.m_network_switching;
+  allowlistEnabled = global.m_bAllowlistEnabled;
+  decideStale = global.m_bULScan;
+  pilot = global.m_bEnablePilot;
+  roaming = config.IsRoamingEnabled();
+  gatewayRoaming = config.IsGatewayRoaming();
+  qualityThreshold = config.m_LQCThreshold;
+  scorePercent = global.m_ScoreDiffPct;
+  required = RequiredCount(CWifiClientContainer::GetInstance().GetCount());
+}
+
+Round::Round(CWlanInterface& wlan)
+    : adapter(wlan), idx(wlan.GetConfigIdx()), config(wlan.Config()), settings(*config) {}
+
+CandidateMargins Round::Margins() const {
+  return {settings.qualityThreshold, config->m_APScoreThreshold, settings.scorePercent};
+}
+
+SuggestionMode Round::Mode() const {
+  return {settings.passive, settings.popup, config->m_bForcePopupOverride,
+          config->m_allowlist_active};
+}
+
+}  // namespace corvane

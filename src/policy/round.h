@@ -1,0 +1,53 @@
+#pragma once
+// What one policy round knows: gathered once (policy_round.cpp), handed down to every decision.
+
+#include "policy/candidate_rules.h"
+#include "policy/switch_rules.h"
+#include "wlan/wlan_interface.h"
+
+namespace corvane {
+
+// The settings of a round, read once at its beginning, under the global lock: a client's command
+// takes effect in the next round.
+struct RoundSettings {
+  explicit RoundSettings(const CQUAYInterfaceConfig& config);
+
+  bool IsEnabled() const { return enabled && serviceEnabled; }
+  // Decides, but neither connects nor suggests.
+  bool IsMonitorMode() const { return monitorWhileDisabled && !IsEnabled(); }
+  bool IsEventMode() const { return passive && !popup; }
+
+  bool enabled = false, serviceEnabled = false;
+  bool monitorWhileDisabled = false;
+  bool passive = false, popup = false;  // neither is autoswitch, popup is passive, too
+  bool forceAutoConnect = false;
+  bool preferPrivate = false;
+  bool networkSwitching = false;
+  bool allowlistEnabled = false;
+  bool decideStale = false;  // ULScan
+  bool pilot = false;
+  bool roaming = false, gatewayRoaming = false;
+  std::uint32_t qualityThreshold = 0;  // LQCThreshold, 0 to 100
+  std::uint32_t scorePercent = 0;      // SCOREDIFFPCT
+  std::int32_t required = 0;           // rounds that a candidate has to win
+};
+
+struct Round {
+  explicit Round(CWlanInterface& wlan);
+
+  // What the round itself may change is asked at each use: the point threshold rises with the rate
+  // of switches, an allow list comes into force, a connect of somebody else overrides the mode.
+  CandidateMargins Margins() const;
+  SuggestionMode Mode() const;
+  bool HasGoodQuality() const { return facts.quality >= settings.qualityThreshold; }
+
+  CWlanInterface& adapter;
+  const int idx;  // of the adapter
+  const CSmartPointer<CQUAYInterfaceConfig> config;
+  const RoundSettings settings;
+  ConnectionFacts facts;
+  BssEntryList candidates;  // BssEntriesList, best first
+  BssEntryList others;      // OtherEntriesList: in range, but no candidates
+};
+
+}  // namespace corvane
