@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
+#include "policy/candidate_lines.h"
 #include "policy/decisions.h"
-#include "policy/policy_log.h"
 #include "policy/round_watch.h"
 #include "policy/standing_suggestion.h"
 #include "wlan/wifi_client_container.h"
@@ -39,9 +39,7 @@ class CounterPass {
         entry->GetBssid() == m_Round.facts.bssid,
         entry->m_last_reason_code == platform::WLAN_REASON_CODE_NETWORK_NOT_AVAILABLE};
     const CandidateVerdict verdict = JudgeCandidate(in, m_Margins);
-    if (verdict.lostClaim) ClearUnclaimed(*entry, score);
-    if (verdict.standing == CandidateStanding::kConnectedBss) ClearConnected(*entry);
-    if (verdict.standing == CandidateStanding::kUnavailable) ClearUnavailable(*entry);
+    Clear(*entry, verdict, score);
     if (verdict.standing != CandidateStanding::kQualified) {
       return verdict.lostClaim ? CandidateStanding::kNotBetter : verdict.standing;
     }
@@ -50,11 +48,7 @@ class CounterPass {
     m_LastQualifier = entry;
     if (PassesPointTest(score, m_Current, m_Margins.scoreThreshold)) Widen(score - m_Current);
     if (m_Round.settings.IsMonitorMode() && entry->GetCandidate() > m_Round.settings.required) {
-      LOG_ADAPTER(m_Round.idx, kPolicyLog,
-                  u"_[%i]IncrementCandidateCounters: NO BUMP CANDIDATE(%i): SSID %s %s [center %u] "
-                  u"score: %i vs %i\n",
-                  m_Round.idx, entry->m_candidate_counter, entry->m_SSIDW, entry->m_BSSIDText,
-                  entry->GetFrequencyKhz(), score, m_Current);
+      lines::NotCounted(m_Round, *entry, score, m_Current);
     } else {
       Bump(*entry, score);
     }
@@ -64,46 +58,27 @@ class CounterPass {
     return CandidateStanding::kReady;
   }
 
-  // --- An entry that has lost its claim starts anew; one that is merely not good enough in this
-  // round keeps its count.
-  void ClearUnclaimed(CWlanBssEntry& entry, std::int32_t score) {
-    LOG_ADAPTER(m_Round.idx, kCandidateDetailLog,
-                u"___[%i]IncrementCandidateCounters: CLEARING CANDIDATE(%i): SSID %s %s [center "
-                u"%u] due to: "
-                u"%i <= %i\n",
-                m_Round.idx, entry.m_candidate_counter, entry.m_SSIDW, entry.m_BSSIDText,
-                entry.GetFrequencyKhz(), score, m_Current);
-    entry.m_candidate_counter = 0;
-  }
-
-  void ClearConnected(CWlanBssEntry& entry) {
-    LOG_ADAPTER(
-        m_Round.idx, kCandidateDetailLog,
-        u"___[%i]IncrementCandidateCounters: CLEARING CANDIDATE(%i): SSID %s %s [center %u] "
-        u"[CURRENT AP BSSID!]\n",
-        m_Round.idx, entry.m_candidate_counter, entry.m_SSIDW, entry.m_BSSIDText,
-        entry.GetFrequencyKhz());
-    entry.m_candidate_counter = 0;
-  }
-
-  void ClearUnavailable(CWlanBssEntry& entry) {
-    LOG_ADAPTER(m_Round.idx, kCandidateDetailLog,
-                u"___[%i]IncrementCandidateCounters: CLEARING CANDIDATE(%i): SSID %s %s [center "
-                u"%u] [BAD prev "
-                u"reason-code %i]\n",
-                m_Round.idx, entry.m_candidate_counter, entry.m_SSIDW, entry.m_BSSIDText,
-                entry.GetFrequencyKhz(), entry.m_last_reason_code);
-    entry.m_candidate_counter = 0;
+  // An entry that has lost its claim starts anew; one that is merely not good enough in this round
+  // keeps its count.
+  void Clear(CWlanBssEntry& entry, const CandidateVerdict& verdict, std::int32_t score) {
+    if (verdict.lostClaim) {
+      lines::NotBetter(m_Round, entry, score, m_Current);
+      entry.m_candidate_counter = 0;
+    }
+    if (verdict.standing == CandidateStanding::kConnectedBss) {
+      lines::IsConnectedOne(m_Round, entry);
+      entry.m_candidate_counter = 0;
+    }
+    if (verdict.standing == CandidateStanding::kUnavailable) {
+      lines::WasUnavailable(m_Round, entry);
+      entry.m_candidate_counter = 0;
+    }
   }
 
   bool IsTakenElsewhere(CWlanBssEntry& entry) {
     if (!CWifiClientContainer::GetInstance().AvoidThisCandidateOnMyIF(&entry, &m_Round.adapter))
       return false;
-    LOG_ADAPTER(
-        m_Round.idx, kPolicyLog,
-        u"[%i] IncrementCandidateCounters: SKIP candidate(connected on other IF): %s, %s, current "
-        u"counter=%i",
-        m_Round.idx, entry.m_SSIDW, entry.m_BSSIDText, entry.m_candidate_counter);
+    lines::IsElsewhere(m_Round, entry);
     return true;
   }
 
@@ -126,12 +101,7 @@ class CounterPass {
     const std::int32_t before = entry.m_candidate_counter;
     const std::int32_t counter = entry.IncrementCandidate(
         ForcedCount(m_Current, m_Round.settings.required, IsOpenAllowedSuggestion(entry)));
-    LOG_ADAPTER(
-        m_Round.idx, kPolicyLog,
-        u"_[%i]IncrementCandidateCounters: [AllowStaleDecision=%i] %s CANDIDATE(%i, before=%i): "
-        u"SSID %s %s [center %u] score: %i vs %i\n",
-        m_Round.idx, 0, counter != 0 ? u"BUMPED" : u"_FAILED_ BUMP", counter, before, entry.m_SSIDW,
-        entry.m_BSSIDText, entry.GetFrequencyKhz(), score, m_Current);
+    lines::Counted(m_Round, entry, before, counter, score, m_Current);
   }
 
   void ReserveIfNearlyRipe(CWlanBssEntry& entry) {
@@ -140,9 +110,7 @@ class CounterPass {
         entry.GetCandidate() < m_Round.settings.required - 1)
       return;
     m_Round.adapter.TakeReservation(entry.GetBssid());
-    LOG_ADAPTER(m_Round.idx, kPolicyLog,
-                u"[%i] IncrementCandidateCounters: RESERVING CANDIDATE: %s, %s, current counter=%i",
-                m_Round.idx, entry.m_SSIDW, entry.m_BSSIDText, entry.m_candidate_counter);
+    lines::Reserved(m_Round, entry);
   }
 
   const Round& m_Round;
@@ -169,12 +137,7 @@ bool IncrementCandidateCounters(const Round& round, std::int32_t current,
   for (const auto& entry : round.candidates) pass.Visit(entry);
   round.adapter.AddScoreDiffSummary(pass.Summary());
   if (!pass.MetThreshold()) {
-    LOG_ADAPTER(
-        round.idx, kPolicyLog,
-        u"[%i] IncrementCandidateCounters: _NO_ Candidate met Score difference threshold [%i "
-        u"points & %lu percent] <<<=====************************",
-        round.idx, static_cast<std::int32_t>(pass.GetMargins().scoreThreshold),
-        pass.GetMargins().scorePercent);
+    lines::NoneMetMargins(round, pass.GetMargins());
   }
   *lastQualifier = pass.LastQualifier();
   *summary = pass.Summary();
@@ -188,11 +151,7 @@ bool IsBetterCandidatePossible(const Round& round, std::int32_t current) {
     if (!PassesPointTest(entry->GetScore(false), current, margins.scoreThreshold)) continue;
     if (!CWifiClientContainer::GetInstance().AvoidThisCandidateOnMyIF(entry.get(), &round.adapter))
       return true;
-    LOG_ADAPTER(
-        round.idx, kPolicyLog,
-        u"[%i] IsBetterCandidatePossible: SKIP candidate(connected on other IF): %s, %s, current "
-        u"counter=%i",
-        round.idx, entry->m_SSIDW, entry->m_BSSIDText, entry->m_candidate_counter);
+    lines::BetterIsElsewhere(round, *entry);
   }
   return false;
 }
@@ -203,35 +162,24 @@ CSmartPointer<CWlanBssEntry> FindSuggestedByEvent(const Round& round, const WStr
   const BssEntryList& entries = round.candidates;
   const WString bssidText = MacText(bssid);
   if (!reporter.GetMemo().HasAp(ssid, bssidText)) {
-    LOG_ADAPTER(round.idx, kPolicyLog,
-                u"[%i] IsConnectedToSuggestedBest_ETW: %s != %s, return false", round.idx,
-                reporter.GetSuggestedNetworkText(), bssidText);
+    lines::NotTheSuggested(round, bssidText);
     return nullptr;
   }
   if (entries.empty()) {
-    LOG_ADAPTER(round.idx, kPolicyLog,
-                u"[%i] IsConnectedToSuggestedBest_ETW: BssEntriesList.size() <= 0, return false",
-                round.idx);
+    lines::SuggestedInEmptyList(round);
     return nullptr;
   }
   if (entries.front()->m_SSIDW == ssid && entries.front()->GetBssid() == bssid) {
-    LOG_ADAPTER(round.idx, kPolicyLog,
-                u"[%i] IsConnectedToSuggestedBest_ETW: Found ETW BssEntry in front(), return true",
-                round.idx);
+    lines::SuggestedInFront(round);
     return entries.front();
   }
   const auto found = std::find_if(entries.begin() + 1, entries.end(),
                                   [&](const auto& one) { return one->GetBssid() == bssid; });
   if (found == entries.end()) {
-    LOG_ADAPTER(
-        round.idx, kPolicyLog,
-        u"[%i] IsConnectedToSuggestedBest_ETW: Failed to find BssEntry in list, return false",
-        round.idx);
+    lines::SuggestedNotInList(round);
     return nullptr;
   }
-  LOG_ADAPTER(round.idx, kPolicyLog,
-              u"[%i] IsConnectedToSuggestedBest_ETW: Found ETW BssEntry in list, return true",
-              round.idx);
+  lines::SuggestedInList(round);
   return *found;
 }
 

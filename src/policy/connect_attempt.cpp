@@ -1,8 +1,7 @@
 #include "policy/connect_attempt.h"
 
-#include "foundation/log_lines.h"
 #include "history/telemetry_memo.h"
-#include "policy/round_watch.h"
+#include "policy/move_lines.h"
 #include "store/value_names.h"
 
 namespace corvane {
@@ -15,11 +14,6 @@ constexpr std::uint32_t kConnectTimeoutMs = 15000;
 bool IsOn(const CWlanInterface& adapter, const CWlanBssEntry& entry) {
   return adapter.IsConnected() &&
          ToMac(adapter.GetConnAttrs().wlanAssociationAttributes.dot11Bssid) == entry.GetBssid();
-}
-
-RoundStep StepOf(const ConnectOutcome& outcome) {
-  if (outcome.failed) return RoundStep::kConnectFailed;
-  return outcome.connected ? RoundStep::kConnected : RoundStep::kCredentialsAsked;
 }
 
 }  // namespace
@@ -40,7 +34,7 @@ ConnectOutcome TryConnect(const Round& round, CWlanBssEntry& entry, const WStrin
     outcome.what = e.what();
     outcome.standard = true;
   }
-  RoundWatches::Step(round.idx, StepOf(outcome), &entry);
+  lines::Attempted(round, entry, outcome);
   entry.m_last_reason_code = outcome.code;
   if (outcome.connected) {
     ++entry.m_connect_good;
@@ -55,9 +49,7 @@ ConnectOutcome TryConnectCounted(const Round& round, CWlanBssEntry& entry, const
   ConnectOutcome outcome = TryConnect(round, entry, {}, false, kConnectTimeoutMs);
   if (!outcome.failed) return outcome;
   ++entry.m_connect_failed;
-  LOG_ERROR(u"[%i]CGlobalQUAYPolicy::MakeChoice:[%S] %S: %S, STATS: failed=%i, good=%i", round.idx,
-            stage, outcome.standard ? "std:exception" : "Exception", outcome.what,
-            entry.m_connect_failed, entry.m_connect_good);
+  lines::AttemptFailed(round, stage, entry, outcome);
   return outcome;
 }
 

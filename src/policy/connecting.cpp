@@ -2,7 +2,7 @@
 
 #include "policy/connect_attempt.h"
 #include "policy/decisions.h"
-#include "policy/policy_log.h"
+#include "policy/move_lines.h"
 #include "policy/policy_text.h"
 #include "policy/round_watch.h"
 #include "policy/suggesting.h"
@@ -37,59 +37,39 @@ class FirstConnect {
       m_Round.config->ClearStatusMessage(kStatusNoAutoConnectProfile);
     } else {
       m_Round.config->SetStatusMessage(kStatusNoAutoConnectProfile);
-      RoundWatches::Step(m_Round.idx, RoundStep::kNoneEligible);
+      lines::NoneEligible(m_Round);
     }
     return done;
   }
 
  private:
   CandidateStanding Judge(CWlanBssEntry& entry) {
-    const MacAddress mac = entry.GetBssid();
     if (CWifiClientContainer::GetInstance().AvoidThisCandidateOnMyIF(&entry, &m_Round.adapter)) {
-      LOG_ADAPTER(m_Round.idx, kPolicyLog,
-                  u"[%i] [SKIP DUE TO CONN ON OTHER-IF] %s {%02x-%02x-%02x-%02x-%02x-%02x}\n",
-                  m_Round.idx, entry.m_SSIDW, MAC_ARGS(mac));
+      lines::FirstIsElsewhere(m_Round, entry);
       return CandidateStanding::kTakenElsewhere;
     }
     if (entry.m_last_reason_code == platform::WLAN_REASON_CODE_NETWORK_NOT_AVAILABLE) {
-      LOG_ADAPTER(m_Round.idx, kPolicyLog,
-                  u"[%i] [SKIP DUE TO 'WLAN_REASON_CODE_NETWORK_NOT_AVAILABLE'] %s "
-                  u"{%02x-%02x-%02x-%02x-%02x-%02x}\n",
-                  m_Round.idx, entry.m_SSIDW, MAC_ARGS(mac));
+      lines::FirstWasUnavailable(m_Round, entry);
       return CandidateStanding::kUnavailable;
     }
     if (m_bAutoOnly && !entry.m_AutoConnect) {
-      LOG_ADAPTER(
-          m_Round.idx, kPolicyLog,
-          u"[%i] [AUTO=%i][AutOnly=%i] NOT connecting to %s {%02x-%02x-%02x-%02x-%02x-%02x}\n",
-          m_Round.idx, entry.m_AutoConnect, m_bAutoOnly, entry.m_SSIDW, MAC_ARGS(mac));
+      lines::FirstNotAutomatic(m_Round, entry);
       return CandidateStanding::kNotAutomatic;
     }
     return CandidateStanding::kEligible;
   }
 
   bool Take(CWlanBssEntry& entry, std::int32_t position) {
-    const MacAddress mac = entry.GetBssid();
     if (m_Round.settings.IsMonitorMode()) {
-      LOG_ADAPTER(
-          m_Round.idx, kPolicyLog,
-          u"[%i] [DISABLED IN MONITOR MODE] ConnectToBestNoDebounce: _NO_ Connect/Suggest: %s "
-          u"{%02x-%02x-%02x-%02x-%02x-%02x}\n",
-          m_Round.idx, entry.m_SSIDW, MAC_ARGS(mac));
-      RoundWatches::Step(m_Round.idx, RoundStep::kMonitorMode, &entry);
+      lines::HeldByMonitorMode(m_Round, "ConnectToBestNoDebounce", entry);
       return true;
     }
     const MoveWay way = WayOfConnect(m_Round.Mode());
-    LOG_ADAPTER(m_Round.idx, kPolicyLog,
-                u"[%i] [allowAutoConnectOutOfSleep=%i/%i][AUTO=%i][AutOnly=%i] %s %s "
-                u"{%02x-%02x-%02x-%02x-%02x-%02x}\n",
-                m_Round.idx, 0, 0, entry.m_AutoConnect, m_bAutoOnly,
-                way == MoveWay::kConnect ? u"Connecting to" : u"SUGGESTING", entry.m_SSIDW,
-                MAC_ARGS(mac));
     if (way == MoveWay::kConnect) return Connect(entry);
+    lines::SuggestingFirst(m_Round, entry, m_bAutoOnly);
     const bool byEvent = way == MoveWay::kSuggestByEvent;
     const bool accepted = byEvent ? AskByEvent(entry) : AskByPopup(entry);
-    RoundWatches::Step(m_Round.idx, StepOfSuggestion(byEvent, accepted), &entry);
+    lines::Asked(m_Round, entry, byEvent, accepted);
     if (accepted) RememberSuggestion(m_Round.adapter, entry, position);
     return true;
   }
@@ -102,27 +82,21 @@ class FirstConnect {
   bool AskByPopup(CWlanBssEntry& entry) {
     const bool accepted = SuggestByPopup(*m_Round.config, entry, 0, 0, 0,
                                          ShortApSummary(SummaryOf(entry)), kNoConnectionMbps);
-    LOG_ADAPTER(m_Round.idx, kPolicyLog,
-                u"[%i] CGlobalQUAYPolicy::ConnectToBestNoDebounce: [***INHIBIT QUAY 5000 ***]\n",
-                m_Round.idx);
+    lines::InhibitedByDialog(m_Round, "ConnectToBestNoDebounce");
     m_Round.config->Set_InhibitQUAY(kInhibitAfterPopupMs, "con-pop");
     m_Round.adapter.TakeReservation(entry.GetBssid());
     return accepted;
   }
 
   bool Connect(CWlanBssEntry& entry) {
-    RoundWatches::Step(m_Round.idx, RoundStep::kFirstConnect, &entry);
+    lines::ConnectingFirst(m_Round, entry, m_bAutoOnly);
     const ConnectOutcome outcome = TryConnectCounted(m_Round, entry, "newconnect");
     if (!outcome.connected) return !outcome.failed;
     CountMove(false);
-    LOG_ADAPTER(
-        m_Round.idx, kPolicyLog,
-        u"[%i] ConnectToBestNoDebounce: Success connecting to %s [STATs: failed=%i, good=%i]\n",
-        m_Round.idx, entry.m_SSIDW, entry.m_connect_failed, entry.m_connect_good);
+    lines::FirstConnected(m_Round, entry);
     PublishConnection(m_Round.adapter, *m_Round.config, entry);
     const ApSummary after = SummaryOf(entry);
-    LogInfo(Format(u"[Adapter%i] AUTOCONNECT (from disconnnected adapter): %s", m_Round.idx,
-                   BriefText(after)));
+    lines::ConnectedByItself(m_Round, after);
     NotifyConnectionChange(m_Round.adapter, *m_Round.config, u"NewConnection",
                            ShortApSummary(after), u"None");
     return true;

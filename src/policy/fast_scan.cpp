@@ -4,8 +4,7 @@
 #include "policy/bss_entry_reports.h"
 #include "policy/choice_rules.h"
 #include "policy/decisions.h"
-#include "policy/policy_log.h"
-#include "policy/round_watch.h"
+#include "policy/round_lines.h"
 #include "policy/standing_suggestion.h"
 #include "policy/suggesting.h"
 #include "settings/global_config_container.h"
@@ -14,23 +13,6 @@ namespace corvane {
 
 namespace {
 
-constexpr std::uint64_t kFastScanLog = DBG(3);
-
-RoundStep StepOf(FastScan outcome) {
-  switch (outcome) {
-    case FastScan::kAlreadySuggested:
-      return RoundStep::kAlreadySuggested;
-    case FastScan::kBusy:
-      return RoundStep::kLinkBusy;
-    case FastScan::kNothingBetter:
-      return RoundStep::kNothingBetter;
-    case FastScan::kAlreadyForced:
-    case FastScan::kForceScans:
-      break;
-  }
-  return RoundStep::kBetterPossible;
-}
-
 class FastScanRound {
  public:
   explicit FastScanRound(const Round& round)
@@ -38,29 +20,17 @@ class FastScanRound {
 
   void Run() {
     if (!m_Best.entry) {
-      LOG_ADAPTER(
-          m_Round.idx, kFastScanLog,
-          u"\n[%i][EnabledFastScan_connected] INTERFACE STATE: %i -- pBestCandidate is NULL!\n",
-          m_Round.idx, State());
+      lines::FastScanWithoutBest(m_Round);
       return;
     }
     if (m_Best.isConnected) {
-      LOG_ADAPTER(
-          m_Round.idx, kFastScanLog,
-          u"\n[%i][EnabledFastScan_connected] INTERFACE STATE: %i [already CONNECTED to preferred "
-          u"AP "
-          u"- SSID: %s {%02x-%02x-%02x-%02x-%02x-%02x}][LQ %lu][%0.2lf mbps] - DO NOTHING\n",
-          m_Round.idx, State(), m_Round.facts.ssid, MAC_ARGS(m_Round.facts.bssid),
-          m_Round.facts.quality, m_Mbps);
-      RoundWatches::Step(m_Round.idx, RoundStep::kOnBest);
+      lines::FastScanOnBest(m_Round, m_Mbps);
       return;
     }
     Act(JudgeFastScan(Gather()));
   }
 
  private:
-  std::int32_t State() const { return m_Round.adapter.GetInterfaceStateForLog(); }
-
   FastScanInputs Gather() {
     FastScanInputs in;
     in.matchesSuggestion = MatchesSuggestion();
@@ -72,12 +42,7 @@ class FastScanRound {
         ReadStandingSuggestion(*m_Round.config), m_Best.entry->m_SSIDW, m_Best.entry->m_BSSIDText,
         m_Round.settings.forceAutoConnect, m_Round.adapter.IsConnected());
     if (in.openSuggestion) {
-      LOG_ADAPTER(
-          m_Round.idx, kFastScanLog,
-          u"\n[%i][EnabledFastScan_connected][BMLS=%i/IBP=1/LSOAL=1] IF-STATE: %i [CONNECTED to "
-          u"%s, "
-          u"Bitrate: %0.3lf] IGNORE BestMatchesLastSuggestion due to Suggest == Allowlist\n",
-          m_Round.idx, in.matchesSuggestion, State(), m_Round.facts.ssid, m_Mbps);
+      lines::IgnoresOldSuggestion(m_Round, in.matchesSuggestion, m_Mbps);
     }
     in.linkBusy = IsLinkBusy(CGlobalConfigContainer::GetInstance().m_rt_audio, m_Mbps,
                              m_Round.config->m_rate_gate_high);
@@ -96,50 +61,9 @@ class FastScanRound {
 
   void Act(FastScan outcome) {
     const std::int32_t forced = m_Round.config->m_force_scan_counter;
-    RoundWatches::Step(m_Round.idx, StepOf(outcome), m_Best.entry.get());
-    switch (outcome) {
-      case FastScan::kAlreadySuggested:
-        LOG_ADAPTER(
-            m_Round.idx, kFastScanLog,
-            u"\n[%i][EnabledFastScan_connected] INTERFACE STATE: %i [not conn'd SAME/NO-REPEAT "
-            u"pref-AP SSID: %s {%02x-%02x-%02x-%02x-%02x-%02x}][LQ %lu][%0.2lf mbps] - DO "
-            u"NOTHING\n",
-            m_Round.idx, State(), m_Round.facts.ssid, MAC_ARGS(m_Round.facts.bssid),
-            m_Round.facts.quality, m_Mbps);
-        return;
-      case FastScan::kBusy:
-        LOG_ADAPTER(
-            m_Round.idx, kFastScanLog,
-            u"\n[%i][EnabledFastScan_connected][DEFERRED] IF-STATE: %i [CONNECTED to non preferred "
-            u"SSID %s, HOWEVER Connected Bitrate too high: %0.3lf > %0.3lf] ...\n",
-            m_Round.idx, State(), m_Round.facts.ssid, m_Mbps,
-            m_Round.config->m_rate_gate_high.load());
-        return;
-      case FastScan::kNothingBetter:
-        m_Round.config->m_force_scan_counter = 0;
-        LOG_ADAPTER(
-            m_Round.idx, kFastScanLog,
-            u"\n[%i][EnabledFastScan_connected] IF-STATE: %i [CONNECTED to %s, Bitrate: %0.3lf] "
-            u"!IsBetterCandidatePossible() - DO NOTHING %s\n",
-            m_Round.idx, State(), m_Round.facts.ssid, m_Mbps,
-            forced > 0 ? u"[Cleared F-COUNTER]" : u"[F-COUNTER already 0]");
-        return;
-      case FastScan::kAlreadyForced:
-        LOG_ADAPTER(
-            m_Round.idx, kFastScanLog,
-            u"\n[%i][EnabledFastScan_connected] IF-STATE: %i [CONNECTED to %s, Bitrate: %0.3lf] "
-            u"F-COUNT %i already nonzero\n",
-            m_Round.idx, State(), m_Round.facts.ssid, m_Mbps, forced);
-        return;
-      case FastScan::kForceScans:
-        LOG_ADAPTER(
-            m_Round.idx, kFastScanLog,
-            u"\n[%i][EnabledFastScan_connected] IF-STATE: %i [CONNECTED to %s, Bitrate: %0.3lf] "
-            u"CALLING SetForceScanCounter(3)\n",
-            m_Round.idx, State(), m_Round.facts.ssid, m_Mbps);
-        m_Round.config->m_force_scan_counter = kForcedScans;
-        return;
-    }
+    if (outcome == FastScan::kNothingBetter) m_Round.config->m_force_scan_counter = 0;
+    if (outcome == FastScan::kForceScans) m_Round.config->m_force_scan_counter = kForcedScans;
+    lines::FastScanEnded(m_Round, outcome, *m_Best.entry, m_Mbps, forced);
   }
 
   const Round& m_Round;
@@ -155,11 +79,7 @@ void CheckEarlySuggestedBest(const Round& round) {
   const ConnectionFacts& facts = round.facts;
   const auto entry = FindSuggestedByEvent(round, facts.ssid, facts.bssid);
   if (!entry) return;
-  LOG_ADAPTER(round.idx, kPolicyLog,
-              u"\n[%i] INTERFACE STATE: %i [EARLIER already CONNECTED to suggested AP - SSID: %s "
-              u"{%02x-%02x-%02x-%02x-%02x-%02x}][LQ %lu][%0.2lf mbps]\n",
-              round.idx, round.adapter.GetInterfaceStateForLog(), facts.ssid, MAC_ARGS(facts.bssid),
-              facts.quality, round.adapter.GetTrafficMbps());
+  lines::OnSuggestedEarlier(round);
   NotifyAlreadyBestAP(*entry, round.config->m_Etw, true);
   ReportSignalQuality(round, *entry);
 }

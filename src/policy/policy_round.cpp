@@ -8,8 +8,7 @@
 #include "policy/candidate_list.h"
 #include "policy/decisions.h"
 #include "policy/policy.h"
-#include "policy/policy_log.h"
-#include "policy/policy_text.h"
+#include "policy/round_lines.h"
 #include "policy/round_watch.h"
 #include "settings/global_config_container.h"
 #include "store/csv_helper.h"
@@ -19,7 +18,6 @@ namespace corvane {
 
 namespace {
 
-constexpr std::uint64_t kScoreLog = DBG(37);
 constexpr std::size_t kRowsKept = 400;  // of CSVHelper; the first ones of a longer list are dropped
 
 class PolicyRound {
@@ -39,11 +37,11 @@ class PolicyRound {
       KeepNetwork(&m_Round.candidates, m_Round.facts.ssid, m_Round.idx);
     FilterByAllowlist();
     if (m_Round.facts.connected) m_Round.adapter.m_consec_disconnects = 0;
-    LogSettings();
+    lines::Settings(m_Round);
     PublishRows(m_Round.candidates, value::kCandidatesCSV, "SORT");
     m_Round.others = OtherEntries(inRange, m_Round.candidates);
     PublishRows(m_Round.others, value::kNONCandidatesCSV, "OTHER");
-    LogScores();
+    lines::Scores(m_Round);
     RoundWatches::Candidates(m_Round.adapter, m_Round.facts, m_Round.candidates);
     Act();
   }
@@ -73,11 +71,7 @@ class PolicyRound {
     const WString json = NetworksInRangeJson(m_Round.candidates, m_Round.facts.ssid, &found);
     m_Round.config->SetString(value::kProfiledNetworksInRangeJson, json);
     if (!found) {
-      LOG_ADAPTER(
-          m_Round.idx, kPolicyLog,
-          u"[%i] CGlobalQUAYPolicy::ExecutePolicies: ERROR! %s not found in list of in-range "
-          u"candidates\n",
-          m_Round.idx, m_Round.facts.ssid);
+      lines::ConnectedNotInRange(m_Round);
     }
   }
 
@@ -88,61 +82,19 @@ class PolicyRound {
     m_Round.config->m_allowlist_active = active;
   }
 
-  void LogSettings() const {
-    const std::uint32_t lqct = m_Round.settings.qualityThreshold;
-    const auto points = static_cast<std::int32_t>(m_Round.config->m_APScoreThreshold.load());
-    const int switching = m_Round.settings.networkSwitching,
-              preferPrivate = m_Round.settings.preferPrivate;
-    const int latch = m_Round.config->m_LatchToPrivate;
-    if (!m_Round.settings.passive) {
-      LOG_ADAPTER(
-          m_Round.idx, kPolicyLog,
-          u"[%i] LQCT %lu, NS %i, Pref Priv %i, Latch to Priv %i, SD %i, avg qbss scores: %i "
-          u"[2Ghz], %i [5Ghz], consec disc %lu, connected=%i\n\n",
-          m_Round.idx, lqct, switching, preferPrivate, latch, points,
-          m_Round.config->m_AvgQBSSScore2.load(), m_Round.config->m_AvgQBSSScore5.load(),
-          m_Round.adapter.m_consec_disconnects, m_Round.facts.connected);
-      return;
-    }
-    LOG_ADAPTER(
-        m_Round.idx, kPolicyLog,
-        u"[%i][PASSIVE - %s] LQCT %lu, NS %i, SD %i, Pref Priv %i, Latch to Priv %i, avg qbss "
-        u"scores: %i [2Ghz], %i [5Ghz], consec disc %lu, connected=%i\n\n",
-        m_Round.idx,
-        m_Round.adapter.m_last_suggested_pos < 0
-            ? WString(u"no suggestion")
-            : u"last '" + m_Round.adapter.m_last_suggested_ssid + u"'",
-        lqct, switching, points, preferPrivate, latch, m_Round.config->m_AvgQBSSScore2.load(),
-        m_Round.config->m_AvgQBSSScore5.load(), m_Round.adapter.m_consec_disconnects,
-        m_Round.facts.connected);
-  }
-
   void PublishRows(const BssEntryList& entries, const char16_t* name, const char* logPrefix) {
     auto rows = CSVHelper::CreateObject();
     for (const auto& entry : entries) {
-      LOG_ADAPTER(m_Round.idx, kCandidateDetailLog, u"%s",
-                  SortLine(m_Round.idx, *entry, logPrefix));
+      lines::Sorted(m_Round, *entry, logPrefix);
     }
     for (std::size_t i = entries.size() - std::min(entries.size(), kRowsKept); i < entries.size();
          ++i) {
       if (rows->AddString(entries[i]->GetStatusLine(), true) < 0) {
-        LOG_ERROR(u"[%i] -->FALIED to add to CSV\n", m_Round.idx);
+        lines::RowNotAdded(m_Round);
       }
     }
     if (!m_Round.config->SetString(name, rows->GetString())) {
-      LOG_ERROR(u"[%i] ===========> SetRegistry_%s() FAILED!\n", m_Round.idx, name);
-    }
-  }
-
-  void LogScores() const {
-    const log::Open open(m_Round.idx, kScoreLog);
-    if (!open) return;
-    for (const auto& entry : m_Round.candidates) {
-      const MacAddress mac = entry->GetBssid();
-      LOG_ADAPTER(m_Round.idx, kScoreLog,
-                  u"[%i] SCORE LOG: [% 16s] {%02x-%02x-%02x-%02x-%02x-%02x} ++ %hs%hs\n",
-                  m_Round.idx, entry->m_SSIDW, MAC_ARGS(mac), entry->m_ScoreLog,
-                  entry->m_FinalScoreLog);
+      lines::RowsNotPublished(m_Round, name);
     }
   }
 
@@ -150,25 +102,17 @@ class PolicyRound {
   // that comes while it is carried out waits for the next.
   void Act() {
     if (CheckAcceptSuggestion(m_Round)) {
-      LogSkippedChoice(u"TRIED PASSIVE (SUGGESTION-ACCEPTANCE) CONNECT");
+      lines::SkippedChoice(m_Round, u"TRIED PASSIVE (SUGGESTION-ACCEPTANCE) CONNECT");
       return;
     }
     const UIConnectRequest order = m_Round.config->TakeUIConnectRequest();
     if (CheckExecuteConnectFromUI(m_Round, order, m_Round.candidates)) {
-      LogSkippedChoice(u"EXECUTED UI CONNEC CMD - PROFILES");
+      lines::SkippedChoice(m_Round, u"EXECUTED UI CONNEC CMD - PROFILES");
     } else if (CheckExecuteConnectFromUI(m_Round, order, m_Round.others)) {
-      LogSkippedChoice(u"EXECUTED UI CONNEC CMD - NON-PROFILES");
+      lines::SkippedChoice(m_Round, u"EXECUTED UI CONNEC CMD - NON-PROFILES");
     } else {
       MakeChoice(m_Round);
     }
-  }
-
-  void LogSkippedChoice(const char16_t* why) const {
-    const RoundSettings& settings = m_Round.settings;
-    LOG_ADAPTER(m_Round.idx, kPolicyLog,
-                u"\n[%i][Pilot=%i][SKIP CHOICE - %s][ENABLED %i/%i][ROAM-E %i/%i]\n", m_Round.idx,
-                settings.pilot, why, settings.enabled, settings.serviceEnabled, settings.roaming,
-                settings.gatewayRoaming);
   }
 
   Round m_Round;
@@ -186,11 +130,7 @@ void CGlobalQUAYPolicy::UpdateAssociateLQPegging(CWlanInterface* pIf, bool conne
     pIf->m_peg_active = false;
     pIf->m_assoc_lq = -1;
     pIf->m_bss_lq = -1;
-    LOG_ADAPTER(
-        idx, kPolicyLog,
-        u"\n[%i]CGlobalQUAYPolicy::UpdateAssociateLQPegging[%S]: NOT CONNECTED: set PEG=false, "
-        u"assoc SQ=-1, last BSS SQ=-1\n",
-        idx, tag);
+    lines::NotPegged(idx, tag);
     return;
   }
   pIf->m_assoc_lq = static_cast<std::int32_t>(*quality);
@@ -198,20 +138,12 @@ void CGlobalQUAYPolicy::UpdateAssociateLQPegging(CWlanInterface* pIf, bool conne
   const bool known = pIf->FindBssEntry(ssid, bssid, &entry);
   if (known) pIf->m_bss_lq = static_cast<std::int32_t>(entry->GetLQ());
   if (known && entry->GetLQ() > *quality) {
-    LOG_ADAPTER(
-        idx, kPolicyLog,
-        u"\n[%i]CGlobalQUAYPolicy::UpdateAssociateLQPegging[%S]: SET PEG BEACON-SQ: change %lu "
-        u"--to--> %lu\n",
-        idx, tag, *quality, entry->GetLQ());
+    lines::Pegged(idx, tag, *quality, entry->GetLQ());
     *quality = entry->GetLQ();
     pIf->m_peg_active = true;
   } else {
     pIf->m_peg_active = false;
-    LOG_ADAPTER(
-        idx, kPolicyLog,
-        u"\n[%i]CGlobalQUAYPolicy::UpdateAssociateLQPegging[%S]: CLEAR PEG SQ [USE ASSOCIATION "
-        u"SQ]: keep %lu\n",
-        idx, tag, *quality);
+    lines::PegCleared(idx, tag, *quality);
   }
 }
 

@@ -6,9 +6,8 @@
 #include "platform/thread_api.h"
 #include "policy/connect_attempt.h"
 #include "policy/decisions.h"
-#include "policy/policy_log.h"
+#include "policy/move_lines.h"
 #include "policy/policy_text.h"
-#include "policy/round_watch.h"
 #include "store/value_names.h"
 
 namespace corvane {
@@ -29,32 +28,17 @@ std::uint32_t TimeoutOf(const CWlanBssEntry& entry) {
   return entry.HasUsableProfile() ? kProfileTimeoutMs : kPersonTimeoutMs;
 }
 
-void LogFailure(const ConnectOutcome& outcome) {
-  LOG_ERROR(u"CGlobalQUAYPolicy::FindAndConnectToBssEntry: %S: %S",
-            outcome.standard ? "std:exception" : "Exception", outcome.what);
-}
-
 // Tries one entry up to three times, until an attempt does not fail; *tries tells how many it took.
 ConnectOutcome TryRepeatedly(const Round& round, CWlanBssEntry& entry, const WString& profileXml,
                              bool save, const char* tag, int* tries) {
-  const int idx = round.idx;
-  const MacAddress mac = entry.GetBssid();
   for (*tries = 1;; ++*tries) {
-    LOG_ADAPTER(idx, kPolicyLog,
-                u"[%i] %S [try=%i] Connecting to %s {%02x-%02x-%02x-%02x-%02x-%02x}\n", idx, tag,
-                *tries, entry.m_SSIDW, MAC_ARGS(mac));
-    RoundWatches::Step(idx, RoundStep::kRequestedConnect, &entry);
+    lines::TryingRequest(round, tag, entry, *tries);
     ConnectOutcome outcome = TryConnect(round, entry, profileXml, save, TimeoutOf(entry));
     if (!outcome.failed) return outcome;
-    LogFailure(outcome);
+    lines::RequestFailed(outcome);
     if (*tries == kTries) return outcome;
     Os().threads.Sleep(kRetryPauseMs);
   }
-}
-
-void LogOrder(int idx, const char* text, const WString& ssid, const WString& bssid,
-              std::uint32_t outputs) {
-  LogRecord(outputs, "<I>", "[Adapter", idx, text, ssid, " ", bssid);
 }
 
 }  // namespace
@@ -62,21 +46,14 @@ void LogOrder(int idx, const char* text, const WString& ssid, const WString& bss
 bool FindAndConnectToBssEntry(const Round& round, const BssEntryList& entries, const WString& ssid,
                               const WString& bssid_text, const WString& profile_xml,
                               bool save_profile, const char* tag) {
-  const int idx = round.idx;
   const auto& config = round.config;
   const ConnectionFacts& facts = round.facts;
   if (round.settings.IsMonitorMode()) {
-    LOG_ADAPTER(
-        idx, kPolicyLog,
-        u"[%i] %S [DISABLED IN MONITOR MODE] FindAndConnectToBssEntry: _NOT_ Connecting. to "
-        u"ssid='%s', bssid='%s'\n",
-        idx, tag, ssid, bssid_text);
-    RoundWatches::Step(idx, RoundStep::kMonitorMode);
+    lines::RequestHeldByMonitorMode(round, tag, ssid, bssid_text);
     return false;
   }
   if (bssid_text.empty()) {
-    LOG_ADAPTER(idx, kPolicyLog, u"[%i] %S _NOT_ Connecting. to ssid='%s', bssid='%s'\n", idx, tag,
-                ssid, bssid_text);
+    lines::RequestWithoutBssid(round, tag, ssid, bssid_text);
     config->SetString(value::kConnectStatus, u"error");
     return false;
   }
@@ -99,11 +76,7 @@ bool FindAndConnectToBssEntry(const Round& round, const BssEntryList& entries, c
       NotifyConnectionChange(round.adapter, *config, u"SuggestionAccepted",
                              ShortApSummary(SummaryOf(*entry)), before);
     }
-    LOG_ADAPTER(
-        idx, kPolicyLog,
-        u"[%i] [try=%i] FindAndConnectToBssEntry: Success connecting to %s [STATs: failed=%i, "
-        u"good=%i]\n",
-        idx, tries, entry->m_SSIDW, entry->m_connect_failed, entry->m_connect_good);
+    lines::RequestConnected(round, *entry, tries);
     if (outcome.connected) PublishConnection(round.adapter, *config, *entry);
     return true;
   }
@@ -113,34 +86,26 @@ bool FindAndConnectToBssEntry(const Round& round, const BssEntryList& entries, c
 
 bool CheckExecuteConnectFromUI(const Round& round, const UIConnectRequest& request,
                                const BssEntryList& entries) {
-  const int idx = round.idx;
   const ConnectionFacts& facts = round.facts;
   if (request.bssid.empty()) return false;
 
   MacAddress bssid{};
   if (!MacStringToBinary(u'-', request.bssid, &bssid)) {
-    LOG_ADAPTER(idx, kPolicyLog,
-                u"[%i]GlobalQUAYPolicy::CheckExecuteConnectFromUI: MacStringToBinary() FAILED!: %S",
-                idx, Narrow(request.bssid));
+    lines::OrderNotUnderstood(round, request.bssid);
   } else {
     const bool same = bssid == facts.bssid;
-    LOG_ADAPTER(idx, kPolicyLog,
-                u"[%i]GlobalQUAYPolicy::CheckExecuteConnectFromUI: %s: %s, connected %s", idx,
-                same ? u"SAME" : u"DIFFERENT", request.bssid, MacText(facts.bssid));
+    lines::OrderUnderstood(round, request.bssid, same);
     if (same) return false;
   }
   if (!FindAndConnectToBssEntry(round, entries, request.ssid, request.bssid, request.profile,
                                 request.save, kClientOrder)) {
     return false;
   }
-  RoundWatches::Step(idx, RoundStep::kClientConnect);
-  LogOrder(idx, "] UI Command Connect to: ", request.ssid, request.bssid,
-           kLogFile | kLogConsole | kLogMemory);
+  lines::OrderCarriedOut(round, request.ssid, request.bssid);
   return true;
 }
 
 bool CheckAcceptSuggestion(const Round& round) {
-  const int idx = round.idx;
   const auto& config = round.config;
   const ConnectionFacts& facts = round.facts;
   if (!config->m_accept_suggestion.exchange(false)) return false;
@@ -149,26 +114,16 @@ bool CheckAcceptSuggestion(const Round& round) {
   config->GetString(value::kSuggestedNetworkSSID, &ssid);
   config->GetString(value::kSuggestedNetworkBSSID, &bssid);
   if (FindAndConnectToBssEntry(round, round.candidates, ssid, bssid, {}, false, kAcceptance)) {
-    RoundWatches::Step(idx, RoundStep::kSuggestionAccepted);
-    LogOrder(idx, "] SUGGESTION ACCEPTED: Connect to ", ssid, bssid, kLogFile | kLogMemory);
-    LOG_ADAPTER(idx, kPolicyLog, u"\n[%i]Connect to suggested Network succeeded [%s][%s]\n", idx,
-                ssid, bssid);
+    lines::AcceptanceCarriedOut(round, ssid, bssid);
     return true;
   }
   if (round.settings.IsMonitorMode())
     return false;  // nothing was touched that would need to be restored
-  RoundWatches::Step(idx, RoundStep::kSuggestionFailed);
-  if (facts.connected && !facts.ssid.empty()) {
-    LOG_ADAPTER(idx, kPolicyLog,
-                u"\n[%i]Connect to suggested Network [%s] failed, trying to restore %s\n", idx,
-                ssid, facts.ssid);
-    RoundWatches::Step(idx, RoundStep::kRestore);
+  const bool restores = facts.connected && !facts.ssid.empty();
+  lines::AcceptanceFailed(round, ssid, restores);
+  if (restores) {
     round.adapter.ConnectToNetwork(facts.ssid);
-    LOG_ADAPTER(idx, kPolicyLog, u"\n[%i]Restoring %s succeeded\n", idx, facts.ssid);
-  } else {
-    LOG_ADAPTER(idx, kPolicyLog,
-                u"\n[%i]Connect to suggested Network [%s] failed, no current network to restore\n",
-                idx, ssid);
+    lines::RestoredAfterAcceptance(round);
   }
   return false;
 }

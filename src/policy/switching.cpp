@@ -2,10 +2,9 @@
 
 #include "policy/connect_attempt.h"
 #include "policy/decisions.h"
-#include "policy/policy_log.h"
+#include "policy/move_lines.h"
 #include "policy/policy_text.h"
 #include "policy/roaming.h"
-#include "policy/round_watch.h"
 #include "policy/suggesting.h"
 #include "wlan/wifi_client_container.h"
 
@@ -34,56 +33,33 @@ class Switch {
   enum class Step { kNext, kSettled, kSuggested };
 
   bool IsTarget(CWlanBssEntry& entry) {
-    const MacAddress mac = entry.GetBssid();
     const bool ready = IsCandidateReady(m_Round, entry, m_Score);
     if (CWifiClientContainer::GetInstance().AvoidThisCandidateOnMyIF(&entry, &m_Round.adapter)) {
-      LOG_ADAPTER(m_Round.idx, kPolicyLog, u"\n[%i][%s] %s {%02x-%02x-%02x-%02x-%02x-%02x}\n",
-                  m_Round.idx, ready ? u"_AVOID[READY]_" : u"_AVOID_", entry.m_SSIDW,
-                  MAC_ARGS(mac));
+      lines::TargetElsewhere(m_Round, entry, ready);
       return false;
     }
     if (!ready) {
-      LOG_ADAPTER(m_Round.idx, kPolicyLog,
-                  u"\n[%i][NO-READY/SKIP-THIS] IF-STATE: %i [CONNECTED to diff SSID %s][CANDIDATE "
-                  u"%s(center %u), counter %i][%0.2lf mbps]\n",
-                  m_Round.idx, m_Round.adapter.GetInterfaceStateForLog(), m_Round.facts.ssid,
-                  entry.m_SSIDW, entry.GetFrequencyKhz(), entry.PeekCandidate(),
-                  m_Round.adapter.GetTrafficMbps());
+      lines::TargetNotReady(m_Round, entry);
       return false;
     }
-    LOG_ADAPTER(
-        m_Round.idx, kPolicyLog,
-        u"\n[%i] IF-STATE: %i [CONNECTED to diff SSID %s {%02x-%02x-%02x-%02x-%02x-%02x} vs "
-        u"preferred %s(center %u)][Scores %i(new) > %i(old)? FTZ %i][%0.2lf mbps]\n",
-        m_Round.idx, m_Round.adapter.GetInterfaceStateForLog(), m_Round.facts.ssid,
-        MAC_ARGS(m_Round.facts.bssid), entry.m_SSIDW, entry.GetFrequencyKhz(),
-        entry.GetScore(false), m_Score, 0, m_Round.adapter.GetTrafficMbps());
+    lines::TargetFound(m_Round, entry, m_Score);
     m_Round.config->m_force_scan_counter = 0;
     return true;
   }
 
   Step Take(CWlanBssEntry& entry, std::int32_t position) {
-    const MacAddress mac = entry.GetBssid();
     if (m_Round.settings.IsMonitorMode()) {
-      LOG_ADAPTER(
-          m_Round.idx, kPolicyLog,
-          u"[%i] [DISABLED IN MONITOR MODE] SwitchConnectionToBest: _NO_ Connect/Suggest: %s "
-          u"{%02x-%02x-%02x-%02x-%02x-%02x}\n",
-          m_Round.idx, entry.m_SSIDW, MAC_ARGS(mac));
-      RoundWatches::Step(m_Round.idx, RoundStep::kMonitorMode, &entry);
+      lines::HeldByMonitorMode(m_Round, "SwitchConnectionToBest", entry);
       return Step::kSettled;
     }
-    if (mac == m_Round.facts.bssid) {
-      LOG_ADAPTER(m_Round.idx, kPolicyLog,
-                  u"[%i] [__ALREADY?__] %s {%02x-%02x-%02x-%02x-%02x-%02x}\n", m_Round.idx,
-                  entry.m_SSIDW, MAC_ARGS(mac));
-      RoundWatches::Step(m_Round.idx, RoundStep::kAlreadyThere, &entry);
+    if (entry.GetBssid() == m_Round.facts.bssid) {
+      lines::AlreadyThere(m_Round, entry);
       m_Round.config->SetConnectedNetwork(NetworkDisplayName(m_Round.facts.ssid, entry.m_Channel),
                                           m_Round.facts.ssid, entry.m_BSSIDText);
       return Step::kSettled;
     }
     const SuggestionMode mode = m_Round.Mode();
-    const bool roam = IsRoam(m_Round, entry) && !IsVetoed(entry, mode);
+    const bool roam = IsRoam(m_Round, entry) && !IsVetoed(entry);
     const MoveWay way = WayOfSwitch(mode, roam, m_Round.settings.roaming);
     if (way == MoveWay::kConnect) return Connect(entry, roam) ? Step::kSettled : Step::kNext;
     Suggest(entry, position, way);
@@ -91,22 +67,14 @@ class Switch {
   }
 
   // While the suggestion of this very access point is open, the user decides.
-  bool IsVetoed(const CWlanBssEntry& entry, const SuggestionMode& mode) {
+  bool IsVetoed(const CWlanBssEntry& entry) {
     if (!IsSuggested(m_Round, entry)) return false;
-    const MacAddress mac = entry.GetBssid();
-    LOG_ADAPTER(m_Round.idx, kPolicyLog,
-                u"[%i] [ABORT ROAMING-SWITCH ON CURRENT %s SUGGESTION] %s "
-                u"{%02x-%02x-%02x-%02x-%02x-%02x}\n",
-                m_Round.idx, mode.popup ? u"POPUP" : u"ETW", entry.m_SSIDW, MAC_ARGS(mac));
+    lines::RoamVetoed(m_Round, entry);
     return true;
   }
 
   void Suggest(CWlanBssEntry& entry, std::int32_t position, MoveWay way) {
-    const MacAddress mac = entry.GetBssid();
-    LOG_ADAPTER(
-        m_Round.idx, kPolicyLog,
-        u"[%i] Clearing candidate counters & suggesting: %s {%02x-%02x-%02x-%02x-%02x-%02x}\n",
-        m_Round.idx, entry.m_SSIDW, MAC_ARGS(mac));
+    lines::Suggesting(m_Round, entry);
     m_Round.adapter.ClearAllCandidateCounters("BEFORE PASSIVE SUGGEST");
 
     const ApSummary suggested = SummaryOf(entry);
@@ -114,13 +82,11 @@ class Switch {
     const bool byEvent = way == MoveWay::kSuggestByEvent;
     const bool accepted =
         byEvent ? AskByEvent(entry, suggested, current) : AskByPopup(entry, suggested, current);
-    RoundWatches::Step(m_Round.idx, StepOfSuggestion(byEvent, accepted), &entry);
+    lines::Asked(m_Round, entry, byEvent, accepted);
     if (!accepted) return;
     m_Round.adapter.IncSwitchAttempt();
     RememberSuggestion(m_Round.adapter, entry, position);
-    LogRecord(kLogFile | kLogConsole | kLogMemory, "<I>", "[Adapter", m_Round.idx,
-              "] SUGGEST AP: Current = ", BriefText(current),
-              ", Suggestion: ", BriefText(suggested));
+    lines::Suggested(m_Round, current, suggested);
   }
 
   bool AskByEvent(CWlanBssEntry& entry, const ApSummary& suggested, const ApSummary& current) {
@@ -136,9 +102,7 @@ class Switch {
         percent.shown && SuggestByPopup(*m_Round.config, entry, percent.percent,
                                         m_Round.facts.quality, m_Round.settings.qualityThreshold,
                                         ShortApSummary(suggested), ShortApSummary(current));
-    LOG_ADAPTER(m_Round.idx, kPolicyLog,
-                u"[%i] CGlobalQUAYPolicy::SwitchConnectionToBest: [***INHIBIT QUAY 5000 ***]\n",
-                m_Round.idx);
+    lines::InhibitedByDialog(m_Round, "SwitchConnectionToBest");
     m_Round.config->Set_InhibitQUAY(kInhibitAfterPopupMs, "sw-pop");
     m_Round.adapter.TakeReservation(entry.GetBssid());
     return accepted;
@@ -149,29 +113,22 @@ class Switch {
   }
 
   bool Connect(CWlanBssEntry& entry, bool roam) {
-    const MacAddress mac = entry.GetBssid();
     m_bAttempted = true;
     m_Round.adapter.IncSwitchAttempt();
-    LOG_ADAPTER(m_Round.idx, kPolicyLog,
-                u"[%i] [roam=%i] Connecting to %s {%02x-%02x-%02x-%02x-%02x-%02x}\n", m_Round.idx,
-                roam, entry.m_SSIDW, MAC_ARGS(mac));
     const ApSummary before = SummaryOfConnection(m_Round.adapter, m_Round.facts, m_Score);
-    RoundWatches::Step(m_Round.idx, RoundStep::kSwitch, &entry);
+    lines::Switching(m_Round, entry, roam);
     const ConnectOutcome outcome = TryConnectCounted(m_Round, entry, "switch");
     if (outcome.failed) {
       entry.m_candidate_counter = 0;
-      m_Round.adapter.ReleaseReservation(mac);
+      m_Round.adapter.ReleaseReservation(entry.GetBssid());
       return false;
     }
     if (!outcome.connected) return true;
     CountMove(roam);
-    LOG_ADAPTER(m_Round.idx, kPolicyLog,
-                u"[%i] [roam=%i] Success connecting to %s [STATs: failed=%i, good=%i]\n",
-                m_Round.idx, roam, entry.m_SSIDW, entry.m_connect_failed, entry.m_connect_good);
+    lines::SwitchConnected(m_Round, entry, roam);
     PublishConnection(m_Round.adapter, *m_Round.config, entry);
     const ApSummary after = SummaryOf(entry, m_Round.adapter);
-    LogInfo(Format(u"[Adapter%i] AUTOSWITCH: %s --> %s", m_Round.idx, BriefText(before),
-                   BriefText(after)));
+    lines::Switched(m_Round, before, after);
     NotifyConnectionChange(m_Round.adapter, *m_Round.config, u"Autoswitch", LongApSummary(after),
                            LongApSummary(before));
     return true;
