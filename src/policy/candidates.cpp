@@ -22,9 +22,8 @@ class CounterPass {
     RoundWatches::Standing(m_Round.idx, *entry, Judge(entry));
   }
 
-  const CSmartPointer<CWlanBssEntry>& LastQualifier() const { return m_LastQualifier; }
+  const CountedCandidates& Counted() const { return m_Counted; }
   const CandidateSummary& Summary() const { return m_Summary; }
-  bool AnyReady() const { return m_bAnyReady; }
   bool MetThreshold() const { return m_bMetThreshold; }
   const CandidateMargins& GetMargins() const { return m_Margins; }
 
@@ -45,7 +44,7 @@ class CounterPass {
     }
     if (IsTakenElsewhere(*entry)) return CandidateStanding::kTakenElsewhere;
 
-    m_LastQualifier = entry;
+    m_Counted.lastQualifier = entry;
     if (PassesPointTest(score, m_Current, m_Margins.scoreThreshold)) Widen(score - m_Current);
     if (m_Round.settings.IsMonitorMode() && entry->GetCandidate() > m_Round.settings.required) {
       lines::NotCounted(m_Round, *entry, score, m_Current);
@@ -54,7 +53,7 @@ class CounterPass {
     }
     ReserveIfNearlyRipe(*entry);
     if (!IsCandidateReady(m_Round, *entry, m_Current)) return CandidateStanding::kRipening;
-    m_bAnyReady = true;
+    m_Counted.anyReady = true;
     return CandidateStanding::kReady;
   }
 
@@ -116,10 +115,9 @@ class CounterPass {
   const Round& m_Round;
   const CandidateMargins m_Margins;
   const std::int32_t m_Current;
-  CSmartPointer<CWlanBssEntry> m_LastQualifier;
+  CountedCandidates m_Counted;
   CandidateSummary m_Summary;
   bool m_bMetThreshold = false;
-  bool m_bAnyReady = false;
 };
 
 }  // namespace
@@ -130,18 +128,14 @@ bool IsCandidateReady(const Round& round, CWlanBssEntry& entry, std::int32_t cur
                  round.Margins());
 }
 
-bool IncrementCandidateCounters(const Round& round, std::int32_t current,
-                                CSmartPointer<CWlanBssEntry>* lastQualifier,
-                                CandidateSummary* summary) {
+CountedCandidates IncrementCandidateCounters(const Round& round, std::int32_t current) {
   CounterPass pass(round, current);
   for (const auto& entry : round.candidates) pass.Visit(entry);
   round.adapter.AddScoreDiffSummary(pass.Summary());
   if (!pass.MetThreshold()) {
     lines::NoneMetMargins(round, pass.GetMargins());
   }
-  *lastQualifier = pass.LastQualifier();
-  *summary = pass.Summary();
-  return pass.AnyReady();
+  return pass.Counted();
 }
 
 bool IsBetterCandidatePossible(const Round& round, std::int32_t current) {

@@ -16,41 +16,51 @@ bool IsOn(const CWlanInterface& adapter, const CWlanBssEntry& entry) {
          ToMac(adapter.GetConnAttrs().wlanAssociationAttributes.dot11Bssid) == entry.GetBssid();
 }
 
+// Of an attempt without a failure.
+ConnectOutcome OutcomeOf(CWlanInterface& adapter, const CWlanBssEntry& entry,
+                         const WString& profileXml) {
+  if (IsOn(adapter, entry)) return ConnectOutcome::kConnected;
+  WString unused;
+  const bool hasProfile =
+      !profileXml.empty() || entry.HasUsableProfile() ||
+      (entry.m_bHasTempProfile && adapter.GetTempProfile(entry.m_SSIDW, &unused));
+  return hasProfile ? ConnectOutcome::kElsewhere : ConnectOutcome::kCredentialsAsked;
+}
+
 }  // namespace
 
-ConnectOutcome TryConnect(const Round& round, CWlanBssEntry& entry, const WString& profileXml,
+ConnectAttempt TryConnect(const Round& round, CWlanBssEntry& entry, const WString& profileXml,
                           bool save, std::uint32_t timeoutMs) {
-  ConnectOutcome outcome;
+  ConnectAttempt attempt;
+  std::uint32_t code = 0;
   entry.m_last_reason_code = 0;
   try {
     entry.ConnectSynchronous(&round.adapter, profileXml, save, timeoutMs);
-    outcome.connected = IsOn(round.adapter, entry);
+    attempt.outcome = OutcomeOf(round.adapter, entry, profileXml);
   } catch (const Exception& e) {
-    outcome.failed = true;
-    outcome.what = e.what();
-    outcome.code = e.GetCode();
+    attempt.failure = std::string("Exception: ") + e.what();
+    code = e.GetCode();
   } catch (const std::exception& e) {
-    outcome.failed = true;
-    outcome.what = e.what();
-    outcome.standard = true;
+    attempt.failure = std::string("std:exception: ") + e.what();
   }
-  lines::Attempted(round, entry, outcome);
-  entry.m_last_reason_code = outcome.code;
-  if (outcome.connected) {
+  lines::Attempted(round, entry, attempt.outcome);
+  entry.m_last_reason_code = code;
+  if (attempt.outcome == ConnectOutcome::kConnected) {
     ++entry.m_connect_good;
     entry.m_ever_connected = true;
-  } else if (outcome.failed) {
+  } else if (attempt.outcome == ConnectOutcome::kFailed) {
     round.config->SetString(value::kConnectStatus, u"error");
   }
-  return outcome;
+  return attempt;
 }
 
 ConnectOutcome TryConnectCounted(const Round& round, CWlanBssEntry& entry, const char* stage) {
-  ConnectOutcome outcome = TryConnect(round, entry, {}, false, kConnectTimeoutMs);
-  if (!outcome.failed) return outcome;
-  ++entry.m_connect_failed;
-  lines::AttemptFailed(round, stage, entry, outcome);
-  return outcome;
+  const ConnectAttempt attempt = TryConnect(round, entry, {}, false, kConnectTimeoutMs);
+  if (attempt.outcome == ConnectOutcome::kFailed) {
+    ++entry.m_connect_failed;
+    lines::AttemptFailed(round, stage, entry, attempt.failure);
+  }
+  return attempt.outcome;
 }
 
 void CountMove(bool withinNetwork) {

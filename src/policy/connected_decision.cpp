@@ -70,13 +70,10 @@ class ConnectedDecision {
   }
 
   bool HasReadyCandidate(std::int32_t score) {
-    CSmartPointer<CWlanBssEntry> qualifier;
-    CandidateSummary summary;
-    if (IncrementCandidateCounters(m_Round, score, &qualifier, &summary)) {
-      return true;
-    }
-    if (qualifier) {
-      lines::Ripening(m_Round, *qualifier, m_Mbps);
+    const CountedCandidates counted = IncrementCandidateCounters(m_Round, score);
+    if (counted.anyReady) return true;
+    if (counted.lastQualifier) {
+      lines::Ripening(m_Round, *counted.lastQualifier, m_Mbps);
     } else {
       lines::NoQualifier(m_Round, m_Mbps);
     }

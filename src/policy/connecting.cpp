@@ -91,7 +91,7 @@ class FirstConnect {
   bool Connect(CWlanBssEntry& entry) {
     lines::ConnectingFirst(m_Round, entry, m_bAutoOnly);
     const ConnectOutcome outcome = TryConnectCounted(m_Round, entry, "newconnect");
-    if (!outcome.connected) return !outcome.failed;
+    if (outcome != ConnectOutcome::kConnected) return outcome != ConnectOutcome::kFailed;
     CountMove(false);
     lines::FirstConnected(m_Round, entry);
     PublishConnection(m_Round.adapter, *m_Round.config, entry);

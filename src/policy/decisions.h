@@ -27,9 +27,12 @@ BestChoice IsConnectedToBest(const Round& round);
 
 // Candidates (candidates.cpp). `current` is the score of the connected access point.
 bool IsCandidateReady(const Round& round, CWlanBssEntry& entry, std::int32_t current);
-bool IncrementCandidateCounters(const Round& round, std::int32_t current,
-                                CSmartPointer<CWlanBssEntry>* lastQualifier,
-                                CandidateSummary* summary);
+// What a pass over the counters came to. The qualifier is the one that stands lowest in the list.
+struct CountedCandidates {
+  bool anyReady = false;
+  CSmartPointer<CWlanBssEntry> lastQualifier;
+};
+CountedCandidates IncrementCandidateCounters(const Round& round, std::int32_t current);
 bool IsBetterCandidatePossible(const Round& round, std::int32_t current);
 // The entry of the list for a pair that was suggested by event; null without either.
 CSmartPointer<CWlanBssEntry> FindSuggestedByEvent(const Round& round, const WString& ssid,
@@ -39,12 +42,16 @@ CSmartPointer<CWlanBssEntry> FindSuggestedByEvent(const Round& round, const WStr
 bool SwitchConnectionToBest(const Round& round, std::int32_t current);
 bool ConnectToBestNoDebounce(const Round& round, bool autoOnly);
 
-// What people ask for (requested_connect.cpp): true when it was done.
+// What people ask for (requested_connect.cpp): true when it was done. Asking for an accepted
+// suggestion consumes it.
 bool CheckAcceptSuggestion(const Round& round);
 bool CheckExecuteConnectFromUI(const Round& round, const UIConnectRequest& request,
                                const BssEntryList& entries);
-bool FindAndConnectToBssEntry(const Round& round, const BssEntryList& entries, const WString& ssid,
-                              const WString& bssid_text, const WString& profile_xml,
-                              bool save_profile, const char* tag);
+enum class ConnectOrigin { kClient, kAcceptance };
+struct ConnectOrder : UIConnectRequest {
+  ConnectOrigin origin = ConnectOrigin::kClient;
+};
+bool FindAndConnectToBssEntry(const Round& round, const BssEntryList& entries,
+                              const ConnectOrder& order);
 
 }  // namespace corvane

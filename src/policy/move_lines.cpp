@@ -14,13 +14,22 @@ void Step(const Round& round, RoundStep step, CWlanBssEntry* about = nullptr) {
 
 std::int32_t State(const Round& round) { return round.adapter.GetInterfaceStateForLog(); }
 
-RoundStep StepOf(const ConnectOutcome& outcome) {
-  if (outcome.failed) return RoundStep::kConnectFailed;
-  return outcome.connected ? RoundStep::kConnected : RoundStep::kCredentialsAsked;
+RoundStep StepOf(ConnectOutcome outcome) {
+  switch (outcome) {
+    case ConnectOutcome::kConnected:
+      return RoundStep::kConnected;
+    case ConnectOutcome::kElsewhere:
+      return RoundStep::kElsewhere;
+    case ConnectOutcome::kCredentialsAsked:
+      return RoundStep::kCredentialsAsked;
+    case ConnectOutcome::kFailed:
+      break;
+  }
+  return RoundStep::kConnectFailed;
 }
 
-const char* KindOf(const ConnectOutcome& outcome) {
-  return outcome.standard ? "std:exception" : "Exception";
+const char* TagOf(ConnectOrigin origin) {
+  return origin == ConnectOrigin::kAcceptance ? "[PASSIVE ACCEPTANCE]" : "[UI CONNECT CMD]";
 }
 
 }  // namespace
@@ -43,14 +52,14 @@ void Asked(const Round& round, CWlanBssEntry& entry, bool byEvent, bool made) {
   Step(round, StepOfSuggestion(byEvent, made), &entry);
 }
 
-void Attempted(const Round& round, CWlanBssEntry& entry, const ConnectOutcome& outcome) {
+void Attempted(const Round& round, CWlanBssEntry& entry, ConnectOutcome outcome) {
   Step(round, StepOf(outcome), &entry);
 }
 
 void AttemptFailed(const Round& round, const char* stage, const CWlanBssEntry& entry,
-                   const ConnectOutcome& outcome) {
-  LOG_ERROR(u"[%i]CGlobalQUAYPolicy::MakeChoice:[%S] %S: %S, STATS: failed=%i, good=%i", round.idx,
-            stage, KindOf(outcome), outcome.what, entry.m_connect_failed, entry.m_connect_good);
+                   const std::string& failure) {
+  LOG_ERROR(u"[%i]CGlobalQUAYPolicy::MakeChoice:[%S] %S, STATS: failed=%i, good=%i", round.idx,
+            stage, failure, entry.m_connect_failed, entry.m_connect_good);
 }
 
 // --- A switch
@@ -187,31 +196,29 @@ void NoneEligible(const Round& round) { Step(round, RoundStep::kNoneEligible); }
 
 // --- A request
 
-void RequestHeldByMonitorMode(const Round& round, const char* tag, const WString& ssid,
-                              const WString& bssid) {
+void RequestHeldByMonitorMode(const Round& round, const ConnectOrder& order) {
   Step(round, RoundStep::kMonitorMode);
   LOG_ADAPTER(round.idx, kPolicyLog,
               u"[%i] %S [DISABLED IN MONITOR MODE] FindAndConnectToBssEntry: _NOT_ Connecting. to "
               u"ssid='%s', bssid='%s'\n",
-              round.idx, tag, ssid, bssid);
+              round.idx, TagOf(order.origin), order.ssid, order.bssid);
 }
 
-void RequestWithoutBssid(const Round& round, const char* tag, const WString& ssid,
-                         const WString& bssid) {
+void RequestWithoutBssid(const Round& round, const ConnectOrder& order) {
   LOG_ADAPTER(round.idx, kPolicyLog, u"[%i] %S _NOT_ Connecting. to ssid='%s', bssid='%s'\n",
-              round.idx, tag, ssid, bssid);
+              round.idx, TagOf(order.origin), order.ssid, order.bssid);
 }
 
-void TryingRequest(const Round& round, const char* tag, CWlanBssEntry& entry, int tries) {
+void TryingRequest(const Round& round, ConnectOrigin origin, CWlanBssEntry& entry, int tries) {
   const MacAddress mac = entry.GetBssid();
   Step(round, RoundStep::kRequestedConnect, &entry);
   LOG_ADAPTER(round.idx, kPolicyLog,
               u"[%i] %S [try=%i] Connecting to %s {%02x-%02x-%02x-%02x-%02x-%02x}\n", round.idx,
-              tag, tries, entry.m_SSIDW, MAC_ARGS(mac));
+              TagOf(origin), tries, entry.m_SSIDW, MAC_ARGS(mac));
 }
 
-void RequestFailed(const ConnectOutcome& outcome) {
-  LOG_ERROR(u"CGlobalQUAYPolicy::FindAndConnectToBssEntry: %S: %S", KindOf(outcome), outcome.what);
+void RequestFailed(const std::string& failure) {
+  LOG_ERROR(u"CGlobalQUAYPolicy::FindAndConnectToBssEntry: %S", failure);
 }
 
 void RequestConnected(const Round& round, const CWlanBssEntry& entry, int tries) {
@@ -234,18 +241,18 @@ void OrderUnderstood(const Round& round, const WString& bssid, bool isConnectedO
               isConnectedOne ? u"SAME" : u"DIFFERENT", bssid, MacText(round.facts.bssid));
 }
 
-void OrderCarriedOut(const Round& round, const WString& ssid, const WString& bssid) {
+void OrderCarriedOut(const Round& round, const ConnectOrder& order) {
   Step(round, RoundStep::kClientConnect);
   LogRecord(kLogFile | kLogConsole | kLogMemory, "<I>", "[Adapter", round.idx,
-            "] UI Command Connect to: ", ssid, " ", bssid);
+            "] UI Command Connect to: ", order.ssid, " ", order.bssid);
 }
 
-void AcceptanceCarriedOut(const Round& round, const WString& ssid, const WString& bssid) {
+void AcceptanceCarriedOut(const Round& round, const ConnectOrder& order) {
   Step(round, RoundStep::kSuggestionAccepted);
   LogRecord(kLogFile | kLogMemory, "<I>", "[Adapter", round.idx,
-            "] SUGGESTION ACCEPTED: Connect to ", ssid, " ", bssid);
+            "] SUGGESTION ACCEPTED: Connect to ", order.ssid, " ", order.bssid);
   LOG_ADAPTER(round.idx, kPolicyLog, u"\n[%i]Connect to suggested Network succeeded [%s][%s]\n",
-              round.idx, ssid, bssid);
+              round.idx, order.ssid, order.bssid);
 }
 
 void AcceptanceFailed(const Round& round, const WString& ssid, bool restores) {

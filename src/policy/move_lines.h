@@ -5,7 +5,7 @@
 
 #include "notify/ap_summary.h"
 #include "policy/connect_attempt.h"
-#include "policy/round.h"
+#include "policy/decisions.h"
 
 namespace corvane::lines {
 
@@ -13,9 +13,9 @@ namespace corvane::lines {
 void HeldByMonitorMode(const Round& round, const char* operation, CWlanBssEntry& entry);
 void InhibitedByDialog(const Round& round, const char* operation);
 void Asked(const Round& round, CWlanBssEntry& entry, bool byEvent, bool made);  // the user
-void Attempted(const Round& round, CWlanBssEntry& entry, const ConnectOutcome& outcome);
+void Attempted(const Round& round, CWlanBssEntry& entry, ConnectOutcome outcome);
 void AttemptFailed(const Round& round, const char* stage, const CWlanBssEntry& entry,
-                   const ConnectOutcome& outcome);
+                   const std::string& failure);
 
 // --- A switch; `current` is the score of the connected access point.
 void TargetElsewhere(const Round& round, const CWlanBssEntry& entry, bool ready);
@@ -39,18 +39,16 @@ void FirstConnected(const Round& round, const CWlanBssEntry& entry);
 void ConnectedByItself(const Round& round, const ApSummary& after);
 void NoneEligible(const Round& round);
 
-// --- A request; `tag` names who made it.
-void RequestHeldByMonitorMode(const Round& round, const char* tag, const WString& ssid,
-                              const WString& bssid);
-void RequestWithoutBssid(const Round& round, const char* tag, const WString& ssid,
-                         const WString& bssid);
-void TryingRequest(const Round& round, const char* tag, CWlanBssEntry& entry, int tries);
-void RequestFailed(const ConnectOutcome& outcome);
+// --- A request
+void RequestHeldByMonitorMode(const Round& round, const ConnectOrder& order);
+void RequestWithoutBssid(const Round& round, const ConnectOrder& order);
+void TryingRequest(const Round& round, ConnectOrigin origin, CWlanBssEntry& entry, int tries);
+void RequestFailed(const std::string& failure);
 void RequestConnected(const Round& round, const CWlanBssEntry& entry, int tries);
 void OrderNotUnderstood(const Round& round, const WString& bssid);
 void OrderUnderstood(const Round& round, const WString& bssid, bool isConnectedOne);
-void OrderCarriedOut(const Round& round, const WString& ssid, const WString& bssid);
-void AcceptanceCarriedOut(const Round& round, const WString& ssid, const WString& bssid);
+void OrderCarriedOut(const Round& round, const ConnectOrder& order);
+void AcceptanceCarriedOut(const Round& round, const ConnectOrder& order);
 void AcceptanceFailed(const Round& round, const WString& ssid, bool restores);
 void RestoredAfterAcceptance(const Round& round);
 

@@ -78,12 +78,13 @@ bool CGlobalQUAYPolicy::IncrementCandidateCounters(CWlanInterface* pIf,
                                                    const MacAddress& connected_bssid,
                                                    const BssEntryList& entries,
                                                    std::int32_t current_score,
-                                                   CSmartPointer<CWlanBssEntry>* last_qualifier,
-                                                   CandidateSummary* summary) {
+                                                   CSmartPointer<CWlanBssEntry>* last_qualifier) {
   ConnectionFacts facts;
   facts.bssid = connected_bssid;
-  return corvane::IncrementCandidateCounters(RoundOf(*pIf, entries, facts), current_score,
-                                             last_qualifier, summary);
+  CountedCandidates counted =
+      corvane::IncrementCandidateCounters(RoundOf(*pIf, entries, facts), current_score);
+  *last_qualifier = std::move(counted.lastQualifier);
+  return counted.anyReady;
 }
 
 bool CGlobalQUAYPolicy::IsBetterCandidatePossible(CWlanInterface* pIf, const BssEntryList& entries,
@@ -127,11 +128,9 @@ bool CGlobalQUAYPolicy::CheckExecuteConnectFromUI(CWlanInterface* pIf,
 }
 
 bool CGlobalQUAYPolicy::FindAndConnectToBssEntry(CWlanInterface* pIf, const BssEntryList& entries,
-                                                 const WString& ssid, const WString& bssid_text,
-                                                 const WString& profile_xml, bool save_profile,
-                                                 const ConnectionFacts& facts, const char* tag) {
-  return corvane::FindAndConnectToBssEntry(RoundOf(*pIf, {}, facts), entries, ssid, bssid_text,
-                                           profile_xml, save_profile, tag);
+                                                 const ConnectOrder& order,
+                                                 const ConnectionFacts& facts) {
+  return corvane::FindAndConnectToBssEntry(RoundOf(*pIf, {}, facts), entries, order);
 }
 
 }  // namespace corvane

@@ -9,6 +9,8 @@
 
 namespace corvane {
 
+struct ConnectOrder;
+
 class CGlobalQUAYPolicy {
  public:
   // One policy round (policy_round.cpp). Exceptions of the platform go through to the worker.
@@ -43,8 +45,7 @@ class CGlobalQUAYPolicy {
   // True when one is ready. *last_qualifier is the qualifying entry that stands lowest in the list.
   static bool IncrementCandidateCounters(CWlanInterface* pIf, const MacAddress& connected_bssid,
                                          const BssEntryList& entries, std::int32_t current_score,
-                                         CSmartPointer<CWlanBssEntry>* last_qualifier,
-                                         CandidateSummary* summary);
+                                         CSmartPointer<CWlanBssEntry>* last_qualifier);
   static bool IsBetterCandidatePossible(CWlanInterface* pIf, const BssEntryList& entries,
                                         std::int32_t current_score);
   // The pair was suggested by event, and *entry of the list is it.
@@ -68,9 +69,7 @@ class CGlobalQUAYPolicy {
   static bool CheckExecuteConnectFromUI(CWlanInterface* pIf, const UIConnectRequest& request,
                                         const BssEntryList& entries, const ConnectionFacts& facts);
   static bool FindAndConnectToBssEntry(CWlanInterface* pIf, const BssEntryList& entries,
-                                       const WString& ssid, const WString& bssid_text,
-                                       const WString& profile_xml, bool save_profile,
-                                       const ConnectionFacts& facts, const char* tag);
+                                       const ConnectOrder& order, const ConnectionFacts& facts);
 };
 
 }  // namespace corvane

@@ -16,96 +16,76 @@ struct Words {
   const char* text;
 };
 
-Words WordsOf(RoundStep step) {
-  switch (step) {
-    case RoundStep::kRadioOff:
-      return {"radio-off", "the radio is off, or does not answer"};
-    case RoundStep::kAirplaneMode:
-      return {"airplane-mode", "airplane mode is on"};
-    case RoundStep::kDisabled:
-      return {"disabled", "the service or the adapter is disabled"};
-    case RoundStep::kInhibited:
-      return {"inhibited", "the inhibit clock runs"};
-    case RoundStep::kVpn:
-      return {"vpn", "a VPN is up"};
-    case RoundStep::kOvertaken:
-      return {"overtaken", "airplane mode or the inhibit clock came up meanwhile"};
-    case RoundStep::kSuggestionAccepted:
-      return {"suggestion-accepted", "the user's yes to a suggestion is served"};
-    case RoundStep::kSuggestionFailed:
-      return {"suggestion-failed", "the accepted suggestion could not be connected"};
-    case RoundStep::kClientConnect:
-      return {"client-connect", "a client's connect is served"};
-    case RoundStep::kDeniedLeft:
-      return {"denied-left", "the connection to a denied access point is ended"};
-    case RoundStep::kNoCandidates:
-      return {"no-candidates", "there is no candidate"};
-    case RoundStep::kRoamingInhibit:
-      return {"roaming-inhibit", "somebody else moved the adapter"};
-    case RoundStep::kSuggestionWithdrawn:
-      return {"suggestion-withdrawn", "the last suggestion lost its place and is withdrawn"};
-    case RoundStep::kSurroundingsChanged:
-      return {"surroundings-changed", "networks went missing: scans are forced"};
-    case RoundStep::kWeakConnection:
-      return {"weak-connection", "the connection is weak: scans are forced"};
-    case RoundStep::kStale:
-      return {"stale", "the connection is good and nothing was scanned since the last decision"};
-    case RoundStep::kStateUnclear:
-      return {"state-unclear", "the adapter changed its state meanwhile"};
-    case RoundStep::kAlreadySuggested:
-      return {"already-suggested", "the best one is suggested already"};
-    case RoundStep::kNothingBetter:
-      return {"nothing-better", "nothing in sight lies above the margin"};
-    case RoundStep::kBetterPossible:
-      return {"better-possible", "a better one is in sight: scans are forced"};
-    case RoundStep::kDeniedJustLeft:
-      return {"denied-just-left", "a denied access point was left just now"};
-    case RoundStep::kCountsDisconnects:
-      return {"counts-disconnects", "disconnected for too few rounds to act"};
-    case RoundStep::kWiredLan:
-      return {"wired-lan", "a wired LAN is connected"};
-    case RoundStep::kSwitchingOff:
-      return {"switching-off", "network switching is off"};
-    case RoundStep::kNoneEligible:
-      return {"none-eligible", "no candidate may be connected by itself"};
-    case RoundStep::kOnBest:
-      return {"on-best", "connected to the best one"};
-    case RoundStep::kOnUnlisted:
-      return {"on-unlisted", "connected to the only one"};
-    case RoundStep::kLinkBusy:
-      return {"link-busy", "traffic or real-time audio runs"};
-    case RoundStep::kRipening:
-      return {"ripening", "the better one has yet to ripen"};
-    case RoundStep::kNoQualifier:
-      return {"no-qualifier", "none is better by the margin"};
-    case RoundStep::kMonitorMode:
-      return {"monitor-mode", "monitor mode: this would be the one"};
-    case RoundStep::kAlreadyThere:
-      return {"already-there", "connected to it already"};
-    case RoundStep::kSuggestByEvent:
-      return {"suggest-by-event", "it is suggested by an event"};
-    case RoundStep::kSuggestByPopup:
-      return {"suggest-by-popup", "it is suggested by the dialog"};
-    case RoundStep::kNotSuggested:
-      return {"not-suggested", "too small a gain to suggest, or suggested before"};
-    case RoundStep::kFirstConnect:
-      return {"first-connect", "the disconnected adapter connects to it"};
-    case RoundStep::kSwitch:
-      return {"switch", "the adapter moves to it"};
-    case RoundStep::kRequestedConnect:
-      return {"requested-connect", "it is connected on request"};
-    case RoundStep::kConnected:
-      return {"connected", "the connect succeeded"};
-    case RoundStep::kCredentialsAsked:
-      return {"credentials-asked",
-              "the adapter is not on it yet: the user was asked for credentials"};
-    case RoundStep::kConnectFailed:
-      return {"connect-failed", "the connect failed"};
-    case RoundStep::kRestore:
-      return {"restore", "the old network is restored"};
+struct StepWords {
+  RoundStep step;
+  Words words;
+};
+
+constexpr StepWords kSteps[] = {
+    {RoundStep::kRadioOff, {"radio-off", "the radio is off, or does not answer"}},
+    {RoundStep::kAirplaneMode, {"airplane-mode", "airplane mode is on"}},
+    {RoundStep::kDisabled, {"disabled", "the service or the adapter is disabled"}},
+    {RoundStep::kInhibited, {"inhibited", "the inhibit clock runs"}},
+    {RoundStep::kVpn, {"vpn", "a VPN is up"}},
+    {RoundStep::kOvertaken, {"overtaken", "airplane mode or the inhibit clock came up meanwhile"}},
+    {RoundStep::kSuggestionAccepted,
+     {"suggestion-accepted", "the user's yes to a suggestion is served"}},
+    {RoundStep::kSuggestionFailed,
+     {"suggestion-failed", "the accepted suggestion could not be connected"}},
+    {RoundStep::kClientConnect, {"client-connect", "a client's connect is served"}},
+    {RoundStep::kDeniedLeft, {"denied-left", "the connection to a denied access point is ended"}},
+    {RoundStep::kNoCandidates, {"no-candidates", "there is no candidate"}},
+    {RoundStep::kRoamingInhibit, {"roaming-inhibit", "somebody else moved the adapter"}},
+    {RoundStep::kSuggestionWithdrawn,
+     {"suggestion-withdrawn", "the last suggestion lost its place and is withdrawn"}},
+    {RoundStep::kSurroundingsChanged,
+     {"surroundings-changed", "networks went missing: scans are forced"}},
+    {RoundStep::kWeakConnection, {"weak-connection", "the connection is weak: scans are forced"}},
+    {RoundStep::kStale,
+     {"stale", "the connection is good and nothing was scanned since the last decision"}},
+    {RoundStep::kStateUnclear, {"state-unclear", "the adapter changed its state meanwhile"}},
+    {RoundStep::kAlreadySuggested, {"already-suggested", "the best one is suggested already"}},
+    {RoundStep::kNothingBetter, {"nothing-better", "nothing in sight lies above the margin"}},
+    {RoundStep::kBetterPossible, {"better-possible", "a better one is in sight: scans are forced"}},
+    {RoundStep::kDeniedJustLeft, {"denied-just-left", "a denied access point was left just now"}},
+    {RoundStep::kCountsDisconnects,
+     {"counts-disconnects", "disconnected for too few rounds to act"}},
+    {RoundStep::kWiredLan, {"wired-lan", "a wired LAN is connected"}},
+    {RoundStep::kSwitchingOff, {"switching-off", "network switching is off"}},
+    {RoundStep::kNoneEligible, {"none-eligible", "no candidate may be connected by itself"}},
+    {RoundStep::kOnBest, {"on-best", "connected to the best one"}},
+    {RoundStep::kOnUnlisted, {"on-unlisted", "connected to the only one"}},
+    {RoundStep::kLinkBusy, {"link-busy", "traffic or real-time audio runs"}},
+    {RoundStep::kRipening, {"ripening", "the better one has yet to ripen"}},
+    {RoundStep::kNoQualifier, {"no-qualifier", "none is better by the margin"}},
+    {RoundStep::kMonitorMode, {"monitor-mode", "monitor mode: this would be the one"}},
+    {RoundStep::kAlreadyThere, {"already-there", "connected to it already"}},
+    {RoundStep::kSuggestByEvent, {"suggest-by-event", "it is suggested by an event"}},
+    {RoundStep::kSuggestByPopup, {"suggest-by-popup", "it is suggested by the dialog"}},
+    {RoundStep::kNotSuggested,
+     {"not-suggested", "too small a gain to suggest, or suggested before"}},
+    {RoundStep::kFirstConnect, {"first-connect", "the disconnected adapter connects to it"}},
+    {RoundStep::kSwitch, {"switch", "the adapter moves to it"}},
+    {RoundStep::kRequestedConnect, {"requested-connect", "it is connected on request"}},
+    {RoundStep::kConnected, {"connected", "the connect succeeded"}},
+    {RoundStep::kElsewhere, {"elsewhere", "the adapter is on another one"}},
+    {RoundStep::kCredentialsAsked,
+     {"credentials-asked", "the adapter is not on it yet: the user was asked for credentials"}},
+    {RoundStep::kConnectFailed, {"connect-failed", "the connect failed"}},
+    {RoundStep::kRestore, {"restore", "the old network is restored"}},
+};
+
+// A step stands at its own place, so that none can be forgotten.
+constexpr bool StandInOrder() {
+  std::size_t place = 0;
+  for (const StepWords& one : kSteps) {
+    if (static_cast<std::size_t>(one.step) != place++) return false;
   }
-  return {"", ""};
+  return place == static_cast<std::size_t>(RoundStep::kRestore) + 1;
 }
+static_assert(StandInOrder());
+
+Words WordsOf(RoundStep step) { return kSteps[static_cast<std::size_t>(step)].words; }
 
 Words WordsOf(CandidateStanding standing) {
   switch (standing) {

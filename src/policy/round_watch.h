@@ -58,6 +58,7 @@ enum class RoundStep {
   kSwitch,
   kRequestedConnect,
   kConnected,
+  kElsewhere,         // the connect ended well, yet not on the access point that was asked for
   kCredentialsAsked,  // of the user, who has to connect it
   kConnectFailed,
   kRestore,

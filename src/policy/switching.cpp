@@ -118,12 +118,12 @@ class Switch {
     const ApSummary before = SummaryOfConnection(m_Round.adapter, m_Round.facts, m_Score);
     lines::Switching(m_Round, entry, roam);
     const ConnectOutcome outcome = TryConnectCounted(m_Round, entry, "switch");
-    if (outcome.failed) {
+    if (outcome == ConnectOutcome::kFailed) {
       entry.m_candidate_counter = 0;
       m_Round.adapter.ReleaseReservation(entry.GetBssid());
       return false;
     }
-    if (!outcome.connected) return true;
+    if (outcome != ConnectOutcome::kConnected) return true;
     CountMove(roam);
     lines::SwitchConnected(m_Round, entry, roam);
     PublishConnection(m_Round.adapter, *m_Round.config, entry);

@@ -16,7 +16,7 @@ constexpr std::int32_t kPhyHt = 7;
 constexpr std::int32_t kPhyVht = 8;
 constexpr std::int32_t kPhyHe = 10;
 
-std::int64_t Round(double value) { return std::llround(value); }
+std::int64_t Rounded(double value) { return std::llround(value); }
 
 std::int64_t SignalPoints(std::uint32_t quality, std::int64_t max) {
   if (quality <= 50) return 0;
@@ -26,8 +26,8 @@ std::int64_t SignalPoints(std::uint32_t quality, std::int64_t max) {
 
 std::int64_t RatePoints(std::uint64_t mbps, double bump) {
   const double rate = static_cast<double>(mbps);
-  if (mbps < 1000) return Round(rate / 1000.0 * 2 * bump);
-  return static_cast<std::int64_t>(2 * bump) + Round((rate - 1000.0) / 1000.0 * bump);
+  if (mbps < 1000) return Rounded(rate / 1000.0 * 2 * bump);
+  return static_cast<std::int64_t>(2 * bump) + Rounded((rate - 1000.0) / 1000.0 * bump);
 }
 
 std::int64_t GenerationPoints(std::int32_t phyType) {
@@ -54,7 +54,7 @@ std::int32_t ComputeBackupScore(const BackupScoreInputs& in) {
   sum += std::max(in.bandAverage > 0 ? in.bandAverage : in.rememberedAverage, 0);
   if (in.guest) sum = std::max<std::int64_t>(sum - kGuestPoints, 0);
   if (in.quality < 50) {
-    const std::int64_t weak = Round((kGoodQuality - in.quality) / 5.0 + 0.5);
+    const std::int64_t weak = Rounded((kGoodQuality - in.quality) / 5.0 + 0.5);
     sum -= std::min({weak, std::int64_t{kWeakSignalPointsMax}, sum});
   }
   return static_cast<std::int32_t>(std::min<std::int64_t>(sum, INT32_MAX));

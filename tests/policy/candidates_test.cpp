@@ -10,9 +10,8 @@ class CandidateDebounce : public test::PolicyTest {
   explicit CandidateDebounce(int adapters = 1) : PolicyTest(adapters) {}
 
   bool Increment(const BssEntryList& entries, std::int32_t current) {
-    CandidateSummary unused;
     return CGlobalQUAYPolicy::IncrementCandidateCounters(adapter.get(), ApMac(1), entries, current,
-                                                         &qualifier, &unused);
+                                                         &qualifier);
   }
   CSmartPointer<CWlanBssEntry> qualifier;
   void TearDown() override {

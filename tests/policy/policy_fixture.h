@@ -11,6 +11,7 @@
 #include "notify/notification_manager.h"
 #include "policy/policy.h"
 #include "policy/quiet_network_list.h"
+#include "policy/round_watch.h"
 #include "settings/global_config_container.h"
 #include "store/value_names.h"
 #include "support/pc_fixture.h"
@@ -44,6 +45,7 @@ class PolicyWlan : public platform::WlanApi {
   std::vector<Link> links;
   std::map<MacAddress, platform::DWORD> refusals;  // reason code by BSSID
   std::map<MacAddress, std::string> names;         // SSID by BSSID
+  std::map<MacAddress, MacAddress> landings;       // where a connect ends instead
   std::vector<std::string> calls;                  // "connect <SSID> <BSSID>", "disconnect"
   platform::DWORD disconnectResult = platform::ERROR_SUCCESS;
   platform::DWORD stateResult = platform::ERROR_SUCCESS;
@@ -123,7 +125,8 @@ class PolicyWlan : public platform::WlanApi {
     const platform::DWORD reason = refused == refusals.end() ? 0 : refused->second;
     if (reason == 0) {
       Link& link = LinkOf(*adapter);
-      link = {true, ssid, bssid, link.quality};
+      const auto landing = landings.find(bssid);
+      link = {true, ssid, landing == landings.end() ? bssid : landing->second, link.quality};
     }
     m_DelayMs = connectMs;
     Notify(*adapter, platform::wlan_notification_acm_connection_complete, ssid, reason);
@@ -174,6 +177,15 @@ class PolicyWlan : public platform::WlanApi {
   platform::DWORD m_DelayMs = 0;  // of the next notification
   platform::WLAN_CONNECTION_NOTIFICATION_DATA m_Connection;
   platform::WLAN_NOTIFICATION_DATA m_Notification;  // one at a time
+};
+
+// The steps of the rounds while it lives.
+class StepWatch final : public IRoundWatch {
+ public:
+  StepWatch() { RoundWatches::Add(this); }
+  ~StepWatch() { RoundWatches::Remove(this); }
+  void OnStep(int, RoundStep step, CWlanBssEntry*) override { steps.push_back(step); }
+  std::vector<RoundStep> steps;
 };
 
 class PolicyTest : public KernelTest {

@@ -98,6 +98,21 @@ TEST_F(SwitchingTest, RefusedTargetIsFollowedByTheNextReadyOne) {
   EXPECT_EQ(second->m_connect_good, 1);
 }
 
+TEST_F(SwitchingTest, ConnectThatEndsOnAnotherAccessPointIsNoMove) {
+  Connect("Office", 1);
+  Add("Office", 1, 50);
+  const auto better = Add("Home", 2, 70);
+  wlan->landings[ApMac(2)] = ApMac(9);
+  Round();
+  const test::StepWatch watch;
+  Round();
+  EXPECT_EQ(watch.steps, (std::vector{RoundStep::kSwitch, RoundStep::kElsewhere}));
+  EXPECT_EQ(wlan->calls.size(), 1u) << "there is a connection, nothing is restored";
+  EXPECT_EQ(better->m_connect_good + better->m_connect_failed, 0);
+  EXPECT_EQ(Moves(false), 0u);
+  EXPECT_EQ(Events(), std::vector<std::string>{});
+}
+
 TEST_F(SwitchingTest, SwitchThatFailsAltogetherRestoresTheOldNetwork) {
   Connect("Office", 1);
   Add("Office", 1, 50);
