@@ -104,11 +104,9 @@ class CounterPass {
   }
 
   void ReserveIfNearlyRipe(CWlanBssEntry& entry) {
-    MacAddress reserved;
-    if (m_Round.adapter.GetReservation(&reserved) ||
-        entry.GetCandidate() < m_Round.settings.required - 1)
-      return;
-    m_Round.adapter.TakeReservation(entry.GetBssid());
+    CandidateClaim& claim = m_Round.adapter.Claim();
+    if (claim.Held() || entry.GetCandidate() < m_Round.settings.required - 1) return;
+    claim.ClaimRipening(entry.GetBssid());
     lines::Reserved(m_Round, entry);
   }
 

@@ -84,7 +84,7 @@ class FirstConnect {
                                          ShortApSummary(SummaryOf(entry)), kNoConnectionMbps);
     lines::InhibitedByDialog(m_Round, "ConnectToBestNoDebounce");
     m_Round.config->Set_InhibitQUAY(kInhibitAfterPopupMs, "con-pop");
-    m_Round.adapter.TakeReservation(entry.GetBssid());
+    m_Round.adapter.Claim().ClaimSuggested(entry.GetBssid());
     return accepted;
   }
 

@@ -104,7 +104,7 @@ class Switch {
                                         ShortApSummary(suggested), ShortApSummary(current));
     lines::InhibitedByDialog(m_Round, "SwitchConnectionToBest");
     m_Round.config->Set_InhibitQUAY(kInhibitAfterPopupMs, "sw-pop");
-    m_Round.adapter.TakeReservation(entry.GetBssid());
+    m_Round.adapter.Claim().ClaimSuggested(entry.GetBssid());
     return accepted;
   }
 
@@ -120,7 +120,7 @@ class Switch {
     const ConnectOutcome outcome = TryConnectCounted(m_Round, entry, "switch");
     if (outcome == ConnectOutcome::kFailed) {
       entry.m_candidate_counter = 0;
-      m_Round.adapter.ReleaseReservation(entry.GetBssid());
+      m_Round.adapter.Claim().GiveUp(entry.GetBssid());
       return false;
     }
     if (outcome != ConnectOutcome::kConnected) return true;

@@ -1,4 +1,4 @@
-// What the adapter keeps of its candidates: counters, reservation, score of the connection.
+// What the adapter keeps of its candidates: counters, summaries, score of the connection.
 
 #include <algorithm>
 
@@ -21,8 +21,7 @@ void CWlanInterface::ClearAllCandidateCounters(const char* reason) {
               u"[%i] CWlanInterface::ClearAllCandidateCounters(): [[[[ %S ]]]]\n", m_ConfigIdx,
               reason);
   const CCritSecLock guard(ObjectLock());
-  m_bReserved = false;
-  m_reserved_candidate = {};
+  m_Claim.Drop();
   for (const auto& [ssid, network] : m_Networks) {
     for (const auto& [bssid, entry] : network->m_BssMap) entry->m_candidate_counter = 0;
   }
@@ -31,8 +30,7 @@ void CWlanInterface::ClearAllCandidateCounters(const char* reason) {
 void CWlanInterface::DecrementAllCandidateCounters() {
   const CSmartPointer<CQUAYInterfaceConfig> config = Config();
   const CCritSecLock guard(ObjectLock());
-  m_bReserved = false;
-  m_reserved_candidate = {};
+  m_Claim.Drop();
   bool lowered = false;
   for (const auto& [ssid, network] : m_Networks) {
     for (const auto& [bssid, entry] : network->m_BssMap) {
@@ -65,25 +63,6 @@ void CWlanInterface::NotifyCurrentNetworkScore(std::int32_t score, const MacAddr
   }
   m_last_notified_score = score;
   m_last_notified_bssid = bssid;
-}
-
-void CWlanInterface::TakeReservation(const MacAddress& bssid) {
-  const CCritSecLock guard(ObjectLock());
-  m_bReserved = true;
-  m_reserved_candidate = bssid;
-}
-
-void CWlanInterface::ReleaseReservation(const MacAddress& bssid) {
-  const CCritSecLock guard(ObjectLock());
-  if (!m_bReserved || m_reserved_candidate != bssid) return;
-  m_bReserved = false;
-  m_reserved_candidate = {};
-}
-
-bool CWlanInterface::GetReservation(MacAddress* bssid) {
-  const CCritSecLock guard(ObjectLock());
-  *bssid = m_reserved_candidate;
-  return m_bReserved;
 }
 
 void CWlanInterface::AddScoreDiffSummary(const CandidateSummary& summary) {

@@ -96,13 +96,12 @@ bool CWifiClientContainer::AvoidThisCandidateOnMyIF(CWlanBssEntry* bss,
           bss->m_SSIDW, bss->m_BSSIDText, MacTextA(wanted));
       return true;
     }
-    MacAddress reserved{};
-    if (other->GetReservation(&reserved) && reserved == wanted) {
+    if (other->Claim().Held() == wanted) {
       LOG_DEBUG(
           DBG(19),
           u"CWifiClientContainer::AvoidThisCandidateOnMyIF: *MATCHED* RESERVED BSSID: candidate "
           u"ssid: %s, candidate bssid: %s, other RESERVED bssid: %S",
-          bss->m_SSIDW, bss->m_BSSIDText, MacTextA(reserved));
+          bss->m_SSIDW, bss->m_BSSIDText, MacTextA(wanted));
       return true;
     }
   }

@@ -16,6 +16,7 @@
 #include "settings/interface_config.h"
 #include "store/address_text.h"
 #include "store/ap_list_row.h"
+#include "wlan/candidate_claim.h"
 #include "wlan/notification_sink.h"
 #include "wlan/operation_gate.h"
 #include "wlan/scan_decision.h"
@@ -180,9 +181,7 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   void ClearAllCandidateCounters(const char* reason);
   void DecrementAllCandidateCounters();
   void NotifyCurrentNetworkScore(std::int32_t score, const MacAddress& bssid);
-  void TakeReservation(const MacAddress& bssid);
-  void ReleaseReservation(const MacAddress& bssid);  // only when it holds this BSSID
-  bool GetReservation(MacAddress* bssid);
+  CandidateClaim& Claim() { return m_Claim; }
   void AddScoreDiffSummary(const CandidateSummary& summary);  // keeps 120
   // Gives every entry outside the 5 GHz range the penalty that its final score takes, in points.
   void SetBTPenalty(std::int32_t value);
@@ -340,8 +339,7 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
 
   SwitchRate m_SwitchRate;
   std::list<CandidateSummary> m_score_diff_summaries;
-  bool m_bReserved = false;  // m_reserved_candidate, interface lock
-  MacAddress m_reserved_candidate{};
+  CandidateClaim m_Claim{ObjectLock()};
   std::int32_t m_last_notified_score = 0;
   std::uint32_t m_score_rise_streak = 0;
   MacAddress m_last_notified_bssid{};

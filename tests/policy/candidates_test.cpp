@@ -45,15 +45,15 @@ TEST_F(CandidateDebounceOfTwo, TwoAdaptersReserveInTheSecondRoundAndAreReadyInTh
 TEST_F(CandidateDebounceOfTwo, ConnectionAndReservationOfAnotherAdapterHoldACandidateBack) {
   const BssEntryList entries{Add("Office", 2, 60), Add("Office", 3, 60)};
   Connect("Office", 2, 80, 1);
-  adapters[1]->TakeReservation(ApMac(3));
+  adapters[1]->Claim().ClaimSuggested(ApMac(3));
   EXPECT_FALSE(Increment(entries, 50));
   EXPECT_EQ(entries[0]->m_candidate_counter, 0);
   EXPECT_EQ(entries[1]->m_candidate_counter, 0);
   EXPECT_FALSE(qualifier);
   EXPECT_FALSE(CGlobalQUAYPolicy::IsBetterCandidatePossible(adapter.get(), entries, 50));
-  adapters[1]->ReleaseReservation(ApMac(2));  // another one's: stays
+  adapters[1]->Claim().GiveUp(ApMac(2));  // another one's: stays
   EXPECT_FALSE(Increment(entries, 50));
-  adapters[1]->ReleaseReservation(ApMac(3));
+  adapters[1]->Claim().GiveUp(ApMac(3));
   Increment(entries, 50);
   EXPECT_EQ(entries[1]->m_candidate_counter, 1);
   EXPECT_TRUE(CGlobalQUAYPolicy::IsBetterCandidatePossible(adapter.get(), entries, 50));
@@ -144,7 +144,7 @@ TEST_F(CandidateDebounce, RisingConnectionTakesStepsBackAndAsksForAScanMore) {
     return entry->m_candidate_counter;
   };
   entry->m_candidate_counter = 5;
-  adapter->TakeReservation(ApMac(2));
+  adapter->Claim().ClaimSuggested(ApMac(2));
   EXPECT_EQ(report(50), 5);
   EXPECT_EQ(report(51), 5);
   EXPECT_TRUE(HasReservation(2));

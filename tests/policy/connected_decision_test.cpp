@@ -30,7 +30,7 @@ TEST_F(ConnectedDecisionOfTwo, BestIsTheHeadThatNoOtherAdapterHas) {
   Connect("Office", 1);
   const auto mine = Add("Office", 1, 50), taken = Add("Office", 2, 90),
              third = Add("Office", 3, 40);
-  adapters[1]->TakeReservation(ApMac(2));
+  adapters[1]->Claim().ClaimSuggested(ApMac(2));
   CSmartPointer<CWlanBssEntry> best;
   EXPECT_TRUE(IsBest({mine, taken}, &best));
   EXPECT_EQ(best, mine);
@@ -42,7 +42,7 @@ TEST_F(ConnectedDecisionOfTwo, BestIsTheHeadThatNoOtherAdapterHas) {
   EXPECT_FALSE(best);
   EXPECT_TRUE(IsBest({}, &best));
   EXPECT_EQ(best, mine);  // out of the model
-  adapters[1]->ReleaseReservation(ApMac(2));
+  adapters[1]->Claim().GiveUp(ApMac(2));
   EXPECT_FALSE(IsBest({taken, mine}, &best));
   EXPECT_EQ(best, taken);
 }

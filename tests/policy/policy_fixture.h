@@ -291,10 +291,7 @@ class PolicyTest : public KernelTest {
     adapter->GetConnectedSSID(&facts);
     return facts;
   }
-  bool HasReservation(int n) {
-    MacAddress reserved;
-    return adapter->GetReservation(&reserved) && reserved == ApMac(n);
-  }
+  bool HasReservation(int n) { return adapter->Claim().Held() == ApMac(n); }
 
   PolicyWlan* wlan = nullptr;
   std::vector<CSmartPointer<CWlanInterface>> adapters;

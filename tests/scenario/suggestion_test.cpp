@@ -128,9 +128,9 @@ TEST_F(SuggestionScenario, ByPopupAsksOnceADayAndHoldsStillMeanwhile) {
   ExpectSuggested(u"Office", 1, u"[Channel 36] [5Ghz]");
   EXPECT_EQ(Text(value::kSuggestedNetworkReason), LookUpStatusText(kStatusBestNetwork));
   EXPECT_TRUE(TraceEvents(kSuggest).empty());
-  MacAddress reserved{};
-  EXPECT_TRUE(Wlan()->GetReservation(&reserved));
-  EXPECT_EQ(MacTextA(reserved), ApText(1));
+  const auto reserved = Wlan()->Claim().Held();
+  ASSERT_TRUE(reserved);
+  EXPECT_EQ(MacTextA(*reserved), ApText(1));
   EXPECT_STREQ(Config()->GetInhibitReason(), "con-pop");
 
   const std::uint64_t asked = Now();

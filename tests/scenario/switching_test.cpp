@@ -76,8 +76,7 @@ TEST_F(SwitchingScenario, AFailedConnectMovesToTheNextAndThenRestores) {
     EXPECT_EQ(entry->m_connect_failed, 1);
   }
   EXPECT_EQ(Text(value::kConnectStatus), u"error");
-  MacAddress reserved{};
-  EXPECT_FALSE(Wlan()->GetReservation(&reserved)) << "the other adapters are kept off for nothing";
+  EXPECT_FALSE(Wlan()->Claim().Held()) << "the other adapters are kept off for nothing";
 
   Do(R"({"do": "refuse", "bssid": "02-50-00-00-00-03", "reason": 0})");
   EXPECT_TRUE(RunUntilTrue([&] { return IsOn(3); }, 120s))
@@ -143,9 +142,8 @@ TEST_F(SwitchingScenario, TwoAdaptersNeverWantTheSameAccessPoint) {
   RunUntil(30'000);
   for (int step = 0; step < 2400; ++step) {
     RunFor(100ms);
-    MacAddress first{}, second{};
-    const bool both = Wlan(0)->GetReservation(&first) && Wlan(1)->GetReservation(&second);
-    ASSERT_FALSE(both && first == second) << Now();
+    const auto first = Wlan(0)->Claim().Held(), second = Wlan(1)->Claim().Held();
+    ASSERT_FALSE(first && first == second) << Now();
     const std::string a = ConnectedBssid(0), b = ConnectedBssid(1);
     ASSERT_FALSE(!a.empty() && a == b) << Now();
   }

@@ -143,11 +143,11 @@ TEST_F(WlanClientTest, OtherAdaptersConnectionAndReservationAreAvoided) {
   EXPECT_TRUE(avoids(1, other.get()));
   EXPECT_FALSE(avoids(1, adapter.get())) << "its own connection is no hindrance";
   EXPECT_FALSE(avoids(2, other.get()));
-  adapter->TakeReservation(Bssid(2));
+  adapter->Claim().ClaimSuggested(Bssid(2));
   EXPECT_TRUE(avoids(2, other.get()));
-  adapter->ReleaseReservation(Bssid(1));
+  adapter->Claim().GiveUp(Bssid(1));
   EXPECT_TRUE(avoids(2, other.get())) << "another BSSID's release";
-  adapter->ReleaseReservation(Bssid(2));
+  adapter->Claim().GiveUp(Bssid(2));
   EXPECT_FALSE(avoids(2, other.get()));
   adapter->ClearConnectedBssid();
   EXPECT_TRUE(avoids(1, other.get())) << "its next round has yet to see the connect";

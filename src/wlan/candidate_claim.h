@@ -1,0 +1,47 @@
+#pragma once
+#include <optional>
+
+#include "foundation/crit_sec.h"
+#include "store/address_text.h"
+
+namespace corvane {
+
+// The access point that an adapter has reserved: the machine's other adapters leave it alone. The
+// adapter's own worker claims and drops, the workers of the others read; each call takes the
+// interface lock. It is not tied to a timer.
+class CandidateClaim {
+ public:
+  explicit CandidateClaim(CCritSec& interfaceLock) : m_Lock(interfaceLock) {}
+
+  // A candidate is about to be ready: it doesn't take the place of another.
+  void ClaimRipening(const MacAddress& bssid) {
+    const CCritSecLock guard(m_Lock);
+    if (!m_reserved_candidate) m_reserved_candidate = bssid;
+  }
+  // The user is asked about it: it takes the place of any other.
+  void ClaimSuggested(const MacAddress& bssid) {
+    const CCritSecLock guard(m_Lock);
+    m_reserved_candidate = bssid;
+  }
+  // It refused a connect; a claim on another one stays.
+  void GiveUp(const MacAddress& bssid) {
+    const CCritSecLock guard(m_Lock);
+    if (m_reserved_candidate == bssid) m_reserved_candidate.reset();
+  }
+  // The counters begin anew, or all have lost a round.
+  void Drop() {
+    const CCritSecLock guard(m_Lock);
+    m_reserved_candidate.reset();
+  }
+
+  std::optional<MacAddress> Held() const {
+    const CCritSecLock guard(m_Lock);
+    return m_reserved_candidate;
+  }
+
+ private:
+  CCritSec& m_Lock;
+  std::optional<MacAddress> m_reserved_candidate;
+};
+
+}  // namespace corvane
