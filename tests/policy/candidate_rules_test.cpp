@@ -124,6 +124,7 @@ TEST(CandidateOrder, EachStepDecidesBeforeTheNext) {
   EXPECT_TRUE(RanksBelow(privateWeak, publicStrong, false));
   const CandidateRank wanted{false, 1, 5, 50}, better{false, 0, 80, 50};
   EXPECT_TRUE(RanksBelow(better, wanted, true));
+  EXPECT_TRUE(RanksBelow(wanted, privateWeak, true));
   const CandidateRank louder{false, 0, 80, 51};
   EXPECT_TRUE(RanksBelow(better, louder, true));
   EXPECT_FALSE(RanksBelow(louder, louder, true));

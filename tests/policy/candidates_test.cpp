@@ -46,8 +46,9 @@ TEST_F(CandidateDebounceOfTwo, ConnectionAndReservationOfAnotherAdapterHoldACand
   const BssEntryList entries{Add("Office", 2, 60), Add("Office", 3, 60)};
   Connect("Office", 2, 80, 1);
   adapters[1]->Claim().ClaimSuggested(ApMac(3));
+  entries[0]->m_candidate_counter = 1;
   EXPECT_FALSE(Increment(entries, 50));
-  EXPECT_EQ(entries[0]->m_candidate_counter, 0);
+  EXPECT_EQ(entries[0]->m_candidate_counter, 1) << "it waits";
   EXPECT_EQ(entries[1]->m_candidate_counter, 0);
   EXPECT_FALSE(qualifier);
   EXPECT_FALSE(CGlobalQUAYPolicy::IsBetterCandidatePossible(adapter.get(), entries, 50));
@@ -57,6 +58,26 @@ TEST_F(CandidateDebounceOfTwo, ConnectionAndReservationOfAnotherAdapterHoldACand
   Increment(entries, 50);
   EXPECT_EQ(entries[1]->m_candidate_counter, 1);
   EXPECT_TRUE(CGlobalQUAYPolicy::IsBetterCandidatePossible(adapter.get(), entries, 50));
+}
+
+TEST_F(CandidateDebounce, BetterOneIsPossibleFromBothMarginsOn) {
+  const auto possible = [&](std::int32_t score, platform::ULONG quality) {
+    return CGlobalQUAYPolicy::IsBetterCandidatePossible(adapter.get(),
+                                                        {Add("Office", 2, score, quality)}, 50);
+  };
+  EXPECT_TRUE(possible(53, 70));
+  EXPECT_FALSE(possible(52, 70));
+  EXPECT_FALSE(possible(53, 69));
+}
+
+TEST_F(CandidateDebounce, ForcedScansGoOnOnlyWhileACandidateLosesARound) {
+  const auto entry = Add("Office", 2, 60);
+  config->m_force_scan_counter = 1;
+  adapter->DecrementAllCandidateCounters();
+  EXPECT_EQ(config->m_force_scan_counter, 1);
+  entry->m_candidate_counter = 1;
+  adapter->DecrementAllCandidateCounters();
+  EXPECT_EQ(config->m_force_scan_counter, 2);
 }
 
 TEST_F(CandidateDebounce, FirstReservationStaysWhenALaterEntryRipens) {

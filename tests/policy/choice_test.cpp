@@ -134,6 +134,10 @@ TEST_F(ChoiceTest, SuggestionThatLostItsPlaceIsWithdrawn) {
   suggest(1);
   EXPECT_EQ(adapter->m_last_suggested_pos, 1);
   EXPECT_EQ(Value(value::kSuggestedNetwork), u"Home");
+  config->SetRoamingInhibit();
+  suggest(5);
+  EXPECT_EQ(adapter->m_last_suggested_pos, 5) << "the inhibit ends the round before";
+  config->ClearRoamingInhibit();
   suggest(5);  // the list has become too short: the values stay
   EXPECT_EQ(adapter->m_last_suggested_pos, -1);
   EXPECT_EQ(adapter->m_last_suggested_bssid, u"");

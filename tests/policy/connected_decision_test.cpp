@@ -85,14 +85,29 @@ TEST_F(ConnectedDecisionTest, TakenSuggestionIsClosedAndAnotherIsAnsweredByTheBe
 
 TEST_F(ConnectedDecisionTest, EarlyCheckClosesASuggestionOnAStaleRound) {
   SetMode(1);
-  Global().m_bULScan = false;
   Connect("Office", 1);
   const auto mine = Add("Office", 1, 50);
   Add("Home", 2, 90);  // not the best: only the early check can close it
   CApSetMemo& memo = config->m_Etw.GetMemo();
-  memo.Add(false, u"Office", mine->m_BSSIDText.c_str(), u"", u"", CApSetMemo::kNoFlag, 0);
-  Round();
-  EXPECT_FALSE(memo.HasNetwork(u"Office"));
+  for (const bool decides : {false, true}) {
+    Global().m_bULScan = decides;
+    memo.Add(false, u"Office", mine->m_BSSIDText.c_str(), u"", u"", CApSetMemo::kNoFlag, 0);
+    Round();
+    EXPECT_FALSE(memo.HasNetwork(u"Office")) << decides;
+  }
+}
+
+TEST_F(ConnectedDecisionTest, LostConnectionLetsTheNextOneBeReportedAnew) {
+  SetMode(1);
+  config->m_ForceAutoConnect = config->m_network_switching = false;
+  const auto mine = Add("Office", 1, 50);
+  for (const std::uint32_t reports : {1u, 2u}) {
+    Connect("Office", 1, 80);
+    Rounds(2);
+    EXPECT_EQ(Number(u"QualityGoodCount"), reports);
+    Disconnect();
+    Round();
+  }
 }
 
 TEST_F(ConnectedDecisionTest, ConnectionOutsideTheListIsLeftByItsModelOrBackupScore) {
@@ -105,6 +120,22 @@ TEST_F(ConnectedDecisionTest, ConnectionOutsideTheListIsLeftByItsModelOrBackupSc
   better->m_candidate_counter = 0;
   Round();
   EXPECT_EQ(better->m_candidate_counter, 0);
+
+  FastScan({better});
+  EXPECT_EQ(config->m_force_scan_counter, 0);
+  adapter->m_backup_score = 57;
+  FastScan({better});
+  EXPECT_EQ(config->m_force_scan_counter, 3);
+}
+
+TEST_F(ConnectedDecisionTest, ScoreOfNothingIsAScore) {
+  Connect("Office", 1);
+  Add("Office", 1, 0);
+  Add("Home", 2, 30);
+  config->m_rate_gate_high = 1.0;
+  adapter->m_backup_score = 100;
+  Round();
+  EXPECT_EQ(wlan->calls.size(), 1u) << "what is better than nothing need not ripen";
 }
 
 TEST_F(ConnectedDecisionTest, FastScanAsksForScansOnlyForSomethingNewAndBetter) {

@@ -218,6 +218,34 @@ TEST_F(SwitchingTest, PopupInhibitsEvenWhenItIsNotShown) {
   EXPECT_EQ(wlan->calls, Calls{});
 }
 
+TEST_F(SwitchingTest, SuggestionThatIsMadeCountsAsAnAttempt) {
+  SetMode(1);
+  Connect("Office", 1);
+  Add("Office", 1, 50);
+  const auto better = Add("Home", 2, 70);
+  for (int minute = 0; minute < 2; ++minute) {
+    adapter->IncSwitchAttempt();
+    RunFor(std::chrono::minutes(1));
+  }
+  better->m_candidate_counter = 2;
+  CGlobalQUAYPolicy::SwitchConnectionToBest(adapter.get(), {better}, 50, Facts());
+  ASSERT_EQ(Value(value::kSuggestedNetworkSSID), u"Home");
+  EXPECT_EQ(config->m_APScoreThreshold, 3u);
+  RunFor(std::chrono::minutes(1));
+  adapter->IncSwitchAttempt();
+  EXPECT_EQ(config->m_APScoreThreshold, 5u) << "three active minutes in a row";
+}
+
+TEST_F(SwitchingTest, TargetThatIsConnectedAlreadyIsPublished) {
+  Connect("Office", 1);
+  const auto mine = Add("Office", 1, 70);
+  mine->m_candidate_counter = 2;
+  config->SetString(value::kConnectedNetwork, u"");
+  EXPECT_TRUE(CGlobalQUAYPolicy::SwitchConnectionToBest(adapter.get(), {mine}, 50, Facts()));
+  EXPECT_EQ(wlan->calls, Calls{});
+  EXPECT_EQ(Value(value::kConnectedNetwork), u"Office [Channel 36]");
+}
+
 // The reservation that a suggestion takes is dropped at the end of its own round: the other adapter
 // of the machine may suggest the same access point.
 TEST_F(SwitchingTest, NoReservationOutlivesTheRoundOfASuggestion) {
@@ -265,6 +293,23 @@ TEST_F(SwitchingTest, MonitorModeGoesThroughTheMotionsAndTouchesNothing) {
   EXPECT_FALSE(CGlobalQUAYPolicy::CheckAcceptSuggestion(adapter.get(), entries, Facts()));
   EXPECT_EQ(wlan->calls, Calls{});
   EXPECT_EQ(Events(), std::vector<std::string>{});
+}
+
+TEST_F(SwitchingTest, AutomaticConnectIsGivenFifteenSeconds) {
+  const auto entry = Add("Office", 1, 60);
+  config->m_force_scan_counter = 2;
+  for (const platform::DWORD ms : {15'100u, 14'900u}) {
+    wlan->connectMs = ms;
+    const auto before = kernel.Clock().GetTickCount64();
+    const bool done = CGlobalQUAYPolicy::ConnectToBestNoDebounce(adapter.get(), {entry}, false);
+    EXPECT_EQ(done, ms < 15'000);
+    EXPECT_NEAR(static_cast<double>(kernel.Clock().GetTickCount64() - before), 15'000, 150) << ms;
+    RunFor(std::chrono::seconds(1));  // what comes too late
+    Disconnect();
+  }
+  EXPECT_EQ(entry->m_connect_failed, 1);
+  EXPECT_EQ(entry->m_connect_good, 1);
+  EXPECT_EQ(config->m_force_scan_counter, 0);
 }
 
 TEST_F(SwitchingTest, FirstConnectTakesTheNextEntryAfterARefusal) {
