@@ -70,6 +70,16 @@ TEST_F(CandidateDebounce, BetterOneIsPossibleFromBothMarginsOn) {
   EXPECT_FALSE(possible(53, 69));
 }
 
+TEST_F(CandidateDebounce, PercentMarginIsTheSetting) {
+  const BssEntryList entries{Add("Office", 2, 56)};
+  for (const std::uint32_t percent : {12u, 13u}) {
+    Global().m_ScoreDiffPct = percent;
+    Increment(entries, 50);
+    EXPECT_EQ(static_cast<bool>(qualifier), percent == 12) << percent;
+  }
+  Global().m_ScoreDiffPct = 20;
+}
+
 TEST_F(CandidateDebounce, ForcedScansGoOnOnlyWhileACandidateLosesARound) {
   const auto entry = Add("Office", 2, 60);
   config->m_force_scan_counter = 1;

@@ -39,6 +39,21 @@ TEST_F(RoundsScenario, AirplaneModeBetweenDiscoveryAndPolicyEndsTheRound) {
   EXPECT_TRUE(RunUntilTrue([&] { return Count(AirEvent::kScanStarted) > scans; }, 20s));
 }
 
+TEST_F(RoundsScenario, ConnectionIsPublishedEveryThirdSecondOfAnInhibit) {
+  Start(OfficeWorld());
+  RunFor(30s);
+  Config()->Set_InhibitQUAY(60'000, "out-disc");
+  RunFor(15s);  // the worker has seen it
+  int published = 0;
+  for (int second = 0; second < 12; ++second) {
+    Write(value::kConnectedNetwork, u"mark");
+    RunFor(1s);
+    if (Text(value::kConnectedNetwork) != u"mark") ++published;
+  }
+  EXPECT_GE(published, 3);
+  EXPECT_LE(published, 5);
+}
+
 TEST_F(RoundsScenario, AirplaneModeEndsARoamingInhibit) {
   Start(OfficeWorld());
   RunFor(30s);

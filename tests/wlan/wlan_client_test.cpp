@@ -1,5 +1,6 @@
 #include "wlan/wlan_client.h"
 
+#include "history/global_ap_gateway_map_memo.h"
 #include "store/registry.h"
 #include "wlan/adapter_fixture.h"
 
@@ -128,6 +129,24 @@ TEST_F(WlanClientTest, AdapterThatTheInterfaceTableLacksHasNoCounters) {
   EXPECT_FALSE(adapter->Pdh());
   EXPECT_EQ(adapter->GetTrafficMbps(), 0.0);
   EXPECT_FALSE(adapter->IsHECapable());
+}
+
+TEST_F(WlanClientTest, GatewaysOfAnAccessPointOutsideTheModelAreRemembered) {
+  Have({{1, u"A"}});
+  wlan.networks = {"Office"};
+  wlan.entries = {{"Office", Bssid(1)}};
+  StartConnected("Office", Bssid(1));
+  ASSERT_EQ(Discover(), 0);
+  const MacList gateways{Bssid(77)};
+  EXPECT_TRUE(adapter->AssignGatewayMacsToBssEntry(u"Office", Bssid(1), gateways, {}));
+  EXPECT_FALSE(adapter->AssignGatewayMacsToBssEntry(u"Office", Bssid(2), gateways, {}));
+  EXPECT_FALSE(adapter->AssignGatewayMacsToBssEntry(u"Cafe", Bssid(3), gateways, {}));
+  const auto remembered = [](std::uint8_t last) {
+    return CGlobalAPGatewayMapMemo::GetInstance().LookUp(MacText(Bssid(last))).ip4;
+  };
+  EXPECT_EQ(remembered(1), gateways);
+  EXPECT_EQ(remembered(2), gateways);
+  EXPECT_EQ(remembered(3), MacList{}) << "the network is unknown as well";
 }
 
 TEST_F(WlanClientTest, OtherAdaptersConnectionAndReservationAreAvoided) {
