@@ -7,8 +7,11 @@ namespace corvane::platform {
 
 inline constexpr DWORD HEAP_ZERO_MEMORY = 8;
 
-// Private heaps. Null or FALSE on failure. Blocks stay at their address; destroying the heap frees
-// all of them. Safe for use from every thread.
+// Private heaps. Null or FALSE on failure; the reason is not told. A heap belongs to who created it
+// and goes by HeapDestroy, which frees its blocks; a block stays at its address until then or until
+// HeapFree. Blocks are aligned for any type; their bytes are 0 with HEAP_ZERO_MEMORY, else any.
+// Sizes are in bytes; `maximumSize` 0 lets the heap grow, and a backend may take both sizes as
+// wishes. Safe for use from every thread, but for HeapDestroy, which nobody else may race.
 class HeapApi {
  public:
   virtual ~HeapApi() = default;

@@ -48,19 +48,25 @@ struct ICMPV6_ECHO_REPLY {
 };
 static_assert(sizeof(ICMPV6_ECHO_REPLY) == 36);
 
-// Echo requests. A null handle or 0 replies leave the reason in ThreadApi::GetLastError(). The
-// calls block for up to the time-out (ms). One handle serves one thread at a time.
+// Echo requests. A null handle or 0 replies leave the reason in ThreadApi::GetLastError(): an
+// IP_STATUS (IP_REQ_TIMED_OUT when nothing came back) or an error code. A handle belongs to who
+// created it and goes by IcmpCloseHandle; it serves one address family and one thread at a time.
+// The sends block for up to `timeoutMs`. Addresses are in network byte order; `data` is of `size`
+// bytes; `options` may be null (hop limit 128). `reply` is the caller's, of `replySize` bytes: the
+// reply record, the data again, and 8 bytes more, else IP_BUF_TOO_SMALL.
 class IcmpApi {
  public:
   virtual ~IcmpApi() = default;
   virtual HANDLE IcmpCreateFile();
   virtual HANDLE Icmp6CreateFile();
   virtual BOOL IcmpCloseHandle(HANDLE icmp);
-  // How many replies lie in `reply`; the first is an ICMP_ECHO_REPLY.
+  // How many replies lie in `reply`; the first is an ICMP_ECHO_REPLY. A router that drops the
+  // request is a reply, too: its Status is not IP_SUCCESS and its Address is the router's.
   virtual DWORD IcmpSendEcho(HANDLE icmp, DWORD destination, const void* data, WORD size,
                              const IP_OPTION_INFORMATION* options, void* reply, DWORD replySize,
                              DWORD timeoutMs);
-  // The same over IPv6, without an event; the first reply is an ICMPV6_ECHO_REPLY.
+  // The same over IPv6, without an event (it blocks as well); the first reply is an
+  // ICMPV6_ECHO_REPLY.
   virtual DWORD Icmp6SendEcho2(HANDLE icmp, const SOCKADDR_IN6* source,
                                const SOCKADDR_IN6* destination, const void* data, WORD size,
                                const IP_OPTION_INFORMATION* options, void* reply, DWORD replySize,

@@ -30,10 +30,15 @@ struct MIB_IFTABLE {
 };
 static_assert(sizeof(MIB_IFTABLE) == 864);
 
+// Addresses, neighbours, routes and interfaces of this machine. Results are error codes; records
+// are the caller's unless an operation says otherwise, and a failed call leaves them unspecified.
+// Each list is of the moment of its call: a size that was asked for may be too small by the time of
+// the second call, so callers repeat. Safe for use from every thread. Only ResolveIpNetEntry2 waits
+// for the network; the others take no more time than their list is long.
 class IpHelperApi {
  public:
   virtual ~IpHelperApi() = default;
-  // ERROR_INSUFFICIENT_BUFFER with the bytes needed in `size`.
+  // ERROR_INSUFFICIENT_BUFFER with the bytes needed in *size. With `order`, by interface index.
   virtual DWORD GetIfTable(MIB_IFTABLE* table, ULONG* size, BOOL order);
 
   // The list begins at the start of the caller's buffer of *size bytes, and all that it points to
@@ -50,15 +55,19 @@ class IpHelperApi {
   // Asks the network for the hardware address of a row's Address and fills the row; may block.
   virtual DWORD ResolveIpNetEntry2(MIB_IPNET_ROW2* row, const SOCKADDR_INET* source);
 
+  // Routes of IPv4. They outlive the process: who creates one deletes it, by the same destination,
+  // mask, next hop and interface. The table as GetIfTable.
   virtual DWORD CreateIpForwardEntry(const MIB_IPFORWARDROW* row);
   virtual DWORD DeleteIpForwardEntry(const MIB_IPFORWARDROW* row);
   virtual DWORD GetIpForwardTable(MIB_IPFORWARDTABLE* table, ULONG* size, BOOL order);
+  // Routes of both families, likewise. A row begins with InitializeIpForwardEntry, which sets what
+  // the caller leaves open.
   virtual void InitializeIpForwardEntry(MIB_IPFORWARD_ROW2* row);
   virtual DWORD CreateIpForwardEntry2(const MIB_IPFORWARD_ROW2* row);
   virtual DWORD DeleteIpForwardEntry2(const MIB_IPFORWARD_ROW2* row);
-  // By Family and InterfaceIndex of the row.
+  // By Family and InterfaceIndex of the row; fills the rest.
   virtual DWORD GetIpInterfaceEntry(MIB_IPINTERFACE_ROW* row);
-  // By the row's InterfaceLuid.
+  // By the row's InterfaceLuid; fills the rest.
   virtual DWORD GetIfEntry2(MIB_IF_ROW2* row);
   virtual DWORD ConvertInterfaceGuidToLuid(const GUID* adapter, ULONGLONG* luid);
 };

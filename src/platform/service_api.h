@@ -21,13 +21,19 @@ struct SERVICE_STATUS {
 };
 static_assert(sizeof(SERVICE_STATUS) == 28);
 
-// The service manager. Null or FALSE on failure, with the reason in ThreadApi::GetLastError().
+// The service manager of this machine (`machine` and `database` are null). Null or FALSE on
+// failure, with the reason in ThreadApi::GetLastError(). Both kinds of handle belong to who opened
+// them and go by CloseServiceHandle; a service's handle outlives that of its manager. Safe for use
+// from every thread.
 class ServiceApi {
  public:
   virtual ~ServiceApi() = default;
   virtual SC_HANDLE OpenSCManagerW(LPCWSTR machine, LPCWSTR database, DWORD access);
   virtual SC_HANDLE OpenServiceW(SC_HANDLE manager, LPCWSTR name, DWORD access);
+  // Of this moment; the state is SERVICE_STOPPED, SERVICE_RUNNING or one on the way between.
   virtual BOOL QueryServiceStatus(SC_HANDLE service, SERVICE_STATUS* status);
+  // TRUE once the start is under way; a driver runs by then. `arguments` are `count` texts, null
+  // for 0.
   virtual BOOL StartServiceW(SC_HANDLE service, DWORD count, const LPCWSTR* arguments);
   virtual BOOL CloseServiceHandle(SC_HANDLE handle);
 };
