@@ -39,8 +39,8 @@ class JsonLine {
   JsonLine() { m_Writer.StartObject(); }
 
   template <typename T>
-  void Add(const char* name, const T& value) {
-    m_Writer.Key(name);
+  void Add(std::string_view name, const T& value) {
+    m_Writer.Key(name.data(), static_cast<rapidjson::SizeType>(name.size()));
     Put(value);
   }
   std::string Take() {
@@ -58,6 +58,9 @@ class JsonLine {
   template <std::size_t N>
   void Put(const std::array<std::uint8_t, N>& bytes) {
     Put(Hex(bytes.data(), bytes.size()));
+  }
+  void Put(const CSmartPointer<CGenericMalloc>& bytes) {
+    Put(bytes ? Hex(bytes->GetData(), bytes->GetSize()) : std::string());
   }
   void Put(const LegacyRates& rates) {
     m_Writer.StartArray();
@@ -79,100 +82,15 @@ class JsonLine {
 };
 
 // Every field of the decoder under its name, in the order of its declaration.
-void AddFields(JsonLine& json, const CIEBlob& blob) {
-  json.Add("SSID", Hex(blob.m_SSID));
-  json.Add("RawIEs",
-           blob.m_RawIEs ? Hex(blob.m_RawIEs->GetData(), blob.m_RawIEs->GetSize()) : std::string());
-#define FIELD(name) json.Add(#name, blob.m_##name)
-  FIELD(ParsedAtTick);
-  FIELD(MaxLegacyRateKbps);
-  FIELD(LegacyRates);
-  FIELD(Has1Or2Mbps);
-  FIELD(Has54Mbps);
-  FIELD(Has11Mbps);
-  FIELD(QBSSLoadPct);
-  FIELD(StationCount);
-  FIELD(HasPhyParamSet);
-  FIELD(HasDsssRate);
-  FIELD(HasOfdmRate);
-  FIELD(HEMcsDecoded);
-  FIELD(HasErp);
-  FIELD(DSChannel);
-  FIELD(HTPresent);
-  FIELD(HT40Capable);
-  FIELD(HTShortGI20);
-  FIELD(HTShortGI40);
-  FIELD(HTImplicitTxBF);
-  FIELD(PhyModeString);
-  FIELD(HTMcsValid);
-  FIELD(HTMcsBitmap);
-  FIELD(HTStreamsString);
-  FIELD(HTMcsString);
-  FIELD(MaxHTRateKbps);
-  FIELD(MaxVHTRateKbps);
-  FIELD(MaxHERateKbps);
-  FIELD(HTPrimaryChannel);
-  FIELD(HTOpInfo1);
-  FIELD(HTChannelWidth);
-  FIELD(VHTChannelWidth);
-  FIELD(VHT80Plus80);
-  FIELD(VHTSeg0Channel);
-  FIELD(VHTSeg1Channel);
-  FIELD(VHTPresent);
-  FIELD(CenterChannel);
-  FIELD(SecondaryChannel);
-  FIELD(ChannelWidth);
-  FIELD(VHTMaxMpduLength);
-  FIELD(VHTSupportedWidthSet);
-  FIELD(VHTShortGI80);
-  FIELD(VHTShortGI160);
-  FIELD(VHTSUBeamformer);
-  FIELD(VHTSUBeamformee);
-  FIELD(VHTBeamformeeSts);
-  FIELD(VHTSoundingDimensions);
-  FIELD(VHTMUBeamformer);
-  FIELD(VHTMUBeamformee);
-  FIELD(VHTRxLDPC);
-  FIELD(VHTRxSTBC);
-  FIELD(VHTRxMcsMap);
-  FIELD(VHTTxMcsMap);
-  FIELD(VHTRxStreams);
-  FIELD(VHTTxStreams);
-  FIELD(VHTRxMcsString);
-  FIELD(VHTTxMcsString);
-  FIELD(VHTRxMaxMcs);
-  FIELD(VHTTxMaxMcs);
-  FIELD(LoadSeg0Channel);
-  FIELD(LoadSeg1Channel);
-  FIELD(LoadCenterChannel);
-  FIELD(ExtElementSeen);
-  FIELD(HECapsSeen);
-  FIELD(HECapsGood);
-  FIELD(HEOperSeen);
-  FIELD(HEOperGood);
-  FIELD(HEEdcaSeen);
-  FIELD(HEEdcaGood);
-  FIELD(HECapsRaw);
-  FIELD(HEOperRaw);
-  FIELD(HEEdcaRaw);
-  FIELD(HERxMcs80);
-  FIELD(HETxMcs80);
-  FIELD(HERxMcs160);
-  FIELD(HETxMcs160);
-  FIELD(HERxMcs8080);
-  FIELD(HETxMcs8080);
-  FIELD(HERxStreams);
-  FIELD(HETxStreams);
-  FIELD(HERxMcsString);
-  FIELD(HETxMcsString);
-  FIELD(HERxMaxMcs);
-  FIELD(HETxMaxMcs);
-  FIELD(WidthString);
-  FIELD(WidthSeparator);
-  FIELD(CenterFreqGHz);
-  FIELD(FastTransition);
-#undef FIELD
-  json.Add("SecurityMask", blob.SecurityMask);
+void AddFields(JsonLine& json, const ElementFields& fields) {
+  ForEachField(fields, [&json, &fields](std::string_view name, const auto& value) {
+    if (name.starts_with("m_")) name.remove_prefix(2);
+    if (static_cast<const void*>(&value) == &fields.m_SSID) {
+      json.Add(name, Hex(fields.m_SSID));  // any bytes, not only UTF-8
+    } else {
+      json.Add(name, value);
+    }
+  });
 }
 
 }  // namespace

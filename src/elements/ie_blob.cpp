@@ -1,6 +1,7 @@
 #include "elements/ie_blob.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "elements/element_guard.h"
 #include "foundation/log_lines.h"
@@ -38,12 +39,12 @@ CIEBlob::CIEBlob() : SmartObjEx("IE blob") {}
 
 void CIEBlob::Load(const std::uint8_t* ies, std::uint32_t cbIEs, std::uint32_t channel,
                    std::uint32_t width, const platform::WLAN_BSS_ENTRY& bss) {
-  m_ParsedAtTick = Os().clock.GetTickCount64();
-  Clear();
+  const std::uint64_t now = Os().clock.GetTickCount64();
+  if (std::exchange(m_bLoaded, true)) Clear();
+  m_ParsedAtTick = now;
   m_ChannelWidth = width;
   m_CenterChannel = channel;
   m_CenterFreqGHz = bss.ulChCenterFrequency / 1e6;
-  m_RawIEs.reset();
   if (!ies || cbIEs < 2) return;
   m_RawIEs.CreateObject();
   m_RawIEs->Initialize(ies, cbIEs, 2);
@@ -52,51 +53,11 @@ void CIEBlob::Load(const std::uint8_t* ies, std::uint32_t cbIEs, std::uint32_t c
 
 // Back to the start values, but for the texts that are built on demand.
 void CIEBlob::Clear() {
-  m_SSID.clear();
-  m_MaxLegacyRateKbps = 0;
-  m_LegacyRates.clear();
-  m_Has1Or2Mbps = m_Has54Mbps = m_Has11Mbps = false;
-  m_QBSSLoadPct = -1.0;
-  m_StationCount = 65535;
-  m_HasPhyParamSet = m_HasDsssRate = m_HasOfdmRate = m_HEMcsDecoded = m_HasErp = false;
-  m_DSChannel = 0;
-  m_HTPresent = m_HT40Capable = m_HTShortGI20 = m_HTShortGI40 = m_HTImplicitTxBF = false;
-  m_HTMcsValid = false;
-  m_HTMcsBitmap.fill(0);
-  m_HTStreamsString.clear();
-  m_HTMcsString.clear();
-  m_MaxHTRateKbps = m_MaxVHTRateKbps = m_MaxHERateKbps = 0;
-  m_HTPrimaryChannel = 0;
-  m_HTOpInfo1 = 0;
-  m_HTChannelWidth = m_VHTChannelWidth = 0;
-  m_VHT80Plus80 = false;
-  m_VHTSeg0Channel = m_VHTSeg1Channel = 0;
-  m_VHTPresent = false;
-  m_SecondaryChannel = 0;
-  m_VHTMaxMpduLength = 0;
-  m_VHTSupportedWidthSet = 0;
-  m_VHTShortGI80 = m_VHTShortGI160 = m_VHTSUBeamformer = m_VHTSUBeamformee = false;
-  m_VHTBeamformeeSts = m_VHTSoundingDimensions = 0;
-  m_VHTMUBeamformer = m_VHTMUBeamformee = m_VHTRxLDPC = false;
-  m_VHTRxSTBC = 0;
-  m_VHTRxMcsMap = m_VHTTxMcsMap = 0;
-  m_VHTRxStreams = m_VHTTxStreams = 0;
-  m_VHTRxMcsString.clear();
-  m_VHTTxMcsString.clear();
-  m_VHTRxMaxMcs = m_VHTTxMaxMcs = 0;
-  m_LoadSeg0Channel = m_LoadSeg1Channel = m_LoadCenterChannel = 0;
-  m_ExtElementSeen = m_HECapsSeen = m_HECapsGood = false;
-  m_HEOperSeen = m_HEOperGood = m_HEEdcaSeen = m_HEEdcaGood = false;
-  m_HECapsRaw.fill(0);
-  m_HEOperRaw.fill(0);
-  m_HEEdcaRaw.fill(0);
-  m_HERxMcs80 = m_HETxMcs80 = m_HERxMcs160 = m_HETxMcs160 = m_HERxMcs8080 = m_HETxMcs8080 = 0xFFFF;
-  m_HERxStreams = m_HETxStreams = 0;
-  m_HERxMcsString.clear();
-  m_HETxMcsString.clear();
-  m_HERxMaxMcs = m_HETxMaxMcs = 0;
-  SecurityMask = 0;
-  m_FastTransition = false;
+  ElementFields start;
+  start.m_PhyModeString = std::move(m_PhyModeString);
+  start.m_WidthString = std::move(m_WidthString);
+  start.m_WidthSeparator = std::move(m_WidthSeparator);
+  static_cast<ElementFields&>(*this) = std::move(start);
 }
 
 void ReportElementFault(const char16_t* line, platform::DWORD code) {

@@ -18,6 +18,13 @@ using test::Join;
 
 class IeBlob : public test::ElementsTest {
  protected:
+  static std::vector<std::string> Printed(const ElementFields& fields) {
+    std::vector<std::string> lines;
+    ForEachField(fields, [&lines](const char* name, const auto& value) {
+      lines.push_back(std::string(name) + " " + testing::PrintToString(value));
+    });
+    return lines;
+  }
   // Every field as text, but for the bytes themselves.
   static std::string Facts(const ByteList& bytes) {
     platform::sim::CapturedBeacon beacon;
@@ -66,24 +73,21 @@ TEST_F(IeBlob, FewerThanTwoBytesLeaveAClearedObjectWithTheCallersChannelAndWidth
   ASSERT_TRUE(blob->m_HECapsGood && blob->m_RawIEs && blob->SecurityMask == 0x08 &&
               blob->m_MaxHERateKbps > 0);
   ASSERT_EQ(blob->m_RawIEs->GetSize(), full.size());
+  ASSERT_EQ(blob->GetChannelWidthString(false, u",", false), u"20,40,80");
+  blob->m_PhyModeString = u"ax";
 
   for (const std::uint32_t size : {0u, 1u}) {
     os.clock.ticks += 500;
     blob->Load(full.data(), size, 149, 0, bss);
-    EXPECT_FALSE(blob->m_RawIEs);
-    EXPECT_EQ(blob->m_ParsedAtTick, os.clock.ticks);
-    EXPECT_EQ(blob->m_CenterChannel, 149u);
-    EXPECT_EQ(blob->m_ChannelWidth, 0u);
-    EXPECT_EQ(blob->m_CenterFreqGHz, 5.18);
-    EXPECT_TRUE(blob->m_SSID.empty() && blob->m_LegacyRates.empty() &&
-                blob->m_HTStreamsString.empty() && blob->m_VHTTxMcsString.empty() &&
-                blob->m_HETxMcsString.empty());
-    EXPECT_EQ(blob->m_QBSSLoadPct, -1.0);
-    EXPECT_EQ(blob->m_StationCount, 65535);
-    EXPECT_EQ(blob->SecurityMask, 0u);
+    ElementFields start;
+    start.m_ParsedAtTick = os.clock.ticks;
+    start.m_CenterChannel = 149;
+    start.m_CenterFreqGHz = 5.18;
+    start.m_PhyModeString = u"ax";  // the texts made on demand stay
+    start.m_WidthString = u"20,40,80";
+    start.m_WidthSeparator = u",";
+    EXPECT_EQ(Printed(*blob), Printed(start));
     EXPECT_EQ(blob->GetMaxRateMbps(true, false), 0);
-    EXPECT_FALSE(blob->m_HTPresent || blob->m_VHTPresent || blob->m_HECapsSeen || blob->m_HasErp);
-    EXPECT_EQ(blob->m_LoadSeg0Channel + blob->m_LoadSeg1Channel + blob->m_LoadCenterChannel, 0);
   }
   blob->Load(nullptr, 40, 149, 0, bss);
   EXPECT_FALSE(blob->m_RawIEs);
