@@ -1,9 +1,8 @@
 #include "elements/ie_blob.h"
 
-#include <algorithm>
 #include <utility>
 
-#include "elements/element_guard.h"
+#include "elements/element_decoder.h"
 #include "foundation/log_lines.h"
 #include "platform/clock_api.h"
 #include "platform/platform.h"
@@ -12,26 +11,24 @@ namespace corvane {
 
 namespace {
 
-// Element ids (IEEE Std 802.11-2020 Table 9-92).
-enum : std::uint8_t {
-  kSsid = 0,
-  kSupportedRates = 1,
-  kFhParameterSet = 2,
-  kDsParameterSet = 3,
-  kHoppingParameters = 8,
-  kHoppingTable = 9,
-  kBssLoad = 11,
-  kErp = 42,
-  kHtCapabilities = 45,
-  kErpEarly = 47,
-  kRsn = 48,
-  kExtendedRates = 50,
-  kHtOperation = 61,
-  kVhtCapabilities = 191,
-  kVhtOperation = 192,
-  kVendorSpecific = 221,
-  kExtension = 255,
-};
+constexpr std::uint64_t kDetailLog = DBG(26), kMalformedLog = DBG(27), kSecurityLog = DBG(44);
+
+std::uint32_t TopicsWatched() {
+  return (log::IsOpen(kDetailLog) ? std::uint32_t{kNoteDetail} : 0u) |
+         (log::IsOpen(kMalformedLog) ? std::uint32_t{kNoteMalformed} : 0u) |
+         (log::IsOpen(kSecurityLog) ? std::uint32_t{kNoteSecurity} : 0u);
+}
+
+// A fault of the platform that a line meets is told of, and ends that line alone.
+void Write(const ElementNote& note) {
+  try {
+    const log::Scope scope;
+    log::LineInfo(note.text);
+  } catch (const platform::PlatformFault& fault) {
+    LOG_ERROR(u"filterException 0x%x", fault.code);
+    LOG_ERROR(note.faultLine, fault.code);
+  }
+}
 
 }  // namespace
 
@@ -48,7 +45,9 @@ void CIEBlob::Load(const std::uint8_t* ies, std::uint32_t cbIEs, std::uint32_t c
   if (!ies || cbIEs < 2) return;
   m_RawIEs.CreateObject();
   m_RawIEs->Initialize(ies, cbIEs, 2);
-  Parse();
+  ElementNotes notes(TopicsWatched());
+  DecodeElements({m_RawIEs->GetData(), m_RawIEs->GetSize()}, *this, notes);
+  for (const ElementNote& note : notes) Write(note);
 }
 
 // Back to the start values, but for the texts that are built on demand.
@@ -58,123 +57,6 @@ void CIEBlob::Clear() {
   start.m_WidthString = std::move(m_WidthString);
   start.m_WidthSeparator = std::move(m_WidthSeparator);
   static_cast<ElementFields&>(*this) = std::move(start);
-}
-
-void ReportElementFault(const char16_t* line, platform::DWORD code) {
-  LOG_ERROR(u"filterException 0x%x", code);
-  LOG_ERROR(line, code);
-}
-
-// A fault while parsing ends the parse; what was read so far stands.
-void CIEBlob::Parse() {
-  GuardElement(u"CIEBlob::Parse: EXCEPTION: 0x%08x", [this] { Parse_internal(); });
-}
-
-void CIEBlob::Parse_internal() {
-  if (m_ChannelWidth == 0) m_ChannelWidth = 20;
-  if (!m_RawIEs || m_RawIEs->GetSize() == 0) return;
-
-  ElementCursor cursor({m_RawIEs->GetData(), m_RawIEs->GetSize()});
-  for (Element element; cursor.Next(&element);) Dispatch(element);
-
-  if (m_VHTPresent) ComputeVHTRate();
-  if (m_HECapsGood) {
-    ComputeHERate();
-    LOG_DEBUG(DBG(26), u"CIEBlob::Parse_internal:[%s] VHT: %i kbps <vs> HE: %i kbps\n", m_SSID,
-              m_MaxVHTRateKbps, m_MaxHERateKbps);
-  }
-  m_LoadCenterChannel = static_cast<std::int32_t>(m_CenterChannel);
-  if (m_VHTSeg0Channel >= 1) {
-    m_LoadSeg0Channel = static_cast<std::int32_t>(m_VHTSeg0Channel);
-    m_LoadSeg1Channel = static_cast<std::int32_t>(m_VHTSeg1Channel);
-  } else {
-    m_LoadSeg0Channel = static_cast<std::int32_t>(m_HTPrimaryChannel);
-    m_LoadSeg1Channel = std::max(static_cast<std::int32_t>(m_SecondaryChannel), 0);
-  }
-}
-
-void CIEBlob::Dispatch(const Element& element) {
-  const Bytes value = element.value;
-  switch (element.id) {
-    case kSsid:
-      m_SSID.assign(value.begin(), value.end());
-      break;
-    case kSupportedRates:
-      ParseRates(value);
-      break;
-    case kFhParameterSet:
-    case kHoppingParameters:
-    case kHoppingTable:
-      m_HasPhyParamSet = true;
-      break;
-    case kDsParameterSet:
-      m_HasPhyParamSet = true;
-      if (!value.empty()) m_DSChannel = value[0];
-      break;
-    case kBssLoad:  // IEEE Std 802.11-2020 9.4.2.27
-      if (value.size() == 5) {
-        m_QBSSLoadPct = value[2] / 255.0 * 100.0;
-        m_StationCount = FieldU16(value, 0);
-      }
-      break;
-    case kErp:
-    case kErpEarly:
-      m_HasErp = true;
-      break;
-    case kHtCapabilities:
-      ParseHTCapabilities(value);
-      break;
-    case kRsn:
-      ParseRSN(value);
-      break;
-    case kExtendedRates:
-      ParseRates(value);
-      m_HasErp = true;
-      break;
-    case kHtOperation:
-      ParseHTOperation(value);
-      break;
-    case kVhtCapabilities:
-      m_VHTPresent = true;
-      ParseVHTCapabilitiesData(value);
-      break;
-    case kVhtOperation:
-      ParseVHTOperation(value);
-      break;
-    case kVendorSpecific:
-      ParseVendorSpecificData(value);
-      break;
-    case kExtension:
-      m_ExtElementSeen = true;
-      ParseExtendedIEData(value);
-      break;
-    default:
-      break;
-  }
-}
-
-// IEEE Std 802.11-2020 9.4.2.3 and 9.4.2.13.
-void CIEBlob::ParseRates(Bytes value) {
-  for (const std::uint8_t byte : value) {
-    const std::int32_t kbps = m_LegacyRates.Add(byte & 0x7F);
-    if (kbps == 0) continue;
-    m_MaxLegacyRateKbps = std::max(m_MaxLegacyRateKbps, kbps);
-    switch (kbps) {
-      case 1000:
-      case 2000:
-        m_Has1Or2Mbps = m_HasDsssRate = true;
-        break;
-      case 11000:
-        m_Has11Mbps = m_HasDsssRate = true;
-        break;
-      case 54000:
-        m_Has54Mbps = m_HasErp = true;
-        break;
-      default:
-        break;
-    }
-  }
-  if (m_MaxLegacyRateKbps > 11000) m_HasOfdmRate = true;
 }
 
 std::int32_t CIEBlob::GetMaxRateMbps(bool bAdapterHE, bool bHalved) const {

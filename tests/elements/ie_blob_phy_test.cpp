@@ -1,6 +1,7 @@
 // HT, VHT and HE elements: bytes beside what they mean.
 
 #include "elements/element_bytes.h"
+#include "elements/element_parsers.h"
 #include "elements/rate_tables.h"
 
 namespace corvane {
@@ -54,8 +55,8 @@ TEST(HtMcsBitmask, RunsStreamsAndRate) {
   for (const auto& one : cases) {
     std::string streams = "old", mcs = "old";
     double rate = 7;
-    CIEBlob::Process_HT_MCS_Support_String(one.bitmap, one.flags[0] == '1', one.flags[1] == '1',
-                                           one.flags[2] == '1', &streams, &rate, &mcs);
+    Process_HT_MCS_Support_String(one.bitmap, one.flags[0] == '1', one.flags[1] == '1',
+                                  one.flags[2] == '1', &streams, &rate, &mcs);
     EXPECT_EQ(mcs, one.mcs) << one.flags;
     EXPECT_EQ(streams, one.streams) << one.mcs;
     EXPECT_DOUBLE_EQ(rate, one.rate) << one.mcs << " " << one.flags;

@@ -6,6 +6,7 @@
 
 #include "corvane_lab/commands.h"
 #include "elements/element_bytes.h"
+#include "elements/element_decoder.h"
 #include "platform/sim/world/captured_beacons.h"
 #include "support/beacon.h"
 
@@ -235,8 +236,8 @@ TEST_F(IeBlob, AnyBytesAreReadWithinTheirBoundsAndAlwaysAlike) {
   }
 }
 
-// A fault of the platform that a log line meets ends that one element.
-TEST_F(IeBlob, AFaultEndsItsElementAndTheWalkGoesOn) {
+// A fault of the platform that a log line meets ends that one line.
+TEST_F(IeBlob, AFaultEndsItsLineAndNoReading) {
   class FaultySink : public ILogSink {
    public:
     void Write(std::uint32_t, const char* tag, WStringView text) override {
@@ -252,13 +253,44 @@ TEST_F(IeBlob, AFaultEndsItsElementAndTheWalkGoesOn) {
   } sink;
   SetLogSink(&sink);
   g_DebugMask = DBG(26);
-  const auto blob = Decode(Join({Ie(255, {36, 1, 2, 3, 4, 5, 6}), Ie(3, {11})}));
+  const auto blob = Decode(Join({Ie(255, {36, 1, 2, 3, 4, 5, 6}), Ie(255, {99}), Ie(3, {11})}));
   SetLogSink(nullptr);
   EXPECT_TRUE(blob->m_HEOperGood);
   EXPECT_EQ(blob->m_DSChannel, 11);
   EXPECT_EQ(sink.lines,
             (std::vector<std::string>{"fault", "<E>filterException 0xc0000005",
-                                      "<E>CIEBlob::ParseExtendedIEData: EXCEPTION: 0xc0000005"}));
+                                      "<E>CIEBlob::ParseExtendedIEData: EXCEPTION: 0xc0000005",
+                                      "<I>CIEBlob::ParseExtendedIEData_internal:[] Got "
+                                      "unsupported EXT-EID 99 [len 1]"}));
+}
+
+TEST_F(IeBlob, OnlyNotesThatSomebodyWatchesAreTaken) {
+  const ByteList bytes =
+      Join({Ie(255, {36, 1}), Ie(255, {36, 1, 2, 3, 4, 5, 6}), Ie(48, {1, 0, 0, 0x0f, 0xac, 4})});
+  const std::string bad = "CIEBlob::ParseExtendedIEData_internal:[] Got bad HE Oper! [2 <= 6]\n";
+  const std::string good = "CIEBlob::ParseExtendedIEData_internal:[] Got good HE Oper!\n";
+  const std::string version = "[ - chan 6]ParseRSN: version 1\n";
+  const struct {
+    std::uint32_t topics;
+    std::vector<std::string> texts;
+  } cases[] = {
+      {0, {}},
+      {kNoteMalformed, {bad}},
+      {kNoteDetail, {good}},
+      {kNoteSecurity, {version}},
+      {kNoteSecurity | kNoteMalformed | kNoteDetail, {bad, good, version}},
+  };
+  for (const auto& one : cases) {
+    SCOPED_TRACE(one.topics);
+    ElementFields fields;
+    fields.m_CenterChannel = 6;
+    ElementNotes notes(one.topics);
+    DecodeElements(bytes, fields, notes);
+    EXPECT_TRUE(fields.m_HEOperGood);
+    std::vector<std::string> texts;
+    for (const ElementNote& note : notes) texts.push_back(Narrow(note.text));
+    EXPECT_EQ(texts, one.texts);
+  }
 }
 
 }  // namespace
