@@ -18,9 +18,9 @@
 #include <thread>
 #include <vector>
 
+#include "any_host/pipe_peer.h"
 #include "any_host/temp_directory.h"
 #include "host/client_token_maker.h"
-#include "any_host/pipe_peer.h"
 #include "host/program.h"
 #include "platform/base64.h"
 

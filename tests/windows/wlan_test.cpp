@@ -125,6 +125,38 @@ std::vector<std::function<DWORD(WlanApi&)>> Operations() {
   };
 }
 
+void AskTheDriver(WlanApi& wlan, HANDLE client, const GUID& guid) {
+  BYTE input[28] = {9}, output[28] = {};
+  DWORD returned = 0;
+  EXPECT_EQ(wlan.WlanIhvControl(client, &guid, wlan_ihv_control_type_driver, sizeof input, input,
+                                sizeof output, output, &returned),
+            ERROR_SUCCESS);
+  EXPECT_EQ(returned, 28u);
+  EXPECT_EQ(output[0], 9);
+  EXPECT_EQ(output[27], 4);
+}
+
+void LookAtTheFilter(WlanApi& wlan, HANDLE client) {
+  DOT11_NETWORK_LIST* filters = nullptr;
+  ASSERT_EQ(wlan.WlanGetFilterList(client, wlan_filter_list_type_user_deny, nullptr, &filters),
+            ERROR_SUCCESS);
+  ASSERT_EQ(filters->dwNumberOfItems, 1u);
+  EXPECT_EQ(filters->Network[0].dot11Ssid.uSSIDLength, 6u);
+  wlan.WlanFreeMemory(filters);
+}
+
+void SetTheOneProfile(WlanApi& wlan, HANDLE client, const GUID& guid, const std::u16string& xml) {
+  DWORD why = 77;
+  EXPECT_EQ(wlan.WlanSetProfile(client, &guid, 0, xml.c_str(), nullptr, FALSE, nullptr, &why),
+            ERROR_SUCCESS);
+  EXPECT_EQ(why, WLAN_REASON_CODE_SUCCESS);
+  WLAN_PROFILE_INFO_LIST* profiles = nullptr;
+  ASSERT_EQ(wlan.WlanGetProfileList(client, &guid, nullptr, &profiles), ERROR_SUCCESS);
+  ASSERT_EQ(profiles->dwNumberOfItems, 1u);
+  EXPECT_EQ(std::u16string(profiles->ProfileInfo[0].strProfileName), u"Office");
+  wlan.WlanFreeMemory(profiles);
+}
+
 }  // namespace
 
 TEST_F(WindowsWlanTest, AStoryPassesThroughEachOfTheSystemsFunctions) {
@@ -171,35 +203,15 @@ TEST_F(WindowsWlanTest, AStoryPassesThroughEachOfTheSystemsFunctions) {
   EXPECT_EQ(wlan.WlanReasonCodeToString(WLAN_REASON_CODE_USER_CANCELLED, 16, reason, nullptr),
             ERROR_SUCCESS);
   EXPECT_EQ(std::u16string(reason).size(), 15u) << "cut to the buffer, in characters";
-  BYTE input[28] = {9}, output[28] = {};
-  DWORD returned = 0;
-  EXPECT_EQ(wlan.WlanIhvControl(client, &guid, wlan_ihv_control_type_driver, sizeof input, input,
-                                sizeof output, output, &returned),
-            ERROR_SUCCESS);
-  EXPECT_EQ(returned, 28u);
-  EXPECT_EQ(output[0], 9);
-  EXPECT_EQ(output[27], 4);
-  DOT11_NETWORK_LIST* filters = nullptr;
-  ASSERT_EQ(wlan.WlanGetFilterList(client, wlan_filter_list_type_user_deny, nullptr, &filters),
-            ERROR_SUCCESS);
-  ASSERT_EQ(filters->dwNumberOfItems, 1u);
-  EXPECT_EQ(filters->Network[0].dot11Ssid.uSSIDLength, 6u);
-  wlan.WlanFreeMemory(filters);
+  AskTheDriver(wlan, client, guid);
+  LookAtTheFilter(wlan, client);
 
   // A profile goes and comes back.
   const std::u16string xml = ProfileText(u"Office");
   EXPECT_EQ(xml, world.profiles[0].xml);
   EXPECT_EQ(wlan.WlanDeleteProfile(client, &guid, u"Office", nullptr), ERROR_SUCCESS);
   EXPECT_EQ(ProfileText(u"Office"), u"");
-  DWORD why = 77;
-  EXPECT_EQ(wlan.WlanSetProfile(client, &guid, 0, xml.c_str(), nullptr, FALSE, nullptr, &why),
-            ERROR_SUCCESS);
-  EXPECT_EQ(why, WLAN_REASON_CODE_SUCCESS);
-  WLAN_PROFILE_INFO_LIST* profiles = nullptr;
-  ASSERT_EQ(wlan.WlanGetProfileList(client, &guid, nullptr, &profiles), ERROR_SUCCESS);
-  ASSERT_EQ(profiles->dwNumberOfItems, 1u);
-  EXPECT_EQ(std::u16string(profiles->ProfileInfo[0].strProfileName), u"Office");
-  wlan.WlanFreeMemory(profiles);
+  SetTheOneProfile(wlan, client, guid, xml);
 
   // Nothing is told when the client has asked for nothing any more.
   DWORD before = 0;
