@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "any_host/temp_directory.h"
 #include "corvane_client/client_commands.h"
 #include "corvane_client/client_error.h"
 #include "platform/base64.h"
@@ -303,14 +304,13 @@ TEST_F(ClientProgramTest, ShowsTheRecordsOfALogAsLinesAlsoOfOneThatCameCut) {
 
 class ClientListTest : public ClientProgramTest {
  protected:
-  ClientListTest() { std::filesystem::create_directories(folder); }
-  ~ClientListTest() override { std::filesystem::remove_all(folder); }
   std::string Write(const std::string& text) {
-    std::ofstream(folder + "/list.json", std::ios::binary) << text;
-    return folder + "/list.json";
+    std::ofstream(directory / "list.json", std::ios::binary) << text;
+    return directory / "list.json";
   }
 
-  const std::string folder = testing::TempDir() + "client_list_test";
+  const test::TempDirectory directory;
+  const std::string folder = directory.Path();
 };
 
 TEST_F(ClientListTest, SendsAListThatTheServiceKeeps) {

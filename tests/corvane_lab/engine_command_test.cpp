@@ -3,9 +3,9 @@
 #include <gmock/gmock.h>
 #include <rapidjson/document.h>
 
-#include <cstdio>
 #include <stdexcept>
 
+#include "any_host/temp_directory.h"
 #include "corvane_lab/arguments.h"
 #include "corvane_lab/commands.h"
 #include "platform/text_file.h"
@@ -34,8 +34,9 @@ class EngineCommandTest : public testing::Test {
     error = testing::internal::GetCapturedStderr();
     return code;
   }
-  // A file of this test, which a test that fails leaves for whoever wonders.
-  static std::string DumpFile() { return testing::TempDir() + "engine_command_test.bin"; }
+  std::string DumpFile() const { return m_Directory / "dump.bin"; }
+
+  const test::TempDirectory m_Directory;
 
   std::string output, error;
 };
@@ -137,7 +138,6 @@ TEST_F(EngineCommandTest, DumpsATableThatReadsByOffsetsAlone) {
     EXPECT_EQ(word(14'064 + flow * 48 + 40), 0x00046464u);
   }
   EXPECT_EQ(dump.find_first_not_of('\0', 112'368), std::string::npos);
-  std::remove(DumpFile().c_str());
 }
 
 TEST_F(EngineCommandTest, TellsOfSeedsInOneLine) {
