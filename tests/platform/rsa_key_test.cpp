@@ -45,7 +45,7 @@ TEST(RsaKey, TakesNothingThatIsNotExactlyAKey) {
     for (std::size_t size = 0; size < der.size(); ++size) {
       EXPECT_FALSE(reads(std::string_view(der).substr(0, size))) << size;
     }
-    for (const std::size_t head : {0, 1, 4, 5}) {  // tags, lengths, the first element
+    for (const std::size_t head : {0u, 1u, 4u, 5u}) {  // tags, lengths, the first element
       std::string other = der;
       other[head] = static_cast<char>(other[head] ^ 0x11);
       EXPECT_FALSE(reads(other)) << head;
@@ -70,7 +70,7 @@ TEST(RsaBlobs, HoldAllNumbersOfAPrivateKey) {
   EXPECT_FALSE(FromCapiPrivateBlob(blob + '\0'));
   EXPECT_FALSE(FromCapiPrivateBlob(std::string_view(blob).substr(0, blob.size() - 1)));
   EXPECT_FALSE(FromCapiPrivateBlob(std::string_view(blob).substr(0, 20)));
-  for (const std::size_t head : {0, 8, 12, 15}) {  // type, magic, bits
+  for (const std::size_t head : {0u, 8u, 12u, 15u}) {  // type, magic, bits
     std::string other = blob;
     other[head] = static_cast<char>(other[head] ^ 0x1);
     EXPECT_FALSE(FromCapiPrivateBlob(other)) << head;
