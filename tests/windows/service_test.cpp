@@ -25,7 +25,6 @@ namespace {
 constexpr int kStarts = 10;
 constexpr int kWarmUp = 3;  // what the system's libraries keep is theirs from then on
 constexpr DWORD kRunMs = 2500;
-constexpr DWORD kDevicesMs = 500;  // until the simulated devices have what they need
 
 DWORD OpenHandlesOfProcess() {
   ::DWORD count = 0;
@@ -40,13 +39,12 @@ TEST(WindowsService, StartsAndStopsTenTimesAndLeavesNothing) {
   const WindowsOptions options{.home = directory.Path(),
                                .worldFile = SourceDir() + "/worlds/home.json"};
   DWORD handles = 0;
+  std::size_t ofDevices = 0;
   for (int start = 0; start < kStarts; ++start) {
     int exitCode = -1;
     {
       WindowsHost host(options);
-      ::Sleep(kDevicesMs);
-      const std::size_t before = host.Threads().OpenHandles();  // of the simulated devices
-      EXPECT_THROW(WindowsHost{options}, WindowsError);         // one instance at a time
+      EXPECT_THROW(WindowsHost{options}, WindowsError);  // one instance at a time
       std::thread service([&] {
         const char16_t* arguments[] = {u"corvane"};
         exitCode = ServiceMain(1, arguments);
@@ -58,7 +56,9 @@ TEST(WindowsService, StartsAndStopsTenTimesAndLeavesNothing) {
         EXPECT_EQ(WindowsInstance::RequestStop(0), WAIT_TIMEOUT);  // asked for, not yet done
       }
       service.join();
-      EXPECT_EQ(host.Threads().OpenHandles(), before) << start;
+      // Those of the simulated devices, which make them as they need them.
+      if (start == 0) ofDevices = host.Threads().OpenHandles();
+      EXPECT_EQ(host.Threads().OpenHandles(), ofDevices) << start;
     }
     EXPECT_EQ(exitCode, 0);
     EXPECT_EQ(LiveObjectCount(), 0u);

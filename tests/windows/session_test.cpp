@@ -216,8 +216,12 @@ TEST(WindowsServices, AsksTheServiceManager) {
   SERVICE_STATUS status;
   EXPECT_TRUE(services.QueryServiceStatus(service, &status));
   EXPECT_GE(status.dwCurrentState, SERVICE_STOPPED);
-  if (status.dwCurrentState != SERVICE_RUNNING) services.StartServiceW(service, 0, nullptr);
-  EXPECT_FALSE(services.StartServiceW(service, 0, nullptr));  // it runs, or will
+  if (status.dwCurrentState == SERVICE_RUNNING) {
+    EXPECT_FALSE(services.StartServiceW(service, 0, nullptr));
+    EXPECT_EQ(threads.GetLastError(), ERROR_SERVICE_ALREADY_RUNNING);
+  }
+  EXPECT_FALSE(services.StartServiceW(nullptr, 0, nullptr));
+  EXPECT_EQ(threads.GetLastError(), ERROR_INVALID_HANDLE);
   EXPECT_TRUE(services.CloseServiceHandle(service));
   EXPECT_TRUE(services.CloseServiceHandle(manager));
   EXPECT_FALSE(services.CloseServiceHandle(nullptr));
