@@ -46,7 +46,7 @@ class CounterPass {
 
     m_Counted.lastQualifier = entry;
     if (PassesPointTest(score, m_Current, m_Margins.scoreThreshold)) Widen(score - m_Current);
-    if (m_Round.settings.IsMonitorMode() && entry->GetCandidate() > m_Round.settings.required) {
+    if (m_Round.settings.IsMonitorMode() && entry->GetCandidate() > m_Round.Required()) {
       lines::NotCounted(m_Round, *entry, score, m_Current);
     } else {
       Bump(*entry, score);
@@ -99,13 +99,13 @@ class CounterPass {
   void Bump(CWlanBssEntry& entry, std::int32_t score) {
     const std::int32_t before = entry.m_candidate_counter;
     const std::int32_t counter = entry.IncrementCandidate(
-        ForcedCount(m_Current, m_Round.settings.required, IsOpenAllowedSuggestion(entry)));
+        ForcedCount(m_Current, m_Round.Required(), IsOpenAllowedSuggestion(entry)));
     lines::Counted(m_Round, entry, before, counter, score, m_Current);
   }
 
   void ReserveIfNearlyRipe(CWlanBssEntry& entry) {
     CandidateClaim& claim = m_Round.adapter.Claim();
-    if (claim.Held() || entry.GetCandidate() < m_Round.settings.required - 1) return;
+    if (claim.Held() || entry.GetCandidate() < m_Round.Required() - 1) return;
     claim.ClaimRipening(entry.GetBssid());
     lines::Reserved(m_Round, entry);
   }
@@ -121,9 +121,9 @@ class CounterPass {
 }  // namespace
 
 bool IsCandidateReady(const Round& round, CWlanBssEntry& entry, std::int32_t current) {
-  return IsReady({entry.GetLQ(), entry.GetCandidate(), round.settings.required,
-                  entry.GetScore(false), current},
-                 round.Margins());
+  return IsReady(
+      {entry.GetLQ(), entry.GetCandidate(), round.Required(), entry.GetScore(false), current},
+      round.Margins());
 }
 
 CountedCandidates IncrementCandidateCounters(const Round& round, std::int32_t current) {

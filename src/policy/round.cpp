@@ -1,7 +1,7 @@
 #include "policy/round.h"
 
+#include "policy/policy.h"
 #include "settings/global_config_container.h"
-#include "wlan/wifi_client_container.h"
 
 namespace corvane {
 
@@ -22,7 +22,6 @@ RoundSettings::RoundSettings(const CQUAYInterfaceConfig& config) {
   gatewayRoaming = config.IsGatewayRoaming();
   qualityThreshold = config.m_LQCThreshold;
   scorePercent = global.m_ScoreDiffPct;
-  required = RequiredCount(CWifiClientContainer::GetInstance().GetCount());
 }
 
 Round::Round(CWlanInterface& wlan)
@@ -31,6 +30,8 @@ Round::Round(CWlanInterface& wlan)
 CandidateMargins Round::Margins() const {
   return {settings.qualityThreshold, config->m_APScoreThreshold, settings.scorePercent};
 }
+
+std::int32_t Round::Required() const { return CGlobalQUAYPolicy::RequiredCandidateCount(); }
 
 SuggestionMode Round::Mode() const {
   return {settings.passive, settings.popup, config->m_bForcePopupOverride,

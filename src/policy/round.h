@@ -29,16 +29,17 @@ struct RoundSettings {
   bool roaming = false, gatewayRoaming = false;
   std::uint32_t qualityThreshold = 0;  // LQCThreshold, 0 to 100
   std::uint32_t scorePercent = 0;      // SCOREDIFFPCT
-  std::int32_t required = 0;           // rounds that a candidate has to win
 };
 
 struct Round {
   explicit Round(CWlanInterface& wlan);
 
-  // What the round itself may change is asked at each use: the point threshold rises with the rate
-  // of switches, an allow list comes into force, a connect of somebody else overrides the mode.
+  // What may change within a round is asked at each use: the point threshold rises with the rate of
+  // switches, an allow list comes into force, a connect of somebody else overrides the mode, an
+  // adapter comes or goes.
   CandidateMargins Margins() const;
   SuggestionMode Mode() const;
+  std::int32_t Required() const;  // rounds that a candidate has to win
   bool HasGoodQuality() const { return facts.quality >= settings.qualityThreshold; }
 
   CWlanInterface& adapter;

@@ -363,7 +363,7 @@ void Ripening(const Round& round, CWlanBssEntry& entry, double mbps) {
       u"\n[%i] [DEFERRED] IF-STATE: %i [%0.2lf mbps][CONNECTED to diff SSID %s vs preferred "
       u"%s(center %u)(or other), waiting: counter %i ++> %i]\n",
       round.idx, State(round), mbps, round.facts.ssid, entry.m_SSIDW, entry.GetFrequencyKhz(),
-      entry.PeekCandidate(), round.settings.required);
+      entry.PeekCandidate(), round.Required());
 }
 
 void NoQualifier(const Round& round, double mbps) {
