@@ -21,7 +21,6 @@ class WindowsHome {
   const std::u16string& Root() const { return m_Root; }
   const std::u16string& Path() const { return m_Path; }  // without a separator at its end
   std::u16string PrivatePath() const { return m_Path + u"\\private"; }
-  std::u16string PublicKeyPath() const { return m_Path + u"\\client_key.pub.pem"; }
 
   // The folder of the installation without making or touching any, for clients. Empty when the
   // system does not tell.

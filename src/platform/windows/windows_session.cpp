@@ -5,16 +5,11 @@
 
 #include "platform/sim/kernel/sim_text.h"
 #include "platform/utf.h"
-#include "platform/windows/system_call.h"
+#include "platform/windows/library_call.h"
 
 namespace corvane::platform::windows {
 
 namespace {
-
-BOOL Missing() {
-  WindowsThreads::KeepLastError(ERROR_CALL_NOT_IMPLEMENTED);
-  return FALSE;
-}
 
 // The visitor of a walk over windows, and what it was handed.
 struct Walk {
@@ -54,19 +49,15 @@ DWORD WindowsSession::WTSGetActiveConsoleSessionId() {
 }
 
 BOOL WindowsSession::WTSQueryUserToken(DWORD session, HANDLE* token) {
-  const auto call = CORVANE_FIND(m_Libraries.sessions, WTSQueryUserToken);
-  if (!call) return Missing();
-  return ForwardOrFail("WTSQueryUserToken", [&] { return call(session, token); });
+  return ForwardOrFailIfFound(
+      "WTSQueryUserToken", CORVANE_FIND(m_Libraries.sessions, WTSQueryUserToken), session, token);
 }
 
 BOOL WindowsSession::WTSEnumerateSessionsA(HANDLE server, DWORD reserved, DWORD version,
                                            WTS_SESSION_INFOA** sessions, DWORD* count) {
-  const auto call = CORVANE_FIND(m_Libraries.sessions, WTSEnumerateSessionsA);
-  if (!call) return Missing();
-  return ForwardOrFail("WTSEnumerateSessionsA", [&] {
-    return call(server, reserved, version, reinterpret_cast<::WTS_SESSION_INFOA**>(sessions),
-                As32(count));
-  });
+  return ForwardOrFailIfFound(
+      "WTSEnumerateSessionsA", CORVANE_FIND(m_Libraries.sessions, WTSEnumerateSessionsA), server,
+      reserved, version, reinterpret_cast<::WTS_SESSION_INFOA**>(sessions), As32(count));
 }
 
 void WindowsSession::WTSFreeMemory(void* memory) {
@@ -75,15 +66,15 @@ void WindowsSession::WTSFreeMemory(void* memory) {
 }
 
 BOOL WindowsSession::CreateEnvironmentBlock(void** environment, HANDLE token, BOOL inherit) {
-  const auto call = CORVANE_FIND(m_Libraries.users, CreateEnvironmentBlock);
-  if (!call) return Missing();
-  return ForwardOrFail("CreateEnvironmentBlock", [&] { return call(environment, token, inherit); });
+  return ForwardOrFailIfFound("CreateEnvironmentBlock",
+                              CORVANE_FIND(m_Libraries.users, CreateEnvironmentBlock), environment,
+                              token, inherit);
 }
 
 BOOL WindowsSession::DestroyEnvironmentBlock(void* environment) {
-  const auto call = CORVANE_FIND(m_Libraries.users, DestroyEnvironmentBlock);
-  if (!call) return Missing();
-  return ForwardOrFail("DestroyEnvironmentBlock", [&] { return call(environment); });
+  return ForwardOrFailIfFound("DestroyEnvironmentBlock",
+                              CORVANE_FIND(m_Libraries.users, DestroyEnvironmentBlock),
+                              environment);
 }
 
 // ---- processes ------------------------------------------------------------------------------

@@ -3,18 +3,13 @@
 #include <map>
 #include <mutex>
 
-#include "platform/windows/system_call.h"
+#include "platform/windows/library_call.h"
 
 namespace corvane::platform::windows {
 
 namespace {
 
 ::HWND Window(HWND window) { return static_cast<::HWND>(window); }
-
-BOOL Missing() {
-  WindowsThreads::KeepLastError(ERROR_CALL_NOT_IMPLEMENTED);
-  return FALSE;
-}
 
 // The program's procedures by the atom of their class. Classes live as long as the process.
 class Procedures {
@@ -164,27 +159,23 @@ HWND WindowsWindows::FindWindowW(LPCWSTR className, LPCWSTR title) {
 
 // Ends with the window (WTSUnRegisterSessionNotification is not needed before it is destroyed).
 BOOL WindowsWindows::WTSRegisterSessionNotification(HWND window, DWORD flags) {
-  const auto call = CORVANE_FIND(m_Sessions, WTSRegisterSessionNotification);
-  if (!call) return Missing();
-  return ForwardOrFail("WTSRegisterSessionNotification",
-                       [&] { return call(Window(window), flags); });
+  return ForwardOrFailIfFound("WTSRegisterSessionNotification",
+                              CORVANE_FIND(m_Sessions, WTSRegisterSessionNotification),
+                              Window(window), flags);
 }
 
 HANDLE WindowsWindows::RegisterSuspendResumeNotification(HANDLE recipient, DWORD flags) {
   using Call = void* WINAPI(HANDLE, ::DWORD);  // since Windows 8
-  const auto call = m_Users.Find<Call>("RegisterSuspendResumeNotification");
-  if (!call) {
-    Missing();
-    return nullptr;
-  }
-  return ForwardOrFail("RegisterSuspendResumeNotification", [&] { return call(recipient, flags); });
+  return ForwardOrFailIfFound("RegisterSuspendResumeNotification",
+                              m_Users.Find<Call>("RegisterSuspendResumeNotification"), recipient,
+                              flags);
 }
 
 BOOL WindowsWindows::UnregisterSuspendResumeNotification(HANDLE registration) {
   using Call = ::BOOL WINAPI(HANDLE);
-  const auto call = m_Users.Find<Call>("UnregisterSuspendResumeNotification");
-  if (!call) return Missing();
-  return ForwardOrFail("UnregisterSuspendResumeNotification", [&] { return call(registration); });
+  return ForwardOrFailIfFound("UnregisterSuspendResumeNotification",
+                              m_Users.Find<Call>("UnregisterSuspendResumeNotification"),
+                              registration);
 }
 
 }  // namespace corvane::platform::windows
