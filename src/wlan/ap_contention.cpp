@@ -25,7 +25,7 @@ int BandOf(const NetworkMap& networks, const WString& ssid, const WString& bssid
 
 void CWlanInterface::UpdateContentionAPs(const WString& ssid, const WString& bssidText,
                                          std::uint32_t channel) {
-  const auto config = Config();
+  const auto config = m_Adapter.Config();
   const CCritSecLock lock(ObjectLock());
   const bool scannedLately =
       m_LastScanStart != 0 && Os().clock.GetTickCount64() - m_LastScanStart <= kRecentScanMs;
@@ -59,7 +59,7 @@ void CWlanInterface::UpdateContentionAPs(const WString& ssid, const WString& bss
 // The reporter's contention state has no lock of its own: the interface lock serves, here and
 // above.
 void CWlanInterface::ClearContention() {
-  const auto config = Config();
+  const auto config = m_Adapter.Config();
   const CCritSecLock lock(ObjectLock());
   m_ContentionMemo.Clear();
   config->m_Etw.ClearLastAPContentionNotification();

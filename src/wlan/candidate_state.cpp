@@ -17,8 +17,8 @@ constexpr std::size_t kSummariesKept = 120;
 }  // namespace
 
 void CWlanInterface::ClearAllCandidateCounters(const char* reason) {
-  LOG_ADAPTER(m_ConfigIdx, kCandidateLog,
-              u"[%i] CWlanInterface::ClearAllCandidateCounters(): [[[[ %S ]]]]\n", m_ConfigIdx,
+  LOG_ADAPTER(m_Adapter.Idx(), kCandidateLog,
+              u"[%i] CWlanInterface::ClearAllCandidateCounters(): [[[[ %S ]]]]\n", m_Adapter.Idx(),
               reason);
   const CCritSecLock guard(ObjectLock());
   m_Claim.Drop();
@@ -28,7 +28,7 @@ void CWlanInterface::ClearAllCandidateCounters(const char* reason) {
 }
 
 void CWlanInterface::DecrementAllCandidateCounters() {
-  const CSmartPointer<CQUAYInterfaceConfig> config = Config();
+  const CSmartPointer<CQUAYInterfaceConfig> config = m_Adapter.Config();
   const CCritSecLock guard(ObjectLock());
   m_Claim.Drop();
   bool lowered = false;
@@ -43,9 +43,9 @@ void CWlanInterface::DecrementAllCandidateCounters() {
   if (!lowered || forced <= 0) return;
   const std::int32_t raised = std::min(forced + 1, kForcedScansMax);
   config->m_force_scan_counter = raised;
-  LOG_ADAPTER(m_ConfigIdx, kCandidateLog,
+  LOG_ADAPTER(m_Adapter.Idx(), kCandidateLog,
               u"[%i] CWlanInterface::DecrementAllCandidateCounters(): SET F-COUTNER: %i --> %i\n",
-              m_ConfigIdx, forced, raised);
+              m_Adapter.Idx(), forced, raised);
 }
 
 void CWlanInterface::NotifyCurrentNetworkScore(std::int32_t score, const MacAddress& bssid) {
@@ -54,9 +54,9 @@ void CWlanInterface::NotifyCurrentNetworkScore(std::int32_t score, const MacAddr
   } else {
     const ScoreStreak streak = NextScoreStreak(m_score_rise_streak, score - m_last_notified_score);
     m_score_rise_streak = streak.rises;
-    LOG_ADAPTER(m_ConfigIdx, kCandidateLog,
+    LOG_ADAPTER(m_Adapter.Idx(), kCandidateLog,
                 u"[%i] CWlanInterface::NotifyCurrentNetworkScore: score %i --> %i, rises %lu %s\n",
-                m_ConfigIdx, m_last_notified_score, score, streak.rises,
+                m_Adapter.Idx(), m_last_notified_score, score, streak.rises,
                 streak.improving ? u"-- __**DECREMENTING** ALL CANDIDATE COUNTERS__"
                                  : u"-- NO CANDIDATE DECREMENT");
     if (streak.improving) DecrementAllCandidateCounters();

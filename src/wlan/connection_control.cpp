@@ -11,7 +11,6 @@
 #include "store/value_names.h"
 #include "wlan/reason_text.h"
 #include "wlan/wlan_call.h"
-#include "wlan/wlan_client.h"
 #include "wlan/wlan_interface.h"
 
 namespace corvane {
@@ -60,7 +59,7 @@ bool CWlanInterface::StartOperation(WlanOperation kind, const std::function<void
   for (;;) {
     {
       const CCritSecLock lock(ObjectLock());
-      if (!Client()) return false;
+      if (!m_Adapter.Client()) return false;
       if (m_Operation.TryBegin(kind)) {
         try {
           call();
@@ -86,10 +85,11 @@ void CWlanInterface::ConnectSynchronous(const WLAN_CONNECTION_PARAMETERS& parame
       QueueTempProfile(parameters);
     }
   } catch (const Exception& e) {
-    LOG_ERROR(u"[%i] CWlanInterface::ConnectToNetwork: Exception: %hs\n", m_ConfigIdx, e.what());
+    LOG_ERROR(u"[%i] CWlanInterface::ConnectToNetwork: Exception: %hs\n", m_Adapter.Idx(),
+              e.what());
     throw;
   } catch (const std::exception& e) {
-    LOG_ERROR(u"[%i] CWlanInterface::ConnectToNetwork: std:exception: %hs\n", m_ConfigIdx,
+    LOG_ERROR(u"[%i] CWlanInterface::ConnectToNetwork: std:exception: %hs\n", m_Adapter.Idx(),
               e.what());
     throw;
   }
@@ -100,24 +100,24 @@ void CWlanInterface::AwaitConnect(std::uint32_t timeoutMs) {
   if (end != OperationGate::End::kDone) {
     LOG_ERROR(
         u"[%i]CWlanInterface::ConnectSynchronous: [waitBool=%i] Got EXIT/ABORT/TIMEOUT Event!",
-        m_ConfigIdx, false);
+        m_Adapter.Idx(), false);
     throw Exception("CWlanInterface::ConnectSynchronous: Got EXIT/ABORT?TIMEOUT Event!");
   }
-  LOG_ADAPTER(m_ConfigIdx, kConnectLog,
+  LOG_ADAPTER(m_Adapter.Idx(), kConnectLog,
               u"[%i]CWlanInterface::ConnectSynchronous: done WaitOnEvent - NotificationCode=%lu, "
               u"reason code = %lu",
-              m_ConfigIdx, outcome.m_op_code, outcome.m_op_reason);
+              m_Adapter.Idx(), outcome.m_op_code, outcome.m_op_reason);
   if (outcome.m_op_reason == 0) return;
   if (outcome.m_op_reason == kNoCompletion) {
     LOG_ERROR(u"[%i] CWlanInterface::ConnectSynchronous(): FAILED! NO NotificationCode!\n",
-              m_ConfigIdx);
+              m_Adapter.Idx());
     throw Exception("WlanConnect(pConnectParams) failed, NO NOTIFICATION");
   }
   const auto reason = static_cast<DWORD>(outcome.m_op_reason);
   LOG_ERROR(
       u"[%i] CWlanInterface::ConnectSynchronous(): FAILED! NotificationCode=%lu, reason code=%lu "
       u"'%s'\n",
-      m_ConfigIdx, outcome.m_op_code, reason, ReasonText(reason));
+      m_Adapter.Idx(), outcome.m_op_code, reason, ReasonText(reason));
   throw Exception("WlanConnect(pConnectParams) failed, reason: %i", reason);
 }
 
@@ -128,17 +128,17 @@ void CWlanInterface::AwaitConnectedState() {
     QueryCurrentConnection(&attrs, true);
     const auto& association = attrs.wlanAssociationAttributes;
     LOG_ADAPTER(
-        m_ConfigIdx, kConnectLog,
+        m_Adapter.Idx(), kConnectLog,
         u"[%i] Profile: %s, Mode: %i, SSID: %s, BSSID: %S, PHY: %i, SQ: %lu, Rx: %lu, Tx: %lu\n",
-        m_ConfigIdx, attrs.strProfileName, attrs.wlanConnectionMode,
+        m_Adapter.Idx(), attrs.strProfileName, attrs.wlanConnectionMode,
         SsidText(association.dot11Ssid), MacTextA(ToMac(association.dot11Bssid)),
         association.dot11PhyType, association.wlanSignalQuality, association.ulRxRate,
         association.ulTxRate);
     if (attrs.isState == wlan_interface_state_connected) {
-      LOG_ADAPTER(m_ConfigIdx, kConnectLog, u"...State = %i [CONNECTED!]\n", attrs.isState);
+      LOG_ADAPTER(m_Adapter.Idx(), kConnectLog, u"...State = %i [CONNECTED!]\n", attrs.isState);
       return;
     }
-    LOG_ADAPTER(m_ConfigIdx, kConnectLog, u"State = %i [waiting]\n", attrs.isState);
+    LOG_ADAPTER(m_Adapter.Idx(), kConnectLog, u"State = %i [waiting]\n", attrs.isState);
     Os().threads.Sleep(kPollMs);
   }
   throw Exception("WlanConnect(pConnectParams) failed, not connected after %i polls", kPollsMax);
@@ -146,7 +146,7 @@ void CWlanInterface::AwaitConnectedState() {
 
 void CWlanInterface::QueueTempProfile(const WLAN_CONNECTION_PARAMETERS& parameters) {
   const WLAN_CONNECTION_ATTRIBUTES attrs = GetConnAttrs();
-  LOG_ADAPTER(m_ConfigIdx, kConnectLog,
+  LOG_ADAPTER(m_Adapter.Idx(), kConnectLog,
               u"...State = %i [CONNECTED!] Queueing Temp profile for saving on disconnect...\n",
               attrs.isState);
   const CCritSecLock lock(ObjectLock());
@@ -155,14 +155,14 @@ void CWlanInterface::QueueTempProfile(const WLAN_CONNECTION_PARAMETERS& paramete
 }
 
 void CWlanInterface::ConnectInternal(const WLAN_CONNECTION_PARAMETERS& parameters) {
-  const auto client = Client();
-  const HANDLE handle = client ? client->GetHandle() : nullptr;
+  const auto client = m_Adapter.Client();
+  const HANDLE handle = client.Handle();
   DWORD result = ERROR_SUCCESS;
   try {
-    result = Os().wlan.WlanConnect(handle, &GetGuid(), &parameters, nullptr);
+    result = Os().wlan.WlanConnect(handle, &m_Adapter.Guid(), &parameters, nullptr);
   } catch (const PlatformFault& fault) {
-    LOG_ERROR(u"[%i]CWlanInterface::ConnectInternal:: WlanConnect EXCEPTION: 0x%08x", m_ConfigIdx,
-              fault.code);
+    LOG_ERROR(u"[%i]CWlanInterface::ConnectInternal:: WlanConnect EXCEPTION: 0x%08x",
+              m_Adapter.Idx(), fault.code);
     throw Exception("WlanConnect() failed: 0x%08lx", fault.code);
   }
   if (result != ERROR_SUCCESS) {
@@ -170,9 +170,9 @@ void CWlanInterface::ConnectInternal(const WLAN_CONNECTION_PARAMETERS& parameter
         u"[%i]CWlanInterface::ConnectInternal: WlanConnect FAILED: pConnectParams=0x%p, rc=%lu%s, "
         u"client "
         u"handle=0x%p, IfIdx=%i, strProfile=%s",
-        m_ConfigIdx, &parameters, result,
+        m_Adapter.Idx(), &parameters, result,
         result == ERROR_INVALID_PARAMETER ? u" [ERROR_INVALID_PARAMETER]" : u"", handle,
-        m_ConfigIdx, parameters.strProfile);
+        m_Adapter.Idx(), parameters.strProfile);
     throw Exception("WlanConnect(pConnectParams) failed: %i", result);
   }
   if (!parameters.pDesiredBssidList) return;
@@ -192,8 +192,8 @@ void CWlanInterface::ConnectToNetwork(const WString& ssid) {
 }
 
 void CWlanInterface::DisconnectSynchronous(WStringView text) {
-  LOG_ADAPTER(m_ConfigIdx, kConnectLog, u"[%i]CWlanInterface::DisconnectSynchronous: %s",
-              m_ConfigIdx, text);
+  LOG_ADAPTER(m_Adapter.Idx(), kConnectLog, u"[%i]CWlanInterface::DisconnectSynchronous: %s",
+              m_Adapter.Idx(), text);
   if (!StartOperation(WlanOperation::kDisconnect, [this] { DisconnectInternal(); })) return;
   const auto [end, outcome] = m_Operation.Await(WlanOperation::kDisconnect, kDisconnectTimeoutMs);
   switch (end) {
@@ -203,13 +203,13 @@ void CWlanInterface::DisconnectSynchronous(WStringView text) {
       LOG_ERROR(
           u"[%i]CWlanInterface::DisconnectSynchronous: [waitBool=%i] done WaitOnEvent - due to "
           u"TIMEOUT!",
-          m_ConfigIdx, false);
+          m_Adapter.Idx(), false);
       throw Exception("WlanDisconnect() - Got Timeout!");
     case OperationGate::End::kExit:
       LOG_ERROR(
           u"[%i]CWlanInterface::DisconnectSynchronous: [waitBool=%i] done WaitOnEvent - due to "
           u"EXIT/ABORT!",
-          m_ConfigIdx, false);
+          m_Adapter.Idx(), false);
       throw Exception("WlanDisconnect() - Got Exit Event!");
   }
   if (outcome.m_op_reason == 0) return;
@@ -217,18 +217,18 @@ void CWlanInterface::DisconnectSynchronous(WStringView text) {
   LOG_ERROR(
       u"[%i]CWlanInterface::DisconnectSynchronous: FAILED! NotificationCode=%lu, reason code = %lu "
       u"[%s]",
-      m_ConfigIdx, outcome.m_op_code, reason, ReasonText(reason));
+      m_Adapter.Idx(), outcome.m_op_code, reason, ReasonText(reason));
   throw Exception("WlanDisconnect() failed, reason: %i", reason);
 }
 
 void CWlanInterface::DisconnectInternal() {
-  const auto client = Client();
+  const auto client = m_Adapter.Client();
   const DWORD result = CodeOfCall("CWlanInterface", "WlanDisconnect", [&] {
-    return Os().wlan.WlanDisconnect(client ? client->GetHandle() : nullptr, &GetGuid(), nullptr);
+    return Os().wlan.WlanDisconnect(client.Handle(), &m_Adapter.Guid(), nullptr);
   });
   if (result == ERROR_SUCCESS) return;
   LOG_ERROR(u"[%i]CWlanInterface::DisconnectInternal: WlanDisconnect failed - rc=%lu [IfIdx=%i]",
-            m_ConfigIdx, result, m_ConfigIdx);
+            m_Adapter.Idx(), result, m_Adapter.Idx());
   throw Exception("WlanDisconnect() failed: %i", result);
 }
 

@@ -8,7 +8,6 @@
 #include "notify/notification_manager.h"
 #include "platform/clock_api.h"
 #include "platform/platform.h"
-#include "wlan/wlan_client.h"
 #include "wlan/wlan_interface.h"
 
 namespace corvane {
@@ -49,11 +48,11 @@ void CWlanInterface::GuardHandler(const char* operation, Handler&& handler) {
   try {
     handler();
   } catch (const PlatformFault& fault) {
-    LOG_ERROR(u"[%i]CWlanInterface::%S: EXCEPTION: 0x%08x", m_ConfigIdx, operation, fault.code);
+    LOG_ERROR(u"[%i]CWlanInterface::%S: EXCEPTION: 0x%08x", m_Adapter.Idx(), operation, fault.code);
   } catch (const Exception& e) {
-    LOG_ERROR(u"[%i]CWlanInterface::%S: Exception: %S", m_ConfigIdx, operation, e.what());
+    LOG_ERROR(u"[%i]CWlanInterface::%S: Exception: %S", m_Adapter.Idx(), operation, e.what());
   } catch (const std::exception& e) {
-    LOG_ERROR(u"[%i]CWlanInterface::%S: std:exception: %S", m_ConfigIdx, operation, e.what());
+    LOG_ERROR(u"[%i]CWlanInterface::%S: std:exception: %S", m_Adapter.Idx(), operation, e.what());
   }
 }
 
@@ -84,17 +83,17 @@ void CWlanInterface::MSMAdapterOperationModeNotification(DWORD mode) {
 }
 
 void CWlanInterface::ConnectionNotification_internal(DWORD code, const void* data) {
-  if (!Client() || !data) return;
-  const auto config = Config();
+  if (!m_Adapter.Client() || !data) return;
+  const auto config = m_Adapter.Config();
   config->OpenNoDelay(kNoDelayMs);
   WLAN_CONNECTION_NOTIFICATION_DATA facts;
   std::memcpy(static_cast<void*>(&facts), data, kConnectionBytes);
   const WString ssid = SsidText(facts.dot11Ssid);
-  LOG_ADAPTER(m_ConfigIdx, kNotifyLog,
+  LOG_ADAPTER(m_Adapter.Idx(), kNotifyLog,
               u"[%i]CWlanInterface::ConnectionNotification_internal: NotificationCode=%lu %s, ssid "
               u"%s, reason "
               u"%lu",
-              m_ConfigIdx, code, WordOf(code), ssid, facts.wlanReasonCode);
+              m_Adapter.Idx(), code, WordOf(code), ssid, facts.wlanReasonCode);
 
   const OperationGate::State state = m_Operation.Get();
   const NotificationOwner owner = OwnerOfNotification(state.m_op_busy, state.m_op_kind, code);
@@ -114,35 +113,35 @@ void CWlanInterface::ConnectionNotification_internal(DWORD code, const void* dat
 void CWlanInterface::OnNoCompletion(DWORD code, bool weInitiated) {
   if (weInitiated) {
     LOG_ADAPTER(
-        m_ConfigIdx, kNotifyLog,
+        m_Adapter.Idx(), kNotifyLog,
         u"[%i]CWlanInterface::ConnectionNotification_internal: IGNORE NOTIFICATION! [WE INITIATED] "
         u"[NotificationCode=%lu][NOT COMPLETION CODE]",
-        m_ConfigIdx, code);
+        m_Adapter.Idx(), code);
   } else if (code == wlan_notification_acm_connection_start) {
     LOG_ADAPTER(
-        m_ConfigIdx, kNotifyLog,
+        m_Adapter.Idx(), kNotifyLog,
         u"[%i]CWlanInterface::ConnectionNotification_internal: IGNORE OUTSIDE NOTIFICATION! "
         u"[NotificationCode=%lu][start CONNECT]",
-        m_ConfigIdx, code);
-    Config()->Set_InhibitQUAY(kInhibitOutsideStartMs, "out-notify-con");
+        m_Adapter.Idx(), code);
+    m_Adapter.Config()->Set_InhibitQUAY(kInhibitOutsideStartMs, "out-notify-con");
   } else if (code == wlan_notification_acm_disconnecting) {
     LOG_ADAPTER(
-        m_ConfigIdx, kNotifyLog,
+        m_Adapter.Idx(), kNotifyLog,
         u"[%i]CWlanInterface::ConnectionNotification_internal: IGNORE OUTSIDE NOTIFICATION! "
         u"[NotificationCode=%lu][start DISCONNECTING]",
-        m_ConfigIdx, code);
-    Config()->Set_InhibitQUAY(kInhibitOutsideDisconnectingMs, "out-notify-disc");
+        m_Adapter.Idx(), code);
+    m_Adapter.Config()->Set_InhibitQUAY(kInhibitOutsideDisconnectingMs, "out-notify-disc");
   } else {
     LOG_ADAPTER(
-        m_ConfigIdx, kNotifyLog,
+        m_Adapter.Idx(), kNotifyLog,
         u"[%i]CWlanInterface::ConnectionNotification_internal: IGNORE OUTSIDE NOTIFICATION! "
         u"[NotificationCode=%lu][NOT COMPLETION CODE]",
-        m_ConfigIdx, code);
+        m_Adapter.Idx(), code);
   }
 }
 
 void CWlanInterface::ResetReports(DWORD code) {
-  const auto config = Config();
+  const auto config = m_Adapter.Config();
   if (config->IsEtwMode() && IsDisconnect(code))
     config->m_Etw.NotifyClearPreviousSignalQualityBAD();
   config->m_Etw.ResetQualityBad();
@@ -152,10 +151,10 @@ void CWlanInterface::ResetReports(DWORD code) {
 void CWlanInterface::OnOutsideCompletion(DWORD code, bool xSide, const WString& ssid) {
   ResetReports(code);
   if (!xSide) {
-    LOG_ADAPTER(m_ConfigIdx, kNotifyLog,
+    LOG_ADAPTER(m_Adapter.Idx(), kNotifyLog,
                 u"[%i]CWlanInterface::ConnectionNotification_internal: OUTSIDE NOTIFICATION! "
                 u"[disconnectOperation=%i] clearing m_connected_dot11Bssid_if_we_initiated !!!",
-                m_ConfigIdx, IsDisconnect(code));
+                m_Adapter.Idx(), IsDisconnect(code));
     const CCritSecLock lock(m_StateLock);
     m_connected_dot11Bssid_if_we_initiated = {};
   }
@@ -167,73 +166,73 @@ void CWlanInterface::OnOutsideCompletion(DWORD code, bool xSide, const WString& 
 }
 
 void CWlanInterface::OnOutsideDisconnect(DWORD code, bool xSide, const WString& ssid) {
-  const auto config = Config();
+  const auto config = m_Adapter.Config();
   m_bIsConnected = false;
   ForgetConnection(ssid);
   if (xSide) {
-    LOG_ADAPTER(m_ConfigIdx, kNotifyLog,
+    LOG_ADAPTER(m_Adapter.Idx(), kNotifyLog,
                 u"[%i]CWlanInterface::ConnectionNotification_internal: [X-SIDE NOTIFICATION] "
                 u"[NotificationCode=%lu][DISCONNECT COMPLETE, FOR INSIDE CONNECT][***INHIBIT QUAY "
                 u"5000 ***]",
-                m_ConfigIdx, code);
+                m_Adapter.Idx(), code);
   } else {
-    LOG_ADAPTER(m_ConfigIdx, kNotifyLog,
+    LOG_ADAPTER(m_Adapter.Idx(), kNotifyLog,
                 u"[%i]CWlanInterface::ConnectionNotification_internal: OUTSIDE NOTIFICATION! "
                 u"[NotificationCode=%lu][DISCONNECT COMPLETE][***INHIBIT QUAY 5000 ***]",
-                m_ConfigIdx, code);
+                m_Adapter.Idx(), code);
   }
   const WString last = GetLastConnectedSsid();
   if (config->GetRoamingInhibitTick() == 0 && !xSide && ssid == last) {
-    LOG_ADAPTER(m_ConfigIdx, kNotifyLog,
+    LOG_ADAPTER(m_Adapter.Idx(), kNotifyLog,
                 u"[%i]CWlanInterface::ConnectionNotification_internal: [OUTSIDE DISCONN "
                 u"COMPLETE][ROAM-INHIBIT OFF] ssid %s == last %s [UpdateTimeOfLastConnectedSsid()]",
-                m_ConfigIdx, ssid, last);
+                m_Adapter.Idx(), ssid, last);
     m_time_of_last_connected_ssid = Os().clock.GetTickCount64();
   }
   config->Set_InhibitQUAY(kInhibitOutsideDisconnectMs, "out-disc");
   SaveTempProfiles();
   QueueNotification(u"Corvane", u"ConnectionChange", u"ExternalDisconnect", u"Unknown", u"Unknown",
-                    m_MacText, m_Description);
+                    m_Adapter.MacText(), m_Adapter.Description());
 }
 
 void CWlanInterface::OnOutsideConnect(DWORD code, const WString& ssid) {
-  const auto config = Config();
-  LOG_ADAPTER(m_ConfigIdx, kNotifyLog,
+  const auto config = m_Adapter.Config();
+  LOG_ADAPTER(m_Adapter.Idx(), kNotifyLog,
               u"[%i] CWlanInterface::ConnectionNotification_internal: OUTSIDE NOTIFICATION! "
               u"NotificationCode=%lu [CONNECTION COMPLETE][--- NOT CLEARING INHIBIT QUAY ---]",
-              m_ConfigIdx, code);
+              m_Adapter.Idx(), code);
   ConnectionFacts facts;
   if (GetConnectedSSID(&facts)) {
     TellOfOutsideConnect(facts);
   } else {
     LOG_ADAPTER(
-        m_ConfigIdx, kNotifyLog,
+        m_Adapter.Idx(), kNotifyLog,
         u"[%i] CWlanInterface::ConnectionNotification_internal: OUTSIDE NOTIFICATION! "
         u"NotificationCode=%lu -- GetConnectedSSID() failed, could not send pipe notification\n",
-        m_ConfigIdx, code);
+        m_Adapter.Idx(), code);
   }
   if (config->GetRoamingInhibitTick() != 0) {
     const WString last = GetLastConnectedSsid();
     if (ssid == last) {
-      LOG_ADAPTER(m_ConfigIdx, kNotifyLog,
+      LOG_ADAPTER(m_Adapter.Idx(), kNotifyLog,
                   u"[%i] CWlanInterface::ConnectionNotification_internal: [OUTSIDE CONN "
                   u"COMPLETE][ROAM-INHIBIT ON] ssid %s == last %s [~~ KEEP ROAMING-INHIBIT ~~]\n",
-                  m_ConfigIdx, ssid, last);
+                  m_Adapter.Idx(), ssid, last);
     } else {
       LOG_ADAPTER(
-          m_ConfigIdx, kNotifyLog,
+          m_Adapter.Idx(), kNotifyLog,
           u"[%i] CWlanInterface::ConnectionNotification_internal: [OUTSIDE CONN "
           u"COMPLETE][ROAM-INHIBIT ON] ssid %s != last %s [!~!~ STOP ROAMING-INHIBIT ~!~!]\n",
-          m_ConfigIdx, ssid, last);
+          m_Adapter.Idx(), ssid, last);
       SetLastConnectedSsid(ssid);
       config->ClearRoamingInhibit();
     }
   }
   config->m_bForcePopupOverride = true;
-  LOG_ADAPTER(m_ConfigIdx, kNotifyLog,
+  LOG_ADAPTER(m_Adapter.Idx(), kNotifyLog,
               u"[%i] CWlanInterface::ConnectionNotification_internal: "
               u"SetForcePopupSuggestionOverride(true)\n",
-              m_ConfigIdx);
+              m_Adapter.Idx());
   // Whoever is connected needs no suggestion of that network; without its BSSID of none of its
   // parts.
   config->m_Popup.ClearPopupSuggestedAP_If_Equal(
@@ -267,12 +266,12 @@ void CWlanInterface::TellOfOutsideConnect(const ConnectionFacts& facts) {
   }
   if (!entry) summary.channel = ChannelNow();
   QueueNotification(u"Corvane", u"ConnectionChange", u"ExternalConnect", ShortApSummary(summary),
-                    u"Unknown", m_MacText, m_Description);
+                    u"Unknown", m_Adapter.MacText(), m_Adapter.Description());
 }
 
 void CWlanInterface::OnOwnCompletion(DWORD code, WlanOperation kind, DWORD reason,
                                      const WString& ssid) {
-  const auto config = Config();
+  const auto config = m_Adapter.Config();
   m_Operation.Complete(kind, code, static_cast<std::int32_t>(reason));
   ResetReports(code);
   if (IsDisconnect(code)) {
@@ -284,29 +283,29 @@ void CWlanInterface::OnOwnCompletion(DWORD code, WlanOperation kind, DWORD reaso
     SaveTempProfiles();
   } else {
     config->m_bForcePopupOverride = false;
-    LOG_ADAPTER(m_ConfigIdx, kNotifyLog,
+    LOG_ADAPTER(m_Adapter.Idx(), kNotifyLog,
                 u"[%i] CWlanInterface::ConnectionNotification_internal: "
                 u"SetForcePopupSuggestionOverride(false)\n",
-                m_ConfigIdx);
+                m_Adapter.Idx());
     const MacAddress own = GetConnectedBssidIfWeInitiated();
     config->m_Popup.ClearPopupSuggestedAP_If_Equal(ssid, IsZero(own) ? WString() : MacText(own));
   }
   const std::uint64_t inhibited = config->GetRoamingInhibitTick();
   if (inhibited == 0) return;
   LOG_ADAPTER(
-      m_ConfigIdx, kNotifyLog,
+      m_Adapter.Idx(), kNotifyLog,
       u"[%i] CWlanInterface::ConnectionNotification_internal:[INSIDE CONN/DISCONN "
       u"COMPLETE][ROAM-INHIBIT %I64u ticks] ssid %s, last %s [!~!~ STOP ROAMING-INHIBIT ~!~!]\n",
-      m_ConfigIdx, inhibited, ssid, GetLastConnectedSsid());
+      m_Adapter.Idx(), inhibited, ssid, GetLastConnectedSsid());
   SetLastConnectedSsid(ssid);
   config->ClearRoamingInhibit();
 }
 
 void CWlanInterface::ForgetConnection(const WString& ssid) {
-  const auto config = Config();
+  const auto config = m_Adapter.Config();
   ClearContention();
   m_connected_scan_count = 0;
-  LogRecord(kLogMemory, "<I>", "[Adapter ", m_ConfigIdx, "] Disconnected from ", ssid);
+  LogRecord(kLogMemory, "<I>", "[Adapter ", m_Adapter.Idx(), "] Disconnected from ", ssid);
   config->m_force_scan_counter = 1;  // the next round looks for another network at once
   config->m_rate_gate_high = kRateGateHighStart;
   config->m_rate_gate_low = kRateGateLowStart;
@@ -314,28 +313,28 @@ void CWlanInterface::ForgetConnection(const WString& ssid) {
 }
 
 void CWlanInterface::ScanNotification_internal(DWORD code, DWORD reason) {
-  if (!Client()) return;
+  if (!m_Adapter.Client()) return;
   const bool complete = code == wlan_notification_acm_scan_complete;
   const OperationGate::State state = m_Operation.Get();
   if (state.m_op_busy && state.m_op_kind == WlanOperation::kScan) {
     if (m_Operation.Complete(WlanOperation::kScan, code, static_cast<std::int32_t>(reason))) {
-      LOG_ADAPTER(m_ConfigIdx, DBG(30),
+      LOG_ADAPTER(m_Adapter.Idx(), DBG(30),
                   u"[%i]CWlanInterface::ScanNotification_internal: m_pScanSyncEvent->SetEvent() "
                   u"++++++++++++++ [NotificationCode=%lu]%s",
-                  m_ConfigIdx, code, complete ? u"[SCAN COMPLETE]" : u"[SCAN FAILED]");
+                  m_Adapter.Idx(), code, complete ? u"[SCAN COMPLETE]" : u"[SCAN FAILED]");
     }
     return;
   }
-  LOG_ADAPTER(m_ConfigIdx, DBG(30),
+  LOG_ADAPTER(m_Adapter.Idx(), DBG(30),
               u"[%i]CWlanInterface::ScanNotification_internal: OUTSIDE NOTIFICATION! "
               u"[NotificationCode=%lu]%s[***INHIBIT QUAY 15000 ***]",
-              m_ConfigIdx, code, complete ? u"[SCAN COMPLETE]" : u"");
-  Config()->Set_InhibitQUAY(kInhibitOutsideScanMs, "out-scan");
+              m_Adapter.Idx(), code, complete ? u"[SCAN COMPLETE]" : u"");
+  m_Adapter.Config()->Set_InhibitQUAY(kInhibitOutsideScanMs, "out-scan");
 }
 
 void CWlanInterface::MSMNotification_internal(const void*) {
-  LOG_ADAPTER(m_ConfigIdx, kNotifyLog, u"[%i]CWlanInterface::MSMNotification_internal",
-              m_ConfigIdx);
+  LOG_ADAPTER(m_Adapter.Idx(), kNotifyLog, u"[%i]CWlanInterface::MSMNotification_internal",
+              m_Adapter.Idx());
 }
 
 void CWlanInterface::MSMRadioStateNotification_internal(const void* data) {
@@ -343,10 +342,11 @@ void CWlanInterface::MSMRadioStateNotification_internal(const void* data) {
   WLAN_PHY_RADIO_STATE state;
   std::memcpy(static_cast<void*>(&state), data, sizeof(state));
   LOG_ADAPTER(
-      m_ConfigIdx, kNotifyLog,
+      m_Adapter.Idx(), kNotifyLog,
       u"[%i]CWlanInterface::MSMRadioStateNotification_internal: dwPhyIndex=%lu, software=%i, "
       u"hardware=%i",
-      m_ConfigIdx, state.dwPhyIndex, state.dot11SoftwareRadioState, state.dot11HardwareRadioState);
+      m_Adapter.Idx(), state.dwPhyIndex, state.dot11SoftwareRadioState,
+      state.dot11HardwareRadioState);
   const CCritSecLock lock(m_StateLock);
   for (auto& known : m_RadioState.PhyRadioState) {
     if (known.dwPhyIndex != state.dwPhyIndex && known.dwPhyIndex != static_cast<DWORD>(-1))
@@ -357,15 +357,15 @@ void CWlanInterface::MSMRadioStateNotification_internal(const void* data) {
 }
 
 void CWlanInterface::MSMSignalQualityNotification_internal(DWORD quality) {
-  LOG_ADAPTER(m_ConfigIdx, kNotifyLog,
-              u"[%i]CWlanInterface::MSMSignalQualityNotification_internal: %lu", m_ConfigIdx,
+  LOG_ADAPTER(m_Adapter.Idx(), kNotifyLog,
+              u"[%i]CWlanInterface::MSMSignalQualityNotification_internal: %lu", m_Adapter.Idx(),
               quality);
 }
 
 void CWlanInterface::MSMAdapterOperationModeNotification_internal(DWORD mode) {
-  LOG_ADAPTER(m_ConfigIdx, kNotifyLog,
-              u"[%i]CWlanInterface::MSMAdapterOperationModeNotification_internal: %lu", m_ConfigIdx,
-              mode);
+  LOG_ADAPTER(m_Adapter.Idx(), kNotifyLog,
+              u"[%i]CWlanInterface::MSMAdapterOperationModeNotification_internal: %lu",
+              m_Adapter.Idx(), mode);
 }
 
 }  // namespace corvane

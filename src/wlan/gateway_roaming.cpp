@@ -24,7 +24,7 @@ bool CWlanInterface::HasGatewayMacs() const {
 
 void CWlanInterface::GatewayRoamingCheck() {
   const WString ssid = GetLastConnectedSsid();
-  if (!m_bIsConnected || ssid.empty() || !Config()->m_GatewayRoaming) return;
+  if (!m_bIsConnected || ssid.empty() || !m_Adapter.Config()->m_GatewayRoaming) return;
   AssignGatewayMacsToBssEntry(ssid, GetConnectedBssid(), GetIP4GatewayMacs(), GetIP6GatewayMacs());
 }
 
@@ -34,9 +34,9 @@ bool CWlanInterface::AssignGatewayMacsToBssEntry(const WString& ssid, const MacA
   const CCritSecLock lock(ObjectLock());
   const auto network = m_Networks.find(ssid);
   if (network == m_Networks.end()) {
-    LOG_ADAPTER(m_ConfigIdx, DBG(41),
+    LOG_ADAPTER(m_Adapter.Idx(), DBG(41),
                 u"[%i] CWlanInterface::AssignGatewayMacsToBssEntry: SSID [%s] not found!\n",
-                m_ConfigIdx, ssid);
+                m_Adapter.Idx(), ssid);
     return false;
   }
   const auto& entries = network->second->m_BssMap;
@@ -45,9 +45,9 @@ bool CWlanInterface::AssignGatewayMacsToBssEntry(const WString& ssid, const MacA
     return true;
   }
   CGlobalAPGatewayMapMemo::GetInstance().Update(MacText(bssid), ip4, ip6);
-  LOG_ADAPTER(m_ConfigIdx, DBG(41),
+  LOG_ADAPTER(m_Adapter.Idx(), DBG(41),
               u"[%i] CWlanInterface::AssignGatewayMacsToBssEntry: SSID [%s]: BSSID %s not found!\n",
-              m_ConfigIdx, ssid, MacText(bssid));
+              m_Adapter.Idx(), ssid, MacText(bssid));
   return false;
 }
 

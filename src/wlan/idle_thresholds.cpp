@@ -11,7 +11,7 @@ namespace corvane {
 void CWlanInterface::ProcessIdleThresholds() {
   const CSmartPointer<CInterfacePDH> pdh = Pdh();
   if (!pdh || pdh->GetFirstIdleTick() == 0 || pdh->IsIdleSettled()) return;
-  const CSmartPointer<CQUAYInterfaceConfig> config = Config();
+  const CSmartPointer<CQUAYInterfaceConfig> config = m_Adapter.Config();
 
   const std::uint64_t age = Os().clock.GetTickCount64() - pdh->GetFirstIdleTick();
   const TrickleMeasure measure{static_cast<double>(age) / 1000.0, pdh->GetPercentAboveLow(),
@@ -24,18 +24,18 @@ void CWlanInterface::ProcessIdleThresholds() {
     config->m_rate_gate_high = learning.learned->high;
     config->m_rate_gate_low = learning.learned->low;
     LOG_ADAPTER(
-        m_ConfigIdx, DBG(36) | DBG(37),
+        m_Adapter.Idx(), DBG(36) | DBG(37),
         u"[%i] CWlanInterface::ProcessIdleThresholds: age %0.1lf secs, %0.1lf percent above, mean "
         u"%0.3lf: gates %0.3lf/%0.3lf --> %0.3lf/%0.3lf\n",
-        m_ConfigIdx, measure.ageSecs, measure.percentAboveLow, measure.mean, now.high, now.low,
+        m_Adapter.Idx(), measure.ageSecs, measure.percentAboveLow, measure.mean, now.high, now.low,
         learning.learned->high, learning.learned->low);
   }
   if (learning.settled) {
     pdh->SetIdleSettled(true);
     LOG_ADAPTER(
-        m_ConfigIdx, DBG(36) | DBG(37),
+        m_Adapter.Idx(), DBG(36) | DBG(37),
         u"[%i] CWlanInterface::ProcessIdleThresholds: age %0.1lf secs, rate %0.3lf: SETTLED\n",
-        m_ConfigIdx, measure.ageSecs, measure.rate);
+        m_Adapter.Idx(), measure.ageSecs, measure.rate);
   }
 }
 

@@ -39,10 +39,10 @@ void CWlanInterface::RefreshIPInfo() {
   try {
     const auto snapshot = CAdaptersAddresses::CreateObject();
     snapshot->Initialize();
-    snapshot->GetIPAddressesForInterface(GetGuid(), &info.ip4, &info.ip6, &info.dnsSuffix);
-    snapshot->GetIPGatewaysForInterface(GetGuid(), &info.ip4Gateways, &info.ip6Gateways);
+    snapshot->GetIPAddressesForInterface(m_Adapter.Guid(), &info.ip4, &info.ip6, &info.dnsSuffix);
+    snapshot->GetIPGatewaysForInterface(m_Adapter.Guid(), &info.ip4Gateways, &info.ip6Gateways);
   } catch (const Exception& e) {
-    LOG_ERROR(u"[%i] CWlanInterface::RefreshIPInfo: Exception: %S", m_ConfigIdx, e.what());
+    LOG_ERROR(u"[%i] CWlanInterface::RefreshIPInfo: Exception: %S", m_Adapter.Idx(), e.what());
     return;
   }
   info.domainController = DomainControllerOf(info.dnsSuffix);
@@ -78,7 +78,7 @@ void CWlanInterface::DumpIPAddresses() const {
   LOG_INFO(
       u"[%i] DNS suffix: %s, domain controller: %s, IPv4: %s, IPv6: %s, gateways IPv4: %s [%s], "
       u"gateways IPv6: %s [%s]\n",
-      m_ConfigIdx, info.dnsSuffix, info.domainController, Joined(info.ip4, Ip4Text),
+      m_Adapter.Idx(), info.dnsSuffix, info.domainController, Joined(info.ip4, Ip4Text),
       Joined(info.ip6, Ip6Text), Joined(info.ip4Gateways, Ip4Text),
       Joined(GetIP4GatewayMacs(), macText), Joined(info.ip6Gateways, Ip6Text),
       Joined(GetIP6GatewayMacs(), macText));

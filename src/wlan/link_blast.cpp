@@ -36,22 +36,26 @@ void CWlanInterface::BlastGateway(CAdaptersAddresses& adapters) {
     const std::string host = Narrow(Ip4Text(info.ip4Gateways.front()));
     const std::string own = info.ip4.empty() ? "" : Narrow(Ip4Text(info.ip4.front()));
     std::string mask;
-    if (!adapters.GetIP4MaskFromAdaptersInfo(static_cast<std::int32_t>(m_OsIfIndex), own, &mask)) {
+    if (!adapters.GetIP4MaskFromAdaptersInfo(static_cast<std::int32_t>(m_Adapter.OsIfIndex()), own,
+                                             &mask)) {
       LOG_ERROR(
           u"CWlanInterface::DoBlast:[IfIndex=%i] asas->GetIP4MaskFromAdaptersInfo(...%S) failed\n",
-          m_OsIfIndex, own);
+          m_Adapter.OsIfIndex(), own);
       mask.clear();
     }
-    m_BlastMbps = helper.blast(m_OsIfIndex, host, mask, platform::AF_INET, kBlastSecs, connected);
+    m_BlastMbps =
+        helper.blast(m_Adapter.OsIfIndex(), host, mask, platform::AF_INET, kBlastSecs, connected);
     LOG_DEBUG(kBlastLog, u"--------------------------> blast [%S][IP4][count=%u] results: %lf\n",
               host, connected, m_BlastMbps.load());
   } else if (!info.ip6Gateways.empty()) {
     const std::string host = Narrow(Ip6Text(info.ip6Gateways.front()));
-    m_BlastMbps = helper.blast(m_OsIfIndex, host, "", platform::AF_INET6, kBlastSecs, connected);
+    m_BlastMbps =
+        helper.blast(m_Adapter.OsIfIndex(), host, "", platform::AF_INET6, kBlastSecs, connected);
     LOG_DEBUG(kBlastLog, u"--------------------------> blast [%S][IP6][count=%u] results: %lf\n",
               host, connected, m_BlastMbps.load());
   } else {
-    LOG_ERROR(u"CWlanInterface::DoBlast:[IfIndex=%i] NO GATEWAY IP ADDRESSES?\n", m_OsIfIndex);
+    LOG_ERROR(u"CWlanInterface::DoBlast:[IfIndex=%i] NO GATEWAY IP ADDRESSES?\n",
+              m_Adapter.OsIfIndex());
   }
 }
 

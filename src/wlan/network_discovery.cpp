@@ -10,7 +10,6 @@
 #include "platform/wlan_api.h"
 #include "settings/global_config_container.h"
 #include "wlan/wlan_call.h"
-#include "wlan/wlan_client.h"
 #include "wlan/wlan_interface.h"
 
 namespace corvane {
@@ -62,11 +61,11 @@ std::int32_t CWlanInterface::DiscoverNetworksSynchronous(bool force_scan, bool f
     if (scans) RunScans(now);
     ReadLists(scans, first, rate, &found, aux_error);
   } catch (const Exception& e) {
-    LOG_ERROR(u"[%i] CWlanInterface::DiscoverNetworksSynchronous: Exception: %hs\n", m_ConfigIdx,
-              e.what());
+    LOG_ERROR(u"[%i] CWlanInterface::DiscoverNetworksSynchronous: Exception: %hs\n",
+              m_Adapter.Idx(), e.what());
   } catch (const std::exception& e) {
     LOG_ERROR(u"[%i] CWlanInterface::DiscoverNetworksSynchronous: std:exception: %hs\n",
-              m_ConfigIdx, e.what());
+              m_Adapter.Idx(), e.what());
   }
   // A scan that fails takes its time too: what is decided next goes by the traffic of now.
   if (m_pInterfacePDH) m_pInterfacePDH->PollPDHCollection();
@@ -74,7 +73,7 @@ std::int32_t CWlanInterface::DiscoverNetworksSynchronous(bool force_scan, bool f
 }
 
 bool CWlanInterface::MayScan(bool force_scan, std::uint64_t now, double rate) {
-  const auto config = Config();
+  const auto config = m_Adapter.Config();
   ScanInputs in;
   in.force_scan = force_scan;
   in.connected = m_bIsConnected;
@@ -97,12 +96,12 @@ bool CWlanInterface::MayScan(bool force_scan, std::uint64_t now, double rate) {
     ++m_consec_ScanDeferrals;
   }
   if (!decision.Scans()) m_scan_fresh = false;
-  if (const log::Open open(m_ConfigIdx, kScanLog); open) LogScanDecision(in, decision);
+  if (const log::Open open(m_Adapter.Idx(), kScanLog); open) LogScanDecision(in, decision);
   return decision.Scans();
 }
 
 void CWlanInterface::LogScanDecision(const ScanInputs& in, const ScanDecision& decision) const {
-  const auto config = Config();
+  const auto config = m_Adapter.Config();
   const std::uint32_t quality = GetConnAttrs().wlanAssociationAttributes.wlanSignalQuality;
   const std::uint32_t peak = m_MaxSignalQuality;
   const std::uint64_t interval = std::uint64_t{in.intervalSecs} * 1000;
@@ -116,7 +115,7 @@ void CWlanInterface::LogScanDecision(const ScanInputs& in, const ScanDecision& d
         u"\n[%i] CWlanInterface::DiscoverNetworksSynchronous(): __FORCE__: net_is_idle to false, "
         u"DUE to "
         u"previous rates: %s\n",
-        m_ConfigIdx, rates);
+        m_Adapter.Idx(), rates);
   }
   switch (decision.rule) {
     case ScanRule::kForcedCount:
@@ -125,18 +124,18 @@ void CWlanInterface::LogScanDecision(const ScanInputs& in, const ScanDecision& d
             u"\n[%i] CWlanInterface::DiscoverNetworksSynchronous():[F-COUNT %i --> %i][LQ %lu < "
             u"%lu] SET "
             u"force_scan = true\n",
-            m_ConfigIdx, in.forceCounter, in.forceCounter - 1, quality, config->m_LQCThreshold);
+            m_Adapter.Idx(), in.forceCounter, in.forceCounter - 1, quality, config->m_LQCThreshold);
       } else if (peak > kQualityMargin && quality <= peak - kQualityMargin) {
         LOG_INFO(
             u"\n[%i] CWlanInterface::DiscoverNetworksSynchronous():[F-COUNT %i --> %i][LQ %lu < "
             u"max-10(%lu)] SET force_scan = true\n",
-            m_ConfigIdx, in.forceCounter, in.forceCounter - 1, quality, peak - kQualityMargin);
+            m_Adapter.Idx(), in.forceCounter, in.forceCounter - 1, quality, peak - kQualityMargin);
       } else {
         LOG_INFO(
             u"\n[%i] CWlanInterface::DiscoverNetworksSynchronous():[F-COUNT %i --> "
             u"%i][net_is_idle=%i] SET "
             u"force_scan = true\n",
-            m_ConfigIdx, in.forceCounter, in.forceCounter - 1, decision.netIsIdle);
+            m_Adapter.Idx(), in.forceCounter, in.forceCounter - 1, decision.netIsIdle);
       }
       break;
     case ScanRule::kLongHeldBack:
@@ -144,21 +143,21 @@ void CWlanInterface::LogScanDecision(const ScanInputs& in, const ScanDecision& d
           u"[%i] CWlanInterface::DiscoverNetworksSynchronous():SET force_scan = true, DUE to delta "
           u"%I64u >= "
           u"%lu and net_is_sorta_idle !!!!!!!!!!\n",
-          m_ConfigIdx, in.deltaMs, interval + kLongRuleExtraSecs * 1000);
+          m_Adapter.Idx(), in.deltaMs, interval + kLongRuleExtraSecs * 1000);
       break;
     case ScanRule::kDeferrals:
       LOG_INFO(
           u"[%i] CWlanInterface::DiscoverNetworksSynchronous():[delta %I64u] SET force_scan = "
           u"true, DUE to "
           u"m_consec_ScanDeferrals %lu, clearing...\n",
-          m_ConfigIdx, in.deltaMs, in.deferrals);
+          m_Adapter.Idx(), in.deltaMs, in.deferrals);
       break;
     case ScanRule::kTooEarly:
       LOG_INFO(
           u"\n[%i] CWlanInterface::DiscoverNetworksSynchronous():[%lu/%lu, csd %lu] <<< *not* "
           u"scanning "
           u"[force=%i] >>> delta=%llu vs %lu<-----------------------\n",
-          m_ConfigIdx, done, tried, deferred, in.force_scan, in.deltaMs, interval);
+          m_Adapter.Idx(), done, tried, deferred, in.force_scan, in.deltaMs, interval);
       break;
     case ScanRule::kTraffic:
       if (!decision.countsDeferral) {
@@ -168,7 +167,7 @@ void CWlanInterface::LogScanDecision(const ScanInputs& in, const ScanDecision& d
             u"[leave m_LastScanTime][force=%i] due to bitrate >>> delta=%llu vs %lu, mbps %0.2lf "
             u">= %0.2lf "
             u"<=_____________\n",
-            m_ConfigIdx, done, tried, deferred, in.force_scan, in.deltaMs, interval, in.rate,
+            m_Adapter.Idx(), done, tried, deferred, in.force_scan, in.deltaMs, interval, in.rate,
             in.gateLow);
       } else if (in.ulScan) {
         LOG_INFO(
@@ -176,14 +175,14 @@ void CWlanInterface::LogScanDecision(const ScanInputs& in, const ScanDecision& d
             u"scanning "
             u"[ULS Enabled][m_LastScanTime=now] delta=%llu, mbps %0.2lf vs "
             u"%0.2lf<-----------------------\n",
-            m_ConfigIdx, done, tried, deferred, in.deltaMs, in.rate, in.gateLow);
+            m_Adapter.Idx(), done, tried, deferred, in.deltaMs, in.rate, in.gateLow);
       } else {
         LOG_INFO(
             u"\n[%i] CWlanInterface::DiscoverNetworksSynchronous():[%lu/%lu, csd %lu] <<< *not* "
             u"scanning "
             u"[m_LastScanTime=now][force=%i] due to bitrate >>> delta=%llu, mbps %0.2lf >= "
             u"%0.2lf<-----------------------\n",
-            m_ConfigIdx, done, tried, deferred, in.force_scan, in.deltaMs, in.rate, in.gateLow);
+            m_Adapter.Idx(), done, tried, deferred, in.force_scan, in.deltaMs, in.rate, in.gateLow);
       }
       break;
     case ScanRule::kForced:
@@ -196,7 +195,7 @@ void CWlanInterface::LogScanDecision(const ScanInputs& in, const ScanDecision& d
         u"\n[%i] CWlanInterface::DiscoverNetworksSynchronous():[%lu/%lu, csd %lu] [[[ *scanning* "
         u"]]] "
         u"delta=%llu, interval=%lu, forceScanCounter=%i, net_is_idle=%i <-+-+-+-+-+-+-+-+-+-+-+-\n",
-        m_ConfigIdx, done, tried, deferred, in.deltaMs, interval, config->m_force_scan_counter,
+        m_Adapter.Idx(), done, tried, deferred, in.deltaMs, interval, config->m_force_scan_counter,
         decision.netIsIdle);
   }
 }
@@ -227,29 +226,29 @@ void CWlanInterface::RunHiddenScans() {
     if (m_bIsConnected &&
         IsConnectedSsid(ssid, GetConnAttrs().wlanAssociationAttributes.dot11Ssid)) {
       LOG_ADAPTER(
-          m_ConfigIdx, kScanLog,
+          m_Adapter.Idx(), kScanLog,
           u"\n[%i] CWlanInterface::DiscoverNetworksSynchronous(): _SKIP_ Active Scanning HIDDEN "
           u"NETWORK: %S [currently connected]\n",
-          m_ConfigIdx, bytes);
+          m_Adapter.Idx(), bytes);
       continue;
     }
-    LOG_ADAPTER(m_ConfigIdx, kScanLog,
+    LOG_ADAPTER(m_Adapter.Idx(), kScanLog,
                 u"\n[%i] CWlanInterface::DiscoverNetworksSynchronous(): Active Scanning HIDDEN "
                 u"NETWORK: %S\n",
-                m_ConfigIdx, bytes);
+                m_Adapter.Idx(), bytes);
     try {
       ScanSynchronous(&ssid);
     } catch (const Exception& e) {
       LOG_ERROR(
           u"[%i] CWlanInterface::DiscoverNetworksSynchronous: ScanSynchronous(%S) failed - "
           u"Exception %hs\n",
-          m_ConfigIdx, bytes, e.what());
+          m_Adapter.Idx(), bytes, e.what());
     } catch (const std::exception& e) {
       LOG_ERROR(
           u"[%i] CWlanInterface::DiscoverNetworksSynchronous: ScanSynchronous(%S) failed - "
           u"std:exception "
           u"%hs\n",
-          m_ConfigIdx, bytes, e.what());
+          m_Adapter.Idx(), bytes, e.what());
     }
   }
 }
@@ -266,10 +265,10 @@ void CWlanInterface::ScanSynchronous(const DOT11_SSID* pSsid) {
     }
     result = m_Operation.Await(WlanOperation::kScan, kScanWaitMs);
   } catch (const Exception& e) {
-    LOG_ERROR(u"[%i]CWlanInterface::ScanSynchronous: Exception: %S", m_ConfigIdx, e.what());
+    LOG_ERROR(u"[%i]CWlanInterface::ScanSynchronous: Exception: %S", m_Adapter.Idx(), e.what());
     throw;
   } catch (const std::exception& e) {
-    LOG_ERROR(u"[%i]CWlanInterface::ScanSynchronous: std:exception: %S", m_ConfigIdx, e.what());
+    LOG_ERROR(u"[%i]CWlanInterface::ScanSynchronous: std:exception: %S", m_Adapter.Idx(), e.what());
     throw;
   }
   if (result.end == OperationGate::End::kDone) return;
@@ -278,21 +277,20 @@ void CWlanInterface::ScanSynchronous(const DOT11_SSID* pSsid) {
       u"\n[%i] CWlanInterface::ScanSynchronous: [waitBool=%i] _AFTER_ "
       u"m_pScanSyncEvent->WaitOnEvent() "
       u"!!!!!!!!!!!!! %s!",
-      m_ConfigIdx, false, exit ? u"GOT EXIT EVENT" : u"TIMEOUT");
+      m_Adapter.Idx(), false, exit ? u"GOT EXIT EVENT" : u"TIMEOUT");
   throw Exception(exit ? "ScanSynchronous() - Got Exit Event!"
                        : "ScanSynchronous() - Event Timeout!");
 }
 
 void CWlanInterface::ScanInternal(const DOT11_SSID* pSsid) {
-  const auto client = Client();
+  const auto client = m_Adapter.Client();
   ++m_ScanAttempts;
   DWORD result = ERROR_SUCCESS;
   try {
-    result = Os().wlan.WlanScan(client ? client->GetHandle() : nullptr, &GetGuid(), pSsid, nullptr,
-                                nullptr);
+    result = Os().wlan.WlanScan(client.Handle(), &m_Adapter.Guid(), pSsid, nullptr, nullptr);
   } catch (const PlatformFault& fault) {
     ++m_ScanFailures;
-    LOG_ERROR(u"[%i]CWlanInterface::ScanInternal: WlanScan EXCEPTION: 0x%08x", m_ConfigIdx,
+    LOG_ERROR(u"[%i]CWlanInterface::ScanInternal: WlanScan EXCEPTION: 0x%08x", m_Adapter.Idx(),
               fault.code);
     throw Exception("WlanScan() failed: 0x%08lx", fault.code);
   }
@@ -301,7 +299,7 @@ void CWlanInterface::ScanInternal(const DOT11_SSID* pSsid) {
     return;
   }
   ++m_ScanFailures;
-  LOG_ERROR(u"[%i]CWlanInterface::ScanInternal:: WlanScan FAILED %lu", m_ConfigIdx, result);
+  LOG_ERROR(u"[%i]CWlanInterface::ScanInternal:: WlanScan FAILED %lu", m_Adapter.Idx(), result);
   throw Exception("WlanScan() failed: %i", result);
 }
 

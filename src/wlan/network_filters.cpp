@@ -7,7 +7,6 @@
 #include "store/csv_helper.h"
 #include "wlan/wlan_buffer.h"
 #include "wlan/wlan_call.h"
-#include "wlan/wlan_client.h"
 #include "wlan/wlan_interface.h"
 #include "wlan/wlan_limits.h"
 
@@ -50,20 +49,19 @@ DWORD ReadFilterList(HANDLE client, LONG type, std::vector<WString>* ssids) {
 
 void CWlanInterface::RefreshNetworkAllowDenyFilters() {
   auto& global = CGlobalConfigContainer::GetInstance();
-  const auto client = Client();
+  const auto client = m_Adapter.Client();
   const auto permitted = CSVHelper::CreateObject();
   const auto denied = CSVHelper::CreateObject();
   std::uint32_t permitRows = 0;
   for (const FilterList& filter : kFilterLists) {
     std::vector<WString> ssids;
-    const DWORD result =
-        ReadFilterList(client ? client->GetHandle() : nullptr, filter.type, &ssids);
+    const DWORD result = ReadFilterList(client.Handle(), filter.type, &ssids);
     if (result != ERROR_SUCCESS) {
       LOG_ERROR(
           u"[%i] CWlanInterface::RefreshNetworkAllowDenyFilters: WlanGetFilterList_wrapper(%s) "
           u"__FAILED__, "
           u"rc=0x%08lx\n",
-          m_ConfigIdx, filter.name, result);
+          m_Adapter.Idx(), filter.name, result);
       continue;
     }
     for (const WString& ssid : ssids) {
@@ -77,11 +75,11 @@ void CWlanInterface::RefreshNetworkAllowDenyFilters() {
   const auto registry = global.GetRegistry();
   if (!registry || !registry->SetRegistryStringValue(u"AllowListCSV", permitted->GetString())) {
     LOG_ERROR(u"[%i] ===========> RefreshNetworkAllowDenyFilters: ALLOW LIST WRITE FAILED!\n",
-              m_ConfigIdx);
+              m_Adapter.Idx());
   }
   if (!registry || !registry->SetRegistryStringValue(u"DenyListCSV", denied->GetString())) {
     LOG_ERROR(u"[%i] ===========> RefreshNetworkAllowDenyFilters: DEMY LIST WRITE FAILED!\n",
-              m_ConfigIdx);
+              m_Adapter.Idx());
   }
 }
 

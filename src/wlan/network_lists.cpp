@@ -11,7 +11,6 @@
 #include "settings/global_config_container.h"
 #include "wlan/wlan_buffer.h"
 #include "wlan/wlan_call.h"
-#include "wlan/wlan_client.h"
 #include "wlan/wlan_interface.h"
 #include "wlan/wlan_limits.h"
 
@@ -50,12 +49,12 @@ bool IsPossible(const WLAN_BSS_LIST& list) {
 }  // namespace
 
 CSmartPointer<CGenericMalloc> CWlanInterface::GetAvailableNetworkList() {
-  const auto client = Client();
+  const auto client = m_Adapter.Client();
   try {
     WlanBuffer<WLAN_AVAILABLE_NETWORK_LIST> list;
     DWORD result = CodeOfCall("CWlanInterface", "WlanGetAvailableNetworkList", [&] {
-      return Os().wlan.WlanGetAvailableNetworkList(client ? client->GetHandle() : nullptr,
-                                                   &GetGuid(), 0, nullptr, list.Out());
+      return Os().wlan.WlanGetAvailableNetworkList(client.Handle(), &m_Adapter.Guid(), 0, nullptr,
+                                                   list.Out());
     });
     if (result == ERROR_SUCCESS && list && list->dwNumberOfItems > kMaxListedNetworks) {
       result = ERROR_INVALID_DATA;
@@ -63,42 +62,44 @@ CSmartPointer<CGenericMalloc> CWlanInterface::GetAvailableNetworkList() {
     if (result != ERROR_SUCCESS) {
       LOG_ERROR(
           u"[%i]CWlanInterface::GetAvailableNetworkList: WlanGetAvailableNetworkList FAILED %lu",
-          m_ConfigIdx, result);
+          m_Adapter.Idx(), result);
       throw Exception("WlanGetAvailableNetworkList() failed: %i", result);
     }
     if (!list) throw Exception("WlanGetAvailableNetworkList() failed: pData is NULL");
     return CopyOf(list.get(), kNetworksAt + list->dwNumberOfItems * sizeof(WLAN_AVAILABLE_NETWORK),
                   sizeof(WLAN_AVAILABLE_NETWORK_LIST));
   } catch (const Exception& e) {
-    LOG_ERROR(u"[%i]CWlanInterface::GetAvailableNetworkList: Exception: %S", m_ConfigIdx, e.what());
+    LOG_ERROR(u"[%i]CWlanInterface::GetAvailableNetworkList: Exception: %S", m_Adapter.Idx(),
+              e.what());
   } catch (const std::exception& e) {
-    LOG_ERROR(u"[%i]CWlanInterface::GetAvailableNetworkList: std:exception: %S", m_ConfigIdx,
+    LOG_ERROR(u"[%i]CWlanInterface::GetAvailableNetworkList: std:exception: %S", m_Adapter.Idx(),
               e.what());
   }
   return nullptr;
 }
 
 CSmartPointer<CGenericMalloc> CWlanInterface::GetNetworkBssList() {
-  const auto client = Client();
+  const auto client = m_Adapter.Client();
   try {
     WlanBuffer<WLAN_BSS_LIST> list;
     DWORD result = CodeOfCall("CWlanInterface", "WlanGetNetworkBssList", [&] {
-      return Os().wlan.WlanGetNetworkBssList(client ? client->GetHandle() : nullptr, &GetGuid(),
-                                             nullptr, dot11_BSS_type_any, kSecurityEnabled, nullptr,
+      return Os().wlan.WlanGetNetworkBssList(client.Handle(), &m_Adapter.Guid(), nullptr,
+                                             dot11_BSS_type_any, kSecurityEnabled, nullptr,
                                              list.Out());
     });
     if (result == ERROR_SUCCESS && list && !IsPossible(*list.get())) result = ERROR_INVALID_DATA;
     if (result != ERROR_SUCCESS) {
       LOG_ERROR(u"[%i]CWlanInterface::GetNetworkBssList:: WlanGetNetworkBssList FAILED %lu",
-                m_ConfigIdx, result);
+                m_Adapter.Idx(), result);
       throw Exception("WlanGetNetworkBssList() failed: %i", result);
     }
     if (!list) throw Exception("WlanGetNetworkBssList() failed: pData is NULL");
     return CopyOf(list.get(), list->dwTotalSize, sizeof(WLAN_BSS_LIST));
   } catch (const Exception& e) {
-    LOG_ERROR(u"[%i]CWlanInterface::GetNetworkBssList: Exception: %S", m_ConfigIdx, e.what());
+    LOG_ERROR(u"[%i]CWlanInterface::GetNetworkBssList: Exception: %S", m_Adapter.Idx(), e.what());
   } catch (const std::exception& e) {
-    LOG_ERROR(u"[%i]CWlanInterface::GetNetworkBssList: std:exception: %S", m_ConfigIdx, e.what());
+    LOG_ERROR(u"[%i]CWlanInterface::GetNetworkBssList: std:exception: %S", m_Adapter.Idx(),
+              e.what());
   }
   return nullptr;
 }
@@ -118,12 +119,12 @@ void CWlanInterface::ReadLists(bool scanned, bool first, double rate, std::int32
       LOG_ERROR(
           u"[%i]CWlanInterface::DiscoverNetworksSynchronous: GetNetworkBssList()/CGenericMalloc "
           u"Failure!",
-          m_ConfigIdx);
+          m_Adapter.Idx());
     }
     MarkConnected();
-    if (m_ConfigIdx == 0) CGlobalWirelessMaps::GetInstance().ComputeNoiseLevelArray(m_Networks);
+    if (m_Adapter.Idx() == 0) CGlobalWirelessMaps::GetInstance().ComputeNoiseLevelArray(m_Networks);
     UpdateAllScores();
-    if (const log::Open open(m_ConfigIdx, DBG(20)); first && open) {
+    if (const log::Open open(m_Adapter.Idx(), DBG(20)); first && open) {
       int number = 0;
       for (const auto& [ssid, network] : m_Networks) network->Dump(number++);
     }
@@ -132,7 +133,7 @@ void CWlanInterface::ReadLists(bool scanned, bool first, double rate, std::int32
               u"[%i] CWlanInterface::DiscoverNetworksSynchronous: "
               u"GetAvailableNetworkList()/CGenericMalloc "
               u"Failure!\n",
-              m_ConfigIdx);
+              m_Adapter.Idx());
   }
   m_RateHistory.insert(m_RateHistory.begin(), rate);
   if (m_RateHistory.size() > kRatesRemembered) m_RateHistory.resize(kRatesRemembered);
@@ -155,10 +156,10 @@ void CWlanInterface::TakeNetworks(const CGenericMalloc& list, std::int32_t* foun
     CSmartPointer<CWlanNetwork> network;
     if (at != m_Networks.end()) {
       network = at->second;
-      network->Update(record, m_ConfigIdx);
+      network->Update(record, m_Adapter.Idx());
     } else {
       network = CWlanNetwork::CreateObject();
-      network->Update(record, m_ConfigIdx);
+      network->Update(record, m_Adapter.Idx());
       m_Networks.emplace(ssid, network);
     }
     if (FindProfile(*network)) ++*found;
@@ -178,7 +179,7 @@ bool CWlanInterface::FindProfile(CWlanNetwork& network) {
     LOG_DEBUG(DBG(1),
               u"\n[%i] CWlanInterface::DiscoverNetworksSynchronous: FOUND PROFILE USING OTHER NAME "
               u"[%s]\n",
-              m_ConfigIdx, name);
+              m_Adapter.Idx(), name);
     return true;
   }
   return false;

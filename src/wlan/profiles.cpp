@@ -9,7 +9,6 @@
 #include "store/value_names.h"
 #include "wlan/wlan_buffer.h"
 #include "wlan/wlan_call.h"
-#include "wlan/wlan_client.h"
 #include "wlan/wlan_interface.h"
 #include "wlan/wlan_limits.h"
 
@@ -45,13 +44,13 @@ bool IsInStep(const CGlobalWirelessMaps::ProfileMap& profiles, const std::vector
 }  // namespace
 
 CSmartPointer<CWlanProfileData> CWlanInterface::GetProfileDataHelper(const WString& name) {
-  const auto client = Client();
+  const auto client = m_Adapter.Client();
   WlanBuffer<char16_t> xml;
   DWORD flags = WLAN_PROFILE_GET_PLAINTEXT_KEY;
   DWORD grantedAccess = 0;
   const DWORD result = CodeOfCall("CWlanInterface", "WlanGetProfile", [&] {
-    return Os().wlan.WlanGetProfile(client ? client->GetHandle() : nullptr, &GetGuid(),
-                                    name.c_str(), nullptr, xml.Out(), &flags, &grantedAccess);
+    return Os().wlan.WlanGetProfile(client.Handle(), &m_Adapter.Guid(), name.c_str(), nullptr,
+                                    xml.Out(), &flags, &grantedAccess);
   });
   if (result == ERROR_SUCCESS && xml) {
     auto profile = CWlanProfileData::CreateObject();
@@ -61,23 +60,22 @@ CSmartPointer<CWlanProfileData> CWlanInterface::GetProfileDataHelper(const WStri
   if (result == ERROR_NOT_FOUND) {
     LOG_DEBUG(DBG(1),
               u"[%i] CWlanInterface::GetProfileDataHelper: strProfileName=[%s] __NOT FOUND__\n",
-              m_ConfigIdx, name);
+              m_Adapter.Idx(), name);
   } else {
     LOG_DEBUG(DBG(1),
               u"[%i] CWlanInterface::GetProfileDataHelper: strProfileName=[%s] WlanGetProfile() "
               u"__FAILED__, "
               u"rc=0x%08lx\n",
-              m_ConfigIdx, name, result);
+              m_Adapter.Idx(), name, result);
   }
   return nullptr;
 }
 
 bool CWlanInterface::ListProfiles(std::vector<WString>* names) {
-  const auto client = Client();
+  const auto client = m_Adapter.Client();
   WlanBuffer<WLAN_PROFILE_INFO_LIST> list;
   const DWORD result = CodeOfCall("CWlanInterface", "WlanGetProfileList", [&] {
-    return Os().wlan.WlanGetProfileList(client ? client->GetHandle() : nullptr, &GetGuid(), nullptr,
-                                        list.Out());
+    return Os().wlan.WlanGetProfileList(client.Handle(), &m_Adapter.Guid(), nullptr, list.Out());
   });
   if (result != ERROR_SUCCESS || !list || list->dwNumberOfItems > kMaxListedProfiles) return false;
   names->reserve(list->dwNumberOfItems);
@@ -93,10 +91,10 @@ void CWlanInterface::RefreshProfiledAPList() {
     const CCritSecLock lock(maps.GetLock());
     if (IsInStep(maps.m_MapOfProfiles2, names)) return;
   }
-  LOG_ADAPTER(m_ConfigIdx, DBG(0),
+  LOG_ADAPTER(m_Adapter.Idx(), DBG(0),
               u"[%i]CWlanInterface::RefreshProfiledAPList: RESET GWM_S map2 used for "
               u"ProfiledNetworksJson .....",
-              m_ConfigIdx);
+              m_Adapter.Idx());
   RebuildProfiledNetworks("RefreshProfiledAPList", names, false);
 }
 
@@ -128,14 +126,15 @@ void CWlanInterface::RebuildProfiledNetworks(const char* operation,
     const auto registry = global.GetRegistry();
     if (registry) registry->GetRegistryStringValue(value::kProfiledNetworksJson, &old);
     if (!registry || !registry->SetRegistryStringValue(value::kProfiledNetworksJson, text)) {
-      LOG_ERROR(u"[%i] ===========> %S: PROFILED AP LIST WRITE FAILED!\n", m_ConfigIdx, operation);
+      LOG_ERROR(u"[%i] ===========> %S: PROFILED AP LIST WRITE FAILED!\n", m_Adapter.Idx(),
+                operation);
       return;
     }
   }
   if (old == text) return;
-  LOG_ADAPTER(m_ConfigIdx, DBG(0),
+  LOG_ADAPTER(m_Adapter.Idx(), DBG(0),
               u"[%i]CWlanInterface::%S: registry str mismatch, SENDING EC NOTIFICATION EVENT!",
-              m_ConfigIdx, operation);
+              m_Adapter.Idx(), operation);
   QueueNotification(u"Corvane", u"System", u"ProfiledNetworksJson");
 }
 
@@ -164,24 +163,23 @@ bool CWlanInterface::GetProfileProperties(const WString& ssid, bool* hidden) {
     return remember(copy);
   }
   if (const auto profile = GetProfileDataHelper(ssid)) return remember(profile);
-  LOG_ADAPTER(m_ConfigIdx, DBG(0),
+  LOG_ADAPTER(m_Adapter.Idx(), DBG(0),
               u"CWlanInterface::GetProfileProperties: FAILED TO FIND PROFILE FOR: %s\n", ssid);
   *hidden = false;
   return false;
 }
 
 bool CWlanInterface::DeleteWlanProfile(const WString& name) {
-  const auto client = Client();
+  const auto client = m_Adapter.Client();
   const DWORD result = CodeOfCall("CWlanInterface", "WlanDeleteProfile", [&] {
-    return Os().wlan.WlanDeleteProfile(client ? client->GetHandle() : nullptr, &GetGuid(),
-                                       name.c_str(), nullptr);
+    return Os().wlan.WlanDeleteProfile(client.Handle(), &m_Adapter.Guid(), name.c_str(), nullptr);
   });
   if (result == ERROR_SUCCESS) return true;
   LOG_ERROR(
       u"[%i] CWlanInterface::DeleteWlanProfile: strProfileName=[%s] WlanDeleteProfile() "
       u"__FAILED__, "
       u"rc=0x%08lx\n",
-      m_ConfigIdx, name, result);
+      m_Adapter.Idx(), name, result);
   return false;
 }
 

@@ -25,14 +25,15 @@ void CWlanInterface::NoteConnectivity() {
   if (!m_bIsConnected || !list) return;
   bool internet = false;
   NlmNetworkRecord record;
-  if (list->DoesInterfaceHaveInternet(GetGuid(), &internet, &record) != platform::S_OK) return;
+  if (list->DoesInterfaceHaveInternet(m_Adapter.Guid(), &internet, &record) != platform::S_OK)
+    return;
   const WString ssid = SsidText(GetConnAttrs().wlanAssociationAttributes.dot11Ssid);
   // Without a connection in the network list there is nothing to hand on.
   if (!record.name.empty()) list->SetConnectivityForNetwork(ssid, record.connectivity);
   if (internet) return;
-  LOG_ADAPTER(m_ConfigIdx, DBG(0) | DBG(16) | DBG(37),
+  LOG_ADAPTER(m_Adapter.Idx(), DBG(0) | DBG(16) | DBG(37),
               u"\n[%i] CWlanInterface::UpdateAllScores(): [%s] CONNECTION HAS NO INTERNET%s\n",
-              m_ConfigIdx, ssid, g_bVPNFound ? u", might be false due to VPN detected." : u"");
+              m_Adapter.Idx(), ssid, g_bVPNFound ? u", might be false due to VPN detected." : u"");
 }
 
 void CWlanInterface::UpdateAllScores() {
@@ -57,16 +58,16 @@ void CWlanInterface::UpdateAllScores() {
     }
   }
   RememberConnectivity();
-  const auto config = Config();
+  const auto config = m_Adapter.Config();
   config->m_AvgQBSSScore5 = high.points.Mean();
   config->m_AvgQBSSScore2 = low.points.Mean();
   config->m_AvgLoad5 = high.load.Mean();
   config->m_AvgLoad2 = low.load.Mean();
-  LOG_ADAPTER(m_ConfigIdx, DBG(0),
+  LOG_ADAPTER(m_Adapter.Idx(), DBG(0),
               u"[%i] CWlanInterface::UpdateAllScores: Avg qbssload scores: 5Ghz=%i, 2Ghz=%i. Avg "
               u"load values: "
               u"5Ghz=%02.lf, 2Ghz=%0.2lf \n",
-              m_ConfigIdx, config->m_AvgQBSSScore5, config->m_AvgQBSSScore2, config->m_AvgLoad5,
+              m_Adapter.Idx(), config->m_AvgQBSSScore5, config->m_AvgQBSSScore2, config->m_AvgLoad5,
               config->m_AvgLoad2);
 }
 

@@ -62,8 +62,8 @@ bool ShowsFlapping(const std::vector<std::int32_t>& switchesPerMin) {
 
 void CWlanInterface::IncSwitchAttempt() {
   const SwitchRate::Step step = m_SwitchRate.CountAttempt(Os().clock.GetTickCount64());
-  LOG_ADAPTER(m_ConfigIdx, kSwitchLog,
-              u"[%i] CWlanInterface::IncSwitchAttempt(): [%s] attempts: %lu\n", m_ConfigIdx,
+  LOG_ADAPTER(m_Adapter.Idx(), kSwitchLog,
+              u"[%i] CWlanInterface::IncSwitchAttempt(): [%s] attempts: %lu\n", m_Adapter.Idx(),
               step == SwitchRate::Step::kInitPeriod  ? u"INIT-PERIOD"
               : step == SwitchRate::Step::kNewPeriod ? u"NEW-PERIOD"
                                                      : u"SAME-PERIOD",
@@ -80,23 +80,23 @@ void CWlanInterface::ProcessSwitchesPerMin() {
   if (minutes.empty()) return;
   if (!ShowsFlapping(minutes)) {
     if (minutes.size() == 1) {
-      LOG_ADAPTER(m_ConfigIdx, kSwitchLog,
+      LOG_ADAPTER(m_Adapter.Idx(), kSwitchLog,
                   u"[%i] CWlanInterface::ProcessSwitchesPerMin(): single entry: %i SPM [too "
                   u"small/ignore]\n",
-                  m_ConfigIdx, minutes.front());
+                  m_Adapter.Idx(), minutes.front());
       return;
     }
     WString text;
     for (const std::int32_t switches : minutes)
       text += Format(text.empty() ? u"%i" : u", %i", switches);
     LOG_ADAPTER(
-        m_ConfigIdx, kSwitchLog,
+        m_Adapter.Idx(), kSwitchLog,
         u"[%i] CWlanInterface::ProcessSwitchesPerMin(): DO NOTHING: [m_SwitchesPerMinList.size() = "
         u"%zu] '%s'\n",
-        m_ConfigIdx, minutes.size(), text);
+        m_Adapter.Idx(), minutes.size(), text);
     return;
   }
-  Config()->ResolveUp_APScoreDeltaThreshold(TakeScoreDiffSummary());
+  m_Adapter.Config()->ResolveUp_APScoreDeltaThreshold(TakeScoreDiffSummary());
   minutes.clear();
 }
 

@@ -5,7 +5,6 @@
 #include "platform/wlan_api.h"
 #include "wlan/reason_text.h"
 #include "wlan/wlan_call.h"
-#include "wlan/wlan_client.h"
 #include "wlan/wlan_interface.h"
 
 namespace corvane {
@@ -18,28 +17,28 @@ void CWlanInterface::SaveTempProfileToNetwork(const WString& ssid,
   const CCritSecLock lock(ObjectLock());
   const auto at = m_Networks.find(ssid);
   if (at == m_Networks.end()) {
-    LOG_ADAPTER(m_ConfigIdx, kProfileLog,
+    LOG_ADAPTER(m_Adapter.Idx(), kProfileLog,
                 u"[%i] CWlanInterface::SaveTempProfileToNetwork: SSID [%s] _NOT FOUND_\n",
-                m_ConfigIdx, ssid);
+                m_Adapter.Idx(), ssid);
     return;
   }
   CWlanNetwork& network = *at->second;
   if (network.m_Profile) {
-    LOG_ADAPTER(m_ConfigIdx, kProfileLog,
+    LOG_ADAPTER(m_Adapter.Idx(), kProfileLog,
                 u"[%i] CWlanInterface::SaveTempProfileToNetwork: SSID [%s] FOUND, but already has "
                 u"Profile\n",
-                m_ConfigIdx, ssid);
+                m_Adapter.Idx(), ssid);
     return;
   }
   network.m_TempProfileXml = parameters.strProfile ? parameters.strProfile : u"";
-  LOG_ADAPTER(m_ConfigIdx, kProfileLog,
-              u"[%i] CWlanInterface::SaveTempProfileToNetwork: SSID [%s]\n", m_ConfigIdx, ssid);
+  LOG_ADAPTER(m_Adapter.Idx(), kProfileLog,
+              u"[%i] CWlanInterface::SaveTempProfileToNetwork: SSID [%s]\n", m_Adapter.Idx(), ssid);
   for (const auto& [bssid, entry] : network.m_BssMap) {
     entry->m_bHasTempProfile = true;
-    LOG_ADAPTER(m_ConfigIdx, kProfileLog,
+    LOG_ADAPTER(m_Adapter.Idx(), kProfileLog,
                 u"[%i] CWlanInterface::SaveTempProfileToNetwork: SSID [%s]: SetHasTempProfile in "
                 u"BSSID %s\n",
-                m_ConfigIdx, ssid, entry->m_BSSIDText);
+                m_Adapter.Idx(), ssid, entry->m_BSSIDText);
   }
 }
 
@@ -53,12 +52,12 @@ bool CWlanInterface::GetTempProfile(WStringView ssid, WString* xml) {
 
 void CWlanInterface::SaveTempProfiles() {
   const CCritSecLock lock(ObjectLock());
-  const auto client = Client();
+  const auto client = m_Adapter.Client();
   for (const WString& xml : std::exchange(m_TempProfilesToSave, {})) {
     DWORD reason = 0;
     const DWORD result = CodeOfCall("CWlanInterface", "WlanSetProfile", [&] {
-      return Os().wlan.WlanSetProfile(client ? client->GetHandle() : nullptr, &GetGuid(), 0,
-                                      xml.c_str(), nullptr, TRUE, nullptr, &reason);
+      return Os().wlan.WlanSetProfile(client.Handle(), &m_Adapter.Guid(), 0, xml.c_str(), nullptr,
+                                      TRUE, nullptr, &reason);
     });
     if (result == ERROR_SUCCESS) {
       LOG_DEBUG(DBG(43), u"Successfully saved temp profile!\n%s\n", xml);

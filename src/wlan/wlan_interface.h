@@ -13,9 +13,9 @@
 #include "platform/wlan_types.h"
 #include "probes/win_icmp2.h"
 #include "report/ap_set_memo.h"
-#include "settings/interface_config.h"
 #include "store/address_text.h"
 #include "store/ap_list_row.h"
+#include "wlan/adapter_identity.h"
 #include "wlan/candidate_claim.h"
 #include "wlan/notification_sink.h"
 #include "wlan/operation_gate.h"
@@ -25,7 +25,6 @@
 namespace corvane {
 
 class CAdaptersAddresses;
-class CWlanClient;
 
 // Facts of a connection, as one query gave them.
 struct ConnectionFacts {
@@ -56,23 +55,24 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   // --- Life (wlan_interface.cpp)
   // Reads the adapter's identity and publishes it; throws Exception.
   void Initialize(CWlanClient* client, const platform::WLAN_INTERFACE_INFO& info);
-  void UpdateInfo(const platform::WLAN_INTERFACE_INFO& info);  // while no worker runs
+  // While no worker runs.
+  void UpdateInfo(const platform::WLAN_INTERFACE_INFO& info) { m_Adapter.Update(info); }
   // Drops the client: from then on every platform call fails, and an operation that waits ends by
   // its exit signal.
   void Detach();
 
-  int GetConfigIdx() const { return m_ConfigIdx; }
-  const WString& GetGuidText() const { return m_GuidText; }
-  const platform::GUID& GetGuid() const { return m_Info.InterfaceGuid; }
-  const WString& GetConnectionName() const { return m_ConnectionName; }
-  const WString& GetDescription() const { return m_Description; }
-  const WString& GetMacText() const { return m_MacText; }
-  std::uint32_t GetOsIfIndex() const { return m_OsIfIndex; }
+  int GetConfigIdx() const { return m_Adapter.Idx(); }
+  const WString& GetGuidText() const { return m_Adapter.GuidText(); }
+  const platform::GUID& GetGuid() const { return m_Adapter.Guid(); }
+  const WString& GetConnectionName() const { return m_Adapter.ConnectionName(); }
+  const WString& GetDescription() const { return m_Adapter.Description(); }
+  const WString& GetMacText() const { return m_Adapter.MacText(); }
+  std::uint32_t GetOsIfIndex() const { return m_Adapter.OsIfIndex(); }
   bool IsConnected() const { return m_bIsConnected; }
   std::uint32_t GetCurrentChannel() const { return m_CurrentChannel; }  // of the last QueryChannel
-  bool IsHECapable() const;
+  bool IsHECapable() const { return m_Adapter.IsHECapable(); }
   // The adapter's configuration; throws Exception before Initialize.
-  CSmartPointer<CQUAYInterfaceConfig> Config() const;
+  CSmartPointer<CQUAYInterfaceConfig> Config() const { return m_Adapter.Config(); }
 
   // --- Queries (wlan_queries.cpp); all throw Exception with the platform's code on failure
   void DetermineInterfaceCapability();
@@ -284,24 +284,15 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
                                bool collectHidden);
   void ProcessSwitchesPerMin();
   void ForgetIPInfo();
-  CSmartPointer<CWlanClient> Client() const;  // null after Detach
+
+  AdapterIdentity m_Adapter;
 
   // Guards the small texts and copies below; held for a copy.
   mutable CCritSec m_StateLock{"interface state", LockRank::kLeaf};
-  CSmartPointer<CWlanClient> m_pClient;  // under m_StateLock
-  CSmartPointer<CQUAYInterfaceConfig> m_pConfig;
-  platform::WLAN_INTERFACE_INFO m_Info;
-  WString m_GuidText;
-  std::uint32_t m_OsIfIndex = 0xFFFFFFFF;
-  WString m_MacText;
-  WString m_Description;
-  WString m_ConnectionKeyPath;
-  WString m_ConnectionName;
   platform::WLAN_INTERFACE_CAPABILITY m_Capability;
   platform::WLAN_RADIO_STATE m_RadioState;  // under m_StateLock; each dwPhyIndex -1 at the start
   std::atomic<std::int32_t> m_HE_PhyIdx{-1}, m_VHT_PhyIdx{-1}, m_HT_PhyIdx{-1};
   std::atomic<std::int32_t> m_G_PhyIdx{-1}, m_B_PhyIdx{-1}, m_A_PhyIdx{-1};
-  int m_ConfigIdx = -1;
   std::atomic<bool> m_bIsConnected{false};
   std::atomic<std::uint32_t> m_CurrentChannel{0};
   std::atomic<std::uint32_t> m_MaxSignalQuality{0};

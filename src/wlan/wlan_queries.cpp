@@ -9,7 +9,6 @@
 #include "platform/wlan_api.h"
 #include "wlan/wlan_buffer.h"
 #include "wlan/wlan_call.h"
-#include "wlan/wlan_client.h"
 #include "wlan/wlan_interface.h"
 
 namespace corvane {
@@ -56,21 +55,21 @@ WString PhyText(LONG type) {
 void CWlanInterface::DetermineInterfaceCapability() {
   WlanInterfaceCapability();
   const DWORD count = std::min(m_Capability.dwNumberOfSupportedPhys, kMaxPhys);
-  LOG_ADAPTER(m_ConfigIdx, kAdapterLog,
+  LOG_ADAPTER(m_Adapter.Idx(), kAdapterLog,
               u"[%i] CWlanInterface::DetermineInterfaceCapability: interfaceType = %i, "
               u"dwNumberOfSupportedPhys = %lu",
-              m_ConfigIdx, m_Capability.interfaceType, m_Capability.dwNumberOfSupportedPhys);
+              m_Adapter.Idx(), m_Capability.interfaceType, m_Capability.dwNumberOfSupportedPhys);
   for (DWORD i = 0; i < count; ++i) NotePhy(i, m_Capability.dot11PhyTypes[i]);
   if (!std::exchange(m_bHighestPhyPending, false)) return;
-  m_pConfig->SetString(u"AdapterHighestPHYClass", AdapterClassText());
+  m_Adapter.Config()->SetString(u"AdapterHighestPHYClass", AdapterClassText());
 }
 
 void CWlanInterface::WlanInterfaceCapability() {
-  const auto client = Client();
+  const auto client = m_Adapter.Client();
   WlanBuffer<WLAN_INTERFACE_CAPABILITY> capability;
   DWORD result = CodeOfCall("CWlanInterface", "WlanGetInterfaceCapability", [&] {
-    return Os().wlan.WlanGetInterfaceCapability(client ? client->GetHandle() : nullptr, &GetGuid(),
-                                                nullptr, capability.Out());
+    return Os().wlan.WlanGetInterfaceCapability(client.Handle(), &m_Adapter.Guid(), nullptr,
+                                                capability.Out());
   });
   if (result == ERROR_SUCCESS && !capability) result = ERROR_GEN_FAILURE;
   if (result == ERROR_SUCCESS) {
@@ -80,7 +79,7 @@ void CWlanInterface::WlanInterfaceCapability() {
   LOG_ERROR(
       u"[%i] CWlanInterface::WlanInterfaceCapability: WlanGetInterfaceCapability failed - "
       u"rc=%lu%s\n",
-      m_ConfigIdx, result,
+      m_Adapter.Idx(), result,
       result == ERROR_NOT_FOUND ? u" [ERROR_NOT_FOUND - adapter removed?]" : u"");
   throw Exception("WlanGetInterfaceCapability() failed: %i", result);
 }
@@ -102,13 +101,13 @@ void CWlanInterface::NotePhy(std::uint32_t position, std::int32_t type) {
   const auto row = std::find_if(std::begin(rows), std::end(rows),
                                 [type](const Row& candidate) { return candidate.type == type; });
   if (row == std::end(rows)) {
-    LOG_ADAPTER(m_ConfigIdx, kAdapterLog, u"[%i] dot11PhyTypes[%u] = %i %s", m_ConfigIdx, position,
-                type, PhyText(type));
+    LOG_ADAPTER(m_Adapter.Idx(), kAdapterLog, u"[%i] dot11PhyTypes[%u] = %i %s", m_Adapter.Idx(),
+                position, type, PhyText(type));
     return;
   }
   *row->index = static_cast<std::int32_t>(position);
-  LOG_ADAPTER(m_ConfigIdx, kAdapterLog, u"[%i] dot11PhyTypes[%u] = %i %s, SET %s", m_ConfigIdx,
-              position, type, PhyText(type), row->name);
+  LOG_ADAPTER(m_Adapter.Idx(), kAdapterLog, u"[%i] dot11PhyTypes[%u] = %i %s, SET %s",
+              m_Adapter.Idx(), position, type, PhyText(type), row->name);
 }
 
 WStringView CWlanInterface::AdapterClassText() const {
@@ -124,16 +123,16 @@ WStringView CWlanInterface::AdapterClassText() const {
 DWORD CWlanInterface::Query(std::int32_t opcode, DWORD* size, void** data) {
   constexpr LONG kValueType = 3;
   LONG valueType = kValueType;
-  const auto client = Client();
+  const auto client = m_Adapter.Client();
   try {
-    return Os().wlan.WlanQueryInterface(client ? client->GetHandle() : nullptr, &GetGuid(), opcode,
-                                        nullptr, size, data, &valueType);
+    return Os().wlan.WlanQueryInterface(client.Handle(), &m_Adapter.Guid(), opcode, nullptr, size,
+                                        data, &valueType);
   } catch (const PlatformFault& fault) {
     LOG_ERROR(
         u"[%i]CWlanInterface::QueryWlanInterface_ForStructType: WlanQueryInterface(opcode=%lu): "
         u"EXCEPTION: "
         u"0x%08x",
-        m_ConfigIdx, opcode, fault.code);
+        m_Adapter.Idx(), opcode, fault.code);
     throw Exception("WlanQueryInterface(opcode=%lu) - EXCEPTION: %i", opcode, fault.code);
   }
 }
@@ -146,13 +145,13 @@ std::uint32_t CWlanInterface::QueryWlanInterface_ForInt(std::int32_t opcode) {
     LOG_ERROR(
         u"[%i] CWlanInterface::QueryWlanInterface_ForInt: WlanQueryInterface(opCode=%i) failed - "
         u"rc=%lu\n",
-        m_ConfigIdx, opcode, result);
+        m_Adapter.Idx(), opcode, result);
     throw Exception("WlanQueryInterface(%d) failed: %i", opcode, result);
   }
   std::uint32_t number = 0;
   if (size < sizeof(number) || !data) {
-    LOG_ERROR(u"[%i] CWlanInterface::QueryWlanInterface_ForInt: dwDataSize < %lu\n", m_ConfigIdx,
-              sizeof(number));
+    LOG_ERROR(u"[%i] CWlanInterface::QueryWlanInterface_ForInt: dwDataSize < %lu\n",
+              m_Adapter.Idx(), sizeof(number));
     throw Exception("WlanQueryInterface(%d) dwDataSize < %i", opcode, sizeof(number));
   }
   std::memcpy(&number, data.get(), sizeof(number));
@@ -189,7 +188,7 @@ void CWlanInterface::QueryStruct(std::int32_t opcode, T* out) {
           u"[%i] CWlanInterface::QueryWlanInterface_ForStructType: WlanQueryInterface(opCode=%i) "
           u"failed - "
           u"rc=%lu\n",
-          m_ConfigIdx, opcode, result);
+          m_Adapter.Idx(), opcode, result);
     }
     if (ofConnection) {
       throw Exception("WlanQueryInterface(...wlan_intf_opcode_current_connection...) failed: %i",
@@ -198,8 +197,8 @@ void CWlanInterface::QueryStruct(std::int32_t opcode, T* out) {
     throw Exception("WlanQueryInterface(%lu) failed: %i", opcode, result);
   }
   if (size < sizeof(T) || !data) {
-    LOG_ERROR(u"[%i] CWlanInterface::CurrentConnection(opCode=%i): dwDataSize < %lu\n", m_ConfigIdx,
-              opcode, sizeof(T));
+    LOG_ERROR(u"[%i] CWlanInterface::CurrentConnection(opCode=%i): dwDataSize < %lu\n",
+              m_Adapter.Idx(), opcode, sizeof(T));
     throw Exception("WlanQueryInterface(%lu) dwDataSize < %lu", opcode, sizeof(T));
   }
   std::memcpy(out, data.get(), sizeof(T));
@@ -260,10 +259,10 @@ bool CWlanInterface::FindBssEntry(WStringView ssid, const MacAddress& bssid,
 
 std::int32_t CWlanInterface::BackupScore(WStringView ssid, const MacAddress& bssid) const {
   if (ssid.empty() || !m_bIsConnected) return -1;
-  LOG_ADAPTER(m_ConfigIdx, DBG(37),
+  LOG_ADAPTER(m_Adapter.Idx(), DBG(37),
               u"[%i] CWlanInterface::GetScoreFromBssEntry: ____USING BACKUP SCORE____ %i, for %s "
               u"{%02x-%02x-%02x-%02x-%02x-%02x}]\n",
-              m_ConfigIdx, m_backup_score.load(), ssid, bssid[0], bssid[1], bssid[2], bssid[3],
+              m_Adapter.Idx(), m_backup_score.load(), ssid, bssid[0], bssid[1], bssid[2], bssid[3],
               bssid[4], bssid[5]);
   return m_backup_score;
 }
@@ -331,13 +330,13 @@ bool CWlanInterface::IsConnectedToNetworkWithBothBssids(const MacAddress& a, con
 bool CWlanInterface::IsConnectedToPrivateNetwork() {
   std::list<NlmNetworkRecord> records;
   if (auto* const list = CNetworkListManager::Find())
-    list->GetNetCatInfoForInterface(GetGuid(), &records);
+    list->GetNetCatInfoForInterface(m_Adapter.Guid(), &records);
   for (const NlmNetworkRecord& record : records) {
     const bool isPrivate = record.cat == kCategoryPrivate;
     LOG_ADAPTER(
-        m_ConfigIdx, DBG(1),
+        m_Adapter.Idx(), DBG(1),
         u"[%i] CWlanInterface::IsConnectedToPrivateNetwork: FOUND %s: category=%i %s, Name=%s\n",
-        m_ConfigIdx, isPrivate ? u"PRIVATE" : u"NON-PRIVATE", record.cat,
+        m_Adapter.Idx(), isPrivate ? u"PRIVATE" : u"NON-PRIVATE", record.cat,
         NetworkCategoryName(record.cat), record.name);
     if (isPrivate) return true;
   }
