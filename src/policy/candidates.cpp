@@ -104,7 +104,7 @@ class CounterPass {
   }
 
   void ReserveIfNearlyRipe(CWlanBssEntry& entry) {
-    CandidateClaim& claim = m_Round.adapter.Claim();
+    CandidateClaim& claim = m_Round.memory.Claim();
     if (claim.Held() || entry.GetCandidate() < m_Round.Required() - 1) return;
     claim.ClaimRipening(entry.GetBssid());
     lines::Reserved(m_Round, entry);
@@ -129,7 +129,7 @@ bool IsCandidateReady(const Round& round, CWlanBssEntry& entry, std::int32_t cur
 CountedCandidates IncrementCandidateCounters(const Round& round, std::int32_t current) {
   CounterPass pass(round, current);
   for (const auto& entry : round.candidates) pass.Visit(entry);
-  round.adapter.AddScoreDiffSummary(pass.Summary());
+  round.memory.AddScoreDiffSummary(pass.Summary());
   if (!pass.MetThreshold()) {
     lines::NoneMetMargins(round, pass.GetMargins());
   }

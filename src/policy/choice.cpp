@@ -37,7 +37,7 @@ class Choice {
     CheckLastSuggestion();
     CountRedNetworks();
     ReportScore();
-    if (!IsStateConnected() || m_Round.HasGoodQuality()) m_Round.adapter.m_emergency_armed = true;
+    if (!IsStateConnected() || m_Round.HasGoodQuality()) m_Round.memory.m_emergency_armed = true;
     if (SkipStaleRound()) return;
     RaiseEmergency();
     lines::Deciding(m_Round);
@@ -91,13 +91,13 @@ class Choice {
 
   // A suggestion stands as long as it keeps its place in the list; else it is withdrawn.
   void CheckLastSuggestion() {
-    const std::int32_t position = m_Round.adapter.m_last_suggested_pos;
+    const std::int32_t position = m_Round.memory.m_last_suggested_pos;
     const bool inList =
         position >= 0 && static_cast<std::size_t>(position) < m_Round.candidates.size();
     const WString* there =
         inList ? &m_Round.candidates[static_cast<std::size_t>(position)]->m_BSSIDText : nullptr;
     const SuggestionCheck check =
-        CheckSuggestion(position, there, m_Round.adapter.m_last_suggested_bssid);
+        CheckSuggestion(position, there, m_Round.memory.m_last_suggested_bssid);
     if (check == SuggestionCheck::kNone || check == SuggestionCheck::kStands) return;
     lines::SuggestionWithdrawn(m_Round);
     if (check == SuggestionCheck::kDisplaced) {
@@ -108,12 +108,12 @@ class Choice {
     if (m_Round.settings.IsEventMode()) {
       MacAddress bssid{};
       CSmartPointer<CWlanBssEntry> entry;
-      if (MacStringToBinary(u'-', m_Round.adapter.m_last_suggested_bssid, &bssid) &&
-          m_Round.adapter.FindBssEntry(m_Round.adapter.m_last_suggested_ssid, bssid, &entry)) {
+      if (MacStringToBinary(u'-', m_Round.memory.m_last_suggested_bssid, &bssid) &&
+          m_Round.adapter.FindBssEntry(m_Round.memory.m_last_suggested_ssid, bssid, &entry)) {
         NotifyAlreadyBestAP(*entry, m_Round.config->m_Etw, false);
       }
     }
-    ForgetSuggestion(m_Round.adapter);
+    ForgetSuggestion(m_Round);
   }
 
   // A disconnected adapter whose surroundings have changed asks for fresh scans.
@@ -132,13 +132,13 @@ class Choice {
   void ReportScore() {
     if (!IsStateConnected()) return;
     const std::uint64_t now = Now();
-    if (!IsScoreReportDue(now, m_Round.adapter.m_last_score_notify_tick,
+    if (!IsScoreReportDue(now, m_Round.memory.m_last_score_notify_tick,
                           m_Round.config->GetMainLoopSleepMs()))
       return;
-    m_Round.adapter.NotifyCurrentNetworkScore(
+    m_Round.memory.NotifyCurrentNetworkScore(
         m_Round.adapter.GetScoreFromBssEntry(m_Round.facts.ssid, m_Round.facts.bssid, true),
         m_Round.facts.bssid);
-    m_Round.adapter.m_last_score_notify_tick = now;
+    m_Round.memory.m_last_score_notify_tick = now;
   }
 
   // Without a fresh scan there is nothing to decide for a good connection; at most a burst of scans
@@ -165,32 +165,32 @@ class Choice {
     const std::int32_t forced = m_Round.config->m_force_scan_counter;
     const Emergency verdict =
         JudgeEmergency({IsStateConnected(), m_Round.HasGoodQuality(), m_Round.settings.IsEnabled(),
-                        m_Round.adapter.m_emergency_armed, forced});
+                        m_Round.memory.m_emergency_armed, forced});
     lines::WeakConnection(m_Round, verdict, forced);
     if (verdict != Emergency::kForceScans) return;
     m_Round.config->m_force_scan_counter = kForcedScans;
-    m_Round.adapter.m_emergency_armed = false;
+    m_Round.memory.m_emergency_armed = false;
   }
 
   void DecideConnected() {
     const std::int32_t state = m_Round.adapter.GetInterfaceState();
     if (state == platform::wlan_interface_state_connected) {
-      m_Round.adapter.m_consec_disconnects = 0;
+      m_Round.memory.m_consec_disconnects = 0;
       MakeChoice_connected(m_Round);
     } else {
-      m_Round.adapter.RollSwitchPeriod();
+      m_Round.memory.RollSwitchPeriod();
       lines::StateUnclear(m_Round, state);
     }
   }
 
   void DecideDisconnected() {
-    m_Round.adapter.RollSwitchPeriod();
+    m_Round.memory.RollSwitchPeriod();
     if (WaitsAfterDeny()) return;
     ResetReporter();
     // On battery a window runs out with its flag still on: it has no effect.
-    m_Round.adapter.m_consec_disconnects +=
+    m_Round.memory.m_consec_disconnects +=
         DisconnectStep(m_Round.config->m_no_delay && m_Round.config->IsNoDelayOpen());
-    const std::uint32_t count = m_Round.adapter.m_consec_disconnects;
+    const std::uint32_t count = m_Round.memory.m_consec_disconnects;
     if (count >= kDisconnectsForDecision) {
       lines::DecidesDisconnected(m_Round, count);
       MakeChoice_disconnected(m_Round);
@@ -232,7 +232,7 @@ void MakeChoice(const Round& round) { Choice(round).Run(); }
 
 void MakeChoice_disconnected(const Round& round) {
   const RoundSettings& settings = round.settings;
-  round.adapter.ClearAllCandidateCounters("TOP OF MakeChoice_disconnected");
+  round.memory.ClearAllCandidateCounters("TOP OF MakeChoice_disconnected");
   if (!settings.IsEnabled()) {
     lines::DisconnectedButDisabled(round);
     return;

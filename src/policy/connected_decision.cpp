@@ -24,7 +24,7 @@ class ConnectedDecision {
     } else if (IsLinkBusy(CGlobalConfigContainer::GetInstance().m_rt_audio, m_Mbps,
                           m_Round.config->m_rate_gate_high)) {
       lines::LinkBusy(m_Round, m_Mbps);
-      m_Round.adapter.RollSwitchPeriod();
+      m_Round.memory.RollSwitchPeriod();
     } else if (HasReadyCandidate(score)) {
       Switch(score);
     }
@@ -41,9 +41,9 @@ class ConnectedDecision {
   }
 
   void StayOnBest() {
-    m_Round.adapter.ClearAllCandidateCounters(
+    m_Round.memory.ClearAllCandidateCounters(
         "MakeChoice_connected - ALREADY CONNECTED TO BEST (DO NOTHING / CLEAR)");
-    m_Round.adapter.RollSwitchPeriod();
+    m_Round.memory.RollSwitchPeriod();
     const bool eventMode = m_Round.settings.IsEventMode();
     if (m_Best.entry) {
       lines::OnBest(m_Round, m_Mbps);
@@ -77,14 +77,14 @@ class ConnectedDecision {
     } else {
       lines::NoQualifier(m_Round, m_Mbps);
     }
-    m_Round.adapter.RollSwitchPeriod();
+    m_Round.memory.RollSwitchPeriod();
     return false;
   }
 
   // A failing restore ends the round; the adapter then stays disconnected until it is decided anew.
   void Switch(std::int32_t score) {
     if (SwitchConnectionToBest(m_Round, score)) {
-      m_Round.adapter.ClearAllCandidateCounters("AFTER SUCCESSFUL SwitchConnectionToBest()");
+      m_Round.memory.ClearAllCandidateCounters("AFTER SUCCESSFUL SwitchConnectionToBest()");
       lines::MoveSucceeded(m_Round);
     } else {
       lines::Restoring(m_Round);

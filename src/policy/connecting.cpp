@@ -70,7 +70,7 @@ class FirstConnect {
     const bool byEvent = way == MoveWay::kSuggestByEvent;
     const bool accepted = byEvent ? AskByEvent(entry) : AskByPopup(entry);
     lines::Asked(m_Round, entry, byEvent, accepted);
-    if (accepted) RememberSuggestion(m_Round.adapter, entry, position);
+    if (accepted) RememberSuggestion(m_Round, entry, position);
     return true;
   }
 
@@ -84,7 +84,7 @@ class FirstConnect {
                                          ShortApSummary(SummaryOf(entry)), kNoConnectionMbps);
     lines::InhibitedByDialog(m_Round, "ConnectToBestNoDebounce");
     m_Round.config->Set_InhibitQUAY(kInhibitAfterPopupMs, "con-pop");
-    m_Round.adapter.Claim().ClaimSuggested(entry.GetBssid());
+    m_Round.memory.Claim().ClaimSuggested(entry.GetBssid());
     return accepted;
   }
 

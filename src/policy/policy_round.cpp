@@ -36,7 +36,7 @@ class PolicyRound {
     if (m_Round.facts.connected && !m_Round.settings.networkSwitching)
       KeepNetwork(&m_Round.candidates, m_Round.facts.ssid, m_Round.idx);
     FilterByAllowlist();
-    if (m_Round.facts.connected) m_Round.adapter.m_consec_disconnects = 0;
+    if (m_Round.facts.connected) m_Round.memory.m_consec_disconnects = 0;
     lines::Settings(m_Round);
     PublishRows(m_Round.candidates, value::kCandidatesCSV, "SORT");
     m_Round.others = OtherEntries(inRange, m_Round.candidates);
@@ -126,23 +126,24 @@ void CGlobalQUAYPolicy::UpdateAssociateLQPegging(CWlanInterface* pIf, bool conne
                                                  std::uint32_t* quality, const WString& ssid,
                                                  const MacAddress& bssid, const char* tag) {
   const int idx = pIf->GetConfigIdx();
+  PolicyMemory& memory = pIf->Policy();
   if (!connected) {
-    pIf->m_peg_active = false;
-    pIf->m_assoc_lq = -1;
-    pIf->m_bss_lq = -1;
+    memory.m_peg_active = false;
+    memory.m_assoc_lq = -1;
+    memory.m_bss_lq = -1;
     lines::NotPegged(idx, tag);
     return;
   }
-  pIf->m_assoc_lq = static_cast<std::int32_t>(*quality);
+  memory.m_assoc_lq = static_cast<std::int32_t>(*quality);
   CSmartPointer<CWlanBssEntry> entry;
   const bool known = pIf->FindBssEntry(ssid, bssid, &entry);
-  if (known) pIf->m_bss_lq = static_cast<std::int32_t>(entry->GetLQ());
+  if (known) memory.m_bss_lq = static_cast<std::int32_t>(entry->GetLQ());
   if (known && entry->GetLQ() > *quality) {
     lines::Pegged(idx, tag, *quality, entry->GetLQ());
     *quality = entry->GetLQ();
-    pIf->m_peg_active = true;
+    memory.m_peg_active = true;
   } else {
-    pIf->m_peg_active = false;
+    memory.m_peg_active = false;
     lines::PegCleared(idx, tag, *quality);
   }
 }

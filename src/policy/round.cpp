@@ -25,7 +25,11 @@ RoundSettings::RoundSettings(const CQUAYInterfaceConfig& config) {
 }
 
 Round::Round(CWlanInterface& wlan)
-    : adapter(wlan), idx(wlan.GetConfigIdx()), config(wlan.Config()), settings(*config) {}
+    : adapter(wlan),
+      memory(wlan.Policy()),
+      idx(wlan.GetConfigIdx()),
+      config(wlan.Config()),
+      settings(*config) {}
 
 CandidateMargins Round::Margins() const {
   return {settings.qualityThreshold, config->m_APScoreThreshold, settings.scorePercent};

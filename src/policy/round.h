@@ -43,7 +43,8 @@ struct Round {
   bool HasGoodQuality() const { return facts.quality >= settings.qualityThreshold; }
 
   CWlanInterface& adapter;
-  const int idx;  // of the adapter
+  PolicyMemory& memory;  // of the adapter, from one round to the next
+  const int idx;         // of the adapter
   const CSmartPointer<CQUAYInterfaceConfig> config;
   const RoundSettings settings;
   ConnectionFacts facts;

@@ -24,16 +24,16 @@ std::int32_t State(const Round& round) { return round.adapter.GetInterfaceStateF
 // "" in autoswitch; else the last suggestion, with its SSID or without.
 WString LastSuggestionText(const Round& round, bool withSsid) {
   if (!round.settings.passive) return {};
-  const CWlanInterface& adapter = round.adapter;
-  const WString ssid = withSsid ? adapter.m_last_suggested_ssid + u" " : WString();
+  const PolicyMemory& memory = round.memory;
+  const WString ssid = withSsid ? memory.m_last_suggested_ssid + u" " : WString();
   return Format(u"[last %s: %s%s, pos: %i]", round.settings.popup ? u"pop" : u"etw", ssid,
-                adapter.m_last_suggested_bssid, adapter.m_last_suggested_pos);
+                memory.m_last_suggested_bssid, memory.m_last_suggested_pos);
 }
 
 }  // namespace
 
 void Settings(const Round& round) {
-  const CWlanInterface& adapter = round.adapter;
+  const PolicyMemory& memory = round.memory;
   const CQUAYInterfaceConfig& config = *round.config;
   const RoundSettings& s = round.settings;
   const auto points = static_cast<std::int32_t>(config.m_APScoreThreshold.load());
@@ -44,7 +44,7 @@ void Settings(const Round& round) {
                 u"[2Ghz], %i [5Ghz], consec disc %lu, connected=%i\n\n",
                 round.idx, s.qualityThreshold, s.networkSwitching, s.preferPrivate, latch, points,
                 config.m_AvgQBSSScore2.load(), config.m_AvgQBSSScore5.load(),
-                adapter.m_consec_disconnects, round.facts.connected);
+                memory.m_consec_disconnects, round.facts.connected);
     return;
   }
   LOG_ADAPTER(
@@ -52,10 +52,10 @@ void Settings(const Round& round) {
       u"[%i][PASSIVE - %s] LQCT %lu, NS %i, SD %i, Pref Priv %i, Latch to Priv %i, avg qbss "
       u"scores: %i [2Ghz], %i [5Ghz], consec disc %lu, connected=%i\n\n",
       round.idx,
-      adapter.m_last_suggested_pos < 0 ? WString(u"no suggestion")
-                                       : u"last '" + adapter.m_last_suggested_ssid + u"'",
+      memory.m_last_suggested_pos < 0 ? WString(u"no suggestion")
+                                      : u"last '" + memory.m_last_suggested_ssid + u"'",
       s.qualityThreshold, s.networkSwitching, points, s.preferPrivate, latch,
-      config.m_AvgQBSSScore2.load(), config.m_AvgQBSSScore5.load(), adapter.m_consec_disconnects,
+      config.m_AvgQBSSScore2.load(), config.m_AvgQBSSScore5.load(), memory.m_consec_disconnects,
       round.facts.connected);
 }
 
@@ -198,9 +198,9 @@ void SkippedStale(const Round& round, std::uint32_t intervalSecs) {
               u"%I64u secs][ifstate %i][LQ %lu >= %lu][ENABLED %i/%i][ROAM-E %i/%i]%s\n",
               round.idx, s.pilot, adapter.IsScanFresh(), intervalSecs,
               round.config->m_force_scan_counter.load(),
-              (Os().clock.GetTickCount64() - adapter.m_last_score_notify_tick) / 1000, State(round),
-              round.facts.quality, s.qualityThreshold, s.enabled, s.serviceEnabled, s.roaming,
-              s.gatewayRoaming, LastSuggestionText(round, true));
+              (Os().clock.GetTickCount64() - round.memory.m_last_score_notify_tick) / 1000,
+              State(round), round.facts.quality, s.qualityThreshold, s.enabled, s.serviceEnabled,
+              s.roaming, s.gatewayRoaming, LastSuggestionText(round, true));
 }
 
 void WeakConnection(const Round& round, Emergency verdict, std::int32_t forced) {

@@ -42,17 +42,16 @@ void ReportSignalQuality(const Round& round, const CWlanBssEntry& entry) {
   ReportSignalQuality(round, ap.ssid, ap.bssid, ap.channelText);
 }
 
-void RememberSuggestion(CWlanInterface& adapter, const CWlanBssEntry& entry,
-                        std::int32_t position) {
-  adapter.m_last_suggested_bssid = entry.m_BSSIDText;
-  adapter.m_last_suggested_ssid = entry.m_SSIDW;
-  adapter.m_last_suggested_pos = position;
+void RememberSuggestion(const Round& round, const CWlanBssEntry& entry, std::int32_t position) {
+  round.memory.m_last_suggested_bssid = entry.m_BSSIDText;
+  round.memory.m_last_suggested_ssid = entry.m_SSIDW;
+  round.memory.m_last_suggested_pos = position;
 }
 
-void ForgetSuggestion(CWlanInterface& adapter) {
-  adapter.m_last_suggested_bssid.clear();
-  adapter.m_last_suggested_ssid.clear();
-  adapter.m_last_suggested_pos = -1;
+void ForgetSuggestion(const Round& round) {
+  round.memory.m_last_suggested_bssid.clear();
+  round.memory.m_last_suggested_ssid.clear();
+  round.memory.m_last_suggested_pos = -1;
 }
 
 bool IsSuggested(const Round& round, const CWlanBssEntry& entry) {

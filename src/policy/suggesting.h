@@ -21,8 +21,8 @@ void ReportSignalQuality(const Round& round, const WString& ssid, const WString&
 void ReportSignalQuality(const Round& round, const CWlanBssEntry& entry);
 
 // Remembers the suggestion by its place in the sorted list, for the check of the next rounds.
-void RememberSuggestion(CWlanInterface& adapter, const CWlanBssEntry& entry, std::int32_t position);
-void ForgetSuggestion(CWlanInterface& adapter);
+void RememberSuggestion(const Round& round, const CWlanBssEntry& entry, std::int32_t position);
+void ForgetSuggestion(const Round& round);
 
 // The entry is suggested in the mode in force, and not resolved.
 bool IsSuggested(const Round& round, const CWlanBssEntry& entry);

@@ -25,7 +25,7 @@ class Switch {
       if (IsTarget(*m_Round.candidates[i]))
         step = Take(*m_Round.candidates[i], static_cast<std::int32_t>(i));
     }
-    if (!m_bAttempted && step != Step::kSuggested) m_Round.adapter.RollSwitchPeriod();
+    if (!m_bAttempted && step != Step::kSuggested) m_Round.memory.RollSwitchPeriod();
     return step != Step::kNext;
   }
 
@@ -75,7 +75,7 @@ class Switch {
 
   void Suggest(CWlanBssEntry& entry, std::int32_t position, MoveWay way) {
     lines::Suggesting(m_Round, entry);
-    m_Round.adapter.ClearAllCandidateCounters("BEFORE PASSIVE SUGGEST");
+    m_Round.memory.ClearAllCandidateCounters("BEFORE PASSIVE SUGGEST");
 
     const ApSummary suggested = SummaryOf(entry);
     const ApSummary current = SummaryOfConnection(m_Round.adapter, m_Round.facts, m_Score);
@@ -84,8 +84,8 @@ class Switch {
         byEvent ? AskByEvent(entry, suggested, current) : AskByPopup(entry, suggested, current);
     lines::Asked(m_Round, entry, byEvent, accepted);
     if (!accepted) return;
-    m_Round.adapter.IncSwitchAttempt();
-    RememberSuggestion(m_Round.adapter, entry, position);
+    m_Round.memory.IncSwitchAttempt();
+    RememberSuggestion(m_Round, entry, position);
     lines::Suggested(m_Round, current, suggested);
   }
 
@@ -104,7 +104,7 @@ class Switch {
                                         ShortApSummary(suggested), ShortApSummary(current));
     lines::InhibitedByDialog(m_Round, "SwitchConnectionToBest");
     m_Round.config->Set_InhibitQUAY(kInhibitAfterPopupMs, "sw-pop");
-    m_Round.adapter.Claim().ClaimSuggested(entry.GetBssid());
+    m_Round.memory.Claim().ClaimSuggested(entry.GetBssid());
     return accepted;
   }
 
@@ -114,13 +114,13 @@ class Switch {
 
   bool Connect(CWlanBssEntry& entry, bool roam) {
     m_bAttempted = true;
-    m_Round.adapter.IncSwitchAttempt();
+    m_Round.memory.IncSwitchAttempt();
     const ApSummary before = SummaryOfConnection(m_Round.adapter, m_Round.facts, m_Score);
     lines::Switching(m_Round, entry, roam);
     const ConnectOutcome outcome = TryConnectCounted(m_Round, entry, "switch");
     if (outcome == ConnectOutcome::kFailed) {
       entry.m_candidate_counter = 0;
-      m_Round.adapter.Claim().GiveUp(entry.GetBssid());
+      m_Round.memory.Claim().GiveUp(entry.GetBssid());
       return false;
     }
     if (outcome != ConnectOutcome::kConnected) return true;

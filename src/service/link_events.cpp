@@ -67,16 +67,17 @@ void CQUAYMainWorker::CompareCapabilities(CWlanBssEntry& entry, const char* cont
 // The quality is that of the scan when the association's figure is missing or known to be the
 // worse.
 void CQUAYMainWorker::ReportSignal(CWlanBssEntry& entry, const char* context) {
-  const bool missing = m_pInterface->m_assoc_lq == -1;
-  const bool ofScan = m_pInterface->m_peg_active || missing;
+  const PolicyMemory& policy = m_pInterface->Policy();
+  const bool missing = policy.m_assoc_lq == -1;
+  const bool ofScan = policy.m_peg_active || missing;
   const std::uint32_t quality =
-      ofScan ? entry.GetLQ() : static_cast<std::uint32_t>(m_pInterface->m_assoc_lq);
+      ofScan ? entry.GetLQ() : static_cast<std::uint32_t>(policy.m_assoc_lq);
   LOG_ADAPTER(m_ConfigIdx, kEventLog,
               u"\n[%i] CQUAYMainWorker::HandleQUAYSpecialEtwEvents[%S]: SQ %lu %s\n", m_ConfigIdx,
               context, quality,
-              m_pInterface->m_peg_active ? u"[PEG to BSS]"
-              : missing                  ? u"[PEG but IF-SQ missing]"
-                                         : u"[No PEG]");
+              policy.m_peg_active ? u"[PEG to BSS]"
+              : missing           ? u"[PEG but IF-SQ missing]"
+                                  : u"[No PEG]");
   const auto association = m_pInterface->GetConnAttrs().wlanAssociationAttributes;
   m_pConfig->m_Etw.APConnected(entry.m_SSIDW, entry.m_BSSIDText, association.ulTxRate,
                                association.ulRxRate, entry.GetScore(false), quality,

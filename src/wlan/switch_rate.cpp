@@ -1,10 +1,5 @@
 #include "wlan/switch_rate.h"
 
-#include "foundation/log_lines.h"
-#include "platform/clock_api.h"
-#include "platform/platform.h"
-#include "wlan/wlan_interface.h"
-
 namespace corvane {
 
 namespace {
@@ -13,7 +8,6 @@ constexpr std::uint64_t kPeriodMs = 60000;
 constexpr std::size_t kMinutesKept = 3;
 constexpr std::int32_t kTooManyInOneMinute = 3;
 constexpr int kActiveMinutesInARow = 3;
-constexpr std::uint64_t kSwitchLog = DBG(16) | DBG(17);
 
 }  // namespace
 
@@ -58,46 +52,6 @@ bool ShowsFlapping(const std::vector<std::int32_t>& switchesPerMin) {
     if (switches >= kTooManyInOneMinute || active >= kActiveMinutesInARow) return true;
   }
   return false;
-}
-
-void CWlanInterface::IncSwitchAttempt() {
-  const SwitchRate::Step step = m_SwitchRate.CountAttempt(Os().clock.GetTickCount64());
-  LOG_ADAPTER(m_Adapter.Idx(), kSwitchLog,
-              u"[%i] CWlanInterface::IncSwitchAttempt(): [%s] attempts: %lu\n", m_Adapter.Idx(),
-              step == SwitchRate::Step::kInitPeriod  ? u"INIT-PERIOD"
-              : step == SwitchRate::Step::kNewPeriod ? u"NEW-PERIOD"
-                                                     : u"SAME-PERIOD",
-              m_SwitchRate.m_SwitchAttempts);
-  if (step == SwitchRate::Step::kNewPeriod) ProcessSwitchesPerMin();
-}
-
-void CWlanInterface::RollSwitchPeriod() {
-  if (m_SwitchRate.Roll(Os().clock.GetTickCount64())) ProcessSwitchesPerMin();
-}
-
-void CWlanInterface::ProcessSwitchesPerMin() {
-  std::vector<std::int32_t>& minutes = m_SwitchRate.m_SwitchesPerMinList;
-  if (minutes.empty()) return;
-  if (!ShowsFlapping(minutes)) {
-    if (minutes.size() == 1) {
-      LOG_ADAPTER(m_Adapter.Idx(), kSwitchLog,
-                  u"[%i] CWlanInterface::ProcessSwitchesPerMin(): single entry: %i SPM [too "
-                  u"small/ignore]\n",
-                  m_Adapter.Idx(), minutes.front());
-      return;
-    }
-    WString text;
-    for (const std::int32_t switches : minutes)
-      text += Format(text.empty() ? u"%i" : u", %i", switches);
-    LOG_ADAPTER(
-        m_Adapter.Idx(), kSwitchLog,
-        u"[%i] CWlanInterface::ProcessSwitchesPerMin(): DO NOTHING: [m_SwitchesPerMinList.size() = "
-        u"%zu] '%s'\n",
-        m_Adapter.Idx(), minutes.size(), text);
-    return;
-  }
-  m_Adapter.Config()->ResolveUp_APScoreDeltaThreshold(TakeScoreDiffSummary());
-  minutes.clear();
 }
 
 }  // namespace corvane

@@ -2,7 +2,6 @@
 #include <atomic>
 #include <cstdint>
 #include <functional>
-#include <list>
 #include <vector>
 
 #include "foundation/generic_malloc.h"
@@ -16,11 +15,10 @@
 #include "store/address_text.h"
 #include "store/ap_list_row.h"
 #include "wlan/adapter_identity.h"
-#include "wlan/candidate_claim.h"
 #include "wlan/notification_sink.h"
 #include "wlan/operation_gate.h"
+#include "wlan/policy_memory.h"
 #include "wlan/scan_decision.h"
-#include "wlan/switch_rate.h"
 
 namespace corvane {
 
@@ -165,10 +163,6 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   MacList GetIP6GatewayMacs() const;
   bool HasGatewayMacs() const;
 
-  // --- Switch rate (switch_rate.cpp)
-  void IncSwitchAttempt();
-  void RollSwitchPeriod();
-
   // --- Notifications (connection_notifications.cpp), on the platform's thread
   void ConnectionNotification(platform::DWORD code, const void* data) override;
   void ScanNotification(platform::DWORD code, platform::DWORD reason) override;
@@ -177,15 +171,19 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   void MSMSignalQualityNotification(platform::DWORD quality) override;
   void MSMAdapterOperationModeNotification(platform::DWORD mode) override;
 
-  // --- Candidates (candidate_state.cpp)
-  void ClearAllCandidateCounters(const char* reason);
-  void DecrementAllCandidateCounters();
-  void NotifyCurrentNetworkScore(std::int32_t score, const MacAddress& bssid);
-  CandidateClaim& Claim() { return m_Claim; }
-  void AddScoreDiffSummary(const CandidateSummary& summary);  // keeps 120
+  // --- The policy's memory of this adapter (policy_memory.h)
+  PolicyMemory& Policy() { return m_Policy; }
+  const PolicyMemory& Policy() const { return m_Policy; }
+  CandidateClaim& Claim() { return m_Policy.Claim(); }
+  void ClearAllCandidateCounters(const char* reason) { m_Policy.ClearAllCandidateCounters(reason); }
+  void DecrementAllCandidateCounters() { m_Policy.DecrementAllCandidateCounters(); }
+  void NotifyCurrentNetworkScore(std::int32_t score, const MacAddress& bssid) {
+    m_Policy.NotifyCurrentNetworkScore(score, bssid);
+  }
+  void IncSwitchAttempt() { m_Policy.IncSwitchAttempt(); }
+  void RollSwitchPeriod() { m_Policy.RollSwitchPeriod(); }
   // Gives every entry outside the 5 GHz range the penalty that its final score takes, in points.
   void SetBTPenalty(std::int32_t value);
-  CandidateSummary TakeScoreDiffSummary();  // least minimum and greatest maximum; empties the list
 
   // --- Traffic, Mbps and seconds; 0 without counters
   double GetTrafficMbps() const;
@@ -206,18 +204,8 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   // A copy of every entry of every network, in map order, taken under the interface lock.
   BssEntryList SnapshotEntries();
 
-  // State of the policy, on the worker only unless told otherwise.
   std::atomic<bool> m_bPresent{true};
   std::atomic<std::int32_t> m_backup_score{-1};
-  bool m_peg_active = false;
-  std::int32_t m_assoc_lq = -1;
-  std::int32_t m_bss_lq = -1;
-  std::uint32_t m_consec_disconnects = 0;
-  bool m_emergency_armed = false;
-  std::uint64_t m_last_score_notify_tick = 0;
-  WString m_last_suggested_bssid;
-  WString m_last_suggested_ssid;
-  std::int32_t m_last_suggested_pos = -1;
 
  private:
   friend class CWlanClient;
@@ -282,7 +270,6 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   bool ListProfiles(std::vector<WString>* names);
   void RebuildProfiledNetworks(const char* operation, const std::vector<WString>& names,
                                bool collectHidden);
-  void ProcessSwitchesPerMin();
   void ForgetIPInfo();
 
   AdapterIdentity m_Adapter;
@@ -328,12 +315,7 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   std::atomic<bool> m_scan_in_flight{false};
   std::vector<double> m_RateHistory;  // Mbps, newest first, at most 2
 
-  SwitchRate m_SwitchRate;
-  std::list<CandidateSummary> m_score_diff_summaries;
-  CandidateClaim m_Claim{ObjectLock()};
-  std::int32_t m_last_notified_score = 0;
-  std::uint32_t m_score_rise_streak = 0;
-  MacAddress m_last_notified_bssid{};
+  PolicyMemory m_Policy{m_Adapter, ObjectLock(), m_Networks};
 };
 
 }  // namespace corvane

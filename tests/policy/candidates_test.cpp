@@ -153,16 +153,16 @@ TEST_F(CandidateDebounce, SuggestionOnTheAllowListNeedNotRipenAgain) {
 TEST_F(CandidateDebounce, EachRoundLeavesItsDifferencesAndTheOldestGo) {
   const BssEntryList entries{Add("Office", 2, 60), Add("Office", 3, 70)};
   Increment(entries, 50);
-  CandidateSummary seen = adapter->TakeScoreDiffSummary();
+  CandidateSummary seen = adapter->Policy().TakeScoreDiffSummary();
   EXPECT_EQ(seen.min, 10);
   EXPECT_EQ(seen.max, 20);
   Increment({}, 50);
-  seen = adapter->TakeScoreDiffSummary();
+  seen = adapter->Policy().TakeScoreDiffSummary();
   EXPECT_EQ(seen.min, -1);
   EXPECT_EQ(seen.max, -1);
-  adapter->AddScoreDiffSummary({1, 900});
-  for (int i = 0; i < 120; ++i) adapter->AddScoreDiffSummary({5, 6});
-  seen = adapter->TakeScoreDiffSummary();
+  adapter->Policy().AddScoreDiffSummary({1, 900});
+  for (int i = 0; i < 120; ++i) adapter->Policy().AddScoreDiffSummary({5, 6});
+  seen = adapter->Policy().TakeScoreDiffSummary();
   EXPECT_EQ(seen.min, 5);
   EXPECT_EQ(seen.max, 6);
 }

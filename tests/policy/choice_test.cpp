@@ -21,18 +21,18 @@ TEST_F(ChoiceTest, DeniedConnectionIsLeftAndTheDecisionWaitsTenSeconds) {
   Add("Home", 2, 40);
   Deny(u"[[\"office\",\"any\"]]");
   const auto before = kernel.Clock().GetTickCount64();
-  adapter->m_consec_disconnects = 20;
+  adapter->Policy().m_consec_disconnects = 20;
   Round();
   EXPECT_EQ(wlan->calls, Calls{"disconnect"});
   EXPECT_EQ(kernel.Clock().GetTickCount64() - before, 3000u);
   EXPECT_EQ(Value(value::kDisconnectedNetwork), u"Office [Channel 36]");
   EXPECT_EQ(config->m_deny_defer_until, before + 10'000);
-  adapter->m_consec_disconnects = 20;
+  adapter->Policy().m_consec_disconnects = 20;
   adapter->ClearConnected();
   Round();  // within the ten seconds: does not even count
-  EXPECT_EQ(adapter->m_consec_disconnects, 20u);
+  EXPECT_EQ(adapter->Policy().m_consec_disconnects, 20u);
   RunFor(std::chrono::milliseconds(7001));
-  adapter->m_consec_disconnects = 30;
+  adapter->Policy().m_consec_disconnects = 30;
   Round();
   EXPECT_EQ(wlan->calls, (Calls{"disconnect", "connect Home 02-00-00-00-00-02"}));
 }
@@ -66,17 +66,17 @@ TEST_F(ChoiceTest, DisabledAdapterKeepsADeniedConnectionAndAFailedDisconnectGoes
   EXPECT_EQ(wlan->calls, Calls{});
   config->m_Enabled = true;
   wlan->disconnectResult = platform::ERROR_GEN_FAILURE;
-  adapter->m_last_score_notify_tick = 0;
+  adapter->Policy().m_last_score_notify_tick = 0;
   Add("Office", 2, 20);
   Round();
   EXPECT_EQ(wlan->calls, Calls{"disconnect"});
   EXPECT_EQ(config->m_deny_defer_until, 0u);
-  EXPECT_NE(adapter->m_last_score_notify_tick, 0u);
+  EXPECT_NE(adapter->Policy().m_last_score_notify_tick, 0u);
 }
 
 TEST_F(ChoiceTest, EmptyListAndRoamingInhibitEndTheRoundBeforeAnythingElse) {
   Connect("Office", 1, 30);
-  adapter->m_emergency_armed = true;
+  adapter->Policy().m_emergency_armed = true;
   Round();
   EXPECT_EQ(config->m_force_scan_counter, 0);  // weak, but nothing to go to
   Add("Office", 1, 50);
@@ -92,20 +92,20 @@ TEST_F(ChoiceTest, EmptyListAndRoamingInhibitEndTheRoundBeforeAnythingElse) {
 TEST_F(ChoiceTest, EmergencyFiresOnceForEachBadSpell) {
   Connect("Office", 1, 30);
   Add("Office", 1, 50, 30);
-  adapter->m_emergency_armed = true;
+  adapter->Policy().m_emergency_armed = true;
   Round();
   EXPECT_EQ(config->m_force_scan_counter, 3);
-  EXPECT_FALSE(adapter->m_emergency_armed);
+  EXPECT_FALSE(adapter->Policy().m_emergency_armed);
   config->m_force_scan_counter = 0;
   Round();
   EXPECT_EQ(config->m_force_scan_counter, 0);
   wlan->links[0].quality = 70;  // recovered, at the threshold
   Round();
-  EXPECT_TRUE(adapter->m_emergency_armed);
+  EXPECT_TRUE(adapter->Policy().m_emergency_armed);
   wlan->links[0].quality = 69;
   config->m_force_scan_counter = 1;  // scans are under way: stays armed
   Round();
-  EXPECT_TRUE(adapter->m_emergency_armed);
+  EXPECT_TRUE(adapter->Policy().m_emergency_armed);
 }
 
 TEST_F(ChoiceTest, TwoNetworksGoneMissingAskADisconnectedAdapterToScan) {
@@ -125,26 +125,26 @@ TEST_F(ChoiceTest, SuggestionThatLostItsPlaceIsWithdrawn) {
   Add("Office", 1, 50);
   const auto suggested = Add("Home", 2, 40);
   const auto suggest = [&](std::int32_t position) {
-    adapter->m_last_suggested_pos = position;
-    adapter->m_last_suggested_ssid = u"Home";
-    adapter->m_last_suggested_bssid = suggested->m_BSSIDText;
+    adapter->Policy().m_last_suggested_pos = position;
+    adapter->Policy().m_last_suggested_ssid = u"Home";
+    adapter->Policy().m_last_suggested_bssid = suggested->m_BSSIDText;
     config->SetString(value::kSuggestedNetwork, u"Home");
     Round();
   };
   suggest(1);
-  EXPECT_EQ(adapter->m_last_suggested_pos, 1);
+  EXPECT_EQ(adapter->Policy().m_last_suggested_pos, 1);
   EXPECT_EQ(Value(value::kSuggestedNetwork), u"Home");
   config->SetRoamingInhibit();
   suggest(5);
-  EXPECT_EQ(adapter->m_last_suggested_pos, 5) << "the inhibit ends the round before";
+  EXPECT_EQ(adapter->Policy().m_last_suggested_pos, 5) << "the inhibit ends the round before";
   config->ClearRoamingInhibit();
   suggest(5);  // the list has become too short: the values stay
-  EXPECT_EQ(adapter->m_last_suggested_pos, -1);
-  EXPECT_EQ(adapter->m_last_suggested_bssid, u"");
+  EXPECT_EQ(adapter->Policy().m_last_suggested_pos, -1);
+  EXPECT_EQ(adapter->Policy().m_last_suggested_bssid, u"");
   EXPECT_EQ(Value(value::kSuggestedNetwork), u"Home");
   EXPECT_NE(Value(u"BestNetwork").find(u"Home"), WString::npos);
   suggest(0);  // somebody else stands there
-  EXPECT_EQ(adapter->m_last_suggested_pos, -1);
+  EXPECT_EQ(adapter->Policy().m_last_suggested_pos, -1);
   EXPECT_EQ(Value(value::kSuggestedNetwork), u"");
 }
 
@@ -154,9 +154,9 @@ TEST_F(ChoiceTest, DisconnectedAdapterConnectsInTheThirdRoundOrInTheThirtiethOfT
   EXPECT_EQ(wlan->calls, Calls{});
   Round();
   EXPECT_EQ(wlan->calls, Calls{"connect Office 02-00-00-00-00-01"});
-  EXPECT_EQ(adapter->m_consec_disconnects, 30u);
+  EXPECT_EQ(adapter->Policy().m_consec_disconnects, 30u);
   Round();
-  EXPECT_EQ(adapter->m_consec_disconnects, 0u);
+  EXPECT_EQ(adapter->Policy().m_consec_disconnects, 0u);
 
   Disconnect();
   config->OpenNoDelay(15'000);
@@ -218,7 +218,7 @@ TEST_F(ChoiceTest, OnlyAForcedConnectTakesAProfileThatDoesNotConnectByItself) {
   EXPECT_EQ(wlan->calls, Calls{"connect Home 02-00-00-00-00-02"}) << "the best that may";
 
   Disconnect();
-  adapter->m_consec_disconnects = 30;
+  adapter->Policy().m_consec_disconnects = 30;
   config->m_ForceAutoConnect = true;
   Round();
   EXPECT_EQ(wlan->calls.back(), "connect Office 02-00-00-00-00-01");

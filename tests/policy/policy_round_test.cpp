@@ -154,15 +154,15 @@ TEST_F(PolicyRoundTest, QualityIsTheBetterOfAssociationAndModel) {
   };
   peg(true);
   EXPECT_EQ(quality, 60u);
-  EXPECT_TRUE(adapter->m_peg_active);
-  EXPECT_EQ(adapter->m_assoc_lq, 50);
-  EXPECT_EQ(adapter->m_bss_lq, 60);
+  EXPECT_TRUE(adapter->Policy().m_peg_active);
+  EXPECT_EQ(adapter->Policy().m_assoc_lq, 50);
+  EXPECT_EQ(adapter->Policy().m_bss_lq, 60);
   quality = 60;
   peg(true);  // not above
-  EXPECT_FALSE(adapter->m_peg_active);
+  EXPECT_FALSE(adapter->Policy().m_peg_active);
   peg(false);
-  EXPECT_EQ(adapter->m_assoc_lq, -1);
-  EXPECT_EQ(adapter->m_bss_lq, -1);
+  EXPECT_EQ(adapter->Policy().m_assoc_lq, -1);
+  EXPECT_EQ(adapter->Policy().m_bss_lq, -1);
 }
 
 TEST_F(PolicyRoundTest, BluetoothActivityEndsAtItsTick) {
@@ -230,7 +230,7 @@ TEST_F(PolicyRoundTest, OrderWithoutAProfileAsksTheUserAndClaimsNoConnection) {
   EXPECT_EQ(Value(value::kConnectedBssid), u"");
   EXPECT_EQ(cafe->m_connect_good, 0);
   EXPECT_FALSE(cafe->m_ever_connected);
-  EXPECT_EQ(adapter->m_consec_disconnects, 0u)
+  EXPECT_EQ(adapter->Policy().m_consec_disconnects, 0u)
       << "the order is carried out: no choice in this round";
 
   wlan->connectMs = 100'000;
@@ -285,11 +285,11 @@ TEST_F(PolicyRoundTest, FailedAcceptanceRestoresTheConnectionAndTheRoundGoesOn) 
   config->SetString(value::kSuggestedNetworkSSID, u"Home");
   config->SetString(value::kSuggestedNetworkBSSID, MacText(ApMac(2)));
   config->m_accept_suggestion = true;
-  adapter->m_last_score_notify_tick = 0;
+  adapter->Policy().m_last_score_notify_tick = 0;
   Round();
   ASSERT_EQ(wlan->calls.size(), 4u);
   EXPECT_EQ(wlan->calls.back(), "connect Office 00-00-00-00-00-00");
-  EXPECT_NE(adapter->m_last_score_notify_tick, 0u);  // the choice ran
+  EXPECT_NE(adapter->Policy().m_last_score_notify_tick, 0u);  // the choice ran
 }
 
 }  // namespace

@@ -185,8 +185,8 @@ TEST_F(SwitchingTest, EventModeSuggestsAnotherNetworkOnce) {
   EXPECT_EQ(
       Value(value::kSuggestedNetworkReason),
       u"A Wireless Network that is 40% better is available. Would you like to connect to it?");
-  EXPECT_EQ(adapter->m_last_suggested_pos, 0);
-  EXPECT_EQ(adapter->m_last_suggested_bssid, better->m_BSSIDText);
+  EXPECT_EQ(adapter->Policy().m_last_suggested_pos, 0);
+  EXPECT_EQ(adapter->Policy().m_last_suggested_bssid, better->m_BSSIDText);
   EXPECT_EQ(better->m_candidate_counter, 0);
   EXPECT_EQ(config->GetInhibitRemainingMs(), 0u);
   std::uint32_t count = 0;
@@ -205,12 +205,12 @@ TEST_F(SwitchingTest, PopupInhibitsEvenWhenItIsNotShown) {
   const auto better = Add("Home", 2, 70);
   const auto ask = [&] {
     better->m_candidate_counter = 2;
-    adapter->m_last_suggested_pos = -1;
+    adapter->Policy().m_last_suggested_pos = -1;
     config->Set_InhibitQUAY(0, "test");
     EXPECT_TRUE(CGlobalQUAYPolicy::SwitchConnectionToBest(adapter.get(), {better}, 50, Facts()));
     EXPECT_GT(config->GetInhibitRemainingMs(), 4000u);
     EXPECT_EQ(better->m_candidate_counter, 0);
-    return adapter->m_last_suggested_pos == 0;
+    return adapter->Policy().m_last_suggested_pos == 0;
   };
   EXPECT_TRUE(ask());
   EXPECT_EQ(Value(value::kSuggestedNetworkSSID), u"Home");
@@ -328,7 +328,7 @@ TEST_F(SwitchingTest, FirstConnectTakesTheNextEntryAfterARefusal) {
 
   const auto again = [&] {
     Disconnect();
-    adapter->m_consec_disconnects = 30;
+    adapter->Policy().m_consec_disconnects = 30;
     wlan->calls.clear();
     Round();
     return wlan->calls.size();
@@ -360,7 +360,7 @@ TEST_F(SwitchingTest, DisconnectedPassiveAdapterSuggestsTheBestNetwork) {
   EXPECT_TRUE(CGlobalQUAYPolicy::ConnectToBestNoDebounce(adapter.get(), {entry}, false));
   EXPECT_EQ(wlan->calls, Calls{});
   EXPECT_EQ(Value(value::kSuggestedNetworkReason), LookUpStatusText(kStatusBestNetwork));
-  EXPECT_EQ(adapter->m_last_suggested_pos, 0);
+  EXPECT_EQ(adapter->Policy().m_last_suggested_pos, 0);
   EXPECT_TRUE(HasReservation(1));
   config->m_allowlist_active = true;
   EXPECT_TRUE(CGlobalQUAYPolicy::ConnectToBestNoDebounce(adapter.get(), {entry}, false));

@@ -31,7 +31,8 @@ TEST_F(HoldingScenario, ADeniedAccessPointIsLeftAndNotTakenAgain) {
   const std::uint64_t left = Events(AirEvent::kDisconnected).front().ms;
   RunUntil(left + 9'900);
   EXPECT_EQ(Text(value::kDisconnectedNetwork), u"Office [Channel 36]");
-  EXPECT_EQ(Wlan()->m_consec_disconnects, 0u) << "the time until a new connect begins too early";
+  EXPECT_EQ(Wlan()->Policy().m_consec_disconnects, 0u)
+      << "the time until a new connect begins too early";
 
   ASSERT_TRUE(RunUntilTrue([&] { return IsOn(2); }, 90s));
   EXPECT_EQ(Text(value::kConnectStatus), u"connected");
