@@ -35,7 +35,7 @@ class ConnectedDecision {
     const std::int32_t score =
         m_Round.adapter.GetScoreFromBssEntry(m_Round.facts.ssid, m_Round.facts.bssid, false);
     if (score >= 0) return score;
-    const std::int32_t backup = m_Round.adapter.m_backup_score;
+    const std::int32_t backup = m_Round.adapter.Link().BackupScore();
     lines::UsingBackupScore(m_Round, backup);
     return backup;
   }

@@ -36,7 +36,7 @@ class FastScanRound {
     in.matchesSuggestion = MatchesSuggestion();
     std::int32_t score =
         m_Round.adapter.GetScoreFromBssEntry(m_Round.facts.ssid, m_Round.facts.bssid, false);
-    if (score < 0 && !m_Round.facts.ssid.empty()) score = m_Round.adapter.m_backup_score;
+    if (score < 0 && !m_Round.facts.ssid.empty()) score = m_Round.adapter.Link().BackupScore();
     in.betterPossible = IsBetterCandidatePossible(m_Round, score);
     in.openSuggestion = IsOpenSuggestion(
         ReadStandingSuggestion(*m_Round.config), m_Best.entry->m_SSIDW, m_Best.entry->m_BSSIDText,

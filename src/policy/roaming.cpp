@@ -7,7 +7,8 @@ bool IsRoam(const Round& round, const CWlanBssEntry& target) {
   facts.index = round.idx;
   facts.sameSsid = target.m_SSIDW == round.facts.ssid;
   facts.gatewayRoaming = round.settings.gatewayRoaming;
-  facts.current = {round.adapter.GetIP4GatewayMacs(), round.adapter.GetIP6GatewayMacs()};
+  const IPInfo here = round.adapter.Link().Addresses();
+  facts.current = {here.ip4GatewayMacs, here.ip6GatewayMacs};
   facts.bssid = target.GetBssid();
   facts.candidate = {target.m_IP4GatewayMacs, target.m_IP6GatewayMacs};
   return IsRoam(facts, [&target] {

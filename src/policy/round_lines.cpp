@@ -158,7 +158,7 @@ void RoamingInhibited(const Round& round, std::uint64_t since) {
       u"\n[%i] [SKIP CHOICE] - ROAMING INHIBITED %I64u ticks [age: %0.2lf secs][disconnected "
       u"%0.2lf secs]\n",
       round.idx, since, static_cast<double>(round.config->GetRoamingInhibitAgeMs()) / 1000.0,
-      static_cast<double>(round.adapter.GetDisconnectedAgeMs()) / 1000.0);
+      static_cast<double>(round.adapter.Link().DisconnectedAgeMs()) / 1000.0);
 }
 
 void SuggestionWithdrawn(const Round& round) { Step(round, RoundStep::kSuggestionWithdrawn); }

@@ -91,8 +91,9 @@ void CQUAYMainWorker::ReportNewConnection(const Connection& now) {
 
 void CQUAYMainWorker::ReportStandingConnection(const Connection& now) {
   // A connection that was lost for a while begins without addresses, and they may come late.
-  if (!m_pInterface->HasGatewayMacs()) m_pInterface->RefreshIPInfo();
-  if (const log::Open open(m_ConfigIdx, kConnectionLog); open) m_pInterface->DumpIPAddresses();
+  if (!m_pInterface->Link().HasGatewayMacs()) m_pInterface->RefreshIPInfo();
+  if (const log::Open open(m_ConfigIdx, kConnectionLog); open)
+    m_pInterface->Link().DumpIPAddresses();
   m_pInterface->GatewayRoamingCheck();
   DumpConnection(now, false);
   if (m_pConfig->m_bReportStatusPending.exchange(false)) SendConnectionStatus(&now);
@@ -167,7 +168,7 @@ void CQUAYMainWorker::DumpConnection(const Connection& now, bool isNew) const {
            security.bSecurityEnabled, security.bOneXEnabled, security.dot11AuthAlgorithm,
            AuthText(security.dot11AuthAlgorithm));
   LOG_INFO(u"[%i]  %s", idx, hidden ? u"[HIDDEN NETWORK]" : u"[VISIBLE NETWORK]");
-  LOG_INFO(u"[%i]  Backup Score: %i, Score: %i", idx, m_pInterface->m_backup_score.load(),
+  LOG_INFO(u"[%i]  Backup Score: %i, Score: %i", idx, m_pInterface->Link().BackupScore(),
            m_pInterface->GetScoreFromBssEntry(now.ssid, now.bssid, false));
   LOG_INFO(u"[%i]  BSSID: %s, Signal Quality: %lu", idx, now.bssidText, now.quality);
   LOG_INFO(u"[%i]  Rx/Tx: %lu/%lu kbps, Channel: %lu", idx, association.ulRxRate,

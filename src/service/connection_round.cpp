@@ -38,7 +38,7 @@ void CQUAYMainWorker::TakeConnection() {
   now.wasConnected = m_pInterface->IsConnected();
   QueryConnection(&now);
   AimDetector();
-  m_pInterface->SetDisconnectedTick(false);
+  m_pInterface->Link().SetDisconnectedTick(false);
   bool ssidDiffers = m_pInterface->SetLastConnectedSsid(now.ssid);
   if (now.entry) now.entry->m_ConnAttrs = now.attrs;
   PublishConnection(now);
@@ -55,7 +55,7 @@ void CQUAYMainWorker::TakeConnection() {
   DetectRoam(now, bssidChanged, ssidDiffers);
   now.connected = true;
   m_Connection = now;
-  m_pInterface->m_backup_score = ComputeBackupScore(now.attrs, now.channel);
+  m_pInterface->Link().SetBackupScore(ComputeBackupScore(now.attrs, now.channel));
   if (bssidChanged || m_Round == 0) {
     ReportNewConnection(now);
   } else {
@@ -96,11 +96,11 @@ void CQUAYMainWorker::PublishDisconnection() {
 void CQUAYMainWorker::OnDisconnected() {
   m_Connection = {};
   m_Connection.bssid.fill(0xFF);
-  m_pInterface->SetDisconnectedTick(true);
+  m_pInterface->Link().SetDisconnectedTick(true);
   m_pInterface->ClearContention();
   PublishDisconnection();
   m_pInterface->ClearConnectedBssid();
-  m_pInterface->m_backup_score = 0;
+  m_pInterface->Link().SetBackupScore(0);
   ResetDetector("DISCONNECTED");
 }
 

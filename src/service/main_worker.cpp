@@ -42,7 +42,7 @@ constexpr std::uint64_t kRoamingInhibitDisconnectedMs = 30000;
 void LogAdapter(const CWlanInterface& adapter) {
   LOG_INFO(u"[%i]  Interface: %s %s %s", adapter.GetConfigIdx(), adapter.GetConnectionName(),
            adapter.GetGuidText(), adapter.GetDescription());
-  adapter.DumpIPAddresses();
+  adapter.Link().DumpIPAddresses();
   std::list<WString> networks;
   if (auto* const list = CNetworkListManager::Find())
     list->GetNetworkNamesForInterface(adapter.GetGuid(), &networks);
@@ -118,7 +118,7 @@ void CQUAYMainWorker::Shutdown() {
 
 void CQUAYMainWorker::OnResume() {
   m_bPowerResumeSeen = true;
-  if (m_pWokenInterface) m_pWokenInterface->ForgetLastConnectedSsid();
+  if (m_pWokenInterface) m_pWokenInterface->Link().ForgetLastConnectedSsid();
 }
 
 void CQUAYMainWorker::OnSuspend() { m_bPowerSuspendSeen = true; }
@@ -380,7 +380,7 @@ bool CQUAYMainWorker::MayRun() {
 
 void CQUAYMainWorker::ReleaseRoamingInhibit() {
   if (m_pConfig->GetRoamingInhibitTick() == 0) return;
-  const std::uint64_t age = m_pInterface->GetDisconnectedAgeMs();
+  const std::uint64_t age = m_pInterface->Link().DisconnectedAgeMs();
   if (age <= kRoamingInhibitDisconnectedMs) return;
   LOG_ADAPTER(m_ConfigIdx, DBG(24),
               u"[%i] CQUAYMainWorker::WorkThreadProc[LOOP] - ROAMING INHIBITED, but disconnected "

@@ -125,7 +125,7 @@ void CWlanInterface::AwaitConnect(std::uint32_t timeoutMs) {
 void CWlanInterface::AwaitConnectedState() {
   for (int poll = 0; poll < kPollsMax; ++poll) {
     WLAN_CONNECTION_ATTRIBUTES attrs;
-    QueryCurrentConnection(&attrs, true);
+    m_Link.QueryCurrentConnection(&attrs, true);
     const auto& association = attrs.wlanAssociationAttributes;
     LOG_ADAPTER(
         m_Adapter.Idx(), kConnectLog,
@@ -145,7 +145,7 @@ void CWlanInterface::AwaitConnectedState() {
 }
 
 void CWlanInterface::QueueTempProfile(const WLAN_CONNECTION_PARAMETERS& parameters) {
-  const WLAN_CONNECTION_ATTRIBUTES attrs = GetConnAttrs();
+  const WLAN_CONNECTION_ATTRIBUTES attrs = m_Link.ConnAttrs();
   LOG_ADAPTER(m_Adapter.Idx(), kConnectLog,
               u"...State = %i [CONNECTED!] Queueing Temp profile for saving on disconnect...\n",
               attrs.isState);
@@ -176,8 +176,7 @@ void CWlanInterface::ConnectInternal(const WLAN_CONNECTION_PARAMETERS& parameter
     throw Exception("WlanConnect(pConnectParams) failed: %i", result);
   }
   if (!parameters.pDesiredBssidList) return;
-  const CCritSecLock lock(m_StateLock);
-  m_connected_dot11Bssid_if_we_initiated = ToMac(parameters.pDesiredBssidList->BSSIDs[0]);
+  m_Link.SetOwnBssid(ToMac(parameters.pDesiredBssidList->BSSIDs[0]));
 }
 
 void CWlanInterface::ConnectToNetwork(const WString& ssid) {
@@ -187,8 +186,7 @@ void CWlanInterface::ConnectToNetwork(const WString& ssid) {
   parameters.dot11BssType = dot11_BSS_type_infrastructure;
   ConnectSynchronous(parameters, false, kRestoreTimeoutMs);
   // The platform has chosen the access point; the move to it is the program's own all the same.
-  const CCritSecLock lock(m_StateLock);
-  m_connected_dot11Bssid_if_we_initiated = ToMac(m_ConnAttrs.wlanAssociationAttributes.dot11Bssid);
+  m_Link.SetOwnBssid(ToMac(m_Link.ConnAttrs().wlanAssociationAttributes.dot11Bssid));
 }
 
 void CWlanInterface::DisconnectSynchronous(WStringView text) {

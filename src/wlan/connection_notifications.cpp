@@ -155,8 +155,7 @@ void CWlanInterface::OnOutsideCompletion(DWORD code, bool xSide, const WString& 
                 u"[%i]CWlanInterface::ConnectionNotification_internal: OUTSIDE NOTIFICATION! "
                 u"[disconnectOperation=%i] clearing m_connected_dot11Bssid_if_we_initiated !!!",
                 m_Adapter.Idx(), IsDisconnect(code));
-    const CCritSecLock lock(m_StateLock);
-    m_connected_dot11Bssid_if_we_initiated = {};
+    m_Link.SetOwnBssid({});
   }
   if (IsDisconnect(code)) {
     OnOutsideDisconnect(code, xSide, ssid);
@@ -167,7 +166,7 @@ void CWlanInterface::OnOutsideCompletion(DWORD code, bool xSide, const WString& 
 
 void CWlanInterface::OnOutsideDisconnect(DWORD code, bool xSide, const WString& ssid) {
   const auto config = m_Adapter.Config();
-  m_bIsConnected = false;
+  m_Link.NoteDisconnected();
   ForgetConnection(ssid);
   if (xSide) {
     LOG_ADAPTER(m_Adapter.Idx(), kNotifyLog,
@@ -181,13 +180,13 @@ void CWlanInterface::OnOutsideDisconnect(DWORD code, bool xSide, const WString& 
                 u"[NotificationCode=%lu][DISCONNECT COMPLETE][***INHIBIT QUAY 5000 ***]",
                 m_Adapter.Idx(), code);
   }
-  const WString last = GetLastConnectedSsid();
+  const WString last = m_Link.LastConnectedSsid();
   if (config->GetRoamingInhibitTick() == 0 && !xSide && ssid == last) {
     LOG_ADAPTER(m_Adapter.Idx(), kNotifyLog,
                 u"[%i]CWlanInterface::ConnectionNotification_internal: [OUTSIDE DISCONN "
                 u"COMPLETE][ROAM-INHIBIT OFF] ssid %s == last %s [UpdateTimeOfLastConnectedSsid()]",
                 m_Adapter.Idx(), ssid, last);
-    m_time_of_last_connected_ssid = Os().clock.GetTickCount64();
+    m_Link.StampLastConnectedSsid();
   }
   config->Set_InhibitQUAY(kInhibitOutsideDisconnectMs, "out-disc");
   SaveTempProfiles();
@@ -202,17 +201,17 @@ void CWlanInterface::OnOutsideConnect(DWORD code, const WString& ssid) {
               u"NotificationCode=%lu [CONNECTION COMPLETE][--- NOT CLEARING INHIBIT QUAY ---]",
               m_Adapter.Idx(), code);
   ConnectionFacts facts;
-  if (GetConnectedSSID(&facts)) {
+  if (m_Link.GetConnectedSSID(&facts)) {
     TellOfOutsideConnect(facts);
   } else {
-    LOG_ADAPTER(
-        m_Adapter.Idx(), kNotifyLog,
-        u"[%i] CWlanInterface::ConnectionNotification_internal: OUTSIDE NOTIFICATION! "
-        u"NotificationCode=%lu -- GetConnectedSSID() failed, could not send pipe notification\n",
-        m_Adapter.Idx(), code);
+    LOG_ADAPTER(m_Adapter.Idx(), kNotifyLog,
+                u"[%i] CWlanInterface::ConnectionNotification_internal: OUTSIDE NOTIFICATION! "
+                u"NotificationCode=%lu -- m_Link.GetConnectedSSID() failed, could not send pipe "
+                u"notification\n",
+                m_Adapter.Idx(), code);
   }
   if (config->GetRoamingInhibitTick() != 0) {
-    const WString last = GetLastConnectedSsid();
+    const WString last = m_Link.LastConnectedSsid();
     if (ssid == last) {
       LOG_ADAPTER(m_Adapter.Idx(), kNotifyLog,
                   u"[%i] CWlanInterface::ConnectionNotification_internal: [OUTSIDE CONN "
@@ -224,7 +223,7 @@ void CWlanInterface::OnOutsideConnect(DWORD code, const WString& ssid) {
           u"[%i] CWlanInterface::ConnectionNotification_internal: [OUTSIDE CONN "
           u"COMPLETE][ROAM-INHIBIT ON] ssid %s != last %s [!~!~ STOP ROAMING-INHIBIT ~!~!]\n",
           m_Adapter.Idx(), ssid, last);
-      SetLastConnectedSsid(ssid);
+      m_Link.SetLastConnectedSsid(ssid);
       config->ClearRoamingInhibit();
     }
   }
@@ -242,7 +241,7 @@ void CWlanInterface::OnOutsideConnect(DWORD code, const WString& ssid) {
 // 0 when the platform does not tell.
 std::uint32_t CWlanInterface::ChannelNow() {
   try {
-    return QueryChannel();
+    return m_Link.QueryChannel();
   } catch (const std::exception&) {  // logged where it was thrown
     return 0;
   }
@@ -275,10 +274,7 @@ void CWlanInterface::OnOwnCompletion(DWORD code, WlanOperation kind, DWORD reaso
   m_Operation.Complete(kind, code, static_cast<std::int32_t>(reason));
   ResetReports(code);
   if (IsDisconnect(code)) {
-    {
-      const CCritSecLock lock(m_StateLock);
-      m_connected_dot11Bssid_if_we_initiated = {};
-    }
+    m_Link.SetOwnBssid({});
     ForgetConnection(ssid);
     SaveTempProfiles();
   } else {
@@ -287,7 +283,7 @@ void CWlanInterface::OnOwnCompletion(DWORD code, WlanOperation kind, DWORD reaso
                 u"[%i] CWlanInterface::ConnectionNotification_internal: "
                 u"SetForcePopupSuggestionOverride(false)\n",
                 m_Adapter.Idx());
-    const MacAddress own = GetConnectedBssidIfWeInitiated();
+    const MacAddress own = m_Link.OwnBssid();
     config->m_Popup.ClearPopupSuggestedAP_If_Equal(ssid, IsZero(own) ? WString() : MacText(own));
   }
   const std::uint64_t inhibited = config->GetRoamingInhibitTick();
@@ -296,8 +292,8 @@ void CWlanInterface::OnOwnCompletion(DWORD code, WlanOperation kind, DWORD reaso
       m_Adapter.Idx(), kNotifyLog,
       u"[%i] CWlanInterface::ConnectionNotification_internal:[INSIDE CONN/DISCONN "
       u"COMPLETE][ROAM-INHIBIT %I64u ticks] ssid %s, last %s [!~!~ STOP ROAMING-INHIBIT ~!~!]\n",
-      m_Adapter.Idx(), inhibited, ssid, GetLastConnectedSsid());
-  SetLastConnectedSsid(ssid);
+      m_Adapter.Idx(), inhibited, ssid, m_Link.LastConnectedSsid());
+  m_Link.SetLastConnectedSsid(ssid);
   config->ClearRoamingInhibit();
 }
 
@@ -347,13 +343,7 @@ void CWlanInterface::MSMRadioStateNotification_internal(const void* data) {
       u"hardware=%i",
       m_Adapter.Idx(), state.dwPhyIndex, state.dot11SoftwareRadioState,
       state.dot11HardwareRadioState);
-  const CCritSecLock lock(m_StateLock);
-  for (auto& known : m_RadioState.PhyRadioState) {
-    if (known.dwPhyIndex != state.dwPhyIndex && known.dwPhyIndex != static_cast<DWORD>(-1))
-      continue;
-    known = state;
-    return;
-  }
+  m_Radio.Store(state);
 }
 
 void CWlanInterface::MSMSignalQualityNotification_internal(DWORD quality) {

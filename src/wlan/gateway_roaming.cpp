@@ -7,25 +7,12 @@
 
 namespace corvane {
 
-MacList CWlanInterface::GetIP4GatewayMacs() const {
-  const CCritSecLock lock(m_StateLock);
-  return m_IP4GatewayMacs;
-}
-
-MacList CWlanInterface::GetIP6GatewayMacs() const {
-  const CCritSecLock lock(m_StateLock);
-  return m_IP6GatewayMacs;
-}
-
-bool CWlanInterface::HasGatewayMacs() const {
-  const CCritSecLock lock(m_StateLock);
-  return !m_IP4GatewayMacs.empty() || !m_IP6GatewayMacs.empty();
-}
-
 void CWlanInterface::GatewayRoamingCheck() {
-  const WString ssid = GetLastConnectedSsid();
-  if (!m_bIsConnected || ssid.empty() || !m_Adapter.Config()->m_GatewayRoaming) return;
-  AssignGatewayMacsToBssEntry(ssid, GetConnectedBssid(), GetIP4GatewayMacs(), GetIP6GatewayMacs());
+  const LinkState link = m_Link.Get();
+  const WString& ssid = link.m_last_connected_ssid;
+  if (!m_Link.IsConnected() || ssid.empty() || !m_Adapter.Config()->m_GatewayRoaming) return;
+  AssignGatewayMacsToBssEntry(ssid, link.m_connected_dot11Bssid, link.m_IPInfo.ip4GatewayMacs,
+                              link.m_IPInfo.ip6GatewayMacs);
 }
 
 bool CWlanInterface::AssignGatewayMacsToBssEntry(const WString& ssid, const MacAddress& bssid,

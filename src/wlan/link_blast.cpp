@@ -30,7 +30,7 @@ void CWlanInterface::DoBlast(CAdaptersAddresses* adapters) {
 void CWlanInterface::BlastGateway(CAdaptersAddresses& adapters) {
   std::uint32_t total = 0, lanUp = 0;
   const std::uint32_t connected = adapters.CountConnectedAdapters(&total, &lanUp);
-  const IPInfo info = GetIPInfo();
+  const IPInfo info = m_Link.Addresses();
   auto& helper = CICMPHelperSingleton::GetInstance();
   if (!info.ip4Gateways.empty()) {
     const std::string host = Narrow(Ip4Text(info.ip4Gateways.front()));

@@ -76,7 +76,7 @@ bool CWlanInterface::MayScan(bool force_scan, std::uint64_t now, double rate) {
   const auto config = m_Adapter.Config();
   ScanInputs in;
   in.force_scan = force_scan;
-  in.connected = m_bIsConnected;
+  in.connected = m_Link.IsConnected();
   in.ulScan = CGlobalConfigContainer::GetInstance().m_bULScan;
   in.deltaMs = now - m_LastScanTime;
   in.intervalSecs = config->GetScanIntervalSecs();
@@ -102,8 +102,8 @@ bool CWlanInterface::MayScan(bool force_scan, std::uint64_t now, double rate) {
 
 void CWlanInterface::LogScanDecision(const ScanInputs& in, const ScanDecision& decision) const {
   const auto config = m_Adapter.Config();
-  const std::uint32_t quality = GetConnAttrs().wlanAssociationAttributes.wlanSignalQuality;
-  const std::uint32_t peak = m_MaxSignalQuality;
+  const std::uint32_t quality = m_Link.ConnAttrs().wlanAssociationAttributes.wlanSignalQuality;
+  const std::uint32_t peak = m_Link.MaxSignalQuality();
   const std::uint64_t interval = std::uint64_t{in.intervalSecs} * 1000;
   const std::uint32_t done = m_ScanSuccesses, tried = m_ScanAttempts,
                       deferred = m_consec_ScanDeferrals;
@@ -211,7 +211,7 @@ void CWlanInterface::RunScans(std::uint64_t now) {
   RunHiddenScans();
   m_scan_fresh = true;
   m_consec_ScanDeferrals = 0;
-  const bool connected = m_bIsConnected;
+  const bool connected = m_Link.IsConnected();
   m_connected_scan_count = connected ? m_connected_scan_count + 1 : 0;
   m_disconnected_scan_count = connected ? 0 : m_disconnected_scan_count + 1;
 }
@@ -223,8 +223,8 @@ void CWlanInterface::RunHiddenScans() {
   for (const std::string& bytes : hidden) {
     DOT11_SSID ssid;
     if (!MakeSsid(bytes, &ssid)) continue;
-    if (m_bIsConnected &&
-        IsConnectedSsid(ssid, GetConnAttrs().wlanAssociationAttributes.dot11Ssid)) {
+    if (m_Link.IsConnected() &&
+        IsConnectedSsid(ssid, m_Link.ConnAttrs().wlanAssociationAttributes.dot11Ssid)) {
       LOG_ADAPTER(
           m_Adapter.Idx(), kScanLog,
           u"\n[%i] CWlanInterface::DiscoverNetworksSynchronous(): _SKIP_ Active Scanning HIDDEN "

@@ -188,7 +188,7 @@ bool CWlanInterface::FindProfile(CWlanNetwork& network) {
 void CWlanInterface::TakeBssEntries(const CGenericMalloc& list) {
   const auto count = RecordAt<DWORD>(list, offsetof(WLAN_BSS_LIST, dwNumberOfItems));
   const std::size_t total = list.GetSize();
-  const MacAddress connected = m_bIsConnected ? GetConnectedBssid() : MacAddress{};
+  const MacAddress connected = m_Link.IsConnected() ? m_Link.ConnectedBssid() : MacAddress{};
   for (DWORD i = 0; i < count; ++i) {
     const std::size_t at = kEntriesAt + i * sizeof(WLAN_BSS_ENTRY);
     const auto bss = RecordAt<WLAN_BSS_ENTRY>(list, at);
@@ -220,7 +220,7 @@ void CWlanInterface::TakeBss(const WLAN_BSS_ENTRY& bss, const std::uint8_t* ies,
   facts.securityEnabled = network.m_Available.bSecurityEnabled;
   facts.authAlgorithm = network.m_Available.dot11DefaultAuthAlgorithm;
   if (!IsZero(connected) && bssid == connected) {
-    facts.pegLQ = GetConnAttrs().wlanAssociationAttributes.wlanSignalQuality;
+    facts.pegLQ = m_Link.ConnAttrs().wlanAssociationAttributes.wlanSignalQuality;
   }
   // Only a new entry takes over what is remembered of its connectivity.
   if (!network.m_BssMap.contains(bssid)) {
@@ -244,9 +244,9 @@ void CWlanInterface::BumpUnscannedCounter() {
 }
 
 void CWlanInterface::MarkConnected() {
-  const bool isConnected = m_bIsConnected;
-  if (!isConnected) ClearConnectedBssid();
-  const MacAddress connected = GetConnectedBssid();
+  const bool isConnected = m_Link.IsConnected();
+  if (!isConnected) m_Link.ClearConnectedBssid();
+  const MacAddress connected = m_Link.ConnectedBssid();
   for (const auto& [ssid, network] : m_Networks) {
     for (const auto& [bssid, entry] : network->m_BssMap) {
       entry->m_bConnected = isConnected && bssid == connected;

@@ -22,12 +22,12 @@ struct LoadAverages {
 // The connected network's connectivity of this moment, for the scores that follow.
 void CWlanInterface::NoteConnectivity() {
   CNetworkListManager* const list = CNetworkListManager::Find();
-  if (!m_bIsConnected || !list) return;
+  if (!m_Link.IsConnected() || !list) return;
   bool internet = false;
   NlmNetworkRecord record;
   if (list->DoesInterfaceHaveInternet(m_Adapter.Guid(), &internet, &record) != platform::S_OK)
     return;
-  const WString ssid = SsidText(GetConnAttrs().wlanAssociationAttributes.dot11Ssid);
+  const WString ssid = SsidText(m_Link.ConnAttrs().wlanAssociationAttributes.dot11Ssid);
   // Without a connection in the network list there is nothing to hand on.
   if (!record.name.empty()) list->SetConnectivityForNetwork(ssid, record.connectivity);
   if (internet) return;
@@ -39,9 +39,9 @@ void CWlanInterface::NoteConnectivity() {
 void CWlanInterface::UpdateAllScores() {
   const CCritSecLock lock(ObjectLock());
   NoteConnectivity();
-  const bool isConnected = m_bIsConnected;
-  const MacAddress connected = GetConnectedBssid();
-  const std::uint32_t quality = GetConnAttrs().wlanAssociationAttributes.wlanSignalQuality;
+  const bool isConnected = m_Link.IsConnected();
+  const MacAddress connected = m_Link.ConnectedBssid();
+  const std::uint32_t quality = m_Link.ConnAttrs().wlanAssociationAttributes.wlanSignalQuality;
   LoadAverages high, low;  // the 5 GHz range, and all else
   {
     const CCritSecLock maps(CGlobalWirelessMaps::GetInstance().GetLock());

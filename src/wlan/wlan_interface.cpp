@@ -1,13 +1,19 @@
 #include "wlan/wlan_interface.h"
 
-#include "platform/clock_api.h"
-#include "platform/platform.h"
+#include <algorithm>
+
+#include "foundation/log_lines.h"
+#include "monitors/network_list_manager.h"
 
 namespace corvane {
 
-CWlanInterface::CWlanInterface() : SmartObjEx("interface", LockRank::kInterface) {
-  for (auto& phy : m_RadioState.PhyRadioState) phy.dwPhyIndex = static_cast<platform::DWORD>(-1);
-}
+namespace {
+
+constexpr std::int32_t kCategoryPrivate = 1;
+
+}  // namespace
+
+CWlanInterface::CWlanInterface() : SmartObjEx("interface", LockRank::kInterface) {}
 
 CWlanInterface::~CWlanInterface() = default;
 
@@ -26,69 +32,12 @@ void CWlanInterface::Initialize(CWlanClient* client, const platform::WLAN_INTERF
 
 void CWlanInterface::Detach() {
   m_Adapter.Detach();
-  ForgetIPInfo();
+  m_Link.ForgetIPInfo();
   m_Operation.SignalExit();
 }
 
-bool CWlanInterface::SetConnectedBssid(const MacAddress& bssid) {
-  const CCritSecLock lock(m_StateLock);
-  const bool changed = !IsZero(m_connected_dot11Bssid) && m_connected_dot11Bssid != bssid;
-  m_connected_dot11Bssid = bssid;
-  return changed;
-}
-
-void CWlanInterface::ClearConnectedBssid() {
-  {
-    const CCritSecLock lock(m_StateLock);
-    m_connected_dot11Bssid = {};
-  }
-  ForgetIPInfo();
-}
-
-bool CWlanInterface::SetLastConnectedSsid(WStringView ssid) {
-  const CCritSecLock lock(m_StateLock);
-  if (m_bLastSsidForgotten.exchange(false)) m_last_connected_ssid.clear();
-  if (m_last_connected_ssid == ssid) return false;
-  m_last_connected_ssid = ssid;
-  return true;
-}
-
-MacAddress CWlanInterface::GetConnectedBssid() const {
-  const CCritSecLock lock(m_StateLock);
-  return m_connected_dot11Bssid;
-}
-
-MacAddress CWlanInterface::GetConnectedBssidIfWeInitiated() const {
-  const CCritSecLock lock(m_StateLock);
-  return m_connected_dot11Bssid_if_we_initiated;
-}
-
-WString CWlanInterface::GetLastConnectedSsid() const {
-  const CCritSecLock lock(m_StateLock);
-  return m_bLastSsidForgotten ? WString() : m_last_connected_ssid;
-}
-
-platform::WLAN_CONNECTION_ATTRIBUTES CWlanInterface::GetConnAttrs() const {
-  const CCritSecLock lock(m_StateLock);
-  return m_ConnAttrs;
-}
-
-std::uint64_t CWlanInterface::GetDisconnectedAgeMs() const {
-  const std::uint64_t since = m_disconnected_tick;
-  return since == 0 ? 0 : Os().clock.GetTickCount64() - since;
-}
-
-void CWlanInterface::SetDisconnectedTick(bool disconnected) {
-  if (!disconnected) {
-    m_disconnected_tick = 0;
-  } else if (m_disconnected_tick == 0) {
-    m_disconnected_tick = Os().clock.GetTickCount64();
-  }
-}
-
-void CWlanInterface::ClearConnected() {
-  m_bIsConnected = false;
-  m_MaxSignalQuality = 0;
+void CWlanInterface::RefreshIPInfo() {
+  if (m_Link.RefreshIPInfo()) GatewayRoamingCheck();
 }
 
 double CWlanInterface::GetTrafficMbps() const {
@@ -108,6 +57,81 @@ void CWlanInterface::ClearNetworks() {
   NetworkMap dropped;  // outlives the lock
   const CCritSecLock lock(ObjectLock());
   dropped.swap(m_Networks);
+}
+
+bool CWlanInterface::FindBssEntry(WStringView ssid, const MacAddress& bssid,
+                                  CSmartPointer<CWlanBssEntry>* entry) {
+  entry->reset();
+  if (ssid.empty()) return false;
+  const CCritSecLock lock(ObjectLock());
+  const auto network = m_Networks.find(ssid);
+  if (network == m_Networks.end()) return false;
+  const auto found = network->second->m_BssMap.find(bssid);
+  if (found == network->second->m_BssMap.end()) return false;
+  *entry = found->second;
+  return true;
+}
+
+std::int32_t CWlanInterface::BackupScore(WStringView ssid, const MacAddress& bssid) const {
+  if (ssid.empty() || !m_Link.IsConnected()) return -1;
+  LOG_ADAPTER(m_Adapter.Idx(), DBG(37),
+              u"[%i] CWlanInterface::GetScoreFromBssEntry: ____USING BACKUP SCORE____ %i, for %s "
+              u"{%02x-%02x-%02x-%02x-%02x-%02x}]\n",
+              m_Adapter.Idx(), m_Link.BackupScore(), ssid, bssid[0], bssid[1], bssid[2], bssid[3],
+              bssid[4], bssid[5]);
+  return m_Link.BackupScore();
+}
+
+std::int32_t CWlanInterface::GetScoreFromBssEntry(WStringView ssid, const MacAddress& bssid,
+                                                  bool bUseBackup) {
+  const CCritSecLock lock(ObjectLock());
+  CSmartPointer<CWlanBssEntry> entry;
+  if (FindBssEntry(ssid, bssid, &entry)) return entry->GetScore(false);
+  return bUseBackup ? BackupScore(ssid, bssid) : -1;
+}
+
+std::int32_t CWlanInterface::GetScoreFromBssEntry(std::string* log, WStringView ssid,
+                                                  const MacAddress& bssid) {
+  const CCritSecLock lock(ObjectLock());
+  CSmartPointer<CWlanBssEntry> entry;
+  if (!FindBssEntry(ssid, bssid, &entry)) return BackupScore(ssid, bssid);
+  *log = entry->m_ScoreLog + entry->m_FinalScoreLog;
+  return entry->GetScore(false);
+}
+
+std::int32_t CWlanInterface::GetScoreFromBssEntry(WStringView ssid, const MacAddress& bssid,
+                                                  WString* phy, std::int32_t* rssi) {
+  *phy = u"802.11";
+  const CCritSecLock lock(ObjectLock());
+  CSmartPointer<CWlanBssEntry> entry;
+  if (!FindBssEntry(ssid, bssid, &entry)) return BackupScore(ssid, bssid);
+  *phy = entry->GetPhyMode();
+  *rssi = entry->m_Bss.lRssi;
+  return entry->GetScore(false);
+}
+
+bool CWlanInterface::IsConnectedToNetworkWithBothBssids(const MacAddress& a, const MacAddress& b) {
+  const CCritSecLock lock(ObjectLock());
+  return std::any_of(m_Networks.begin(), m_Networks.end(), [&](const auto& item) {
+    const auto& entries = item.second->m_BssMap;
+    return entries.contains(a) && entries.contains(b);
+  });
+}
+
+bool CWlanInterface::IsConnectedToPrivateNetwork() {
+  std::list<NlmNetworkRecord> records;
+  if (auto* const list = CNetworkListManager::Find())
+    list->GetNetCatInfoForInterface(m_Adapter.Guid(), &records);
+  for (const NlmNetworkRecord& record : records) {
+    const bool isPrivate = record.cat == kCategoryPrivate;
+    LOG_ADAPTER(
+        m_Adapter.Idx(), DBG(1),
+        u"[%i] CWlanInterface::IsConnectedToPrivateNetwork: FOUND %s: category=%i %s, Name=%s\n",
+        m_Adapter.Idx(), isPrivate ? u"PRIVATE" : u"NON-PRIVATE", record.cat,
+        NetworkCategoryName(record.cat), record.name);
+    if (isPrivate) return true;
+  }
+  return false;
 }
 
 }  // namespace corvane

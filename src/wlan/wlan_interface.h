@@ -5,41 +5,22 @@
 #include <vector>
 
 #include "foundation/generic_malloc.h"
-#include "foundation/win_event.h"
 #include "model/wlan_network.h"
 #include "monitors/interface_pdh.h"
-#include "monitors/ip_address.h"
-#include "platform/wlan_types.h"
 #include "probes/win_icmp2.h"
 #include "report/ap_set_memo.h"
-#include "store/address_text.h"
 #include "store/ap_list_row.h"
-#include "wlan/adapter_identity.h"
+#include "wlan/adapter_link.h"
+#include "wlan/adapter_radio.h"
 #include "wlan/notification_sink.h"
 #include "wlan/operation_gate.h"
 #include "wlan/policy_memory.h"
 #include "wlan/scan_decision.h"
+#include "wlan/wlan_queries.h"
 
 namespace corvane {
 
 class CAdaptersAddresses;
-
-// Facts of a connection, as one query gave them.
-struct ConnectionFacts {
-  bool connected = false;
-  WString ssid;
-  platform::DOT11_SSID rawSsid;
-  MacAddress bssid{};
-  std::uint32_t quality = 0;  // 0 to 100
-};
-
-// What an adapter's present connection has of addresses.
-struct IPInfo {
-  WString dnsSuffix;
-  WString domainController;  // of the domain that the suffix names; empty where there is none
-  std::vector<Ip4Address> ip4, ip4Gateways;
-  std::vector<Ip6Address> ip6, ip6Gateways;
-};
 
 // The model of one adapter. Its object lock is the interface lock: it guards m_Networks, the
 // operation state and the reservation. The synchronous operations run on the adapter's worker (a
@@ -66,35 +47,41 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   const WString& GetDescription() const { return m_Adapter.Description(); }
   const WString& GetMacText() const { return m_Adapter.MacText(); }
   std::uint32_t GetOsIfIndex() const { return m_Adapter.OsIfIndex(); }
-  bool IsConnected() const { return m_bIsConnected; }
-  std::uint32_t GetCurrentChannel() const { return m_CurrentChannel; }  // of the last QueryChannel
+  bool IsConnected() const { return m_Link.IsConnected(); }
+  std::uint32_t GetCurrentChannel() const { return m_Link.Channel(); }
   bool IsHECapable() const { return m_Adapter.IsHECapable(); }
   // The adapter's configuration; throws Exception before Initialize.
   CSmartPointer<CQUAYInterfaceConfig> Config() const { return m_Adapter.Config(); }
 
-  // --- Queries (wlan_queries.cpp); all throw Exception with the platform's code on failure
-  void DetermineInterfaceCapability();
-  std::uint32_t QueryWlanInterface_ForInt(std::int32_t opcode);
-  std::int32_t GetInterfaceState();        // WLAN_INTERFACE_STATE
-  std::int32_t GetInterfaceStateForLog();  // the same; -1 on failure
-  std::uint32_t QueryChannel();
-  void QueryRadioState(platform::WLAN_RADIO_STATE* state);
-  void CurrentConnection(platform::WLAN_CONNECTION_ATTRIBUTES* attrs);
-  void QueryCurrentConnection(platform::WLAN_CONNECTION_ATTRIBUTES* attrs, bool copy);
-  bool GetConnectedSSID(ConnectionFacts* facts);  // false instead of a throw
+  // --- Queries (wlan_queries.h); all throw Exception with the platform's code on failure
+  void DetermineInterfaceCapability() { m_Radio.DetermineInterfaceCapability(); }
+  std::uint32_t QueryWlanInterface_ForInt(std::int32_t opcode) {
+    return QueryNumber(m_Adapter, opcode);
+  }
+  std::int32_t GetInterfaceState() { return QueryState(m_Adapter); }
+  std::int32_t GetInterfaceStateForLog() { return QueryStateForLog(m_Adapter); }  // -1 on failure
+  std::uint32_t QueryChannel() { return m_Link.QueryChannel(); }
+  void QueryRadioState(platform::WLAN_RADIO_STATE* state) { QueryRadio(m_Adapter, state); }
+  void CurrentConnection(platform::WLAN_CONNECTION_ATTRIBUTES* attrs) {
+    QueryConnection(m_Adapter, attrs);
+  }
+  void QueryCurrentConnection(platform::WLAN_CONNECTION_ATTRIBUTES* attrs, bool copy) {
+    m_Link.QueryCurrentConnection(attrs, copy);
+  }
+  bool GetConnectedSSID(ConnectionFacts* facts) { return m_Link.GetConnectedSSID(facts); }
   bool FindBssEntry(WStringView ssid, const MacAddress& bssid, CSmartPointer<CWlanBssEntry>* entry);
   // Score of a BSS in the model: -1 without it, or the backup score while connected.
   std::int32_t GetScoreFromBssEntry(WStringView ssid, const MacAddress& bssid, bool bUseBackup);
   std::int32_t GetScoreFromBssEntry(std::string* log, WStringView ssid, const MacAddress& bssid);
   std::int32_t GetScoreFromBssEntry(WStringView ssid, const MacAddress& bssid, WString* phy,
                                     std::int32_t* rssi);
-  bool IsRadioOff() const;  // by the cached state of the HT or VHT PHY
-  void StoreRadioState(const platform::WLAN_RADIO_STATE& state);
+  bool IsRadioOff() const { return m_Radio.IsRadioOff(); }
+  void StoreRadioState(const platform::WLAN_RADIO_STATE& state) { m_Radio.Store(state); }
   // The network list has a private network among the adapter's connections.
   bool IsConnectedToPrivateNetwork();
   // Both BSSIDs are members of one network of this adapter.
   bool IsConnectedToNetworkWithBothBssids(const MacAddress& a, const MacAddress& b);
-  WStringView AdapterClassText() const;  // "ax", "ac", … "802.11"
+  WStringView AdapterClassText() const { return m_Radio.ClassText(); }
 
   // --- Discovery (network_discovery.cpp)
   // How many listed networks have a profile. *aux_error is written only with 100.
@@ -127,41 +114,33 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   void ConnectSynchronous(const platform::WLAN_CONNECTION_PARAMETERS& parameters, bool save,
                           std::uint32_t timeoutMs);
   void ConnectToNetwork(const WString& ssid);
-  void DisconnectSynchronous(WStringView text);     // `text` goes only to the log
-  bool SetConnectedBssid(const MacAddress& bssid);  // true: another BSSID than before
-  void ClearConnectedBssid();                       // and what the connection had of addresses
-  bool SetLastConnectedSsid(WStringView ssid);      // true: another SSID than before
-  // Empties it; any thread, without a lock.
-  void ForgetLastConnectedSsid() { m_bLastSsidForgotten = true; }
-  MacAddress GetConnectedBssid() const;
-  MacAddress GetConnectedBssidIfWeInitiated() const;
-  WString GetLastConnectedSsid() const;
-  platform::WLAN_CONNECTION_ATTRIBUTES GetConnAttrs() const;
-  std::uint64_t GetTimeOfLastConnectedSsid() const { return m_time_of_last_connected_ssid; }
-  std::uint32_t GetMaxSignalQuality() const { return m_MaxSignalQuality; }
-  std::uint64_t GetDisconnectedAgeMs() const;   // 0 while connected
-  void SetDisconnectedTick(bool disconnected);  // stamps it unless it is set, or clears it
+  void DisconnectSynchronous(WStringView text);  // `text` goes only to the log
+
+  // --- The present connection (adapter_link.h)
+  AdapterLink& Link() { return m_Link; }
+  const AdapterLink& Link() const { return m_Link; }
+  bool SetConnectedBssid(const MacAddress& bssid) { return m_Link.SetConnectedBssid(bssid); }
+  void ClearConnectedBssid() { m_Link.ClearConnectedBssid(); }
+  void ClearConnected() { m_Link.ClearConnected(); }
+  bool SetLastConnectedSsid(WStringView ssid) { return m_Link.SetLastConnectedSsid(ssid); }
+  MacAddress GetConnectedBssid() const { return m_Link.ConnectedBssid(); }
+  MacAddress GetConnectedBssidIfWeInitiated() const { return m_Link.OwnBssid(); }
+  WString GetLastConnectedSsid() const { return m_Link.LastConnectedSsid(); }
+  platform::WLAN_CONNECTION_ATTRIBUTES GetConnAttrs() const { return m_Link.ConnAttrs(); }
   // --- Contention (ap_contention.cpp): the other access points on the connection's channel
   void UpdateContentionAPs(const WString& ssid, const WString& bssidText, std::uint32_t channel);
   void ClearContention();
   WString ContentionText();  // those of the last count, for the log; "none" without any
-  void ClearConnected();     // forgets the connected flag and the peak quality
 
-  // --- Addresses of the present connection (ip_info.cpp)
-  // Reads them anew, when the radio comes on and at each change of connection, and teaches the
-  // gateways to the connected entry. A failed call leaves its list empty.
+  // Reads the addresses of the connection anew, when the radio comes on and at each change of
+  // connection, and teaches the gateways to the connected entry.
   void RefreshIPInfo();
-  IPInfo GetIPInfo() const;
-  void DumpIPAddresses() const;  // to the log
 
   // --- Gateways of the present connection (gateway_roaming.cpp), on the worker
   void GatewayRoamingCheck();  // teaches them to the connected entry and the memo
   // False when the model has no such entry.
   bool AssignGatewayMacsToBssEntry(const WString& ssid, const MacAddress& bssid, const MacList& ip4,
                                    const MacList& ip6);
-  MacList GetIP4GatewayMacs() const;
-  MacList GetIP6GatewayMacs() const;
-  bool HasGatewayMacs() const;
 
   // --- Notifications (connection_notifications.cpp), on the platform's thread
   void ConnectionNotification(platform::DWORD code, const void* data) override;
@@ -204,9 +183,6 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   // A copy of every entry of every network, in map order, taken under the interface lock.
   BssEntryList SnapshotEntries();
 
-  std::atomic<bool> m_bPresent{true};
-  std::atomic<std::int32_t> m_backup_score{-1};
-
  private:
   friend class CWlanClient;
   void BlastGateway(CAdaptersAddresses& adapters);
@@ -240,13 +216,8 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   void DisconnectInternal();
   void ScanInternal(const platform::DOT11_SSID* pSsid);
 
-  platform::DWORD Query(std::int32_t opcode, platform::DWORD* size, void** data);
-  template <typename T>
-  void QueryStruct(std::int32_t opcode, T* out);
   std::int32_t BackupScore(WStringView ssid,
                            const MacAddress& bssid) const;  // -1 while disconnected
-  void WlanInterfaceCapability();
-  void NotePhy(std::uint32_t position, std::int32_t type);
 
   bool MayScan(bool force_scan, std::uint64_t now, double rate);
   void LogScanDecision(const ScanInputs& in, const ScanDecision& decision) const;
@@ -270,30 +241,12 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   bool ListProfiles(std::vector<WString>* names);
   void RebuildProfiledNetworks(const char* operation, const std::vector<WString>& names,
                                bool collectHidden);
-  void ForgetIPInfo();
 
+  bool m_bPresent = true;  // the last enumeration has it; the client's, on the main thread
   AdapterIdentity m_Adapter;
+  AdapterRadio m_Radio{m_Adapter};
+  AdapterLink m_Link{m_Adapter};
 
-  // Guards the small texts and copies below; held for a copy.
-  mutable CCritSec m_StateLock{"interface state", LockRank::kLeaf};
-  platform::WLAN_INTERFACE_CAPABILITY m_Capability;
-  platform::WLAN_RADIO_STATE m_RadioState;  // under m_StateLock; each dwPhyIndex -1 at the start
-  std::atomic<std::int32_t> m_HE_PhyIdx{-1}, m_VHT_PhyIdx{-1}, m_HT_PhyIdx{-1};
-  std::atomic<std::int32_t> m_G_PhyIdx{-1}, m_B_PhyIdx{-1}, m_A_PhyIdx{-1};
-  std::atomic<bool> m_bIsConnected{false};
-  std::atomic<std::uint32_t> m_CurrentChannel{0};
-  std::atomic<std::uint32_t> m_MaxSignalQuality{0};
-  bool m_bHighestPhyPending = true;
-
-  platform::WLAN_CONNECTION_ATTRIBUTES m_ConnAttrs;  // under m_StateLock, as all down to the tick
-  MacAddress m_connected_dot11Bssid{};               // of the last connection round
-  MacAddress m_connected_dot11Bssid_if_we_initiated{};  // zero for a connection of somebody else
-  WString m_last_connected_ssid;
-  std::atomic<bool> m_bLastSsidForgotten{false};  // it counts as empty until it is set again
-  IPInfo m_IPInfo;
-  MacList m_IP4GatewayMacs, m_IP6GatewayMacs;
-  std::atomic<std::uint64_t> m_time_of_last_connected_ssid{0};  // tick
-  std::atomic<std::uint64_t> m_disconnected_tick{0};
   std::vector<WString> m_TempProfilesToSave;  // XML texts, interface lock
 
   OperationGate m_Operation;

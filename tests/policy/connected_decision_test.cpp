@@ -113,17 +113,17 @@ TEST_F(ConnectedDecisionTest, LostConnectionLetsTheNextOneBeReportedAnew) {
 TEST_F(ConnectedDecisionTest, ConnectionOutsideTheListIsLeftByItsModelOrBackupScore) {
   Connect("Cafe", 1);
   const auto better = Add("Home", 2, 60);
-  adapter->m_backup_score = 50;
+  adapter->Link().SetBackupScore(50);
   Round();
   EXPECT_EQ(better->m_candidate_counter, 1);
-  adapter->m_backup_score = 58;  // within the margin
+  adapter->Link().SetBackupScore(58);  // within the margin
   better->m_candidate_counter = 0;
   Round();
   EXPECT_EQ(better->m_candidate_counter, 0);
 
   FastScan({better});
   EXPECT_EQ(config->m_force_scan_counter, 0);
-  adapter->m_backup_score = 57;
+  adapter->Link().SetBackupScore(57);
   FastScan({better});
   EXPECT_EQ(config->m_force_scan_counter, 3);
 }
@@ -133,7 +133,7 @@ TEST_F(ConnectedDecisionTest, ScoreOfNothingIsAScore) {
   Add("Office", 1, 0);
   Add("Home", 2, 30);
   config->m_rate_gate_high = 1.0;
-  adapter->m_backup_score = 100;
+  adapter->Link().SetBackupScore(100);
   Round();
   EXPECT_EQ(wlan->calls.size(), 1u) << "what is better than nothing need not ripen";
 }

@@ -89,11 +89,12 @@ TEST_F(UserEnvironmentStory, TheDomainControllerIsThatOfTheNetworkThatItIsOn) {
   Start(world);
   ASSERT_TRUE(RunUntilTrue([&] { return IsOn(1); }, 1min));
   RunFor(20s);
-  EXPECT_EQ(Wlan()->GetIPInfo().dnsSuffix, u"Corp.office.example");
-  EXPECT_EQ(Wlan()->GetIPInfo().domainController, u"\\\\CORP-DC");
+  EXPECT_EQ(Wlan()->Link().Addresses().dnsSuffix, u"Corp.office.example");
+  EXPECT_EQ(Wlan()->Link().Addresses().domainController, u"\\\\CORP-DC");
   Pc().Faults().FailAlways("NetGetDCName", 2453);
   Wlan()->RefreshIPInfo();
-  EXPECT_EQ(Wlan()->GetIPInfo().domainController, u"") << "what is not known any more is not kept";
+  EXPECT_EQ(Wlan()->Link().Addresses().domainController, u"")
+      << "what is not known any more is not kept";
 }
 
 }  // namespace

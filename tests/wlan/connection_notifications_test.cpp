@@ -81,17 +81,17 @@ TEST_F(NotificationsTest, OutsideDisconnectForgetsTheConnection) {
   EXPECT_EQ(config.m_force_scan_counter, 1);
   EXPECT_EQ(config.m_rate_gate_high, kRateGateHighStart);
   EXPECT_EQ(config.m_rate_gate_low, kRateGateLowStart);
-  EXPECT_EQ(adapter->GetTimeOfLastConnectedSsid(), Now());
+  EXPECT_EQ(adapter->Link().TimeOfLastConnectedSsid(), Now());
   EXPECT_EQ(AdapterValue(value::kStatusMessage), u"");
 }
 
 TEST_F(NotificationsTest, TimeOfTheLastConnectionIsThatOfItsOwnSsidOnly) {
   StartConnected("Office", Bssid(1));
   wlan.NotifyConnection(kGone, "Cafe");
-  EXPECT_EQ(adapter->GetTimeOfLastConnectedSsid(), 0u);
+  EXPECT_EQ(adapter->Link().TimeOfLastConnectedSsid(), 0u);
   adapter->Config()->SetRoamingInhibit();
   wlan.NotifyConnection(kGone, "Office");
-  EXPECT_EQ(adapter->GetTimeOfLastConnectedSsid(), 0u) << "while a roaming inhibit is on";
+  EXPECT_EQ(adapter->Link().TimeOfLastConnectedSsid(), 0u) << "while a roaming inhibit is on";
 }
 
 TEST_F(NotificationsTest, RoamingInhibitEndsWithAnotherNetwork) {

@@ -90,7 +90,7 @@ TEST_F(WlanQueriesTest, FailedLookLeavesTheConnectedFlagAndThePeak) {
   EXPECT_EQ(facts.ssid, u"Office");
   EXPECT_EQ(facts.bssid, Bssid(1));
   EXPECT_EQ(facts.quality, 50u);
-  EXPECT_EQ(adapter->GetMaxSignalQuality(), 80u);
+  EXPECT_EQ(adapter->Link().MaxSignalQuality(), 80u);
   EXPECT_EQ(adapter->GetConnAttrs().wlanAssociationAttributes.wlanSignalQuality, 60u)
       << "no copy kept";
   wlan.Disconnect();
@@ -100,7 +100,7 @@ TEST_F(WlanQueriesTest, FailedLookLeavesTheConnectedFlagAndThePeak) {
   WLAN_CONNECTION_ATTRIBUTES attributes;
   EXPECT_NE(ThrownBy([&] { adapter->QueryCurrentConnection(&attributes, true); }), "");
   EXPECT_FALSE(adapter->IsConnected()) << "the round's own query decides";
-  EXPECT_EQ(adapter->GetMaxSignalQuality(), 0u);
+  EXPECT_EQ(adapter->Link().MaxSignalQuality(), 0u);
 }
 
 TEST_F(WlanQueriesTest, RadioIsOffWhenTheHtOrTheVhtPhyIs) {
@@ -129,7 +129,7 @@ TEST_F(WlanQueriesTest, ScoreLookUpsFallBackOnlyWhileConnected) {
   wlan.entries = {{"Office", Bssid(1)}};
   Start();
   Discover();
-  adapter->m_backup_score = 55;
+  adapter->Link().SetBackupScore(55);
   EXPECT_GE(adapter->GetScoreFromBssEntry(u"Office", Bssid(1), false), 0);
   EXPECT_EQ(adapter->GetScoreFromBssEntry(u"Office", Bssid(2), true), -1);
   WLAN_CONNECTION_ATTRIBUTES attributes;
