@@ -82,7 +82,7 @@ void CWlanInterface::ConnectSynchronous(const WLAN_CONNECTION_PARAMETERS& parame
     AwaitConnectedState();
     if (save && parameters.wlanConnectionMode == wlan_connection_mode_temporary_profile &&
         parameters.strProfile && *parameters.strProfile) {
-      QueueTempProfile(parameters);
+      m_Profiles.QueueTempProfile(m_Link.ConnAttrs(), parameters);
     }
   } catch (const Exception& e) {
     LOG_ERROR(u"[%i] CWlanInterface::ConnectToNetwork: Exception: %hs\n", m_Adapter.Idx(),
@@ -142,16 +142,6 @@ void CWlanInterface::AwaitConnectedState() {
     Os().threads.Sleep(kPollMs);
   }
   throw Exception("WlanConnect(pConnectParams) failed, not connected after %i polls", kPollsMax);
-}
-
-void CWlanInterface::QueueTempProfile(const WLAN_CONNECTION_PARAMETERS& parameters) {
-  const WLAN_CONNECTION_ATTRIBUTES attrs = m_Link.ConnAttrs();
-  LOG_ADAPTER(m_Adapter.Idx(), kConnectLog,
-              u"...State = %i [CONNECTED!] Queueing Temp profile for saving on disconnect...\n",
-              attrs.isState);
-  const CCritSecLock lock(ObjectLock());
-  m_TempProfilesToSave.emplace_back(parameters.strProfile);
-  SaveTempProfileToNetwork(SsidText(attrs.wlanAssociationAttributes.dot11Ssid), parameters);
 }
 
 void CWlanInterface::ConnectInternal(const WLAN_CONNECTION_PARAMETERS& parameters) {

@@ -189,7 +189,7 @@ void CWlanInterface::OnOutsideDisconnect(DWORD code, bool xSide, const WString& 
     m_Link.StampLastConnectedSsid();
   }
   config->Set_InhibitQUAY(kInhibitOutsideDisconnectMs, "out-disc");
-  SaveTempProfiles();
+  m_Profiles.SaveTempProfiles();
   QueueNotification(u"Corvane", u"ConnectionChange", u"ExternalDisconnect", u"Unknown", u"Unknown",
                     m_Adapter.MacText(), m_Adapter.Description());
 }
@@ -276,7 +276,7 @@ void CWlanInterface::OnOwnCompletion(DWORD code, WlanOperation kind, DWORD reaso
   if (IsDisconnect(code)) {
     m_Link.SetOwnBssid({});
     ForgetConnection(ssid);
-    SaveTempProfiles();
+    m_Profiles.SaveTempProfiles();
   } else {
     config->m_bForcePopupOverride = false;
     LOG_ADAPTER(m_Adapter.Idx(), kNotifyLog,

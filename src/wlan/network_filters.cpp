@@ -1,4 +1,4 @@
-// The permit and deny lists that group policy or the user have set.
+#include "wlan/network_filters.h"
 
 #include "foundation/log_lines.h"
 #include "platform/platform.h"
@@ -7,7 +7,6 @@
 #include "store/csv_helper.h"
 #include "wlan/wlan_buffer.h"
 #include "wlan/wlan_call.h"
-#include "wlan/wlan_interface.h"
 #include "wlan/wlan_limits.h"
 
 namespace corvane {
@@ -47,9 +46,9 @@ DWORD ReadFilterList(HANDLE client, LONG type, std::vector<WString>* ssids) {
 
 }  // namespace
 
-void CWlanInterface::RefreshNetworkAllowDenyFilters() {
+void RefreshNetworkAllowDenyFilters(const AdapterIdentity& adapter) {
   auto& global = CGlobalConfigContainer::GetInstance();
-  const auto client = m_Adapter.Client();
+  const auto client = adapter.Client();
   const auto permitted = CSVHelper::CreateObject();
   const auto denied = CSVHelper::CreateObject();
   std::uint32_t permitRows = 0;
@@ -61,7 +60,7 @@ void CWlanInterface::RefreshNetworkAllowDenyFilters() {
           u"[%i] CWlanInterface::RefreshNetworkAllowDenyFilters: WlanGetFilterList_wrapper(%s) "
           u"__FAILED__, "
           u"rc=0x%08lx\n",
-          m_Adapter.Idx(), filter.name, result);
+          adapter.Idx(), filter.name, result);
       continue;
     }
     for (const WString& ssid : ssids) {
@@ -75,11 +74,11 @@ void CWlanInterface::RefreshNetworkAllowDenyFilters() {
   const auto registry = global.GetRegistry();
   if (!registry || !registry->SetRegistryStringValue(u"AllowListCSV", permitted->GetString())) {
     LOG_ERROR(u"[%i] ===========> RefreshNetworkAllowDenyFilters: ALLOW LIST WRITE FAILED!\n",
-              m_Adapter.Idx());
+              adapter.Idx());
   }
   if (!registry || !registry->SetRegistryStringValue(u"DenyListCSV", denied->GetString())) {
     LOG_ERROR(u"[%i] ===========> RefreshNetworkAllowDenyFilters: DEMY LIST WRITE FAILED!\n",
-              m_Adapter.Idx());
+              adapter.Idx());
   }
 }
 

@@ -168,13 +168,13 @@ void CWlanInterface::TakeNetworks(const CGenericMalloc& list, std::int32_t* foun
 
 // Under its own name, or under another one that the system's network list has for it.
 bool CWlanInterface::FindProfile(CWlanNetwork& network) {
-  network.m_Profile = GetProfileDataHelper(network.m_SSIDW);
+  network.m_Profile = m_Profiles.GetProfileDataHelper(network.m_SSIDW);
   if (network.m_Profile) return true;
   std::list<WString> names;
   if (auto* const list = CNetworkListManager::Find())
     list->GetNameForBaseNetname(network.m_SSIDW, &names);
   for (const WString& name : names) {
-    network.m_Profile = GetProfileDataHelper(name);
+    network.m_Profile = m_Profiles.GetProfileDataHelper(name);
     if (!network.m_Profile) continue;
     LOG_DEBUG(DBG(1),
               u"\n[%i] CWlanInterface::DiscoverNetworksSynchronous: FOUND PROFILE USING OTHER NAME "

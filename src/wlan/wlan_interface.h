@@ -11,7 +11,9 @@
 #include "report/ap_set_memo.h"
 #include "store/ap_list_row.h"
 #include "wlan/adapter_link.h"
+#include "wlan/adapter_profiles.h"
 #include "wlan/adapter_radio.h"
+#include "wlan/network_filters.h"
 #include "wlan/notification_sink.h"
 #include "wlan/operation_gate.h"
 #include "wlan/policy_memory.h"
@@ -92,21 +94,25 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   bool IsScanInFlight() const { return m_scan_in_flight; }
   bool IsScanFresh() const { return m_scan_fresh; }
 
-  // --- Profiles (profiles.cpp, network_filters.cpp, temporary_profiles.cpp). No failure is told to
-  // the caller other than by the result.
-  void RefreshProfiledAPList();   // rebuilds only when a name or the count differs
-  void EnumerateALLAPProfiles();  // always rebuilds
-  CSmartPointer<CWlanProfileData> GetProfileDataHelper(
-      const WString& name);  // null: no such profile
-  // *hidden is left alone for a network without a profile.
-  bool GetProfileProperties(const WString& ssid, bool* hidden);
-  bool DeleteWlanProfile(const WString& name);
-  void RefreshNetworkAllowDenyFilters();
-  // Keeps the XML text of a temporary connection with its network, unless that has a profile.
+  // --- Profiles (adapter_profiles.h, network_filters.h)
+  void RefreshProfiledAPList() { m_Profiles.RefreshProfiledAPList(); }
+  void EnumerateALLAPProfiles() { m_Profiles.EnumerateALLAPProfiles(); }
+  CSmartPointer<CWlanProfileData> GetProfileDataHelper(const WString& name) {
+    return m_Profiles.GetProfileDataHelper(name);
+  }
+  bool GetProfileProperties(const WString& ssid, bool* hidden) {
+    return m_Profiles.GetProfileProperties(ssid, hidden);
+  }
+  bool DeleteWlanProfile(const WString& name) { return m_Profiles.DeleteWlanProfile(name); }
+  void RefreshNetworkAllowDenyFilters() { corvane::RefreshNetworkAllowDenyFilters(m_Adapter); }
   void SaveTempProfileToNetwork(const WString& ssid,
-                                const platform::WLAN_CONNECTION_PARAMETERS& parameters);
-  bool GetTempProfile(WStringView ssid, WString* xml);
-  void SaveTempProfiles();  // stores the queued texts as profiles, each once
+                                const platform::WLAN_CONNECTION_PARAMETERS& parameters) {
+    m_Profiles.SaveTempProfileToNetwork(ssid, parameters);
+  }
+  bool GetTempProfile(WStringView ssid, WString* xml) {
+    return m_Profiles.GetTempProfile(ssid, xml);
+  }
+  void SaveTempProfiles() { m_Profiles.SaveTempProfiles(); }
 
   // --- Connection control (connection_control.cpp). The operations block, queue behind one another
   // without a limit, and throw Exception; without a client they do nothing. Timeouts may be
@@ -211,7 +217,6 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   bool StartOperation(WlanOperation kind, const std::function<void()>& call);
   void AwaitConnect(std::uint32_t timeoutMs);
   void AwaitConnectedState();
-  void QueueTempProfile(const platform::WLAN_CONNECTION_PARAMETERS& parameters);
   void ConnectInternal(const platform::WLAN_CONNECTION_PARAMETERS& parameters);
   void DisconnectInternal();
   void ScanInternal(const platform::DOT11_SSID* pSsid);
@@ -238,20 +243,15 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   void NoteConnectivity();
   void RememberConnectivity();
 
-  bool ListProfiles(std::vector<WString>* names);
-  void RebuildProfiledNetworks(const char* operation, const std::vector<WString>& names,
-                               bool collectHidden);
-
   bool m_bPresent = true;  // the last enumeration has it; the client's, on the main thread
   AdapterIdentity m_Adapter;
   AdapterRadio m_Radio{m_Adapter};
   AdapterLink m_Link{m_Adapter};
 
-  std::vector<WString> m_TempProfilesToSave;  // XML texts, interface lock
-
   OperationGate m_Operation;
 
-  NetworkMap m_Networks;        // interface lock
+  NetworkMap m_Networks;  // interface lock
+  AdapterProfiles m_Profiles{m_Adapter, ObjectLock(), m_Networks};
   CApSetMemo m_ContentionMemo;  // the contenders of the last count
   CApSetMemo m_InternetMemo;    // the connectivity that the scores saw, over a loss of the tree
   CSmartPointer<CInterfacePDH> m_pInterfacePDH;

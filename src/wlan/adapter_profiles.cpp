@@ -1,4 +1,4 @@
-// The stored profiles: look-ups, the maps of all adapters, and the text that clients read.
+#include "wlan/adapter_profiles.h"
 
 #include "foundation/log_lines.h"
 #include "model/global_wireless_maps.h"
@@ -7,9 +7,9 @@
 #include "platform/wlan_api.h"
 #include "settings/global_config_container.h"
 #include "store/value_names.h"
+#include "wlan/reason_text.h"
 #include "wlan/wlan_buffer.h"
 #include "wlan/wlan_call.h"
-#include "wlan/wlan_interface.h"
 #include "wlan/wlan_limits.h"
 
 namespace corvane {
@@ -17,6 +17,9 @@ namespace corvane {
 namespace {
 
 using namespace platform;
+
+constexpr std::uint64_t kConnectLog = DBG(4);
+constexpr std::uint64_t kTempProfileLog = DBG(43);
 
 WString NameOf(const WLAN_PROFILE_INFO& info) {
   const WStringView name(info.strProfileName, std::size(info.strProfileName));
@@ -43,7 +46,7 @@ bool IsInStep(const CGlobalWirelessMaps::ProfileMap& profiles, const std::vector
 
 }  // namespace
 
-CSmartPointer<CWlanProfileData> CWlanInterface::GetProfileDataHelper(const WString& name) {
+CSmartPointer<CWlanProfileData> AdapterProfiles::GetProfileDataHelper(const WString& name) {
   const auto client = m_Adapter.Client();
   WlanBuffer<char16_t> xml;
   DWORD flags = WLAN_PROFILE_GET_PLAINTEXT_KEY;
@@ -71,7 +74,7 @@ CSmartPointer<CWlanProfileData> CWlanInterface::GetProfileDataHelper(const WStri
   return nullptr;
 }
 
-bool CWlanInterface::ListProfiles(std::vector<WString>* names) {
+bool AdapterProfiles::ListProfiles(std::vector<WString>* names) {
   const auto client = m_Adapter.Client();
   WlanBuffer<WLAN_PROFILE_INFO_LIST> list;
   const DWORD result = CodeOfCall("CWlanInterface", "WlanGetProfileList", [&] {
@@ -83,7 +86,7 @@ bool CWlanInterface::ListProfiles(std::vector<WString>* names) {
   return true;
 }
 
-void CWlanInterface::RefreshProfiledAPList() {
+void AdapterProfiles::RefreshProfiledAPList() {
   std::vector<WString> names;
   if (!ListProfiles(&names)) return;
   {
@@ -98,14 +101,14 @@ void CWlanInterface::RefreshProfiledAPList() {
   RebuildProfiledNetworks("RefreshProfiledAPList", names, false);
 }
 
-void CWlanInterface::EnumerateALLAPProfiles() {
+void AdapterProfiles::EnumerateALLAPProfiles() {
   std::vector<WString> names;
   if (ListProfiles(&names)) RebuildProfiledNetworks("EnumerateALLAPProfiles", names, true);
 }
 
-void CWlanInterface::RebuildProfiledNetworks(const char* operation,
-                                             const std::vector<WString>& names,
-                                             bool collectHidden) {
+void AdapterProfiles::RebuildProfiledNetworks(const char* operation,
+                                              const std::vector<WString>& names,
+                                              bool collectHidden) {
   CGlobalWirelessMaps::ProfileMap fresh;
   for (const WString& name : names) {
     if (auto profile = GetProfileDataHelper(name)) fresh[name] = std::move(profile);
@@ -138,9 +141,9 @@ void CWlanInterface::RebuildProfiledNetworks(const char* operation,
   QueueNotification(u"Corvane", u"System", u"ProfiledNetworksJson");
 }
 
-bool CWlanInterface::GetProfileProperties(const WString& ssid, bool* hidden) {
+bool AdapterProfiles::GetProfileProperties(const WString& ssid, bool* hidden) {
   if (ssid.empty()) return false;
-  const CCritSecLock lock(ObjectLock());
+  const CCritSecLock lock(m_Lock);
   auto& maps = CGlobalWirelessMaps::GetInstance();
   const auto remember = [&](const CSmartPointer<CWlanProfileData>& profile) {
     *hidden = profile->m_bNonBroadcast;
@@ -169,7 +172,7 @@ bool CWlanInterface::GetProfileProperties(const WString& ssid, bool* hidden) {
   return false;
 }
 
-bool CWlanInterface::DeleteWlanProfile(const WString& name) {
+bool AdapterProfiles::DeleteWlanProfile(const WString& name) {
   const auto client = m_Adapter.Client();
   const DWORD result = CodeOfCall("CWlanInterface", "WlanDeleteProfile", [&] {
     return Os().wlan.WlanDeleteProfile(client.Handle(), &m_Adapter.Guid(), name.c_str(), nullptr);
@@ -181,6 +184,72 @@ bool CWlanInterface::DeleteWlanProfile(const WString& name) {
       u"rc=0x%08lx\n",
       m_Adapter.Idx(), name, result);
   return false;
+}
+
+void AdapterProfiles::QueueTempProfile(const WLAN_CONNECTION_ATTRIBUTES& attrs,
+                                       const WLAN_CONNECTION_PARAMETERS& parameters) {
+  LOG_ADAPTER(m_Adapter.Idx(), kConnectLog,
+              u"...State = %i [CONNECTED!] Queueing Temp profile for saving on disconnect...\n",
+              attrs.isState);
+  const CCritSecLock lock(m_Lock);
+  m_TempProfilesToSave.emplace_back(parameters.strProfile);
+  SaveTempProfileToNetwork(SsidText(attrs.wlanAssociationAttributes.dot11Ssid), parameters);
+}
+
+void AdapterProfiles::SaveTempProfileToNetwork(const WString& ssid,
+                                               const WLAN_CONNECTION_PARAMETERS& parameters) {
+  const CCritSecLock lock(m_Lock);
+  const auto at = m_Networks.find(ssid);
+  if (at == m_Networks.end()) {
+    LOG_ADAPTER(m_Adapter.Idx(), kTempProfileLog,
+                u"[%i] CWlanInterface::SaveTempProfileToNetwork: SSID [%s] _NOT FOUND_\n",
+                m_Adapter.Idx(), ssid);
+    return;
+  }
+  CWlanNetwork& network = *at->second;
+  if (network.m_Profile) {
+    LOG_ADAPTER(m_Adapter.Idx(), kTempProfileLog,
+                u"[%i] CWlanInterface::SaveTempProfileToNetwork: SSID [%s] FOUND, but already has "
+                u"Profile\n",
+                m_Adapter.Idx(), ssid);
+    return;
+  }
+  network.m_TempProfileXml = parameters.strProfile ? parameters.strProfile : u"";
+  LOG_ADAPTER(m_Adapter.Idx(), kTempProfileLog,
+              u"[%i] CWlanInterface::SaveTempProfileToNetwork: SSID [%s]\n", m_Adapter.Idx(), ssid);
+  for (const auto& [bssid, entry] : network.m_BssMap) {
+    entry->m_bHasTempProfile = true;
+    LOG_ADAPTER(m_Adapter.Idx(), kTempProfileLog,
+                u"[%i] CWlanInterface::SaveTempProfileToNetwork: SSID [%s]: SetHasTempProfile in "
+                u"BSSID %s\n",
+                m_Adapter.Idx(), ssid, entry->m_BSSIDText);
+  }
+}
+
+bool AdapterProfiles::GetTempProfile(WStringView ssid, WString* xml) {
+  const CCritSecLock lock(m_Lock);
+  const auto at = m_Networks.find(ssid);
+  if (at == m_Networks.end() || at->second->m_TempProfileXml.empty()) return false;
+  *xml = at->second->m_TempProfileXml;
+  return true;
+}
+
+void AdapterProfiles::SaveTempProfiles() {
+  const CCritSecLock lock(m_Lock);
+  const auto client = m_Adapter.Client();
+  for (const WString& xml : std::exchange(m_TempProfilesToSave, {})) {
+    DWORD reason = 0;
+    const DWORD result = CodeOfCall("CWlanInterface", "WlanSetProfile", [&] {
+      return Os().wlan.WlanSetProfile(client.Handle(), &m_Adapter.Guid(), 0, xml.c_str(), nullptr,
+                                      TRUE, nullptr, &reason);
+    });
+    if (result == ERROR_SUCCESS) {
+      LOG_DEBUG(kTempProfileLog, u"Successfully saved temp profile!\n%s\n", xml);
+    } else {
+      LOG_DEBUG(kTempProfileLog, u"Failed to save temp profile[rc=%lu, reason=%lu, %s]\n%s\n",
+                result, reason, ReasonText(reason), xml);
+    }
+  }
 }
 
 }  // namespace corvane
