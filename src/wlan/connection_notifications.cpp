@@ -95,7 +95,7 @@ void CWlanInterface::ConnectionNotification_internal(DWORD code, const void* dat
               u"%lu",
               m_Adapter.Idx(), code, WordOf(code), ssid, facts.wlanReasonCode);
 
-  const OperationGate::State state = m_Operation.Get();
+  const OperationGate::State state = m_Operations.InFlight();
   const NotificationOwner owner = OwnerOfNotification(state.m_op_busy, state.m_op_kind, code);
   const bool isCompletion = code == wlan_notification_acm_connection_complete || IsDisconnect(code);
   if (!isCompletion) {
@@ -271,7 +271,7 @@ void CWlanInterface::TellOfOutsideConnect(const ConnectionFacts& facts) {
 void CWlanInterface::OnOwnCompletion(DWORD code, WlanOperation kind, DWORD reason,
                                      const WString& ssid) {
   const auto config = m_Adapter.Config();
-  m_Operation.Complete(kind, code, static_cast<std::int32_t>(reason));
+  m_Operations.Complete(kind, code, static_cast<std::int32_t>(reason));
   ResetReports(code);
   if (IsDisconnect(code)) {
     m_Link.SetOwnBssid({});
@@ -311,9 +311,9 @@ void CWlanInterface::ForgetConnection(const WString& ssid) {
 void CWlanInterface::ScanNotification_internal(DWORD code, DWORD reason) {
   if (!m_Adapter.Client()) return;
   const bool complete = code == wlan_notification_acm_scan_complete;
-  const OperationGate::State state = m_Operation.Get();
+  const OperationGate::State state = m_Operations.InFlight();
   if (state.m_op_busy && state.m_op_kind == WlanOperation::kScan) {
-    if (m_Operation.Complete(WlanOperation::kScan, code, static_cast<std::int32_t>(reason))) {
+    if (m_Operations.Complete(WlanOperation::kScan, code, static_cast<std::int32_t>(reason))) {
       LOG_ADAPTER(m_Adapter.Idx(), DBG(30),
                   u"[%i]CWlanInterface::ScanNotification_internal: m_pScanSyncEvent->SetEvent() "
                   u"++++++++++++++ [NotificationCode=%lu]%s",

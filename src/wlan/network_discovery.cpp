@@ -19,7 +19,6 @@ namespace {
 using namespace platform;
 
 constexpr std::uint64_t kScanLog = DBG(0) | DBG(3);
-constexpr std::uint32_t kScanWaitMs = 20000;
 constexpr std::uint32_t kQualityMargin = 10;
 constexpr std::size_t kLongestSsid = sizeof(DOT11_SSID::ucSSID);
 
@@ -36,18 +35,6 @@ bool IsConnectedSsid(const DOT11_SSID& ssid, const DOT11_SSID& connected) {
   const std::size_t length = std::min<std::size_t>(connected.uSSIDLength, kLongestSsid);
   return std::equal(connected.ucSSID, connected.ucSSID + length, ssid.ucSSID);
 }
-
-// Says of a scan that it runs, until it has ended in whatever way.
-class InFlight {
- public:
-  explicit InFlight(std::atomic<bool>* flag) : m_Flag(*flag) {}
-  ~InFlight() { m_Flag = false; }
-  InFlight(const InFlight&) = delete;
-  InFlight& operator=(const InFlight&) = delete;
-
- private:
-  std::atomic<bool>& m_Flag;
-};
 
 }  // namespace
 
@@ -105,7 +92,8 @@ void CWlanInterface::LogScanDecision(const ScanInputs& in, const ScanDecision& d
   const std::uint32_t quality = m_Link.ConnAttrs().wlanAssociationAttributes.wlanSignalQuality;
   const std::uint32_t peak = m_Link.MaxSignalQuality();
   const std::uint64_t interval = std::uint64_t{in.intervalSecs} * 1000;
-  const std::uint32_t done = m_ScanSuccesses, tried = m_ScanAttempts,
+  const std::uint32_t done = m_Operations.Scans().m_ScanSuccesses,
+                      tried = m_Operations.Scans().m_ScanAttempts,
                       deferred = m_consec_ScanDeferrals;
 
   if (decision.idleVetoed) {
@@ -206,7 +194,7 @@ void CWlanInterface::RunScans(std::uint64_t now) {
   {
     // One broadcast scan at a time on this machine: two at once would spoil each other's air.
     const CCritSecLock lock(CGlobalConfigContainer::GetInstance().GetSecondLock());
-    ScanSynchronous(nullptr);
+    m_Operations.ScanSynchronous(nullptr);
   }
   RunHiddenScans();
   m_scan_fresh = true;
@@ -237,7 +225,7 @@ void CWlanInterface::RunHiddenScans() {
                 u"NETWORK: %S\n",
                 m_Adapter.Idx(), bytes);
     try {
-      ScanSynchronous(&ssid);
+      m_Operations.ScanSynchronous(&ssid);
     } catch (const Exception& e) {
       LOG_ERROR(
           u"[%i] CWlanInterface::DiscoverNetworksSynchronous: ScanSynchronous(%S) failed - "
@@ -251,56 +239,6 @@ void CWlanInterface::RunHiddenScans() {
           m_Adapter.Idx(), bytes, e.what());
     }
   }
-}
-
-void CWlanInterface::ScanSynchronous(const DOT11_SSID* pSsid) {
-  OperationGate::Result result;
-  try {
-    const InFlight inFlight(&m_scan_in_flight);
-    if (!StartOperation(WlanOperation::kScan, [&] {
-          m_scan_in_flight = true;
-          ScanInternal(pSsid);
-        })) {
-      return;
-    }
-    result = m_Operation.Await(WlanOperation::kScan, kScanWaitMs);
-  } catch (const Exception& e) {
-    LOG_ERROR(u"[%i]CWlanInterface::ScanSynchronous: Exception: %S", m_Adapter.Idx(), e.what());
-    throw;
-  } catch (const std::exception& e) {
-    LOG_ERROR(u"[%i]CWlanInterface::ScanSynchronous: std:exception: %S", m_Adapter.Idx(), e.what());
-    throw;
-  }
-  if (result.end == OperationGate::End::kDone) return;
-  const bool exit = result.end == OperationGate::End::kExit;
-  LOG_ERROR(
-      u"\n[%i] CWlanInterface::ScanSynchronous: [waitBool=%i] _AFTER_ "
-      u"m_pScanSyncEvent->WaitOnEvent() "
-      u"!!!!!!!!!!!!! %s!",
-      m_Adapter.Idx(), false, exit ? u"GOT EXIT EVENT" : u"TIMEOUT");
-  throw Exception(exit ? "ScanSynchronous() - Got Exit Event!"
-                       : "ScanSynchronous() - Event Timeout!");
-}
-
-void CWlanInterface::ScanInternal(const DOT11_SSID* pSsid) {
-  const auto client = m_Adapter.Client();
-  ++m_ScanAttempts;
-  DWORD result = ERROR_SUCCESS;
-  try {
-    result = Os().wlan.WlanScan(client.Handle(), &m_Adapter.Guid(), pSsid, nullptr, nullptr);
-  } catch (const PlatformFault& fault) {
-    ++m_ScanFailures;
-    LOG_ERROR(u"[%i]CWlanInterface::ScanInternal: WlanScan EXCEPTION: 0x%08x", m_Adapter.Idx(),
-              fault.code);
-    throw Exception("WlanScan() failed: 0x%08lx", fault.code);
-  }
-  if (result == ERROR_SUCCESS) {
-    ++m_ScanSuccesses;
-    return;
-  }
-  ++m_ScanFailures;
-  LOG_ERROR(u"[%i]CWlanInterface::ScanInternal:: WlanScan FAILED %lu", m_Adapter.Idx(), result);
-  throw Exception("WlanScan() failed: %i", result);
 }
 
 }  // namespace corvane

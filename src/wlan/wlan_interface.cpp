@@ -19,7 +19,7 @@ CWlanInterface::~CWlanInterface() = default;
 
 void CWlanInterface::Initialize(CWlanClient* client, const platform::WLAN_INTERFACE_INFO& info) {
   m_bPresent = true;
-  m_Operation.Initialize();
+  m_Operations.Initialize();
   m_Adapter.Initialize(client, info);
   if (m_Adapter.HasOsIfIndex()) {
     const auto config = m_Adapter.Config();
@@ -33,7 +33,7 @@ void CWlanInterface::Initialize(CWlanClient* client, const platform::WLAN_INTERF
 void CWlanInterface::Detach() {
   m_Adapter.Detach();
   m_Link.ForgetIPInfo();
-  m_Operation.SignalExit();
+  m_Operations.SignalExit();
 }
 
 void CWlanInterface::RefreshIPInfo() {

@@ -10,12 +10,10 @@
 #include "probes/win_icmp2.h"
 #include "report/ap_set_memo.h"
 #include "store/ap_list_row.h"
-#include "wlan/adapter_link.h"
-#include "wlan/adapter_profiles.h"
+#include "wlan/adapter_operations.h"
 #include "wlan/adapter_radio.h"
 #include "wlan/network_filters.h"
 #include "wlan/notification_sink.h"
-#include "wlan/operation_gate.h"
 #include "wlan/policy_memory.h"
 #include "wlan/scan_decision.h"
 #include "wlan/wlan_queries.h"
@@ -88,10 +86,8 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   // --- Discovery (network_discovery.cpp)
   // How many listed networks have a profile. *aux_error is written only with 100.
   std::int32_t DiscoverNetworksSynchronous(bool force_scan, bool first, std::int32_t* aux_error);
-  void ScanSynchronous(const platform::DOT11_SSID* pSsid);  // throws Exception
   void UpdateAllScores();  // takes the interface lock, then the maps lock
   void ClearNetworks();
-  bool IsScanInFlight() const { return m_scan_in_flight; }
   bool IsScanFresh() const { return m_scan_fresh; }
 
   // --- Profiles (adapter_profiles.h, network_filters.h)
@@ -114,13 +110,15 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   }
   void SaveTempProfiles() { m_Profiles.SaveTempProfiles(); }
 
-  // --- Connection control (connection_control.cpp). The operations block, queue behind one another
-  // without a limit, and throw Exception; without a client they do nothing. Timeouts may be
-  // INFINITE. The caller holds no interface lock.
+  // --- Operations (adapter_operations.h): each blocks to its end
+  void ScanSynchronous(const platform::DOT11_SSID* pSsid) { m_Operations.ScanSynchronous(pSsid); }
   void ConnectSynchronous(const platform::WLAN_CONNECTION_PARAMETERS& parameters, bool save,
-                          std::uint32_t timeoutMs);
-  void ConnectToNetwork(const WString& ssid);
-  void DisconnectSynchronous(WStringView text);  // `text` goes only to the log
+                          std::uint32_t timeoutMs) {
+    m_Operations.ConnectSynchronous(parameters, save, timeoutMs);
+  }
+  void ConnectToNetwork(const WString& ssid) { m_Operations.ConnectToNetwork(ssid); }
+  void DisconnectSynchronous(WStringView text) { m_Operations.DisconnectSynchronous(text); }
+  bool IsScanInFlight() const { return m_Operations.IsScanInFlight(); }
 
   // --- The present connection (adapter_link.h)
   AdapterLink& Link() { return m_Link; }
@@ -212,15 +210,6 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   void ResetReports(platform::DWORD code);
   void ForgetConnection(const WString& ssid);  // what every completed disconnect does
 
-  // Waits for its turn and makes the platform call under the interface lock; false without a
-  // client.
-  bool StartOperation(WlanOperation kind, const std::function<void()>& call);
-  void AwaitConnect(std::uint32_t timeoutMs);
-  void AwaitConnectedState();
-  void ConnectInternal(const platform::WLAN_CONNECTION_PARAMETERS& parameters);
-  void DisconnectInternal();
-  void ScanInternal(const platform::DOT11_SSID* pSsid);
-
   std::int32_t BackupScore(WStringView ssid,
                            const MacAddress& bssid) const;  // -1 while disconnected
 
@@ -247,11 +236,9 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   AdapterIdentity m_Adapter;
   AdapterRadio m_Radio{m_Adapter};
   AdapterLink m_Link{m_Adapter};
-
-  OperationGate m_Operation;
-
   NetworkMap m_Networks;  // interface lock
   AdapterProfiles m_Profiles{m_Adapter, ObjectLock(), m_Networks};
+  AdapterOperations m_Operations{m_Adapter, m_Link, m_Profiles, ObjectLock()};
   CApSetMemo m_ContentionMemo;  // the contenders of the last count
   CApSetMemo m_InternetMemo;    // the connectivity that the scores saw, over a loss of the tree
   CSmartPointer<CInterfacePDH> m_pInterfacePDH;
@@ -263,9 +250,7 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   std::uint32_t m_consec_ScanDeferrals = 0;
   std::atomic<std::uint32_t> m_connected_scan_count{0};
   std::atomic<std::uint32_t> m_disconnected_scan_count{0};
-  std::uint32_t m_ScanAttempts = 0, m_ScanFailures = 0, m_ScanSuccesses = 0;
   std::atomic<bool> m_scan_fresh{false};
-  std::atomic<bool> m_scan_in_flight{false};
   std::vector<double> m_RateHistory;  // Mbps, newest first, at most 2
 
   PolicyMemory m_Policy{m_Adapter, ObjectLock(), m_Networks};
