@@ -2,6 +2,7 @@
 
 #include "foundation/log_lines.h"
 #include "monitors/adapters_addresses.h"
+#include "monitors/network_list_manager.h"
 #include "platform/clock_api.h"
 #include "platform/platform.h"
 #include "platform/session_api.h"
@@ -10,6 +11,8 @@
 namespace corvane {
 
 namespace {
+
+constexpr std::int32_t kCategoryPrivate = 1;
 
 // The lists as one text, for the log.
 template <class List, class TextOf>
@@ -201,6 +204,22 @@ void AdapterLink::DumpIPAddresses() const {
 bool AdapterLink::HasGatewayMacs() const {
   const CCritSecLock lock(m_Lock);
   return m_State.m_IPInfo.HasGatewayMacs();
+}
+
+bool AdapterLink::IsConnectedToPrivateNetwork() const {
+  std::list<NlmNetworkRecord> records;
+  if (auto* const list = CNetworkListManager::Find())
+    list->GetNetCatInfoForInterface(m_Adapter.Guid(), &records);
+  for (const NlmNetworkRecord& record : records) {
+    const bool isPrivate = record.cat == kCategoryPrivate;
+    LOG_ADAPTER(
+        m_Adapter.Idx(), DBG(1),
+        u"[%i] CWlanInterface::IsConnectedToPrivateNetwork: FOUND %s: category=%i %s, Name=%s\n",
+        m_Adapter.Idx(), isPrivate ? u"PRIVATE" : u"NON-PRIVATE", record.cat,
+        NetworkCategoryName(record.cat), record.name);
+    if (isPrivate) return true;
+  }
+  return false;
 }
 
 }  // namespace corvane

@@ -73,6 +73,9 @@ class AdapterLink {
   std::uint64_t TimeOfLastConnectedSsid() const { return m_time_of_last_connected_ssid; }
   void StampLastConnectedSsid();
 
+  // The network list has a private network among the adapter's connections.
+  bool IsConnectedToPrivateNetwork() const;
+
   std::uint64_t DisconnectedAgeMs() const;      // 0 while connected
   void SetDisconnectedTick(bool disconnected);  // stamps it unless it is set, or clears it
 

@@ -1,15 +1,10 @@
-// The other access points on the channel of the connection, told when they change.
+#include "wlan/ap_contention.h"
 
 #include "elements/frequency_table.h"
-#include "platform/clock_api.h"
-#include "platform/platform.h"
-#include "wlan/wlan_interface.h"
 
 namespace corvane {
 
 namespace {
-
-constexpr std::uint64_t kRecentScanMs = 120000;
 
 // 0 where the model has no such entry. `bssidText` is in lower case, as the entries have it.
 int BandOf(const NetworkMap& networks, const WString& ssid, const WString& bssidText) {
@@ -23,26 +18,11 @@ int BandOf(const NetworkMap& networks, const WString& ssid, const WString& bssid
 
 }  // namespace
 
-void CWlanInterface::UpdateContentionAPs(const WString& ssid, const WString& bssidText,
-                                         std::uint32_t channel) {
+void ApContention::Update(const WString& ssid, const WString& bssidText, std::uint32_t channel) {
   const auto config = m_Adapter.Config();
-  const CCritSecLock lock(ObjectLock());
-  const bool scannedLately =
-      m_LastScanStart != 0 && Os().clock.GetTickCount64() - m_LastScanStart <= kRecentScanMs;
-  if (m_connected_scan_count == 0 && !scannedLately) return;
-  m_ContentionMemo.Clear();
-  const WString channelText = Format(u"%lu", channel);
-  // Channel numbers come again in other bands, where nobody contends.
-  const int band = BandOf(m_Networks, ssid, bssidText);
-  for (const auto& [name, network] : m_Networks) {
-    for (const auto& [bssid, entry] : network->m_BssMap) {
-      if (entry->m_Channel != channel) continue;
-      if (band != 0 && BandOfFrequency(entry->GetFrequencyKhz()) != band) continue;
-      if (name == ssid && entry->m_BSSIDText == bssidText) continue;
-      m_ContentionMemo.Add(false, name.c_str(), entry->m_BSSIDText.c_str(), channelText.c_str(),
-                           entry->GetBandText().c_str(), entry->m_bInternet, entry->GetLQ());
-    }
-  }
+  const CCritSecLock lock(m_Air.Lock());
+  if (!m_Scans.HasHeardSurroundings()) return;
+  Count(ssid, bssidText, channel);
   WString ssids, bssids, qualities, shortSummary;
   m_ContentionMemo.GetLists(&ssids, &bssids, &qualities);
   WString summary = m_ContentionMemo.GetSummary(&shortSummary);
@@ -56,15 +36,29 @@ void CWlanInterface::UpdateContentionAPs(const WString& ssid, const WString& bss
   }
 }
 
-// The reporter's contention state has no lock of its own: the interface lock serves, here and
-// above.
-void CWlanInterface::ClearContention() {
+void ApContention::Count(const WString& ssid, const WString& bssidText, std::uint32_t channel) {
+  m_ContentionMemo.Clear();
+  const WString channelText = Format(u"%lu", channel);
+  // Channel numbers come again in other bands, where nobody contends.
+  const int band = BandOf(m_Air.Networks(), ssid, bssidText);
+  for (const auto& [name, network] : m_Air.Networks()) {
+    for (const auto& [bssid, entry] : network->m_BssMap) {
+      if (entry->m_Channel != channel) continue;
+      if (band != 0 && BandOfFrequency(entry->GetFrequencyKhz()) != band) continue;
+      if (name == ssid && entry->m_BSSIDText == bssidText) continue;
+      m_ContentionMemo.Add(false, name.c_str(), entry->m_BSSIDText.c_str(), channelText.c_str(),
+                           entry->GetBandText().c_str(), entry->m_bInternet, entry->GetLQ());
+    }
+  }
+}
+
+void ApContention::Clear() {
   const auto config = m_Adapter.Config();
-  const CCritSecLock lock(ObjectLock());
+  const CCritSecLock lock(m_Air.Lock());
   m_ContentionMemo.Clear();
   config->m_Etw.ClearLastAPContentionNotification();
 }
 
-WString CWlanInterface::ContentionText() { return m_ContentionMemo.GetSummary(nullptr); }
+WString ApContention::Text() { return m_ContentionMemo.GetSummary(nullptr); }
 
 }  // namespace corvane

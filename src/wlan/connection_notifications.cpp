@@ -257,7 +257,7 @@ void CWlanInterface::TellOfOutsideConnect(const ConnectionFacts& facts) {
   CSmartPointer<CWlanBssEntry> entry;
   {
     const CCritSecLock lock(ObjectLock());
-    if (FindBssEntry(facts.ssid, facts.bssid, &entry)) {
+    if (m_Air.FindBssEntry(facts.ssid, facts.bssid, &entry)) {
       summary.score = entry->GetScore(false);
       summary.channel = entry->m_Channel;
       summary.details->maxRateMbps = static_cast<std::uint32_t>(entry->GetMaxRate());
@@ -299,13 +299,11 @@ void CWlanInterface::OnOwnCompletion(DWORD code, WlanOperation kind, DWORD reaso
 
 void CWlanInterface::ForgetConnection(const WString& ssid) {
   const auto config = m_Adapter.Config();
-  ClearContention();
-  m_connected_scan_count = 0;
+  m_Contention.Clear();
+  m_Scans.ForgetConnectedScans();
   LogRecord(kLogMemory, "<I>", "[Adapter ", m_Adapter.Idx(), "] Disconnected from ", ssid);
   config->m_force_scan_counter = 1;  // the next round looks for another network at once
-  config->m_rate_gate_high = kRateGateHighStart;
-  config->m_rate_gate_low = kRateGateLowStart;
-  if (m_pInterfacePDH) m_pInterfacePDH->ResetIdleMeasure(kRateGateHighStart, kRateGateLowStart);
+  m_Traffic.ResetGates();
 }
 
 void CWlanInterface::ScanNotification_internal(DWORD code, DWORD reason) {

@@ -1,4 +1,4 @@
-// The platform's two lists, merged into the tree of networks and BSS entries.
+#include "wlan/network_lists.h"
 
 #include <algorithm>
 #include <cstring>
@@ -11,7 +11,6 @@
 #include "settings/global_config_container.h"
 #include "wlan/wlan_buffer.h"
 #include "wlan/wlan_call.h"
-#include "wlan/wlan_interface.h"
 #include "wlan/wlan_limits.h"
 
 namespace corvane {
@@ -48,7 +47,7 @@ bool IsPossible(const WLAN_BSS_LIST& list) {
 
 }  // namespace
 
-CSmartPointer<CGenericMalloc> CWlanInterface::GetAvailableNetworkList() {
+CSmartPointer<CGenericMalloc> NetworkLists::GetAvailableNetworkList() {
   const auto client = m_Adapter.Client();
   try {
     WlanBuffer<WLAN_AVAILABLE_NETWORK_LIST> list;
@@ -78,7 +77,7 @@ CSmartPointer<CGenericMalloc> CWlanInterface::GetAvailableNetworkList() {
   return nullptr;
 }
 
-CSmartPointer<CGenericMalloc> CWlanInterface::GetNetworkBssList() {
+CSmartPointer<CGenericMalloc> NetworkLists::GetNetworkBssList() {
   const auto client = m_Adapter.Client();
   try {
     WlanBuffer<WLAN_BSS_LIST> list;
@@ -104,10 +103,9 @@ CSmartPointer<CGenericMalloc> CWlanInterface::GetNetworkBssList() {
   return nullptr;
 }
 
-void CWlanInterface::ReadLists(bool scanned, bool first, double rate, std::int32_t* found,
-                               std::int32_t* aux_error) {
+void NetworkLists::Read(bool scanned, bool first, std::int32_t* found, std::int32_t* aux_error) {
   const CCritSecLock configLock(CGlobalConfigContainer::GetInstance().GetLock());
-  const CCritSecLock lock(ObjectLock());
+  const CCritSecLock lock(m_Air.Lock());
   ClearScanMarks();
   if (const auto networks = GetAvailableNetworkList()) {
     TakeNetworks(*networks, found);
@@ -123,7 +121,7 @@ void CWlanInterface::ReadLists(bool scanned, bool first, double rate, std::int32
     }
     MarkConnected();
     if (m_Adapter.Idx() == 0) CGlobalWirelessMaps::GetInstance().ComputeNoiseLevelArray(m_Networks);
-    UpdateAllScores();
+    m_Air.UpdateAllScores();
     if (const log::Open open(m_Adapter.Idx(), DBG(20)); first && open) {
       int number = 0;
       for (const auto& [ssid, network] : m_Networks) network->Dump(number++);
@@ -135,17 +133,15 @@ void CWlanInterface::ReadLists(bool scanned, bool first, double rate, std::int32
               u"Failure!\n",
               m_Adapter.Idx());
   }
-  m_RateHistory.insert(m_RateHistory.begin(), rate);
-  if (m_RateHistory.size() > kRatesRemembered) m_RateHistory.resize(kRatesRemembered);
 }
 
-void CWlanInterface::ClearScanMarks() {
+void NetworkLists::ClearScanMarks() {
   for (const auto& [ssid, network] : m_Networks) {
     for (const auto& [bssid, entry] : network->m_BssMap) entry->m_bss_scanned = false;
   }
 }
 
-void CWlanInterface::TakeNetworks(const CGenericMalloc& list, std::int32_t* found) {
+void NetworkLists::TakeNetworks(const CGenericMalloc& list, std::int32_t* found) {
   const auto count = RecordAt<DWORD>(list, offsetof(WLAN_AVAILABLE_NETWORK_LIST, dwNumberOfItems));
   for (DWORD i = 0; i < count; ++i) {
     const auto record =
@@ -167,7 +163,7 @@ void CWlanInterface::TakeNetworks(const CGenericMalloc& list, std::int32_t* foun
 }
 
 // Under its own name, or under another one that the system's network list has for it.
-bool CWlanInterface::FindProfile(CWlanNetwork& network) {
+bool NetworkLists::FindProfile(CWlanNetwork& network) {
   network.m_Profile = m_Profiles.GetProfileDataHelper(network.m_SSIDW);
   if (network.m_Profile) return true;
   std::list<WString> names;
@@ -185,7 +181,7 @@ bool CWlanInterface::FindProfile(CWlanNetwork& network) {
   return false;
 }
 
-void CWlanInterface::TakeBssEntries(const CGenericMalloc& list) {
+void NetworkLists::TakeBssEntries(const CGenericMalloc& list) {
   const auto count = RecordAt<DWORD>(list, offsetof(WLAN_BSS_LIST, dwNumberOfItems));
   const std::size_t total = list.GetSize();
   const MacAddress connected = m_Link.IsConnected() ? m_Link.ConnectedBssid() : MacAddress{};
@@ -200,8 +196,8 @@ void CWlanInterface::TakeBssEntries(const CGenericMalloc& list) {
   }
 }
 
-void CWlanInterface::TakeBss(const WLAN_BSS_ENTRY& bss, const std::uint8_t* ies,
-                             std::uint32_t cbIEs, const MacAddress& connected) {
+void NetworkLists::TakeBss(const WLAN_BSS_ENTRY& bss, const std::uint8_t* ies, std::uint32_t cbIEs,
+                           const MacAddress& connected) {
   const WString ssid = SsidText(bss.dot11Ssid);
   const auto at = m_Networks.find(ssid);
   if (at == m_Networks.end()) {
@@ -224,12 +220,12 @@ void CWlanInterface::TakeBss(const WLAN_BSS_ENTRY& bss, const std::uint8_t* ies,
   }
   // Only a new entry takes over what is remembered of its connectivity.
   if (!network.m_BssMap.contains(bssid)) {
-    facts.internetState = m_InternetMemo.GetFlag(ssid, MacText(bssid));
+    facts.internetState = m_Air.RememberedInternet(ssid, MacText(bssid));
   }
   network.AddOrUpdateBss(bss, ies, cbIEs, facts, nullptr);
 }
 
-void CWlanInterface::BumpUnscannedCounter() {
+void NetworkLists::BumpUnscannedCounter() {
   for (const auto& [ssid, network] : m_Networks) {
     for (const auto& [bssid, entry] : network->m_BssMap) {
       if (entry->m_bss_scanned) continue;
@@ -243,7 +239,7 @@ void CWlanInterface::BumpUnscannedCounter() {
   }
 }
 
-void CWlanInterface::MarkConnected() {
+void NetworkLists::MarkConnected() {
   const bool isConnected = m_Link.IsConnected();
   if (!isConnected) m_Link.ClearConnectedBssid();
   const MacAddress connected = m_Link.ConnectedBssid();

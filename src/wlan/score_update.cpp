@@ -5,7 +5,7 @@
 #include "model/global_wireless_maps.h"
 #include "monitors/network_list_manager.h"
 #include "store/process_flags.h"
-#include "wlan/wlan_interface.h"
+#include "wlan/adapter_air.h"
 
 namespace corvane {
 
@@ -20,7 +20,7 @@ struct LoadAverages {
 }  // namespace
 
 // The connected network's connectivity of this moment, for the scores that follow.
-void CWlanInterface::NoteConnectivity() {
+void AdapterAir::NoteConnectivity() {
   CNetworkListManager* const list = CNetworkListManager::Find();
   if (!m_Link.IsConnected() || !list) return;
   bool internet = false;
@@ -36,8 +36,8 @@ void CWlanInterface::NoteConnectivity() {
               m_Adapter.Idx(), ssid, g_bVPNFound ? u", might be false due to VPN detected." : u"");
 }
 
-void CWlanInterface::UpdateAllScores() {
-  const CCritSecLock lock(ObjectLock());
+void AdapterAir::UpdateAllScores() {
+  const CCritSecLock lock(m_Lock);
   NoteConnectivity();
   const bool isConnected = m_Link.IsConnected();
   const MacAddress connected = m_Link.ConnectedBssid();
@@ -73,7 +73,7 @@ void CWlanInterface::UpdateAllScores() {
 
 // What the entries know of their connectivity survives a loss of the tree. The memo has the rank of
 // the maps, so it is written after their lock.
-void CWlanInterface::RememberConnectivity() {
+void AdapterAir::RememberConnectivity() {
   for (const auto& [ssid, network] : m_Networks) {
     for (const auto& [bssid, entry] : network->m_BssMap) {
       if (!entry->m_bss_scanned || !entry->m_bConnectivityKnown) continue;

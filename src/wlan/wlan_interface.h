@@ -1,26 +1,12 @@
 #pragma once
-#include <atomic>
-#include <cstdint>
-#include <functional>
-#include <vector>
-
-#include "foundation/generic_malloc.h"
-#include "model/wlan_network.h"
-#include "monitors/interface_pdh.h"
-#include "probes/win_icmp2.h"
-#include "report/ap_set_memo.h"
-#include "store/ap_list_row.h"
-#include "wlan/adapter_operations.h"
 #include "wlan/adapter_radio.h"
+#include "wlan/ap_contention.h"
 #include "wlan/network_filters.h"
 #include "wlan/notification_sink.h"
 #include "wlan/policy_memory.h"
-#include "wlan/scan_decision.h"
 #include "wlan/wlan_queries.h"
 
 namespace corvane {
-
-class CAdaptersAddresses;
 
 // The model of one adapter. Its object lock is the interface lock: it guards m_Networks, the
 // operation state and the reservation. The synchronous operations run on the adapter's worker (a
@@ -69,26 +55,45 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
     m_Link.QueryCurrentConnection(attrs, copy);
   }
   bool GetConnectedSSID(ConnectionFacts* facts) { return m_Link.GetConnectedSSID(facts); }
-  bool FindBssEntry(WStringView ssid, const MacAddress& bssid, CSmartPointer<CWlanBssEntry>* entry);
-  // Score of a BSS in the model: -1 without it, or the backup score while connected.
-  std::int32_t GetScoreFromBssEntry(WStringView ssid, const MacAddress& bssid, bool bUseBackup);
-  std::int32_t GetScoreFromBssEntry(std::string* log, WStringView ssid, const MacAddress& bssid);
-  std::int32_t GetScoreFromBssEntry(WStringView ssid, const MacAddress& bssid, WString* phy,
-                                    std::int32_t* rssi);
   bool IsRadioOff() const { return m_Radio.IsRadioOff(); }
   void StoreRadioState(const platform::WLAN_RADIO_STATE& state) { m_Radio.Store(state); }
-  // The network list has a private network among the adapter's connections.
-  bool IsConnectedToPrivateNetwork();
-  // Both BSSIDs are members of one network of this adapter.
-  bool IsConnectedToNetworkWithBothBssids(const MacAddress& a, const MacAddress& b);
+  bool IsConnectedToPrivateNetwork() const { return m_Link.IsConnectedToPrivateNetwork(); }
   WStringView AdapterClassText() const { return m_Radio.ClassText(); }
 
-  // --- Discovery (network_discovery.cpp)
-  // How many listed networks have a profile. *aux_error is written only with 100.
-  std::int32_t DiscoverNetworksSynchronous(bool force_scan, bool first, std::int32_t* aux_error);
-  void UpdateAllScores();  // takes the interface lock, then the maps lock
-  void ClearNetworks();
-  bool IsScanFresh() const { return m_scan_fresh; }
+  // --- What is on the air (adapter_scans.h, adapter_air.h)
+  std::int32_t DiscoverNetworksSynchronous(bool force_scan, bool first, std::int32_t* aux_error) {
+    return m_Scans.DiscoverNetworksSynchronous(force_scan, first, aux_error);
+  }
+  bool IsScanFresh() const { return m_Scans.IsScanFresh(); }
+  NetworkMap& Networks() { return m_Air.Networks(); }  // for who holds the interface lock
+  bool FindBssEntry(WStringView ssid, const MacAddress& bssid,
+                    CSmartPointer<CWlanBssEntry>* entry) {
+    return m_Air.FindBssEntry(ssid, bssid, entry);
+  }
+  std::int32_t GetScoreFromBssEntry(WStringView ssid, const MacAddress& bssid, bool bUseBackup) {
+    return m_Air.GetScoreFromBssEntry(ssid, bssid, bUseBackup);
+  }
+  std::int32_t GetScoreFromBssEntry(std::string* log, WStringView ssid, const MacAddress& bssid) {
+    return m_Air.GetScoreFromBssEntry(log, ssid, bssid);
+  }
+  std::int32_t GetScoreFromBssEntry(WStringView ssid, const MacAddress& bssid, WString* phy,
+                                    std::int32_t* rssi) {
+    return m_Air.GetScoreFromBssEntry(ssid, bssid, phy, rssi);
+  }
+  bool IsConnectedToNetworkWithBothBssids(const MacAddress& a, const MacAddress& b) {
+    return m_Air.IsConnectedToNetworkWithBothBssids(a, b);
+  }
+  BssEntryList SnapshotEntries() { return m_Air.SnapshotEntries(); }
+  void UpdateAllScores() { m_Air.UpdateAllScores(); }
+  void ClearNetworks() { m_Air.ClearNetworks(); }
+  void ApplyPreferredRows(const PreferredApRows& rows) { m_Air.ApplyPreferredRows(rows); }
+  void ApplyDenyRows(const ApListRows& rows) { m_Air.ApplyDenyRows(rows); }
+  void SetBTPenalty(std::int32_t value) { m_Air.SetBTPenalty(value); }
+  void GatewayRoamingCheck() { m_Air.GatewayRoamingCheck(); }
+  bool AssignGatewayMacsToBssEntry(const WString& ssid, const MacAddress& bssid, const MacList& ip4,
+                                   const MacList& ip6) {
+    return m_Air.AssignGatewayMacsToBssEntry(ssid, bssid, ip4, ip6);
+  }
 
   // --- Profiles (adapter_profiles.h, network_filters.h)
   void RefreshProfiledAPList() { m_Profiles.RefreshProfiledAPList(); }
@@ -131,20 +136,16 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   MacAddress GetConnectedBssidIfWeInitiated() const { return m_Link.OwnBssid(); }
   WString GetLastConnectedSsid() const { return m_Link.LastConnectedSsid(); }
   platform::WLAN_CONNECTION_ATTRIBUTES GetConnAttrs() const { return m_Link.ConnAttrs(); }
-  // --- Contention (ap_contention.cpp): the other access points on the connection's channel
-  void UpdateContentionAPs(const WString& ssid, const WString& bssidText, std::uint32_t channel);
-  void ClearContention();
-  WString ContentionText();  // those of the last count, for the log; "none" without any
-
   // Reads the addresses of the connection anew, when the radio comes on and at each change of
   // connection, and teaches the gateways to the connected entry.
   void RefreshIPInfo();
 
-  // --- Gateways of the present connection (gateway_roaming.cpp), on the worker
-  void GatewayRoamingCheck();  // teaches them to the connected entry and the memo
-  // False when the model has no such entry.
-  bool AssignGatewayMacsToBssEntry(const WString& ssid, const MacAddress& bssid, const MacList& ip4,
-                                   const MacList& ip6);
+  // --- Contention (ap_contention.h)
+  void UpdateContentionAPs(const WString& ssid, const WString& bssidText, std::uint32_t channel) {
+    m_Contention.Update(ssid, bssidText, channel);
+  }
+  void ClearContention() { m_Contention.Clear(); }
+  WString ContentionText() { return m_Contention.Text(); }
 
   // --- Notifications (connection_notifications.cpp), on the platform's thread
   void ConnectionNotification(platform::DWORD code, const void* data) override;
@@ -165,31 +166,17 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   }
   void IncSwitchAttempt() { m_Policy.IncSwitchAttempt(); }
   void RollSwitchPeriod() { m_Policy.RollSwitchPeriod(); }
-  // Gives every entry outside the 5 GHz range the penalty that its final score takes, in points.
-  void SetBTPenalty(std::int32_t value);
 
-  // --- Traffic, Mbps and seconds; 0 without counters
-  double GetTrafficMbps() const;
-  CSmartPointer<CInterfacePDH> Pdh() const { return m_pInterfacePDH; }
-  // Floods the gateway for a second; the result stays for GetBlastMbps. Without a snapshot or a
-  // gateway nothing is measured (link_blast.cpp).
-  void DoBlast(CAdaptersAddresses* adapters);
-  double GetBlastMbps() const { return m_BlastMbps; }  // of the last blast, 0 before it
-  CWinICMP2& Detector() { return m_Detector; }         // on the worker only
-  void ProcessIdleThresholds();  // learns the rate gates of the connection (idle_thresholds.cpp)
-
-  // The networks by SSID, under the interface lock.
-  NetworkMap& Networks() { return m_Networks; }
-  // What the AP lists write on the entries (apply_ap_lists.cpp), under the interface lock; each
-  // round, after discovery.
-  void ApplyPreferredRows(const PreferredApRows& rows);
-  void ApplyDenyRows(const ApListRows& rows);
-  // A copy of every entry of every network, in map order, taken under the interface lock.
-  BssEntryList SnapshotEntries();
+  // --- Traffic (adapter_traffic.h), Mbps
+  double GetTrafficMbps() const { return m_Traffic.Mbps(); }
+  CSmartPointer<CInterfacePDH> Pdh() const { return m_Traffic.Pdh(); }
+  void DoBlast(CAdaptersAddresses* adapters) { m_Traffic.DoBlast(adapters); }
+  double GetBlastMbps() const { return m_Traffic.BlastMbps(); }
+  CWinICMP2& Detector() { return m_Traffic.Detector(); }
+  void ProcessIdleThresholds() { m_Traffic.ProcessIdleThresholds(); }
 
  private:
   friend class CWlanClient;
-  void BlastGateway(CAdaptersAddresses& adapters);
   // Handlers proper, behind the fault guards of the notification operations.
   void ConnectionNotification_internal(platform::DWORD code, const void* data);
   void ScanNotification_internal(platform::DWORD code, platform::DWORD reason);
@@ -210,50 +197,18 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   void ResetReports(platform::DWORD code);
   void ForgetConnection(const WString& ssid);  // what every completed disconnect does
 
-  std::int32_t BackupScore(WStringView ssid,
-                           const MacAddress& bssid) const;  // -1 while disconnected
-
-  bool MayScan(bool force_scan, std::uint64_t now, double rate);
-  void LogScanDecision(const ScanInputs& in, const ScanDecision& decision) const;
-  void RunScans(std::uint64_t now);
-  void RunHiddenScans();
-  void ReadLists(bool scanned, bool first, double rate, std::int32_t* found,
-                 std::int32_t* aux_error);
-  CSmartPointer<CGenericMalloc> GetAvailableNetworkList();
-  CSmartPointer<CGenericMalloc> GetNetworkBssList();
-  void ClearScanMarks();
-  void TakeNetworks(const CGenericMalloc& list, std::int32_t* found);
-  bool FindProfile(CWlanNetwork& network);
-  void TakeBssEntries(const CGenericMalloc& list);
-  void TakeBss(const platform::WLAN_BSS_ENTRY& bss, const std::uint8_t* ies, std::uint32_t cbIEs,
-               const MacAddress& connected);
-  void BumpUnscannedCounter();
-  void MarkConnected();
-  void NoteConnectivity();
-  void RememberConnectivity();
-
   bool m_bPresent = true;  // the last enumeration has it; the client's, on the main thread
   AdapterIdentity m_Adapter;
   AdapterRadio m_Radio{m_Adapter};
   AdapterLink m_Link{m_Adapter};
-  NetworkMap m_Networks;  // interface lock
-  AdapterProfiles m_Profiles{m_Adapter, ObjectLock(), m_Networks};
+  AdapterAir m_Air{m_Adapter, m_Link, ObjectLock()};
+  AdapterProfiles m_Profiles{m_Adapter, ObjectLock(), m_Air.Networks()};
   AdapterOperations m_Operations{m_Adapter, m_Link, m_Profiles, ObjectLock()};
-  CApSetMemo m_ContentionMemo;  // the contenders of the last count
-  CApSetMemo m_InternetMemo;    // the connectivity that the scores saw, over a loss of the tree
-  CSmartPointer<CInterfacePDH> m_pInterfacePDH;
-  CWinICMP2 m_Detector;
-  std::atomic<double> m_BlastMbps{0.0};
-
-  std::uint64_t m_LastScanTime = 0;   // tick: the clock of the scan interval
-  std::uint64_t m_LastScanStart = 0;  // tick of the last scan
-  std::uint32_t m_consec_ScanDeferrals = 0;
-  std::atomic<std::uint32_t> m_connected_scan_count{0};
-  std::atomic<std::uint32_t> m_disconnected_scan_count{0};
-  std::atomic<bool> m_scan_fresh{false};
-  std::vector<double> m_RateHistory;  // Mbps, newest first, at most 2
-
-  PolicyMemory m_Policy{m_Adapter, ObjectLock(), m_Networks};
+  AdapterTraffic m_Traffic{m_Adapter, m_Link};
+  NetworkLists m_Lists{m_Adapter, m_Link, m_Air, m_Profiles};
+  AdapterScans m_Scans{m_Adapter, m_Link, m_Operations, m_Lists, m_Traffic};
+  ApContention m_Contention{m_Adapter, m_Air, m_Scans};
+  PolicyMemory m_Policy{m_Adapter, ObjectLock(), m_Air.Networks()};
 };
 
 }  // namespace corvane
