@@ -1,6 +1,5 @@
 #pragma once
-#include "wlan/adapter_radio.h"
-#include "wlan/ap_contention.h"
+#include "wlan/adapter_notices.h"
 #include "wlan/network_filters.h"
 #include "wlan/notification_sink.h"
 #include "wlan/policy_memory.h"
@@ -8,16 +7,15 @@
 
 namespace corvane {
 
-// The model of one adapter. Its object lock is the interface lock: it guards m_Networks, the
-// operation state and the reservation. The synchronous operations run on the adapter's worker (a
-// pipe thread may queue behind it); notifications come on the platform's thread.
+// The model of one adapter, put together of its parts: each operation is one of a part, whose
+// header tells what it does, on which thread and under which lock. The object lock is the interface
+// lock: it guards the networks, the calls of the platform that begin an operation, and the claim.
 class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWlanAllNotifications {
  public:
   CWlanInterface();
   ~CWlanInterface() override;
   const char* GetClassName() const override { return "CWlanInterface"; }
 
-  // --- Life (wlan_interface.cpp)
   // Reads the adapter's identity and publishes it; throws Exception.
   void Initialize(CWlanClient* client, const platform::WLAN_INTERFACE_INFO& info);
   // While no worker runs.
@@ -147,13 +145,23 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   void ClearContention() { m_Contention.Clear(); }
   WString ContentionText() { return m_Contention.Text(); }
 
-  // --- Notifications (connection_notifications.cpp), on the platform's thread
-  void ConnectionNotification(platform::DWORD code, const void* data) override;
-  void ScanNotification(platform::DWORD code, platform::DWORD reason) override;
-  void MSMNotification(const void* data) override;
-  void MSMRadioStateNotification(const void* data) override;
-  void MSMSignalQualityNotification(platform::DWORD quality) override;
-  void MSMAdapterOperationModeNotification(platform::DWORD mode) override;
+  // --- Notifications (adapter_notices.h), on the platform's thread
+  void ConnectionNotification(platform::DWORD code, const void* data) override {
+    m_Notices.ConnectionNotification(code, data);
+  }
+  void ScanNotification(platform::DWORD code, platform::DWORD reason) override {
+    m_Notices.ScanNotification(code, reason);
+  }
+  void MSMNotification(const void* data) override { m_Notices.MSMNotification(data); }
+  void MSMRadioStateNotification(const void* data) override {
+    m_Notices.MSMRadioStateNotification(data);
+  }
+  void MSMSignalQualityNotification(platform::DWORD quality) override {
+    m_Notices.MSMSignalQualityNotification(quality);
+  }
+  void MSMAdapterOperationModeNotification(platform::DWORD mode) override {
+    m_Notices.MSMAdapterOperationModeNotification(mode);
+  }
 
   // --- The policy's memory of this adapter (policy_memory.h)
   PolicyMemory& Policy() { return m_Policy; }
@@ -177,25 +185,6 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
 
  private:
   friend class CWlanClient;
-  // Handlers proper, behind the fault guards of the notification operations.
-  void ConnectionNotification_internal(platform::DWORD code, const void* data);
-  void ScanNotification_internal(platform::DWORD code, platform::DWORD reason);
-  void MSMNotification_internal(const void* data);
-  void MSMRadioStateNotification_internal(const void* data);
-  void MSMSignalQualityNotification_internal(platform::DWORD quality);
-  void MSMAdapterOperationModeNotification_internal(platform::DWORD mode);
-  template <typename Handler>
-  void GuardHandler(const char* operation, Handler&& handler);
-  void OnNoCompletion(platform::DWORD code, bool weInitiated);
-  void OnOutsideCompletion(platform::DWORD code, bool xSide, const WString& ssid);
-  void OnOutsideDisconnect(platform::DWORD code, bool xSide, const WString& ssid);
-  void OnOutsideConnect(platform::DWORD code, const WString& ssid);
-  void OnOwnCompletion(platform::DWORD code, WlanOperation kind, platform::DWORD reason,
-                       const WString& ssid);
-  std::uint32_t ChannelNow();
-  void TellOfOutsideConnect(const ConnectionFacts& facts);
-  void ResetReports(platform::DWORD code);
-  void ForgetConnection(const WString& ssid);  // what every completed disconnect does
 
   bool m_bPresent = true;  // the last enumeration has it; the client's, on the main thread
   AdapterIdentity m_Adapter;
@@ -208,6 +197,8 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   NetworkLists m_Lists{m_Adapter, m_Link, m_Air, m_Profiles};
   AdapterScans m_Scans{m_Adapter, m_Link, m_Operations, m_Lists, m_Traffic};
   ApContention m_Contention{m_Adapter, m_Air, m_Scans};
+  AdapterNotices m_Notices{m_Adapter,    m_Radio,   m_Link,  m_Air,       m_Profiles,
+                           m_Operations, m_Traffic, m_Scans, m_Contention};
   PolicyMemory m_Policy{m_Adapter, ObjectLock(), m_Air.Networks()};
 };
 

@@ -1,14 +1,10 @@
-// What the platform tells of an adapter, on its own thread: the service's own operations are told
-// from outside ones, and only shared state is changed.
+#include "wlan/adapter_notices.h"
 
 #include <cstring>
 
 #include "foundation/log_lines.h"
 #include "notify/ap_summary.h"
 #include "notify/notification_manager.h"
-#include "platform/clock_api.h"
-#include "platform/platform.h"
-#include "wlan/wlan_interface.h"
 
 namespace corvane {
 
@@ -44,7 +40,7 @@ bool IsDisconnect(DWORD code) { return code == wlan_notification_acm_disconnecte
 }  // namespace
 
 template <typename Handler>
-void CWlanInterface::GuardHandler(const char* operation, Handler&& handler) {
+void AdapterNotices::GuardHandler(const char* operation, Handler&& handler) {
   try {
     handler();
   } catch (const PlatformFault& fault) {
@@ -56,33 +52,33 @@ void CWlanInterface::GuardHandler(const char* operation, Handler&& handler) {
   }
 }
 
-void CWlanInterface::ConnectionNotification(DWORD code, const void* data) {
+void AdapterNotices::ConnectionNotification(DWORD code, const void* data) {
   GuardHandler("ConnectionNotification", [&] { ConnectionNotification_internal(code, data); });
 }
 
-void CWlanInterface::ScanNotification(DWORD code, DWORD reason) {
+void AdapterNotices::ScanNotification(DWORD code, DWORD reason) {
   GuardHandler("ScanNotification", [&] { ScanNotification_internal(code, reason); });
 }
 
-void CWlanInterface::MSMNotification(const void* data) {
+void AdapterNotices::MSMNotification(const void* data) {
   GuardHandler("MSMNotification", [&] { MSMNotification_internal(data); });
 }
 
-void CWlanInterface::MSMRadioStateNotification(const void* data) {
+void AdapterNotices::MSMRadioStateNotification(const void* data) {
   GuardHandler("MSMRadioStateNotification", [&] { MSMRadioStateNotification_internal(data); });
 }
 
-void CWlanInterface::MSMSignalQualityNotification(DWORD quality) {
+void AdapterNotices::MSMSignalQualityNotification(DWORD quality) {
   GuardHandler("MSMSignalQualityNotification",
                [&] { MSMSignalQualityNotification_internal(quality); });
 }
 
-void CWlanInterface::MSMAdapterOperationModeNotification(DWORD mode) {
+void AdapterNotices::MSMAdapterOperationModeNotification(DWORD mode) {
   GuardHandler("MSMAdapterOperationModeNotification",
                [&] { MSMAdapterOperationModeNotification_internal(mode); });
 }
 
-void CWlanInterface::ConnectionNotification_internal(DWORD code, const void* data) {
+void AdapterNotices::ConnectionNotification_internal(DWORD code, const void* data) {
   if (!m_Adapter.Client() || !data) return;
   const auto config = m_Adapter.Config();
   config->OpenNoDelay(kNoDelayMs);
@@ -110,7 +106,7 @@ void CWlanInterface::ConnectionNotification_internal(DWORD code, const void* dat
   }
 }
 
-void CWlanInterface::OnNoCompletion(DWORD code, bool weInitiated) {
+void AdapterNotices::OnNoCompletion(DWORD code, bool weInitiated) {
   if (weInitiated) {
     LOG_ADAPTER(
         m_Adapter.Idx(), kNotifyLog,
@@ -140,7 +136,7 @@ void CWlanInterface::OnNoCompletion(DWORD code, bool weInitiated) {
   }
 }
 
-void CWlanInterface::ResetReports(DWORD code) {
+void AdapterNotices::ResetReports(DWORD code) {
   const auto config = m_Adapter.Config();
   if (config->IsEtwMode() && IsDisconnect(code))
     config->m_Etw.NotifyClearPreviousSignalQualityBAD();
@@ -148,7 +144,7 @@ void CWlanInterface::ResetReports(DWORD code) {
   config->m_Etw.ResetQualityGood();
 }
 
-void CWlanInterface::OnOutsideCompletion(DWORD code, bool xSide, const WString& ssid) {
+void AdapterNotices::OnOutsideCompletion(DWORD code, bool xSide, const WString& ssid) {
   ResetReports(code);
   if (!xSide) {
     LOG_ADAPTER(m_Adapter.Idx(), kNotifyLog,
@@ -164,7 +160,7 @@ void CWlanInterface::OnOutsideCompletion(DWORD code, bool xSide, const WString& 
   }
 }
 
-void CWlanInterface::OnOutsideDisconnect(DWORD code, bool xSide, const WString& ssid) {
+void AdapterNotices::OnOutsideDisconnect(DWORD code, bool xSide, const WString& ssid) {
   const auto config = m_Adapter.Config();
   m_Link.NoteDisconnected();
   ForgetConnection(ssid);
@@ -194,7 +190,7 @@ void CWlanInterface::OnOutsideDisconnect(DWORD code, bool xSide, const WString& 
                     m_Adapter.MacText(), m_Adapter.Description());
 }
 
-void CWlanInterface::OnOutsideConnect(DWORD code, const WString& ssid) {
+void AdapterNotices::OnOutsideConnect(DWORD code, const WString& ssid) {
   const auto config = m_Adapter.Config();
   LOG_ADAPTER(m_Adapter.Idx(), kNotifyLog,
               u"[%i] CWlanInterface::ConnectionNotification_internal: OUTSIDE NOTIFICATION! "
@@ -239,7 +235,7 @@ void CWlanInterface::OnOutsideConnect(DWORD code, const WString& ssid) {
 }
 
 // 0 when the platform does not tell.
-std::uint32_t CWlanInterface::ChannelNow() {
+std::uint32_t AdapterNotices::ChannelNow() {
   try {
     return m_Link.QueryChannel();
   } catch (const std::exception&) {  // logged where it was thrown
@@ -247,7 +243,7 @@ std::uint32_t CWlanInterface::ChannelNow() {
   }
 }
 
-void CWlanInterface::TellOfOutsideConnect(const ConnectionFacts& facts) {
+void AdapterNotices::TellOfOutsideConnect(const ConnectionFacts& facts) {
   ApSummary summary;
   summary.score = 0;
   summary.bssid = MacText(facts.bssid);
@@ -256,7 +252,7 @@ void CWlanInterface::TellOfOutsideConnect(const ConnectionFacts& facts) {
   summary.details.emplace();
   CSmartPointer<CWlanBssEntry> entry;
   {
-    const CCritSecLock lock(ObjectLock());
+    const CCritSecLock lock(m_Air.Lock());
     if (m_Air.FindBssEntry(facts.ssid, facts.bssid, &entry)) {
       summary.score = entry->GetScore(false);
       summary.channel = entry->m_Channel;
@@ -268,7 +264,7 @@ void CWlanInterface::TellOfOutsideConnect(const ConnectionFacts& facts) {
                     u"Unknown", m_Adapter.MacText(), m_Adapter.Description());
 }
 
-void CWlanInterface::OnOwnCompletion(DWORD code, WlanOperation kind, DWORD reason,
+void AdapterNotices::OnOwnCompletion(DWORD code, WlanOperation kind, DWORD reason,
                                      const WString& ssid) {
   const auto config = m_Adapter.Config();
   m_Operations.Complete(kind, code, static_cast<std::int32_t>(reason));
@@ -297,7 +293,7 @@ void CWlanInterface::OnOwnCompletion(DWORD code, WlanOperation kind, DWORD reaso
   config->ClearRoamingInhibit();
 }
 
-void CWlanInterface::ForgetConnection(const WString& ssid) {
+void AdapterNotices::ForgetConnection(const WString& ssid) {
   const auto config = m_Adapter.Config();
   m_Contention.Clear();
   m_Scans.ForgetConnectedScans();
@@ -306,7 +302,7 @@ void CWlanInterface::ForgetConnection(const WString& ssid) {
   m_Traffic.ResetGates();
 }
 
-void CWlanInterface::ScanNotification_internal(DWORD code, DWORD reason) {
+void AdapterNotices::ScanNotification_internal(DWORD code, DWORD reason) {
   if (!m_Adapter.Client()) return;
   const bool complete = code == wlan_notification_acm_scan_complete;
   const OperationGate::State state = m_Operations.InFlight();
@@ -326,12 +322,12 @@ void CWlanInterface::ScanNotification_internal(DWORD code, DWORD reason) {
   m_Adapter.Config()->Set_InhibitQUAY(kInhibitOutsideScanMs, "out-scan");
 }
 
-void CWlanInterface::MSMNotification_internal(const void*) {
+void AdapterNotices::MSMNotification_internal(const void*) {
   LOG_ADAPTER(m_Adapter.Idx(), kNotifyLog, u"[%i]CWlanInterface::MSMNotification_internal",
               m_Adapter.Idx());
 }
 
-void CWlanInterface::MSMRadioStateNotification_internal(const void* data) {
+void AdapterNotices::MSMRadioStateNotification_internal(const void* data) {
   if (!data) return;
   WLAN_PHY_RADIO_STATE state;
   std::memcpy(static_cast<void*>(&state), data, sizeof(state));
@@ -344,13 +340,13 @@ void CWlanInterface::MSMRadioStateNotification_internal(const void* data) {
   m_Radio.Store(state);
 }
 
-void CWlanInterface::MSMSignalQualityNotification_internal(DWORD quality) {
+void AdapterNotices::MSMSignalQualityNotification_internal(DWORD quality) {
   LOG_ADAPTER(m_Adapter.Idx(), kNotifyLog,
               u"[%i]CWlanInterface::MSMSignalQualityNotification_internal: %lu", m_Adapter.Idx(),
               quality);
 }
 
-void CWlanInterface::MSMAdapterOperationModeNotification_internal(DWORD mode) {
+void AdapterNotices::MSMAdapterOperationModeNotification_internal(DWORD mode) {
   LOG_ADAPTER(m_Adapter.Idx(), kNotifyLog,
               u"[%i]CWlanInterface::MSMAdapterOperationModeNotification_internal: %lu",
               m_Adapter.Idx(), mode);
