@@ -53,7 +53,7 @@ int Width6GHz(const std::vector<BYTE>& elements) {
   return he ? 20 << (he[control] & 0x3) : 20;
 }
 
-int WidthMhz(LONG phy, const std::vector<BYTE>& elements) {
+int HtWidthMhz(LONG phy, const std::vector<BYTE>& elements) {
   if (phy == dot11_phy_type_he && !Find(elements, 45, 5)) return Width6GHz(elements);
   const BYTE* ht = Find(elements, 61, 2);
   const bool forty = ht && (ht[1] & 0x4) != 0;
@@ -70,23 +70,6 @@ int StreamsOfMap(const BYTE* map) {
     if ((map[stream / 4] >> (stream % 4 * 2) & 0x3) != 3) streams = stream + 1;
   }
   return streams;
-}
-
-// What the access point receives by the newest generation that both have; 1 where it says nothing.
-int Streams(LONG phy, const std::vector<BYTE>& elements) {
-  constexpr BYTE kHeCapabilities = 35;
-  constexpr std::size_t kHeMap = 6 + 11, kVhtMap = 4, kHtMasks = 3;
-  int streams = 0;
-  if (phy == dot11_phy_type_he) {
-    if (const BYTE* he = FindExtended(elements, kHeCapabilities, kHeMap + 2)) {
-      streams = StreamsOfMap(he + kHeMap);
-    }
-  } else if (phy == dot11_phy_type_vht) {
-    if (const BYTE* vht = Find(elements, 191, kVhtMap + 2)) streams = StreamsOfMap(vht + kVhtMap);
-  } else if (const BYTE* ht = Find(elements, 45, kHtMasks + 4)) {
-    while (streams < 4 && ht[kHtMasks + static_cast<std::size_t>(streams)] != 0) ++streams;
-  }
-  return std::max(streams, 1);
 }
 
 int RankOf(LONG phy) {
@@ -117,28 +100,57 @@ LONG CommonPhy(const std::vector<LONG>& adapterPhys, LONG accessPointPhy) {
   return best == dot11_phy_type_unknown ? accessPointPhy : best;
 }
 
-ULONG LinkRateKbps(LONG phy, const std::vector<BYTE>& elements, double dbm, int streams) {
-  if (RankOf(phy) <= 1) return dbm > -80 ? 11'000 : dbm > -86 ? 5'500 : 1'000;
-  const int width = RankOf(phy) <= 2 ? 20 : WidthMhz(phy, elements);
-  // Twice the width needs 3 dB more.
-  const double needed = width >= 160 ? 9.0 : width >= 80 ? 6.0 : width >= 40 ? 3.0 : 0.0;
-  const int highest = RankOf(phy) <= 2 ? 6 : RankOf(phy) == 3 ? 7 : RankOf(phy) == 4 ? 9 : 11;
-  int mcs = 0;
-  while (mcs < highest && dbm >= kWeakest[static_cast<std::size_t>(mcs) + 1] + needed) ++mcs;
+int LinkWidthMhz(LONG phy, const std::vector<BYTE>& elements) {
+  return RankOf(phy) <= 2 ? 20 : HtWidthMhz(phy, elements);
+}
+
+// What the access point receives by the newest generation that both have; 1 where it says nothing.
+int LinkStreams(LONG phy, const std::vector<BYTE>& elements) {
+  constexpr BYTE kHeCapabilities = 35;
+  constexpr std::size_t kHeMap = 6 + 11, kVhtMap = 4, kHtMasks = 3;
+  int streams = 0;
+  if (phy == dot11_phy_type_he) {
+    if (const BYTE* he = FindExtended(elements, kHeCapabilities, kHeMap + 2)) {
+      streams = StreamsOfMap(he + kHeMap);
+    }
+  } else if (phy == dot11_phy_type_vht) {
+    if (const BYTE* vht = Find(elements, 191, kVhtMap + 2)) streams = StreamsOfMap(vht + kVhtMap);
+  } else if (const BYTE* ht = Find(elements, 45, kHtMasks + 4)) {
+    while (streams < 4 && ht[kHtMasks + static_cast<std::size_t>(streams)] != 0) ++streams;
+  }
+  return std::max(streams, 1);
+}
+
+int HighestMcs(LONG phy) {
+  return RankOf(phy) <= 2 ? 6 : RankOf(phy) == 3 ? 7 : RankOf(phy) == 4 ? 9 : 11;
+}
+
+ULONG ModulatedKbps(LONG phy, int widthMhz, int streams, int mcs) {
   const ULONG bits = kBitsTimesSix[static_cast<std::size_t>(mcs)];
   if (RankOf(phy) <= 2) return 48 * bits / 6 * 250;  // symbols of 4 us
   const bool he = phy == dot11_phy_type_he;
-  const ULONG carriers = he ? (width >= 160  ? 1960u
-                               : width >= 80 ? 980u
-                               : width >= 40 ? 468u
-                                             : 234u)
-                            : (width >= 160  ? 468u
-                               : width >= 80 ? 234u
-                               : width >= 40 ? 108u
-                                             : 52u);
-  const int common = std::min(streams, Streams(phy, elements));
+  const ULONG carriers = he ? (widthMhz >= 160  ? 1960u
+                               : widthMhz >= 80 ? 980u
+                               : widthMhz >= 40 ? 468u
+                                                : 234u)
+                            : (widthMhz >= 160  ? 468u
+                               : widthMhz >= 80 ? 234u
+                               : widthMhz >= 40 ? 108u
+                                                : 52u);
   const double symbolUs = he ? 13.6 : 3.6;
-  return static_cast<ULONG>(carriers * static_cast<ULONG>(common) * bits / 6.0 * 1000.0 / symbolUs);
+  return static_cast<ULONG>(carriers * static_cast<ULONG>(streams) * bits / 6.0 * 1000.0 /
+                            symbolUs);
+}
+
+ULONG LinkRateKbps(LONG phy, const std::vector<BYTE>& elements, double dbm, int streams) {
+  if (RankOf(phy) <= 1) return dbm > -80 ? 11'000 : dbm > -86 ? 5'500 : 1'000;
+  const int width = LinkWidthMhz(phy, elements);
+  // Twice the width needs 3 dB more.
+  const double needed = width >= 160 ? 9.0 : width >= 80 ? 6.0 : width >= 40 ? 3.0 : 0.0;
+  const int highest = HighestMcs(phy);
+  int mcs = 0;
+  while (mcs < highest && dbm >= kWeakest[static_cast<std::size_t>(mcs) + 1] + needed) ++mcs;
+  return ModulatedKbps(phy, width, std::min(streams, LinkStreams(phy, elements)), mcs);
 }
 
 }  // namespace corvane::platform::sim

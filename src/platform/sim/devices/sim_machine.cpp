@@ -39,16 +39,8 @@ SimMachine::SimMachine(const World& start, std::uint64_t theSeed, SimDeviceLoop&
 Point SimMachine::Position() const { return PositionAt(world.path, loop.NowMs()); }
 
 std::optional<double> SimMachine::SignalFor(const Adapter& adapter, std::size_t accessPoint) const {
-  const AccessPoint& ap = world.accessPoints[accessPoint];
-  const std::uint64_t now = loop.NowMs();
-  if (!IsAlive(ap, now)) return std::nullopt;
-  if (std::ranges::find(adapter.bands, BandOf(ap.frequencyMhz)) == adapter.bands.end()) {
-    return std::nullopt;
-  }
-  const std::optional<double>& fixed = m_Sent[accessPoint].fixedDbm;
-  const double dbm = fixed ? *fixed : SignalDbm(world, ap, Position(), now, seed);
-  if (dbm < adapter.sensitivityDbm) return std::nullopt;
-  return dbm;
+  return HeardDbm(world, adapter, world.accessPoints[accessPoint], m_Sent[accessPoint].fixedDbm,
+                  Position(), loop.NowMs(), seed);
 }
 
 void SimMachine::FixSignal(std::size_t accessPoint, std::optional<double> dbm) {

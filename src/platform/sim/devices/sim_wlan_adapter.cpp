@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "platform/sim/world/connect_rules.h"
 #include "platform/sim/world/radio_model.h"
 #include "platform/sim/world/world_text.h"
 
@@ -65,18 +66,8 @@ const SimScanList& SimWlanAdapter::Heard() {
   return m_Heard;
 }
 
-// A deny list forbids what is on it; a permit list, where there is one, what is not.
 DWORD SimWlanAdapter::DeniedReason(const std::string& ssid) const {
-  bool permits = false;
-  bool permitted = false;
-  for (const Filter& filter : m_Machine.world.filters) {
-    const bool named = filter.ssid == ssid;
-    if (filter.type == wlan_filter_list_type_gp_deny && named) return WLAN_REASON_CODE_GP_DENIED;
-    if (filter.type == wlan_filter_list_type_user_deny && named)
-      return WLAN_REASON_CODE_USER_DENIED;
-    if (filter.type == wlan_filter_list_type_gp_permit) permits = true, permitted |= named;
-  }
-  return permits && !permitted ? WLAN_REASON_CODE_GP_DENIED : WLAN_REASON_CODE_SUCCESS;
+  return FilterReason(m_Machine.world.filters, ssid);
 }
 
 void SimWlanAdapter::AddProfile(Profile profile) {

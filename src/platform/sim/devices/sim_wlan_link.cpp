@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "platform/sim/devices/sim_wlan_adapter.h"
+#include "platform/sim/world/connect_rules.h"
 #include "platform/sim/world/radio_model.h"
 #include "platform/sim/world/world_text.h"
 
@@ -18,34 +19,6 @@ constexpr std::uint64_t kLookAroundMs = 6000;  // between two of the driver's lo
 constexpr unsigned kLostChecks = 2;            // after which the link is lost
 constexpr double kLinkMarginDb = 2.0;          // over the sensitivity, that an association needs
 constexpr ULONG kQualityStep = 10;             // that is worth a notification
-
-enum class Kind { kOpen, kShared, kPersonal, kEnterprise };
-
-Kind KindOf(LONG auth) {
-  switch (auth) {
-    case DOT11_AUTH_ALGO_WPA_PSK:
-    case DOT11_AUTH_ALGO_RSNA_PSK:
-    case DOT11_AUTH_ALGO_WPA3_SAE:
-      return Kind::kPersonal;
-    case DOT11_AUTH_ALGO_WPA:
-    case DOT11_AUTH_ALGO_RSNA:
-    case DOT11_AUTH_ALGO_WPA3:
-      return Kind::kEnterprise;
-    case DOT11_AUTH_ALGO_80211_SHARED_KEY:
-      return Kind::kShared;
-    default:
-      return Kind::kOpen;
-  }
-}
-
-bool Agree(const Security& ours, const Security& theirs) {
-  return KindOf(ours.auth) == KindOf(theirs.auth) && ours.Enabled() == theirs.Enabled();
-}
-
-// An access point without a key of its own takes any.
-bool KeyFits(const Security& ours, const Security& theirs) {
-  return !theirs.Enabled() || theirs.key.empty() || ours.key == theirs.key;
-}
 
 }  // namespace
 

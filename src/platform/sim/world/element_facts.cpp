@@ -11,7 +11,8 @@ namespace corvane::platform::sim {
 namespace {
 
 constexpr BYTE kIdSsid = 0, kIdRates = 1, kIdBssLoad = 11, kIdErp = 42, kIdHt = 45, kIdRsn = 48,
-               kIdExtendedRates = 50, kIdVht = 191, kIdVendor = 221, kIdExtension = 255;
+               kIdExtendedRates = 50, kIdMobilityDomain = 54, kIdVht = 191, kIdVendor = 221,
+               kIdExtension = 255;
 constexpr BYTE kExtHeCapabilities = 35;
 
 using Bytes = std::span<const BYTE>;
@@ -76,6 +77,18 @@ void SetQbssLoad(std::vector<BYTE>* elements, int stations, int utilisation) {
     load[1] = static_cast<BYTE>(stations >> 8);
   }
   if (utilisation >= 0) load[2] = static_cast<BYTE>(utilisation);
+}
+
+std::optional<int> UtilisationOf(const std::vector<BYTE>& elements) {
+  const auto value = Find(elements, kIdBssLoad);
+  if (!value || value->size() < 3) return std::nullopt;
+  return (*value)[2];
+}
+
+std::optional<int> MobilityDomainOf(const std::vector<BYTE>& elements) {
+  const auto value = Find(elements, kIdMobilityDomain);  // clause 9.4.2.46
+  if (!value || value->size() < 2) return std::nullopt;
+  return (*value)[0] + 256 * (*value)[1];
 }
 
 WLAN_RATE_SET RateSetOf(const std::vector<BYTE>& elements) {

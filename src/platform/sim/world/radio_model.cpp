@@ -113,6 +113,17 @@ double SignalDbm(const World& world, const AccessPoint& accessPoint, const Point
   return accessPoint.txPowerDbm - loss + noise;
 }
 
+std::optional<double> HeardDbm(const World& world, const Adapter& adapter,
+                               const AccessPoint& accessPoint, const std::optional<double>& fixed,
+                               const Point& machine, std::uint64_t ms, std::uint64_t seed) {
+  if (!IsAlive(accessPoint, ms)) return std::nullopt;
+  const int band = BandOf(accessPoint.frequencyMhz);
+  if (std::ranges::find(adapter.bands, band) == adapter.bands.end()) return std::nullopt;
+  const double dbm = fixed ? *fixed : SignalDbm(world, accessPoint, machine, ms, seed);
+  if (dbm < adapter.sensitivityDbm) return std::nullopt;
+  return dbm;
+}
+
 ULONG LinkQualityOf(double dbm) {
   return static_cast<ULONG>(std::lround(std::clamp(2.0 * (dbm + 100.0), 0.0, 100.0)));
 }

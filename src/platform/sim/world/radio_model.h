@@ -1,5 +1,6 @@
 #pragma once
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 #include "platform/sim/world/world.h"
@@ -24,6 +25,12 @@ double TrackSignalAt(const std::vector<SignalPoint>& track, std::uint64_t ms);
 // seconds; it depends on the seed. Whether the access point is alive is not asked.
 double SignalDbm(const World& world, const AccessPoint& accessPoint, const Point& machine,
                  std::uint64_t ms, std::uint64_t seed);
+
+// The same as an adapter's ears have it, at `fixed` where the timeline has set that: nothing when
+// the access point is dead, or too weak or on a band that the adapter does not hear.
+std::optional<double> HeardDbm(const World& world, const Adapter& adapter,
+                               const AccessPoint& accessPoint, const std::optional<double>& fixed,
+                               const Point& machine, std::uint64_t ms, std::uint64_t seed);
 
 // wlanSignalQuality of Windows: 0 at -100 dBm and below, 100 at -50 dBm and above, even between.
 ULONG LinkQualityOf(double dbm);
