@@ -3,8 +3,11 @@
 #ifdef _WIN32
 #include <fcntl.h>
 #include <io.h>
+#else
+#include <unistd.h>
 #endif
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -47,6 +50,31 @@ void RemoveFile(const std::string& path) {
   std::error_code failure;
   std::filesystem::remove(path, failure);
   if (failure) throw std::runtime_error(path + ": cannot remove: " + failure.message());
+}
+
+bool IsFolder(const std::string& path) {
+  std::error_code failure;
+  return std::filesystem::is_directory(path, failure);
+}
+
+std::vector<std::string> FilesOf(const std::string& folder, const std::string& end) {
+  std::error_code failure;
+  std::vector<std::string> files;
+  for (std::filesystem::directory_iterator at(folder, failure), last; !failure && at != last;
+       at.increment(failure)) {
+    if (at->path().filename().string().ends_with(end)) files.push_back(at->path().string());
+  }
+  if (failure) throw std::runtime_error(folder + ": cannot look into: " + failure.message());
+  std::ranges::sort(files);
+  return files;
+}
+
+bool ErrorOutputIsTerminal() {
+#ifdef _WIN32
+  return _isatty(_fileno(stderr)) != 0;
+#else
+  return isatty(fileno(stderr)) != 0;
+#endif
 }
 
 void WriteLinesAsTheyAre() {

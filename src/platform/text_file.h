@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace corvane::platform {
 
@@ -11,6 +12,12 @@ namespace corvane::platform {
 std::string ReadTextFile(const std::string& path);
 bool FileExists(const std::string& path);
 void RemoveFile(const std::string& path);  // one that is not there is no failure
+// Whether the path is that of a folder, and the paths of the files in it that end so, sorted.
+bool IsFolder(const std::string& path);
+std::vector<std::string> FilesOf(const std::string& folder, const std::string& end);
+
+// Whether a person may be watching the error output.
+bool ErrorOutputIsTerminal();
 
 // From now on standard output holds the bytes that are written to it: a system that ends lines by
 // two of them adds none.
