@@ -18,15 +18,15 @@ Arguments::Arguments(const std::vector<std::string>& words,
                      const std::vector<std::string>& flags) {
   for (std::size_t i = 0; i < words.size(); ++i) {
     const std::string& word = words[i];
-    if (word.rfind("--", 0) != 0) {
-      m_Rest.push_back(word);
-    } else if (Contains(flags, word)) {
+    if (Contains(flags, word)) {
       m_Options.emplace_back(word, "");
     } else if (Contains(withValue, word)) {
       if (i + 1 == words.size()) throw UsageError(word + " needs a value");
       m_Options.emplace_back(word, words[++i]);
-    } else {
+    } else if (word.rfind("--", 0) == 0) {
       throw UsageError("unknown option " + word);
+    } else {
+      m_Rest.push_back(word);
     }
   }
 }
