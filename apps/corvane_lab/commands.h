@@ -16,6 +16,7 @@ int ScoresCommand(const std::vector<std::string>& words);
 int ExplainCommand(const std::vector<std::string>& words);
 int ElementsCommand(const std::vector<std::string>& words);
 int EngineCommand(const std::vector<std::string>& words);
+int MakeWorldCommand(const std::vector<std::string>& words);
 
 // What ElementsCommand prints for a beacon that has a frequency. On a platform in force.
 std::string ElementsLine(const platform::sim::CapturedBeacon& beacon);
@@ -67,5 +68,15 @@ inline constexpr char kEngineHelp[] =
 inline constexpr char kElementsHelp[] =
     "corvane-lab elements FILE.jsonl\n"
     "    Decodes the elements of each captured beacon and prints one JSON object a line.\n";
+inline constexpr char kMakeWorldHelp[] =
+    "corvane-lab make-world (KIND --seed N | --kinds) [-o FILE] [--cold] [--roaming-driver]\n"
+    "        [--background] [--two-adapters]\n"
+    "    Makes the file of a world: a place of that kind with its walks, traffic and trouble. The "
+    "same\n"
+    "    words make the same file. Even seeds are for tuning, odd ones for proof.\n"
+    "    --kinds         lists the kinds\n"
+    "    --cold          not connected at the start\n"
+    "    --roaming-driver, --background, --two-adapters\n"
+    "                    the driver roams by itself; a trickle that never ends; two adapters\n";
 
 }  // namespace corvane::lab

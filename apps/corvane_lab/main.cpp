@@ -20,7 +20,8 @@ constexpr Command kCommands[] = {{"run", &RunCommand, kRunHelp},
                                  {"elements", &ElementsCommand, kElementsHelp},
                                  {"scores", &ScoresCommand, kScoresHelp},
                                  {"explain", &ExplainCommand, kExplainHelp},
-                                 {"engine", &EngineCommand, kEngineHelp}};
+                                 {"engine", &EngineCommand, kEngineHelp},
+                                 {"make-world", &MakeWorldCommand, kMakeWorldHelp}};
 
 void PrintHelp(std::FILE* out) {
   std::fputs("corvane-lab: the workbench of the Wi-Fi selection service, in virtual time\n\n", out);
