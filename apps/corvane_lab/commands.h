@@ -16,6 +16,7 @@ int ScoresCommand(const std::vector<std::string>& words);
 int ExplainCommand(const std::vector<std::string>& words);
 int ElementsCommand(const std::vector<std::string>& words);
 int EngineCommand(const std::vector<std::string>& words);
+int CompareCommand(const std::vector<std::string>& words);
 int MakeWorldCommand(const std::vector<std::string>& words);
 
 // What ElementsCommand prints for a beacon that has a frequency. On a platform in force.
@@ -68,6 +69,27 @@ inline constexpr char kEngineHelp[] =
 inline constexpr char kElementsHelp[] =
     "corvane-lab elements FILE.jsonl\n"
     "    Decodes the elements of each captured beacon and prints one JSON object a line.\n";
+inline constexpr char kCompareHelp[] =
+    "corvane-lab compare (WORLD | FOLDER | --made A-B)... [--profiles LIST] [--why] [--by-kind]\n"
+    "        [--worst N] [--json] [-j N]\n"
+    "    Holds the service against an oracle that knows the future and against the rules of peers, "
+    "in the\n"
+    "    same worlds. Shares are those of the oracle.\n"
+    "    --made A-B      made worlds (see make-world) with every second seed from A to B\n"
+    "    --kinds LIST    of these kinds only: flat,office\n"
+    "    --profiles LIST how the service is to act: classic (default), balanced, or either with "
+    "settings:\n"
+    "                    classic,classic:ScanInterval=60:SCOREDIFFPCT=5\n"
+    "    --cold          no adapter is connected at the start\n"
+    "    --roaming-driver  every driver roams by itself\n"
+    "    --why           tells by cause what each profile misses\n"
+    "    --by-kind       the rate by kind of world, too\n"
+    "    --worst N       the N worst worlds of each profile, too\n"
+    "    --no-peers      the oracle and the profiles only\n"
+    "    --for DURATION  at most so much of each world\n"
+    "    --seed N        seed of everything that is left to chance (default 1)\n"
+    "    --json          one JSON object for each world, and one for their sum\n"
+    "    -j N            so many worlds at once (default: as many as there are processors)\n";
 inline constexpr char kMakeWorldHelp[] =
     "corvane-lab make-world (KIND --seed N | --kinds) [-o FILE] [--cold] [--roaming-driver]\n"
     "        [--background] [--two-adapters]\n"

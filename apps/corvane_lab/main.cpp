@@ -21,6 +21,7 @@ constexpr Command kCommands[] = {{"run", &RunCommand, kRunHelp},
                                  {"scores", &ScoresCommand, kScoresHelp},
                                  {"explain", &ExplainCommand, kExplainHelp},
                                  {"engine", &EngineCommand, kEngineHelp},
+                                 {"compare", &CompareCommand, kCompareHelp},
                                  {"make-world", &MakeWorldCommand, kMakeWorldHelp}};
 
 void PrintHelp(std::FILE* out) {

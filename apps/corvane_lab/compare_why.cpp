@@ -1,0 +1,94 @@
+#include "corvane_lab/compare_why.h"
+
+#include <algorithm>
+#include <numeric>
+
+namespace corvane::lab {
+
+namespace {
+
+constexpr std::uint64_t kSecondMs = 1000, kMiddleMs = 500;
+
+// How the round stood to an access point.
+std::string StandingText(const RoundNote& note, int accessPoint) {
+  const RoundNote::Entry* entry = note.Find(accessPoint);
+  if (!entry) return "unheard";
+  if (entry->standing) return CandidateStandingName(*entry->standing);
+  return entry->score <= note.score ? "scored-lower" : "not-weighed";
+}
+
+bool TellsNothingOfOthers(RoundStep step) {
+  switch (step) {
+    case RoundStep::kRadioOff:
+    case RoundStep::kAirplaneMode:
+    case RoundStep::kDisabled:
+    case RoundStep::kInhibited:
+    case RoundStep::kVpn:
+    case RoundStep::kOvertaken:
+    case RoundStep::kRoamingInhibit:
+    case RoundStep::kLinkBusy:
+    case RoundStep::kStateUnclear:
+      return true;
+    default:
+      return false;
+  }
+}
+
+std::string RoundText(const AdapterTruth& truth, const RoundNote& note, int wanted) {
+  if (!note.step) return "round without a decision";
+  std::string text = RoundStepName(*note.step);
+  if (*note.step == RoundStep::kInhibited) return text + " (" + note.inhibit + ")";
+  if (*note.step == RoundStep::kLinkBusy) {
+    const std::size_t second = std::min(note.endedMs / kSecondMs, truth.busy.size() - 1);
+    return text + (truth.busy[second] ? " (traffic)" : " (background)");
+  }
+  if (TellsNothingOfOthers(*note.step)) return text;
+  return text + ", " + StandingText(note, wanted);
+}
+
+// The round that holds in a second: one that moves while it runs, else the last one that has ended.
+const RoundNote* NoteAt(const RoundNotes& notes, std::uint64_t ms) {
+  const auto next = std::upper_bound(
+      notes.begin(), notes.end(), ms,
+      [](std::uint64_t time, const RoundNote& note) { return time < note.endedMs; });
+  if (next != notes.end() && next->moves && next->beganMs <= ms) return &*next;
+  return next == notes.begin() ? nullptr : &*std::prev(next);
+}
+
+std::string CauseAt(const AdapterTruth& truth, const RoundNotes& notes, std::uint64_t ms, int own,
+                    int wanted) {
+  if (own == wanted || wanted == kNoLink) return "at the edge of a move";
+  const RoundNote* note = NoteAt(notes, ms);
+  if (own == kNoLink) {
+    if (note && note->moves && note->endedMs > ms) return "moving";
+    return "no link: " + (note ? RoundText(truth, *note, wanted) : std::string("no round yet"));
+  }
+  return note ? RoundText(truth, *note, wanted) : std::string("no round yet");
+}
+
+}  // namespace
+
+std::map<std::string, Loss> WhyBehind(const Truth& truth, const PolicyRun& run,
+                                      const PolicyTrace& oracle) {
+  constexpr double kLeastMbps = 0.01, kPercent = 100.0;
+  std::map<std::string, Loss> causes;
+  double whole = 0.0;
+  for (std::size_t i = 0; i < truth.adapters.size(); ++i) {
+    const std::vector<float> best = RatesOf(truth, oracle, i), own = RatesOf(truth, run.trace, i);
+    whole += std::accumulate(best.begin(), best.end(), 0.0);
+    for (std::size_t second = 0; second < truth.seconds; ++second) {
+      const double lost = best[second] - own[second];
+      if (lost < kLeastMbps && lost > -kLeastMbps) continue;
+      const std::uint64_t ms = second * kSecondMs + kMiddleMs;
+      Loss& loss = causes[lost < 0.0 ? "ahead of the oracle"
+                                     : CauseAt(truth.adapters[i], run.rounds[i], ms,
+                                               run.trace[i].At(ms), oracle[i].At(ms))];
+      loss.points += lost;
+      ++loss.seconds;
+    }
+  }
+  for (auto& [cause, loss] : causes) loss.points *= whole > 0.0 ? kPercent / whole : 0.0;
+  return causes;
+}
+
+}  // namespace corvane::lab
