@@ -26,7 +26,6 @@ bool TellsNothingOfOthers(RoundStep step) {
     case RoundStep::kVpn:
     case RoundStep::kOvertaken:
     case RoundStep::kRoamingInhibit:
-    case RoundStep::kLinkBusy:
     case RoundStep::kStateUnclear:
       return true;
     default:
@@ -34,36 +33,47 @@ bool TellsNothingOfOthers(RoundStep step) {
   }
 }
 
-std::string RoundText(const AdapterTruth& truth, const RoundNote& note, int wanted) {
-  if (!note.step) return "round without a decision";
-  std::string text = RoundStepName(*note.step);
-  if (*note.step == RoundStep::kInhibited) return text + " (" + note.inhibit + ")";
-  if (*note.step == RoundStep::kLinkBusy) {
-    const std::size_t second = std::min(note.endedMs / kSecondMs, truth.busy.size() - 1);
-    return text + (truth.busy[second] ? " (traffic)" : " (background)");
-  }
-  if (TellsNothingOfOthers(*note.step)) return text;
-  return text + ", " + StandingText(note, wanted);
-}
-
 // The round that holds in a second: one that moves while it runs, else the last one that has ended.
-const RoundNote* NoteAt(const RoundNotes& notes, std::uint64_t ms) {
+RoundNotes::const_iterator NoteAt(const RoundNotes& notes, std::uint64_t ms) {
   const auto next = std::upper_bound(
       notes.begin(), notes.end(), ms,
       [](std::uint64_t time, const RoundNote& note) { return time < note.endedMs; });
-  if (next != notes.end() && next->moves && next->beganMs <= ms) return &*next;
-  return next == notes.begin() ? nullptr : &*std::prev(next);
+  if (next != notes.end() && next->moves && next->beganMs <= ms) return next;
+  return next == notes.begin() ? notes.end() : std::prev(next);
+}
+
+std::string RoundText(const AdapterTruth& truth, const RoundNotes& notes,
+                      RoundNotes::const_iterator note, int wanted);
+
+// A link that is busy tells nothing of what kept the service from moving before it was.
+std::string BusyText(const AdapterTruth& truth, const RoundNotes& notes,
+                     RoundNotes::const_iterator note, int wanted) {
+  const std::size_t second = std::min(note->endedMs / kSecondMs, truth.busy.size() - 1);
+  std::string text = truth.busy[second] ? "link-busy (traffic)" : "link-busy (background)";
+  while (note != notes.begin() && note->step == RoundStep::kLinkBusy) --note;
+  if (note->step == RoundStep::kLinkBusy) return text;
+  return text + " after " + RoundText(truth, notes, note, wanted);
+}
+
+std::string RoundText(const AdapterTruth& truth, const RoundNotes& notes,
+                      RoundNotes::const_iterator note, int wanted) {
+  if (!note->step) return "round without a decision";
+  if (*note->step == RoundStep::kLinkBusy) return BusyText(truth, notes, note, wanted);
+  const std::string text = RoundStepName(*note->step);
+  if (*note->step == RoundStep::kInhibited) return text + " (" + note->inhibit + ")";
+  if (TellsNothingOfOthers(*note->step)) return text;
+  return text + ", " + StandingText(*note, wanted);
 }
 
 std::string CauseAt(const AdapterTruth& truth, const RoundNotes& notes, std::uint64_t ms, int own,
                     int wanted) {
   if (own == wanted || wanted == kNoLink) return "at the edge of a move";
-  const RoundNote* note = NoteAt(notes, ms);
-  if (own == kNoLink) {
-    if (note && note->moves && note->endedMs > ms) return "moving";
-    return "no link: " + (note ? RoundText(truth, *note, wanted) : std::string("no round yet"));
-  }
-  return note ? RoundText(truth, *note, wanted) : std::string("no round yet");
+  const auto note = NoteAt(notes, ms);
+  const bool known = note != notes.end();
+  if (own == kNoLink && known && note->moves && note->endedMs > ms) return "moving";
+  const std::string text =
+      known ? RoundText(truth, notes, note, wanted) : std::string("no round yet");
+  return own == kNoLink ? "no link: " + text : text;
 }
 
 }  // namespace

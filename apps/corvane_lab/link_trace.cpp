@@ -114,7 +114,7 @@ TraceScore ScoreTrace(const Truth& truth, const PolicyTrace& trace) {
       const std::size_t second = ms / kSecondMs;
       if (second >= truth.seconds) continue;
       ++score.scans;
-      score.scansInPhases += air.busy[second];
+      score.scansInPhases += air.busy[second] && trace[i].At(ms) != kNoLink;
     }
   }
   return score;

@@ -37,7 +37,7 @@ struct TraceScore {
   int moves = 0;                     // changes from one access point to another, by whomever
   int pingPongs = 0;                 // moves back within two minutes
   int movesInPhases = 0;             // that ended a living link in a phase of traffic
-  int scans = 0, scansInPhases = 0;
+  int scans = 0, scansInPhases = 0;  // the latter with a link
 };
 TraceScore ScoreTrace(const Truth& truth, const PolicyTrace& trace);
 

@@ -53,13 +53,16 @@ using Stream = std::unique_ptr<std::FILE, Closer>;
 // A process that does every `step`th piece from `first` on and writes their lines.
 class Child {
  public:
-  Child(PartWork& work, std::size_t first, std::size_t step, std::size_t pieces) {
+  // `others`, which run already, are read by the parent alone.
+  Child(PartWork& work, std::size_t first, std::size_t step, std::size_t pieces,
+        const std::vector<std::unique_ptr<Child> >& others) {
     int ends[2];
     if (pipe(ends) != 0) throw std::runtime_error("no pipe to another process can be had");
     std::fflush(nullptr);  // what is buffered is written once
     m_Pid = fork();
     if (m_Pid == 0) {
       close(ends[0]);
+      for (const auto& other : others) close(fileno(other->m_In.get()));
       const Stream out(fdopen(ends[1], "w"));
       for (std::size_t piece = first; out && piece < pieces; piece += step) {
         const std::string line = DoPiece(work, piece) + "\n";
@@ -109,7 +112,7 @@ void DoInParts(std::size_t pieces, std::size_t processes, PartWork& work) {
     return;
   }
   for (std::size_t first = 0; first < step; ++first)
-    children.push_back(std::make_unique<Child>(work, first, step, pieces));
+    children.push_back(std::make_unique<Child>(work, first, step, pieces, children));
   for (std::size_t piece = 0; piece < pieces; ++piece)
     TakeLine(work, piece, children[piece % step]->ReadLine());
 }

@@ -88,7 +88,7 @@ TEST(CompareWhyTest, TheCausesSumToWhatIsMissed) {
   EXPECT_EQ(causes.at("no round yet").seconds, 10);
   EXPECT_EQ(causes.at("no-qualifier, percent-short").seconds, 10);
   EXPECT_EQ(causes.at("on-best, scored-lower").seconds, 10);
-  EXPECT_EQ(causes.at("link-busy (traffic)").seconds, 10);
+  EXPECT_EQ(causes.at("link-busy (traffic) after on-best, scored-lower").seconds, 10);
   double points = 0.0;
   for (const auto& [cause, loss] : causes) points += loss.points;
   EXPECT_NEAR(points, 50.0, 0.01);
