@@ -128,10 +128,13 @@ void WindowsHttp::GlobalFree(void* memory) {
   Forward("GlobalFree", [&] { return ::GlobalFree(memory); });
 }
 
+// MB_PRECOMPOSED is what all code pages do that have a choice, and ERROR_INVALID_FLAGS with those
+// that have none, such as UTF-8, which the program's manifest makes the default one.
 int WindowsHttp::MultiByteToWideChar(unsigned codePage, DWORD flags, const char* bytes, int size,
                                      char16_t* wide, int wideSize) {
+  const ::DWORD others = flags & ~::DWORD{MB_PRECOMPOSED};
   return ForwardOrFail("MultiByteToWideChar", [&] {
-    return ::MultiByteToWideChar(codePage, flags, bytes, size, Wide(wide), wideSize);
+    return ::MultiByteToWideChar(codePage, others, bytes, size, Wide(wide), wideSize);
   });
 }
 
