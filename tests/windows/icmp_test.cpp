@@ -98,7 +98,7 @@ TEST(WindowsIcmp, PassesOnWhatIsAskedAndKeepsWhyItFailed) {
   to.sin6_scope_id = 7;
   char room[100];
   EXPECT_EQ(icmp.Icmp6SendEcho2(four, &from, &to, "six", 3, &options, room, sizeof room, 900), 1u);
-  EXPECT_EQ(g_Asked, "1 to 2 scope 7 six ttl 3 room 100 900 ms");
+  EXPECT_EQ(g_Asked, "1 to 2 scope 7 six ttl 3 room 116 900 ms");
   EXPECT_EQ(threads.GetLastError(), ERROR_ACCESS_DENIED) << "none of these has failed";
   g_Replies = 0;
   EXPECT_EQ(icmp.IcmpSendEcho(four, 1, "ping", 4, &options, &reply, sizeof reply, 500), 0u);
