@@ -38,6 +38,19 @@ class WindowsPipesTest : public testing::Test, protected PipeKernel {
   }
 };
 
+// A child with the rights of a user would have the server's end of the system's clients.
+TEST_F(WindowsPipesTest, NoChildInheritsAPipe) {
+  SECURITY_ATTRIBUTES inheritable;
+  inheritable.bInheritHandle = TRUE;
+  const HANDLE pipe = pipes.CreateNamedPipeW(pipePath, PIPE_ACCESS_DUPLEX, PIPE_TYPE_MESSAGE, 255,
+                                             1000, 1000, 0, &inheritable);
+  ASSERT_TRUE(pipe);
+  ::DWORD flags = HANDLE_FLAG_INHERIT;
+  EXPECT_TRUE(::GetHandleInformation(pipe, &flags));
+  EXPECT_EQ(flags & HANDLE_FLAG_INHERIT, 0u);
+  pipes.CloseHandle(pipe);
+}
+
 TEST_F(WindowsPipesTest, TakesNoNameThatAnotherServes) {
   const HANDLE first = CreatePipe(pipes);
   const HANDLE second = CreatePipe(pipes);  // of its own name it makes as many as it likes

@@ -159,6 +159,39 @@ TEST_F(WindowsSessionTest, ALibraryThatLacksOrFaultsFailsTheOneOperation) {
   EXPECT_THROW(faulting.NetGetDCName(nullptr, u"D", &controller), PlatformFault);
 }
 
+// What this process has made inheritable is not for a child with other rights.
+TEST_F(WindowsSessionTest, AChildInheritsItsStandardHandlesAndNoOther) {
+  SECURITY_ATTRIBUTES inherited;
+  inherited.bInheritHandle = TRUE;
+  HANDLE readEnd = nullptr;
+  HANDLE writeEnd = nullptr;
+  ASSERT_TRUE(session.CreatePipe(&readEnd, &writeEnd, &inherited, 0));
+  const HANDLE event = ::CreateEventW(As<::SECURITY_ATTRIBUTES>(&inherited), TRUE, TRUE, nullptr);
+  STARTUPINFOW startup;
+  startup.dwFlags = STARTF_USESTDHANDLES;
+  startup.hStdOutput = startup.hStdError = writeEnd;
+  PROCESS_INFORMATION child;
+  ASSERT_TRUE(session.CreateProcessAsUserW(nullptr, nullptr, u"cmd.exe /c pause", TRUE, 0, nullptr,
+                                           nullptr, &startup, &child));
+  // A handle has the same value in the child.
+  const auto has = [&](HANDLE handle) {
+    HANDLE copy = nullptr;
+    if (!::DuplicateHandle(child.hProcess, handle, ::GetCurrentProcess(), &copy, 0, FALSE,
+                           DUPLICATE_SAME_ACCESS)) {
+      return false;
+    }
+    const bool isSet = ::WaitForSingleObject(copy, 0) == WAIT_OBJECT_0;
+    ::CloseHandle(copy);
+    return handle == writeEnd || isSet;
+  };
+  EXPECT_TRUE(has(writeEnd));
+  EXPECT_FALSE(has(event));
+  session.TerminateProcess(child.hProcess, 0);
+  for (const HANDLE handle : {readEnd, writeEnd, event, child.hProcess, child.hThread}) {
+    session.CloseHandle(handle);
+  }
+}
+
 TEST_F(WindowsSessionTest, AWaitForAProcessEndsWhenItsThreadIsGivenUp) {
   STARTUPINFOW startup;
   struct Facts {

@@ -95,18 +95,21 @@ bool WindowsPipes::IsServed(std::u16string_view path) const {
 }
 
 // Whoever made a pipe of that name first would own the clients: a first instance is made only when
-// it is the machine's first (FILE_FLAG_FIRST_PIPE_INSTANCE, else ERROR_ACCESS_DENIED).
+// it is the machine's first (FILE_FLAG_FIRST_PIPE_INSTANCE, else ERROR_ACCESS_DENIED). Nobody
+// inherits the server's end, whatever the attributes say: a child of the user's rights would serve
+// the clients of the system.
 HANDLE WindowsPipes::CreateNamedPipeW(LPCWSTR path, DWORD openMode, DWORD pipeMode,
                                       DWORD maxInstances, DWORD outBufferSize, DWORD inBufferSize,
                                       DWORD defaultTimeoutMs,
                                       const SECURITY_ATTRIBUTES* attributes) {
   const std::lock_guard lock(m_Mutex);
   const DWORD first = IsServed(path) ? 0 : FILE_FLAG_FIRST_PIPE_INSTANCE;
-  auto* const security = As<::SECURITY_ATTRIBUTES>(const_cast<SECURITY_ATTRIBUTES*>(attributes));
+  SECURITY_ATTRIBUTES own = attributes ? *attributes : SECURITY_ATTRIBUTES{};
+  own.bInheritHandle = FALSE;
   const HANDLE pipe = NullIfInvalid(ForwardOrFail("CreateNamedPipeW", [&] {
     return ::CreateNamedPipeW(Wide(path), openMode | FILE_FLAG_OVERLAPPED | first,
                               pipeMode | PIPE_REJECT_REMOTE_CLIENTS, maxInstances, outBufferSize,
-                              inBufferSize, defaultTimeoutMs, security);
+                              inBufferSize, defaultTimeoutMs, As<::SECURITY_ATTRIBUTES>(&own));
   }));
   if (pipe) m_Pipes[pipe].path = path;
   return pipe;

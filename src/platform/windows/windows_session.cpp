@@ -5,6 +5,7 @@
 
 #include "platform/sim/kernel/sim_text.h"
 #include "platform/utf.h"
+#include "platform/windows/inherited_handles.h"
 #include "platform/windows/library_call.h"
 
 namespace corvane::platform::windows {
@@ -79,18 +80,19 @@ BOOL WindowsSession::DestroyEnvironmentBlock(void* environment) {
 
 // ---- processes ------------------------------------------------------------------------------
 
-// The system writes into the command line (CreateProcessAsUserW, lpCommandLine).
+// The system writes into the command line (CreateProcessAsUserW, lpCommandLine). A child that
+// inherits gets its standard handles and nothing else that this process has made inheritable.
 BOOL WindowsSession::CreateProcessAsUserW(HANDLE token, LPCWSTR application, LPCWSTR commandLine,
                                           BOOL inheritHandles, DWORD flags, void* environment,
                                           LPCWSTR directory, const STARTUPINFOW* startup,
                                           PROCESS_INFORMATION* process) {
   std::u16string command(commandLine ? commandLine : u"");
-  ::STARTUPINFOW info = *As<const ::STARTUPINFOW>(startup);
+  InheritedHandles inherited(*As<const ::STARTUPINFOW>(startup), inheritHandles != FALSE);
   return ForwardOrFail("CreateProcessAsUserW", [&] {
-    return ::CreateProcessAsUserW(token, Wide(application),
-                                  commandLine ? Wide(command.data()) : nullptr, nullptr, nullptr,
-                                  inheritHandles, flags, environment, Wide(directory), &info,
-                                  As<::PROCESS_INFORMATION>(process));
+    return ::CreateProcessAsUserW(
+        token, Wide(application), commandLine ? Wide(command.data()) : nullptr, nullptr, nullptr,
+        inherited.Any(), flags | EXTENDED_STARTUPINFO_PRESENT, environment, Wide(directory),
+        inherited.Startup(), As<::PROCESS_INFORMATION>(process));
   });
 }
 
