@@ -123,4 +123,43 @@ TEST(WindowsWindows, ALibraryThatLacksOrFaultsFailsTheOneOperation) {
   EXPECT_THROW(faulting.WTSRegisterSessionNotification(nullptr, 0), PlatformFault);
 }
 
+namespace {
+
+std::atomic<int> g_Registered{0};
+std::atomic<bool> g_bGoneBefore{false};
+
+::BOOL WINAPI RegisterIt(::HWND, ::DWORD) {
+  ++g_Registered;
+  return TRUE;
+}
+::BOOL WINAPI UnregisterIt(::HWND window) {
+  if (!::IsWindow(window)) g_bGoneBefore = true;
+  --g_Registered;
+  return TRUE;
+}
+void* FindSessions(const char* name) {
+  return std::string_view(name) == "WTSRegisterSessionNotification"
+             ? reinterpret_cast<void*>(&RegisterIt)
+             : reinterpret_cast<void*>(&UnregisterIt);
+}
+
+}  // namespace
+
+// Each registration is ended before its window goes.
+TEST(WindowsWindows, AWindowThatGoesIsToldOfSessionsNoMore) {
+  WindowsThreads threads;
+  Loop loop;
+  const HANDLE thread = threads.CreateThread(&Loop::Run, &loop, "window", nullptr);
+  for (int i = 0; i < 1000 && !loop.window && !loop.ended; ++i) ::Sleep(10);
+  ASSERT_TRUE(loop.window) << "a desktop to make a window on";
+  WindowsWindows windows(&FindSessions);
+  for (int i = 0; i < 2; ++i) EXPECT_TRUE(windows.WTSRegisterSessionNotification(loop.window, 1));
+  EXPECT_EQ(g_Registered, 2);
+  EXPECT_TRUE(windows.PostMessageA(loop.window, WM_CLOSE, 0, 0));
+  EXPECT_EQ(threads.WaitForSingleObject(thread, kLongMs), WAIT_OBJECT_0);
+  EXPECT_EQ(g_Registered, 0);
+  EXPECT_FALSE(g_bGoneBefore);
+  threads.CloseHandle(thread);
+}
+
 }  // namespace corvane::test

@@ -35,8 +35,46 @@ Procedures& TheProcedures() {
   return procedures;
 }
 
+// Windows that are told of sessions, with what ends that. It has to be called before the window
+// goes (WTSUnRegisterSessionNotification), once for each registration.
+class SessionListeners {
+ public:
+  using Unregister = ::BOOL WINAPI(::HWND);
+
+  void Add(::HWND window, Unregister* unregister) {
+    const std::lock_guard lock(m_Mutex);
+    m_Listeners.emplace(window, unregister);
+  }
+  void End(::HWND window) {
+    for (;;) {
+      Unregister* unregister = nullptr;
+      {
+        const std::lock_guard lock(m_Mutex);
+        const auto found = m_Listeners.find(window);
+        if (found == m_Listeners.end()) return;
+        unregister = found->second;
+        m_Listeners.erase(found);
+      }
+      try {
+        OrFault([&] { return unregister(window); });
+      } catch (const PlatformFault&) {  // the window goes all the same
+      }
+    }
+  }
+
+ private:
+  std::mutex m_Mutex;
+  std::multimap<::HWND, Unregister*> m_Listeners;
+};
+
+SessionListeners& TheSessionListeners() {
+  static SessionListeners listeners;
+  return listeners;
+}
+
 // Frames of the system lie between it and the program.
 ::LRESULT CALLBACK OnMessage(::HWND window, ::UINT message, ::WPARAM wParam, ::LPARAM lParam) {
+  if (message == WM_DESTROY) TheSessionListeners().End(window);
   const WNDPROC procedure = TheProcedures().Of(window);
   if (!procedure) return ::DefWindowProcW(window, message, wParam, lParam);
   try {
@@ -157,11 +195,14 @@ HWND WindowsWindows::FindWindowW(LPCWSTR className, LPCWSTR title) {
   return ForwardOrFail("FindWindowW", [&] { return ::FindWindowW(Wide(className), Wide(title)); });
 }
 
-// Ends with the window (WTSUnRegisterSessionNotification is not needed before it is destroyed).
+// Ends with the window.
 BOOL WindowsWindows::WTSRegisterSessionNotification(HWND window, DWORD flags) {
-  return ForwardOrFailIfFound("WTSRegisterSessionNotification",
-                              CORVANE_FIND(m_Sessions, WTSRegisterSessionNotification),
-                              Window(window), flags);
+  const BOOL done = ForwardOrFailIfFound("WTSRegisterSessionNotification",
+                                         CORVANE_FIND(m_Sessions, WTSRegisterSessionNotification),
+                                         Window(window), flags);
+  const auto unregister = CORVANE_FIND(m_Sessions, WTSUnRegisterSessionNotification);
+  if (done && unregister) TheSessionListeners().Add(Window(window), unregister);
+  return done;
 }
 
 HANDLE WindowsWindows::RegisterSuspendResumeNotification(HANDLE recipient, DWORD flags) {
