@@ -14,14 +14,22 @@ constexpr DWORD kMostStoppingMs = 20'000;  // the system ends the process before
 // What the handler of the console touches lives outside of any object: it runs on a thread of the
 // system's own.
 std::atomic<HANDLE> g_Stop{nullptr};
-std::atomic<HANDLE> g_Stopped{nullptr};
+
+// Never closed: a handler's thread may be about to look.
+HANDLE Stopped() {
+  static const HANDLE event = ::CreateEventW(nullptr, TRUE, FALSE, nullptr);
+  return event;
+}
 
 ::BOOL WINAPI OnConsoleEvent(::DWORD event) {
   const HANDLE stop = g_Stop;
   if (!stop) return FALSE;
+  ::DWORD session = 0;
+  ::ProcessIdToSessionId(::GetCurrentProcessId(), &session);
+  if (!WindowsConsole::IsStop(event, session)) return TRUE;
   ::SetEvent(stop);
   if (event == CTRL_CLOSE_EVENT || event == CTRL_LOGOFF_EVENT || event == CTRL_SHUTDOWN_EVENT) {
-    ::WaitForSingleObject(g_Stopped, kMostStoppingMs);
+    ::WaitForSingleObject(Stopped(), kMostStoppingMs);
   }
   return TRUE;
 }
@@ -46,16 +54,20 @@ void Put(std::string_view text, ::DWORD which) {
 WindowsConsole::WindowsConsole(HANDLE stopEvent) : m_Stop(stopEvent) {
   ::DWORD mode = 0;
   m_IsConsole = ::GetConsoleMode(::GetStdHandle(STD_INPUT_HANDLE), &mode) != 0;
-  g_Stopped = ::CreateEventW(nullptr, TRUE, FALSE, nullptr);
+  ::ResetEvent(Stopped());
   g_Stop = m_Stop;
   ::SetConsoleCtrlHandler(&OnConsoleEvent, TRUE);
+  m_pEndOfSession = std::make_unique<EndSessionWindow>(m_Stop, Stopped());
 }
 
-// The event that ends a waiting handler is never closed: the handler's thread may be about to look.
 WindowsConsole::~WindowsConsole() {
   g_Stop = nullptr;
   ::SetConsoleCtrlHandler(&OnConsoleEvent, FALSE);
-  ::SetEvent(g_Stopped);
+  ::SetEvent(Stopped());
+}
+
+bool WindowsConsole::IsStop(DWORD event, DWORD session) {
+  return event != CTRL_LOGOFF_EVENT || session != 0;
 }
 
 void WindowsConsole::PressKey() { ::SetEvent(m_Stop); }
