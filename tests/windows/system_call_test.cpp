@@ -137,7 +137,8 @@ TEST(SystemLibrary, FindsWhatIsThereAndNothingElse) {
 TEST(LongPath, LiftsTheLimitOfAbsolutePaths) {
   EXPECT_EQ(LongPath(u"C:/a/b"), L"\\\\?\\C:\\a\\b");
   EXPECT_EQ(LongPath(u"\\\\server\\share\\a"), L"\\\\?\\UNC\\server\\share\\a");
-  EXPECT_EQ(LongPath(u"\\\\?\\C:\\a"), L"\\\\?\\C:\\a");
+  EXPECT_EQ(LongPath(u"C:\\a/./b\\\\..\\c.d."), L"\\\\?\\C:\\a\\c.d");
+  EXPECT_EQ(LongPath(u"\\\\?\\C:\\a\\..\\b"), L"\\\\?\\C:\\a\\..\\b");
   EXPECT_EQ(LongPath(u"\\\\.\\pipe\\a"), L"\\\\.\\pipe\\a");
   EXPECT_EQ(LongPath(u"a/b"), L"a\\b");
   EXPECT_EQ(LongPath(u"C:a"), L"C:a");
