@@ -14,6 +14,7 @@ constexpr std::uint32_t kCngPublic = 0x31415352;                              //
 constexpr std::uint32_t kCngPrivate = 0x32415352;                             // "RSA2"
 constexpr std::uint32_t kCngFullPrivate = 0x33415352;                         // "RSA3"
 constexpr std::size_t kMostBits = 65'536;
+constexpr std::size_t kWordBytes = 4;
 
 void AddWord(std::string* out, std::size_t value) {
   const auto word = static_cast<std::uint32_t>(value);
@@ -74,6 +75,8 @@ bool AddLittleEndian(std::string* out, std::string_view number, std::size_t size
 std::string CngBlob(std::uint32_t magic, const RsaPublicKey& key, std::string_view prime1,
                     std::string_view prime2) {
   std::string blob;
+  blob.reserve(6 * kWordBytes + key.exponent.size() + key.modulus.size() + prime1.size() +
+               prime2.size());
   AddWord(&blob, magic);
   AddWord(&blob, BitsOf(key.modulus));
   for (const std::size_t size :
@@ -92,7 +95,9 @@ std::string CngBlob(std::uint32_t magic, const RsaPublicKey& key, std::string_vi
 std::string ToCapiPrivateBlob(const RsaPrivateKey& key) {
   const std::size_t whole = key.modulus.size();
   const std::size_t half = (whole + 1) / 2;
-  std::string blob(kCapiHead);
+  std::string blob;
+  blob.reserve(kCapiHead.size() + 3 * kWordBytes + 2 * whole + 5 * half);
+  blob += kCapiHead;
   AddWord(&blob, kCapiPrivate);
   AddWord(&blob, BitsOf(key.modulus));
   const bool fits =

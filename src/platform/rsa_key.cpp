@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "platform/base64.h"
+#include "platform/wipe.h"
 
 namespace corvane::platform {
 
@@ -15,6 +16,7 @@ constexpr char kSequence = 0x30;
 constexpr std::string_view kRsaEncryption(
     "\x30\x0D\x06\x09\x2A\x86\x48\x86\xF7\x0D\x01\x01\x01\x05\x00", 15);
 constexpr std::size_t kLineChars = 64;
+constexpr std::size_t kMostHeadBytes = 2 + sizeof(std::size_t);  // of an element
 constexpr std::size_t kMostLengthBytes = 3;  // of what is read: a key is a few thousand bytes
 
 std::uint8_t ByteAt(std::string_view bytes, std::size_t at) {
@@ -23,25 +25,32 @@ std::uint8_t ByteAt(std::string_view bytes, std::size_t at) {
 
 // ---- DER, written ---------------------------------------------------------------------------
 
-std::string Element(char tag, std::string_view content) {
+void AddHead(std::string* out, char tag, std::size_t size) {
   std::string length;
-  for (std::size_t left = content.size(); left > 0; left >>= 8)
+  for (std::size_t left = size; left > 0; left >>= 8)
     length.insert(length.begin(), static_cast<char>(left & 0xFF));
-  std::string out(1, tag);
-  if (content.size() < 0x80) {
-    out += static_cast<char>(content.size());
+  *out += tag;
+  if (size < 0x80) {
+    *out += static_cast<char>(size);
   } else {
-    out += static_cast<char>(0x80 | length.size());
-    out += length;
+    *out += static_cast<char>(0x80 | length.size());
+    *out += length;
   }
+}
+
+std::string Element(char tag, std::string_view content) {
+  std::string out;
+  out.reserve(content.size() + kMostHeadBytes);
+  AddHead(&out, tag, content.size());
   return out.append(content);
 }
 
 // A number is signed: a zero byte keeps one with a high first bit from reading as negative.
-std::string Integer(std::string_view number) {
-  std::string content(number);
-  if (content.empty() || ByteAt(content, 0) >= 0x80) content.insert(content.begin(), '\0');
-  return Element(kInteger, content);
+void AddInteger(std::string* out, std::string_view number) {
+  const bool hasZero = number.empty() || ByteAt(number, 0) >= 0x80;
+  AddHead(out, kInteger, number.size() + (hasZero ? 1 : 0));
+  if (hasZero) *out += '\0';
+  out->append(number);
 }
 
 // ---- DER, read ------------------------------------------------------------------------------
@@ -97,14 +106,26 @@ class DerReader {
 
 }  // namespace
 
-std::string EncodePrivateKey(const RsaPrivateKey& key) {
-  std::string numbers = Integer("");  // the version: two primes
-  for (const std::string* number :
-       {&key.modulus, &key.exponent, &key.privateExponent, &key.prime1, &key.prime2, &key.exponent1,
-        &key.exponent2, &key.coefficient}) {
-    numbers += Integer(*number);
+RsaPrivateKey::~RsaPrivateKey() {
+  for (std::string* number :
+       {&privateExponent, &prime1, &prime2, &exponent1, &exponent2, &coefficient}) {
+    Wipe(number);
   }
-  return Element(kSequence, numbers);
+}
+
+// Room for all from the beginning, as a text that grows leaves copies behind.
+std::string EncodePrivateKey(const RsaPrivateKey& key) {
+  const auto all = {&key.modulus, &key.exponent,  &key.privateExponent, &key.prime1,
+                    &key.prime2,  &key.exponent1, &key.exponent2,       &key.coefficient};
+  std::size_t room = kMostHeadBytes + 1;
+  for (const std::string* number : all) room += kMostHeadBytes + 1 + number->size();
+  std::string numbers;
+  numbers.reserve(room);
+  AddInteger(&numbers, "");  // the version: two primes
+  for (const std::string* number : all) AddInteger(&numbers, *number);
+  std::string der = Element(kSequence, numbers);
+  Wipe(&numbers);
+  return der;
 }
 
 std::optional<RsaPrivateKey> DecodePrivateKey(std::string_view der) {
@@ -121,9 +142,11 @@ std::optional<RsaPrivateKey> DecodePrivateKey(std::string_view der) {
 }
 
 std::string EncodePublicKey(const RsaPublicKey& key) {
-  const std::string numbers = Element(kSequence, Integer(key.modulus) + Integer(key.exponent));
-  return Element(kSequence,
-                 std::string(kRsaEncryption) + Element(kBitString, std::string(1, '\0') + numbers));
+  std::string numbers;
+  AddInteger(&numbers, key.modulus);
+  AddInteger(&numbers, key.exponent);
+  const std::string bits = std::string(1, '\0') + Element(kSequence, numbers);
+  return Element(kSequence, std::string(kRsaEncryption) + Element(kBitString, bits));
 }
 
 std::optional<RsaPublicKey> DecodePublicKey(std::string_view der) {

@@ -13,7 +13,13 @@ struct RsaPublicKey {
   std::string exponent;
   friend bool operator==(const RsaPublicKey&, const RsaPublicKey&) = default;
 };
+// The secret numbers are wiped at the end of each object. (Moves are copies.)
 struct RsaPrivateKey : RsaPublicKey {
+  RsaPrivateKey() = default;
+  RsaPrivateKey(const RsaPrivateKey&) = default;
+  RsaPrivateKey& operator=(const RsaPrivateKey&) = default;
+  ~RsaPrivateKey();
+
   std::string privateExponent;
   std::string prime1;
   std::string prime2;

@@ -6,6 +6,7 @@
 #include "platform/windows/long_path.h"
 #include "platform/windows/whole_file.h"
 #include "platform/windows/win32.h"
+#include "platform/wipe.h"
 
 namespace corvane::platform::windows {
 
@@ -111,8 +112,10 @@ std::string NewKeyBlob() {
 
 // Empty when the private half is no key.
 std::string PublicTextOf(const std::string& privateText) {
-  const auto der = FromBase64WithHeaders(privateText);
-  const auto key = der ? DecodePrivateKey(*der) : std::nullopt;
+  auto der = FromBase64WithHeaders(privateText);
+  if (!der) return {};
+  const auto key = DecodePrivateKey(*der);
+  Wipe(&*der);
   return key ? ToPem(kPublicLabel, EncodePublicKey(*key)) : std::string();
 }
 
@@ -137,9 +140,13 @@ DWORD WindowsClientKey::ReadPrivate(std::string* text) const {
 
 // A public half that is there belongs to no key: a private half has never been.
 DWORD WindowsClientKey::Make(std::string* text) const {
-  const auto key = FromCngFullPrivateBlob(NewKeyBlob());
+  std::string blob = NewKeyBlob();
+  const auto key = FromCngFullPrivateBlob(blob);
+  Wipe(&blob);
   if (!key) return ERROR_GEN_FAILURE;
-  *text = ToPem(kPrivateLabel, EncodePrivateKey(*key));
+  std::string der = EncodePrivateKey(*key);
+  *text = ToPem(kPrivateLabel, der);
+  Wipe(&der);
   DWORD code = WriteWholeFile(Public(), PublicTextOf(*text));
   std::string kept;
   if (code == ERROR_SUCCESS) code = Protect(*text, &kept);

@@ -4,6 +4,7 @@
 
 #include "platform/rsa_blobs.h"
 #include "platform/windows/system_call.h"
+#include "platform/wipe.h"
 
 namespace corvane::platform::windows {
 
@@ -52,7 +53,8 @@ BOOL WindowsCrypto::CryptStringToBinaryA(const char* text, DWORD length, DWORD f
 BOOL WindowsCrypto::DecodeHere(const BYTE* encoded, DWORD encodedSize, void* info,
                                DWORD* infoSize) {
   const auto key = DecodePrivateKey(BytesOf(encoded, encodedSize));
-  const std::string blob = key ? ToCapiPrivateBlob(*key) : std::string();
+  std::string blob = key ? ToCapiPrivateBlob(*key) : std::string();
+  const WipeAtEnd wipe(blob.data(), blob.size());
   if (blob.empty()) return Fail(kBadAsn);
   const DWORD room = *infoSize;
   *infoSize = static_cast<DWORD>(blob.size());
@@ -102,7 +104,8 @@ NTSTATUS WindowsCrypto::BCryptImportKeyPair(BCRYPT_ALG_HANDLE algorithm, LPCWSTR
   if (std::u16string_view(blobType) != CAPIPRIVATEBLOB) return kInvalidParameter;
   const auto numbers = FromCapiPrivateBlob(BytesOf(blob, size));
   if (!numbers) return kInvalidParameter;
-  const std::string own = ToCngPrivateBlob(*numbers);
+  std::string own = ToCngPrivateBlob(*numbers);
+  const WipeAtEnd wipe(own.data(), own.size());
   return Forward("BCryptImportKeyPair", [&] {
     return call(algorithm, nullptr, BCRYPT_RSAPRIVATE_BLOB, key, Input(own.data()),
                 static_cast<::ULONG>(own.size()), 0);
