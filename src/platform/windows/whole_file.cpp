@@ -58,8 +58,10 @@ DWORD WriteWholeFile(const std::u16string& path, std::string_view text) {
   return code;
 }
 
-bool FileExists(const std::u16string& path) {
-  return ::GetFileAttributesW(LongPath(path).c_str()) != INVALID_FILE_ATTRIBUTES;
+bool IsFileMissing(const std::u16string& path) {
+  if (::GetFileAttributesW(LongPath(path).c_str()) != INVALID_FILE_ATTRIBUTES) return false;
+  const ::DWORD error = ::GetLastError();
+  return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
 }
 
 }  // namespace corvane::platform::windows

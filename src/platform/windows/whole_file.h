@@ -13,6 +13,7 @@ DWORD ReadWholeFile(const std::u16string& path, std::size_t most, std::string* t
 // By a new file beside it, whose name ends in ".new", that takes its place: whoever reads, and a
 // stop at any moment, finds the old text or the new one. On the disk when it returns.
 DWORD WriteWholeFile(const std::u16string& path, std::string_view text);
-bool FileExists(const std::u16string& path);
+// False also when the system does not tell, as while somebody holds the file.
+bool IsFileMissing(const std::u16string& path);
 
 }  // namespace corvane::platform::windows

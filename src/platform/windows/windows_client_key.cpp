@@ -30,7 +30,10 @@ class FileLock {
       m_Error = ::GetLastError();
     }
   }
+  // Closing would give the lock back, too, but at some later time (LockFileEx).
   ~FileLock() {
+    ::OVERLAPPED begin{};
+    if (m_Error == ERROR_SUCCESS) ::UnlockFileEx(m_File, 0, 1, 0, &begin);
     if (m_File != INVALID_HANDLE_VALUE) ::CloseHandle(m_File);
   }
   FileLock(const FileLock&) = delete;
@@ -125,10 +128,11 @@ DWORD WindowsClientKey::Read(std::string* text) const {
   const FileLock lock(Lock());
   if (lock.Error() != ERROR_SUCCESS) return lock.Error();
   DWORD code = ReadPrivate(text);
-  if (code == ERROR_FILE_NOT_FOUND && !FileExists(Marker())) code = Make(text);
+  const bool isNew = IsFileMissing(Marker());
+  if (code == ERROR_FILE_NOT_FOUND && isNew) code = Make(text);
   if (code != ERROR_SUCCESS) return code;
   // Both come after the private half, so that a stop in between is made good at the next start.
-  if (!FileExists(Marker())) code = WriteWholeFile(Marker(), "");
+  if (isNew) code = WriteWholeFile(Marker(), "");
   return code == ERROR_SUCCESS ? KeepPublic(*text) : code;
 }
 
