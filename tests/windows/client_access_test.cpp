@@ -216,6 +216,7 @@ TEST_F(ClientAccessTest, ReadsTheServicesValues) {
   set(L"SOFTWARE\\CorvaneTest", L"Number", REG_DWORD, &number, 4);
   set(L"SOFTWARE\\CorvaneTest", L"Large", REG_QWORD, &large, 8);
   set(L"SOFTWARE\\CorvaneTest", L"Bytes", REG_BINARY, &large, 8);
+  set(L"SOFTWARE\\CorvaneTest", L"Short", REG_DWORD, &number, 3);
   set(L"SOFTWARE\\CorvaneTest", L"Unended", REG_SZ, u"ab", 4);
   set(L"SOFTWARE\\CorvaneTest", L"Long", REG_SZ, longText.c_str(), 200'002);
   set(L"SOFTWARE\\CorvaneTest\\{guid}", L"Name", REG_SZ, u"W-LAN \u00e4", 16);

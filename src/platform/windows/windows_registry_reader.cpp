@@ -28,10 +28,12 @@ class OpenKey {
   const ::HKEY m_hKey;
 };
 
+// None for what is too short to be one.
 template <typename Number>
-std::string NumberText(const std::vector<::BYTE>& data, ::DWORD size) {
+std::optional<std::string> NumberText(const std::vector<::BYTE>& data, ::DWORD size) {
   Number number{};
-  if (size >= sizeof(number)) std::memcpy(&number, data.data(), sizeof(number));
+  if (size < sizeof(number)) return std::nullopt;
+  std::memcpy(&number, data.data(), sizeof(number));
   return std::to_string(number);
 }
 
