@@ -10,6 +10,7 @@
 #include "platform/rsa_blobs.h"
 #include "platform/windows/win32.h"
 #include "platform/windows/windows_crypto.h"
+#include "windows/faulty_library.h"
 
 namespace corvane::test {
 
@@ -35,17 +36,47 @@ constexpr char kPrivateKeyStruct[] = "PKCS_RSA_PRIVATE_KEY";
   *infoSize = 3;
   return TRUE;
 }
-::BOOL WINAPI DecodeFaulting(::DWORD, const char*, const ::BYTE*, ::DWORD, ::DWORD,
-                             CRYPT_DECODE_PARA*, void*, ::DWORD*) {
-  return *static_cast<volatile ::BOOL*>(reinterpret_cast<void*>(0x10));
-}
-
 void* Knowing(const char* function) {
   return std::strcmp(function, "CryptDecodeObjectEx") == 0 ? reinterpret_cast<void*>(&Decode)
                                                            : nullptr;
 }
-void* Faulting(const char*) { return reinterpret_cast<void*>(&DecodeFaulting); }
-void* Nothing(const char*) { return nullptr; }
+
+std::vector<Operation<CryptoApi>> Operations() {
+  static DWORD size;
+  static BYTE byte;
+  return {
+      {"CryptStringToBinaryA",
+       [](auto& it) { return CodeOf(it.CryptStringToBinaryA("a", 0, 0, nullptr, &size)); }},
+      {"CryptDecodeObjectEx",
+       [](auto& it) {
+         return CodeOf(it.CryptDecodeObjectEx(1, kPrivateKeyStruct, &byte, 1, 0, nullptr, &size));
+       }},
+  };
+}
+
+// Those that answer by a status.
+std::vector<Operation<CryptoApi>> StatusOperations() {
+  static DWORD size;
+  static void* handle;
+  static BYTE byte;
+  static const std::string blob =
+      ToCapiPrivateBlob(*DecodePrivateKey(*FromBase64WithHeaders(kVectorKey)));
+  return {
+      {"BCryptOpenAlgorithmProvider",
+       [](auto& it) { return it.BCryptOpenAlgorithmProvider(&handle, u"RSA"); }},
+      {"BCryptImportKeyPair",
+       [](auto& it) {
+         return it.BCryptImportKeyPair(nullptr, CAPIPRIVATEBLOB, &handle,
+                                       reinterpret_cast<const BYTE*>(blob.data()),
+                                       static_cast<DWORD>(blob.size()));
+       }},
+      {"BCryptDecrypt",
+       [](auto& it) { return it.BCryptDecrypt(nullptr, &byte, 1, &byte, 1, &size, 2); }},
+      {"BCryptDestroyKey", [](auto& it) { return it.BCryptDestroyKey(nullptr); }},
+      {"BCryptCloseAlgorithmProvider",
+       [](auto& it) { return it.BCryptCloseAlgorithmProvider(nullptr); }},
+  };
+}
 
 }  // namespace
 
@@ -57,12 +88,10 @@ class WindowsCryptoTest : public testing::Test, protected HostKernel {
   }
 
   const SystemLibrary knowing{&Knowing};
-  const SystemLibrary faulting{&Faulting};
-  const SystemLibrary nothing{&Nothing};
 };
 
 TEST_F(WindowsCryptoTest, TakesTheSystemsBlobWhereThereIsOne) {
-  WindowsCrypto crypto(nothing, knowing);
+  WindowsCrypto crypto(kMissing, knowing);
   DWORD size = 0;
   BYTE info[3] = {};
   EXPECT_TRUE(DecodeBy(crypto, reinterpret_cast<const BYTE*>("abc"), 3, info, &size));
@@ -73,30 +102,12 @@ TEST_F(WindowsCryptoTest, TakesTheSystemsBlobWhereThereIsOne) {
   EXPECT_FALSE(crypto.CryptDecodeObjectEx(1, "another", info, 3, 0, nullptr, &size));
 }
 
-TEST_F(WindowsCryptoTest, AFaultIsAFailureOfThatOneOperation) {
-  WindowsCrypto crypto(nothing, faulting);
-  DWORD size = 0;
-  EXPECT_THROW(DecodeBy(crypto, nullptr, 0, nullptr, &size), PlatformFault);
-}
-
-TEST_F(WindowsCryptoTest, SaysThatTheSystemLacksTheLibrary) {
-  WindowsCrypto crypto(nothing, nothing);
-  DWORD size = 0;
-  EXPECT_FALSE(crypto.CryptStringToBinaryA("text", 0, 0, nullptr, &size));
-  EXPECT_EQ(threads.GetLastError(), DWORD{ERROR_CALL_NOT_IMPLEMENTED});
-  threads.SetLastError(0);
-  EXPECT_FALSE(DecodeBy(crypto, nullptr, 0, nullptr, &size));
-  EXPECT_EQ(threads.GetLastError(), DWORD{ERROR_CALL_NOT_IMPLEMENTED});
-  void* handle = nullptr;
-  EXPECT_EQ(crypto.BCryptOpenAlgorithmProvider(&handle, u"RSA"), STATUS_NOT_IMPLEMENTED);
-  EXPECT_EQ(crypto.BCryptImportKeyPair(nullptr, CAPIPRIVATEBLOB, &handle, nullptr, 0),
-            STATUS_NOT_IMPLEMENTED);
-  EXPECT_EQ(crypto.BCryptDecrypt(nullptr, nullptr, 0, nullptr, 0, &size, 2),
-            STATUS_NOT_IMPLEMENTED);
-  EXPECT_EQ(crypto.BCryptDestroyKey(nullptr), STATUS_NOT_IMPLEMENTED);
-  EXPECT_EQ(crypto.BCryptCloseAlgorithmProvider(nullptr), STATUS_NOT_IMPLEMENTED);
+TEST_F(WindowsCryptoTest, AFaultOrAMissingLibraryIsTheFailureOfOneOperation) {
+  WindowsCrypto missing(kMissing, kMissing), faulting(kFaulting, kFaulting);
+  ExpectFailures<CryptoApi>(Operations(), missing, faulting);
+  ExpectFailures<CryptoApi>(StatusOperations(), missing, faulting, STATUS_NOT_IMPLEMENTED);
   std::string text;
-  EXPECT_EQ(crypto.ReadClientKey(&text), DWORD{ERROR_FILE_NOT_FOUND});  // no home was told
+  EXPECT_EQ(missing.ReadClientKey(&text), DWORD{ERROR_FILE_NOT_FOUND});  // no home was told
 }
 
 }  // namespace corvane::test

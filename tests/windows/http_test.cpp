@@ -7,6 +7,7 @@
 
 #include "platform/windows/system_call.h"
 #include "platform/windows/windows_http.h"
+#include "windows/faulty_library.h"
 
 namespace corvane::test {
 
@@ -15,9 +16,53 @@ using namespace platform::windows;
 
 namespace {
 
-int ReadNowhere() { return *static_cast<volatile int*>(reinterpret_cast<void*>(0x10)); }
-void* Faulting(const char*) { return reinterpret_cast<void*>(&ReadNowhere); }
-void* Lacking(const char*) { return nullptr; }
+std::vector<Operation<HttpApi>> Operations() {
+  static URL_COMPONENTS parts;
+  static DWORD number;
+  static char text[8];
+  static char16_t* url;
+  static WINHTTP_CURRENT_USER_IE_PROXY_CONFIG config;
+  static WINHTTP_AUTOPROXY_OPTIONS options;
+  static WINHTTP_PROXY_INFO info;
+  constexpr HINTERNET kNone = nullptr;
+  return {
+      {"WinHttpOpen",
+       [](auto& it) { return CodeOf(it.WinHttpOpen(u"a", 0, nullptr, nullptr, 0)); }},
+      {"WinHttpSetTimeouts",
+       [](auto& it) { return CodeOf(it.WinHttpSetTimeouts(kNone, 1, 1, 1, 1)); }},
+      {"WinHttpCrackUrl", [](auto& it) { return CodeOf(it.WinHttpCrackUrl(u"a", 0, 0, &parts)); }},
+      {"WinHttpConnect", [](auto& it) { return CodeOf(it.WinHttpConnect(kNone, u"a", 1, 0)); }},
+      {"WinHttpOpenRequest",
+       [](auto& it) {
+         return CodeOf(it.WinHttpOpenRequest(kNone, u"GET", u"/", nullptr, nullptr, nullptr, 0));
+       }},
+      {"WinHttpSetOption",
+       [](auto& it) { return CodeOf(it.WinHttpSetOption(kNone, 1, &number, 4)); }},
+      {"WinHttpAddRequestHeaders",
+       [](auto& it) { return CodeOf(it.WinHttpAddRequestHeaders(kNone, u"A: b", 4, 0)); }},
+      {"WinHttpSendRequest",
+       [](auto& it) { return CodeOf(it.WinHttpSendRequest(kNone, nullptr, 0, nullptr, 0, 0, 0)); }},
+      {"WinHttpWriteData",
+       [](auto& it) { return CodeOf(it.WinHttpWriteData(kNone, "a", 1, &number)); }},
+      {"WinHttpReceiveResponse",
+       [](auto& it) { return CodeOf(it.WinHttpReceiveResponse(kNone, nullptr)); }},
+      {"WinHttpQueryHeaders",
+       [](auto& it) {
+         return CodeOf(it.WinHttpQueryHeaders(kNone, 1, nullptr, text, &number, nullptr));
+       }},
+      {"WinHttpQueryDataAvailable",
+       [](auto& it) { return CodeOf(it.WinHttpQueryDataAvailable(kNone, &number)); }},
+      {"WinHttpReadData",
+       [](auto& it) { return CodeOf(it.WinHttpReadData(kNone, text, 8, &number)); }},
+      {"WinHttpCloseHandle", [](auto& it) { return CodeOf(it.WinHttpCloseHandle(kNone)); }},
+      {"WinHttpGetIEProxyConfigForCurrentUser",
+       [](auto& it) { return CodeOf(it.WinHttpGetIEProxyConfigForCurrentUser(&config)); }},
+      {"WinHttpGetProxyForUrl",
+       [](auto& it) { return CodeOf(it.WinHttpGetProxyForUrl(kNone, u"a", &options, &info)); }},
+      {"WinHttpDetectAutoProxyConfigUrl",
+       [](auto& it) { return CodeOf(it.WinHttpDetectAutoProxyConfigUrl(1, &url)); }},
+  };
+}
 
 // Answers one connection after the other on the loopback, and keeps what was asked.
 class WebServer {
@@ -177,14 +222,9 @@ TEST_F(WindowsHttpTest, TakesAddressesApartWithTheQueryInThePath) {
   }
 }
 
-TEST_F(WindowsHttpTest, ALibraryThatLacksOrFaultsFailsTheOneOperation) {
-  WindowsHttp lacking(&Lacking);
-  EXPECT_FALSE(lacking.WinHttpOpen(u"a", 0, nullptr, nullptr, 0));
-  EXPECT_EQ(threads.GetLastError(), ERROR_CALL_NOT_IMPLEMENTED);
-  EXPECT_FALSE(lacking.WinHttpSendRequest(nullptr, nullptr, 0, nullptr, 0, 0, 0));
-  EXPECT_FALSE(lacking.WinHttpReadData(nullptr, nullptr, 0, nullptr));
-  WindowsHttp faulting(&Faulting);
-  EXPECT_THROW(faulting.WinHttpOpen(u"a", 0, nullptr, nullptr, 0), PlatformFault);
+TEST_F(WindowsHttpTest, AFaultOrAMissingLibraryIsTheFailureOfOneOperation) {
+  WindowsHttp missing(&FindNothing), faulting(&FindFaulting);
+  ExpectFailures<HttpApi>(Operations(), missing, faulting);
 }
 
 }  // namespace corvane::test

@@ -55,23 +55,26 @@ const SystemFunction kFunctions[] = {
     {"Icmp6SendEcho2", reinterpret_cast<void*>(&Echo6), nullptr},
 };
 const SystemLibrary kSimulated(+[](const char* name) { return FindIn(kFunctions, name); });
-const SystemLibrary kFaulting(&FindFaulting);
-const SystemLibrary kMissing(L"corvane-has-no-such.dll");
 
 constexpr HANDLE kNone = nullptr;
 
-// Each operation once: whether it answers as one that succeeds.
-std::vector<bool (*)(IcmpApi&)> Operations() {
+std::vector<Operation<IcmpApi>> Operations() {
   static SOCKADDR_IN6 address;
   static char reply[64];
   return {
-      [](IcmpApi& it) { return it.IcmpCreateFile() != nullptr; },
-      [](IcmpApi& it) { return it.Icmp6CreateFile() != nullptr; },
-      [](IcmpApi& it) { return it.IcmpCloseHandle(kNone) != FALSE; },
-      [](IcmpApi& it) { return it.IcmpSendEcho(kNone, 1, nullptr, 0, nullptr, reply, 64, 1) != 0; },
-      [](IcmpApi& it) {
-        return it.Icmp6SendEcho2(kNone, &address, &address, nullptr, 0, nullptr, reply, 64, 1) != 0;
-      }};
+      {"IcmpCreateFile", [](auto& it) { return CodeOf(it.IcmpCreateFile()); }},
+      {"Icmp6CreateFile", [](auto& it) { return CodeOf(it.Icmp6CreateFile()); }},
+      {"IcmpCloseHandle", [](auto& it) { return CodeOf(it.IcmpCloseHandle(kNone)); }},
+      {"IcmpSendEcho",
+       [](auto& it) {
+         return CodeOf(it.IcmpSendEcho(kNone, 1, nullptr, 0, nullptr, reply, 64, 1));
+       }},
+      {"Icmp6SendEcho2",
+       [](auto& it) {
+         return CodeOf(
+             it.Icmp6SendEcho2(kNone, &address, &address, nullptr, 0, nullptr, reply, 64, 1));
+       }},
+  };
 }
 
 }  // namespace
@@ -107,14 +110,8 @@ TEST(WindowsIcmp, PassesOnWhatIsAskedAndKeepsWhyItFailed) {
 }
 
 TEST(WindowsIcmp, AFaultOrAMissingLibraryIsTheFailureOfOneOperation) {
-  WindowsThreads threads;
   WindowsIcmp missing(kMissing), faulting(kFaulting);
-  for (const auto& operation : Operations()) {
-    threads.SetLastError(0);
-    EXPECT_FALSE(operation(missing));
-    EXPECT_EQ(threads.GetLastError(), 120u);
-    EXPECT_EQ(FaultCodeOf([&] { operation(faulting); }), EXCEPTION_ACCESS_VIOLATION);
-  }
+  ExpectFailures<IcmpApi>(Operations(), missing, faulting);
 }
 
 // By the system's own library: this machine answers itself, or may not be asked without rights.

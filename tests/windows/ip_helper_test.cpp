@@ -1,8 +1,6 @@
 // The IP helper: rows and tables through a library's functions onto simulated interfaces, and the
 // system's own.
 
-#include <functional>
-
 #include "platform/windows/windows_ip_helper.h"
 #include "windows/system_functions.h"
 
@@ -60,11 +58,8 @@ const SystemFunction kFunctions[] = {
 };
 #undef CORVANE_IP
 const SystemLibrary kSimulated(+[](const char* name) { return FindIn(kFunctions, name); });
-const SystemLibrary kFaulting(&FindFaulting);
-const SystemLibrary kMissing(L"corvane-has-no-such.dll");
 
-// Each operation that answers by a code once.
-std::vector<std::function<DWORD(IpHelperApi&)>> Operations() {
+std::vector<Operation<IpHelperApi>> Operations() {
   static ULONG size;
   static GUID adapter;
   static ULONGLONG luid;
@@ -75,19 +70,21 @@ std::vector<std::function<DWORD(IpHelperApi&)>> Operations() {
   static MIB_IPINTERFACE_ROW interfaceRow;
   static MIB_IF_ROW2 row;
   return {
-      [](IpHelperApi& it) { return it.GetIfTable(nullptr, &size, FALSE); },
-      [](IpHelperApi& it) { return it.GetAdaptersAddresses(0, 0, nullptr, nullptr, &size); },
-      [](IpHelperApi& it) { return it.GetAdaptersInfo(nullptr, &size); },
-      [](IpHelperApi& it) { return it.GetIpNetTable2(2, &neighbours); },
-      [](IpHelperApi& it) { return it.ResolveIpNetEntry2(&neighbour, nullptr); },
-      [](IpHelperApi& it) { return it.CreateIpForwardEntry(&route); },
-      [](IpHelperApi& it) { return it.DeleteIpForwardEntry(&route); },
-      [](IpHelperApi& it) { return it.GetIpForwardTable(nullptr, &size, FALSE); },
-      [](IpHelperApi& it) { return it.CreateIpForwardEntry2(&route2); },
-      [](IpHelperApi& it) { return it.DeleteIpForwardEntry2(&route2); },
-      [](IpHelperApi& it) { return it.GetIpInterfaceEntry(&interfaceRow); },
-      [](IpHelperApi& it) { return it.GetIfEntry2(&row); },
-      [](IpHelperApi& it) { return it.ConvertInterfaceGuidToLuid(&adapter, &luid); },
+      {"GetIfTable", [](auto& it) { return it.GetIfTable(nullptr, &size, FALSE); }},
+      {"GetAdaptersAddresses",
+       [](auto& it) { return it.GetAdaptersAddresses(0, 0, nullptr, nullptr, &size); }},
+      {"GetAdaptersInfo", [](auto& it) { return it.GetAdaptersInfo(nullptr, &size); }},
+      {"GetIpNetTable2", [](auto& it) { return it.GetIpNetTable2(2, &neighbours); }},
+      {"ResolveIpNetEntry2", [](auto& it) { return it.ResolveIpNetEntry2(&neighbour, nullptr); }},
+      {"CreateIpForwardEntry", [](auto& it) { return it.CreateIpForwardEntry(&route); }},
+      {"DeleteIpForwardEntry", [](auto& it) { return it.DeleteIpForwardEntry(&route); }},
+      {"GetIpForwardTable", [](auto& it) { return it.GetIpForwardTable(nullptr, &size, FALSE); }},
+      {"CreateIpForwardEntry2", [](auto& it) { return it.CreateIpForwardEntry2(&route2); }},
+      {"DeleteIpForwardEntry2", [](auto& it) { return it.DeleteIpForwardEntry2(&route2); }},
+      {"GetIpInterfaceEntry", [](auto& it) { return it.GetIpInterfaceEntry(&interfaceRow); }},
+      {"GetIfEntry2", [](auto& it) { return it.GetIfEntry2(&row); }},
+      {"ConvertInterfaceGuidToLuid",
+       [](auto& it) { return it.ConvertInterfaceGuidToLuid(&adapter, &luid); }},
   };
 }
 
@@ -219,10 +216,7 @@ TEST_F(WindowsIpHelperTest, RoutesComeAndGo) {
 
 TEST(WindowsIpHelper, AFaultOrAMissingLibraryIsTheFailureOfOneOperation) {
   WindowsIpHelper missing(kMissing), faulting(kFaulting);
-  for (const auto& operation : Operations()) {
-    EXPECT_EQ(operation(missing), 120u);
-    EXPECT_EQ(FaultCodeOf([&] { operation(faulting); }), EXCEPTION_ACCESS_VIOLATION);
-  }
+  ExpectFailures<IpHelperApi>(Operations(), missing, faulting);
   MIB_IPFORWARD_ROW2 row;
   row.Metric = 7;
   missing.InitializeIpForwardEntry(&row);

@@ -55,6 +55,7 @@ class Object : public Interface {
     return S_OK;
   }
   ::HRESULT Flag(::HRESULT result, bool flag, ::VARIANT_BOOL* given) {
+    FaultIfAsked();
     *given = flag ? VARIANT_TRUE : VARIANT_FALSE;
     return result;
   }
@@ -76,6 +77,7 @@ class SystemNetwork final : public Object<::INetwork, INetwork> {
   }
   ::HRESULT STDMETHODCALLTYPE SetName(::BSTR) override { return NotThere(); }
   ::HRESULT STDMETHODCALLTYPE GetDescription(::BSTR* description) override {
+    FaultIfAsked();
     std::u16string text;
     const ::HRESULT result = m_pIt->GetDescription(&text);
     return Text(result, text, description);
@@ -89,6 +91,7 @@ class SystemNetwork final : public Object<::INetwork, INetwork> {
   ::HRESULT STDMETHODCALLTYPE GetTimeCreatedAndConnected(::DWORD* createdLow, ::DWORD* createdHigh,
                                                          ::DWORD* connectedLow,
                                                          ::DWORD* connectedHigh) override {
+    FaultIfAsked();
     FILETIME created, connected;
     const ::HRESULT result = m_pIt->GetTimeCreatedAndConnected(&created, &connected);
     *createdLow = created.dwLowDateTime;
@@ -108,12 +111,14 @@ class SystemNetwork final : public Object<::INetwork, INetwork> {
     return Flag(result, flag, given);
   }
   ::HRESULT STDMETHODCALLTYPE GetConnectivity(::NLM_CONNECTIVITY* connectivity) override {
+    FaultIfAsked();
     DWORD flags = 0;
     const ::HRESULT result = m_pIt->GetConnectivity(&flags);
     *connectivity = static_cast<::NLM_CONNECTIVITY>(flags);
     return result;
   }
   ::HRESULT STDMETHODCALLTYPE GetCategory(::NLM_NETWORK_CATEGORY* category) override {
+    FaultIfAsked();
     LONG number = 0;
     const ::HRESULT result = m_pIt->GetCategory(&number);
     *category = static_cast<::NLM_NETWORK_CATEGORY>(number);
@@ -126,6 +131,7 @@ class SystemConnection final : public Object<::INetworkConnection, INetworkConne
  public:
   using Object::Object;
   ::HRESULT STDMETHODCALLTYPE GetNetwork(::INetwork** network) override {
+    FaultIfAsked();
     INetwork* it = nullptr;
     const ::HRESULT result = m_pIt->GetNetwork(&it);
     if (result == S_OK) *network = new SystemNetwork(it);
@@ -138,6 +144,7 @@ class SystemConnection final : public Object<::INetworkConnection, INetworkConne
   ::HRESULT STDMETHODCALLTYPE GetConnectivity(::NLM_CONNECTIVITY*) override { return NotThere(); }
   ::HRESULT STDMETHODCALLTYPE GetConnectionId(::GUID*) override { return NotThere(); }
   ::HRESULT STDMETHODCALLTYPE GetAdapterId(::GUID* adapter) override {
+    FaultIfAsked();
     return m_pIt->GetAdapterId(reinterpret_cast<GUID*>(adapter));
   }
   ::HRESULT STDMETHODCALLTYPE GetDomainType(::NLM_DOMAIN_TYPE*) override { return NotThere(); }
@@ -181,6 +188,7 @@ class SystemManager final : public Object<::INetworkListManager, INetworkListMan
   ::HRESULT STDMETHODCALLTYPE GetNetwork(::GUID, ::INetwork**) override { return NotThere(); }
   ::HRESULT STDMETHODCALLTYPE
   GetNetworkConnections(::IEnumNetworkConnections** connections) override {
+    FaultIfAsked();
     IEnumNetworkConnections* it = nullptr;
     const ::HRESULT result = m_pIt->GetNetworkConnections(&it);
     if (result == S_OK) *connections = new SystemConnections(it);
@@ -314,29 +322,66 @@ TEST_F(WindowsNetworkListTest, ReadsNetworksAndConnectionsOfTheSystemsTypes) {
 
 TEST_F(WindowsNetworkListTest, AFaultOrAFailureIsThatOfOneOperation) {
   Start();
-  IEnumNetworks* networks = nullptr;
-  INetwork* network = nullptr;
+  IEnumNetworks *networks = nullptr, *others = nullptr;
+  IEnumNetworkConnections *connections = nullptr, *otherConnections = nullptr;
+  INetwork *network = nullptr, *next = nullptr;
+  INetworkConnection *connection = nullptr, *nextConnection = nullptr;
   ULONG fetched = 0;
   ASSERT_EQ(manager->GetNetworks(NLM_ENUM_NETWORK_ALL, &networks), S_OK);
   ASSERT_EQ(networks->Next(1, &network, &fetched), S_OK);
+  ASSERT_EQ(manager->GetNetworkConnections(&connections), S_OK);
+  ASSERT_EQ(connections->Next(1, &connection, &fetched), S_OK);
   std::u16string name = u"old";
+  LONG category = 0;
+  DWORD flags = 0;
+  FILETIME created, connected;
+  bool flag = false;
+  GUID id;
+  const std::function<void()> kOperations[] = {
+      [&] { manager->GetNetworks(3, &others); },
+      [&] { manager->GetNetworkConnections(&otherConnections); },
+      [&] { manager->get_IsConnectedToInternet(&flag); },
+      [&] { networks->Next(1, &next, &fetched); },
+      [&] { connections->Next(1, &nextConnection, &fetched); },
+      [&] { connection->GetAdapterId(&id); },
+      [&] { connection->GetNetwork(&next); },
+      [&] { network->GetName(&name); },
+      [&] { network->GetDescription(&name); },
+      [&] { network->GetCategory(&category); },
+      [&] { network->GetConnectivity(&flags); },
+      [&] { network->GetTimeCreatedAndConnected(&created, &connected); },
+      [&] { network->get_IsConnected(&flag); },
+      [&] { network->get_IsConnectedToInternet(&flag); },
+  };
   g_bFaults = true;
-  IEnumNetworks* others = nullptr;
-  EXPECT_EQ(FaultCodeOf([&] { manager->GetNetworks(3, &others); }), EXCEPTION_ACCESS_VIOLATION);
-  EXPECT_EQ(FaultCodeOf([&] { network->GetName(&name); }), EXCEPTION_ACCESS_VIOLATION);
-  INetwork* next = nullptr;
-  EXPECT_EQ(FaultCodeOf([&] { networks->Next(1, &next, &fetched); }), EXCEPTION_ACCESS_VIOLATION);
+  for (const auto& operation : kOperations) {
+    EXPECT_EQ(FaultCodeOf(operation), EXCEPTION_ACCESS_VIOLATION) << &operation - kOperations;
+  }
   g_bFaults = false;
   EXPECT_EQ(name, u"old");
-  EXPECT_EQ(others, nullptr);
+  EXPECT_TRUE(!others && !otherConnections && !next && !nextConnection);
   Pc().Devices().Do(R"({"do": "networkList", "on": false})");
   EXPECT_EQ(network->GetName(&name), HRESULT_FROM_WIN32(ERROR_SERVICE_NOT_ACTIVE));
   EXPECT_EQ(manager->GetNetworks(NLM_ENUM_NETWORK_ALL, &others),
             HRESULT_FROM_WIN32(ERROR_SERVICE_NOT_ACTIVE));
   EXPECT_EQ(others, nullptr);
+  connection->Release();
+  connections->Release();
   network->Release();
   networks->Release();
   manager->Release();
+}
+
+TEST(WindowsNetworkList, AFaultOrAMissingLibraryIsTheFailureOfOneOperation) {
+  static INetworkListManager* manager;
+  const std::vector<Operation<NetworkListApi>> operations = {
+      {"CoInitializeEx", [](auto& it) { return it.CoInitializeEx(0); }},
+      {"CoCreateNetworkListManager",
+       [](auto& it) { return it.CoCreateNetworkListManager(&manager); }}};
+  WindowsNetworkList missing(kMissing), faulting(kFaulting);
+  ExpectFailures<NetworkListApi>(operations, missing, faulting, E_NOTIMPL);
+  missing.CoUninitialize();
+  EXPECT_EQ(FaultCodeOf([&] { faulting.CoUninitialize(); }), EXCEPTION_ACCESS_VIOLATION);
 }
 
 // The system's own list. What it holds is this machine's; each answer is one, or a documented

@@ -22,22 +22,20 @@ const SystemFunction kFunctions[] = {
     FunctionOf<&PerfCounterApi::PdhCloseQuery, decltype(::PdhCloseQuery)>("PdhCloseQuery"),
 };
 const SystemLibrary kSimulated(+[](const char* name) { return FindIn(kFunctions, name); });
-const SystemLibrary kMissing(L"corvane-has-no-such.dll");
-const SystemLibrary kFaulting(&FindFaulting);
 
-// Each operation once.
-std::vector<PDH_STATUS (*)(PerfCounterApi&)> Operations() {
+std::vector<Operation<PerfCounterApi>> Operations() {
   static PDH_HQUERY query;
   static PDH_HCOUNTER counter;
   static PDH_FMT_COUNTERVALUE value;
-  return {[](PerfCounterApi& it) { return it.PdhOpenQueryW(nullptr, 0, &query); },
-          [](PerfCounterApi& it) { return it.PdhAddCounterW(query, u"\\a\\b", 0, &counter); },
-          [](PerfCounterApi& it) { return it.PdhCollectQueryData(query); },
-          [](PerfCounterApi& it) {
-            return it.PdhGetFormattedCounterValue(counter, PDH_FMT_DOUBLE, nullptr, &value);
-          },
-          [](PerfCounterApi& it) { return it.PdhRemoveCounter(counter); },
-          [](PerfCounterApi& it) { return it.PdhCloseQuery(query); }};
+  return {
+      {"PdhOpenQueryW", [](auto& it) { return it.PdhOpenQueryW(nullptr, 0, &query); }},
+      {"PdhAddCounterW", [](auto& it) { return it.PdhAddCounterW(query, u"a", 0, &counter); }},
+      {"PdhCollectQueryData", [](auto& it) { return it.PdhCollectQueryData(query); }},
+      {"PdhGetFormattedCounterValue",
+       [](auto& it) { return it.PdhGetFormattedCounterValue(counter, 0, nullptr, &value); }},
+      {"PdhRemoveCounter", [](auto& it) { return it.PdhRemoveCounter(counter); }},
+      {"PdhCloseQuery", [](auto& it) { return it.PdhCloseQuery(query); }},
+  };
 }
 
 class WindowsPerfCountersTest : public SystemPcTest {
@@ -75,10 +73,7 @@ TEST_F(WindowsPerfCountersTest, ARateComesThroughEachOfTheSystemsFunctions) {
 
 TEST(WindowsPerfCounters, AFaultOrAMissingLibraryIsTheFailureOfOneOperation) {
   WindowsPerfCounters missing(kMissing), faulting(kFaulting);
-  for (const auto& operation : Operations()) {
-    EXPECT_EQ(operation(missing), 120);
-    EXPECT_EQ(FaultCodeOf([&] { operation(faulting); }), EXCEPTION_ACCESS_VIOLATION);
-  }
+  ExpectFailures<PerfCounterApi>(Operations(), missing, faulting);
 }
 
 // This machine's own counters, whatever they are: a query opens, and closes once.

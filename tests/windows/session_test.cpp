@@ -6,6 +6,7 @@
 
 #include "platform/windows/system_call.h"
 #include "platform/windows/windows_session.h"
+#include "windows/faulty_library.h"
 
 namespace corvane::test {
 
@@ -16,11 +17,23 @@ namespace {
 
 constexpr DWORD kLongMs = 20'000;
 
-int ReadNowhere() { return *static_cast<volatile int*>(reinterpret_cast<void*>(0x10)); }
-
-// A library whose functions all fault.
-void* Faulting(const char*) { return reinterpret_cast<void*>(&ReadNowhere); }
-void* Lacking(const char*) { return nullptr; }
+std::vector<Operation<SessionApi>> Operations() {
+  static HANDLE token;
+  static WTS_SESSION_INFOA* sessions;
+  static DWORD count;
+  static void* environment;
+  static std::u16string controller;
+  return {
+      {"WTSQueryUserToken", [](auto& it) { return CodeOf(it.WTSQueryUserToken(1, &token)); }},
+      {"WTSEnumerateSessionsA",
+       [](auto& it) { return CodeOf(it.WTSEnumerateSessionsA(nullptr, 0, 1, &sessions, &count)); }},
+      {"CreateEnvironmentBlock",
+       [](auto& it) { return CodeOf(it.CreateEnvironmentBlock(&environment, nullptr, FALSE)); }},
+      {"DestroyEnvironmentBlock",
+       [](auto& it) { return CodeOf(it.DestroyEnvironmentBlock(nullptr)); }},
+      {"NetGetDCName", [](auto& it) { return it.NetGetDCName(nullptr, u"D", &controller); }},
+  };
+}
 
 }  // namespace
 
@@ -140,23 +153,11 @@ TEST_F(WindowsSessionTest, TellsOfSessionsMachineAndFolders) {
   EXPECT_EQ(session.GetWindowTextW(nullptr, title, 10), 0);
 }
 
-TEST_F(WindowsSessionTest, ALibraryThatLacksOrFaultsFailsTheOneOperation) {
-  WindowsSession lacking(&Lacking);
-  HANDLE token = nullptr;
-  WTS_SESSION_INFOA* sessions = nullptr;
-  DWORD count = 0;
-  std::u16string controller;
-  void* environment = nullptr;
-  EXPECT_FALSE(lacking.WTSQueryUserToken(1, &token));
-  EXPECT_EQ(threads.GetLastError(), ERROR_CALL_NOT_IMPLEMENTED);
-  EXPECT_FALSE(lacking.WTSEnumerateSessionsA(nullptr, 0, 1, &sessions, &count));
-  EXPECT_FALSE(lacking.CreateEnvironmentBlock(&environment, nullptr, FALSE));
-  EXPECT_FALSE(lacking.DestroyEnvironmentBlock(nullptr));
-  EXPECT_EQ(lacking.NetGetDCName(nullptr, u"D", &controller), ERROR_CALL_NOT_IMPLEMENTED);
-  lacking.WTSFreeMemory(nullptr);
-  WindowsSession faulting(&Faulting);
-  EXPECT_THROW(faulting.WTSQueryUserToken(1, &token), PlatformFault);
-  EXPECT_THROW(faulting.NetGetDCName(nullptr, u"D", &controller), PlatformFault);
+TEST_F(WindowsSessionTest, AFaultOrAMissingLibraryIsTheFailureOfOneOperation) {
+  WindowsSession missing(&FindNothing), faulting(&FindFaulting);
+  ExpectFailures<SessionApi>(Operations(), missing, faulting);
+  missing.WTSFreeMemory(nullptr);
+  EXPECT_EQ(FaultCodeOf([&] { faulting.WTSFreeMemory(nullptr); }), EXCEPTION_ACCESS_VIOLATION);
 }
 
 // What this process has made inheritable is not for a child with other rights.

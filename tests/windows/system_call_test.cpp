@@ -8,7 +8,7 @@
 #include <thread>
 
 #include "platform/windows/long_path.h"
-#include "platform/windows/system_library.h"
+#include "windows/faulty_library.h"
 
 namespace corvane::test {
 
@@ -19,7 +19,6 @@ namespace {
 
 constexpr DWORD kServerUnavailable = 1722;  // RPC_S_SERVER_UNAVAILABLE, which RPC raises
 
-int ReadNowhere() { return *static_cast<volatile int*>(reinterpret_cast<void*>(0x10)); }
 int DivideByZero() {
   volatile int many = 7;
   volatile int zero = 0;
@@ -32,12 +31,7 @@ int Raise() {
 
 template <typename Fn>
 DWORD FaultOf(Fn fn) {
-  try {
-    OrFault(fn);
-  } catch (const PlatformFault& fault) {
-    return fault.code;
-  }
-  return 0;
+  return FaultCodeOf([&] { OrFault(fn); });
 }
 
 }  // namespace

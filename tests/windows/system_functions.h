@@ -9,7 +9,7 @@
 // The program's headers come before the system's.
 // clang-format off
 #include "windows/system_pc.h"
-#include "platform/windows/win32.h"
+#include "windows/faulty_library.h"
 // clang-format on
 
 namespace corvane::test {
@@ -65,23 +65,6 @@ inline void* FindIn(std::span<const SystemFunction> functions, const char* name)
     if (std::strcmp(function.name, name) == 0) return function.address;
   }
   return nullptr;
-}
-
-// A library whose every function reads where nothing is.
-inline std::uintptr_t ReadNowhere() {
-  return *static_cast<volatile std::uintptr_t*>(reinterpret_cast<void*>(0x10));
-}
-inline void* FindFaulting(const char*) { return reinterpret_cast<void*>(&ReadNowhere); }
-
-// The code of the fault by which a call ends, 0 for none.
-template <typename Fn>
-platform::DWORD FaultCodeOf(Fn&& fn) {
-  try {
-    fn();
-  } catch (const platform::PlatformFault& fault) {
-    return fault.code;
-  }
-  return 0;
 }
 
 }  // namespace corvane::test

@@ -6,6 +6,7 @@
 
 #include "platform/windows/system_call.h"
 #include "platform/windows/windows_windows.h"
+#include "windows/faulty_library.h"
 
 namespace corvane::test {
 
@@ -17,10 +18,6 @@ namespace {
 constexpr DWORD kLongMs = 20'000;
 constexpr unsigned kAdd = WM_USER + 1;
 constexpr unsigned kThrow = WM_USER + 2;
-
-int ReadNowhere() { return *static_cast<volatile int*>(reinterpret_cast<void*>(0x10)); }
-void* Faulting(const char*) { return reinterpret_cast<void*>(&ReadNowhere); }
-void* Lacking(const char*) { return nullptr; }
 
 std::atomic<unsigned> g_Power{0};
 
@@ -112,15 +109,16 @@ TEST(WindowsWindows, AThreadThatIsGivenUpLeavesItsLoop) {
   threads.CloseHandle(thread);
 }
 
-TEST(WindowsWindows, ALibraryThatLacksOrFaultsFailsTheOneOperation) {
-  WindowsThreads threads;
-  WindowsWindows lacking(&Lacking);
-  EXPECT_FALSE(lacking.WTSRegisterSessionNotification(nullptr, 0));
-  EXPECT_EQ(threads.GetLastError(), ERROR_CALL_NOT_IMPLEMENTED);
-  EXPECT_FALSE(lacking.RegisterSuspendResumeNotification(nullptr, 0));
-  EXPECT_FALSE(lacking.UnregisterSuspendResumeNotification(nullptr));
-  WindowsWindows faulting(&Faulting);
-  EXPECT_THROW(faulting.WTSRegisterSessionNotification(nullptr, 0), PlatformFault);
+TEST(WindowsWindows, AFaultOrAMissingLibraryIsTheFailureOfOneOperation) {
+  const std::vector<Operation<WindowApi>> operations = {
+      {"WTSRegisterSessionNotification",
+       [](auto& it) { return CodeOf(it.WTSRegisterSessionNotification(nullptr, 0)); }},
+      {"RegisterSuspendResumeNotification",
+       [](auto& it) { return CodeOf(it.RegisterSuspendResumeNotification(nullptr, 0)); }},
+      {"UnregisterSuspendResumeNotification",
+       [](auto& it) { return CodeOf(it.UnregisterSuspendResumeNotification(nullptr)); }}};
+  WindowsWindows missing(&FindNothing), faulting(&FindFaulting);
+  ExpectFailures<WindowApi>(operations, missing, faulting);
 }
 
 namespace {

@@ -1,6 +1,5 @@
 // Native Wifi: each operation through a library's functions onto a simulated adapter.
 
-#include <functional>
 #include <stdexcept>
 
 #include "platform/windows/windows_wlan.h"
@@ -13,7 +12,6 @@ using platform::windows::WindowsWlan;
 
 namespace {
 
-constexpr DWORD kNotImplemented = 120;
 constexpr DWORD kAcm = WLAN_NOTIFICATION_SOURCE_ACM;
 
 // The system's header lacks it.
@@ -46,8 +44,6 @@ const SystemFunction kFunctions[] = {
 #undef CORVANE_WLAN
 
 const SystemLibrary kSimulated(+[](const char* name) { return FindIn(kFunctions, name); });
-const SystemLibrary kMissing(L"corvane-has-no-such.dll");
-const SystemLibrary kFaulting(&FindFaulting);
 
 class WindowsWlanTest : public SystemPcTest {
  protected:
@@ -71,8 +67,7 @@ class WindowsWlanTest : public SystemPcTest {
   WindowsWlan m_Wlan{kSimulated};
 };
 
-// Each operation of an adapter once, with arguments that would do.
-std::vector<std::function<DWORD(WlanApi&)>> Operations() {
+std::vector<Operation<WlanApi>> Operations() {
   static GUID guid;
   static DWORD number;
   static LONG type;
@@ -89,39 +84,50 @@ std::vector<std::function<DWORD(WlanApi&)>> Operations() {
   static WLAN_CONNECTION_PARAMETERS parameters;
   static const auto callback = +[](WLAN_NOTIFICATION_DATA*, void*) {};
   return {
-      [](WlanApi& it) { return it.WlanOpenHandle(2, nullptr, &number, &handle); },
-      [](WlanApi& it) { return it.WlanCloseHandle(handle, nullptr); },
-      [](WlanApi& it) {
-        return it.WlanRegisterNotification(handle, WLAN_NOTIFICATION_SOURCE_ACM, FALSE, callback,
-                                           nullptr, nullptr, &number);
-      },
-      [](WlanApi& it) { return it.WlanEnumInterfaces(handle, nullptr, &adapters); },
-      [](WlanApi& it) {
-        return it.WlanGetInterfaceCapability(handle, &guid, nullptr, &capability);
-      },
-      [](WlanApi& it) {
-        return it.WlanQueryInterface(handle, &guid, 6, nullptr, &number, &data, &type);
-      },
-      [](WlanApi& it) { return it.WlanScan(handle, &guid, nullptr, nullptr, nullptr); },
-      [](WlanApi& it) {
-        return it.WlanGetAvailableNetworkList(handle, &guid, 0, nullptr, &networks);
-      },
-      [](WlanApi& it) {
-        return it.WlanGetNetworkBssList(handle, &guid, nullptr, 3, 0, nullptr, &entries);
-      },
-      [](WlanApi& it) { return it.WlanConnect(handle, &guid, &parameters, nullptr); },
-      [](WlanApi& it) { return it.WlanDisconnect(handle, &guid, nullptr); },
-      [](WlanApi& it) { return it.WlanReasonCodeToString(0, 8, text, nullptr); },
-      [](WlanApi& it) {
-        return it.WlanGetProfile(handle, &guid, u"a", nullptr, &xml, &number, &number);
-      },
-      [](WlanApi& it) { return it.WlanGetProfileList(handle, &guid, nullptr, &profiles); },
-      [](WlanApi& it) {
-        return it.WlanSetProfile(handle, &guid, 0, u"a", nullptr, TRUE, nullptr, &number);
-      },
-      [](WlanApi& it) { return it.WlanDeleteProfile(handle, &guid, u"a", nullptr); },
-      [](WlanApi& it) { return it.WlanGetFilterList(handle, 0, nullptr, &filters); },
-      [](WlanApi& it) { return it.WlanIhvControl(handle, &guid, 1, 8, text, 8, text, &number); },
+      {"WlanOpenHandle", [](auto& it) { return it.WlanOpenHandle(2, nullptr, &number, &handle); }},
+      {"WlanCloseHandle", [](auto& it) { return it.WlanCloseHandle(handle, nullptr); }},
+      {"WlanRegisterNotification",
+       [](auto& it) {
+         return it.WlanRegisterNotification(handle, WLAN_NOTIFICATION_SOURCE_ACM, FALSE, callback,
+                                            nullptr, nullptr, &number);
+       }},
+      {"WlanEnumInterfaces",
+       [](auto& it) { return it.WlanEnumInterfaces(handle, nullptr, &adapters); }},
+      {"WlanGetInterfaceCapability",
+       [](auto& it) { return it.WlanGetInterfaceCapability(handle, &guid, nullptr, &capability); }},
+      {"WlanQueryInterface",
+       [](auto& it) {
+         return it.WlanQueryInterface(handle, &guid, 6, nullptr, &number, &data, &type);
+       }},
+      {"WlanScan", [](auto& it) { return it.WlanScan(handle, &guid, nullptr, nullptr, nullptr); }},
+      {"WlanGetAvailableNetworkList",
+       [](auto& it) {
+         return it.WlanGetAvailableNetworkList(handle, &guid, 0, nullptr, &networks);
+       }},
+      {"WlanGetNetworkBssList",
+       [](auto& it) {
+         return it.WlanGetNetworkBssList(handle, &guid, nullptr, 3, 0, nullptr, &entries);
+       }},
+      {"WlanConnect", [](auto& it) { return it.WlanConnect(handle, &guid, &parameters, nullptr); }},
+      {"WlanDisconnect", [](auto& it) { return it.WlanDisconnect(handle, &guid, nullptr); }},
+      {"WlanReasonCodeToString",
+       [](auto& it) { return it.WlanReasonCodeToString(0, 8, text, nullptr); }},
+      {"WlanGetProfile",
+       [](auto& it) {
+         return it.WlanGetProfile(handle, &guid, u"a", nullptr, &xml, &number, &number);
+       }},
+      {"WlanGetProfileList",
+       [](auto& it) { return it.WlanGetProfileList(handle, &guid, nullptr, &profiles); }},
+      {"WlanSetProfile",
+       [](auto& it) {
+         return it.WlanSetProfile(handle, &guid, 0, u"a", nullptr, TRUE, nullptr, &number);
+       }},
+      {"WlanDeleteProfile",
+       [](auto& it) { return it.WlanDeleteProfile(handle, &guid, u"a", nullptr); }},
+      {"WlanGetFilterList",
+       [](auto& it) { return it.WlanGetFilterList(handle, 0, nullptr, &filters); }},
+      {"WlanIhvControl",
+       [](auto& it) { return it.WlanIhvControl(handle, &guid, 1, 8, text, 8, text, &number); }},
   };
 }
 
@@ -229,18 +235,11 @@ TEST_F(WindowsWlanTest, AStoryPassesThroughEachOfTheSystemsFunctions) {
   EXPECT_EQ(CallsOf(kFunctions, "WlanFreeMemory"), 8) << "once for each that was given out";
 }
 
-TEST(WindowsWlan, AnswersThatASystemHasNoWifi) {
-  WindowsWlan wlan(kMissing);
-  for (const auto& operation : Operations()) EXPECT_EQ(operation(wlan), kNotImplemented);
-  wlan.WlanFreeMemory(nullptr);
-}
-
-TEST(WindowsWlan, AFaultIsThatOperationsAlone) {
-  WindowsWlan wlan(kFaulting);
-  for (const auto& operation : Operations()) {
-    EXPECT_EQ(FaultCodeOf([&] { operation(wlan); }), EXCEPTION_ACCESS_VIOLATION);
-  }
-  EXPECT_EQ(FaultCodeOf([&] { wlan.WlanFreeMemory(&wlan); }), EXCEPTION_ACCESS_VIOLATION);
+TEST(WindowsWlan, AFaultOrAMissingLibraryIsTheFailureOfOneOperation) {
+  WindowsWlan missing(kMissing), faulting(kFaulting);
+  ExpectFailures<WlanApi>(Operations(), missing, faulting);
+  missing.WlanFreeMemory(nullptr);
+  EXPECT_EQ(FaultCodeOf([&] { faulting.WlanFreeMemory(&missing); }), EXCEPTION_ACCESS_VIOLATION);
 }
 
 namespace {
