@@ -23,6 +23,7 @@ constexpr std::u16string_view kProgramMark = u"@PROGRAM@";
 constexpr wchar_t kMakersKey[] = L"SOFTWARE\\OstrelNetworks";
 constexpr wchar_t kKey[] = L"Corvane";
 constexpr DWORD kStopMs = 30'000;
+constexpr DWORD kTaskToolMs = 60'000;
 constexpr std::size_t kLongestPath = 32'768;  // characters
 
 enum Result { kDone = 0, kFailed = 1, kBadCall = 2 };
@@ -41,10 +42,12 @@ std::u16string OwnPath() {
 
 // ---- the task -------------------------------------------------------------------------------
 
-// Runs the system's tool for tasks without a window of its own; its exit code, or -1.
+// Runs the system's tool for tasks without a window of its own; its exit code, or -1 when it does
+// not run or not end.
 int RunTaskTool(const std::wstring& arguments) {
   wchar_t folder[MAX_PATH] = {};
-  ::GetSystemDirectoryW(folder, MAX_PATH);
+  const ::UINT length = ::GetSystemDirectoryW(folder, MAX_PATH);
+  if (length == 0 || length >= MAX_PATH) return -1;
   const std::wstring tool = std::wstring(folder) + L"\\schtasks.exe";
   std::wstring command = L"\"" + tool + L"\" " + arguments;
   ::STARTUPINFOW startup{};
@@ -54,12 +57,13 @@ int RunTaskTool(const std::wstring& arguments) {
                         nullptr, nullptr, &startup, &process)) {
     return -1;
   }
-  ::WaitForSingleObject(process.hProcess, INFINITE);
   ::DWORD code = 0;
-  ::GetExitCodeProcess(process.hProcess, &code);
+  const bool ended = ::WaitForSingleObject(process.hProcess, kTaskToolMs) == WAIT_OBJECT_0 &&
+                     ::GetExitCodeProcess(process.hProcess, &code);
+  if (!ended) ::TerminateProcess(process.hProcess, 1);
   ::CloseHandle(process.hThread);
   ::CloseHandle(process.hProcess);
-  return static_cast<int>(code);
+  return ended ? static_cast<int>(code) : -1;
 }
 
 bool IsTaskRegistered() { return RunTaskTool(std::wstring(L"/query /tn ") + kTask) == 0; }
@@ -133,10 +137,10 @@ DWORD RemoveSettings() {
   result = ::RegDeleteTreeW(makers, kKey);
   ::DWORD keys = 0;
   ::DWORD values = 0;
-  ::RegQueryInfoKeyW(makers, nullptr, nullptr, nullptr, &keys, nullptr, nullptr, &values, nullptr,
-                     nullptr, nullptr, nullptr);
+  const LSTATUS counted = ::RegQueryInfoKeyW(makers, nullptr, nullptr, nullptr, &keys, nullptr,
+                                             nullptr, &values, nullptr, nullptr, nullptr, nullptr);
   ::RegCloseKey(makers);
-  if (keys == 0 && values == 0) {
+  if (counted == ERROR_SUCCESS && keys == 0 && values == 0) {
     ::RegDeleteKeyExW(Machine(), kMakersKey, KEY_WOW64_64KEY, 0);
   }
   return result == ERROR_FILE_NOT_FOUND ? ERROR_SUCCESS : static_cast<DWORD>(result);
