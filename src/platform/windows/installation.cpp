@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
 
 #include "platform/sim/kernel/sim_text.h"
 #include "platform/windows/long_path.h"
+#include "platform/windows/whole_file.h"
 #include "platform/windows/win32.h"
 #include "platform/windows/windows_error.h"
 #include "platform/windows/windows_home.h"
@@ -103,20 +103,18 @@ std::u16string TaskXml(std::u16string_view program) {
   return u"\xFEFF" + xml.replace(at, kProgramMark.size(), EscapedForXml(program));
 }
 
-void RegisterTask() {
-  wchar_t folder[MAX_PATH + 1] = {};
-  ::GetTempPathW(MAX_PATH + 1, folder);
-  wchar_t file[MAX_PATH] = {};
-  if (::GetTempFileNameW(folder, L"cor", 0, file) == 0) {
-    throw WindowsError("no temporary file: " + ErrorText(::GetLastError()));
-  }
+// The description lies where administrators alone write until the tool has read it: whoever changes
+// it chooses what runs as the system.
+void RegisterTask(const WindowsHome& home) {
+  const std::u16string file = home.Path() + u"\\task.xml";
   const std::u16string xml = TaskXml(OwnPath());
-  std::ofstream(std::filesystem::path(file), std::ios::binary)
-      .write(reinterpret_cast<const char*>(xml.data()),
-             static_cast<std::streamsize>(xml.size() * sizeof(char16_t)));
-  const int code =
-      RunTaskTool(std::wstring(L"/create /tn ") + kTask + L" /xml \"" + file + L"\" /f");
-  ::DeleteFileW(file);
+  const std::string_view bytes(reinterpret_cast<const char*>(xml.data()),
+                               xml.size() * sizeof(char16_t));
+  if (const DWORD error = WriteWholeFile(file, bytes); error != ERROR_SUCCESS)
+    throw WindowsError(sim::ToUtf8(file) + " cannot be written: " + ErrorText(error));
+  const int code = RunTaskTool(std::wstring(L"/create /tn ") + kTask + L" /xml \"" +
+                               Wide(file.c_str()) + L"\" /f");
+  ::DeleteFileW(LongPath(file).c_str());
   if (code != 0) {
     throw WindowsError("the task cannot be registered (schtasks gives " + std::to_string(code) +
                        "); are you an administrator?");
@@ -163,7 +161,7 @@ int Stop() {
 int Install(const WindowsOptions& options) {
   if (const int stopped = Stop(); stopped != kDone) return stopped;
   const WindowsHome home(options.home);
-  RegisterTask();
+  RegisterTask(home);
   Say("Registered the task \"Corvane\": it runs at each start of this PC, as the system.");
   if (RunTaskTool(std::wstring(L"/run /tn ") + kTask) != 0) {
     return Complain("the task cannot be started now; it will be at the next start of this PC");
