@@ -6,6 +6,7 @@
 #include "corvane_client/json_writer.h"
 #include "corvane_client/text_table.h"
 #include "foundation/text.h"
+#include "store/value_names.h"
 
 namespace corvane::client {
 
@@ -13,18 +14,13 @@ namespace {
 
 constexpr std::uint32_t kMostAdapters = 10;  // the home key has a value for each, "0" to "9"
 
-std::string ValueOr(const Values& values, const std::string& name, const std::string& fallback) {
-  const auto found = values.find(name);
-  return found == values.end() ? fallback : found->second;
-}
-
 bool Means(const std::string& word, const AdapterState& adapter) {
   const std::string lower = ToLower(std::string_view(word));
   const auto same = [&](const std::string& text) {
     return !text.empty() && ToLower(std::string_view(text)) == lower;
   };
   return word == std::to_string(adapter.index) || same(adapter.guid) ||
-         same(adapter.Text("AdapterName")) || same(adapter.Text("AdapterDescription"));
+         same(adapter.Text(value::kAdapterName)) || same(adapter.Text(value::kAdapterDescription));
 }
 
 std::string Listing(const std::vector<AdapterState>& adapters) {
@@ -37,24 +33,31 @@ std::string Listing(const std::vector<AdapterState>& adapters) {
 
 }  // namespace
 
-std::string AdapterState::Text(const std::string& name) const { return ValueOr(values, name, ""); }
+std::string ValueOr(const Values& values, WStringView name, const std::string& absent) {
+  const auto found = values.find(Narrow(name));
+  return found == values.end() ? absent : found->second;
+}
+
+std::string AdapterState::Text(WStringView name) const { return ValueOr(values, name, ""); }
 
 std::string AdapterState::Name() const {
-  const std::string description = Text("AdapterDescription");
-  return Printable(description.empty() ? Text("AdapterName") : description);
+  const std::string description = Text(value::kAdapterDescription);
+  return Printable(description.empty() ? Text(value::kAdapterName) : description);
 }
 
 std::vector<CandidateRow> AdapterState::Candidates(bool others) const {
-  return ParseCandidates(Text(others ? "NONCandidatesCSV" : "CandidatesCSV"));
+  return ParseCandidates(
+      Text(others ? WStringView(value::kNONCandidatesCSV) : value::kCandidatesCSV));
 }
 
 std::vector<AdapterState> ReadAdapters(IServiceAccess& service) {
   const Values home = service.Settings();
-  const std::uint32_t count = std::min(
-      ParseNumber(ValueOr(home, "NumWifiAdapters", "")).value_or(kMostAdapters), kMostAdapters);
+  const std::uint32_t count =
+      std::min(ParseNumber(ValueOr(home, value::kNumWifiAdapters, "")).value_or(kMostAdapters),
+               kMostAdapters);
   std::vector<AdapterState> adapters;
   for (std::uint32_t i = 0; i < count; ++i) {
-    const std::string guid = ValueOr(home, std::to_string(i), "");
+    const std::string guid = ValueOr(home, Widen(std::to_string(i)), "");
     if (!guid.empty()) adapters.push_back({i, guid, service.Settings(guid)});
   }
   return adapters;
@@ -89,21 +92,22 @@ std::string ModeName(const std::string& mode) {
 
 std::vector<std::string> HoldingStill(const Values& service, const AdapterState& adapter) {
   std::vector<std::string> reasons;
-  if (ValueOr(service, "ServiceEnable", "1") == "0") reasons.push_back("the service is disabled");
-  if (ValueOr(adapter.values, "Enabled", "1") == "0") reasons.push_back("switched off here");
-  if (ValueOr(adapter.values, "AdapterEnabled", "1") == "0") {
+  if (ValueOr(service, value::kServiceEnable, "1") == "0")
+    reasons.push_back("the service is disabled");
+  if (ValueOr(adapter.values, value::kEnabled, "1") == "0") reasons.push_back("switched off here");
+  if (ValueOr(adapter.values, value::kAdapterEnabled, "1") == "0") {
     reasons.push_back("the adapter is disabled");
   }
-  if (adapter.Text("VPNInhibited") == "1") reasons.push_back("a VPN is up");
-  if (adapter.Text("RadioInhibited") == "1") reasons.push_back("the radio is off");
-  if (adapter.Text("AirplaneInhibited") == "1") reasons.push_back("airplane mode");
-  const std::string message = Printable(adapter.Text("StatusMessage"));
+  if (adapter.Text(value::kVPNInhibited) == "1") reasons.push_back("a VPN is up");
+  if (adapter.Text(value::kRadioInhibited) == "1") reasons.push_back("the radio is off");
+  if (adapter.Text(value::kAirplaneInhibited) == "1") reasons.push_back("airplane mode");
+  const std::string message = Printable(adapter.Text(value::kStatusMessage));
   if (!message.empty()) reasons.push_back(message);
   return reasons;
 }
 
 std::string ConnectedScore(const AdapterState& adapter) {
-  const std::string bssid = NormalBssid(adapter.Text("ConnectedBssid"));
+  const std::string bssid = NormalBssid(adapter.Text(value::kConnectedBssid));
   if (bssid.empty()) return {};
   for (const bool others : {false, true}) {
     for (const CandidateRow& row : adapter.Candidates(others)) {
@@ -117,17 +121,17 @@ std::vector<std::string> StatusLines(const Values& service, const AdapterState& 
   std::vector<Row> rows = {
       {"Adapter " + std::to_string(adapter.index), adapter.Name() + "  " + adapter.guid}};
   if (adapter.IsConnected()) {
-    rows.push_back({"  Connection", Printable(adapter.Text("ConnectedNetwork")) + "  " +
-                                        adapter.Text("ConnectedBssid")});
+    rows.push_back({"  Connection", Printable(adapter.Text(value::kConnectedNetwork)) + "  " +
+                                        adapter.Text(value::kConnectedBssid)});
     const std::string score = ConnectedScore(adapter);
     rows.push_back({"  Score", score.empty() ? "unknown" : score});
   } else {
     rows.push_back({"  Connection", "none"});
   }
-  const std::string status = adapter.Text("ConnectStatus");
+  const std::string status = adapter.Text(value::kConnectStatus);
   if (!status.empty()) rows.push_back({"  Last request", status});
-  rows.push_back({"  Mode", ModeName(adapter.Text("PassiveSuggestMode"))});
-  const std::string suggestion = adapter.Text("SuggestedNetwork");
+  rows.push_back({"  Mode", ModeName(adapter.Text(value::kPassiveSuggestMode))});
+  const std::string suggestion = adapter.Text(value::kSuggestedNetwork);
   if (!suggestion.empty()) rows.push_back({"  Suggests", Printable(suggestion)});
   std::string still;
   for (const std::string& reason : HoldingStill(service, adapter)) {
@@ -140,21 +144,21 @@ std::vector<std::string> StatusLines(const Values& service, const AdapterState& 
 std::string StatusJson(const Values& service, const AdapterState& adapter, bool candidates) {
   CJsonWriter json;
   json.Begin().Name("index").Uint(adapter.index).Name("guid").String(adapter.guid);
-  json.Name("description").String(adapter.Text("AdapterDescription"));
+  json.Name("description").String(adapter.Text(value::kAdapterDescription));
   json.Name("connected").Bool(adapter.IsConnected());
-  json.Name("ssid").String(adapter.Text("ConnectedSsid"));
-  json.Name("bssid").String(adapter.Text("ConnectedBssid"));
+  json.Name("ssid").String(adapter.Text(value::kConnectedSsid));
+  json.Name("bssid").String(adapter.Text(value::kConnectedBssid));
   json.Name("score").Value(ConnectedScore(adapter));
-  json.Name("connect_status").String(adapter.Text("ConnectStatus"));
-  json.Name("mode").String(ModeName(adapter.Text("PassiveSuggestMode")));
+  json.Name("connect_status").String(adapter.Text(value::kConnectStatus));
+  json.Name("mode").String(ModeName(adapter.Text(value::kPassiveSuggestMode)));
   json.Name("holds_still").BeginArray();
   for (const std::string& reason : HoldingStill(service, adapter)) json.String(reason);
   json.EndArray();
-  json.Name("suggested_ssid").String(adapter.Text("SuggestedNetworkSSID"));
-  json.Name("suggested_bssid").String(adapter.Text("SuggestedNetworkBSSID"));
+  json.Name("suggested_ssid").String(adapter.Text(value::kSuggestedNetworkSSID));
+  json.Name("suggested_bssid").String(adapter.Text(value::kSuggestedNetworkBSSID));
   if (candidates) {
     json.Name("candidates");
-    json.Raw(CandidatesJson(adapter.Candidates(), adapter.Text("ConnectedBssid")));
+    json.Raw(CandidatesJson(adapter.Candidates(), adapter.Text(value::kConnectedBssid)));
   }
   return json.End().Text();
 }

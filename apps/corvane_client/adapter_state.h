@@ -5,8 +5,13 @@
 #include "corvane_client/candidate_rows.h"
 #include "corvane_client/client_options.h"
 #include "corvane_client/service_access.h"
+#include "foundation/text.h"
+#include "store/value_names.h"
 
 namespace corvane::client {
+
+// The text of a value, or `absent` when it is not there.
+std::string ValueOr(const Values& values, WStringView name, const std::string& absent);
 
 // An adapter as the registry tells of it at one moment.
 struct AdapterState {
@@ -14,9 +19,9 @@ struct AdapterState {
   std::string guid;
   Values values;
 
-  std::string Text(const std::string& name) const;  // empty when the value is not there
-  std::string Name() const;                         // for people
-  bool IsConnected() const { return !Text("ConnectedBssid").empty(); }
+  std::string Text(WStringView name) const;  // empty when the value is not there
+  std::string Name() const;                  // for people
+  bool IsConnected() const { return !Text(value::kConnectedBssid).empty(); }
   std::vector<CandidateRow> Candidates(bool others = false) const;
 };
 

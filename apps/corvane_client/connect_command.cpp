@@ -5,6 +5,7 @@
 #include "corvane_client/json_writer.h"
 #include "corvane_client/service_reply.h"
 #include "corvane_client/text_table.h"
+#include "store/value_names.h"
 
 namespace corvane::client {
 
@@ -18,18 +19,16 @@ int WaitForConnect(const Call& call, const std::string& guid, const std::string&
   for (int ms = 0; ms <= call.options.timeoutSecs * 1000; ms += kPollMs) {
     if (call.service.IsInterrupted()) throw ClientError(kRefused, "interrupted");
     const Values values = call.service.Settings(guid);
-    const auto text = [&](const char* name) {
-      const auto found = values.find(name);
-      return found == values.end() ? std::string() : found->second;
-    };
-    const ConnectEnd end = progress.Look(text("ConnectStatus"), text("ConnectedBssid"), ms);
+    const auto text = [&](WStringView name) { return ValueOr(values, name, ""); };
+    const ConnectEnd end =
+        progress.Look(text(value::kConnectStatus), text(value::kConnectedBssid), ms);
     if (end == ConnectEnd::kConnected) {
       if (call.options.json) {
         CJsonWriter json;
-        json.Begin().Name("connected").Bool(true).Name("ssid").String(text("ConnectedSsid"));
-        call.output.Line(json.Name("bssid").String(text("ConnectedBssid")).End().Text());
+        json.Begin().Name("connected").Bool(true).Name("ssid").String(text(value::kConnectedSsid));
+        call.output.Line(json.Name("bssid").String(text(value::kConnectedBssid)).End().Text());
       } else {
-        call.output.Line("connected to " + Printable(text("ConnectedNetwork")));
+        call.output.Line("connected to " + Printable(text(value::kConnectedNetwork)));
       }
       return kDone;
     }

@@ -10,6 +10,7 @@
 #include "platform/text_file.h"
 #include "store/json_text.h"
 #include "store/registry.h"
+#include "store/value_names.h"
 
 namespace corvane::client {
 
@@ -41,7 +42,7 @@ std::string ReadChecked(const std::string& file,
   return text;
 }
 
-void WriteText(const Call& call, const AdapterState& adapter, const char* name,
+void WriteText(const Call& call, const AdapterState& adapter, WStringView name,
                const std::string& text) {
   if (Utf8ToWide(text).size() > kLongestValue) {
     throw ClientError(kBadCall, "the text is too long: the service keeps " +
@@ -49,7 +50,7 @@ void WriteText(const Call& call, const AdapterState& adapter, const char* name,
   }
   CJsonWriter json;
   json.Begin().Name("cmd").String("WriteRegString").Name("guid").String(adapter.guid);
-  json.Name("name").String(name).Name("value").String(text).End();
+  json.Name("name").String(Narrow(name)).Name("value").String(text).End();
   AskAndCheck(call, json.Text());
 }
 
@@ -131,7 +132,8 @@ int ListCommand(const Call& call) {
   // The service writes a list to all adapters, whichever is named.
   const auto adapters = ChooseAdapters(ReadAdapters(call.service), call.options);
   if (adapters.empty()) throw ClientError(kRefused, "the service has no adapter");
-  const char* name = list == "deny" ? "DenylistJson" : "AllowlistJson";
+  const WStringView name =
+      list == "deny" ? WStringView(value::kDenylistJson) : WStringView(value::kAllowlistJson);
   if (act == "show") {
     call.service.CheckIsServed();
     ShowList(call, adapters[0].Text(name));
@@ -148,13 +150,13 @@ int WeightsCommand(const Call& call) {
   NeedWords(call, act == "set" ? 2 : 0, act == "set" ? 2 : 1);
   if (act == "set") {
     const std::string text = ReadChecked(words[1], &CheckWeights);
-    WriteText(call, ChooseAdapter(call.service, call.options), "ScoreCfgJson", text);
+    WriteText(call, ChooseAdapter(call.service, call.options), value::kScoreCfgJson, text);
     return kDone;
   }
   if (act != "show") throw ClientError(kBadCall, "weights takes show or set FILE");
   call.service.CheckIsServed();
   rapidjson::Document document;
-  ParseJson(ChooseAdapter(call.service, call.options).Text("ScoreCfgJson"), &document);
+  ParseJson(ChooseAdapter(call.service, call.options).Text(value::kScoreCfgJson), &document);
   const bool readable = !document.HasParseError() && document.IsObject();
   CJsonWriter json;
   json.Begin();

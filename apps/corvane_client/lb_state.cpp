@@ -3,6 +3,8 @@
 #include "corvane_client/client_options.h"
 #include "corvane_client/json_writer.h"
 #include "corvane_client/text_table.h"
+#include "foundation/text.h"
+#include "store/value_names.h"
 
 namespace corvane::client {
 
@@ -14,16 +16,16 @@ struct LbState {
   std::uint32_t weightMode = 2;
 };
 
-std::uint32_t Number(const Values& values, const char* name, std::uint32_t absent) {
-  const auto found = values.find(name);
+std::uint32_t Number(const Values& values, WStringView name, std::uint32_t absent) {
+  const auto found = values.find(Narrow(name));
   return found == values.end() ? absent : ParseNumber(found->second).value_or(absent);
 }
 
 // A value that is not there counts as the service counts it.
 LbState ReadLb(const Values& service) {
-  return {.enabled = Number(service, "LBEnabled", 0) != 0,
-          .paused = Number(service, "LBPaused", 0) != 0,
-          .weightMode = Number(service, "LBWeightMode", 2)};
+  return {.enabled = Number(service, value::kLBEnabled, 0) != 0,
+          .paused = Number(service, value::kLBPaused, 0) != 0,
+          .weightMode = Number(service, value::kLBWeightMode, 2)};
 }
 
 }  // namespace

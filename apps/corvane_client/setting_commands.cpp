@@ -7,6 +7,8 @@
 #include "corvane_client/lb_state.h"
 #include "corvane_client/setting_names.h"
 #include "corvane_client/text_table.h"
+#include "foundation/text.h"
+#include "store/value_names.h"
 
 namespace corvane::client {
 
@@ -26,9 +28,9 @@ int SwitchOnOrOff(const Call& call, std::uint32_t value) {
   NeedWords(call, 0, 0);
   if (call.options.adapter) {
     const AdapterState adapter = ChooseAdapter(call.service, call.options);
-    Write(call, "WriteRegDW", "Enabled", value, &adapter);
+    Write(call, "WriteRegDW", Narrow(value::kEnabled), value, &adapter);
   } else {
-    Write(call, "MiscCommand", "ServiceEnable", value);
+    Write(call, "MiscCommand", Narrow(value::kServiceEnable), value);
   }
   return kDone;
 }
@@ -88,7 +90,7 @@ int AcceptCommand(const Call& call) {
   NeedWords(call, 0, 0);
   const AdapterState adapter = ChooseAdapter(call.service, call.options);
   // The service would note it all the same, and take it for the next suggestion.
-  if (adapter.Text("SuggestedNetwork").empty()) {
+  if (adapter.Text(value::kSuggestedNetwork).empty()) {
     throw ClientError(kRefused, "nothing is suggested to " + Printable(adapter.Name()));
   }
   Write(call, "UICommand", "AcceptAPSuggestion", 1, &adapter);
@@ -101,7 +103,7 @@ int ModeCommand(const Call& call) {
   for (std::uint32_t value = 0; value <= 2; ++value) {
     if (mode != ModeName(std::to_string(value))) continue;
     const AdapterState adapter = ChooseAdapter(call.service, call.options);
-    Write(call, "WriteRegDW", "PassiveSuggestMode", value, &adapter);
+    Write(call, "WriteRegDW", Narrow(value::kPassiveSuggestMode), value, &adapter);
     return kDone;
   }
   throw ClientError(kBadCall, "\"" + mode + "\" is no mode; there are autoswitch, event and popup");
@@ -123,14 +125,14 @@ int SetCommand(const Call& call) {
   }
   const auto value = ParseNumber(call.options.words[1], true);
   if (!value) {
-    throw ClientError(kBadCall, std::string(setting->name) + " takes " + setting->range +
-                                    ", not \"" + call.options.words[1] + "\"");
+    throw ClientError(kBadCall, setting->name + " takes " + setting->range + ", not \"" +
+                                    call.options.words[1] + "\"");
   }
   if (setting->ofAdapter) {
     const AdapterState adapter = ChooseAdapter(call.service, call.options);
     Write(call, "WriteRegDW", setting->name, *value, &adapter);
   } else if (call.options.adapter) {
-    throw ClientError(kBadCall, std::string(setting->name) + " is the service's, not an adapter's");
+    throw ClientError(kBadCall, setting->name + " is the service's, not an adapter's");
   } else {
     Write(call, "MiscCommand", setting->name, *value);
   }

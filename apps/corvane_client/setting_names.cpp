@@ -1,35 +1,36 @@
 #include "corvane_client/setting_names.h"
 
 #include "foundation/text.h"
+#include "store/value_names.h"
 
 namespace corvane::client {
 
 const std::vector<SettingName>& SettingNames() {
   static const std::vector<SettingName> names = {
-      {"Enabled", true, "on, off"},
-      {"PreferPrivateNetwork", true, "on, off"},
-      {"ForceAutoConnect", true, "on, off"},
-      {"LatchToPrivate", true, "on, off"},
-      {"GatewayRoaming", true, "on, off"},
-      {"APScoreThreshold", true, "0 to 100"},
-      {"LQCThreshold", true, "0 to 100"},
-      {"ScanInterval", true, "10 to 3600 s"},
-      {"PassiveSuggestMode", true, "0 autoswitch, 1 event, 2 popup"},
-      {"ServiceEnable", false, "on, off"},
-      {"RoamingEnabled", false, "on, off"},
-      {"SCOREDIFFPCT", false, "0 to 100"},
-      {"IgnoreVPN", false, "on, off"},
-      {"RTAudioMode", false, "0, 1, 2"},
-      {"RTAudioModeMbps", false, "not 0"},
+      {Narrow(value::kEnabled), true, "on, off"},
+      {Narrow(value::kPreferPrivateNetwork), true, "on, off"},
+      {Narrow(value::kForceAutoConnect), true, "on, off"},
+      {Narrow(value::kLatchToPrivate), true, "on, off"},
+      {Narrow(value::kGatewayRoaming), true, "on, off"},
+      {Narrow(value::kAPScoreThreshold), true, "0 to 100"},
+      {Narrow(value::kLQCThreshold), true, "0 to 100"},
+      {Narrow(value::kScanInterval), true, "10 to 3600 s"},
+      {Narrow(value::kPassiveSuggestMode), true, "0 autoswitch, 1 event, 2 popup"},
+      {Narrow(value::kServiceEnable), false, "on, off"},
+      {Narrow(value::kRoamingEnabled), false, "on, off"},
+      {Narrow(value::kSCOREDIFFPCT), false, "0 to 100"},
+      {Narrow(value::kIgnoreVPN), false, "on, off"},
+      {Narrow(value::kRTAudioMode), false, "0, 1, 2"},
+      {Narrow(value::kRTAudioModeMbps), false, "not 0"},
       {"POSTMode", false, "0, 1, 2"},
-      {"DBWMEnable", false, "on, off"},
-      {"DBWMProbeMonthBudgetMB", false, "a number"},
-      {"IDET", false, "on, off"},
-      {"PalisadeOptimizer", false, "on, off"},
-      {"TelemetryConnectionsCSVFileSizeMB", false, "a number, 0 for no history"},
-      {"Survey1", false, "on, off"},
-      {"Survey2", false, "on, off"},
-      {"Survey3", false, "on, off"}};
+      {Narrow(value::kDBWMEnable), false, "on, off"},
+      {Narrow(value::kDBWMProbeMonthBudgetMB), false, "a number"},
+      {Narrow(value::kIDET), false, "on, off"},
+      {Narrow(value::kPalisadeOptimizer), false, "on, off"},
+      {Narrow(value::kTelemetryConnectionsCSVFileSizeMB), false, "a number, 0 for no history"},
+      {Narrow(value::kSurvey1), false, "on, off"},
+      {Narrow(value::kSurvey2), false, "on, off"},
+      {Narrow(value::kSurvey3), false, "on, off"}};
   return names;
 }
 

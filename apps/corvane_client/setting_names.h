@@ -8,7 +8,7 @@
 namespace corvane::client {
 
 struct SettingName {
-  const char* name;
+  std::string name;
   bool ofAdapter;     // else of the service
   const char* range;  // for people
 };

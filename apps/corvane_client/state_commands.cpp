@@ -5,6 +5,7 @@
 #include "corvane_client/client_error.h"
 #include "corvane_client/json_writer.h"
 #include "corvane_client/text_table.h"
+#include "store/value_names.h"
 
 namespace corvane::client {
 
@@ -43,7 +44,7 @@ int CandidatesCommand(const Call& call) {
       const auto others = one.Candidates(true);
       rows.insert(rows.end(), others.begin(), others.end());
     }
-    const std::string connected = one.Text("ConnectedBssid");
+    const std::string connected = one.Text(value::kConnectedBssid);
     if (call.options.json) {
       json.Begin().Name("index").Uint(one.index).Name("guid").String(one.guid);
       json.Name("candidates").Raw(CandidatesJson(rows, connected)).End();

@@ -8,6 +8,7 @@
 #include "corvane_client/event_text.h"
 #include "corvane_client/live_picture.h"
 #include "corvane_client/text_table.h"
+#include "store/value_names.h"
 
 namespace corvane::client {
 
@@ -45,15 +46,15 @@ bool TakeEvents(IEventSource& events, int ms, const std::function<void(const std
 // One line of an adapter's state, for those who keep lines: told when it changes.
 std::string PlainState(const Values& service, const AdapterState& adapter) {
   std::string text = "adapter " + std::to_string(adapter.index) + ": ";
-  text += adapter.IsConnected()
-              ? Printable(adapter.Text("ConnectedNetwork")) + " " + adapter.Text("ConnectedBssid")
-              : "not connected";
-  text += ", mode " + ModeName(adapter.Text("PassiveSuggestMode"));
+  text += adapter.IsConnected() ? Printable(adapter.Text(value::kConnectedNetwork)) + " " +
+                                      adapter.Text(value::kConnectedBssid)
+                                : "not connected";
+  text += ", mode " + ModeName(adapter.Text(value::kPassiveSuggestMode));
   const auto candidates = adapter.Candidates();
   if (!candidates.empty()) {
     text += ", best " + Printable(candidates[0].ssid) + " " + candidates[0].bssid;
   }
-  const std::string suggestion = Printable(adapter.Text("SuggestedNetwork"));
+  const std::string suggestion = Printable(adapter.Text(value::kSuggestedNetwork));
   if (!suggestion.empty()) text += ", suggests " + suggestion;
   for (const std::string& reason : HoldingStill(service, adapter)) text += "; " + reason;
   return text;
@@ -109,8 +110,9 @@ class CLiveView {
       LiveAdapter& part = parts.emplace_back();
       part.status = StatusLines(service, one);
       const auto candidates = one.Candidates();
-      part.candidates = candidates.empty() ? std::vector<std::string>()
-                                           : CandidateLines(candidates, one.Text("ConnectedBssid"));
+      part.candidates = candidates.empty()
+                            ? std::vector<std::string>()
+                            : CandidateLines(candidates, one.Text(value::kConnectedBssid));
     }
     if (parts.empty()) parts.push_back({{"There is no adapter."}, {}});
     return parts;

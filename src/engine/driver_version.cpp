@@ -9,6 +9,9 @@ namespace {
 
 constexpr char16_t kNetworkClass[] =
     u"SYSTEM\\CurrentControlSet\\Control\\Class\\{4d36e972-e325-11ce-bfc1-08002be10318}\\";
+// Values of a driver's key.
+constexpr char16_t kProvider[] = u"Provider", kNetType[] = u"NetType",
+                   kVersion[] = u"DriverVersion";
 constexpr std::uint32_t kMostSubkeys = 10'000;  // their names have four digits
 
 }  // namespace
@@ -17,8 +20,8 @@ std::uint32_t ReadWlanDriverVersion() {
   for (std::uint32_t i = 0; i < kMostSubkeys; ++i) {
     const CLBRegistryKey key(kNetworkClass + Format(u"%04u", i));
     if (!key) break;
-    if (key.Text(u"Provider").starts_with(u"Intel") && key.Text(u"NetType").starts_with(u"WLAN")) {
-      return PackedVersion(key.Text(u"DriverVersion"));
+    if (key.Text(kProvider).starts_with(u"Intel") && key.Text(kNetType).starts_with(u"WLAN")) {
+      return PackedVersion(key.Text(kVersion));
     }
   }
   return 0;

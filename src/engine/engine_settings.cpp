@@ -1,6 +1,7 @@
 #include "engine/engine_settings.h"
 
 #include "engine/registry_key.h"
+#include "engine/value_names.h"
 
 namespace corvane {
 
@@ -9,6 +10,7 @@ namespace {
 constexpr char16_t kSettingsKey[] =
     u"SYSTEM\\CurrentControlSet\\Services\\Vantor Network Service\\SLibCFG";
 constexpr char16_t kSystemKey[] = u"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\";
+constexpr char16_t kVersionValue[] = u"CurrentVersion";
 constexpr std::uint32_t kMajor = 100;
 constexpr std::uint32_t kMost = 99;
 
@@ -27,18 +29,19 @@ std::uint32_t TakeNumber(const char16_t** at) {
 LBSettings ReadLBSettings() {
   LBSettings settings;
   const CLBRegistryKey key(kSettingsKey);
-  settings.enable11ad = key.Number(u"Enable11AD").value_or(settings.enable11ad);
-  settings.enableOpenVpn = key.Number(u"EnableOpenVpn").value_or(settings.enableOpenVpn);
-  settings.supportOemDevice = key.Number(u"SupportOemDevice").value_or(settings.supportOemDevice);
+  settings.enable11ad = key.Number(value::kEnable11AD).value_or(settings.enable11ad);
+  settings.enableOpenVpn = key.Number(value::kEnableOpenVpn).value_or(settings.enableOpenVpn);
+  settings.supportOemDevice =
+      key.Number(value::kSupportOemDevice).value_or(settings.supportOemDevice);
   settings.discoveryIntervalMs =
-      key.Number(u"DeviceDiscoveryTO").value_or(settings.discoveryIntervalMs);
-  settings.traceEnabled = key.Number(u"SvcLib_TraceEnabled").value_or(settings.traceEnabled);
+      key.Number(value::kDeviceDiscoveryTO).value_or(settings.discoveryIntervalMs);
+  settings.traceEnabled = key.Number(value::kSvcLib_TraceEnabled).value_or(settings.traceEnabled);
   return settings;
 }
 
 std::uint32_t ReadSystemVersion() {
   const CLBRegistryKey key(kSystemKey);
-  return VersionNumber(key.Text(u"CurrentVersion").c_str());
+  return VersionNumber(key.Text(kVersionValue).c_str());
 }
 
 std::uint32_t VersionNumber(const char16_t* text) {

@@ -3,12 +3,12 @@
 #include "foundation/log_lines.h"
 #include "store/csv_helper.h"
 #include "store/registry.h"
+#include "store/value_names.h"
 
 namespace corvane {
 
 namespace {
 
-constexpr char16_t kValueName[] = u"GatewayMacs";
 constexpr char16_t kRecordSeparator = u'\t';
 constexpr char16_t kFieldSeparator = u'\v';
 constexpr char16_t kMacSeparator = u',';
@@ -72,7 +72,7 @@ void CGlobalAPGatewayMapMemo::Load() {
   if (m_bLoaded) return;
   m_bLoaded = true;
   WString text;
-  if (CRegistry(kHomeKeyPath).GetRegistryStringValue(kValueName, &text))
+  if (CRegistry(kHomeKeyPath).GetRegistryStringValue(value::kGatewayMacs, &text))
     ParseGatewayMap(text, &m_Records);
 }
 
@@ -88,7 +88,7 @@ void CGlobalAPGatewayMapMemo::Update(WStringView bssidText, const MacList& ip4,
   const auto known = m_Records.find(bssidText);
   if (known != m_Records.end() && known->second.ip4 == ip4 && known->second.ip6 == ip6) return;
   m_Records.insert_or_assign(WString(bssidText), GatewayMacs{ip4, ip6});
-  CRegistry(kHomeKeyPath).SetRegistryStringValue(kValueName, GatewayMapText(m_Records));
+  CRegistry(kHomeKeyPath).SetRegistryStringValue(value::kGatewayMacs, GatewayMapText(m_Records));
   if (const log::Open open(DBG(41)); open) Dump();
 }
 

@@ -2,6 +2,7 @@
 
 #include "store/csv_helper.h"
 #include "store/registry.h"
+#include "store/value_names.h"
 
 namespace corvane {
 
@@ -23,7 +24,7 @@ void CGlobalDCInfoMemo::Load() {
   if (m_bLoaded) return;
   m_bLoaded = true;
   WString text;
-  if (CRegistry(kHomeKeyPath).GetRegistryStringValue(u"DCInfo", &text))
+  if (CRegistry(kHomeKeyPath).GetRegistryStringValue(value::kDCInfo, &text))
     ParseDCInfo(text, &m_Records);
 }
 

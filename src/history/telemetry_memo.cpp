@@ -7,12 +7,12 @@
 #include "platform/clock_api.h"
 #include "store/csv_helper.h"
 #include "store/registry.h"
+#include "store/value_names.h"
 
 namespace corvane {
 
 namespace {
 
-constexpr char16_t kValueName[] = u"TelemetryMemo";
 constexpr std::size_t kItems = 3;  // first seen, ap, net
 
 WString TimeStamp() {
@@ -43,9 +43,9 @@ void CTelemetryMemo::LoadFromRegistry() {
   m_Ap = m_Net = 0;
   const auto registry = CRegistry::CreateObject(kHomeKeyPath);
   WString text;
-  if (!registry->GetRegistryStringValue(kValueName, &text)) {
+  if (!registry->GetRegistryStringValue(value::kTelemetryMemo, &text)) {
     m_FirstSeen = TimeStamp();
-    LOG_INFO(u"CTelemetryMemo::LoadFromRegistry: Value %s not found", kValueName);
+    LOG_INFO(u"CTelemetryMemo::LoadFromRegistry: Value %s not found", value::kTelemetryMemo);
     return;
   }
   const auto items = CSVHelper::CreateObject();
@@ -58,8 +58,8 @@ void CTelemetryMemo::LoadFromRegistry() {
   m_FirstSeen = *items->GetItem(0);
   m_Ap = ToNumber(*items->GetItem(1));
   m_Net = ToNumber(*items->GetItem(2));
-  LOG_INFO(u"CTelemetryMemo::LoadFromRegistry:Read ValueName %s --> %s [V %u, P %u]", kValueName,
-           text, m_Ap, m_Net);
+  LOG_INFO(u"CTelemetryMemo::LoadFromRegistry:Read ValueName %s --> %s [V %u, P %u]",
+           value::kTelemetryMemo, text, m_Ap, m_Net);
 }
 
 bool CTelemetryMemo::SaveToRegistry() {
@@ -73,10 +73,10 @@ bool CTelemetryMemo::SaveToRegistry() {
   items->AddString(Format(u"%u", m_Net), true);
   const WString text = items->GetString();
   const bool saved =
-      CRegistry::CreateObject(kHomeKeyPath)->SetRegistryStringValue(kValueName, text);
+      CRegistry::CreateObject(kHomeKeyPath)->SetRegistryStringValue(value::kTelemetryMemo, text);
   if (saved) m_SavedText = text;
   LOG_INFO(u"CTelemetryMemo::SaveToRegistry:Saved under ValueName %s --> %s [ap %u, net %u]%s",
-           kValueName, text, m_Ap, m_Net, saved ? u"" : u" ___FAILED___");
+           value::kTelemetryMemo, text, m_Ap, m_Net, saved ? u"" : u" ___FAILED___");
   return saved;
 }
 

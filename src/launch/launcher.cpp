@@ -53,6 +53,11 @@ bool BreaksQuotes(WStringView text) {
       text, [](char16_t unit) { return unit == u'"' || unit == u'%' || unit < 0x20; });
 }
 
+constexpr char16_t kBrowserPolicies[] = u"SOFTWARE\\Policies\\Microsoft\\Internet Explorer\\Main";
+constexpr char16_t kFirstRunPolicy[] = u"DisableFirstRunCustomize";
+constexpr char16_t kEdgePolicies[] = u"SOFTWARE\\Policies\\Microsoft\\MicrosoftEdge\\Main";
+constexpr char16_t kEdgeFirstRunPolicy[] = u"PreventFirstRunPage";
+
 // A policy that keeps the browser from showing a first-run screen. Failing to set it harms nothing.
 void SetBrowserPolicy(WStringView key, WStringView name) {
   Launch("SetBrowserPolicy", [&] {
@@ -136,9 +141,8 @@ bool StartBrowserUrlAsUser(WStringView url) {
 
 bool StartBrowserUrl(WStringView url, WStringView machineGuid) {
   return Launch("StartBrowserUrl", [&] {
-    SetBrowserPolicy(u"SOFTWARE\\Policies\\Microsoft\\Internet Explorer\\Main",
-                     u"DisableFirstRunCustomize");
-    SetBrowserPolicy(u"SOFTWARE\\Policies\\Microsoft\\MicrosoftEdge\\Main", u"PreventFirstRunPage");
+    SetBrowserPolicy(kBrowserPolicies, kFirstRunPolicy);
+    SetBrowserPolicy(kEdgePolicies, kEdgeFirstRunPolicy);
     const WString page = Format(u"%s?GUID=%s", url, machineGuid);
     if (StartBrowserUrlAsUser(page)) {
       LOG_INFO(u"StartBrowserUrl: StartBrowserUrlAsUser() SUCCEEDED");

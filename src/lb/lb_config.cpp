@@ -10,6 +10,7 @@
 #include "platform/driver_api.h"
 #include "platform/platform.h"
 #include "platform/thread_api.h"
+#include "store/value_names.h"
 
 namespace corvane {
 
@@ -19,9 +20,6 @@ constexpr char kClassName[] = "CLBConfig";
 constexpr std::uint64_t kLBLog = DBG(11);
 constexpr std::uint32_t kDestructorMs = 1000;
 constexpr std::uint32_t kDefaultWeightMode = 2;
-constexpr char16_t kLBEnabled[] = u"LBEnabled";
-constexpr char16_t kLBPaused[] = u"LBPaused";
-constexpr char16_t kLBWeightMode[] = u"LBWeightMode";
 
 // First argument of LoadBalanceConfig.
 constexpr std::uint32_t kSteeringPaused = 1;
@@ -73,9 +71,9 @@ bool CLBConfig::Initialize(bool* created, bool bLoadRegistry, bool bQueue) {
     return false;
   }
   if (bLoadRegistry) {
-    const std::uint32_t mode = ReadNumber(kLBWeightMode, kDefaultWeightMode);
+    const std::uint32_t mode = ReadNumber(value::kLBWeightMode, kDefaultWeightMode);
     if (IsWeightMode(mode) || mode == kLBWeightModeNotSet) m_WeightMode = mode;
-    m_Enabled = ReadNumber(kLBEnabled, 0);
+    m_Enabled = ReadNumber(value::kLBEnabled, 0);
   }
   SetPausedState(false);
   if (bQueue) {
@@ -92,11 +90,11 @@ bool CLBConfig::EnableLBEngine(std::uint32_t mode, bool bQueue) {
   } else if (m_WeightMode == kLBWeightModeNotSet) {
     m_WeightMode = kDefaultWeightMode;
   }
-  if (!WriteNumber(kLBWeightMode, m_WeightMode)) {
+  if (!WriteNumber(value::kLBWeightMode, m_WeightMode)) {
     LOG_ERROR(u"CLBConfig::EnableLBEngine: SetRegistry_LB_WeightMode() FAILED! m_WeightMode = %lu",
               m_WeightMode.load());
   }
-  if (!WriteNumber(kLBEnabled, 1)) {
+  if (!WriteNumber(value::kLBEnabled, 1)) {
     LOG_ERROR(u"CLBConfig::EnableLBEngine: SetRegistry_LB_Enabled(1) FAILED!");
     return false;
   }
@@ -106,7 +104,7 @@ bool CLBConfig::EnableLBEngine(std::uint32_t mode, bool bQueue) {
 }
 
 bool CLBConfig::DisableLBEngine(bool bWriteRegistry, bool bQueue) {
-  if (bWriteRegistry && !WriteNumber(kLBEnabled, 0)) {
+  if (bWriteRegistry && !WriteNumber(value::kLBEnabled, 0)) {
     LOG_ERROR(u"CLBConfig::DisableLBEngine: SetRegistry_LB_Enabled(0) FAILED!");
     return false;
   }
@@ -120,7 +118,7 @@ bool CLBConfig::SetLBWeightMode(std::uint32_t mode) {
     LOG_ERROR(u"CLBConfig::SetLBWeightMode: Error! bad m_WeightMode = %lu", mode);
     return false;
   }
-  if (!WriteNumber(kLBWeightMode, mode)) {
+  if (!WriteNumber(value::kLBWeightMode, mode)) {
     LOG_ERROR(u"CLBConfig::SetLBWeightMode: SetRegistry_LB_WeightMode() FAILED! m_WeightMode = %lu",
               mode);
     return false;
@@ -144,10 +142,12 @@ bool CLBConfig::Resume() {
   return true;
 }
 
-void CLBConfig::GetLBEnabled(std::uint32_t* value) const { *value = ReadNumber(kLBEnabled, 0); }
+void CLBConfig::GetLBEnabled(std::uint32_t* value) const {
+  *value = ReadNumber(value::kLBEnabled, 0);
+}
 
 bool CLBConfig::SetPausedState(bool bPaused) {
-  if (!WriteNumber(kLBPaused, bPaused)) {
+  if (!WriteNumber(value::kLBPaused, bPaused)) {
     LOG_ERROR(u"CLBConfig::SetPausedState: SetRegistry_LB_Paused(%i) FAILED!", bPaused ? 1 : 0);
     return false;
   }

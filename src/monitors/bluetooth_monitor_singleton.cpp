@@ -22,6 +22,7 @@ constexpr std::uint64_t kBluetoothLog = DBG(13) | DBG(46);
 // The system's device class of Bluetooth.
 constexpr char16_t kClassKey[] =
     u"SYSTEM\\CurrentControlSet\\Control\\Class\\{e0cbf06c-cd8b-4647-bb8a-263b43f0f974}";
+constexpr char16_t kDescriptionValue[] = u"DriverDesc";
 constexpr std::uint64_t kMinPollMs = 500;
 constexpr std::uint64_t kActivityMs = 30000;
 constexpr std::size_t kNameChars = 255;         // of a subkey
@@ -66,7 +67,7 @@ bool ReadDescription(HKEY key, WString* description) {
   auto size = static_cast<DWORD>(sizeof text);
   DWORD type = 0;
   const LONG read = Call("RegQueryValueExW", [&] {
-    return Os().registry.RegQueryValueExW(key, u"DriverDesc", &type,
+    return Os().registry.RegQueryValueExW(key, kDescriptionValue, &type,
                                           reinterpret_cast<BYTE*>(text.data()), &size);
   });
   if (read != 0 || type != REG_SZ) return false;

@@ -7,6 +7,7 @@
 #include "settings/global_config_container.h"
 #include "store/address_text.h"
 #include "store/base64_text.h"
+#include "store/value_names.h"
 #include "wlan/wifi_client_container.h"
 
 namespace corvane::commands {
@@ -17,7 +18,7 @@ constexpr std::uint32_t kConnectWindowMs = 20'000;
 
 ConnectObstacles ObstaclesOf(const CQUAYInterfaceConfig& config) {
   std::uint32_t enabled = 1;
-  config.GetDWORD(u"AdapterEnabled", &enabled);
+  config.GetDWORD(value::kAdapterEnabled, &enabled);
   return {config.m_VPNInhibited, config.m_RadioInhibited, config.m_AirplaneInhibited, enabled == 0};
 }
 

@@ -8,6 +8,7 @@
 #include "pipe/diagnosis.h"
 #include "pipe/reply_text.h"
 #include "settings/global_config_container.h"
+#include "store/value_names.h"
 
 namespace corvane::commands {
 
@@ -24,20 +25,20 @@ struct GlobalSetting {
 
 constexpr std::uint32_t kAny = 0xFFFFFFFF;
 constexpr std::array<GlobalSetting, 14> kGlobalSettings = {{
-    {u"ServiceEnable", u"REGVAL_SERVICE_ENABLE"},
-    {u"RoamingEnabled", u"REGVAL_ROAMING_ENABLED"},
-    {u"DBWMEnable", u"REGKEY_VALUE_APS_DBWM_ENABLE"},
-    {u"RTAudioModeMbps", u"REGKEY_VALUE_RE_AUDIO_MBPS", 1, kAny, kReplyOutOfRange},
-    {u"RTAudioMode", u"REGKEY_VALUE_RT_AUDIO_MODE", 0, 2},
-    {u"DBWMProbeMonthBudgetMB", nullptr, 0, kAny, kReplyBudgetNotWritten},
-    {u"IDET", u"REGVAL_IDET"},
-    {u"IgnoreVPN", u"REGVAL_IGNOREVPN"},
-    {u"PalisadeOptimizer", u"REGVAL_PALISADE_OPTIMIZER"},
-    {u"TelemetryConnectionsCSVFileSizeMB", nullptr, 0, kAny},
-    {u"SCOREDIFFPCT", u"REGVAL_SCOREDIFFPCT", 0, 100},
-    {u"Survey1", u"Survey1"},
-    {u"Survey2", u"Survey2"},
-    {u"Survey3", u"Survey3"},
+    {value::kServiceEnable, u"REGVAL_SERVICE_ENABLE"},
+    {value::kRoamingEnabled, u"REGVAL_ROAMING_ENABLED"},
+    {value::kDBWMEnable, u"REGKEY_VALUE_APS_DBWM_ENABLE"},
+    {value::kRTAudioModeMbps, u"REGKEY_VALUE_RE_AUDIO_MBPS", 1, kAny, kReplyOutOfRange},
+    {value::kRTAudioMode, u"REGKEY_VALUE_RT_AUDIO_MODE", 0, 2},
+    {value::kDBWMProbeMonthBudgetMB, nullptr, 0, kAny, kReplyBudgetNotWritten},
+    {value::kIDET, u"REGVAL_IDET"},
+    {value::kIgnoreVPN, u"REGVAL_IGNOREVPN"},
+    {value::kPalisadeOptimizer, u"REGVAL_PALISADE_OPTIMIZER"},
+    {value::kTelemetryConnectionsCSVFileSizeMB, nullptr, 0, kAny},
+    {value::kSCOREDIFFPCT, u"REGVAL_SCOREDIFFPCT", 0, 100},
+    {value::kSurvey1, value::kSurvey1},
+    {value::kSurvey2, value::kSurvey2},
+    {value::kSurvey3, value::kSurvey3},
 }};
 
 bool Write(const char16_t* name, std::uint32_t number) {
@@ -56,7 +57,7 @@ bool WriteLogged(const char16_t* name, const char16_t* constant, std::uint32_t n
 
 std::uint32_t WriteSetting(const GlobalSetting& setting, std::uint32_t number) {
   if (number < setting.min || number > setting.max) return kReplyOutOfRange;
-  if (WStringView(setting.name) == u"ServiceEnable" && number == 1) OpenFirstWindows();
+  if (WStringView(setting.name) == value::kServiceEnable && number == 1) OpenFirstWindows();
   return WriteLogged(setting.name, setting.constant, number) ? kReplyOk : setting.writeFailure;
 }
 
@@ -64,9 +65,9 @@ std::uint32_t WriteSetting(const GlobalSetting& setting, std::uint32_t number) {
 std::uint32_t WritePostMode(std::uint32_t mode) {
   constexpr std::uint32_t kFast = 2;
   if (mode > kFast) return kReplyOutOfRange;
-  if (mode != kFast) Write(u"FastPost", 0);
-  if (!WriteLogged(u"EnablePost", u"REGVAL_ENABLE_POST", mode != 0)) return kReplyNotDone;
-  if (mode == kFast && !WriteLogged(u"FastPost", u"REGVAL_FAST_STATUS_POST", 1))
+  if (mode != kFast) Write(value::kFastPost, 0);
+  if (!WriteLogged(value::kEnablePost, u"REGVAL_ENABLE_POST", mode != 0)) return kReplyNotDone;
+  if (mode == kFast && !WriteLogged(value::kFastPost, u"REGVAL_FAST_STATUS_POST", 1))
     return kReplyNotDone;
   return kReplyOk;
 }

@@ -46,8 +46,8 @@ void CEtwTrellis::Start(int index, IReportConfig* config, WStringView guidText, 
   m_Name = name;
   m_Description = description;
   if (m_Config->IsEtwMode() && (index == 0 || index == 1)) {
-    m_Config->SetDWORD(ValueName(u"SuggestCount"), 0);
-    m_Config->SetDWORD(ValueName(u"BestCount"), 0);
+    m_Config->SetDWORD(ValueName(value::kSuggestCount), 0);
+    m_Config->SetDWORD(ValueName(value::kBestCount), 0);
   }
   CTrellisProvider::Leave(&m_pProvider);
   HRESULT status = S_OK;
@@ -55,11 +55,6 @@ void CEtwTrellis::Start(int index, IReportConfig* config, WStringView guidText, 
   if (!m_pProvider) {
     LOG_ERROR(u"[%i]CEtwTrellis::Start: EventRegister() failed 0x%08lx", index, status);
   }
-}
-
-// The second adapter's counters and networks have names of their own.
-WString CEtwTrellis::ValueName(WStringView name) const {
-  return WString(name) + (m_ConfigIdx == 1 ? u"2" : u"");
 }
 
 WString CEtwTrellis::Description() const {
@@ -130,7 +125,7 @@ bool CEtwTrellis::SuggestAP(const ReportedAp& ap, std::int32_t percent, std::uin
               m_ConfigIdx, added ? "SUCCESS" : "FAILED", ap.ssid, ap.bssid, percent, lq,
               m_SuggestCount);
 
-  m_Config->SetDWORD(u"SuggestCount", m_SuggestCount);
+  m_Config->SetDWORD(value::kSuggestCount, m_SuggestCount);
   m_Config->SetString(value::kSuggestedNetwork, SuggestedNetworkText(ap));
   m_Config->SetString(value::kSuggestedNetworkSSID, ap.ssid);
   m_Config->SetString(value::kSuggestedNetworkBSSID, ap.bssid);
@@ -168,11 +163,11 @@ bool CEtwTrellis::NotifyAlreadyBestAP(const ReportedAp& ap) {
   LOG_ADAPTER(m_ConfigIdx, kEtwLog,
               u"[%i]CEtwTrellis::NotifyAlreadyBestAP: ETW-BEST: ssid=%s, bssid=%s [count=%u]",
               m_ConfigIdx, ap.ssid, ap.bssid, m_BestCount);
-  m_Config->SetDWORD(ValueName(u"BestCount"), m_BestCount);
+  m_Config->SetDWORD(ValueName(value::kBestCount), m_BestCount);
   const WString text = GetBestNetworkText();
-  m_Config->SetString(u"BestNetwork", text);
+  m_Config->SetString(value::kBestNetwork, text);
   // Some clients look for the second adapter's text under its own name, as for the count.
-  if (m_ConfigIdx == 1) m_Config->SetString(u"BestNetwork2", text);
+  if (m_ConfigIdx == 1) m_Config->SetString(ValueName(value::kBestNetwork), text);
   Send(trellis::kBest, ap.ssid, ap.bssid, m_InterfaceGUID);
   return true;
 }
@@ -251,8 +246,10 @@ bool CEtwTrellis::NotifySignalQuality(bool bad, const WString& ssid, const WStri
   LOG_ADAPTER(m_ConfigIdx, kEtwLog,
               u"[%i]CEtwTrellis::%S: ssid=%s, bssid=%s, %s, LQ=%lu [count=%u]\n", m_ConfigIdx,
               operation, ssid, bssid, channelText, lq, count);
-  m_Config->SetDWORD(ValueName(bad ? u"QualityBadCount" : u"QualityGoodCount"), count);
-  m_Config->SetString(ValueName(bad ? u"QualityBadNetwork" : u"QualityGoodNetwork"), ssid);
+  m_Config->SetDWORD(
+      ValueName(bad ? WStringView(value::kQualityBadCount) : value::kQualityGoodCount), count);
+  m_Config->SetString(
+      ValueName(bad ? WStringView(value::kQualityBadNetwork) : value::kQualityGoodNetwork), ssid);
   if (bad) {
     Send(trellis::kQualityBad, lq, ssid, bssid, m_InterfaceGUID);
   } else {

@@ -114,7 +114,7 @@ class CEtwTrellis {
   void StoreContention(const WString& ssid, const WString& bssid, std::uint32_t channel,
                        const WString& shortSummary);
   std::uint32_t ContentionOutputs() const;
-  WString ValueName(WStringView name) const;
+  WString ValueName(WStringView name) const { return ReportedValueName(name, m_ConfigIdx); }
   WString Description() const;  // the registry's text for the adapter
 
   int m_ConfigIdx = -1;

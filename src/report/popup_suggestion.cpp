@@ -75,7 +75,7 @@ bool CPopupSuggestion::PopupSuggestAP(const ReportedAp& ap, std::int32_t percent
               u"[%i]CPopupSuggestion::PopupSuggestAP: POPUP-SUGGEST[AP-Add %S]: %s, %s",
               m_ConfigIdx, added ? "SUCCESS" : "FAILED", ap.ssid, ap.bssid);
 
-  m_Config->SetDWORD(u"SuggestCount", m_SuggestCount);
+  m_Config->SetDWORD(value::kSuggestCount, m_SuggestCount);
   m_Config->SetString(value::kSuggestedNetwork, SuggestedNetworkText(ap));
   m_Config->SetString(value::kSuggestedNetworkSSID, ap.ssid);
   m_Config->SetString(value::kSuggestedNetworkBSSID, ap.bssid);

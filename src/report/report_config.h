@@ -29,6 +29,9 @@ struct ReportedAp {
   WString channelText;  // "[Channel 36]"
 };
 
+// The second adapter's counters and networks have names of their own: those of the first and "2".
+WString ReportedValueName(WStringView name, int index);
+
 // "SSID [BSSID] [Channel n] [band]", the form of the value SuggestedNetwork.
 WString SuggestedNetworkText(const ReportedAp& ap);
 

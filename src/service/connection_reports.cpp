@@ -8,6 +8,7 @@
 #include "policy/policy_text.h"
 #include "service/main_worker.h"
 #include "settings/global_config_container.h"
+#include "store/value_names.h"
 
 namespace corvane {
 
@@ -130,7 +131,7 @@ void CQUAYMainWorker::WriteHistoryRow(const Connection& now) {
   std::uint32_t megabytes = 0;
   if (const auto registry = CGlobalConfigContainer::GetInstance().GetRegistry();
       registry &&
-      registry->GetRegistryDWORDValue(u"TelemetryConnectionsCSVFileSizeMB", &megabytes)) {
+      registry->GetRegistryDWORDValue(value::kTelemetryConnectionsCSVFileSizeMB, &megabytes)) {
     m_CsvFileSizeMB = static_cast<std::int32_t>(megabytes);
   }
   const std::int32_t score = m_pInterface->GetScoreFromBssEntry(now.ssid, now.bssid, false);

@@ -179,7 +179,7 @@ bool CQUAYMainWorker::AwaitRadio() {
       Sleep(kRadioFailedMs);
       continue;
     }
-    m_pConfig->SetDWORD(u"RadioEnabled", 0);
+    m_pConfig->SetDWORD(value::kRadioEnabled, 0);
     m_pConfig->SetStatusMessage(kStatusRadioDisabled);
     LOG_ADAPTER(
         m_ConfigIdx, kLoopLog,
@@ -210,7 +210,7 @@ bool CQUAYMainWorker::IsRadioSeenOn() {
 void CQUAYMainWorker::PrepareRunning() {
   m_pConfig->SetRadioInhibited(false);
   m_pConfig->ClearStatusMessage(kStatusRadioDisabled);
-  m_pConfig->SetDWORD(u"RadioEnabled", 1);
+  m_pConfig->SetDWORD(value::kRadioEnabled, 1);
   m_pInterface->RefreshIPInfo();
   m_pInterface->DetermineInterfaceCapability();
   if (const log::Open open(m_ConfigIdx, kLoopLog); open) LogAdapter(*m_pInterface);
@@ -309,7 +309,7 @@ void CQUAYMainWorker::RefreshSettings() {
   m_pConfig->RefreshFromRegistry();
   std::uint32_t detector = 0;  // a value that was taken away turns it off
   if (const auto registry = CGlobalConfigContainer::GetInstance().GetRegistry()) {
-    registry->GetRegistryDWORDValue(u"IDET", &detector);
+    registry->GetRegistryDWORDValue(value::kIDET, &detector);
   }
   m_IDET = detector;
   m_pConfig->ClearStatusMessageIfOlder(kStatusNeedCredentials, kCredentialsTextMs);
@@ -330,7 +330,7 @@ void CQUAYMainWorker::RefreshSettings() {
 bool CQUAYMainWorker::IsBlockedByVPN() {
   std::uint32_t ignore = 0;
   if (const auto registry = CGlobalConfigContainer::GetInstance().GetRegistry()) {
-    registry->GetRegistryDWORDValue(u"IgnoreVPN", &ignore);
+    registry->GetRegistryDWORDValue(value::kIgnoreVPN, &ignore);
   }
   const auto adapters = CAdaptersAddresses::CreateObject();
   adapters->Initialize();
@@ -365,7 +365,7 @@ bool CQUAYMainWorker::MayRun() {
   std::uint32_t watch = 0;
   const auto registry = global.GetRegistry();
   if (global.m_bMonitorWhileDisabled && registry &&
-      registry->GetRegistryDWORDValue(u"DBWMEnable", &watch) && watch != 0) {
+      registry->GetRegistryDWORDValue(value::kDBWMEnable, &watch) && watch != 0) {
     return true;
   }
   LOG_ADAPTER(m_ConfigIdx, kLoopLog,

@@ -32,6 +32,7 @@
 #include "service/version.h"
 #include "settings/global_config_container.h"
 #include "store/process_flags.h"
+#include "store/value_names.h"
 #include "web/win_http_helper.h"
 #include "wlan/wifi_client_container.h"
 
@@ -137,7 +138,7 @@ int Service::Run() {
 void Service::StartLog() {
   CUtils::GetInstance().DetectRunningAsService();
   std::uint32_t fileLogging = 0;
-  if (HomeKey()->GetRegistryDWORDValue(u"EnableFileLogging", &fileLogging))
+  if (HomeKey()->GetRegistryDWORDValue(value::kEnableFileLogging, &fileLogging))
     g_EnableFileLogging = fileLogging;
   StartLogger(LogBaseName());
   LogRecord(kLogFile | kLogConsole | kLogMemory, "<I>", "Corvane.exe", " v", kVersion,
@@ -266,7 +267,7 @@ bool Service::RunMainRound() {
   auto& config = CGlobalConfigContainer::GetInstance();
   ReadDebugValues();
   if (const auto registry = config.GetRegistry())
-    registry->SetRegistryDWORDValue(u"VPNFound", g_bVPNFound);
+    registry->SetRegistryDWORDValue(value::kVPNFound, g_bVPNFound);
   config.RefreshGlobals();
   CBluetoothMonitorSingleton::GetInstance().Poll();
   RestartWorkers();
@@ -364,7 +365,7 @@ void Service::RefreshUser() {
 void Service::RunPilot() {
   switch (PilotStepAt(platform::SystemTimeNow())) {
     case PilotStep::kFirstSurvey:
-      OpenSurvey(u"Survey1", u"/prepilotsurvey.php");
+      OpenSurvey(value::kSurvey1, u"/prepilotsurvey.php");
       break;
     case PilotStep::kEngine:
       StartEngineForPilot();
@@ -372,11 +373,12 @@ void Service::RunPilot() {
     case PilotStep::kEnd: {
       const auto registry = CGlobalConfigContainer::GetInstance().GetRegistry();
       std::uint32_t enabled = 0;
-      if (registry && registry->GetRegistryDWORDValue(u"EnablePilot", &enabled) && enabled != 0) {
-        registry->SetRegistryDWORDValue(u"EnablePilot", 0);
+      if (registry && registry->GetRegistryDWORDValue(value::kEnablePilot, &enabled) &&
+          enabled != 0) {
+        registry->SetRegistryDWORDValue(value::kEnablePilot, 0);
         LOG_INFO(u"Main[Main loop]: Pilot-3: ENDING PILOT !!!!!!!!!!!!!!!!!\n");
       }
-      OpenSurvey(u"Survey3", u"/postpilotsurvey.php");
+      OpenSurvey(value::kSurvey3, u"/postpilotsurvey.php");
       break;
     }
   }
@@ -386,7 +388,7 @@ void Service::RunPilot() {
 void Service::OpenSurvey(WStringView flag, WStringView page) {
   auto& config = CGlobalConfigContainer::GetInstance();
   if (!config.ReadFlagAndClear(flag)) return;
-  if (flag == u"Survey1") LOG_INFO(u"Main[Main loop]: Pilot-1: Launching Survey1 ...\n");
+  if (flag == value::kSurvey1) LOG_INFO(u"Main[Main loop]: Pilot-1: Launching Survey1 ...\n");
   StartBrowserUrl(kSurveyHost + WString(page), config.GetSystemGuidText());
 }
 
@@ -407,8 +409,8 @@ void Service::CountBoot() {
   const auto registry = CGlobalConfigContainer::GetInstance().GetRegistry();
   if (!registry) return;
   std::uint32_t boots = 0;
-  registry->GetRegistryDWORDValue(u"BootCounter", &boots);
-  registry->SetRegistryDWORDValue(u"BootCounter", boots + 1);
+  registry->GetRegistryDWORDValue(value::kBootCounter, &boots);
+  registry->SetRegistryDWORDValue(value::kBootCounter, boots + 1);
 }
 
 void Service::ReadDebugValues() {
@@ -416,9 +418,10 @@ void Service::ReadDebugValues() {
   if (!registry) return;
   std::uint64_t mask = 0;
   std::uint32_t number = 0;
-  if (registry->GetRegistryQWORDValue(u"DebugMask", &mask)) g_DebugMask = mask;
-  if (registry->GetRegistryDWORDValue(u"DebugIFMask", &number)) g_DebugIFMask = number;
-  if (registry->GetRegistryDWORDValue(u"EnableFileLogging", &number)) g_EnableFileLogging = number;
+  if (registry->GetRegistryQWORDValue(value::kDebugMask, &mask)) g_DebugMask = mask;
+  if (registry->GetRegistryDWORDValue(value::kDebugIFMask, &number)) g_DebugIFMask = number;
+  if (registry->GetRegistryDWORDValue(value::kEnableFileLogging, &number))
+    g_EnableFileLogging = number;
 }
 
 // The list may be late in coming up, or go away: no reason to disturb the adapters. Workers only

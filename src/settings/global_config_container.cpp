@@ -9,6 +9,7 @@
 #include "platform/platform.h"
 #include "platform/power_api.h"
 #include "store/address_text.h"
+#include "store/value_names.h"
 
 namespace corvane {
 
@@ -53,64 +54,64 @@ void CGlobalConfigContainer::Initialize(bool forceDefaults) {
   const auto registry = GetRegistry();
   if (!registry) return;
 
-  registry->SetRegistryDWORDValue(u"SCOREMAX", 155);
-  registry->SetRegistryDWORDValue(u"SCOREMAX_AC", 133);
-  registry->SetRegistryDWORDValue(u"SCOREMAX_MID_AC", 96);
-  registry->SetRegistryDWORDValue(u"SCOREMAX_LOW_AC", 81);
+  registry->SetRegistryDWORDValue(value::kSCOREMAX, 155);
+  registry->SetRegistryDWORDValue(value::kSCOREMAX_AC, 133);
+  registry->SetRegistryDWORDValue(value::kSCOREMAX_MID_AC, 96);
+  registry->SetRegistryDWORDValue(value::kSCOREMAX_LOW_AC, 81);
 
   std::uint32_t number = 0;
-  if (registry->GetRegistryDWORDValue(u"BatteryModeSleepSecs", &number))
+  if (registry->GetRegistryDWORDValue(value::kBatteryModeSleepSecs, &number))
     m_BatteryModeSleepSecs = number;
-  if (registry->GetRegistryDWORDValue(u"BatteryScanIntervalSecs", &number))
+  if (registry->GetRegistryDWORDValue(value::kBatteryScanIntervalSecs, &number))
     m_BatteryScanIntervalSecs = number;
-  ReadFlag(*registry, u"EnablePilot", &m_bEnablePilot);
-  ReadFlag(*registry, u"ServiceEnable", &m_bServiceEnable);
-  ReadFlag(*registry, u"EnablePost", &m_bEnablePost);
-  ReadFlag(*registry, u"BTPenaltyEnabled", &m_bBTPenaltyEnabled);
-  ReadPercent(*registry, u"BTPenaltyValue", &m_BTPenaltyValue);
-  ReadFlag(*registry, u"ULScan", &m_bULScan);
-  ReadFlag(*registry, u"MonitorWhileDisabled", &m_bMonitorWhileDisabled);
+  ReadFlag(*registry, value::kEnablePilot, &m_bEnablePilot);
+  ReadFlag(*registry, value::kServiceEnable, &m_bServiceEnable);
+  ReadFlag(*registry, value::kEnablePost, &m_bEnablePost);
+  ReadFlag(*registry, value::kBTPenaltyEnabled, &m_bBTPenaltyEnabled);
+  ReadPercent(*registry, value::kBTPenaltyValue, &m_BTPenaltyValue);
+  ReadFlag(*registry, value::kULScan, &m_bULScan);
+  ReadFlag(*registry, value::kMonitorWhileDisabled, &m_bMonitorWhileDisabled);
   ReadAllowListGroup(*registry);
-  if (registry->GetRegistryDWORDValue(u"InstallTime", &number)) m_InstallTime = number;
+  if (registry->GetRegistryDWORDValue(value::kInstallTime, &number)) m_InstallTime = number;
   ReadWeeks(*registry);
   ReadSystemGuid(*registry);
-  ReadPercent(*registry, u"SCOREDIFFPCT", &m_ScoreDiffPct);
-  registry->SetRegistryDWORDValue(u"FreshDone", 1);
+  ReadPercent(*registry, value::kSCOREDIFFPCT, &m_ScoreDiffPct);
+  registry->SetRegistryDWORDValue(value::kFreshDone, 1);
 }
 
 void CGlobalConfigContainer::InitPostSettings() {
   const auto registry = GetRegistry();
   if (!registry) return;
-  registry->SetRegistryDWORDValue(u"EnablePost", 1);
-  registry->SetRegistryDWORDValue(u"MonitorWhileDisabled", 1);
-  registry->SetRegistryDWORDValue(u"GatewayRoaming", 0);
-  registry->SetRegistryDWORDValue(u"RTAudioMode", 2);
-  registry->SetRegistryDWORDValue(u"FastPost", 0);
-  registry->SetRegistryDWORDValue(u"DBWMEnable", 0);
-  registry->SetRegistryDWORDValue(u"RTAudioModeMbps", 15);
-  registry->SetRegistryDWORDValue(u"BTPenaltyEnabled", 0);
-  registry->SetRegistryDWORDValue(u"BTPenaltyValue", 3);
-  registry->SetRegistryDWORDValue(u"ServiceEnable", 1);
-  registry->SetRegistryDWORDValue(u"EnablePilot", 0);
-  registry->SetRegistryDWORDValue(u"ULScan", 0);
-  registry->SetRegistryDWORDValue(u"InstallTime", platform::UnixSecondsNow());
+  registry->SetRegistryDWORDValue(value::kEnablePost, 1);
+  registry->SetRegistryDWORDValue(value::kMonitorWhileDisabled, 1);
+  registry->SetRegistryDWORDValue(value::kGatewayRoaming, 0);
+  registry->SetRegistryDWORDValue(value::kRTAudioMode, 2);
+  registry->SetRegistryDWORDValue(value::kFastPost, 0);
+  registry->SetRegistryDWORDValue(value::kDBWMEnable, 0);
+  registry->SetRegistryDWORDValue(value::kRTAudioModeMbps, 15);
+  registry->SetRegistryDWORDValue(value::kBTPenaltyEnabled, 0);
+  registry->SetRegistryDWORDValue(value::kBTPenaltyValue, 3);
+  registry->SetRegistryDWORDValue(value::kServiceEnable, 1);
+  registry->SetRegistryDWORDValue(value::kEnablePilot, 0);
+  registry->SetRegistryDWORDValue(value::kULScan, 0);
+  registry->SetRegistryDWORDValue(value::kInstallTime, platform::UnixSecondsNow());
   const auto weeks = CSVHelper::CreateObject();
   for (int week = 0; week < kWeeksShown; ++week) weeks->AddString(u"1", true);
-  registry->SetRegistryStringValue(u"RandomCsv", weeks->GetString());
+  registry->SetRegistryStringValue(value::kRandomCsv, weeks->GetString());
   LOG_INFO(u"CGlobalConfigContainer::InitPostSettings: RandomCsv: %s\n", weeks->GetString());
 }
 
 void CGlobalConfigContainer::ReadAllowListGroup(CRegistry& registry) {
-  ReadPercent(registry, u"AllowFilterScoreBonus", &m_AllowFilterScoreBonus);
-  ReadFlag(registry, u"AllowlistEnabled", &m_bAllowlistEnabled);
-  if (!ReadFlag(registry, u"RoamingEnabled", &m_bRoamingEnabled)) m_bRoamingEnabled = true;
-  if (!ReadFlag(registry, u"GatewayRoaming", &m_bGatewayRoaming)) m_bGatewayRoaming = true;
+  ReadPercent(registry, value::kAllowFilterScoreBonus, &m_AllowFilterScoreBonus);
+  ReadFlag(registry, value::kAllowlistEnabled, &m_bAllowlistEnabled);
+  if (!ReadFlag(registry, value::kRoamingEnabled, &m_bRoamingEnabled)) m_bRoamingEnabled = true;
+  if (!ReadFlag(registry, value::kGatewayRoaming, &m_bGatewayRoaming)) m_bGatewayRoaming = true;
 }
 
 void CGlobalConfigContainer::ReadWeeks(CRegistry& registry) {
   auto weeks = CSVHelper::CreateObject();
   WString text;
-  if (registry.GetRegistryStringValue(u"RandomCsv", &text)) weeks->AddStringAll(text);
+  if (registry.GetRegistryStringValue(value::kRandomCsv, &text)) weeks->AddStringAll(text);
   {
     const CCritSecLock lock(m_TableLock);
     m_pRandomCsv.Swap(weeks);
@@ -131,9 +132,9 @@ void CGlobalConfigContainer::ReadWeeks(CRegistry& registry) {
 void CGlobalConfigContainer::ReadSystemGuid(CRegistry& registry) {
   WString text;
   platform::GUID guid;
-  if (!registry.GetRegistryStringValue(u"SystemGuid", &text) || !GuidFromText(text, &guid)) {
+  if (!registry.GetRegistryStringValue(value::kSystemGuid, &text) || !GuidFromText(text, &guid)) {
     if (Os().crypto.CoCreateGuid(&guid) < 0) return;
-    registry.SetRegistryStringValue(u"SystemGuid", GuidText(guid));
+    registry.SetRegistryStringValue(value::kSystemGuid, GuidText(guid));
   }
   const CCritSecLock lock(m_TableLock);
   m_SystemGuid = guid;
@@ -142,11 +143,11 @@ void CGlobalConfigContainer::ReadSystemGuid(CRegistry& registry) {
 void CGlobalConfigContainer::RefreshGlobals() {
   const auto registry = GetRegistry();
   if (!registry) return;
-  ReadFlag(*registry, u"PalisadeOptimizer", &m_bPalisadeOptimizer);
-  ReadFlag(*registry, u"ServiceEnable", &m_bServiceEnable);
-  ReadFlag(*registry, u"EnablePilot", &m_bEnablePilot);
+  ReadFlag(*registry, value::kPalisadeOptimizer, &m_bPalisadeOptimizer);
+  ReadFlag(*registry, value::kServiceEnable, &m_bServiceEnable);
+  ReadFlag(*registry, value::kEnablePilot, &m_bEnablePilot);
   ReadAllowListGroup(*registry);
-  ReadPercent(*registry, u"SCOREDIFFPCT", &m_ScoreDiffPct);
+  ReadPercent(*registry, value::kSCOREDIFFPCT, &m_ScoreDiffPct);
 }
 
 void CGlobalConfigContainer::Shutdown(bool killPopups) {

@@ -21,6 +21,10 @@ constexpr std::uint32_t kThresholdMax = 100;
 constexpr std::uint32_t kThresholdStep = 2;
 // Values of PassiveSuggestMode.
 constexpr std::uint32_t kAutoswitchMode = 0, kEventMode = 1, kPopupMode = 2;
+// Where the system keeps its radios' state: the key's default value.
+constexpr char16_t kRadioStateKey[] =
+    u"SYSTEM\\CurrentControlSet\\Control\\RadioManagement\\SystemRadioState";
+constexpr char16_t kDefaultValue[] = u"";
 constexpr std::uint64_t kLongestSleepMs = platform::INFINITE - 1;
 
 std::uint64_t Now() { return Os().clock.GetTickCount64(); }
@@ -57,8 +61,8 @@ void CQUAYInterfaceConfig::Initialize(int index, WStringView keyPath, WStringVie
   m_Etw.Start(index, this, guid, name, description);
   m_Popup.Start(index, this, guid);
   if (m_bPassive && m_bPopupMode && index <= 1) {
-    SetDWORD(index == 0 ? u"SuggestCount" : u"SuggestCount2", 0);
-    SetDWORD(index == 0 ? u"BestCount" : u"BestCount2", 0);
+    SetDWORD(ReportedValueName(value::kSuggestCount, index), 0);
+    SetDWORD(ReportedValueName(value::kBestCount, index), 0);
   }
   ClearStatusMessage(kStatusExternalRoaming);
   SetString(value::kConnectStatus, u"idle");
@@ -365,9 +369,7 @@ void CQUAYInterfaceConfig::SetRadioInhibited(bool inhibited) {
 }
 
 bool CQUAYInterfaceConfig::GetAirplaneMode(std::uint32_t* value) {
-  // The state is the key's default value.
-  return CRegistry().GetRegistryDWORDValue(
-      u"SYSTEM\\CurrentControlSet\\Control\\RadioManagement\\SystemRadioState", u"", value);
+  return CRegistry().GetRegistryDWORDValue(kRadioStateKey, kDefaultValue, value);
 }
 
 void CQUAYInterfaceConfig::SetUIConnectRequest(UIConnectRequest request) {

@@ -6,6 +6,7 @@
 #include "foundation/log_lines.h"
 #include "platform/platform.h"
 #include "platform/thread_api.h"
+#include "store/value_names.h"
 
 namespace corvane {
 
@@ -174,8 +175,8 @@ bool CRegistry::DeleteRegistryValue(WStringView name) {
 bool CRegistry::SetAdapterEnabled(WStringView guidText, std::uint32_t value) {
   const WString path = Join(m_KeyPath, guidText);
   std::uint32_t stored = 0;
-  if (ReadNumber(path, u"AdapterEnabled", REG_DWORD, &stored) && stored == value) return true;
-  return WriteRegistryDWORDParameter(path, u"AdapterEnabled", value);
+  if (ReadNumber(path, value::kAdapterEnabled, REG_DWORD, &stored) && stored == value) return true;
+  return WriteRegistryDWORDParameter(path, value::kAdapterEnabled, value);
 }
 
 CRegistryHelperBase::CRegistryHelperBase() = default;
@@ -189,7 +190,7 @@ bool CRegistryHelperBase::InitializeRegistry(WStringView path, bool* fresh) {
     if (WithRetries([&] { return OpenKey().Open(path, KEY_WRITE); }) != 0) *fresh = true;
     made = CRegistry::CreateHomeKey(path);
     std::uint32_t done = 0;
-    if (!registry->GetRegistryDWORDValue(u"FreshDone", &done) || done != 1) *fresh = true;
+    if (!registry->GetRegistryDWORDValue(value::kFreshDone, &done) || done != 1) *fresh = true;
     if (!made) LOG_ERROR(u"CRegistry::Initialize: CreateHomeKey() failed, homekeypath=%s", path);
   }
   const CCritSecLock lock(m_Lock);

@@ -2,6 +2,7 @@
 
 #include "foundation/open_file.h"
 #include "settings/global_config_container.h"
+#include "store/value_names.h"
 #include "web/web_log.h"
 #include "web/win_http_helper.h"
 
@@ -20,7 +21,7 @@ void StopPosting() {
   // A one-shot mode has not opened the configuration.
   const auto open = config.GetRegistry();
   const auto registry = open ? open : CRegistry::CreateObject(kHomeKeyPath);
-  registry->SetRegistryDWORDValue(u"EnablePost", 0);
+  registry->SetRegistryDWORDValue(value::kEnablePost, 0);
   LOG_INFO(u"PROXY RECEIVED ERROR: GOT STOP POST SIGNAL\n");
 }
 

@@ -48,14 +48,14 @@ void AdapterIdentity::Initialize(CWlanClient* client, const platform::WLAN_INTER
 }
 
 void AdapterIdentity::Publish() {
-  m_pConfig->SetString(u"AdapterGuid", m_GuidText);
-  m_pConfig->SetString(u"AdapterName", m_ConnectionName);
+  m_pConfig->SetString(value::kAdapterGuid, m_GuidText);
+  m_pConfig->SetString(value::kAdapterName, m_ConnectionName);
   if (CUtils::GetMacStrForIfIndex(m_OsIfIndex, &m_MacText)) {
     m_pConfig->SetString(value::kAdapterMac, m_MacText);
   }
   if (!m_Description.empty()) m_pConfig->SetString(value::kAdapterDescription, m_Description);
   m_pConfig->m_bHECapable = TellsOfHE(m_Description);
-  m_pConfig->SetDWORD(u"Wifi6", m_pConfig->m_bHECapable);
+  m_pConfig->SetDWORD(value::kWifi6, m_pConfig->m_bHECapable);
 }
 
 void AdapterIdentity::Detach() {

@@ -138,7 +138,7 @@ void AdapterProfiles::RebuildProfiledNetworks(const char* operation,
   LOG_ADAPTER(m_Adapter.Idx(), DBG(0),
               u"[%i]CWlanInterface::%S: registry str mismatch, SENDING EC NOTIFICATION EVENT!",
               m_Adapter.Idx(), operation);
-  QueueNotification(u"Corvane", u"System", u"ProfiledNetworksJson");
+  QueueNotification(u"Corvane", u"System", value::kProfiledNetworksJson);
 }
 
 bool AdapterProfiles::GetProfileProperties(const WString& ssid, bool* hidden) {

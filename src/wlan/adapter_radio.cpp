@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "foundation/log_lines.h"
+#include "store/value_names.h"
 #include "wlan/wlan_queries.h"
 
 namespace corvane {
@@ -58,7 +59,7 @@ void AdapterRadio::DetermineInterfaceCapability() {
               m_Adapter.Idx(), m_Capability.interfaceType, m_Capability.dwNumberOfSupportedPhys);
   for (DWORD i = 0; i < count; ++i) NotePhy(i, m_Capability.dot11PhyTypes[i]);
   if (!std::exchange(m_bHighestPhyPending, false)) return;
-  m_Adapter.Config()->SetString(u"AdapterHighestPHYClass", ClassText());
+  m_Adapter.Config()->SetString(value::kAdapterHighestPHYClass, ClassText());
 }
 
 void AdapterRadio::NotePhy(std::uint32_t position, std::int32_t type) {

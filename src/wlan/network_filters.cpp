@@ -5,6 +5,7 @@
 #include "platform/wlan_api.h"
 #include "settings/global_config_container.h"
 #include "store/csv_helper.h"
+#include "store/value_names.h"
 #include "wlan/wlan_buffer.h"
 #include "wlan/wlan_call.h"
 #include "wlan/wlan_limits.h"
@@ -72,11 +73,12 @@ void RefreshNetworkAllowDenyFilters(const AdapterIdentity& adapter) {
   global.m_PermitFilterCount = permitRows;
 
   const auto registry = global.GetRegistry();
-  if (!registry || !registry->SetRegistryStringValue(u"AllowListCSV", permitted->GetString())) {
+  if (!registry ||
+      !registry->SetRegistryStringValue(value::kAllowListCSV, permitted->GetString())) {
     LOG_ERROR(u"[%i] ===========> RefreshNetworkAllowDenyFilters: ALLOW LIST WRITE FAILED!\n",
               adapter.Idx());
   }
-  if (!registry || !registry->SetRegistryStringValue(u"DenyListCSV", denied->GetString())) {
+  if (!registry || !registry->SetRegistryStringValue(value::kDenyListCSV, denied->GetString())) {
     LOG_ERROR(u"[%i] ===========> RefreshNetworkAllowDenyFilters: DEMY LIST WRITE FAILED!\n",
               adapter.Idx());
   }

@@ -8,6 +8,7 @@
 #include "platform/platform.h"
 #include "platform/wlan_api.h"
 #include "settings/global_config_container.h"
+#include "store/value_names.h"
 #include "wlan/connection_name.h"
 #include "wlan/notification_dispatch.h"
 #include "wlan/wlan_buffer.h"
@@ -225,7 +226,7 @@ void CWlanClient::PublishAdapters() {
     registry->SetAdapterEnabled(adapter->GetGuidText(), 1);
     ++written;
   }
-  registry->SetRegistryDWORDValue(u"NumWifiAdapters", written);
+  registry->SetRegistryDWORDValue(value::kNumWifiAdapters, written);
 }
 
 CSmartPointer<CWlanInterface> CWlanClient::GetInterfaceByGuid(const GUID& guid) {
