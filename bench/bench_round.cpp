@@ -206,7 +206,7 @@ class Rig : public test::KernelTest {
       json += Format(u"%s[\"Network x%i\", \"any\"]", i ? u"," : u"", i);
     const auto config = adapter->Config();
     config->SetString(value::kDenylistJson, json + u"]");
-    config->m_Denylist.ReloadFromRegistry();
+    config->m_Denylist.ReloadFromRegistry(*config);
   }
 
   CSmartPointer<CWlanInterface> adapter;

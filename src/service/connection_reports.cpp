@@ -129,9 +129,8 @@ void CQUAYMainWorker::SendConnectionStatus(const Connection* now) {
 
 void CQUAYMainWorker::WriteHistoryRow(const Connection& now) {
   std::uint32_t megabytes = 0;
-  if (const auto registry = CGlobalConfigContainer::GetInstance().GetRegistry();
-      registry &&
-      registry->GetRegistryDWORDValue(value::kTelemetryConnectionsCSVFileSizeMB, &megabytes)) {
+  if (CGlobalConfigContainer::GetInstance().GetDWORD(value::kTelemetryConnectionsCSVFileSizeMB,
+                                                     &megabytes)) {
     m_CsvFileSizeMB = static_cast<std::int32_t>(megabytes);
   }
   const std::int32_t score = m_pInterface->GetScoreFromBssEntry(now.ssid, now.bssid, false);

@@ -216,8 +216,8 @@ void CQUAYMainWorker::PrepareRunning() {
   if (const log::Open open(m_ConfigIdx, kLoopLog); open) LogAdapter(*m_pInterface);
   m_forcedArbitrary.clear();
   m_pConfig->m_SelectArbitrary.LoadConfiguration(&m_forcedArbitrary);
-  m_pConfig->m_Denylist.LoadFromFileAndRegistry();
-  m_pConfig->m_Allowlist.LoadFromFileAndRegistry();
+  m_pConfig->m_Denylist.LoadFromFileAndRegistry(*m_pConfig);
+  m_pConfig->m_Allowlist.LoadFromFileAndRegistry(*m_pConfig);
   m_Round = 0;
   LOG_ADAPTER(m_ConfigIdx, kLoopLog, kRule, m_ConfigIdx, kVersion, kBuildDate);
 }
@@ -308,9 +308,7 @@ void CQUAYMainWorker::RefreshSettings() {
   const CCritSecLock lock(m_pConfig->ObjectLock());
   m_pConfig->RefreshFromRegistry();
   std::uint32_t detector = 0;  // a value that was taken away turns it off
-  if (const auto registry = CGlobalConfigContainer::GetInstance().GetRegistry()) {
-    registry->GetRegistryDWORDValue(value::kIDET, &detector);
-  }
+  CGlobalConfigContainer::GetInstance().GetDWORD(value::kIDET, &detector);
   m_IDET = detector;
   m_pConfig->ClearStatusMessageIfOlder(kStatusNeedCredentials, kCredentialsTextMs);
   m_pInterface->RefreshNetworkAllowDenyFilters();
@@ -321,17 +319,15 @@ void CQUAYMainWorker::RefreshSettings() {
                 u"[%i]CQUAYMainWorker::WorkThreadProc: Set_MainLoopSleepMs(scan_interval_ms=%lu)",
                 m_ConfigIdx, scanMs);
   }
-  m_pConfig->m_Denylist.ReloadFromRegistry();
-  m_pConfig->m_Denylist.ClearSuggestions();
-  m_pConfig->m_Allowlist.ReloadFromRegistry();
+  m_pConfig->m_Denylist.ReloadFromRegistry(*m_pConfig);
+  m_pConfig->m_Denylist.ClearSuggestions(m_pConfig->m_Popup, m_pConfig->m_Etw);
+  m_pConfig->m_Allowlist.ReloadFromRegistry(*m_pConfig);
 }
 
 // Looks for a VPN, for all who ask, and tells whether it holds this adapter.
 bool CQUAYMainWorker::IsBlockedByVPN() {
   std::uint32_t ignore = 0;
-  if (const auto registry = CGlobalConfigContainer::GetInstance().GetRegistry()) {
-    registry->GetRegistryDWORDValue(value::kIgnoreVPN, &ignore);
-  }
+  CGlobalConfigContainer::GetInstance().GetDWORD(value::kIgnoreVPN, &ignore);
   const auto adapters = CAdaptersAddresses::CreateObject();
   adapters->Initialize();
   const bool found = adapters->CountVPNAdapters() > 0;
@@ -363,9 +359,7 @@ bool CQUAYMainWorker::MayRun() {
   const auto enabled = [&] { return m_pConfig->m_Enabled && global.m_bServiceEnable; };
   if (enabled()) return true;
   std::uint32_t watch = 0;
-  const auto registry = global.GetRegistry();
-  if (global.m_bMonitorWhileDisabled && registry &&
-      registry->GetRegistryDWORDValue(value::kDBWMEnable, &watch) && watch != 0) {
+  if (global.m_bMonitorWhileDisabled && global.GetDWORD(value::kDBWMEnable, &watch) && watch != 0) {
     return true;
   }
   LOG_ADAPTER(m_ConfigIdx, kLoopLog,
@@ -436,7 +430,7 @@ bool CQUAYMainWorker::TakePowerEvents() {
 // What was seen so far counts for nothing any more, nor does what was made of it.
 void CQUAYMainWorker::ForgetSurroundings() {
   m_pInterface->ClearNetworks();
-  m_pConfig->SetSuggestedNetwork(u"");
+  m_pConfig->SetString(value::kSuggestedNetwork, u"");
   m_pConfig->ClearRoamingInhibit();
 }
 

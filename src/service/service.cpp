@@ -266,8 +266,7 @@ bool Service::RunMainRound() {
   if (m_bQuit) return false;
   auto& config = CGlobalConfigContainer::GetInstance();
   ReadDebugValues();
-  if (const auto registry = config.GetRegistry())
-    registry->SetRegistryDWORDValue(value::kVPNFound, g_bVPNFound);
+  config.SetDWORD(value::kVPNFound, g_bVPNFound);
   config.RefreshGlobals();
   CBluetoothMonitorSingleton::GetInstance().Poll();
   RestartWorkers();
@@ -371,11 +370,10 @@ void Service::RunPilot() {
       StartEngineForPilot();
       break;
     case PilotStep::kEnd: {
-      const auto registry = CGlobalConfigContainer::GetInstance().GetRegistry();
+      auto& config = CGlobalConfigContainer::GetInstance();
       std::uint32_t enabled = 0;
-      if (registry && registry->GetRegistryDWORDValue(value::kEnablePilot, &enabled) &&
-          enabled != 0) {
-        registry->SetRegistryDWORDValue(value::kEnablePilot, 0);
+      if (config.GetDWORD(value::kEnablePilot, &enabled) && enabled != 0) {
+        config.SetDWORD(value::kEnablePilot, 0);
         LOG_INFO(u"Main[Main loop]: Pilot-3: ENDING PILOT !!!!!!!!!!!!!!!!!\n");
       }
       OpenSurvey(value::kSurvey3, u"/postpilotsurvey.php");
@@ -406,11 +404,10 @@ void Service::ReportLeaks() {
 void Service::CountBoot() {
   if (!m_bFirstPass) return;
   m_bFirstPass = false;
-  const auto registry = CGlobalConfigContainer::GetInstance().GetRegistry();
-  if (!registry) return;
+  auto& config = CGlobalConfigContainer::GetInstance();
   std::uint32_t boots = 0;
-  registry->GetRegistryDWORDValue(value::kBootCounter, &boots);
-  registry->SetRegistryDWORDValue(value::kBootCounter, boots + 1);
+  config.GetDWORD(value::kBootCounter, &boots);
+  config.SetDWORD(value::kBootCounter, boots + 1);
 }
 
 void Service::ReadDebugValues() {

@@ -5,7 +5,7 @@
 
 namespace corvane {
 
-CConfigAllowlist::CConfigAllowlist(CQUAYInterfaceConfig& owner) : CConfigApList(owner, kKind) {}
+CConfigAllowlist::CConfigAllowlist() : CConfigApList(kKind) {}
 
 const CConfigApList::Kind CConfigAllowlist::kKind = {"CConfigAllowlist",
                                                      "MoveAllowlistAPFileToBackup", "allowlist_ap",

@@ -6,7 +6,7 @@ namespace corvane {
 // While it has rows and AllowlistEnabled is on, only its APs may be candidates.
 class CConfigAllowlist : public CConfigApList {
  public:
-  explicit CConfigAllowlist(CQUAYInterfaceConfig& owner);
+  CConfigAllowlist();
 
   bool MoveAllowlistAPFileToBackup() const { return MoveToBackup(); }
 

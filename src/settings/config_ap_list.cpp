@@ -1,28 +1,27 @@
 #include "settings/config_ap_list.h"
 
 #include "foundation/log_lines.h"
-#include "settings/interface_config.h"
 #include "settings/program_file.h"
 #include "store/ap_list_json.h"
 
 namespace corvane {
 
-bool CConfigApList::LoadFromFileAndRegistry() {
+bool CConfigApList::LoadFromFileAndRegistry(CRegistryHelperBase& key) {
   m_Rows.clear();
   const std::string file = ReadProgramFile(m_Kind.stem);
   if (!file.empty()) LoadConfiguration(file);
   WString stored;
-  if (m_Owner.GetString(m_Kind.valueName, &stored)) LoadConfiguration(WideToUtf8(stored));
-  const bool written = m_Owner.SetString(m_Kind.valueName, Utf8ToWide(ToJson()));
+  if (key.GetString(m_Kind.valueName, &stored)) LoadConfiguration(WideToUtf8(stored));
+  const bool written = key.SetString(m_Kind.valueName, Utf8ToWide(ToJson()));
   // Last, so that at each instant the rows are in one of the two places that a start reads.
   if (!file.empty()) MoveToBackup();
   return written;
 }
 
-bool CConfigApList::ReloadFromRegistry() {
+bool CConfigApList::ReloadFromRegistry(const CRegistryHelperBase& key) {
   m_Rows.clear();
   WString stored;
-  if (!m_Owner.GetString(m_Kind.valueName, &stored)) return false;
+  if (!key.GetString(m_Kind.valueName, &stored)) return false;
   LoadConfiguration(WideToUtf8(stored));
   return true;
 }

@@ -3,21 +3,20 @@
 #include <string_view>
 
 #include "store/ap_list_row.h"
+#include "store/registry.h"
 
 namespace corvane {
 
-class CQUAYInterfaceConfig;
-
 // What the deny and the allow list of an adapter have in common: rows that come from a file beside
 // the executable, which is absorbed once and moved away, and from a value of the adapter's key,
-// which clients write. On the adapter's worker only.
+// which clients write; the caller hands the key. On the adapter's worker only.
 class CConfigApList {
  public:
   // Rows of the file, then those of the value; writes them all to the value. True when that write
   // succeeded; the rows are in force in any case. At the worker's start.
-  bool LoadFromFileAndRegistry();
+  bool LoadFromFileAndRegistry(CRegistryHelperBase& key);
   // The rows of the value alone, none when it is missing; true when it is there. In each round.
-  bool ReloadFromRegistry();
+  bool ReloadFromRegistry(const CRegistryHelperBase& key);
   // Merges the rows of a UTF-8 JSON text; true when it has at least one.
   bool LoadConfiguration(std::string_view text);
   std::string ToJson() const;
@@ -31,17 +30,15 @@ class CConfigApList {
     const char16_t* valueName;
     bool (*read)(std::string_view json, ApListRows* rows);
   };
-  CConfigApList(CQUAYInterfaceConfig& owner, const Kind& kind) : m_Owner(owner), m_Kind(kind) {}
+  explicit CConfigApList(const Kind& kind) : m_Kind(kind) {}
   ~CConfigApList() = default;
   CConfigApList(const CConfigApList&) = delete;
   CConfigApList& operator=(const CConfigApList&) = delete;
 
-  CQUAYInterfaceConfig& Owner() const { return m_Owner; }
   // True on success; a failure is logged, and the file stays.
   bool MoveToBackup() const;
 
  private:
-  CQUAYInterfaceConfig& m_Owner;  // holds this object
   const Kind& m_Kind;
   ApListRows m_Rows;
 };

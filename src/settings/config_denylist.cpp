@@ -1,5 +1,7 @@
 #include "settings/config_denylist.h"
 
+#include "report/etw_trellis.h"
+#include "report/popup_suggestion.h"
 #include "settings/global_config_container.h"
 #include "store/ap_list_json.h"
 #include "store/value_names.h"
@@ -12,17 +14,17 @@ constexpr std::uint32_t kFilterDenied = 2;
 
 }  // namespace
 
-CConfigDenylist::CConfigDenylist(CQUAYInterfaceConfig& owner) : CConfigApList(owner, kKind) {}
+CConfigDenylist::CConfigDenylist() : CConfigApList(kKind) {}
 
 const CConfigApList::Kind CConfigDenylist::kKind = {"CConfigDenylist", "MoveDenylistAPFileToBackup",
                                                     "denylist_ap", value::kDenylistJson,
                                                     &ReadDenyRows};
 
-void CConfigDenylist::ClearSuggestions() {
+void CConfigDenylist::ClearSuggestions(CPopupSuggestion& popup, CEtwTrellis& events) const {
   for (const ApListRow& row : Rows()) {
     const WString bssid = Widen(row.bssid);
-    Owner().m_Popup.ClearPopupSuggestedAP_If_Equal(row.ssid, bssid);
-    Owner().m_Etw.ClearSuggestedAP_If_Equal(row.ssid, bssid);
+    popup.ClearPopupSuggestedAP_If_Equal(row.ssid, bssid);
+    events.ClearSuggestedAP_If_Equal(row.ssid, bssid);
   }
 }
 

@@ -3,13 +3,16 @@
 
 namespace corvane {
 
+class CEtwTrellis;
+class CPopupSuggestion;
+
 // APs that the engine must never use; a connection to one of them is dropped.
 class CConfigDenylist : public CConfigApList {
  public:
-  explicit CConfigDenylist(CQUAYInterfaceConfig& owner);
+  CConfigDenylist();
 
   // Takes back what is being suggested of the APs that the rows name. After each reload.
-  void ClearSuggestions();
+  void ClearSuggestions(CPopupSuggestion& popup, CEtwTrellis& events) const;
   bool MoveDenylistAPFileToBackup() const { return MoveToBackup(); }
 
  private:

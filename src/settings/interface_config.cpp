@@ -398,26 +398,6 @@ UIConnectRequest CQUAYInterfaceConfig::TakeUIConnectRequest() {
   return std::exchange(m_UIConnect, {});
 }
 
-bool CQUAYInterfaceConfig::SetDWORD(WStringView name, std::uint32_t value) {
-  const auto registry = GetRegistry();
-  return registry && registry->SetRegistryDWORDValue(name, value);
-}
-
-bool CQUAYInterfaceConfig::SetString(WStringView name, WStringView text) {
-  const auto registry = GetRegistry();
-  return registry && registry->SetRegistryStringValue(name, text);
-}
-
-bool CQUAYInterfaceConfig::GetDWORD(WStringView name, std::uint32_t* out) const {
-  const auto registry = GetRegistry();
-  return registry && registry->GetRegistryDWORDValue(name, out);
-}
-
-bool CQUAYInterfaceConfig::GetString(WStringView name, WString* out) const {
-  const auto registry = GetRegistry();
-  return registry && registry->GetRegistryStringValue(name, out);
-}
-
 ScoreWeights CQUAYInterfaceConfig::GetScoreWeights() const {
   const CCritSecLock lock(m_PartsLock);
   return m_pScoreConfig ? m_pScoreConfig->Get() : ScoreWeights{};

@@ -112,11 +112,15 @@ class CQUAYInterfaceConfig : public SmartObjEx<CQUAYInterfaceConfig, SmartObj<>>
   void SetAirplaneInhibited(bool inhibited);
   void SetRadioInhibited(bool inhibited);
 
-  // Value access in this adapter's key; false without a registry or on failure.
-  bool SetDWORD(WStringView name, std::uint32_t value) override;
-  bool SetString(WStringView name, WStringView text) override;
-  bool GetDWORD(WStringView name, std::uint32_t* out) const;
-  bool GetString(WStringView name, WString* out) const override;
+  bool SetDWORD(WStringView name, std::uint32_t value) override {
+    return CRegistryHelperBase::SetDWORD(name, value);
+  }
+  bool SetString(WStringView name, WStringView text) override {
+    return CRegistryHelperBase::SetString(name, text);
+  }
+  bool GetString(WStringView name, WString* out) const override {
+    return CRegistryHelperBase::GetString(name, out);
+  }
 
   // Settings as clients change them; the worker's next round reads them.
   bool SetEnabled(bool on) { return SetDWORD(value::kEnabled, on); }
@@ -169,8 +173,8 @@ class CQUAYInterfaceConfig : public SmartObjEx<CQUAYInterfaceConfig, SmartObj<>>
   std::atomic<bool> m_bPopupMode{true};
   std::atomic<bool> m_GatewayRoaming{true};
   // The AP lists; their rows change on the adapter's worker only.
-  CConfigDenylist m_Denylist{*this};
-  CConfigAllowlist m_Allowlist{*this};
+  CConfigDenylist m_Denylist;
+  CConfigAllowlist m_Allowlist;
   CConfigSelectArbitrary m_SelectArbitrary;
 
   bool IsAutoswitch() const { return !m_bPassive; }

@@ -209,4 +209,24 @@ CSmartPointer<CRegistry> CRegistryHelperBase::GetRegistry() const {
   return m_pRegistry;
 }
 
+bool CRegistryHelperBase::GetDWORD(WStringView name, std::uint32_t* out) const {
+  const auto registry = GetRegistry();
+  return registry && registry->GetRegistryDWORDValue(name, out);
+}
+
+bool CRegistryHelperBase::SetDWORD(WStringView name, std::uint32_t number) {
+  const auto registry = GetRegistry();
+  return registry && registry->SetRegistryDWORDValue(name, number);
+}
+
+bool CRegistryHelperBase::GetString(WStringView name, WString* out) const {
+  const auto registry = GetRegistry();
+  return registry && registry->GetRegistryStringValue(name, out);
+}
+
+bool CRegistryHelperBase::SetString(WStringView name, WStringView text) {
+  const auto registry = GetRegistry();
+  return registry && registry->SetRegistryStringValue(name, text);
+}
+
 }  // namespace corvane

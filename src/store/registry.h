@@ -56,6 +56,12 @@ class CRegistryHelperBase {
   void ReleaseRegistry();
   CSmartPointer<CRegistry> GetRegistry() const;  // null after release
 
+  // Values of the key; false after release, too.
+  bool GetDWORD(WStringView name, std::uint32_t* out) const;
+  bool SetDWORD(WStringView name, std::uint32_t number);
+  bool GetString(WStringView name, WString* out) const;
+  bool SetString(WStringView name, WStringView text);
+
  protected:
   CRegistryHelperBase();
   ~CRegistryHelperBase();

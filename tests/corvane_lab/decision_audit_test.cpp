@@ -70,7 +70,7 @@ TEST_F(DecisionAuditTest, FindsEveryMoveThatMustNotBe) {
   m_Audit->OnGone(1);
 
   config->SetString(value::kDenylistJson, u"[[\"Office\", \"any\"]]");
-  config->m_Denylist.ReloadFromRegistry();
+  config->m_Denylist.ReloadFromRegistry(*config);
   EXPECT_THAT(Judge(RoundStep::kFirstConnect, *good), HasSubstr("denied"));
 }
 

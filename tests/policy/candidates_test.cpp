@@ -138,7 +138,7 @@ TEST_F(CandidateDebounce, MonitorModeStopsTheCountOneAboveTheRequired) {
 TEST_F(CandidateDebounce, SuggestionOnTheAllowListNeedNotRipenAgain) {
   const BssEntryList entries{Add("Office", 2, 60)};
   config->SetString(value::kAllowlistJson, u"[[\"Office\",\"any\"]]");
-  config->m_Allowlist.ReloadFromRegistry();
+  config->m_Allowlist.ReloadFromRegistry(*config);
   config->SetString(value::kSuggestedNetworkSSID, u"Office");
   config->SetString(value::kSuggestedNetworkBSSID, MacText(ApMac(2)));
   config->SetString(value::kConnectedBssid, MacText(ApMac(1)));

@@ -11,7 +11,7 @@ class ChoiceTest : public test::PolicyTest {
  protected:
   void Deny(const WString& json) {
     config->SetString(value::kDenylistJson, json);
-    config->m_Denylist.ReloadFromRegistry();
+    config->m_Denylist.ReloadFromRegistry(*config);
   }
 };
 

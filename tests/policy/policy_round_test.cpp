@@ -133,7 +133,7 @@ TEST_F(PolicyRoundTest, AllowListKeepsItsRowsAlone) {
   Add("Office", 1, 50);
   Add("Home", 2, 40);
   config->SetString(value::kAllowlistJson, u"[[\"home\",\"any\"]]");
-  config->m_Allowlist.ReloadFromRegistry();
+  config->m_Allowlist.ReloadFromRegistry(*config);
   Round();
   EXPECT_EQ(Candidates(), (Rows{"Home 2"}));
   EXPECT_EQ(Others(), (Rows{"Office 1"}));

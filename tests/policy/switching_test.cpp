@@ -272,7 +272,7 @@ TEST_F(SwitchingTest, OutsideConnectionAndAllowListTurnAutoswitchIntoDialogs) {
   config->m_Popup.GetMemo().Clear();
   config->SetString(value::kSuggestedNetworkBSSID, u"");
   config->SetString(value::kAllowlistJson, u"[[\"Office\",\"any\"]]");
-  config->m_Allowlist.ReloadFromRegistry();
+  config->m_Allowlist.ReloadFromRegistry(*config);
   Rounds(2);
   EXPECT_EQ(wlan->calls, Calls{});
   EXPECT_EQ(Value(value::kSuggestedNetworkBSSID), MacText(ApMac(2)));

@@ -33,20 +33,20 @@ TEST_F(ApLists, AbsorbTheFileAheadOfTheValueAndMoveItAway) {
   Files().Write(kDenyFile, kBothRows);
   Files().Write(kDenyBackup, "an older backup");
   Registry().SetText(kAdapter, u"DenylistJson", kStoredRows);
-  EXPECT_TRUE(config->m_Denylist.LoadFromFileAndRegistry());
+  EXPECT_TRUE(config->m_Denylist.LoadFromFileAndRegistry(*config));
   EXPECT_EQ(Text(u"DenylistJson"), kMerged);
   EXPECT_FALSE(Files().Read(kDenyFile));
   EXPECT_EQ(Files().Read(kDenyBackup), kBothRows);
   // Without a file the next start keeps what the value has, and writes nothing.
   const std::uint64_t writes = Registry().WriteCount();
-  EXPECT_TRUE(config->m_Denylist.LoadFromFileAndRegistry());
+  EXPECT_TRUE(config->m_Denylist.LoadFromFileAndRegistry(*config));
   EXPECT_EQ(config->m_Denylist.Rows().size(), 3u);
   EXPECT_EQ(Registry().WriteCount(), writes);
 }
 
 TEST_F(ApLists, WriteAllowRowsSsidFirst) {
   Files().Write(kAllowFile, "\xEF\xBB\xBF[[\"00-11-22-33-44-55\",\"Lab\"],[\"Caf\xC3\xA9\"]]");
-  EXPECT_TRUE(config->m_Allowlist.LoadFromFileAndRegistry());
+  EXPECT_TRUE(config->m_Allowlist.LoadFromFileAndRegistry(*config));
   EXPECT_EQ(Text(u"AllowlistJson"), u"[[\"Lab\",\"00-11-22-33-44-55\"],[\"Café\",\"any\"]]");
   EXPECT_TRUE(Files().Read(kAllowBackup));
   EXPECT_TRUE(IsAllowed(config->m_Allowlist.Rows(), u"LAB", {0x00, 0x11, 0x22, 0x33, 0x44, 0x55}));
@@ -54,21 +54,21 @@ TEST_F(ApLists, WriteAllowRowsSsidFirst) {
 
 TEST_F(ApLists, FollowTheValueInEachRound) {
   auto& list = config->m_Denylist;
-  EXPECT_FALSE(list.ReloadFromRegistry());
+  EXPECT_FALSE(list.ReloadFromRegistry(*config));
   config->SetDenylistJson(u"[[\"A\",\"any\"],[\"B\",\"any\"]]");
-  EXPECT_TRUE(list.ReloadFromRegistry());
+  EXPECT_TRUE(list.ReloadFromRegistry(*config));
   EXPECT_EQ(list.Rows().size(), 2u);
   config->SetDenylistJson(u"[[\"B\",\"any\"]]");
-  EXPECT_TRUE(list.ReloadFromRegistry());
+  EXPECT_TRUE(list.ReloadFromRegistry(*config));
   EXPECT_EQ(list.ToJson(), R"([["B","any"]])");
   EXPECT_TRUE(config->SetDenylistJson(u"no JSON"));
-  EXPECT_TRUE(list.ReloadFromRegistry());
+  EXPECT_TRUE(list.ReloadFromRegistry(*config));
   EXPECT_TRUE(list.Rows().empty());
   EXPECT_EQ(Text(u"DenylistJson"), u"no JSON");  // a reload writes nothing back
   config->SetDenylistJson(u"[[\"B\",\"any\"]]" +
                           WString(10300, u' '));  // longer than a value may be
   list.LoadConfiguration(R"([["C","any"]])");
-  EXPECT_FALSE(list.ReloadFromRegistry());
+  EXPECT_FALSE(list.ReloadFromRegistry(*config));
   EXPECT_TRUE(list.Rows().empty());
 }
 
@@ -85,7 +85,7 @@ TEST_F(ApLists, LoseNothingWhenACallFails) {
     Files().Remove(kDenyBackup);
     Registry().SetText(kAdapter, u"DenylistJson", u"[[\"Old\",\"any\"]]");
     kernel.Faults().FailAlways(one.call, platform::ERROR_ACCESS_DENIED);
-    EXPECT_EQ(config->m_Denylist.LoadFromFileAndRegistry(), one.written);
+    EXPECT_EQ(config->m_Denylist.LoadFromFileAndRegistry(*config), one.written);
     EXPECT_EQ(config->m_Denylist.Rows().size(), one.absorbed ? 3u : 1u);
     EXPECT_EQ(Files().Read(kDenyFile).has_value(), !one.moved);
     EXPECT_EQ(Files().Read(kDenyBackup).has_value(), one.moved);
@@ -93,8 +93,8 @@ TEST_F(ApLists, LoseNothingWhenACallFails) {
   }
   // What could not be moved is read again, and merges.
   Files().Write(kDenyFile, kBothRows);
-  EXPECT_TRUE(config->m_Denylist.LoadFromFileAndRegistry());
-  EXPECT_TRUE(config->m_Denylist.LoadFromFileAndRegistry());
+  EXPECT_TRUE(config->m_Denylist.LoadFromFileAndRegistry(*config));
+  EXPECT_TRUE(config->m_Denylist.LoadFromFileAndRegistry(*config));
   EXPECT_EQ(config->m_Denylist.Rows().size(), 3u);
 }
 
@@ -129,7 +129,7 @@ class KilledFiles : public platform::FileApi {
 TEST_F(ApLists, KilledBeforeTheMoveTheValueHasTheRowsAlready) {
   Files().Write(kDenyFile, kBothRows);
   Install<KilledFiles>(kernel.Files());
-  EXPECT_THROW(config->m_Denylist.LoadFromFileAndRegistry(), Killed);
+  EXPECT_THROW(config->m_Denylist.LoadFromFileAndRegistry(*config), Killed);
   EXPECT_EQ(Text(u"DenylistJson"), Utf8ToWide(kBothRows));
   EXPECT_EQ(Files().Read(kDenyFile), kBothRows);
 }
@@ -151,8 +151,8 @@ TEST_F(ApLists, ADeniedApIsNoLongerSuggested) {
   memo.Add(false, u"Lab", u"00-11-22-33-44-55", u"", u"", CApSetMemo::kNoFlag, 50);
   memo.Add(false, u"Office", u"00-11-22-33-44-66", u"", u"", CApSetMemo::kNoFlag, 50);
   config->SetDenylistJson(u"[[\"Lab\",\"00-11-22-33-44-55\"],[\"Office\",\"any\"]]");
-  config->m_Denylist.ReloadFromRegistry();
-  config->m_Denylist.ClearSuggestions();
+  config->m_Denylist.ReloadFromRegistry(*config);
+  config->m_Denylist.ClearSuggestions(config->m_Popup, config->m_Etw);
   EXPECT_FALSE(memo.HasAp(u"Lab", u"00-11-22-33-44-55"));
   EXPECT_TRUE(memo.HasNetwork(u"Office"));  // "any" names no AP
 }

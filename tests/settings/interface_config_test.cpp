@@ -211,7 +211,7 @@ TEST_F(InterfaceConfig, IsHarmlessAfterShutdown) {
   EXPECT_FALSE(config->WaitMainLoopSemaphore(700));
   EXPECT_EQ(kernel.Now() - before, 700ms);
   EXPECT_EQ(config->GetScoreWeights(), ScoreWeights{});
-  EXPECT_FALSE(config->m_Denylist.LoadFromFileAndRegistry());
+  EXPECT_FALSE(config->m_Denylist.LoadFromFileAndRegistry(*config));
 }
 
 // A caller that is overtaken between reading its tick and setting the clock would come with an
