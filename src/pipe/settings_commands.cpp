@@ -30,17 +30,15 @@ constexpr std::array<NumberSetting, 9> kNumberSettings = {{
     {value::kPassiveSuggestMode},
 }};
 
-using ListWriter = bool (CQUAYInterfaceConfig::*)(WStringView);
-
 // The lists hold for the whole service: they go to the first two adapters, whichever was named.
-WString WriteList(const CClientRequest& request, CQUAYInterfaceConfig& named, ListWriter write,
+WString WriteList(const CClientRequest& request, CQUAYInterfaceConfig& named, WStringView name,
                   WStringView list, WStringView failure) {
   auto& global = CGlobalConfigContainer::GetInstance();
   OpenFirstWindows();
-  if (const auto second = global.FindIFConfig(1); second && !((*second).*write)(list))
+  if (const auto second = global.FindIFConfig(1); second && !second->SetString(name, list))
     LOG_DEBUG(DBG(5) | DBG(6), u"CNamedPipeListenerJson::HandleJsonCommand: %s", failure);
   const auto first = global.FindIFConfig(0);
-  if (!first || !((*first).*write)(list)) return FailureReply(kReplyFailed, request.GetText());
+  if (!first || !first->SetString(name, list)) return FailureReply(kReplyFailed, request.GetText());
   named.SignalMainLoopSemaphore();
   return EchoReply(request.GetText());
 }
@@ -74,15 +72,15 @@ WString WriteRegString(const CClientRequest& request) {
   if (!request.GetString("name", &name) || !request.GetString("value", &text))
     return FailureReply(kReplyNoNameOrValue, request.GetText());
   if (name == value::kDenylistJson) {
-    return WriteList(request, *config, &CQUAYInterfaceConfig::SetDenylistJson, text,
+    return WriteList(request, *config, name, text,
                      u"SetRegistry_DenylistJson() failed for CFG-index 1");
   }
   if (name == value::kAllowlistJson) {
-    return WriteList(request, *config, &CQUAYInterfaceConfig::SetAllowlistJson, text,
+    return WriteList(request, *config, name, text,
                      u"SetRegistry_AllowlistJson() failed for index 1");
   }
   if (name != value::kScoreCfgJson) return FailureReply(kReplyUnknownName, request.GetText());
-  if (!config->SetScoreCfgJson(text)) return FailureReply(kReplyFailed, request.GetText());
+  if (!config->SetString(name, text)) return FailureReply(kReplyFailed, request.GetText());
   config->SignalMainLoopSemaphore();
   return EchoReply(request.GetText());
 }

@@ -10,36 +10,16 @@
 #include "platform/power_api.h"
 #include "store/address_text.h"
 #include "store/value_names.h"
+#include "store/value_table.h"
 
 namespace corvane {
 
 namespace {
 
 constexpr std::uint64_t kPilotLog = DBG(33);
-constexpr std::uint32_t kPercentMax = 100;
 constexpr std::int64_t kWeekSecs = 604800;
 constexpr int kWeeksShown = 3;
 constexpr std::uint64_t kRTAudioLimitMs = 3'600'000;
-
-bool ReadFlag(CRegistry& registry, const char16_t* name, std::atomic<bool>* field) {
-  std::uint32_t number = 0;
-  if (!registry.GetRegistryDWORDValue(name, &number)) return false;
-  *field = number != 0;
-  return true;
-}
-
-// A number of 0 to 100; anything above is refused and the old one stays.
-void ReadPercent(CRegistry& registry, const char16_t* name, std::atomic<std::uint32_t>* field) {
-  std::uint32_t number = 0;
-  if (!registry.GetRegistryDWORDValue(name, &number)) return;
-  if (number > kPercentMax) {
-    LOG_INFO(
-        u"CGlobalConfigContainer::Initialize: [registry value %s] %lu is out of range (0-100)\n",
-        name, number);
-    return;
-  }
-  *field = number;
-}
 
 }  // namespace
 
@@ -54,46 +34,27 @@ void CGlobalConfigContainer::Initialize(bool forceDefaults) {
   const auto registry = GetRegistry();
   if (!registry) return;
 
-  registry->SetRegistryDWORDValue(value::kSCOREMAX, 155);
-  registry->SetRegistryDWORDValue(value::kSCOREMAX_AC, 133);
-  registry->SetRegistryDWORDValue(value::kSCOREMAX_MID_AC, 96);
-  registry->SetRegistryDWORDValue(value::kSCOREMAX_LOW_AC, 81);
-
-  std::uint32_t number = 0;
-  if (registry->GetRegistryDWORDValue(value::kBatteryModeSleepSecs, &number))
-    m_BatteryModeSleepSecs = number;
-  if (registry->GetRegistryDWORDValue(value::kBatteryScanIntervalSecs, &number))
-    m_BatteryScanIntervalSecs = number;
-  ReadFlag(*registry, value::kEnablePilot, &m_bEnablePilot);
-  ReadFlag(*registry, value::kServiceEnable, &m_bServiceEnable);
-  ReadFlag(*registry, value::kEnablePost, &m_bEnablePost);
-  ReadFlag(*registry, value::kBTPenaltyEnabled, &m_bBTPenaltyEnabled);
-  ReadPercent(*registry, value::kBTPenaltyValue, &m_BTPenaltyValue);
-  ReadFlag(*registry, value::kULScan, &m_bULScan);
-  ReadFlag(*registry, value::kMonitorWhileDisabled, &m_bMonitorWhileDisabled);
-  ReadAllowListGroup(*registry);
-  if (registry->GetRegistryDWORDValue(value::kInstallTime, &number)) m_InstallTime = number;
-  ReadWeeks(*registry);
-  ReadSystemGuid(*registry);
-  ReadPercent(*registry, value::kSCOREDIFFPCT, &m_ScoreDiffPct);
+  for (const ValueRow* row : ValuesIn(ValueKey::kHome, ValueStep::kWriteAlways)) {
+    registry->SetRegistryDWORDValue(row->name, row->written.number);
+  }
+  for (const ValueRow* row : ValuesIn(ValueKey::kHome, ValueStep::kReadAtStart)) {
+    if (row->global.store) {
+      ReadSetting(*registry, *row);
+    } else if (row->name == value::kRandomCsv) {
+      ReadWeeks(*registry);
+    } else if (row->name == value::kSystemGuid) {
+      ReadSystemGuid(*registry);
+    }
+  }
   registry->SetRegistryDWORDValue(value::kFreshDone, 1);
 }
 
 void CGlobalConfigContainer::InitPostSettings() {
   const auto registry = GetRegistry();
   if (!registry) return;
-  registry->SetRegistryDWORDValue(value::kEnablePost, 1);
-  registry->SetRegistryDWORDValue(value::kMonitorWhileDisabled, 1);
-  registry->SetRegistryDWORDValue(value::kGatewayRoaming, 0);
-  registry->SetRegistryDWORDValue(value::kRTAudioMode, 2);
-  registry->SetRegistryDWORDValue(value::kFastPost, 0);
-  registry->SetRegistryDWORDValue(value::kDBWMEnable, 0);
-  registry->SetRegistryDWORDValue(value::kRTAudioModeMbps, 15);
-  registry->SetRegistryDWORDValue(value::kBTPenaltyEnabled, 0);
-  registry->SetRegistryDWORDValue(value::kBTPenaltyValue, 3);
-  registry->SetRegistryDWORDValue(value::kServiceEnable, 1);
-  registry->SetRegistryDWORDValue(value::kEnablePilot, 0);
-  registry->SetRegistryDWORDValue(value::kULScan, 0);
+  for (const ValueRow* row : ValuesIn(ValueKey::kHome, ValueStep::kWriteFresh)) {
+    if (row->written.words.empty()) registry->SetRegistryDWORDValue(row->name, row->written.number);
+  }
   registry->SetRegistryDWORDValue(value::kInstallTime, platform::UnixSecondsNow());
   const auto weeks = CSVHelper::CreateObject();
   for (int week = 0; week < kWeeksShown; ++week) weeks->AddString(u"1", true);
@@ -101,11 +62,17 @@ void CGlobalConfigContainer::InitPostSettings() {
   LOG_INFO(u"CGlobalConfigContainer::InitPostSettings: RandomCsv: %s\n", weeks->GetString());
 }
 
-void CGlobalConfigContainer::ReadAllowListGroup(CRegistry& registry) {
-  ReadPercent(registry, value::kAllowFilterScoreBonus, &m_AllowFilterScoreBonus);
-  ReadFlag(registry, value::kAllowlistEnabled, &m_bAllowlistEnabled);
-  if (!ReadFlag(registry, value::kRoamingEnabled, &m_bRoamingEnabled)) m_bRoamingEnabled = true;
-  if (!ReadFlag(registry, value::kGatewayRoaming, &m_bGatewayRoaming)) m_bGatewayRoaming = true;
+void CGlobalConfigContainer::ReadSetting(CRegistry& registry, const ValueRow& row) {
+  std::uint32_t number = 0;
+  if (!registry.GetRegistryDWORDValue(row.name, &number)) {
+    if (row.returns) row.global.store(*this, *row.start);
+  } else if (const auto taken = TakeNumber(row, number)) {
+    row.global.store(*this, *taken);
+  } else {
+    LOG_INFO(
+        u"CGlobalConfigContainer::Initialize: [registry value %s] %lu is out of range (%lu-%lu)\n",
+        row.name, number, row.least, row.most);
+  }
 }
 
 void CGlobalConfigContainer::ReadWeeks(CRegistry& registry) {
@@ -143,11 +110,9 @@ void CGlobalConfigContainer::ReadSystemGuid(CRegistry& registry) {
 void CGlobalConfigContainer::RefreshGlobals() {
   const auto registry = GetRegistry();
   if (!registry) return;
-  ReadFlag(*registry, value::kPalisadeOptimizer, &m_bPalisadeOptimizer);
-  ReadFlag(*registry, value::kServiceEnable, &m_bServiceEnable);
-  ReadFlag(*registry, value::kEnablePilot, &m_bEnablePilot);
-  ReadAllowListGroup(*registry);
-  ReadPercent(*registry, value::kSCOREDIFFPCT, &m_ScoreDiffPct);
+  for (const ValueRow* row : ValuesIn(ValueKey::kHome, ValueStep::kReadEachRound)) {
+    ReadSetting(*registry, *row);
+  }
 }
 
 void CGlobalConfigContainer::Shutdown(bool killPopups) {

@@ -9,13 +9,18 @@
 #include "launch/launcher.h"
 #include "settings/interface_config.h"
 #include "store/csv_helper.h"
+#include "store/global_settings.h"
 #include "store/registry.h"
 
 namespace corvane {
 
+struct ValueRow;
+
 // Global settings, the adapter configurations and the policy lock. Lives for the process; its
 // registry and configurations live for one pass of the outer loop.
-class CGlobalConfigContainer final : public CRegistryHelperBase, public IClientFileFinder {
+class CGlobalConfigContainer final : public CRegistryHelperBase,
+                                     public IClientFileFinder,
+                                     public GlobalSettings {
  public:
   static CGlobalConfigContainer& GetInstance() {
     return Singleton<CGlobalConfigContainer>::GetInstance();
@@ -60,24 +65,7 @@ class CGlobalConfigContainer final : public CRegistryHelperBase, public IClientF
   void SetNetworkFilter(WStringView ssid, std::uint32_t kind);
   std::atomic<std::uint32_t> m_PermitFilterCount{0};  // permit rows of the last refresh
 
-  std::atomic<bool> m_bRoamingEnabled{true};
-  std::atomic<bool> m_bAllowlistEnabled{true};
-  std::atomic<bool> m_bGatewayRoaming{true};
-  std::atomic<bool> m_bPalisadeOptimizer{false};
-  std::atomic<bool> m_bServiceEnable{true};
-  std::atomic<std::uint32_t> m_ScoreDiffPct{20};
-  std::atomic<std::uint32_t> m_AllowFilterScoreBonus{20};
-  std::atomic<bool> m_bEnablePilot{false};
-  std::atomic<bool> m_bEnablePost{true};
-  std::atomic<bool> m_bULScan{true};
-  std::atomic<bool> m_bMonitorWhileDisabled{false};
-  std::atomic<bool> m_bForceLQEtw{false};
-  std::atomic<std::uint32_t> m_BatteryModeSleepSecs{10};
-  std::atomic<std::uint32_t> m_BatteryScanIntervalSecs{900};
-  std::atomic<std::uint32_t> m_InstallTime{
-      0};  // seconds since 1970; the constructor sets the current time
-  std::atomic<bool> m_bBTPenaltyEnabled{false};
-  std::atomic<std::uint32_t> m_BTPenaltyValue{3};
+  std::atomic<bool> m_bForceLQEtw{false};  // by an option of the command line; adapters inherit it
   // Whether the next order of a user interface for rounds without delay opens a window.
   std::atomic<bool> m_ui_no_delay_armed{true};
   // A client has seen real-time audio begin or end.
@@ -93,7 +81,7 @@ class CGlobalConfigContainer final : public CRegistryHelperBase, public IClientF
   ~CGlobalConfigContainer();
 
   void InitPostSettings();
-  void ReadAllowListGroup(CRegistry& registry);
+  void ReadSetting(CRegistry& registry, const ValueRow& row);
   void ReadWeeks(CRegistry& registry);
   void ReadSystemGuid(CRegistry& registry);
   std::vector<CSmartPointer<CQUAYInterfaceConfig>> TakeIFConfigs();  // leaves none

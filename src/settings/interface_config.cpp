@@ -9,6 +9,7 @@
 #include "platform/thread_api.h"
 #include "settings/global_config_container.h"
 #include "store/value_names.h"
+#include "store/value_table.h"
 
 namespace corvane {
 
@@ -16,11 +17,7 @@ namespace {
 
 constexpr std::uint64_t kInhibitLog = DBG(30);
 constexpr std::uint64_t kRoamLog = DBG(24);
-constexpr std::uint32_t kScanIntervalMin = 10, kScanIntervalMax = 3600;
-constexpr std::uint32_t kThresholdMax = 100;
 constexpr std::uint32_t kThresholdStep = 2;
-// Values of PassiveSuggestMode.
-constexpr std::uint32_t kAutoswitchMode = 0, kEventMode = 1, kPopupMode = 2;
 // Where the system keeps its radios' state: the key's default value.
 constexpr char16_t kRadioStateKey[] =
     u"SYSTEM\\CurrentControlSet\\Control\\RadioManagement\\SystemRadioState";
@@ -55,7 +52,7 @@ void CQUAYInterfaceConfig::Initialize(int index, WStringView keyPath, WStringVie
     SetProjectDefaults();
   } else if (std::uint32_t mode = 0;
              GetDWORD(value::kPassiveSuggestMode, &mode) && mode == kEventMode) {
-    SetPassiveSuggestMode(kPopupMode);
+    SetDWORD(value::kPassiveSuggestMode, kPopupMode);
   }
   RefreshFromRegistry();
   m_Etw.Start(index, this, guid, name, description);
@@ -86,36 +83,32 @@ void CQUAYInterfaceConfig::SetProjectDefaults() {
       u"CRegistry::SetProjectDefaults: [Home Key Path = %s] Setting Defaults for "
       u"Trellis/VO/Corvane Build",
       m_KeyPath);
-  SetPassiveSuggestMode(kPopupMode);
-  SetForceAutoConnect(true);
-  SetLatchToPrivate(false);
-  SetPreferPrivateNetwork(true);
-  SetAPScoreThreshold(3);
-  SetLQCThreshold(70);
-  SetScanInterval(300);
+  for (const ValueRow* row : ValuesIn(ValueKey::kAdapter, ValueStep::kWriteFresh)) {
+    SetDWORD(row->name, row->written.number);
+  }
 }
 
 void CQUAYInterfaceConfig::RefreshFromRegistry() {
   if (!GetRegistry()) return;
+  for (const ValueRow* row : ValuesIn(ValueKey::kAdapter, ValueStep::kReadEachRound)) {
+    if (row->adapter.store) {
+      ReadSetting(*row);
+    } else {
+      ReadWeights();
+    }
+  }
+}
+
+void CQUAYInterfaceConfig::ReadSetting(const ValueRow& row) {
   std::uint32_t number = 0;
-  const auto flag = [&](const char16_t* name, std::atomic<bool>& field) {
-    if (GetDWORD(name, &number)) field = number != 0;
-  };
-  flag(value::kEnabled, m_Enabled);
-  if (GetDWORD(value::kAPScoreThreshold, &number))
-    m_APScoreThreshold = std::min(number, kThresholdMax);
-  if (GetDWORD(value::kScanInterval, &number)) {
-    m_ScanInterval = std::clamp(number, kScanIntervalMin, kScanIntervalMax);
+  if (!GetDWORD(row.name, &number)) {
+    if (row.returns) row.adapter.store(*this, *row.start);
+  } else if (const auto taken = TakeNumber(row, number)) {
+    row.adapter.store(*this, *taken);
   }
-  if (GetDWORD(value::kLQCThreshold, &number)) m_LQCThreshold = std::min(number, kThresholdMax);
-  flag(value::kPreferPrivateNetwork, m_PreferPrivateNetwork);
-  flag(value::kLatchToPrivate, m_LatchToPrivate);
-  flag(value::kGatewayRoaming, m_GatewayRoaming);
-  flag(value::kForceAutoConnect, m_ForceAutoConnect);
-  if (GetDWORD(value::kPassiveSuggestMode, &number) && number <= kPopupMode) {
-    m_bPassive = number != kAutoswitchMode;
-    m_bPopupMode = number == kPopupMode;
-  }
+}
+
+void CQUAYInterfaceConfig::ReadWeights() {
   WString json;
   if (!GetString(value::kScoreCfgJson, &json)) return;
   CSmartPointer<CScoreConfig> score;
@@ -284,7 +277,7 @@ void CQUAYInterfaceConfig::ResolveUp_APScoreDeltaThreshold(const CandidateSummar
       u"Threshold = %i "
       u"<~~~~~~~~~~!!!!!!!!!!!!!\n",
       m_ConfigIdx, summary.min, summary.max, threshold);
-  SetAPScoreThreshold(threshold);
+  SetDWORD(value::kAPScoreThreshold, threshold);
 }
 
 void CQUAYInterfaceConfig::SignalMainLoopSemaphore() {

@@ -11,10 +11,14 @@
 #include "settings/config_select_arbitrary.h"
 #include "settings/inhibit_clock.h"
 #include "settings/score_config.h"
+#include "store/adapter_settings.h"
+#include "store/adapter_state.h"
 #include "store/registry.h"
 #include "store/value_names.h"
 
 namespace corvane {
+
+struct ValueRow;
 
 // Ids of the user-visible status texts (the program's string table).
 enum StatusText : std::uint32_t {
@@ -50,14 +54,13 @@ struct UIConnectRequest {
   bool save = false;
 };
 
-inline constexpr double kRateGateHighStart = 0.06;  // Mbps
-inline constexpr double kRateGateLowStart = 0.04;
-
 // Everything that belongs to one adapter and is not the adapter itself. Its object lock is the
-// configuration's lock. Fields that several threads use are single atomic words.
+// configuration's lock. What needs only the settings or the flags takes those structs.
 class CQUAYInterfaceConfig : public SmartObjEx<CQUAYInterfaceConfig, SmartObj<>>,
                              public CRegistryHelperBase,
-                             public IReportConfig {
+                             public IReportConfig,
+                             public AdapterSettings,
+                             public AdapterState {
  public:
   CQUAYInterfaceConfig();
   ~CQUAYInterfaceConfig() override;
@@ -122,28 +125,6 @@ class CQUAYInterfaceConfig : public SmartObjEx<CQUAYInterfaceConfig, SmartObj<>>
     return CRegistryHelperBase::GetString(name, out);
   }
 
-  // Settings as clients change them; the worker's next round reads them.
-  bool SetEnabled(bool on) { return SetDWORD(value::kEnabled, on); }
-  bool SetPreferPrivateNetwork(bool on) { return SetDWORD(value::kPreferPrivateNetwork, on); }
-  bool SetForceAutoConnect(bool on) { return SetDWORD(value::kForceAutoConnect, on); }
-  bool SetLatchToPrivate(bool on) { return SetDWORD(value::kLatchToPrivate, on); }
-  bool SetGatewayRoaming(bool on) { return SetDWORD(value::kGatewayRoaming, on); }
-  bool SetScanInterval(std::uint32_t secs) { return SetDWORD(value::kScanInterval, secs); }
-  bool SetLQCThreshold(std::uint32_t lq) { return SetDWORD(value::kLQCThreshold, lq); }
-  bool SetAPScoreThreshold(std::uint32_t points) {
-    return SetDWORD(value::kAPScoreThreshold, points);
-  }
-  bool SetPassiveSuggestMode(std::uint32_t mode) {
-    return SetDWORD(value::kPassiveSuggestMode, mode);
-  }
-  bool SetScoreCfgJson(WStringView json) { return SetString(value::kScoreCfgJson, json); }
-  bool SetDenylistJson(WStringView json) { return SetString(value::kDenylistJson, json); }
-  bool SetAllowlistJson(WStringView json) { return SetString(value::kAllowlistJson, json); }
-  // What clients read.
-  bool SetSuggestedNetwork(WStringView text) { return SetString(value::kSuggestedNetwork, text); }
-  bool SetCandidatesCSV(WStringView rows) { return SetString(value::kCandidatesCSV, rows); }
-  bool SetNONCandidatesCSV(WStringView rows) { return SetString(value::kNONCandidatesCSV, rows); }
-
   // The machine's radio management state, 1 for airplane mode; false, with *value as it was, when
   // it can't be read.
   static bool GetAirplaneMode(std::uint32_t* value);
@@ -160,51 +141,13 @@ class CQUAYInterfaceConfig : public SmartObjEx<CQUAYInterfaceConfig, SmartObj<>>
 
   ScoreWeights GetScoreWeights() const;  // the defaults when there is no score object
 
-  // Settings of the adapter's key.
-  std::atomic<bool> m_Enabled{true};
-  std::atomic<bool> m_bHECapable{false};
-  std::atomic<std::uint32_t> m_ScanInterval{10};  // seconds
-  std::atomic<std::uint32_t> m_LQCThreshold{70};
-  std::atomic<std::uint32_t> m_APScoreThreshold{2};
-  std::atomic<bool> m_PreferPrivateNetwork{false};
-  std::atomic<bool> m_ForceAutoConnect{false};
-  std::atomic<bool> m_LatchToPrivate{true};
-  std::atomic<bool> m_bPassive{true};
-  std::atomic<bool> m_bPopupMode{true};
-  std::atomic<bool> m_GatewayRoaming{true};
   // The AP lists; their rows change on the adapter's worker only.
   CConfigDenylist m_Denylist;
   CConfigAllowlist m_Allowlist;
   CConfigSelectArbitrary m_SelectArbitrary;
 
-  bool IsAutoswitch() const { return !m_bPassive; }
-  bool IsEtwMode() const override { return m_bPassive && !m_bPopupMode; }
+  bool IsEtwMode() const override { return SuggestsByEvent(); }
   bool IsOptimizerPresent() const override;
-
-  // State.
-  std::atomic<bool> m_VPNInhibited{false};
-  std::atomic<bool> m_AirplaneInhibited{false};
-  std::atomic<bool> m_RadioInhibited{false};
-  std::atomic<bool> m_network_switching{true};
-  std::atomic<bool> m_network_switching_default{true};
-  std::atomic<double> m_rate_gate_high{kRateGateHighStart};
-  std::atomic<double> m_rate_gate_low{kRateGateLowStart};
-  std::atomic<bool> m_accept_suggestion{false};
-  std::atomic<std::uint32_t> m_MainLoopSleepMs{10000};
-  std::atomic<bool> m_no_delay{false};
-  std::atomic<std::uint64_t> m_NoDelayExpiry{0};
-  std::atomic<std::uint64_t> m_deny_defer_until{0};
-  std::atomic<std::int32_t> m_force_scan_counter{0};
-  std::atomic<std::int32_t> m_AvgQBSSScore5{-1};
-  std::atomic<std::int32_t> m_AvgQBSSScore2{-1};
-  std::atomic<double> m_AvgLoad5{-1.0};
-  std::atomic<double> m_AvgLoad2{-1.0};
-  std::atomic<bool> m_bForceLQEtw{false};
-  std::atomic<bool> m_allowlist_active{false};
-  std::atomic<bool> m_bForcePopupOverride{false};
-  std::atomic<bool> m_bReportStatusPending{false};
-  std::atomic<bool> m_bCsvRowPending{false};
-  std::atomic<bool> m_bConnectedReported{false};
 
   // The reporters of suggestions and states.
   CEtwTrellis m_Etw;
@@ -212,6 +155,8 @@ class CQUAYInterfaceConfig : public SmartObjEx<CQUAYInterfaceConfig, SmartObj<>>
 
  private:
   void SetProjectDefaults();
+  void ReadSetting(const ValueRow& row);
+  void ReadWeights();  // ScoreCfgJson
 
   WString m_KeyPath;
   WString m_Guid;

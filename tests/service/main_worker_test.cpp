@@ -11,6 +11,7 @@
 #include "platform/sim/world/world_text.h"
 #include "platform/socket_api.h"
 #include "settings/global_config_container.h"
+#include "store/value_names.h"
 #include "support/pc_fixture.h"
 #include "support/world_builder.h"
 #include "wlan/wifi_client_container.h"
@@ -58,7 +59,7 @@ TEST_F(WorkerTest, SleepAndWakingForgetWhatWasSeenAndLookAnew) {
             .At(75'000, R"({"do": "resume"})"));
   auto& session = Pc().Kernel().Session();
   const auto suggest = [&] {
-    m_pConfig->SetSuggestedNetwork(u"Office [Channel 36]");
+    m_pConfig->SetString(value::kSuggestedNetwork, u"Office [Channel 36]");
     session.StartProcess(u"NudgeDialog.exe");
   };
   const auto expectForgotten = [&] {

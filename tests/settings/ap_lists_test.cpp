@@ -1,6 +1,7 @@
 // The AP lists between their files, the adapter's key and the worker.
 
 #include "settings/settings_fixture.h"
+#include "store/value_names.h"
 
 namespace corvane {
 namespace {
@@ -55,18 +56,18 @@ TEST_F(ApLists, WriteAllowRowsSsidFirst) {
 TEST_F(ApLists, FollowTheValueInEachRound) {
   auto& list = config->m_Denylist;
   EXPECT_FALSE(list.ReloadFromRegistry(*config));
-  config->SetDenylistJson(u"[[\"A\",\"any\"],[\"B\",\"any\"]]");
+  config->SetString(value::kDenylistJson, u"[[\"A\",\"any\"],[\"B\",\"any\"]]");
   EXPECT_TRUE(list.ReloadFromRegistry(*config));
   EXPECT_EQ(list.Rows().size(), 2u);
-  config->SetDenylistJson(u"[[\"B\",\"any\"]]");
+  config->SetString(value::kDenylistJson, u"[[\"B\",\"any\"]]");
   EXPECT_TRUE(list.ReloadFromRegistry(*config));
   EXPECT_EQ(list.ToJson(), R"([["B","any"]])");
-  EXPECT_TRUE(config->SetDenylistJson(u"no JSON"));
+  EXPECT_TRUE(config->SetString(value::kDenylistJson, u"no JSON"));
   EXPECT_TRUE(list.ReloadFromRegistry(*config));
   EXPECT_TRUE(list.Rows().empty());
   EXPECT_EQ(Text(u"DenylistJson"), u"no JSON");  // a reload writes nothing back
-  config->SetDenylistJson(u"[[\"B\",\"any\"]]" +
-                          WString(10300, u' '));  // longer than a value may be
+  config->SetString(value::kDenylistJson,
+                    u"[[\"B\",\"any\"]]" + WString(10300, u' '));  // longer than a value may be
   list.LoadConfiguration(R"([["C","any"]])");
   EXPECT_FALSE(list.ReloadFromRegistry(*config));
   EXPECT_TRUE(list.Rows().empty());
@@ -150,7 +151,8 @@ TEST_F(ApLists, ADeniedApIsNoLongerSuggested) {
   CApSetMemo& memo = config->m_Popup.GetMemo();
   memo.Add(false, u"Lab", u"00-11-22-33-44-55", u"", u"", CApSetMemo::kNoFlag, 50);
   memo.Add(false, u"Office", u"00-11-22-33-44-66", u"", u"", CApSetMemo::kNoFlag, 50);
-  config->SetDenylistJson(u"[[\"Lab\",\"00-11-22-33-44-55\"],[\"Office\",\"any\"]]");
+  config->SetString(value::kDenylistJson,
+                    u"[[\"Lab\",\"00-11-22-33-44-55\"],[\"Office\",\"any\"]]");
   config->m_Denylist.ReloadFromRegistry(*config);
   config->m_Denylist.ClearSuggestions(config->m_Popup, config->m_Etw);
   EXPECT_FALSE(memo.HasAp(u"Lab", u"00-11-22-33-44-55"));

@@ -4,6 +4,7 @@
 
 #include "platform/clock_api.h"
 #include "settings/settings_fixture.h"
+#include "store/value_names.h"
 
 namespace corvane {
 namespace {
@@ -81,17 +82,17 @@ TEST_F(InterfaceConfig, ReadsItsValuesWithinTheirRanges) {
                {0xFFFFFFFF, true, false},
                {2, true, true}};
   for (const auto& one : modes) {
-    config->SetPassiveSuggestMode(one.mode);
+    config->SetDWORD(value::kPassiveSuggestMode, one.mode);
     config->RefreshFromRegistry();
     EXPECT_EQ(config->m_bPassive, one.passive) << one.mode;
     EXPECT_EQ(config->m_bPopupMode, one.popup) << one.mode;
   }
-  config->SetEnabled(false);
+  config->SetDWORD(value::kEnabled, 0);
   config->RefreshFromRegistry();
   Registry().DeleteValue(kAdapter, u"Enabled");
   config->RefreshFromRegistry();
   EXPECT_FALSE(config->m_Enabled);
-  config->SetScoreCfgJson(u"{\"SQMax\":40}");
+  config->SetString(value::kScoreCfgJson, u"{\"SQMax\":40}");
   config->RefreshFromRegistry();
   EXPECT_EQ(config->GetScoreWeights().SQMax, 40u);
 }
@@ -172,7 +173,7 @@ TEST_F(InterfaceConfig, RoamingInhibitShowsItsStatusAndAge) {
 
 TEST_F(InterfaceConfig, RaisesTheThresholdWhichTheNextReadCaps) {
   const auto config = OpenAdapter();
-  config->SetAPScoreThreshold(99);
+  config->SetDWORD(value::kAPScoreThreshold, 99);
   config->RefreshFromRegistry();
   config->ResolveUp_APScoreDeltaThreshold({3, 8});
   EXPECT_EQ(Number(u"APScoreThreshold"), 101u);
@@ -199,7 +200,7 @@ TEST_F(InterfaceConfig, IsHarmlessAfterShutdown) {
   EXPECT_FALSE(config->WaitMainLoopSemaphore(1000));
   Global().Shutdown(false);
   const std::uint64_t writes = Registry().WriteCount();
-  EXPECT_FALSE(config->SetEnabled(false));
+  EXPECT_FALSE(config->SetDWORD(value::kEnabled, 0));
   EXPECT_FALSE(config->SetStatusMessage(kStatusVpn));
   config->SetVPNInhibited(true);
   config->RefreshFromRegistry();
