@@ -2,35 +2,46 @@
 
 #include "foundation/text.h"
 #include "store/value_names.h"
+#include "store/value_table.h"
 
 namespace corvane::client {
 
+namespace {
+
+SettingName Of(ValueKey key, WStringView name) {
+  const ValueRow* row = FindValue(key, name);
+  return {Narrow(name), key == ValueKey::kAdapter, row ? RangeText(*row) : std::string()};
+}
+
+}  // namespace
+
 const std::vector<SettingName>& SettingNames() {
   static const std::vector<SettingName> names = {
-      {Narrow(value::kEnabled), true, "on, off"},
-      {Narrow(value::kPreferPrivateNetwork), true, "on, off"},
-      {Narrow(value::kForceAutoConnect), true, "on, off"},
-      {Narrow(value::kLatchToPrivate), true, "on, off"},
-      {Narrow(value::kGatewayRoaming), true, "on, off"},
-      {Narrow(value::kAPScoreThreshold), true, "0 to 100"},
-      {Narrow(value::kLQCThreshold), true, "0 to 100"},
-      {Narrow(value::kScanInterval), true, "10 to 3600 s"},
-      {Narrow(value::kPassiveSuggestMode), true, "0 autoswitch, 1 event, 2 popup"},
-      {Narrow(value::kServiceEnable), false, "on, off"},
-      {Narrow(value::kRoamingEnabled), false, "on, off"},
-      {Narrow(value::kSCOREDIFFPCT), false, "0 to 100"},
-      {Narrow(value::kIgnoreVPN), false, "on, off"},
-      {Narrow(value::kRTAudioMode), false, "0, 1, 2"},
-      {Narrow(value::kRTAudioModeMbps), false, "not 0"},
+      Of(ValueKey::kAdapter, value::kEnabled),
+      Of(ValueKey::kAdapter, value::kPreferPrivateNetwork),
+      Of(ValueKey::kAdapter, value::kForceAutoConnect),
+      Of(ValueKey::kAdapter, value::kLatchToPrivate),
+      Of(ValueKey::kAdapter, value::kGatewayRoaming),
+      Of(ValueKey::kAdapter, value::kAPScoreThreshold),
+      Of(ValueKey::kAdapter, value::kLQCThreshold),
+      Of(ValueKey::kAdapter, value::kScanInterval),
+      Of(ValueKey::kAdapter, value::kPassiveSuggestMode),
+      Of(ValueKey::kHome, value::kServiceEnable),
+      Of(ValueKey::kHome, value::kRoamingEnabled),
+      Of(ValueKey::kHome, value::kSCOREDIFFPCT),
+      Of(ValueKey::kHome, value::kIgnoreVPN),
+      Of(ValueKey::kHome, value::kRTAudioMode),
+      Of(ValueKey::kHome, value::kRTAudioModeMbps),
       {"POSTMode", false, "0, 1, 2"},
-      {Narrow(value::kDBWMEnable), false, "on, off"},
-      {Narrow(value::kDBWMProbeMonthBudgetMB), false, "a number"},
-      {Narrow(value::kIDET), false, "on, off"},
-      {Narrow(value::kPalisadeOptimizer), false, "on, off"},
-      {Narrow(value::kTelemetryConnectionsCSVFileSizeMB), false, "a number, 0 for no history"},
-      {Narrow(value::kSurvey1), false, "on, off"},
-      {Narrow(value::kSurvey2), false, "on, off"},
-      {Narrow(value::kSurvey3), false, "on, off"}};
+      Of(ValueKey::kHome, value::kDBWMEnable),
+      Of(ValueKey::kHome, value::kDBWMProbeMonthBudgetMB),
+      Of(ValueKey::kHome, value::kIDET),
+      Of(ValueKey::kHome, value::kPalisadeOptimizer),
+      Of(ValueKey::kHome, value::kTelemetryConnectionsCSVFileSizeMB),
+      Of(ValueKey::kHome, value::kSurvey1),
+      Of(ValueKey::kHome, value::kSurvey2),
+      Of(ValueKey::kHome, value::kSurvey3),
+  };
   return names;
 }
 

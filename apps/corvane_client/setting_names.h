@@ -10,7 +10,7 @@ namespace corvane::client {
 struct SettingName {
   std::string name;
   bool ofAdapter;     // else of the service
-  const char* range;  // for people
+  std::string range;  // for people
 };
 const std::vector<SettingName>& SettingNames();
 const SettingName* FindSetting(const std::string& name);  // compared without regard to case

@@ -9,41 +9,38 @@
 #include "pipe/reply_text.h"
 #include "settings/global_config_container.h"
 #include "store/value_names.h"
+#include "store/value_table.h"
 
 namespace corvane::commands {
 
 namespace {
 
-// A setting that is one number of the home key.
+// A setting that is one number of the home key; the table of values has its range.
 struct GlobalSetting {
   const char16_t* name = nullptr;      // of the request and of the value
   const char16_t* constant = nullptr;  // in the log; null: a failed write is not logged
-  std::uint32_t min = 0;
-  std::uint32_t max = 1;
   std::uint32_t writeFailure = kReplyNotDone;
 };
 
-constexpr std::uint32_t kAny = 0xFFFFFFFF;
 constexpr std::array<GlobalSetting, 14> kGlobalSettings = {{
     {value::kServiceEnable, u"REGVAL_SERVICE_ENABLE"},
     {value::kRoamingEnabled, u"REGVAL_ROAMING_ENABLED"},
     {value::kDBWMEnable, u"REGKEY_VALUE_APS_DBWM_ENABLE"},
-    {value::kRTAudioModeMbps, u"REGKEY_VALUE_RE_AUDIO_MBPS", 1, kAny, kReplyOutOfRange},
-    {value::kRTAudioMode, u"REGKEY_VALUE_RT_AUDIO_MODE", 0, 2},
-    {value::kDBWMProbeMonthBudgetMB, nullptr, 0, kAny, kReplyBudgetNotWritten},
+    {value::kRTAudioModeMbps, u"REGKEY_VALUE_RE_AUDIO_MBPS", kReplyOutOfRange},
+    {value::kRTAudioMode, u"REGKEY_VALUE_RT_AUDIO_MODE"},
+    {value::kDBWMProbeMonthBudgetMB, nullptr, kReplyBudgetNotWritten},
     {value::kIDET, u"REGVAL_IDET"},
     {value::kIgnoreVPN, u"REGVAL_IGNOREVPN"},
     {value::kPalisadeOptimizer, u"REGVAL_PALISADE_OPTIMIZER"},
-    {value::kTelemetryConnectionsCSVFileSizeMB, nullptr, 0, kAny},
-    {value::kSCOREDIFFPCT, u"REGVAL_SCOREDIFFPCT", 0, 100},
+    {value::kTelemetryConnectionsCSVFileSizeMB, nullptr},
+    {value::kSCOREDIFFPCT, u"REGVAL_SCOREDIFFPCT"},
     {value::kSurvey1, value::kSurvey1},
     {value::kSurvey2, value::kSurvey2},
     {value::kSurvey3, value::kSurvey3},
 }};
 
 bool Write(const char16_t* name, std::uint32_t number) {
-  const auto registry = CGlobalConfigContainer::GetInstance().GetRegistry();
-  return registry && registry->SetRegistryDWORDValue(name, number);
+  return CGlobalConfigContainer::GetInstance().SetDWORD(name, number);
 }
 
 bool WriteLogged(const char16_t* name, const char16_t* constant, std::uint32_t number) {
@@ -56,7 +53,8 @@ bool WriteLogged(const char16_t* name, const char16_t* constant, std::uint32_t n
 }
 
 std::uint32_t WriteSetting(const GlobalSetting& setting, std::uint32_t number) {
-  if (number < setting.min || number > setting.max) return kReplyOutOfRange;
+  const ValueRow* row = FindValue(ValueKey::kHome, setting.name);
+  if (!row || !IsInRange(*row, number)) return kReplyOutOfRange;
   if (WStringView(setting.name) == value::kServiceEnable && number == 1) OpenFirstWindows();
   return WriteLogged(setting.name, setting.constant, number) ? kReplyOk : setting.writeFailure;
 }
