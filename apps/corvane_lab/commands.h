@@ -18,6 +18,7 @@ int ElementsCommand(const std::vector<std::string>& words);
 int EngineCommand(const std::vector<std::string>& words);
 int CompareCommand(const std::vector<std::string>& words);
 int MakeWorldCommand(const std::vector<std::string>& words);
+int RegistryCommand(const std::vector<std::string>& words);
 
 // What ElementsCommand prints for a beacon that has a frequency. On a platform in force.
 std::string ElementsLine(const platform::sim::CapturedBeacon& beacon);
@@ -66,6 +67,9 @@ inline constexpr char kEngineHelp[] =
     "    --faults P      P percent of the platform's calls fail, by the seed (implies "
     "--interleave)\n"
     "    --seeds A-B     runs each of these seeds and reports only those that go wrong\n";
+inline constexpr char kRegistryHelp[] =
+    "corvane-lab registry\n"
+    "    Prints docs/registry.md: what each value of the registry is.\n";
 inline constexpr char kElementsHelp[] =
     "corvane-lab elements FILE.jsonl\n"
     "    Decodes the elements of each captured beacon and prints one JSON object a line.\n";

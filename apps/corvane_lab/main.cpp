@@ -22,7 +22,8 @@ constexpr Command kCommands[] = {{"run", &RunCommand, kRunHelp},
                                  {"explain", &ExplainCommand, kExplainHelp},
                                  {"engine", &EngineCommand, kEngineHelp},
                                  {"compare", &CompareCommand, kCompareHelp},
-                                 {"make-world", &MakeWorldCommand, kMakeWorldHelp}};
+                                 {"make-world", &MakeWorldCommand, kMakeWorldHelp},
+                                 {"registry", &RegistryCommand, kRegistryHelp}};
 
 void PrintHelp(std::FILE* out) {
   std::fputs("corvane-lab: the workbench of the Wi-Fi selection service, in virtual time\n\n", out);
