@@ -90,11 +90,11 @@ bool CLBConfig::EnableLBEngine(std::uint32_t mode, bool bQueue) {
   } else if (m_WeightMode == kLBWeightModeNotSet) {
     m_WeightMode = kDefaultWeightMode;
   }
-  if (!WriteNumber(value::kLBWeightMode, m_WeightMode)) {
+  if (!SetDWORD(value::kLBWeightMode, m_WeightMode)) {
     LOG_ERROR(u"CLBConfig::EnableLBEngine: SetRegistry_LB_WeightMode() FAILED! m_WeightMode = %lu",
               m_WeightMode.load());
   }
-  if (!WriteNumber(value::kLBEnabled, 1)) {
+  if (!SetDWORD(value::kLBEnabled, 1)) {
     LOG_ERROR(u"CLBConfig::EnableLBEngine: SetRegistry_LB_Enabled(1) FAILED!");
     return false;
   }
@@ -104,7 +104,7 @@ bool CLBConfig::EnableLBEngine(std::uint32_t mode, bool bQueue) {
 }
 
 bool CLBConfig::DisableLBEngine(bool bWriteRegistry, bool bQueue) {
-  if (bWriteRegistry && !WriteNumber(value::kLBEnabled, 0)) {
+  if (bWriteRegistry && !SetDWORD(value::kLBEnabled, 0)) {
     LOG_ERROR(u"CLBConfig::DisableLBEngine: SetRegistry_LB_Enabled(0) FAILED!");
     return false;
   }
@@ -118,7 +118,7 @@ bool CLBConfig::SetLBWeightMode(std::uint32_t mode) {
     LOG_ERROR(u"CLBConfig::SetLBWeightMode: Error! bad m_WeightMode = %lu", mode);
     return false;
   }
-  if (!WriteNumber(value::kLBWeightMode, mode)) {
+  if (!SetDWORD(value::kLBWeightMode, mode)) {
     LOG_ERROR(u"CLBConfig::SetLBWeightMode: SetRegistry_LB_WeightMode() FAILED! m_WeightMode = %lu",
               mode);
     return false;
@@ -147,7 +147,7 @@ void CLBConfig::GetLBEnabled(std::uint32_t* value) const {
 }
 
 bool CLBConfig::SetPausedState(bool bPaused) {
-  if (!WriteNumber(value::kLBPaused, bPaused)) {
+  if (!SetDWORD(value::kLBPaused, bPaused)) {
     LOG_ERROR(u"CLBConfig::SetPausedState: SetRegistry_LB_Paused(%i) FAILED!", bPaused ? 1 : 0);
     return false;
   }
@@ -155,15 +155,9 @@ bool CLBConfig::SetPausedState(bool bPaused) {
   return true;
 }
 
-bool CLBConfig::WriteNumber(const char16_t* name, std::uint32_t number) {
-  const auto registry = GetRegistry();
-  return registry && registry->SetRegistryDWORDValue(name, number);
-}
-
 std::uint32_t CLBConfig::ReadNumber(const char16_t* name, std::uint32_t absent) const {
-  const auto registry = GetRegistry();
   std::uint32_t number = absent;
-  if (registry) registry->GetRegistryDWORDValue(name, &number);
+  GetDWORD(name, &number);
   return number;
 }
 

@@ -65,7 +65,6 @@ class CLBConfig final : public CThread<CLBConfig>, public CRegistryHelperBase {
   ~CLBConfig();
 
   bool SetPausedState(bool bPaused);
-  bool WriteNumber(const char16_t* name, std::uint32_t number);
   std::uint32_t ReadNumber(const char16_t* name, std::uint32_t absent) const;
 
   void EnqueueWorkItem(std::uint32_t cmd);
