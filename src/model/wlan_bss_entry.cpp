@@ -12,6 +12,8 @@
 #include "platform/clock_api.h"
 #include "platform/platform.h"
 #include "score/final_score.h"
+#include "score/network_facts.h"
+#include "score/score_terms.h"
 #include "score/subtotal.h"
 #include "settings/global_config_container.h"
 #include "store/process_flags.h"
@@ -22,8 +24,6 @@ namespace {
 
 constexpr std::uint64_t kElementsKeptMs = 60000;
 constexpr std::size_t kScoresKept = 5;
-constexpr std::uint32_t kFilterPermitted = 1;
-constexpr std::int32_t kCategoryPrivate = 1;
 
 // What a score takes from the adapter's configuration; the defaults when it is gone.
 struct AdapterFacts {
@@ -172,7 +172,7 @@ std::int32_t CWlanBssEntry::GetScore(bool bLog) {
     in.bandAverage = IsIn5GHzRange() ? adapter.averageScore5 : adapter.averageScore2;
     in.loadWeight = adapter.weights.QBSSBumpMax;
   }
-  in.guest = ToLower(m_SSIDW).find(u"guest") != WString::npos;
+  in.guest = IsGuestNetwork(m_SSIDW);
   in.bluetoothBand = !IsIn5GHzRange();
   in.bluetoothPenalty = m_BTPenalty;
   return ComputeFinalScore(in, bLog ? &m_FinalScoreLog : nullptr);

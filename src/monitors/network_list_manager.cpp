@@ -73,19 +73,6 @@ const char16_t* ConnectivityWord(std::uint32_t flags, const char16_t* neither) {
 
 }  // namespace
 
-const char16_t* NetworkCategoryName(std::int32_t category) {
-  switch (category) {
-    case 0:
-      return u"Public";
-    case 1:
-      return u"Private";
-    case 2:
-      return u"Domain";
-    default:
-      return u"Unknown";
-  }
-}
-
 int NlmDebugLevel() { return g_DebugLevel.load(std::memory_order_relaxed); }
 void CNetworkListManager::SetDebugLevel(int level) { g_DebugLevel = level; }
 
@@ -273,10 +260,9 @@ HRESULT CNetworkListManager::ResetNLMInstance() {
 }
 
 std::int32_t CNetworkListManager::CategoryOf(WStringView base) {
-  constexpr std::int32_t kUnknown = -1;
-  std::int32_t category = kUnknown;
+  std::int32_t category = kCategoryUnknown;
   CNetworkListManager* const list = Find();
-  return list && list->GetCatForBaseNetname(base, &category, false) ? category : kUnknown;
+  return list && list->GetCatForBaseNetname(base, &category, false) ? category : kCategoryUnknown;
 }
 
 bool CNetworkListManager::GetCatForBaseNetname(WStringView base, std::int32_t* category,

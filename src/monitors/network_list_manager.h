@@ -11,10 +11,6 @@
 
 namespace corvane {
 
-// NLM_CONNECTIVITY, the flags in use.
-inline constexpr std::uint32_t kConnectivityInternet = 0x440;
-inline constexpr std::uint32_t kConnectivityNoInternet = 0x333;
-
 // The table of networks by base name. The main thread refreshes it; any thread looks things up and
 // sees whole records only.
 class CNetworkListManager {

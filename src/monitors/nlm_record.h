@@ -4,6 +4,7 @@
 #include <map>
 
 #include "foundation/text.h"
+#include "score/network_facts.h"
 
 namespace corvane {
 
@@ -13,7 +14,7 @@ struct NlmNetworkRecord {
   WString base;
   std::map<WString, std::int32_t, std::less<>> others;  // every instance name seen
   WString desc;
-  std::int32_t cat = 2;  // 0 public, 1 private, 2 domain
+  std::int32_t cat = kCategoryDomain;
   bool iscon = false;
   bool isinet = false;
   std::uint32_t connectivity = 0;
@@ -21,8 +22,5 @@ struct NlmNetworkRecord {
   std::uint64_t createdTime = 0;
   bool seen = false;
 };
-
-// "Public", "Private", "Domain", "Unknown".
-const char16_t* NetworkCategoryName(std::int32_t category);
 
 }  // namespace corvane

@@ -12,8 +12,6 @@ namespace corvane {
 
 namespace {
 
-constexpr std::int32_t kCategoryPrivate = 1;
-constexpr std::uint32_t kFilterDenied = 2;
 constexpr std::uint32_t kMissingScansAllowed = 2;
 
 bool IsOnSystemDenyList(const CWlanBssEntry& entry) {

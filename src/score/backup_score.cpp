@@ -3,13 +3,11 @@
 #include <algorithm>
 #include <cmath>
 
+#include "score/score_terms.h"
+
 namespace corvane {
 
 namespace {
-
-constexpr double kGoodQuality = 50.0;
-constexpr std::int32_t kWeakSignalPointsMax = 10;
-constexpr std::int32_t kGuestPoints = 3;
 
 // DOT11_PHY_TYPE
 constexpr std::int32_t kPhyHt = 7;
@@ -33,11 +31,11 @@ std::int64_t RatePoints(std::uint64_t mbps, double bump) {
 std::int64_t GenerationPoints(std::int32_t phyType) {
   switch (phyType) {
     case kPhyHt:
-      return 5;
+      return kGenerationPoints;
     case kPhyVht:
-      return 10;
+      return 2 * kGenerationPoints;
     case kPhyHe:
-      return 15;
+      return 3 * kGenerationPoints;
     default:
       return 0;
   }
@@ -53,10 +51,7 @@ std::int32_t ComputeBackupScore(const BackupScoreInputs& in) {
   sum += GenerationPoints(in.phyType);
   sum += std::max(in.bandAverage > 0 ? in.bandAverage : in.rememberedAverage, 0);
   if (in.guest) sum = std::max<std::int64_t>(sum - kGuestPoints, 0);
-  if (in.quality < 50) {
-    const std::int64_t weak = Rounded((kGoodQuality - in.quality) / 5.0 + 0.5);
-    sum -= std::min({weak, std::int64_t{kWeakSignalPointsMax}, sum});
-  }
+  sum -= std::min(std::int64_t{WeakSignalPoints(in.quality)}, sum);
   return static_cast<std::int32_t>(std::min<std::int64_t>(sum, INT32_MAX));
 }
 

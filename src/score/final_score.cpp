@@ -2,15 +2,14 @@
 
 #include <algorithm>
 
+#include "score/score_terms.h"
 #include "score/text_builder.h"
-#include "score/weight_points.h"
 
 namespace corvane {
 
 namespace {
 
 constexpr std::uint8_t kNoLoadInformation = 255;
-constexpr std::int32_t kGuestPoints = 3;
 
 struct Term {
   std::int32_t points;

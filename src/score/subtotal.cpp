@@ -3,25 +3,20 @@
 #include <algorithm>
 #include <cmath>
 
+#include "score/network_facts.h"
+#include "score/score_terms.h"
 #include "score/text_builder.h"
-#include "score/weight_points.h"
 
 namespace corvane {
 
 namespace {
 
-constexpr std::uint32_t kConnectivityInternet = 0x440;    // NLM_CONNECTIVITY_IPV4/IPV6_INTERNET
-constexpr std::uint32_t kConnectivityNoInternet = 0x333;  // no traffic, subnet, local network
-constexpr std::int32_t kGenerationPoints = 5;
 constexpr std::int32_t kRatePointsMax = 30;
-constexpr std::int32_t kWeakSignalPointsMax = 10;
-constexpr double kGoodQuality = 50.0;
 
 std::int32_t Trunc(double value) {
   return static_cast<std::int32_t>(std::clamp(value, -2.1e9, 2.1e9));
 }
-// Nearest whole number, halves away from zero.
-std::int32_t Round(double value) { return Trunc(std::round(value)); }
+
 struct SecurityStep {
   std::uint32_t bit;
   std::string_view text;
@@ -145,8 +140,7 @@ class Subtotal {
   }
 
   void TakeWeakSignal() {
-    std::int32_t points = m_Quality < 50 ? Round((kGoodQuality - m_Quality) / 5.0 + 0.5) : 0;
-    points = std::min({points, kWeakSignalPointsMax, m_Sum});
+    const std::int32_t points = std::min(WeakSignalPoints(m_Quality), m_Sum);
     m_Sum -= points;
     if (points != 0) {
       m_Log << ",NEG_SIGQ(-" << points << ")";

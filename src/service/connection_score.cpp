@@ -2,13 +2,13 @@
 
 #include "monitors/network_list_manager.h"
 #include "score/backup_score.h"
+#include "score/score_terms.h"
 #include "service/main_worker.h"
 
 namespace corvane {
 
 std::int32_t CQUAYMainWorker::ComputeBackupScore(const platform::WLAN_CONNECTION_ATTRIBUTES& attrs,
                                                  std::uint32_t channel) {
-  constexpr std::int32_t kCategoryPrivate = 1;
   const auto& association = attrs.wlanAssociationAttributes;
   const WString ssid = SsidText(association.dot11Ssid);
 
@@ -26,7 +26,7 @@ std::int32_t CQUAYMainWorker::ComputeBackupScore(const platform::WLAN_CONNECTION
   in.phyType = static_cast<std::int32_t>(association.dot11PhyType);
   in.bandAverage = average;
   in.rememberedAverage = remembered;
-  in.guest = ToLower(ssid).find(u"guest") != WString::npos;
+  in.guest = IsGuestNetwork(ssid);
   return corvane::ComputeBackupScore(in);
 }
 

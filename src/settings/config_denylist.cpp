@@ -2,17 +2,12 @@
 
 #include "report/etw_trellis.h"
 #include "report/popup_suggestion.h"
+#include "score/network_facts.h"
 #include "settings/global_config_container.h"
 #include "store/ap_list_json.h"
 #include "store/value_names.h"
 
 namespace corvane {
-
-namespace {
-
-constexpr std::uint32_t kFilterDenied = 2;
-
-}  // namespace
 
 CConfigDenylist::CConfigDenylist() : CConfigApList(kKind) {}
 

@@ -6,13 +6,12 @@
 #include "platform/clock_api.h"
 #include "platform/platform.h"
 #include "platform/session_api.h"
+#include "score/network_facts.h"
 #include "wlan/wlan_queries.h"
 
 namespace corvane {
 
 namespace {
-
-constexpr std::int32_t kCategoryPrivate = 1;
 
 // The lists as one text, for the log.
 template <class List, class TextOf>

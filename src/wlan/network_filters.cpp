@@ -3,6 +3,7 @@
 #include "foundation/log_lines.h"
 #include "platform/platform.h"
 #include "platform/wlan_api.h"
+#include "score/network_facts.h"
 #include "settings/global_config_container.h"
 #include "store/csv_helper.h"
 #include "store/value_names.h"
@@ -16,8 +17,6 @@ namespace {
 
 using namespace platform;
 
-constexpr std::uint32_t kPermitted = 1, kDenied = 2;
-
 // A network on a permit and on a deny list ends as denied: the deny lists come last.
 struct FilterList {
   LONG type;
@@ -25,10 +24,10 @@ struct FilterList {
   std::uint32_t kind;
 };
 constexpr FilterList kFilterLists[] = {
-    {wlan_filter_list_type_gp_permit, u"wlan_filter_list_type_gp_permit", kPermitted},
-    {wlan_filter_list_type_user_permit, u"wlan_filter_list_type_user_permit", kPermitted},
-    {wlan_filter_list_type_gp_deny, u"wlan_filter_list_type_gp_deny", kDenied},
-    {wlan_filter_list_type_user_deny, u"wlan_filter_list_type_user_deny", kDenied},
+    {wlan_filter_list_type_gp_permit, u"wlan_filter_list_type_gp_permit", kFilterPermitted},
+    {wlan_filter_list_type_user_permit, u"wlan_filter_list_type_user_permit", kFilterPermitted},
+    {wlan_filter_list_type_gp_deny, u"wlan_filter_list_type_gp_deny", kFilterDenied},
+    {wlan_filter_list_type_user_deny, u"wlan_filter_list_type_user_deny", kFilterDenied},
 };
 
 DWORD ReadFilterList(HANDLE client, LONG type, std::vector<WString>* ssids) {
@@ -66,9 +65,9 @@ void RefreshNetworkAllowDenyFilters(const AdapterIdentity& adapter) {
     }
     for (const WString& ssid : ssids) {
       global.SetNetworkFilter(ssid, filter.kind);
-      (filter.kind == kPermitted ? permitted : denied)->AddString(ssid, false);
+      (filter.kind == kFilterPermitted ? permitted : denied)->AddString(ssid, false);
     }
-    if (filter.kind == kPermitted) permitRows += static_cast<std::uint32_t>(ssids.size());
+    if (filter.kind == kFilterPermitted) permitRows += static_cast<std::uint32_t>(ssids.size());
   }
   global.m_PermitFilterCount = permitRows;
 
