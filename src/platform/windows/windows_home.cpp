@@ -1,10 +1,10 @@
 #include "platform/windows/windows_home.h"
 
-#include <vector>
-
 #include "platform/sim/kernel/sim_text.h"
 #include "platform/utf.h"
 #include "platform/windows/long_path.h"
+#include "platform/windows/process_user.h"
+#include "platform/windows/trusted_owner.h"
 #include "platform/windows/win32.h"
 #include "platform/windows/windows_error.h"
 
@@ -13,10 +13,11 @@ namespace corvane::platform::windows {
 namespace {
 
 constexpr std::u16string_view kFolder = u"\\OstrelNetworks\\Corvane";
+constexpr std::u16string_view kMakersFolder = kFolder.substr(0, kFolder.rfind(u'\\'));
 // Protected from what is inherited; what is made inside inherits these rights.
-constexpr wchar_t kOpenRights[] =
-    L"D:P(A;OICI;GA;;;SY)(A;OICI;GA;;;BA)(A;OICI;GA;;;%s)(A;OICI;GRGX;;;BU)";
-constexpr wchar_t kPrivateRights[] = L"D:P(A;OICI;GA;;;SY)(A;OICI;GA;;;%s)";
+constexpr wchar_t kOpenRights[] = L"D:P(A;OICI;FA;;;SY)(A;OICI;FA;;;BA)(A;OICI;FRFX;;;BU)";
+constexpr wchar_t kPrivateRights[] = L"D:P(A;OICI;FA;;;SY)(A;OICI;FA;;;%s)";
+constexpr wchar_t kPrivateFileRights[] = L"D:P(A;;FA;;;SY)(A;;FA;;;%s)";
 
 [[noreturn]] void Unusable(const std::u16string& path, DWORD error) {
   throw WindowsError("the folder " + sim::ToUtf8(path) + " cannot be used: " + ErrorText(error));
@@ -29,45 +30,106 @@ std::u16string ProgramData() {
   return result == S_OK ? folder : u"";
 }
 
-// The account of this process as "S-1-...": it must be able to write what it keeps.
-std::wstring OwnSid() {
-  HANDLE token = nullptr;
-  std::wstring sid = L"SY";
-  if (!::OpenProcessToken(::GetCurrentProcess(), TOKEN_QUERY, &token)) return sid;
-  ::DWORD size = 0;
-  ::GetTokenInformation(token, TokenUser, nullptr, 0, &size);
-  std::vector<char> user(size);
-  wchar_t* text = nullptr;
-  if (size > 0 && ::GetTokenInformation(token, TokenUser, user.data(), size, &size) &&
-      ::ConvertSidToStringSidW(reinterpret_cast<TOKEN_USER*>(user.data())->User.Sid, &text)) {
-    sid = text;
-    ::LocalFree(text);
-  }
-  ::CloseHandle(token);
-  return sid;
-}
-
-void MakeFolder(const std::u16string& path, const wchar_t* rights) {
-  std::wstring sddl = rights;
-  sddl.replace(sddl.find(L"%s"), 2, OwnSid());
-  SECURITY_ATTRIBUTES attributes;
-  if (!::ConvertStringSecurityDescriptorToSecurityDescriptorW(
-          sddl.c_str(), SDDL_REVISION_1, &attributes.lpSecurityDescriptor, nullptr)) {
-    Unusable(path, ::GetLastError());
-  }
-  const std::wstring name = LongPath(path);
-  DWORD error = ERROR_SUCCESS;
-  if (!::CreateDirectoryW(name.c_str(), As<::SECURITY_ATTRIBUTES>(&attributes))) {
-    error = ::GetLastError();
-    if (error == ERROR_ALREADY_EXISTS) {
-      error = ::SetFileSecurityW(name.c_str(), DACL_SECURITY_INFORMATION,
-                                 attributes.lpSecurityDescriptor)
-                  ? ERROR_SUCCESS
-                  : ::GetLastError();
+// Rights by their text, in which %s is the account of this process: it must be able to write what
+// it keeps.
+class Rights {
+ public:
+  Rights(const std::u16string& path, std::wstring sddl) {
+    if (const std::size_t at = sddl.find(L"%s"); at != sddl.npos) {
+      const std::wstring own = ProcessUser().SidText();
+      sddl.replace(at, 2, own.empty() ? L"SY" : own);
+    }
+    if (!::ConvertStringSecurityDescriptorToSecurityDescriptorW(sddl.c_str(), SDDL_REVISION_1,
+                                                                &m_pDescriptor, nullptr)) {
+      Unusable(path, ::GetLastError());
     }
   }
-  ::LocalFree(attributes.lpSecurityDescriptor);
-  if (error != ERROR_SUCCESS) Unusable(path, error);
+  ~Rights() { ::LocalFree(m_pDescriptor); }
+  Rights(const Rights&) = delete;
+  Rights& operator=(const Rights&) = delete;
+
+  void* Descriptor() const { return m_pDescriptor; }
+
+ private:
+  void* m_pDescriptor = nullptr;
+};
+
+// A folder that is there. %ProgramData% lets every user make one of any name beforehand: what
+// belongs to such a user, or leads elsewhere, is refused.
+class ExistingFolder {
+ public:
+  explicit ExistingFolder(const std::u16string& path)
+      : m_Path(path),
+        m_Folder(::CreateFileW(
+            LongPath(path).c_str(), READ_CONTROL | WRITE_DAC,
+            FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
+            FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr)) {
+    if (m_Folder == INVALID_HANDLE_VALUE) Unusable(path, ::GetLastError());
+    try {
+      Check();
+    } catch (...) {
+      ::CloseHandle(m_Folder);
+      throw;
+    }
+  }
+  ~ExistingFolder() { ::CloseHandle(m_Folder); }
+  ExistingFolder(const ExistingFolder&) = delete;
+  ExistingFolder& operator=(const ExistingFolder&) = delete;
+
+  // Of the folder that was looked at, whatever has its name by now.
+  void Set(const Rights& rights) const {
+    if (!::SetKernelObjectSecurity(m_Folder, DACL_SECURITY_INFORMATION, rights.Descriptor()))
+      Unusable(m_Path, ::GetLastError());
+  }
+
+ private:
+  void Check() const {
+    ::BY_HANDLE_FILE_INFORMATION facts{};
+    if (!::GetFileInformationByHandle(m_Folder, &facts)) Unusable(m_Path, ::GetLastError());
+    if ((facts.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0) Unusable(m_Path, ERROR_DIRECTORY);
+    if ((facts.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0) {
+      throw WindowsError("the folder " + sim::ToUtf8(m_Path) +
+                         " is a link to another place; remove it");
+    }
+    if (!HasTrustedOwner(m_Folder)) {
+      throw WindowsError("the folder " + sim::ToUtf8(m_Path) +
+                         " belongs to another account, which could change what is kept in it; "
+                         "rename or remove it");
+    }
+  }
+
+  const std::u16string m_Path;
+  const HANDLE m_Folder;
+};
+
+void MakeFolder(const std::u16string& path, const wchar_t* text) {
+  const Rights rights(path, text);
+  SECURITY_ATTRIBUTES attributes;
+  attributes.lpSecurityDescriptor = rights.Descriptor();
+  if (::CreateDirectoryW(LongPath(path).c_str(), As<::SECURITY_ATTRIBUTES>(&attributes))) return;
+  const DWORD error = ::GetLastError();
+  if (error != ERROR_ALREADY_EXISTS) Unusable(path, error);
+  ExistingFolder(path).Set(rights);
+}
+
+// A file keeps the rights that it was made with: by the service when it ran as another account, or
+// elsewhere, when somebody has moved it here.
+void SetRightsOfFiles(const std::u16string& folder, const wchar_t* text) {
+  const Rights rights(folder, text);
+  ::WIN32_FIND_DATAW found{};
+  const HANDLE search = ::FindFirstFileW(LongPath(folder + u"\\*").c_str(), &found);
+  if (search == INVALID_HANDLE_VALUE) return;
+  do {
+    if ((found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) continue;
+    const auto* const name = reinterpret_cast<const char16_t*>(found.cFileName);
+    const std::u16string path = folder + u'\\' + name;
+    if (::SetFileSecurityW(LongPath(path).c_str(), DACL_SECURITY_INFORMATION, rights.Descriptor()))
+      continue;
+    const DWORD error = ::GetLastError();
+    ::FindClose(search);
+    Unusable(path, error);
+  } while (::FindNextFileW(search, &found));
+  ::FindClose(search);
 }
 
 }  // namespace
@@ -95,8 +157,10 @@ WindowsHome::WindowsHome(const std::string& root) : m_Path(Locate(root)) {
       if (error != ERROR_ALREADY_EXISTS && error != ERROR_ACCESS_DENIED) Unusable(parent, error);
     }
   }
+  static_cast<void>(ExistingFolder(m_Root + std::u16string(kMakersFolder)));
   MakeFolder(m_Path, kOpenRights);
   MakeFolder(PrivatePath(), kPrivateRights);
+  SetRightsOfFiles(PrivatePath(), kPrivateFileRights);
 }
 
 }  // namespace corvane::platform::windows

@@ -12,7 +12,8 @@ bool IsAdministrator();
 //                                          write, users read
 //   <root>\OstrelNetworks\Corvane\private  the private key: the system and whoever runs the service
 //
-// <root> is %ProgramData%. Rights of folders that exist are set anew.
+// <root> is %ProgramData%. Rights of folders that exist are set anew, and those of what is in the
+// private one; folders of other accounts, and links, are refused.
 class WindowsHome {
  public:
   // `root` in UTF-8; empty for %ProgramData%. Throws WindowsError with the folder and the reason.

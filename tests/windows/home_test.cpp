@@ -1,0 +1,97 @@
+// The folders of an installation, and who may change what the service relies on.
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "any_host/temp_directory.h"
+#include "platform/utf.h"
+#include "platform/windows/trusted_owner.h"
+#include "platform/windows/win32.h"
+#include "platform/windows/windows_error.h"
+#include "platform/windows/windows_home.h"
+
+namespace corvane::test {
+
+using namespace platform;
+using namespace platform::windows;
+
+namespace {
+
+// An event whose security is described so.
+HANDLE EventOf(const wchar_t* sddl) {
+  ::SECURITY_ATTRIBUTES attributes{sizeof(attributes), nullptr, FALSE};
+  ::ConvertStringSecurityDescriptorToSecurityDescriptorW(sddl, SDDL_REVISION_1,
+                                                         &attributes.lpSecurityDescriptor, nullptr);
+  const HANDLE event = ::CreateEventW(&attributes, TRUE, TRUE, nullptr);
+  ::LocalFree(attributes.lpSecurityDescriptor);
+  return event;
+}
+
+std::wstring RightsOf(const std::string& path) {
+  char descriptor[4096] = {};
+  ::DWORD size = 0;
+  wchar_t* text = nullptr;
+  ::GetFileSecurityW(Wide(ToUtf16(path).c_str()), DACL_SECURITY_INFORMATION, descriptor,
+                     sizeof(descriptor), &size);
+  ::ConvertSecurityDescriptorToStringSecurityDescriptorW(descriptor, SDDL_REVISION_1,
+                                                         DACL_SECURITY_INFORMATION, &text, nullptr);
+  const std::wstring rights = text ? text : L"";
+  ::LocalFree(text);
+  return rights;
+}
+
+void OpenToAll(const std::string& path) {
+  void* descriptor = nullptr;
+  ::ConvertStringSecurityDescriptorToSecurityDescriptorW(L"D:P(A;;FA;;;WD)", SDDL_REVISION_1,
+                                                         &descriptor, nullptr);
+  EXPECT_TRUE(
+      ::SetFileSecurityW(Wide(ToUtf16(path).c_str()), DACL_SECURITY_INFORMATION, descriptor));
+  ::LocalFree(descriptor);
+}
+
+}  // namespace
+
+TEST(WindowsHome, SetsTheRightsOfWhatIsThereAnew) {
+  const TempDirectory root;
+  const std::string folder = root / "OstrelNetworks/Corvane/private";
+  const std::string key = folder + "/client_key.dpapi";
+  { const WindowsHome home(root.Path()); }
+  std::ofstream(key) << "moved in from elsewhere";
+  OpenToAll(folder);
+  OpenToAll(key);
+  EXPECT_NE(RightsOf(key).find(L";WD)"), std::wstring::npos) << RightsOf(key);
+  const WindowsHome home(root.Path());
+  EXPECT_FALSE(RightsOf(key).empty());
+  EXPECT_EQ(RightsOf(key).find(L";WD)"), std::wstring::npos) << RightsOf(key);
+  EXPECT_EQ(RightsOf(folder).find(L";WD)"), std::wstring::npos) << RightsOf(folder);
+  std::ofstream(key) << "and is the service's to write";
+  EXPECT_GT(std::filesystem::file_size(key), 25u);
+}
+
+TEST(WindowsHome, TakesNoFileForAFolder) {
+  const TempDirectory root;
+  std::filesystem::create_directories(root / "OstrelNetworks");
+  std::ofstream(root / "OstrelNetworks/Corvane") << "a file";
+  EXPECT_THROW(WindowsHome{root.Path()}, WindowsError);
+}
+
+TEST(TrustedOwner, IsTheSystemAnAdministratorOrThisAccount) {
+  const struct {
+    const wchar_t* sddl;
+    bool isTrusted;
+  } kCases[] = {{L"O:SYD:(A;;GA;;;WD)", true},
+                {L"O:BAD:(A;;GA;;;WD)", true},
+                {L"D:(A;;GA;;;WD)", true},  // of whoever makes it
+                {L"O:BUD:(A;;GA;;;WD)", false},
+                {L"O:S-1-5-21-1-2-3-1001D:(A;;GA;;;WD)", false}};
+  for (const auto& one : kCases) {
+    const HANDLE event = EventOf(one.sddl);
+    EXPECT_EQ(HasTrustedOwner(event), one.isTrusted) << &one - kCases;
+    ::CloseHandle(event);
+  }
+  EXPECT_FALSE(HasTrustedOwner(nullptr));
+}
+
+}  // namespace corvane::test
