@@ -11,6 +11,7 @@
 #include "platform/windows/win32.h"
 #include "platform/windows/windows_error.h"
 #include "platform/windows/windows_home.h"
+#include "platform/windows/windows_instance.h"
 
 namespace corvane::test {
 
@@ -19,12 +20,14 @@ using namespace platform::windows;
 
 namespace {
 
+constexpr wchar_t kStopEvent[] = L"Global\\OstrelNetworks.Corvane.Stop";
+
 // An event whose security is described so.
-HANDLE EventOf(const wchar_t* sddl) {
+HANDLE EventOf(const wchar_t* sddl, const wchar_t* name = nullptr) {
   ::SECURITY_ATTRIBUTES attributes{sizeof(attributes), nullptr, FALSE};
   ::ConvertStringSecurityDescriptorToSecurityDescriptorW(sddl, SDDL_REVISION_1,
                                                          &attributes.lpSecurityDescriptor, nullptr);
-  const HANDLE event = ::CreateEventW(&attributes, TRUE, TRUE, nullptr);
+  const HANDLE event = ::CreateEventW(&attributes, TRUE, TRUE, name);
   ::LocalFree(attributes.lpSecurityDescriptor);
   return event;
 }
@@ -92,6 +95,22 @@ TEST(TrustedOwner, IsTheSystemAnAdministratorOrThisAccount) {
     ::CloseHandle(event);
   }
   EXPECT_FALSE(HasTrustedOwner(nullptr));
+}
+
+// Whoever owns the event that stops the service could stop it at will.
+TEST(WindowsInstance, StartsWithNoStopEventOfAnotherAccount) {
+  const HANDLE foreign = EventOf(L"O:BUD:(A;;GA;;;WD)", kStopEvent);
+  ASSERT_TRUE(foreign);
+  EXPECT_THROW(WindowsInstance{false}, WindowsError);
+  EXPECT_FALSE(WindowsInstance::IsRunning()) << "nothing is left of the attempt";
+  ::CloseHandle(foreign);
+  const HANDLE asked = EventOf(L"D:(A;;GA;;;WD)", kStopEvent);  // of an earlier --stop, and set
+  {
+    const WindowsInstance instance(false);
+    EXPECT_EQ(::WaitForSingleObject(instance.StopEvent(), 0), ::DWORD{WAIT_TIMEOUT});
+    EXPECT_TRUE(WindowsInstance::IsRunning());
+  }
+  ::CloseHandle(asked);
 }
 
 }  // namespace corvane::test

@@ -1,5 +1,6 @@
 #include "platform/windows/windows_instance.h"
 
+#include "platform/windows/trusted_owner.h"
 #include "platform/windows/win32.h"
 #include "platform/windows/windows_error.h"
 
@@ -45,7 +46,7 @@ WindowsInstance::WindowsInstance(bool share) {
       throw WindowsError("another instance runs on this machine; end it first");
     }
     m_Stop = ::CreateEventW(access.Get(), TRUE, FALSE, kStop);
-    if (m_Stop) ::ResetEvent(m_Stop);  // whoever asked the last one to stop may hold it still
+    if (m_Stop && ::GetLastError() == ERROR_ALREADY_EXISTS) Adopt();
   } else {
     m_Stop = ::CreateEventW(nullptr, TRUE, FALSE, nullptr);
   }
@@ -54,6 +55,20 @@ WindowsInstance::WindowsInstance(bool share) {
     if (m_Mutex) ::CloseHandle(m_Mutex);
     throw WindowsError("the event that stops it cannot be made: " + ErrorText(error));
   }
+}
+
+// Whoever asked the last instance to stop may hold its event still. One that any other user has
+// made is his to set at will.
+void WindowsInstance::Adopt() const {
+  if (HasTrustedOwner(m_Stop)) {
+    ::ResetEvent(m_Stop);
+    return;
+  }
+  ::CloseHandle(m_Stop);
+  ::CloseHandle(m_Mutex);
+  throw WindowsError(
+      "the event that stops it belongs to another account; end the program that "
+      "has made it");
 }
 
 WindowsInstance::~WindowsInstance() {

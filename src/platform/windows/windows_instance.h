@@ -22,6 +22,8 @@ class WindowsInstance {
   static DWORD RequestStop(DWORD milliseconds);
 
  private:
+  void Adopt() const;
+
   HANDLE m_Mutex = nullptr;
   HANDLE m_Stop = nullptr;
 };
