@@ -5,12 +5,15 @@
 #include "platform/windows/windows_clock.h"
 #include "platform/windows/windows_files.h"
 #include "platform/windows/windows_gate.h"
+#include "platform/windows/windows_registry.h"
 #include "platform/windows/windows_threads.h"
 #else
+#include "any_host/temp_directory.h"
 #include "platform/linux/host_clock.h"
 #include "platform/linux/host_files.h"
 #include "platform/linux/host_gate.h"
 #include "platform/linux/host_threads.h"
+#include "platform/linux/sqlite_registry.h"
 #endif
 
 namespace corvane::test {
@@ -30,6 +33,16 @@ struct HostFileSystem : HostKernel {
   platform::windows::WindowsFiles files{u"C:\\data"};
 };
 inline constexpr char16_t kDataFolder[] = u"C:\\data";
+
+// Of HKEY_LOCAL_MACHINE\SOFTWARE\CorvaneTest, and all below.
+void RemoveRegistryTestKey();
+struct HostRegistry {
+  HostRegistry() { RemoveRegistryTestKey(); }
+  ~HostRegistry() { RemoveRegistryTestKey(); }
+  std::size_t OpenHandles() const { return 0; }
+
+  platform::windows::WindowsRegistry registry;
+};
 #else
 using Threads = platform::linux_host::HostThreads;
 using Gate = platform::linux_host::HostGate;
@@ -46,6 +59,15 @@ struct HostFileSystem : HostKernel {
   platform::linux_host::HostFiles files{gate, threads, u"/data"};
 };
 inline constexpr char16_t kDataFolder[] = u"/data";
+
+struct HostRegistry {
+  std::size_t OpenHandles() { return registry.OpenHandles(); }
+
+  TempDirectory directory;
+  Gate gate;
+  std::string notice;
+  platform::linux_host::SqliteRegistry registry{gate, directory / "registry.db", &notice};
+};
 #endif
 
 }  // namespace corvane::test
