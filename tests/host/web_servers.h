@@ -30,19 +30,6 @@ int FreePort();
 // Whether a port of the loopback takes connections within a few seconds.
 bool AwaitPort(int port);
 
-// How often the log of a server holds the text, once it does so `count` times or some seconds have
-// passed: a server writes behind its answer.
-template <class Server>
-int AwaitInLog(const Server& server, std::string_view text, int count = 1) {
-  for (int tries = 0;; ++tries) {
-    const std::string log = server.Log();
-    int found = 0;
-    for (std::size_t at = 0; (at = log.find(text, at)) != log.npos; ++at) ++found;
-    if (found >= count || tries == 250) return found;
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
-  }
-}
-
 // nginx with a configuration of the test's: `plain` and `secure` are what stands in the server
 // blocks of its two ports, "@PLAIN@" for the number of the first; the certificate is signed by
 // itself.

@@ -1,9 +1,6 @@
-// HTTP by the system, against a server of the test's own.
+// What is the Windows host's own of its HTTP client.
 
 #include <gtest/gtest.h>
-
-#include <string>
-#include <thread>
 
 #include "platform/windows/system_call.h"
 #include "platform/windows/windows_http.h"
@@ -64,65 +61,6 @@ std::vector<Operation<HttpApi>> Operations() {
   };
 }
 
-// Answers one connection after the other on the loopback, and keeps what was asked.
-class WebServer {
- public:
-  WebServer() {
-    ::WSADATA data;
-    ::WSAStartup(MAKEWORD(2, 2), &data);
-    m_Listener = ::socket(AF_INET, SOCK_STREAM, 0);
-    ::sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = ::htonl(INADDR_LOOPBACK);
-    ::bind(m_Listener, reinterpret_cast<::sockaddr*>(&address), sizeof(address));
-    ::listen(m_Listener, 5);
-    int size = sizeof(address);
-    ::getsockname(m_Listener, reinterpret_cast<::sockaddr*>(&address), &size);
-    port = ::ntohs(address.sin_port);
-    m_Thread = std::thread([this] { Serve(); });
-  }
-  ~WebServer() {
-    ::closesocket(m_Listener);
-    m_Thread.join();
-    ::WSACleanup();
-  }
-  WebServer(const WebServer&) = delete;
-  WebServer& operator=(const WebServer&) = delete;
-
-  WORD port = 0;
-  std::string asked;  // read behind a response
-
- private:
-  void Serve() {
-    for (;;) {
-      const ::SOCKET client = ::accept(m_Listener, nullptr, nullptr);
-      if (client == INVALID_SOCKET) return;
-      std::string text;
-      char block[4096];
-      const auto complete = [&] {
-        const std::size_t end = text.find("\r\n\r\n");
-        const bool posts = text.starts_with("POST");
-        return end != text.npos && (!posts || text.size() >= end + 4 + 7);
-      };
-      for (int count; !complete() && (count = ::recv(client, block, sizeof(block), 0)) > 0;) {
-        text.append(block, static_cast<std::size_t>(count));
-      }
-      asked = text;
-      const bool found = text.find(" /ok") != text.npos;
-      const std::string body = found ? "fine" : "no";
-      const std::string answer =
-          std::string("HTTP/1.1 ") + (found ? "200 OK" : "404 Not Found") +
-          "\r\nContent-Type: text/plain\r\nContent-Length: " + std::to_string(body.size()) +
-          "\r\nConnection: close\r\n\r\n" + body;
-      ::send(client, answer.data(), static_cast<int>(answer.size()), 0);
-      ::closesocket(client);
-    }
-  }
-
-  ::SOCKET m_Listener;
-  std::thread m_Thread;
-};
-
 }  // namespace
 
 class WindowsHttpTest : public testing::Test {
@@ -136,54 +74,6 @@ class WindowsHttpTest : public testing::Test {
   WindowsHttp http;
   HINTERNET session = nullptr;
 };
-
-TEST_F(WindowsHttpTest, AsksPostsAndReadsAnswers) {
-  WebServer server;
-  ASSERT_TRUE(session);
-  EXPECT_TRUE(http.WinHttpSetTimeouts(session, 5000, 5000, 5000, 5000));
-  const HINTERNET connection = http.WinHttpConnect(session, u"127.0.0.1", server.port, 0);
-  ASSERT_TRUE(connection);
-  for (const bool posts : {false, true}) {
-    const HINTERNET request =
-        http.WinHttpOpenRequest(connection, posts ? u"POST" : u"GET", posts ? u"/none" : u"/ok?a=1",
-                                nullptr, nullptr, nullptr, 0);
-    ASSERT_TRUE(request);
-    const DWORD noRedirects = WINHTTP_DISABLE_REDIRECTS;
-    EXPECT_TRUE(http.WinHttpSetOption(request, WINHTTP_OPTION_DISABLE_FEATURE, &noRedirects, 4));
-    EXPECT_TRUE(http.WinHttpAddRequestHeaders(request, u"X-Test: yes\r\n", 0xFFFFFFFF,
-                                              WINHTTP_ADDREQ_FLAG_ADD));
-    const std::string body = posts ? "{\"a\":1}" : "";
-    const auto size = static_cast<DWORD>(body.size());
-    EXPECT_TRUE(http.WinHttpSendRequest(request, nullptr, 0, nullptr, 0, size, 0));
-    DWORD written = 0;
-    if (posts) {
-      EXPECT_TRUE(http.WinHttpWriteData(request, body.data(), size, &written));
-      EXPECT_EQ(written, size);
-    }
-    EXPECT_TRUE(http.WinHttpReceiveResponse(request, nullptr)) << threads.GetLastError();
-    DWORD status = 0;
-    DWORD bytes = sizeof(status);
-    EXPECT_TRUE(http.WinHttpQueryHeaders(request,
-                                         WINHTTP_QUERY_STATUS_CODE | WINHTTP_QUERY_FLAG_NUMBER,
-                                         nullptr, &status, &bytes, nullptr));
-    EXPECT_EQ(status, posts ? 404u : 200u);
-    bytes = 0;
-    EXPECT_FALSE(http.WinHttpQueryHeaders(request, WINHTTP_QUERY_CONTENT_TYPE, nullptr, nullptr,
-                                          &bytes, nullptr));
-    EXPECT_EQ(threads.GetLastError(), ERROR_INSUFFICIENT_BUFFER);
-    EXPECT_EQ(bytes, sizeof(u"text/plain"));
-    DWORD available = 0;
-    EXPECT_TRUE(http.WinHttpQueryDataAvailable(request, &available));
-    char text[16] = {};
-    DWORD read = 0;
-    EXPECT_TRUE(http.WinHttpReadData(request, text, sizeof(text), &read));
-    EXPECT_EQ(std::string(text, read), posts ? "no" : "fine");
-    EXPECT_NE(server.asked.find("X-Test: yes"), std::string::npos);
-    EXPECT_EQ(server.asked.ends_with(body), true);
-    EXPECT_TRUE(http.WinHttpCloseHandle(request));
-  }
-  EXPECT_TRUE(http.WinHttpCloseHandle(connection));
-}
 
 TEST_F(WindowsHttpTest, NamesTheReasonOfAFailure) {
   const HINTERNET connection = http.WinHttpConnect(session, u"127.0.0.1", 1, 0);
