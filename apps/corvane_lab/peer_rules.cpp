@@ -68,7 +68,7 @@ class Supplicant final : public PeerRule {
     if (link.accessPoint != m_On) {
       m_On = link.accessPoint;
       m_LastMs = ms;
-      m_IntervalMs = kShortMs;
+      m_bRests = false;
       m_Short = 0;
       m_bWeak = false;
     }
@@ -77,10 +77,10 @@ class Supplicant final : public PeerRule {
     const bool fell = weak && !m_bWeak && ms >= m_LastMs + kLeastMs;
     if (!weak) m_Short = 0;
     m_bWeak = weak;
-    if (!fell && ms < m_LastMs + m_IntervalMs) return false;
+    const std::uint64_t interval = !m_bRests ? kShortMs : lonely ? kDayMs : kLongMs;
+    if (!fell && ms < m_LastMs + interval) return false;
     m_LastMs = ms;
-    const bool rests = !weak || ++m_Short > kMostShort;
-    m_IntervalMs = !rests ? kShortMs : lonely ? kDayMs : kLongMs;
+    m_bRests = !weak || ++m_Short > kMostShort;
     return true;
   }
 
@@ -102,9 +102,10 @@ class Supplicant final : public PeerRule {
 
  private:
   int m_On = -1;
-  std::uint64_t m_LastMs = 0, m_IntervalMs = 0;
-  int m_Short = 0, m_Siblings = 2;
-  bool m_bWeak = false;
+  std::uint64_t m_LastMs = 0;
+  int m_Short = 0;     // scans in a row after the short interval
+  int m_Siblings = 2;  // access points of the link's network in the last scan
+  bool m_bWeak = false, m_bRests = false;
 };
 
 double WeakBelowDbm(int band) { return band == 2 ? -70.0 : -76.0; }

@@ -68,11 +68,12 @@ TEST(CompareCommandTest, ASettingOfAProfileReachesTheService) {
 }
 
 TEST(CompareCommandTest, TellsWhatIsWrong) {
-  EXPECT_THROW(Compare({}), UsageError);
-  EXPECT_THROW(Compare({"--made", "0-2", "--kinds", "castle"}), UsageError);
-  EXPECT_THROW(Compare({WorldFile("home"), "--profiles", "eager"}), UsageError);
-  EXPECT_THROW(Compare({WorldFile("home"), "--profiles", "classic:ScanInterval"}), UsageError);
-  EXPECT_THROW(Compare({WorldFile("none")}), std::runtime_error);
+  EXPECT_THROW(CompareCommand({}), UsageError);
+  EXPECT_THROW(CompareCommand({"--made", "0-2", "--kinds", "castle"}), UsageError);
+  EXPECT_THROW(CompareCommand({WorldFile("home"), "--profiles", "eager"}), UsageError);
+  EXPECT_THROW(CompareCommand({WorldFile("home"), "--profiles", "classic:ScanInterval"}),
+               UsageError);
+  EXPECT_THROW(CompareCommand({WorldFile("none")}), std::runtime_error);
 }
 
 WorldResult Result(const std::string& world, double share, std::map<std::string, Loss> why) {

@@ -51,8 +51,10 @@ TEST(PeerRulesTest, TheSupplicantRoamsByThroughputThenByMargin) {
       {Entry(1, 2, -60), Entry(2, 5, -65), true, "5 Mbps more are enough"},
       {Entry(1, 5, -60), Entry(2, 2, -40), false, "5 Mbps less are never"},
       {Entry(1, 2, -55), Entry(2, 2, -45), false, "equal rates, and the signal is great already"},
-      {Entry(1, 5, -90, 20), Entry(2, 5, -89.5, 20), false, "half a dB is no margin"},
-      {Entry(1, 5, -90, 20), Entry(2, 5, -88.9, 20), true, "one dB is, so far down"},
+      {Entry(1, 2, -78), Entry(2, 2, -77.6), false, "0.4 dB are no margin"},
+      {Entry(1, 2, -91), Entry(2, 2, -90.4), false, "too weak to estimate: by a dB at least"},
+      {Entry(1, 2, -91), Entry(2, 2, -90), true, "which this is"},
+      {Entry(1, 5, -77, 20), Entry(2, 2, -74), false, "a lower band takes more"},
   };
   for (const Case& one : cases)
     EXPECT_EQ(SupplicantRoams(one.current, one.selected), one.roams) << one.what;
@@ -89,12 +91,14 @@ TEST(PeerRulesTest, ScansAreFewWhereTheSignalIsGood) {
   const std::vector<PeerEntry> heard{Entry(1, 5, -60), Entry(2, 2, -60)};
   const auto good = SupplicantRule(), weak = SupplicantRule(), alone = SupplicantRule();
   EXPECT_EQ(Scans(*good, On(1, 5, -60), 700, heard), (std::vector{30, 330, 630}));
-  // At once, each 30 s for a budget of eleven, then as seldom as on a good one.
+  // Each 30 s for a budget of eleven, then as seldom as on a good one.
   const auto scans = Scans(*weak, On(1, 5, -75), 1000, heard);
   ASSERT_GE(scans.size(), 13u);
-  EXPECT_EQ(scans[0], 10);
-  EXPECT_EQ(scans[1], 40);
-  EXPECT_EQ(scans[12] - scans[11], 300);
+  EXPECT_EQ(scans[0], 30);
+  EXPECT_EQ(scans[11], 360);
+  EXPECT_EQ(scans[12], 660);
+  EXPECT_FALSE(good->WantsScan(700'000, On(1, 5, -64)));
+  EXPECT_TRUE(good->WantsScan(701'000, On(1, 5, -66))) << "at once when it falls";
   EXPECT_EQ(Scans(*alone, On(1, 5, -60), 3000, {Entry(1, 5, -60)}), (std::vector{30}));
 
   const auto iwd = IwdRule(), strongest = StrongestRule();
