@@ -124,6 +124,28 @@ std::string WorstTable(const std::vector<WorldResult>& results, const std::strin
   return text;
 }
 
+namespace {
+
+// "on-best, scored-lower" begins with the decision "on-best".
+std::string DecisionOf(const std::string& cause) {
+  return cause.substr(0, std::min(cause.find(" after "), cause.find(", ")));
+}
+
+// The points by the last decision alone, greatest first, in one line.
+std::string DecisionLine(const std::map<std::string, double>& points) {
+  constexpr double kLeastPoints = 0.2;
+  std::vector<std::pair<std::string, double>> order(points.begin(), points.end());
+  std::ranges::stable_sort(order, std::greater<>(), [](const auto& row) { return row.second; });
+  std::string text;
+  for (const auto& [decision, sum] : order) {
+    if (sum >= kLeastPoints)
+      text += FormatA("%s%s %.1f", text.empty() ? "by decision: " : "; ", decision, sum);
+  }
+  return text;
+}
+
+}  // namespace
+
 std::string WhyTable(const std::vector<WorldResult>& results, const std::string& policy) {
   struct Row {
     double points = 0.0, most = 0.0;
@@ -151,9 +173,11 @@ std::string WhyTable(const std::vector<WorldResult>& results, const std::string&
   std::vector<std::pair<std::string, Row>> order(rows.begin(), rows.end());
   std::ranges::stable_sort(order, std::greater<>(),
                            [](const auto& row) { return row.second.points; });
+  std::map<std::string, double> decisions;
+  for (const auto& [cause, row] : order) decisions[DecisionOf(cause)] += row.points;
   std::string text = FormatA(
-      "what %s misses: %.1f points of the oracle's rate\n\npoints  seconds  worlds  cause\n",
-      policy, all);
+      "what %s misses: %.1f points of the oracle's rate\n%s\n\npoints  seconds  worlds  cause\n",
+      policy, all, DecisionLine(decisions));
   for (const auto& [cause, row] : order) {
     if (row.points < kLeastPoints && row.points > -kLeastPoints) continue;
     text += FormatA("%6.1f  %7i  %6i  %s", row.points, row.seconds, row.worlds, cause);

@@ -66,7 +66,8 @@ std::string RoundText(const AdapterTruth& truth, const RoundNotes& notes,
 }
 
 std::string CauseAt(const AdapterTruth& truth, const RoundNotes& notes, std::uint64_t ms, int own,
-                    int wanted) {
+                    int wanted, bool shared) {
+  if (own == wanted && shared) return "shared with the other adapter";
   if (own == wanted || wanted == kNoLink) return "at the edge of a move";
   const auto note = NoteAt(notes, ms);
   const bool known = note != notes.end();
@@ -90,9 +91,13 @@ std::map<std::string, Loss> WhyBehind(const Truth& truth, const PolicyRun& run,
       const double lost = best[second] - own[second];
       if (lost < kLeastMbps && lost > -kLeastMbps) continue;
       const std::uint64_t ms = second * kSecondMs + kMiddleMs;
+      const int at = run.trace[i].At(ms);
+      const bool shared = std::ranges::count_if(run.trace, [&](const AdapterTrace& one) {
+                            return one.At(ms) == at;
+                          }) > 1;
       Loss& loss = causes[lost < 0.0 ? "ahead of the oracle"
-                                     : CauseAt(truth.adapters[i], run.rounds[i], ms,
-                                               run.trace[i].At(ms), oracle[i].At(ms))];
+                                     : CauseAt(truth.adapters[i], run.rounds[i], ms, at,
+                                               oracle[i].At(ms), shared)];
       loss.points += lost;
       ++loss.seconds;
     }

@@ -98,7 +98,7 @@ WorldResult Result(const std::string& world, double share, std::map<std::string,
 
 TEST(CompareTableTest, SumsUpAndFindsTheWorst) {
   const std::vector<WorldResult> results{
-      Result("flat-0", 90, {{"stale", {8, 80}}, {"moving", {2, 5}}}),
+      Result("flat-0", 90, {{"stale", {8, 80}}, {"stale, unheard", {2, 5}}}),
       Result("flat-2", 70, {{"stale", {30, 300}}})};
   const auto sums = SumUp(results);
   ASSERT_EQ(sums.size(), 2u);
@@ -109,6 +109,7 @@ TEST(CompareTableTest, SumsUpAndFindsTheWorst) {
   EXPECT_NEAR(sums[1].movesPerHour, 3.0, 1e-9);
   EXPECT_THAT(WhyTable(results, "classic"),
               HasSubstr("  19.0      380       2  stale (most in flat-2: 30.0)"));
+  EXPECT_THAT(WhyTable(results, "classic"), HasSubstr("\nby decision: stale 20.0\n"));
   EXPECT_THAT(WorstTable(results, "classic", 1), HasSubstr("30.0 by \"stale\""));
   EXPECT_THAT(WorstTable(results, "classic", 1), Not(HasSubstr("flat-0")));
   EXPECT_EQ(TroubleText(results), "flat-2, classic: goes to an open access point\n");

@@ -94,6 +94,18 @@ TEST(CompareWhyTest, TheCausesSumToWhatIsMissed) {
   EXPECT_NEAR(points, 50.0, 0.01);
 }
 
+// Where it is right but not alone, no round of its own is to blame.
+TEST(CompareWhyTest, TellsWhatTheOtherAdapterTakes) {
+  Truth truth = HandTruth({Steady(10, 100), Steady(10, 60)});
+  truth.adapters.push_back(truth.adapters[0]);
+  PolicyRun run;
+  run.trace = {{{{0, 0}}, {}}, {{{0, 0}}, {}}};
+  run.rounds = {{}, {Note(500, RoundStep::kOnBest, {{1, 40, std::nullopt}})}};
+  const auto causes = WhyBehind(truth, run, {{{{0, 0}}, {}}, {{{0, 1}}, {}}});
+  EXPECT_EQ(causes.at("shared with the other adapter").seconds, 10);
+  EXPECT_EQ(causes.at("on-best, scored-lower").seconds, 10);
+}
+
 // While a round moves the adapter, the round that has yet to end tells why there is no link.
 TEST(CompareWhyTest, TellsAMoveFromALostLink) {
   const Truth truth = HandTruth({Steady(20, 100), Steady(20, 200)});
