@@ -9,7 +9,7 @@ namespace corvane::lab {
 
 namespace {
 
-constexpr std::uint64_t kSecondMs = 1000, kMinuteMs = 60'000;
+constexpr std::uint64_t kSecondMs = 1000;
 constexpr int kChannels2[] = {1, 6, 11};
 constexpr int kChannels5[] = {36, 52, 100, 116, 132, 149};
 
