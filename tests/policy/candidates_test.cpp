@@ -150,7 +150,7 @@ TEST_F(CandidateDebounce, SuggestionOnTheAllowListNeedNotRipenAgain) {
   EXPECT_EQ(entries[0]->m_candidate_counter, 1);
 }
 
-TEST_F(CandidateDebounce, EachRoundLeavesItsDifferencesAndTheOldestGo) {
+TEST_F(CandidateDebounce, EachRoundLeavesItsDifferences) {
   const BssEntryList entries{Add("Office", 2, 60), Add("Office", 3, 70)};
   Increment(entries, 50);
   CandidateSummary seen = adapter->Policy().TakeScoreDiffSummary();
@@ -160,37 +160,6 @@ TEST_F(CandidateDebounce, EachRoundLeavesItsDifferencesAndTheOldestGo) {
   seen = adapter->Policy().TakeScoreDiffSummary();
   EXPECT_EQ(seen.min, -1);
   EXPECT_EQ(seen.max, -1);
-  adapter->Policy().AddScoreDiffSummary({1, 900});
-  for (int i = 0; i < 120; ++i) adapter->Policy().AddScoreDiffSummary({5, 6});
-  seen = adapter->Policy().TakeScoreDiffSummary();
-  EXPECT_EQ(seen.min, 5);
-  EXPECT_EQ(seen.max, 6);
-}
-
-TEST_F(CandidateDebounce, RisingConnectionTakesStepsBackAndAsksForAScanMore) {
-  const auto entry = Add("Office", 2, 60);
-  const auto other = Add("Guests", 3, 40);
-  const auto report = [&](std::int32_t score, int n = 1) {
-    adapter->NotifyCurrentNetworkScore(score, ApMac(n));
-    return entry->m_candidate_counter;
-  };
-  entry->m_candidate_counter = 5;
-  adapter->Claim().ClaimSuggested(ApMac(2));
-  EXPECT_EQ(report(50), 5);
-  EXPECT_EQ(report(51), 5);
-  EXPECT_TRUE(HasReservation(2));
-  EXPECT_EQ(report(52), 4);  // the second rise in a row
-  EXPECT_FALSE(HasReservation(2));
-  EXPECT_EQ(config->m_force_scan_counter, 0);  // nothing forced: nothing added
-  config->m_force_scan_counter = 2;
-  EXPECT_EQ(report(60), 3);  // a jump
-  EXPECT_EQ(config->m_force_scan_counter, 3);
-  EXPECT_EQ(report(60), 3);
-  EXPECT_EQ(report(70, 9), 3);  // another access point: begins anew
-  EXPECT_EQ(report(71, 9), 3);
-  EXPECT_EQ(report(80, 9), 2);
-  EXPECT_EQ(config->m_force_scan_counter, 3);  // at its limit
-  EXPECT_EQ(other->m_candidate_counter, 0);    // never below
 }
 
 TEST_F(CandidateDebounce, NullsAreNotReady) {

@@ -7,27 +7,6 @@ using namespace platform;
 
 class WlanQueriesTest : public AdapterTest {};
 
-TEST_F(WlanQueriesTest, CapabilityNotesThePhysAndWritesTheClassOnce) {
-  Start();
-  adapter->DetermineInterfaceCapability();
-  EXPECT_EQ(AdapterValue(u"AdapterHighestPHYClass"), u"ac");
-  wlan.phys = {7, 8, 10};
-  adapter->DetermineInterfaceCapability();
-  EXPECT_EQ(adapter->AdapterClassText(), u"ax");
-  EXPECT_EQ(AdapterValue(u"AdapterHighestPHYClass"), u"ac");
-  wlan.phys = {6};
-  adapter->DetermineInterfaceCapability();
-  EXPECT_EQ(adapter->AdapterClassText(), u"ax") << "a PHY that disappears keeps its index";
-}
-
-TEST_F(WlanQueriesTest, ClassOfAnAdapterWithoutKnownPhys) {
-  wlan.phys = {9, 42};
-  wlan.claims["WlanGetInterfaceCapability"] = 0xFFFFFFFF;
-  Start();
-  adapter->DetermineInterfaceCapability();
-  EXPECT_EQ(AdapterValue(u"AdapterHighestPHYClass"), u"802.11");
-}
-
 TEST_F(WlanQueriesTest, FailuresCarryThePlatformsCode) {
   Start();
   struct Case {

@@ -1,6 +1,7 @@
 #include "model/global_wireless_maps.h"
 #include "support/beacon.h"
 #include "wlan/adapter_fixture.h"
+#include "wlan/fake_counters.h"
 
 namespace corvane::test {
 namespace {
@@ -10,25 +11,6 @@ using namespace platform;
 constexpr char16_t kHiddenXml[] =
     u"<WLANProfile><name>Attic</name><SSIDConfig><nonBroadcast>true</nonBroadcast></SSIDConfig></"
     u"WLANProfile>";
-
-// Traffic counters that read what the test sets: half of it sent, half received.
-class Counters : public PerfCounterApi {
- public:
-  PDH_STATUS PdhOpenQueryW(LPCWSTR, std::uintptr_t, PDH_HQUERY* query) override {
-    return *query = this, 0;
-  }
-  PDH_STATUS PdhAddCounterW(PDH_HQUERY, LPCWSTR, std::uintptr_t, PDH_HCOUNTER* counter) override {
-    return *counter = this, 0;
-  }
-  PDH_STATUS PdhCollectQueryData(PDH_HQUERY) override { return 0; }
-  PDH_STATUS PdhGetFormattedCounterValue(PDH_HCOUNTER, DWORD, DWORD*,
-                                         PDH_FMT_COUNTERVALUE* value) override {
-    return value->doubleValue = mbps * 125'000 / 2, 0;
-  }
-  PDH_STATUS PdhRemoveCounter(PDH_HCOUNTER) override { return 0; }
-  PDH_STATUS PdhCloseQuery(PDH_HQUERY) override { return 0; }
-  double mbps = 0.0;
-};
 
 class DiscoveryTest : public AdapterTest {
  protected:

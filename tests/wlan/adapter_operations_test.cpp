@@ -271,18 +271,5 @@ TEST_F(ConnectTest, SaveForANetworkWithAProfileOnlyWaitsForTheDisconnect) {
   EXPECT_EQ(wlan.saved, std::vector<std::u16string>{kXml});
 }
 
-TEST_F(ConnectTest, FlappingRaisesTheMarginForGood) {
-  Start();
-  ASSERT_EQ(adapter->Config()->m_APScoreThreshold, 3u);
-  for (int i = 0; i < 3; ++i) adapter->IncSwitchAttempt();
-  RunFor(60s);
-  adapter->RollSwitchPeriod();
-  EXPECT_EQ(adapter->Config()->m_APScoreThreshold, 5u);
-  EXPECT_EQ(AdapterNumber(u"APScoreThreshold"), 5u);
-  RunFor(60s);
-  adapter->RollSwitchPeriod();
-  EXPECT_EQ(adapter->Config()->m_APScoreThreshold, 5u) << "the minutes that raised it are spent";
-}
-
 }  // namespace
 }  // namespace corvane::test
