@@ -225,4 +225,24 @@ TEST_F(RoamDetection, AnOlderDisconnectionDoesNotEndTheStillness) {
   EXPECT_NE(StillSince(), 0u);
 }
 
+TEST_F(RoamDetection, ThirtySecondsWithoutAConnectionDoNotYetEndTheStillness) {
+  WorldBuilder world = OfficeWorld(-70.0);
+  world.Ap(OfficeBeacon(52), 2, -70.0);
+  world->adapters[0].autoConnect = false;
+  Start(world);
+  RunUntil(60'000);
+  Roam(kTo2);
+  ASSERT_NE(StillSince(), 0u);
+  Write(u"ScanInterval", 300u);  // no scan is to hold a round up
+  Do(R"({"do": "disconnect"})");
+  const auto age = [&] { return Wlan()->Link().DisconnectedAgeMs(); };
+  ASSERT_TRUE(RunUntilTrue([&] { return age() != 0; }, 30s));
+  RunFor(std::chrono::milliseconds(30'000 - age()));
+  Config()->SignalMainLoopSemaphore();  // a round at this very tick
+  RunFor(1ms);
+  EXPECT_NE(StillSince(), 0u);
+  Config()->SignalMainLoopSemaphore();
+  EXPECT_TRUE(RunUntilTrue([&] { return StillSince() == 0; }, 1s));
+}
+
 }  // namespace corvane::test

@@ -142,6 +142,7 @@ TEST_F(NotificationsTest, ClientsAreToldOfOutsideChanges) {
   wlan.entries = {{"Office", Bssid(1), 60}};
   const auto subscriber = Subscribe();
   Start();
+  adapter->EnumerateALLAPProfiles();  // the same list, as at a start of the program
   Discover();
   RunFor(10ms);
   EXPECT_EQ(std::exchange(subscriber->told, {}),

@@ -44,6 +44,17 @@ TEST_F(DiscoveryTest, ScansAndMergesBothLists) {
   EXPECT_FALSE(Entry(u"Cafe", 3)->HasUsableProfile());
 }
 
+TEST_F(DiscoveryTest, ProfileMarksTheEntriesOfItsNetwork) {
+  wlan.profiles[u"Office"] =
+      u"<WLANProfile><nonBroadcast>true</nonBroadcast><connectionMode>auto</connectionMode>";
+  Start();
+  Discover();
+  EXPECT_TRUE(Entry(u"Office", 2)->m_AutoConnect);
+  EXPECT_TRUE(Entry(u"Office", 2)->m_bNonBroadcast);
+  EXPECT_FALSE(Entry(u"Cafe", 3)->m_AutoConnect);
+  EXPECT_FALSE(Entry(u"Cafe", 3)->m_bNonBroadcast);
+}
+
 TEST_F(DiscoveryTest, EntriesAgeByScansNotByRounds) {
   StartConnected("Office", Bssid(1));
   Discover();

@@ -47,5 +47,18 @@ TEST_F(ContentionTest, TellsOfTheOthersOnItsChannelAndBandWhenTheyChange) {
   EXPECT_EQ(Count(149), Told{}) << "by a scan of two minutes ago";
 }
 
+TEST_F(ContentionTest, OnlyAScanOfThisConnectionCountsForLong) {
+  wlan.networks = {"Office"};
+  wlan.entries = {{"Office", Bssid(1), 60, 5745000}, {"Office", Bssid(2), 50, 5745000}};
+  StartConnected("Office", Bssid(1));
+  Discover();
+  RunFor(121s);
+  EXPECT_EQ(Count(149), Told{MacText(Bssid(2))});
+  wlan.NotifyConnection(platform::wlan_notification_acm_disconnected, "Office");
+  EXPECT_EQ(adapter->ContentionText(), u"none");
+  kernel.EventTrace().TakeEvents();
+  EXPECT_EQ(Count(149), Told{}) << "the next connection may be in other surroundings";
+}
+
 }  // namespace
 }  // namespace corvane::test

@@ -119,6 +119,7 @@ void FakeWlan::PostConnection(DWORD delayMs, DWORD code, std::string ssid, DWORD
 
 DWORD FakeWlan::WlanOpenHandle(DWORD version, void*, DWORD* negotiated, HANDLE* client) {
   if (const DWORD code = Enter("WlanOpenHandle")) return code;
+  if (version != 2) return ERROR_NOT_SUPPORTED;
   *negotiated = version;
   *client = this;
   return ERROR_SUCCESS;
@@ -270,10 +271,11 @@ DWORD FakeWlan::WlanGetProfileList(HANDLE, const GUID*, void*, WLAN_PROFILE_INFO
   return ERROR_SUCCESS;
 }
 
-DWORD FakeWlan::WlanSetProfile(HANDLE, const GUID*, DWORD, LPCWSTR xml, LPCWSTR, BOOL, void*,
-                               DWORD* reason) {
+DWORD FakeWlan::WlanSetProfile(HANDLE, const GUID*, DWORD flags, LPCWSTR xml, LPCWSTR,
+                               BOOL overwrite, void*, DWORD* reason) {
   *reason = 0;
   if (const DWORD code = Enter("WlanSetProfile")) return code;
+  if (flags != 0 || !overwrite) return ERROR_INVALID_PARAMETER;  // for all users, in its place
   saved.emplace_back(xml);
   return ERROR_SUCCESS;
 }

@@ -99,9 +99,12 @@ TEST(ScanDecision, BusyRoundBeforeVetoesIdleness) {
 TEST(ScanDecision, OnlyShortIntervalsCountDeferrals) {
   ScanInputs in = Due();
   in.rate = 1.5;
-  EXPECT_TRUE(DecideScan(in).countsDeferral);
-  in.intervalSecs = 31;
   in.deltaMs = 60000;
+  for (const std::uint32_t interval : {10u, 30u}) {
+    in.intervalSecs = interval;
+    EXPECT_TRUE(DecideScan(in).countsDeferral) << interval;
+  }
+  in.intervalSecs = 31;
   EXPECT_EQ(DecideScan(in).rule, ScanRule::kTraffic);
   EXPECT_FALSE(DecideScan(in).countsDeferral);
 }
