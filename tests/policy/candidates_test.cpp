@@ -122,6 +122,10 @@ TEST_F(CandidateDebounce, WeakRoundKeepsTheCountAndALostOneClearsIt) {
   Increment(entries, 50);
   EXPECT_EQ(entries[0]->m_candidate_counter, 1);
   EXPECT_EQ(entries[1]->m_candidate_counter, 0);
+  entries[0]->m_Bss.uLinkQuality = 80;
+  entries[0]->m_last_reason_code = platform::WLAN_REASON_CODE_NETWORK_NOT_AVAILABLE;
+  Increment(entries, 50);
+  EXPECT_EQ(entries[0]->m_candidate_counter, 0) << "one that was not there begins anew";
 }
 
 TEST_F(CandidateDebounce, MonitorModeStopsTheCountOneAboveTheRequired) {

@@ -47,12 +47,12 @@ TEST_F(PolicyRoundTest, CandidatesAreSortedAndTheRestIsShownBesideThem) {
   Add("Home", 4, 50, 75);
   Add("Cafe", 5, 90)->m_AuthAlgorithm = platform::DOT11_AUTH_ALGO_80211_OPEN;
   Add("Next door", 6, 80)->m_GrantedAccess = platform::WLAN_READ_ACCESS;
-  Add("Shed", 7, 70)->m_bDenied = true;
+  Add("Shed", 7, 95)->m_bDenied = true;
   Add("Hidden away", 8, 99);
   Global().SetNetworkFilter(u"Hidden away", 2);
   Round();
   EXPECT_EQ(Candidates(), (Rows{"Office 2", "Home 4", "Home 3", "Office 1"}));
-  EXPECT_EQ(Others(), (Rows{"Cafe 5", "Next door 6", "Shed 7"}));
+  EXPECT_EQ(Others(), (Rows{"Shed 7", "Cafe 5", "Next door 6"}));
   EXPECT_EQ(Value(value::kProfiledNetworksInRangeJson),
             u"[\"Office\",\"Home\",\"Home\",\"Office\"]");
 }
@@ -196,8 +196,10 @@ TEST_F(PolicyRoundTest, ClientsOrderIsServedFromEitherListAndLivesForOneRound) {
   EXPECT_EQ(order(u"Cafe", 3), (Calls{"connect Cafe 02-00-00-00-00-03"}));
   EXPECT_EQ(Value(value::kConnectStatus), u"connected");
   // The connection itself: fulfilled already, the status stays.
+  adapter->Policy().m_emergency_armed = false;
   EXPECT_EQ(order(u"Cafe", 3), Calls{});
   EXPECT_EQ(Value(value::kConnectStatus), u"pending");
+  EXPECT_TRUE(adapter->Policy().m_emergency_armed) << "the round goes on to its choice";
   EXPECT_EQ(order(u"Nowhere", 77), Calls{});
   EXPECT_EQ(Value(value::kConnectStatus), u"error");
 }

@@ -1,4 +1,5 @@
 #include "history/telemetry_memo.h"
+#include "platform/sim/kernel/sim_event_trace.h"
 #include "policy/policy_fixture.h"
 #include "policy/policy_log.h"
 
@@ -46,6 +47,7 @@ TEST_F(SwitchingTest, AutoswitchMovesInTheSecondRoundAndTellsOfIt) {
   Connect("Office", 1);
   Add("Office", 1, 50);
   const auto better = Add("Home", 2, 70);
+  better->m_Bss.lRssi = -47;
   Round();
   EXPECT_EQ(wlan->calls, Calls{});
   config->m_force_scan_counter = 2;
@@ -65,6 +67,7 @@ TEST_F(SwitchingTest, AutoswitchMovesInTheSecondRoundAndTellsOfIt) {
                 "Autoswitch|Score 70, 02-00-00-00-00-02, SQ 80, Channel 36, Link rate Tx 400000"),
             0u)
       << events[0];
+  EXPECT_NE(events[0].find(", Rssi -47, "), std::string::npos) << events[0];
   EXPECT_NE(events[0].find("|Score 50, 02-00-00-00-00-01, SQ 80"), std::string::npos) << events[0];
 }
 
@@ -365,6 +368,16 @@ TEST_F(SwitchingTest, DisconnectedPassiveAdapterSuggestsTheBestNetwork) {
   config->m_allowlist_active = true;
   EXPECT_TRUE(CGlobalQUAYPolicy::ConnectToBestNoDebounce(adapter.get(), {entry}, false));
   EXPECT_EQ(wlan->calls.size(), 1u);
+}
+
+TEST_F(SwitchingTest, DisconnectedAdapterSuggestsByEventWithoutAQualityOfItsOwn) {
+  SetMode(1);
+  const auto entry = Add("Office", 1, 60);
+  EXPECT_TRUE(CGlobalQUAYPolicy::ConnectToBestNoDebounce(adapter.get(), {entry}, false));
+  const auto events = kernel.EventTrace().TakeEvents();
+  ASSERT_EQ(events.size(), 1u);
+  EXPECT_EQ(events[0].Number("SignalQuality"), 0);
+  EXPECT_EQ(events[0].Number("Percentage"), 100);
 }
 
 TEST_F(SwitchingTest, AcceptedSuggestionTellsOldAndNewAndCountsItsKindOfMove) {

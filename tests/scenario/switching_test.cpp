@@ -28,6 +28,8 @@ TEST_F(SwitchingScenario, ACandidateRipensOverTwoRoundsWithOneAdapter) {
   Start(BetterFromOneMinute());
   EXPECT_EQ(RoundsBeforeSwitch(), 2u);
   EXPECT_TRUE(RunUntilTrue([&] { return IsOn(2); }, 30s));
+  RunFor(2s);
+  EXPECT_EQ(Config()->m_force_scan_counter, 0) << "the end of the old connection asks for a scan";
 }
 
 TEST_F(SwitchingScenario, AndOverThreeWithTwo) {
