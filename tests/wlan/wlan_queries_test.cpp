@@ -75,6 +75,7 @@ TEST_F(WlanQueriesTest, FailedLookLeavesTheConnectedFlagAndThePeak) {
   wlan.Disconnect();
   EXPECT_FALSE(adapter->GetConnectedSSID(&facts));
   EXPECT_TRUE(facts.ssid.empty());
+  EXPECT_EQ(kernel.Console().Text().find("5023"), std::string::npos) << "no failure to log";
   EXPECT_TRUE(adapter->IsConnected());
   WLAN_CONNECTION_ATTRIBUTES attributes;
   EXPECT_NE(ThrownBy([&] { adapter->QueryCurrentConnection(&attributes, true); }), "");
