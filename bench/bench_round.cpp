@@ -221,7 +221,7 @@ void MergeScoreAndSort(benchmark::State& state) {
   for (auto _ : state) {
     rig.Discover();
     BssEntryList entries = EntriesInRange(*rig.adapter);
-    SortCandidates(&entries, true);
+    SortCandidates(&entries, true, rig.adapter->GetScoreContext());
     seen = entries.size();
     benchmark::DoNotOptimize(entries.data());
   }

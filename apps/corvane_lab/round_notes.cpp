@@ -42,10 +42,11 @@ void RoundNotetaker::OnRoundBegins(int adapter, const CWlanInterface& wlan) {
 void RoundNotetaker::OnCandidates(CWlanInterface& adapter, const ConnectionFacts& facts,
                                   const BssEntryList& candidates) {
   RoundNote& note = m_Present[m_Adapters.Of(adapter)];
+  const ScoreContext scores = adapter.GetScoreContext();
   for (const auto& candidate : candidates) {
     RoundNote::Entry* entry = EntryOf(&note, candidate->GetBssid());
     if (!entry) continue;
-    entry->score = candidate->GetScore(false);
+    entry->score = candidate->GetScore(false, scores);
     if (facts.connected && candidate->GetBssid() == facts.bssid) note.score = entry->score;
   }
 }

@@ -149,6 +149,7 @@ const RoundRecord* RoundRecorder::Latest(int adapter) const {
 
 void RoundRecorder::OnRoundBegins(int adapter, const CWlanInterface& wlan) {
   m_Numbers.Learn(adapter, wlan);
+  m_Adapters[adapter] = &wlan;
   RoundRecord& round = Round(adapter);
   RoundRecord next;
   next.adapter = m_Numbers.OfIndex(adapter);
@@ -166,10 +167,10 @@ void RoundRecorder::ReadHolds(const CWlanInterface& adapter, RoundRecord* round)
   round->movedMs = Now() - std::min(config->GetRoamingInhibitAgeMs(), Now());
 }
 
-EntryRecord RoundRecorder::Read(CWlanBssEntry& entry) const {
+EntryRecord RoundRecorder::Read(CWlanBssEntry& entry, const ScoreContext& scores) const {
   return {WideToUtf8(entry.m_SSIDW),
           MacTextA(entry.GetBssid()),
-          entry.GetScore(false),
+          entry.GetScore(false, scores),
           entry.GetLQ(),
           entry.m_candidate_counter,
           std::nullopt,
@@ -197,14 +198,16 @@ void RoundRecorder::OnCandidates(CWlanInterface& adapter, const ConnectionFacts&
   round.gateMbps = config->m_rate_gate_high;
   round.realTimeAudio = global.m_rt_audio;
   round.candidates.reserve(candidates.size());
-  for (const auto& entry : candidates) round.candidates.push_back(Read(*entry));
+  const ScoreContext scores = adapter.GetScoreContext();
+  for (const auto& entry : candidates) round.candidates.push_back(Read(*entry, scores));
 }
 
 // Before the list is there, an entry is told of because it may not be in it.
 void RoundRecorder::OnStanding(int adapter, CWlanBssEntry& entry, CandidateStanding standing) {
   RoundRecord& round = Round(adapter);
   if (!round.hasPolicy) {
-    round.others.push_back(Read(entry));
+    const CWlanInterface* wlan = m_Adapters[adapter];
+    round.others.push_back(Read(entry, wlan ? wlan->GetScoreContext() : ScoreContext()));
     round.others.back().standing = standing;
     return;
   }

@@ -87,7 +87,7 @@ class RoundRecorder final : public IRoundWatch {
 
  private:
   std::uint64_t Now() const { return static_cast<std::uint64_t>(m_Pc.Now().count()); }
-  EntryRecord Read(CWlanBssEntry& entry) const;
+  EntryRecord Read(CWlanBssEntry& entry, const ScoreContext& scores) const;
   void ReadHolds(const CWlanInterface& adapter, RoundRecord* round) const;
   RoundRecord& Round(int index) { return m_Rounds[m_Numbers.OfIndex(index)]; }
 
@@ -96,7 +96,8 @@ class RoundRecorder final : public IRoundWatch {
   const Listener m_Listener;
   void* const m_pContext;
   AdapterNumbers m_Numbers;
-  std::map<int, RoundRecord> m_Rounds;  // by number
+  std::map<int, RoundRecord> m_Rounds;              // by number
+  std::map<int, const CWlanInterface*> m_Adapters;  // of the present rounds, by index
 };
 
 }  // namespace corvane::lab

@@ -281,10 +281,12 @@ void RunReport::SampleCandidates(int number, CWlanInterface& adapter, int requir
   AdapterView& view = View(number);
   std::map<std::string, int> counters;
   view.scores.clear();
+  const ScoreContext scores = adapter.GetScoreContext();
   for (const auto& entry : adapter.SnapshotEntries()) {
     if (!entry->m_bss_scanned || !entry->HasUsableProfile()) continue;
     const std::string bssid = MacTextA(entry->GetBssid());
-    view.scores[bssid] = entry->GetScore(false);
+    const std::int32_t score = entry->GetScore(false, scores);
+    view.scores[bssid] = score;
     const int counter = entry->m_candidate_counter;
     if (counter == 0) continue;
     counters[bssid] = counter;
@@ -292,7 +294,7 @@ void RunReport::SampleCandidates(int number, CWlanInterface& adapter, int requir
         before == view.counters.end() || before->second != counter) {
       Line(number, "candidate",
            FormatA("candidate %s %s: round %i of %i, score %i%s", WideToUtf8(entry->m_SSIDW), bssid,
-                   counter, required, entry->GetScore(false),
+                   counter, required, score,
                    view.connected && view.at.score >= 0 ? FormatA(" against %i", view.at.score)
                                                         : std::string()));
     }

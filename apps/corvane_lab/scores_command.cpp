@@ -25,13 +25,14 @@ struct Row {
 
 std::vector<Row> RowsOf(CWlanInterface& adapter) {
   std::vector<Row> rows;
+  const ScoreContext scores = adapter.GetScoreContext();
   for (const auto& entry : adapter.SnapshotEntries()) {
     Row row;
     row.bssid = MacTextA(entry->GetBssid());
     row.ssid = WideToUtf8(entry->m_SSIDW);
     row.quality = entry->GetLQ();
     row.subtotal = entry->m_ScoreHistory.empty() ? -1 : entry->m_ScoreHistory.front();
-    row.score = entry->GetScore(true);
+    row.score = entry->GetScore(true, scores);
     row.log = entry->m_ScoreLog;
     row.finalLog = entry->m_FinalScoreLog;
     row.apCount = entry->m_ApCountOnChannel;

@@ -79,9 +79,10 @@ void CGlobalWirelessMaps::Shutdown() {
   m_MapOfProfiles2.clear();
 }
 
-bool CGlobalWirelessMaps::IsLoadMapValid() {
+std::shared_ptr<const ChannelLoadMap> CGlobalWirelessMaps::LoadMap(bool* valid) {
   const CCritSecLock lock(m_Lock);
-  return m_bLoadMapValid;
+  *valid = m_bLoadMapValid;
+  return m_pLoadMap;
 }
 
 void CGlobalWirelessMaps::ComputeNoiseLevelArray(NetworkMap& networks) {
@@ -94,19 +95,22 @@ void CGlobalWirelessMaps::ComputeNoiseLevelArray(NetworkMap& networks) {
 
 void CGlobalWirelessMaps::ComputeNoiseLevelArray_internal(NetworkMap& networks) {
   const CCritSecLock lock(m_Lock);
-  m_LoadMap.Reset();
+  // Published at once: whoever asks waits for the lock, and a computation that a fault ends leaves
+  // what it has laid so far.
+  const auto map = std::make_shared<ChannelLoadMap>();
+  m_pLoadMap = map;
   Footprint footprint;
   for (const auto& [ssid, network] : networks) {
     for (const auto& [bssid, entry] : network->m_BssMap) {
       if (!entry->m_bss_scanned && entry->m_unscanned_count > kSilentScansCounted) continue;
-      LayFootprint(InputsOf(*entry), &m_LoadMap, &footprint);
+      LayFootprint(InputsOf(*entry), map.get(), &footprint);
       entry->m_Footprint = footprint.channels;
       entry->m_FootprintText = footprint.text;
       if (footprint.fault != FootprintFault::kNone) ReportFault(*entry, footprint);
     }
   }
   m_bLoadMapValid = true;
-  if (const log::Open open(DBG(20)); open) DumpLoad(m_LoadMap);
+  if (const log::Open open(DBG(20)); open) DumpLoad(*map);
 }
 
 }  // namespace corvane

@@ -1,6 +1,7 @@
 #pragma once
 #include <list>
 #include <map>
+#include <memory>
 #include <string>
 
 #include "foundation/singleton.h"
@@ -20,17 +21,15 @@ class CGlobalWirelessMaps {
 
   using ProfileMap = std::map<WString, CSmartPointer<CWlanProfileData>, std::less<>>;
 
-  CCritSec& GetLock() {
-    return m_Lock;
-  }  // guards the maps below and, across several reads, the load map
+  CCritSec& GetLock() { return m_Lock; }  // guards the maps of profiles below
 
   void GetHiddenSsids(std::list<std::string>* ssids);
   void Shutdown();
 
   // Works the load map out anew from one adapter's networks. The caller holds the interface lock.
   void ComputeNoiseLevelArray(NetworkMap& networks);
-  bool IsLoadMapValid();
-  const ChannelLoadMap& LoadMap() const { return m_LoadMap; }  // under the lock
+  // The map of the last computation, which never changes, and whether one has come to its end.
+  std::shared_ptr<const ChannelLoadMap> LoadMap(bool* valid);
 
   ProfileMap m_MapOfProfiles;   // hidden networks and profiles looked up
   ProfileMap m_MapOfProfiles2;  // all profiles of the last refresh
@@ -42,7 +41,7 @@ class CGlobalWirelessMaps {
 
   CCritSec m_Lock{"wireless maps", LockRank::kMaps};
   bool m_bLoadMapValid = false;
-  ChannelLoadMap m_LoadMap;
+  std::shared_ptr<const ChannelLoadMap> m_pLoadMap = std::make_shared<const ChannelLoadMap>();
 };
 
 }  // namespace corvane

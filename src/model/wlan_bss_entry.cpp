@@ -7,16 +7,10 @@
 #include "foundation/log_lines.h"
 #include "history/global_ap_gateway_map_memo.h"
 #include "model/base_netname.h"
-#include "model/global_wireless_maps.h"
-#include "monitors/network_list_manager.h"
 #include "platform/clock_api.h"
 #include "platform/platform.h"
 #include "score/final_score.h"
-#include "score/network_facts.h"
 #include "score/score_terms.h"
-#include "score/subtotal.h"
-#include "settings/global_config_container.h"
-#include "store/process_flags.h"
 
 namespace corvane {
 
@@ -25,42 +19,13 @@ namespace {
 constexpr std::uint64_t kElementsKeptMs = 60000;
 constexpr std::size_t kScoresKept = 5;
 
-// What a score takes from the adapter's configuration; the defaults when it is gone.
-struct AdapterFacts {
-  ScoreWeights weights;
-  bool heCapable = false;
-  std::int32_t averageScore5 = -1, averageScore2 = -1;
-  double averageLoad5 = -1.0, averageLoad2 = -1.0;
-};
-
-AdapterFacts FactsOfAdapter(int ifIndex) {
-  AdapterFacts facts;
-  const auto config = CGlobalConfigContainer::GetInstance().FindIFConfig(ifIndex);
-  if (!config) return facts;
-  facts.weights = config->GetScoreWeights();
-  facts.heCapable = config->m_bHECapable;
-  facts.averageScore5 = config->m_AvgQBSSScore5;
-  facts.averageScore2 = config->m_AvgQBSSScore2;
-  facts.averageLoad5 = config->m_AvgLoad5;
-  facts.averageLoad2 = config->m_AvgLoad2;
-  return facts;
-}
-
-NetworkFacts FactsOfNetwork(const WString& ssid) {
-  CNetworkListManager* const list = CNetworkListManager::Find();
-  NetworkFacts facts;
-  facts.isPrivate = CNetworkListManager::CategoryOf(ssid) == kCategoryPrivate;
-  facts.connectivityKnown =
-      list && list->GetConnectivityForBaseNetname(ssid, &facts.connectivity, true);
-  return facts;
-}
-
 }  // namespace
 
 CWlanBssEntry::CWlanBssEntry() : SmartObjEx("BSS entry", LockRank::kBssEntry) {}
 
 void CWlanBssEntry::UpdateFromBss(const platform::WLAN_BSS_ENTRY& bss, const std::uint8_t* ies,
-                                  std::uint32_t cbIEs, const Facts& facts, int ifIndex) {
+                                  std::uint32_t cbIEs, const Facts& facts, int ifIndex,
+                                  const ScoreContext& context) {
   m_IfIndex = ifIndex;
   m_bHasTempProfile = facts.hasTempProfile;
   m_bNonBroadcast = facts.nonBroadcast;
@@ -87,7 +52,7 @@ void CWlanBssEntry::UpdateFromBss(const platform::WLAN_BSS_ENTRY& bss, const std
   m_SecurityEnabled = facts.securityEnabled;
   m_AuthAlgorithm = facts.authAlgorithm;
   UpdateElements(ies, cbIEs);
-  UpdateScore(facts.pegLQ);
+  UpdateScore(facts.pegLQ, context);
 }
 
 void CWlanBssEntry::UpdateElements(const std::uint8_t* ies, std::uint32_t cbIEs) {
@@ -101,29 +66,20 @@ void CWlanBssEntry::UpdateElements(const std::uint8_t* ies, std::uint32_t cbIEs)
   m_IEBlob = std::move(blob);
 }
 
-std::int32_t CWlanBssEntry::ComputeSubtotal(std::uint32_t pegLQ) {
-  const AdapterFacts adapter = FactsOfAdapter(m_IfIndex);
-  auto& global = CGlobalConfigContainer::GetInstance();
+std::int32_t CWlanBssEntry::ComputeSubtotal(std::uint32_t pegLQ, const ScoreContext& context) {
   SubtotalInputs in;
   in.quality = m_Bss.uLinkQuality;
   in.pegQuality = pegLQ;
-  in.weights = adapter.weights;
+  in.weights = context.weights;
   RadioFacts radio;
-  if (const CIEBlob* blob = m_IEBlob.get()) {
-    radio.htPresent = blob->m_HTPresent;
-    radio.vhtPresent = blob->m_VHTPresent;
-    radio.heCapsGood = blob->m_HECapsGood;
-    radio.muMimo = IsMuMimo(*blob);
-    radio.securityMask = blob->SecurityMask;
-    radio.maxRateMbps = blob->GetMaxRateMbps(adapter.heCapable, false);
-    radio.loadPct = blob->m_QBSSLoadPct;
-    ReadNoise(*blob, &radio.loadMapValid, &radio.quietChannel);
+  if (m_IEBlob) {
+    radio = ReadRadio(*m_IEBlob, context);
     in.radio = &radio;
   }
-  in.network = FactsOfNetwork(m_SSIDW);
-  in.allowed = global.GetNetworkFilter(m_SSIDW) == kFilterPermitted;
-  in.allowBonus = global.m_AllowFilterScoreBonus;
-  in.vpnFound = g_bVPNFound;
+  in.network = ReadNetwork(context);
+  in.allowed = context.FilterOf(m_SSIDW) == kFilterPermitted;
+  in.allowBonus = context.allowBonus;
+  in.vpnFound = context.vpnFound;
   in.internet = {m_bInternet, m_bInternetLatch, m_bConnectivityKnown, m_bVpnMuted};
 
   const SubtotalResult result = corvane::ComputeSubtotal(in, &m_ScoreLog);
@@ -136,26 +92,46 @@ std::int32_t CWlanBssEntry::ComputeSubtotal(std::uint32_t pegLQ) {
   return result.points;
 }
 
-void CWlanBssEntry::ReadNoise(const CIEBlob& blob, bool* valid, bool* quiet) const {
-  auto& maps = CGlobalWirelessMaps::GetInstance();
-  const CCritSecLock lock(maps.GetLock());
-  *valid = maps.IsLoadMapValid();
-  if (!*valid) return;
-  const int band = BandOfFrequency(GetFrequencyKhz());
-  const ChannelLoadMap& map = maps.LoadMap();
-  *quiet = blob.m_VHT80Plus80 ? map.IsQuiet(band, blob.m_LoadSeg0Channel) ||
-                                    map.IsQuiet(band, blob.m_LoadSeg1Channel)
-                              : map.IsQuiet(band, blob.m_LoadCenterChannel);
+RadioFacts CWlanBssEntry::ReadRadio(const CIEBlob& blob, const ScoreContext& context) const {
+  RadioFacts radio;
+  radio.htPresent = blob.m_HTPresent;
+  radio.vhtPresent = blob.m_VHTPresent;
+  radio.heCapsGood = blob.m_HECapsGood;
+  radio.muMimo = IsMuMimo(blob);
+  radio.securityMask = blob.SecurityMask;
+  radio.maxRateMbps = blob.GetMaxRateMbps(context.heCapable, false);
+  radio.loadPct = blob.m_QBSSLoadPct;
+  radio.loadMapValid = context.loadMapValid;
+  if (context.loadMapValid) {
+    const int band = BandOfFrequency(GetFrequencyKhz());
+    const ChannelLoadMap& map = context.LoadMap();
+    radio.quietChannel = blob.m_VHT80Plus80 ? map.IsQuiet(band, blob.m_LoadSeg0Channel) ||
+                                                  map.IsQuiet(band, blob.m_LoadSeg1Channel)
+                                            : map.IsQuiet(band, blob.m_LoadCenterChannel);
+  }
+  return radio;
 }
 
-void CWlanBssEntry::UpdateScore(std::uint32_t pegLQ) {
-  const std::int32_t subtotal = ComputeSubtotal(pegLQ);
+NetworkFacts CWlanBssEntry::ReadNetwork(const ScoreContext& context) const {
+  if (const KnownNetwork* known = context.FindNetwork(m_SSIDW))
+    return {known->category == kCategoryPrivate, true, known->connectivity};
+  if (context.networks && context.logUnknownNetworks) {
+    LOG_DEBUG(
+        DBG(1),
+        u"\nCNetworkListManager::GetConnectivityForBaseNetname: %s __NOT FOUND__! [hint_find=%i]\n",
+        m_SSIDW, 1);
+  }
+  return {};
+}
+
+void CWlanBssEntry::UpdateScore(std::uint32_t pegLQ, const ScoreContext& context) {
+  const std::int32_t subtotal = ComputeSubtotal(pegLQ, context);
   if (!m_ScoreHistory.empty() && m_ScoreHistory.front() == subtotal) return;
   m_ScoreHistory.insert(m_ScoreHistory.begin(), subtotal);
   if (m_ScoreHistory.size() > kScoresKept) m_ScoreHistory.resize(kScoresKept);
 }
 
-std::int32_t CWlanBssEntry::GetScore(bool bLog) {
+std::int32_t CWlanBssEntry::GetScore(bool bLog, const ScoreContext& context) {
   if (m_ScoreHistory.empty()) {
     if (bLog) m_FinalScoreLog.clear();
     return -1;
@@ -163,23 +139,18 @@ std::int32_t CWlanBssEntry::GetScore(bool bLog) {
   FinalScoreInputs in;
   in.subtotal = m_ScoreHistory.front();
   in.loadPoints = m_QBSSPoints;
-  if (m_QBSSPoints < 0) {
-    const AdapterFacts adapter = FactsOfAdapter(m_IfIndex);
-    auto& maps = CGlobalWirelessMaps::GetInstance();
-    const CCritSecLock lock(maps.GetLock());
-    in.channelLoad = maps.LoadMap().LoadOf(BandOfFrequency(GetFrequencyKhz()),
-                                           m_IEBlob ? m_IEBlob->m_LoadCenterChannel : 0);
-    in.bandAverage = IsIn5GHzRange() ? adapter.averageScore5 : adapter.averageScore2;
-    in.loadWeight = adapter.weights.QBSSBumpMax;
-  }
+  in.channelLoad = context.LoadMap().LoadOf(BandOfFrequency(GetFrequencyKhz()),
+                                            m_IEBlob ? m_IEBlob->m_LoadCenterChannel : 0);
+  in.bandAverage = IsIn5GHzRange() ? context.averageScore5 : context.averageScore2;
+  in.loadWeight = context.weights.QBSSBumpMax;
   in.guest = IsGuestNetwork(m_SSIDW);
   in.bluetoothBand = !IsIn5GHzRange();
   in.bluetoothPenalty = m_BTPenalty;
   return ComputeFinalScore(in, bLog ? &m_FinalScoreLog : nullptr);
 }
 
-std::int32_t CWlanBssEntry::MaxRate(bool halved) const {
-  if (m_IEBlob) return m_IEBlob->GetMaxRateMbps(FactsOfAdapter(m_IfIndex).heCapable, halved);
+std::int32_t CWlanBssEntry::MaxRate(bool halved, const ScoreContext& context) const {
+  if (m_IEBlob) return m_IEBlob->GetMaxRateMbps(context.heCapable, halved);
   // The platform's rate set holds units of 500 kbps with the basic-rate bit on top (IEEE
   // 802.11 9.4.2.3).
   constexpr std::size_t kRatesRead = 126;
@@ -191,13 +162,16 @@ std::int32_t CWlanBssEntry::MaxRate(bool halved) const {
   return best;
 }
 
-std::int32_t CWlanBssEntry::GetMaxRate() const { return MaxRate(false); }
-std::int32_t CWlanBssEntry::GetMaxRateHalved() const { return MaxRate(true); }
+std::int32_t CWlanBssEntry::GetMaxRate(const ScoreContext& context) const {
+  return MaxRate(false, context);
+}
+std::int32_t CWlanBssEntry::GetMaxRateHalved(const ScoreContext& context) const {
+  return MaxRate(true, context);
+}
 
-double CWlanBssEntry::GetLoadPct() const {
+double CWlanBssEntry::GetLoadPct(const ScoreContext& context) const {
   if (m_IEBlob && m_IEBlob->m_QBSSLoadPct >= 0.0) return std::min(m_IEBlob->m_QBSSLoadPct, 100.0);
-  const AdapterFacts adapter = FactsOfAdapter(m_IfIndex);
-  return IsIn5GHzRange() ? adapter.averageLoad5 : adapter.averageLoad2;
+  return IsIn5GHzRange() ? context.averageLoad5 : context.averageLoad2;
 }
 
 double CWlanBssEntry::GetRawLoadPct() const { return m_IEBlob ? m_IEBlob->m_QBSSLoadPct : -1.0; }
@@ -226,30 +200,27 @@ bool CWlanBssEntry::IsIn5GHzRange() const {
   return GetFrequencyKhz() >= 5150000 && GetFrequencyKhz() <= 5924999;
 }
 
-WString CWlanBssEntry::GetStatusLine() {
-  const std::int32_t category = CNetworkListManager::CategoryOf(m_SSIDW);
+WString CWlanBssEntry::GetStatusLine(const ScoreContext& context) {
   const char16_t* automatic = m_GrantedAccess == 0 ? u"unknown"
                               : m_AutoConnect      ? u"auto"
                                                    : u"not-auto";
   const char16_t* presence = m_bss_scanned ? u"good" : m_unscanned_count == 0 ? u"pending" : u"bad";
   return Format(u"%s\v%s\v%s\v%i\v%lu\v%s\v%s\v%s\v%0.2lf\v%lu\v%s\v%i\v%i\v%s\v%s\v%i", m_SSIDW,
-                m_BSSIDText, GetBandText(), GetScore(true), GetLQ(),
-                category >= 0 ? NetworkCategoryName(category) : u"unknown", automatic, presence,
-                GetLoadPct(), m_Channel, GetPhyModes(), m_AuthAlgorithm, GetMuMimo(),
+                m_BSSIDText, GetBandText(), GetScore(true, context), GetLQ(),
+                context.CategoryText(m_SSIDW), automatic, presence, GetLoadPct(context), m_Channel,
+                GetPhyModes(), m_AuthAlgorithm, GetMuMimo(),
                 m_IEBlob ? m_IEBlob->GetChannelWidthString(false, u",", false) : WString(u"20"),
                 u"no", m_ApCountOnChannel);
 }
 
-void CWlanBssEntry::UpdateApCount() {
+void CWlanBssEntry::UpdateApCount(const ScoreContext& context) {
   std::int64_t channel = m_Channel;
   if (m_IEBlob && m_IEBlob->m_VHT80Plus80) {
     channel = m_IEBlob->m_LoadSeg0Channel;
   } else if (m_IEBlob && m_IEBlob->m_LoadCenterChannel >= 1) {
     channel = m_IEBlob->m_LoadCenterChannel;
   }
-  auto& maps = CGlobalWirelessMaps::GetInstance();
-  const CCritSecLock lock(maps.GetLock());
-  m_ApCountOnChannel = maps.LoadMap().ApCountOf(BandOfFrequency(GetFrequencyKhz()), channel);
+  m_ApCountOnChannel = context.LoadMap().ApCountOf(BandOfFrequency(GetFrequencyKhz()), channel);
 }
 
 std::int32_t CWlanBssEntry::GetCandidate() {

@@ -6,7 +6,9 @@
 #include "elements/ie_blob.h"
 #include "foundation/smart_obj.h"
 #include "foundation/text.h"
+#include "model/score_context.h"
 #include "platform/wlan_types.h"
+#include "score/subtotal.h"
 #include "store/address_text.h"
 
 namespace corvane {
@@ -36,16 +38,20 @@ class CWlanBssEntry : public SmartObjEx<CWlanBssEntry, SmartObj<>> {
   };
   // Takes over the record, parses the elements and scores. `ies` may be null.
   void UpdateFromBss(const platform::WLAN_BSS_ENTRY& bss, const std::uint8_t* ies,
-                     std::uint32_t cbIEs, const Facts& facts, int ifIndex);
+                     std::uint32_t cbIEs, const Facts& facts, int ifIndex,
+                     const ScoreContext& context);
 
-  // Scores (points). The subtotal rewrites m_ScoreLog; UpdateScore also keeps it in m_ScoreHistory.
-  std::int32_t ComputeSubtotal(std::uint32_t pegLQ);
-  void UpdateScore(std::uint32_t pegLQ);
-  std::int32_t GetScore(bool bLog);  // final score; -1 without history
+  // Scores (points), by the facts of the context. The subtotal rewrites m_ScoreLog; UpdateScore
+  // also keeps it in m_ScoreHistory.
+  std::int32_t ComputeSubtotal(std::uint32_t pegLQ, const ScoreContext& context);
+  void UpdateScore(std::uint32_t pegLQ, const ScoreContext& context);
+  // The final score, by the facts of this moment; -1 without history.
+  std::int32_t GetScore(bool bLog, const ScoreContext& context);
 
-  std::int32_t GetMaxRate() const;  // Mbps
-  std::int32_t GetMaxRateHalved() const;
-  double GetLoadPct() const;     // of the element, else the adapter's average for the band
+  std::int32_t GetMaxRate(const ScoreContext& context) const;  // Mbps
+  std::int32_t GetMaxRateHalved(const ScoreContext& context) const;
+  // Of the element, else the adapter's average for the band.
+  double GetLoadPct(const ScoreContext& context) const;
   double GetRawLoadPct() const;  // -1.0 when unknown
   std::uint16_t GetStationCount() const;
   WString GetPhyMode() const;
@@ -54,8 +60,8 @@ class CWlanBssEntry : public SmartObjEx<CWlanBssEntry, SmartObj<>> {
   bool GetMuMimo() const;
   WString GetBandText() const;
   // The row of the candidate lists: 16 fields joined by a vertical tab.
-  WString GetStatusLine();
-  void UpdateApCount();
+  WString GetStatusLine(const ScoreContext& context);
+  void UpdateApCount(const ScoreContext& context);
 
   std::uint32_t GetLQ() const { return m_Bss.uLinkQuality; }
   std::uint32_t GetFrequencyKhz() const { return m_Bss.ulChCenterFrequency; }
@@ -132,8 +138,9 @@ class CWlanBssEntry : public SmartObjEx<CWlanBssEntry, SmartObj<>> {
   // An entry that the newest scan missed has no standing as a candidate.
   bool IsOutOfScan() const { return !m_bss_scanned && m_unscanned_count != 0; }
   void UpdateElements(const std::uint8_t* ies, std::uint32_t cbIEs);
-  void ReadNoise(const CIEBlob& blob, bool* valid, bool* quiet) const;
-  std::int32_t MaxRate(bool halved) const;
+  RadioFacts ReadRadio(const CIEBlob& blob, const ScoreContext& context) const;
+  NetworkFacts ReadNetwork(const ScoreContext& context) const;
+  std::int32_t MaxRate(bool halved, const ScoreContext& context) const;
 };
 
 using BssEntryList = std::vector<CSmartPointer<CWlanBssEntry>>;

@@ -18,13 +18,13 @@ void CWlanNetwork::Update(const platform::WLAN_AVAILABLE_NETWORK& record, int if
 
 void CWlanNetwork::AddOrUpdateBss(const platform::WLAN_BSS_ENTRY& bss, const std::uint8_t* ies,
                                   std::uint32_t cbIEs, const CWlanBssEntry::Facts& facts,
-                                  std::int32_t* lqDelta) {
+                                  const ScoreContext& context, std::int32_t* lqDelta) {
   std::int32_t delta = 0;
   const auto [at, isNew] = m_BssMap.try_emplace(ToMac(bss.dot11Bssid));
   if (isNew) {
     try {
       auto entry = CWlanBssEntry::CreateObject();
-      entry->UpdateFromBss(bss, ies, cbIEs, facts, m_IfIndex);
+      entry->UpdateFromBss(bss, ies, cbIEs, facts, m_IfIndex, context);
       at->second = std::move(entry);
     } catch (...) {
       m_BssMap.erase(at);
@@ -36,12 +36,12 @@ void CWlanNetwork::AddOrUpdateBss(const platform::WLAN_BSS_ENTRY& bss, const std
     delta = static_cast<std::int32_t>(bss.uLinkQuality) - static_cast<std::int32_t>(entry.GetLQ());
     CWlanBssEntry::Facts known = facts;
     known.internetState = kInternetUnknown;
-    entry.UpdateFromBss(bss, ies, cbIEs, known, m_IfIndex);
+    entry.UpdateFromBss(bss, ies, cbIEs, known, m_IfIndex, context);
   }
   if (lqDelta) *lqDelta = delta;
 }
 
-void CWlanNetwork::Dump(int index) const {
+void CWlanNetwork::Dump(int index, const ScoreContext& context) const {
   LOG_ADAPTER(m_IfIndex, DBG(20),
               u"[%i] network %i: %s, %u BSSes, quality %lu, security %i, auth %i, flags 0x%lx%s\n",
               m_IfIndex, index, m_SSIDW, m_BssMap.size(), m_Available.wlanSignalQuality,
@@ -52,8 +52,8 @@ void CWlanNetwork::Dump(int index) const {
         m_IfIndex, DBG(20),
         u"[%i]   %s channel %lu, LQ %lu, rssi %i, scanned %i, missing %lu, score %i, %S%S\n",
         m_IfIndex, entry->m_BSSIDText, entry->m_Channel, entry->GetLQ(), entry->m_Bss.lRssi,
-        entry->m_bss_scanned, entry->m_unscanned_count, entry->GetScore(false), entry->m_ScoreLog,
-        entry->m_FinalScoreLog);
+        entry->m_bss_scanned, entry->m_unscanned_count, entry->GetScore(false, context),
+        entry->m_ScoreLog, entry->m_FinalScoreLog);
   }
 }
 

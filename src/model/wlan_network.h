@@ -17,8 +17,8 @@ class CWlanNetwork : public SmartObjEx<CWlanNetwork, SmartObj<>> {
   // *lqDelta is the change of the link quality of a known BSS, else 0. May be null.
   void AddOrUpdateBss(const platform::WLAN_BSS_ENTRY& bss, const std::uint8_t* ies,
                       std::uint32_t cbIEs, const CWlanBssEntry::Facts& facts,
-                      std::int32_t* lqDelta);
-  void Dump(int index) const;
+                      const ScoreContext& context, std::int32_t* lqDelta);
+  void Dump(int index, const ScoreContext& context) const;
 
   int m_IfIndex = -1;
   platform::WLAN_AVAILABLE_NETWORK m_Available;

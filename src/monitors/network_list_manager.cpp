@@ -79,15 +79,25 @@ void CNetworkListManager::SetDebugLevel(int level) { g_DebugLevel = level; }
 // The table is immutable once published: a reader takes the present one and sees whole records.
 struct CNetworkListManager::Impl {
   using Table = std::shared_ptr<const NlmTable>;
+  using Summary = std::shared_ptr<const KnownNetworks>;
   using Manager = std::shared_ptr<platform::INetworkListManager>;
 
   Table Present() {
     const CCritSecLock lock(m_TableLock);
     return m_pTable;
   }
+  Summary PresentSummary() {
+    const CCritSecLock lock(m_TableLock);
+    return m_pKnown;
+  }
   void Publish(Table table) {
+    auto known = std::make_shared<KnownNetworks>();
+    for (const auto& [base, record] : table->Records())
+      known->emplace_hint(known->end(), base, KnownNetwork{record.cat, record.connectivity});
+    Summary summary = std::move(known);
     const CCritSecLock lock(m_TableLock);
     m_pTable.swap(table);
+    m_pKnown.swap(summary);
   }
 
   HRESULT InitInstance() {
@@ -227,9 +237,10 @@ struct CNetworkListManager::Impl {
   }
 
   CCritSec m_WriteLock{"network list, writers"};                // one writer at a time
-  CCritSec m_TableLock{"network list table", LockRank::kLeaf};  // guards the two below
+  CCritSec m_TableLock{"network list table", LockRank::kLeaf};  // guards the three below
   Manager m_pNLM;
   Table m_pTable = std::make_shared<const NlmTable>();
+  Summary m_pKnown = std::make_shared<const KnownNetworks>();  // of the table
 };
 
 CNetworkListManager::CNetworkListManager() : m_pImpl(std::make_unique<Impl>()) {
@@ -264,6 +275,13 @@ std::int32_t CNetworkListManager::CategoryOf(WStringView base) {
   CNetworkListManager* const list = Find();
   return list && list->GetCatForBaseNetname(base, &category, false) ? category : kCategoryUnknown;
 }
+
+std::shared_ptr<const KnownNetworks> CNetworkListManager::Known() {
+  CNetworkListManager* const list = Find();
+  return list ? list->m_pImpl->PresentSummary() : nullptr;
+}
+
+bool CNetworkListManager::LogsUnknownNetworks() { return NlmDebugLevel() >= kVerbose; }
 
 bool CNetworkListManager::GetCatForBaseNetname(WStringView base, std::int32_t* category,
                                                bool hint) {

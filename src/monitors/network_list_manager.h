@@ -21,8 +21,10 @@ class CNetworkListManager {
   }
   // For look-ups: null while there is none, and nothing is known.
   static CNetworkListManager* Find() { return Singleton<CNetworkListManager>::Find(); }
-  // -1 for a network that is not known.
-  static std::int32_t CategoryOf(WStringView base);
+  static std::int32_t CategoryOf(WStringView base);  // NetworkCategory
+  // Category and connectivity of all networks at this moment; null while there is no list.
+  static std::shared_ptr<const KnownNetworks> Known();
+  static bool LogsUnknownNetworks();  // look-ups with a hint log what they do not find
 
   platform::HRESULT RefreshNetworkCategories();
   platform::HRESULT ResetNLMInstance();

@@ -3,10 +3,8 @@
 #include <algorithm>
 #include <set>
 
-#include "monitors/network_list_manager.h"
 #include "policy/candidate_rules.h"
 #include "policy/round_watch.h"
-#include "settings/global_config_container.h"
 
 namespace corvane {
 
@@ -14,12 +12,8 @@ namespace {
 
 constexpr std::uint32_t kMissingScansAllowed = 2;
 
-bool IsOnSystemDenyList(const CWlanBssEntry& entry) {
-  return CGlobalConfigContainer::GetInstance().GetNetworkFilter(entry.m_SSIDW) == kFilterDenied;
-}
-
-bool IsPrivateNetwork(const CWlanBssEntry& entry) {
-  return CNetworkListManager::CategoryOf(entry.m_SSIDW) == kCategoryPrivate;
+bool IsOnSystemDenyList(const CWlanBssEntry& entry, const ScoreContext& scores) {
+  return scores.FilterOf(entry.m_SSIDW) == kFilterDenied;
 }
 
 struct Ranked {
@@ -28,12 +22,12 @@ struct Ranked {
 };
 
 // Each entry is ranked once, so that the order stands still while it is worked out.
-void SortBy(BssEntryList* entries, bool preferPrivate,
-            CandidateRank (*rankOf)(CWlanBssEntry&, bool)) {
+template <class RankOf>
+void SortBy(BssEntryList* entries, bool preferPrivate, RankOf rankOf) {
   std::vector<Ranked> ranked;
   ranked.reserve(entries->size());
   for (auto& entry : *entries) {
-    ranked.push_back({rankOf(*entry, preferPrivate), std::move(entry)});
+    ranked.push_back({rankOf(*entry), std::move(entry)});
   }
   std::stable_sort(ranked.begin(), ranked.end(), [preferPrivate](const Ranked& a, const Ranked& b) {
     return RanksBelow(a.rank, b.rank, preferPrivate);
@@ -53,16 +47,6 @@ void KeepQualified(BssEntryList* entries, int adapter, Judge judge) {
   });
 }
 
-CandidateRank CandidateRankOf(CWlanBssEntry& entry, bool preferPrivate) {
-  return {preferPrivate && IsPrivateNetwork(entry),
-          entry.GetLQ() >= entry.m_arbitrary_min_lq ? entry.m_arbitrary_priority : 0,
-          entry.GetScore(true), entry.GetLQ()};
-}
-
-CandidateRank OtherRankOf(CWlanBssEntry& entry, bool) {
-  return {false, 0, entry.GetScore(true), entry.GetLQ()};
-}
-
 }  // namespace
 
 BssEntryList EntriesInRange(CWlanInterface& adapter) {
@@ -76,19 +60,24 @@ BssEntryList EntriesInRange(CWlanInterface& adapter) {
   return entries;
 }
 
-void KeepCandidates(BssEntryList* entries, const ApListRows& denied, int adapter) {
+void KeepCandidates(BssEntryList* entries, const ApListRows& denied, const ScoreContext& scores,
+                    int adapter) {
   KeepQualified(entries, adapter, [&](const CWlanBssEntry& entry) {
     // A connection to what a row names in whatever case is ended, so it must not be made either:
     // the mark alone goes by one spelling of the SSID.
     const bool isDenied = entry.m_bDenied || IsListed(denied, entry.m_SSIDW, entry.GetBssid());
-    return JudgeAdmission({IsOnSystemDenyList(entry), isDenied, entry.m_SSIDW.empty(),
+    return JudgeAdmission({IsOnSystemDenyList(entry, scores), isDenied, entry.m_SSIDW.empty(),
                            entry.m_AuthAlgorithm, entry.HasUsableProfile(),
                            entry.m_bHasTempProfile});
   });
 }
 
-void SortCandidates(BssEntryList* entries, bool preferPrivate) {
-  SortBy(entries, preferPrivate, &CandidateRankOf);
+void SortCandidates(BssEntryList* entries, bool preferPrivate, const ScoreContext& scores) {
+  SortBy(entries, preferPrivate, [&](CWlanBssEntry& entry) -> CandidateRank {
+    return {preferPrivate && scores.CategoryOf(entry.m_SSIDW) == kCategoryPrivate,
+            entry.GetLQ() >= entry.m_arbitrary_min_lq ? entry.m_arbitrary_priority : 0,
+            entry.GetScore(true, scores), entry.GetLQ()};
+  });
 }
 
 void KeepNetwork(BssEntryList* entries, WStringView ssid, int adapter) {
@@ -105,14 +94,18 @@ void KeepAllowed(BssEntryList* entries, const ApListRows& rows, int adapter) {
   });
 }
 
-BssEntryList OtherEntries(const BssEntryList& all, const BssEntryList& candidates) {
+BssEntryList OtherEntries(const BssEntryList& all, const BssEntryList& candidates,
+                          const ScoreContext& scores) {
   std::set<MacAddress> taken;
   for (const auto& entry : candidates) taken.insert(entry->GetBssid());
   BssEntryList others;
   for (const auto& entry : all) {
-    if (!taken.contains(entry->GetBssid()) && !IsOnSystemDenyList(*entry)) others.push_back(entry);
+    if (!taken.contains(entry->GetBssid()) && !IsOnSystemDenyList(*entry, scores))
+      others.push_back(entry);
   }
-  SortBy(&others, false, &OtherRankOf);
+  SortBy(&others, false, [&scores](CWlanBssEntry& entry) -> CandidateRank {
+    return {false, 0, entry.GetScore(true, scores), entry.GetLQ()};
+  });
   return others;
 }
 

@@ -10,15 +10,17 @@ BssEntryList EntriesInRange(CWlanInterface& adapter);
 // Removes what may not be a candidate, the rows of the deny list among it, and sorts, best first;
 // equal entries end up in the reverse of their earlier order. `adapter` is the adapter index, for
 // those who watch.
-void KeepCandidates(BssEntryList* entries, const ApListRows& denied, int adapter);
-void SortCandidates(BssEntryList* entries, bool preferPrivate);
+void KeepCandidates(BssEntryList* entries, const ApListRows& denied, const ScoreContext& scores,
+                    int adapter);
+void SortCandidates(BssEntryList* entries, bool preferPrivate, const ScoreContext& scores);
 // Keeps the access points of one network (the case of ASCII letters makes no difference), and those
 // that a row of the allow list names.
 void KeepNetwork(BssEntryList* entries, WStringView ssid, int adapter);
 void KeepAllowed(BssEntryList* entries, const ApListRows& rows, int adapter);
 // What `all` has beyond the candidates, less the networks that the system's filters deny; by score,
 // then by quality.
-BssEntryList OtherEntries(const BssEntryList& all, const BssEntryList& candidates);
+BssEntryList OtherEntries(const BssEntryList& all, const BssEntryList& candidates,
+                          const ScoreContext& scores);
 
 // The names of the networks in the list as a JSON array: the connected one first and once, every
 // other entry's as it comes. *connectedFound tells whether the connected one is in the list.

@@ -29,7 +29,7 @@ class CounterPass {
 
  private:
   CandidateStanding Judge(const CSmartPointer<CWlanBssEntry>& entry) {
-    const std::int32_t score = entry->GetScore(false);
+    const std::int32_t score = entry->GetScore(false, m_Round.scores);
     const CandidateInputs in{
         score,
         m_Current,
@@ -121,9 +121,9 @@ class CounterPass {
 }  // namespace
 
 bool IsCandidateReady(const Round& round, CWlanBssEntry& entry, std::int32_t current) {
-  return IsReady(
-      {entry.GetLQ(), entry.GetCandidate(), round.Required(), entry.GetScore(false), current},
-      round.Margins());
+  return IsReady({entry.GetLQ(), entry.GetCandidate(), round.Required(),
+                  entry.GetScore(false, round.scores), current},
+                 round.Margins());
 }
 
 CountedCandidates IncrementCandidateCounters(const Round& round, std::int32_t current) {
@@ -140,7 +140,8 @@ bool IsBetterCandidatePossible(const Round& round, std::int32_t current) {
   const CandidateMargins margins = round.Margins();
   for (const auto& entry : round.candidates) {
     if (entry->GetLQ() < margins.qualityThreshold) continue;
-    if (!PassesPointTest(entry->GetScore(false), current, margins.scoreThreshold)) continue;
+    if (!PassesPointTest(entry->GetScore(false, round.scores), current, margins.scoreThreshold))
+      continue;
     if (!CWifiClientContainer::GetInstance().AvoidThisCandidateOnMyIF(entry.get(), &round.adapter))
       return true;
     lines::BetterIsElsewhere(round, *entry);

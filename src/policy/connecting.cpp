@@ -75,13 +75,14 @@ class FirstConnect {
   }
 
   bool AskByEvent(CWlanBssEntry& entry) {
-    return SuggestByEvent(*m_Round.config, entry, 0, 0, ShortApSummary(SummaryOf(entry)),
-                          kNoConnection);
+    return SuggestByEvent(*m_Round.config, entry, 0, 0,
+                          ShortApSummary(SummaryOf(entry, m_Round.scores)), kNoConnection);
   }
 
   bool AskByPopup(CWlanBssEntry& entry) {
-    const bool accepted = SuggestByPopup(*m_Round.config, entry, 0, 0, 0,
-                                         ShortApSummary(SummaryOf(entry)), kNoConnectionMbps);
+    const bool accepted =
+        SuggestByPopup(*m_Round.config, entry, 0, 0, 0,
+                       ShortApSummary(SummaryOf(entry, m_Round.scores)), kNoConnectionMbps);
     lines::InhibitedByDialog(m_Round, "ConnectToBestNoDebounce");
     m_Round.config->Set_InhibitQUAY(kInhibitAfterPopupMs, "con-pop");
     m_Round.memory.Claim().ClaimSuggested(entry.GetBssid());
@@ -95,7 +96,7 @@ class FirstConnect {
     CountMove(false);
     lines::FirstConnected(m_Round, entry);
     PublishConnection(m_Round.adapter, *m_Round.config, entry);
-    const ApSummary after = SummaryOf(entry);
+    const ApSummary after = SummaryOf(entry, m_Round.scores);
     lines::ConnectedByItself(m_Round, after);
     NotifyConnectionChange(m_Round.adapter, *m_Round.config, u"NewConnection",
                            ShortApSummary(after), u"None");

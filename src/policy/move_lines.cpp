@@ -83,7 +83,7 @@ void TargetFound(const Round& round, CWlanBssEntry& entry, std::int32_t current)
               u"\n[%i] IF-STATE: %i [CONNECTED to diff SSID %s {%02x-%02x-%02x-%02x-%02x-%02x} vs "
               u"preferred %s(center %u)][Scores %i(new) > %i(old)? FTZ %i][%0.2lf mbps]\n",
               round.idx, State(round), round.facts.ssid, MAC_ARGS(round.facts.bssid), entry.m_SSIDW,
-              entry.GetFrequencyKhz(), entry.GetScore(false), current, 0,
+              entry.GetFrequencyKhz(), entry.GetScore(false, round.scores), current, 0,
               round.adapter.GetTrafficMbps());
 }
 

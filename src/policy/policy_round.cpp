@@ -30,8 +30,9 @@ class PolicyRound {
     GatherConnection();
 
     m_Round.candidates = inRange;
-    KeepCandidates(&m_Round.candidates, m_Round.config->m_Denylist.Rows(), m_Round.idx);
-    SortCandidates(&m_Round.candidates, m_Round.settings.preferPrivate);
+    KeepCandidates(&m_Round.candidates, m_Round.config->m_Denylist.Rows(), m_Round.scores,
+                   m_Round.idx);
+    SortCandidates(&m_Round.candidates, m_Round.settings.preferPrivate, m_Round.scores);
     PublishNetworksInRange();
     if (m_Round.facts.connected && !m_Round.settings.networkSwitching)
       KeepNetwork(&m_Round.candidates, m_Round.facts.ssid, m_Round.idx);
@@ -39,7 +40,7 @@ class PolicyRound {
     if (m_Round.facts.connected) m_Round.memory.m_consec_disconnects = 0;
     lines::Settings(m_Round);
     PublishRows(m_Round.candidates, value::kCandidatesCSV, "SORT");
-    m_Round.others = OtherEntries(inRange, m_Round.candidates);
+    m_Round.others = OtherEntries(inRange, m_Round.candidates, m_Round.scores);
     PublishRows(m_Round.others, value::kNONCandidatesCSV, "OTHER");
     lines::Scores(m_Round);
     RoundWatches::Candidates(m_Round.adapter, m_Round.facts, m_Round.candidates);
@@ -89,7 +90,7 @@ class PolicyRound {
     }
     for (std::size_t i = entries.size() - std::min(entries.size(), kRowsKept); i < entries.size();
          ++i) {
-      if (rows->AddString(entries[i]->GetStatusLine(), true) < 0) {
+      if (rows->AddString(entries[i]->GetStatusLine(m_Round.scores), true) < 0) {
         lines::RowNotAdded(m_Round);
       }
     }

@@ -1,16 +1,16 @@
 #include "policy/policy_text.h"
 
 #include "foundation/format.h"
-#include "monitors/network_list_manager.h"
 #include "notify/notification_manager.h"
 #include "policy/policy_log.h"
+#include "policy/round.h"
 #include "store/value_names.h"
 
 namespace corvane {
 
 namespace {
 
-ApSummaryDetails DetailsOf(CWlanBssEntry& entry) {
+ApSummaryDetails DetailsOf(CWlanBssEntry& entry, const ScoreContext& scores) {
   ApSummaryDetails details;
   details.frequencyKHz = entry.GetFrequencyKhz();
   details.rssi = entry.m_Bss.lRssi;
@@ -19,7 +19,7 @@ ApSummaryDetails DetailsOf(CWlanBssEntry& entry) {
   details.standard = entry.GetPhyMode();
   details.qLoad = static_cast<std::int32_t>(entry.GetRawLoadPct());
   details.stationCount = entry.GetStationCount();
-  details.maxRateMbps = static_cast<std::uint32_t>(entry.GetMaxRate());
+  details.maxRateMbps = static_cast<std::uint32_t>(entry.GetMaxRate(scores));
   return details;
 }
 
@@ -34,26 +34,22 @@ const char16_t* InternetLetter(const CWlanBssEntry& entry) {
   return entry.m_bInternet ? u"I" : u"N";
 }
 
-WString CategoryHead(const CWlanBssEntry& entry) {
-  const std::int32_t category = CNetworkListManager::CategoryOf(entry.m_SSIDW);
-  return WString(category >= 0 ? NetworkCategoryName(category) : u"unknown").substr(0, 4);
-}
-
 }  // namespace
 
-ApSummary SummaryOf(CWlanBssEntry& entry) {
+ApSummary SummaryOf(CWlanBssEntry& entry, const ScoreContext& scores) {
   ApSummary ap;
-  ap.score = entry.GetScore(false);
+  ap.score = entry.GetScore(false, scores);
   ap.bssid = entry.m_BSSIDText;
   ap.quality = entry.GetLQ();
   ap.channel = entry.m_Channel;
   ap.ssid = entry.m_SSIDW;
-  ap.details = DetailsOf(entry);
+  ap.details = DetailsOf(entry, scores);
   return ap;
 }
 
-ApSummary SummaryOf(CWlanBssEntry& entry, const CWlanInterface& adapter) {
-  ApSummary ap = SummaryOf(entry);
+ApSummary SummaryOf(CWlanBssEntry& entry, const ScoreContext& scores,
+                    const CWlanInterface& adapter) {
+  ApSummary ap = SummaryOf(entry, scores);
   TakeLinkRates(adapter, &ap);
   return ap;
 }
@@ -68,7 +64,8 @@ ApSummary SummaryOfConnection(CWlanInterface& adapter, const ConnectionFacts& fa
   ap.ssid = facts.ssid;
   TakeLinkRates(adapter, &ap);
   CSmartPointer<CWlanBssEntry> entry;
-  if (adapter.FindBssEntry(facts.ssid, facts.bssid, &entry)) ap.details = DetailsOf(*entry);
+  if (adapter.FindBssEntry(facts.ssid, facts.bssid, &entry))
+    ap.details = DetailsOf(*entry, adapter.GetScoreContext());
   return ap;
 }
 
@@ -97,7 +94,7 @@ void NotifyConnectionChange(const CWlanInterface& adapter, const CQUAYInterfaceC
                     description);
 }
 
-WString SortLine(int idx, CWlanBssEntry& entry, const char* prefix) {
+WString SortLine(const Round& round, CWlanBssEntry& entry, const char* prefix) {
   const MacAddress mac = entry.GetBssid();
   const CIEBlob* blob = entry.m_IEBlob.get();
   const bool pending = !entry.m_bss_scanned && entry.m_unscanned_count == 0;
@@ -107,15 +104,17 @@ WString SortLine(int idx, CWlanBssEntry& entry, const char* prefix) {
       u"%lu/%u, SCO %i[rssi %i] cent % 3u/%u, scn %i/%i/%i, BLACK %i, auto %i, cat %s, ld %0.2lf, "
       u"%i "
       u"[%i/%i] mbps, %i mbps, auth %i, CWs [%s], GWs %u+%u\n",
-      idx, prefix, entry.m_ever_connected, entry.m_connect_good, entry.m_SSIDW, u"unknown ",
+      round.idx, prefix, entry.m_ever_connected, entry.m_connect_good, entry.m_SSIDW, u"unknown ",
       MAC_ARGS(mac), InternetLetter(entry), entry.PeekCandidate(), entry.m_candidate_counter,
-      entry.GetPhyModes(), entry.GetLQ(), entry.m_Bss.uLinkQuality, entry.GetScore(false),
-      entry.m_Bss.lRssi, entry.m_Channel, entry.GetFrequencyKhz(), entry.m_bss_scanned,
-      entry.m_unscanned_count, pending, entry.m_bDenied, entry.m_AutoConnect, CategoryHead(entry),
-      entry.GetLoadPct(), entry.GetMaxRate(), (blob ? blob->m_MaxVHTRateKbps : 0) / 1000,
-      (blob ? blob->m_MaxHERateKbps : 0) / 1000, (blob ? blob->m_MaxLegacyRateKbps : 0) / 1000,
-      entry.m_AuthAlgorithm, entry.GetChannelWidthText(), entry.m_IP4GatewayMacs.size(),
-      entry.m_IP6GatewayMacs.size());
+      entry.GetPhyModes(), entry.GetLQ(), entry.m_Bss.uLinkQuality,
+      entry.GetScore(false, round.scores), entry.m_Bss.lRssi, entry.m_Channel,
+      entry.GetFrequencyKhz(), entry.m_bss_scanned, entry.m_unscanned_count, pending,
+      entry.m_bDenied, entry.m_AutoConnect,
+      WString(round.scores.CategoryText(entry.m_SSIDW)).substr(0, 4),
+      entry.GetLoadPct(round.scores), entry.GetMaxRate(round.scores),
+      (blob ? blob->m_MaxVHTRateKbps : 0) / 1000, (blob ? blob->m_MaxHERateKbps : 0) / 1000,
+      (blob ? blob->m_MaxLegacyRateKbps : 0) / 1000, entry.m_AuthAlgorithm,
+      entry.GetChannelWidthText(), entry.m_IP4GatewayMacs.size(), entry.m_IP6GatewayMacs.size());
 }
 
 }  // namespace corvane

@@ -6,10 +6,13 @@
 
 namespace corvane {
 
+struct Round;
+
 // An access point as notifications and suggestions tell of it. Link rates are those of the
 // adapter's last connection query, 0 in the form without them.
-ApSummary SummaryOf(CWlanBssEntry& entry);
-ApSummary SummaryOf(CWlanBssEntry& entry, const CWlanInterface& adapter);
+ApSummary SummaryOf(CWlanBssEntry& entry, const ScoreContext& scores);
+ApSummary SummaryOf(CWlanBssEntry& entry, const ScoreContext& scores,
+                    const CWlanInterface& adapter);
 // The connection of this round: score, quality and channel are the connection's, the rest is the
 // model's, if it has the entry.
 ApSummary SummaryOfConnection(CWlanInterface& adapter, const ConnectionFacts& facts,
@@ -30,6 +33,6 @@ void NotifyConnectionChange(const CWlanInterface& adapter, const CQUAYInterfaceC
                             WStringView type, WStringView newAp, WStringView oldAp);
 
 // One entry of a sorted list, with all that ranks it; `prefix` names the list.
-WString SortLine(int idx, CWlanBssEntry& entry, const char* prefix);
+WString SortLine(const Round& round, CWlanBssEntry& entry, const char* prefix);
 
 }  // namespace corvane

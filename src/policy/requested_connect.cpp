@@ -70,7 +70,7 @@ bool FindAndConnectToBssEntry(const Round& round, const BssEntryList& entries,
     if (isAcceptance && connected) {
       CountMove(facts.connected && entry->m_SSIDW == facts.ssid);
       NotifyConnectionChange(round.adapter, *config, u"SuggestionAccepted",
-                             ShortApSummary(SummaryOf(*entry)), before);
+                             ShortApSummary(SummaryOf(*entry, round.scores)), before);
     }
     lines::RequestConnected(round, *entry, tries);
     if (connected) PublishConnection(round.adapter, *config, *entry);

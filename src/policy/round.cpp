@@ -29,7 +29,8 @@ Round::Round(CWlanInterface& wlan)
       memory(wlan.Policy()),
       idx(wlan.GetConfigIdx()),
       config(wlan.Config()),
-      settings(*config) {}
+      settings(*config),
+      scores(wlan.GetScoreContext()) {}
 
 CandidateMargins Round::Margins() const {
   return {settings.qualityThreshold, config->m_APScoreThreshold, settings.scorePercent};

@@ -47,6 +47,8 @@ struct Round {
   const int idx;         // of the adapter
   const CSmartPointer<CQUAYInterfaceConfig> config;
   const RoundSettings settings;
+  // What scores take from elsewhere; under the global lock it stays as it is to the round's end.
+  const ScoreContext scores;
   ConnectionFacts facts;
   BssEntryList candidates;  // BssEntriesList, best first
   BssEntryList others;      // OtherEntriesList: in range, but no candidates

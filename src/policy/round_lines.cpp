@@ -67,7 +67,7 @@ void ConnectedNotInRange(const Round& round) {
 }
 
 void Sorted(const Round& round, CWlanBssEntry& entry, const char* list) {
-  LOG_ADAPTER(round.idx, kCandidateDetailLog, u"%s", SortLine(round.idx, entry, list));
+  LOG_ADAPTER(round.idx, kCandidateDetailLog, u"%s", SortLine(round, entry, list));
 }
 
 void RowNotAdded(const Round& round) { LOG_ERROR(u"[%i] -->FALIED to add to CSV\n", round.idx); }

@@ -77,7 +77,7 @@ class Switch {
     lines::Suggesting(m_Round, entry);
     m_Round.memory.ClearAllCandidateCounters("BEFORE PASSIVE SUGGEST");
 
-    const ApSummary suggested = SummaryOf(entry);
+    const ApSummary suggested = SummaryOf(entry, m_Round.scores);
     const ApSummary current = SummaryOfConnection(m_Round.adapter, m_Round.facts, m_Score);
     const bool byEvent = way == MoveWay::kSuggestByEvent;
     const bool accepted =
@@ -127,7 +127,7 @@ class Switch {
     CountMove(roam);
     lines::SwitchConnected(m_Round, entry, roam);
     PublishConnection(m_Round.adapter, *m_Round.config, entry);
-    const ApSummary after = SummaryOf(entry, m_Round.adapter);
+    const ApSummary after = SummaryOf(entry, m_Round.scores, m_Round.adapter);
     lines::Switched(m_Round, before, after);
     NotifyConnectionChange(m_Round.adapter, *m_Round.config, u"Autoswitch", LongApSummary(after),
                            LongApSummary(before));

@@ -29,7 +29,7 @@ void CQUAYMainWorker::CompareCapabilities(CWlanBssEntry& entry, const char* cont
   ends.apClass = entry.GetPhyMode();
   ends.capability1 = PhyLevelOf(ends.adapterClass);
   ends.capability2 = PhyLevelOf(ends.apClass);
-  ends.score = entry.GetScore(false);
+  ends.score = entry.GetScore(false, m_pInterface->GetScoreContext());
   ends.ssid = entry.m_SSIDW;
   ends.bssid = entry.m_BSSIDText;
   ends.txKbps = association.ulTxRate;
@@ -80,7 +80,8 @@ void CQUAYMainWorker::ReportSignal(CWlanBssEntry& entry, const char* context) {
                                   : u"[No PEG]");
   const auto association = m_pInterface->GetConnAttrs().wlanAssociationAttributes;
   m_pConfig->m_Etw.APConnected(entry.m_SSIDW, entry.m_BSSIDText, association.ulTxRate,
-                               association.ulRxRate, entry.GetScore(false), quality,
+                               association.ulRxRate,
+                               entry.GetScore(false, m_pInterface->GetScoreContext()), quality,
                                WString(m_pInterface->AdapterClassText()), entry.GetPhyMode());
 }
 

@@ -265,15 +265,27 @@ bool CGlobalConfigContainer::IsOnACPower() {
   return Os().power.GetSystemPowerStatus(&status) && status.ACLineStatus == kMains;
 }
 
-std::uint32_t CGlobalConfigContainer::GetNetworkFilter(WStringView ssid) {
+std::shared_ptr<const NetworkFilters> CGlobalConfigContainer::GetNetworkFilters() const {
   const CCritSecLock lock(m_TableLock);
-  const auto at = m_NetworkFilters.find(ssid);
-  return at == m_NetworkFilters.end() ? 0 : at->second;
+  return m_NetworkFilters;
 }
 
-void CGlobalConfigContainer::SetNetworkFilter(WStringView ssid, std::uint32_t kind) {
+std::uint32_t CGlobalConfigContainer::GetNetworkFilter(WStringView ssid) {
+  const auto filters = GetNetworkFilters();
+  const auto at = filters->find(ssid);
+  return at == filters->end() ? std::uint32_t{kFilterNone} : at->second;
+}
+
+void CGlobalConfigContainer::SetNetworkFilters(const NetworkFilters& rows) {
   const CCritSecLock lock(m_TableLock);
-  m_NetworkFilters[WString(ssid)] = kind;
+  const bool all = std::ranges::all_of(rows, [this](const auto& row) {
+    const auto at = m_NetworkFilters->find(row.first);
+    return at != m_NetworkFilters->end() && at->second == row.second;
+  });
+  if (all) return;
+  auto filters = std::make_shared<NetworkFilters>(*m_NetworkFilters);
+  for (const auto& [ssid, kind] : rows) filters->insert_or_assign(ssid, kind);
+  m_NetworkFilters = std::move(filters);
 }
 
 }  // namespace corvane

@@ -3,10 +3,12 @@
 #include <cstdint>
 #include <list>
 #include <map>
+#include <memory>
 #include <vector>
 
 #include "foundation/singleton.h"
 #include "launch/launcher.h"
+#include "score/network_facts.h"
 #include "settings/interface_config.h"
 #include "store/csv_helper.h"
 #include "store/global_settings.h"
@@ -60,10 +62,12 @@ class CGlobalConfigContainer final : public CRegistryHelperBase,
   // True when GetSystemPowerStatus succeeds and reports mains.
   static bool IsOnACPower();
 
-  // The platform's filter lists, by SSID text: 1 permitted, 2 denied, 0 on neither.
+  // The platform's filter lists, by SSID text: NetworkFilter. The table never changes; what is set
+  // comes with the next one.
+  std::shared_ptr<const NetworkFilters> GetNetworkFilters() const;
   std::uint32_t GetNetworkFilter(WStringView ssid);
-  void SetNetworkFilter(WStringView ssid, std::uint32_t kind);
-  std::atomic<std::uint32_t> m_PermitFilterCount{0};  // permit rows of the last refresh
+  void SetNetworkFilters(const NetworkFilters& rows);  // those of other networks stay
+  std::atomic<std::uint32_t> m_PermitFilterCount{0};   // permit rows of the last refresh
 
   std::atomic<bool> m_bForceLQEtw{false};  // by an option of the command line; adapters inherit it
   // Whether the next order of a user interface for rounds without delay opens a window.
@@ -92,7 +96,7 @@ class CGlobalConfigContainer final : public CRegistryHelperBase,
   std::vector<CSmartPointer<CQUAYInterfaceConfig>> m_IFConfigs;          // index = adapter index
   int m_IFConfigCount = 0;
   std::map<WString, CSmartPointer<CQUAYInterfaceConfig>, std::less<>> m_IFConfigByGuid;
-  std::map<WString, std::uint32_t, std::less<>> m_NetworkFilters;
+  std::shared_ptr<const NetworkFilters> m_NetworkFilters = std::make_shared<NetworkFilters>();
   std::list<WString> m_ClientDirs;
   std::string m_UserTempPath;
   bool m_bProxyPresent = false;

@@ -35,7 +35,7 @@ std::int32_t AdapterAir::GetScoreFromBssEntry(WStringView ssid, const MacAddress
                                               bool bUseBackup) {
   const CCritSecLock lock(m_Lock);
   CSmartPointer<CWlanBssEntry> entry;
-  if (FindBssEntry(ssid, bssid, &entry)) return entry->GetScore(false);
+  if (FindBssEntry(ssid, bssid, &entry)) return entry->GetScore(false, GetScoreContext());
   return bUseBackup ? BackupScore(ssid, bssid) : -1;
 }
 
@@ -45,7 +45,7 @@ std::int32_t AdapterAir::GetScoreFromBssEntry(std::string* log, WStringView ssid
   CSmartPointer<CWlanBssEntry> entry;
   if (!FindBssEntry(ssid, bssid, &entry)) return BackupScore(ssid, bssid);
   *log = entry->m_ScoreLog + entry->m_FinalScoreLog;
-  return entry->GetScore(false);
+  return entry->GetScore(false, GetScoreContext());
 }
 
 std::int32_t AdapterAir::GetScoreFromBssEntry(WStringView ssid, const MacAddress& bssid,
@@ -56,7 +56,7 @@ std::int32_t AdapterAir::GetScoreFromBssEntry(WStringView ssid, const MacAddress
   if (!FindBssEntry(ssid, bssid, &entry)) return BackupScore(ssid, bssid);
   *phy = entry->GetPhyMode();
   *rssi = entry->m_Bss.lRssi;
-  return entry->GetScore(false);
+  return entry->GetScore(false, GetScoreContext());
 }
 
 bool AdapterAir::IsConnectedToNetworkWithBothBssids(const MacAddress& a, const MacAddress& b) {

@@ -41,7 +41,8 @@ class AdapterAir {
   bool AssignGatewayMacsToBssEntry(const WString& ssid, const MacAddress& bssid, const MacList& ip4,
                                    const MacList& ip6);
 
-  void UpdateAllScores();  // takes the maps lock as well (score_update.cpp)
+  void UpdateAllScores();                // (score_update.cpp)
+  ScoreContext GetScoreContext() const;  // of this moment
   // 0 or 1 by what the scores saw of an access point before the tree was dropped, 0xFFFFFFFF for
   // nothing.
   std::uint32_t RememberedInternet(const WString& ssid, const WString& bssidText) {

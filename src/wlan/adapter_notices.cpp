@@ -254,9 +254,10 @@ void AdapterNotices::TellOfOutsideConnect(const ConnectionFacts& facts) {
   {
     const CCritSecLock lock(m_Air.Lock());
     if (m_Air.FindBssEntry(facts.ssid, facts.bssid, &entry)) {
-      summary.score = entry->GetScore(false);
+      const ScoreContext context = m_Air.GetScoreContext();
+      summary.score = entry->GetScore(false, context);
       summary.channel = entry->m_Channel;
-      summary.details->maxRateMbps = static_cast<std::uint32_t>(entry->GetMaxRate());
+      summary.details->maxRateMbps = static_cast<std::uint32_t>(entry->GetMaxRate(context));
     }
   }
   if (!entry) summary.channel = ChannelNow();

@@ -51,6 +51,7 @@ void RefreshNetworkAllowDenyFilters(const AdapterIdentity& adapter) {
   const auto client = adapter.Client();
   const auto permitted = CSVHelper::CreateObject();
   const auto denied = CSVHelper::CreateObject();
+  NetworkFilters rows;
   std::uint32_t permitRows = 0;
   for (const FilterList& filter : kFilterLists) {
     std::vector<WString> ssids;
@@ -64,11 +65,12 @@ void RefreshNetworkAllowDenyFilters(const AdapterIdentity& adapter) {
       continue;
     }
     for (const WString& ssid : ssids) {
-      global.SetNetworkFilter(ssid, filter.kind);
+      rows.insert_or_assign(ssid, filter.kind);
       (filter.kind == kFilterPermitted ? permitted : denied)->AddString(ssid, false);
     }
     if (filter.kind == kFilterPermitted) permitRows += static_cast<std::uint32_t>(ssids.size());
   }
+  global.SetNetworkFilters(rows);
   global.m_PermitFilterCount = permitRows;
 
   const auto registry = global.GetRegistry();

@@ -124,7 +124,8 @@ void NetworkLists::Read(bool scanned, bool first, std::int32_t* found, std::int3
     m_Air.UpdateAllScores();
     if (const log::Open open(m_Adapter.Idx(), DBG(20)); first && open) {
       int number = 0;
-      for (const auto& [ssid, network] : m_Networks) network->Dump(number++);
+      const ScoreContext context = m_Air.GetScoreContext();
+      for (const auto& [ssid, network] : m_Networks) network->Dump(number++, context);
     }
   } else {
     LOG_DEBUG(DBG(0),
@@ -185,6 +186,7 @@ void NetworkLists::TakeBssEntries(const CGenericMalloc& list) {
   const auto count = RecordAt<DWORD>(list, offsetof(WLAN_BSS_LIST, dwNumberOfItems));
   const std::size_t total = list.GetSize();
   const MacAddress connected = m_Link.IsConnected() ? m_Link.ConnectedBssid() : MacAddress{};
+  const ScoreContext context = m_Air.GetScoreContext();
   for (DWORD i = 0; i < count; ++i) {
     const std::size_t at = kEntriesAt + i * sizeof(WLAN_BSS_ENTRY);
     const auto bss = RecordAt<WLAN_BSS_ENTRY>(list, at);
@@ -192,12 +194,13 @@ void NetworkLists::TakeBssEntries(const CGenericMalloc& list) {
     // Element bytes that would lie outside the list are none.
     const std::uint64_t first = std::uint64_t{at} + bss.ulIeOffset;
     const bool inside = first + bss.ulIeSize <= total;
-    TakeBss(bss, inside ? list.GetData() + first : nullptr, inside ? bss.ulIeSize : 0, connected);
+    TakeBss(bss, inside ? list.GetData() + first : nullptr, inside ? bss.ulIeSize : 0, connected,
+            context);
   }
 }
 
 void NetworkLists::TakeBss(const WLAN_BSS_ENTRY& bss, const std::uint8_t* ies, std::uint32_t cbIEs,
-                           const MacAddress& connected) {
+                           const MacAddress& connected, const ScoreContext& context) {
   const WString ssid = SsidText(bss.dot11Ssid);
   const auto at = m_Networks.find(ssid);
   if (at == m_Networks.end()) {
@@ -222,7 +225,7 @@ void NetworkLists::TakeBss(const WLAN_BSS_ENTRY& bss, const std::uint8_t* ies, s
   if (!network.m_BssMap.contains(bssid)) {
     facts.internetState = m_Air.RememberedInternet(ssid, MacText(bssid));
   }
-  network.AddOrUpdateBss(bss, ies, cbIEs, facts, nullptr);
+  network.AddOrUpdateBss(bss, ies, cbIEs, facts, context, nullptr);
 }
 
 void NetworkLists::BumpUnscannedCounter() {

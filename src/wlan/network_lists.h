@@ -28,7 +28,7 @@ class NetworkLists {
   bool FindProfile(CWlanNetwork& network);
   void TakeBssEntries(const CGenericMalloc& list);
   void TakeBss(const platform::WLAN_BSS_ENTRY& bss, const std::uint8_t* ies, std::uint32_t cbIEs,
-               const MacAddress& connected);
+               const MacAddress& connected, const ScoreContext& context);
   void BumpUnscannedCounter();
   void MarkConnected();
 

@@ -2,10 +2,10 @@
 
 #include "foundation/averager.h"
 #include "foundation/log_lines.h"
-#include "model/global_wireless_maps.h"
 #include "monitors/network_list_manager.h"
 #include "store/process_flags.h"
 #include "wlan/adapter_air.h"
+#include "wlan/score_facts.h"
 
 namespace corvane {
 
@@ -36,25 +36,27 @@ void AdapterAir::NoteConnectivity() {
               m_Adapter.Idx(), ssid, g_bVPNFound ? u", might be false due to VPN detected." : u"");
 }
 
+ScoreContext AdapterAir::GetScoreContext() const {
+  return GatherScoreContext(m_Adapter.Config().get());
+}
+
 void AdapterAir::UpdateAllScores() {
   const CCritSecLock lock(m_Lock);
   NoteConnectivity();
+  const ScoreContext context = GetScoreContext();  // knows the connectivity just noted
   const bool isConnected = m_Link.IsConnected();
   const MacAddress connected = m_Link.ConnectedBssid();
   const std::uint32_t quality = m_Link.ConnAttrs().wlanAssociationAttributes.wlanSignalQuality;
   LoadAverages high, low;  // the 5 GHz range, and all else
-  {
-    const CCritSecLock maps(CGlobalWirelessMaps::GetInstance().GetLock());
-    for (const auto& [ssid, network] : m_Networks) {
-      for (const auto& [bssid, entry] : network->m_BssMap) {
-        if (!entry->m_bss_scanned) continue;
-        entry->UpdateScore(isConnected && bssid == connected ? quality : 0);
-        entry->UpdateApCount();
-        if (entry->m_QBSSPoints < 0) continue;
-        LoadAverages& group = entry->IsIn5GHzRange() ? high : low;
-        group.points.Add(entry->m_QBSSPoints);
-        if (const double load = entry->GetRawLoadPct(); load >= 0.0) group.load.Add(load);
-      }
+  for (const auto& [ssid, network] : m_Networks) {
+    for (const auto& [bssid, entry] : network->m_BssMap) {
+      if (!entry->m_bss_scanned) continue;
+      entry->UpdateScore(isConnected && bssid == connected ? quality : 0, context);
+      entry->UpdateApCount(context);
+      if (entry->m_QBSSPoints < 0) continue;
+      LoadAverages& group = entry->IsIn5GHzRange() ? high : low;
+      group.points.Add(entry->m_QBSSPoints);
+      if (const double load = entry->GetRawLoadPct(); load >= 0.0) group.load.Add(load);
     }
   }
   RememberConnectivity();

@@ -83,6 +83,7 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   }
   BssEntryList SnapshotEntries() { return m_Air.SnapshotEntries(); }
   void UpdateAllScores() { m_Air.UpdateAllScores(); }
+  ScoreContext GetScoreContext() const { return m_Air.GetScoreContext(); }
   void ClearNetworks() { m_Air.ClearNetworks(); }
   void ApplyPreferredRows(const PreferredApRows& rows) { m_Air.ApplyPreferredRows(rows); }
   void ApplyDenyRows(const ApListRows& rows) { m_Air.ApplyDenyRows(rows); }

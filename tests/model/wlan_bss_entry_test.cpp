@@ -5,7 +5,6 @@
 #include "foundation/log_lines.h"
 #include "model/global_wireless_maps.h"
 #include "model/wlan_network.h"
-#include "policy/quiet_network_list.h"
 #include "support/beacon.h"
 #include "support/pc_fixture.h"
 
@@ -29,8 +28,6 @@ class LineSink : public ILogSink {
 
 class WlanModel : public test::KernelTest {
  protected:
-  WlanModel() { Install<test::QuietNetworkList>(); }
-
   static WLAN_BSS_ENTRY Bss(const std::string& ssid, std::uint8_t last, std::uint32_t quality = 80,
                             std::uint32_t khz = 5180000) {
     WLAN_BSS_ENTRY bss;
@@ -42,17 +39,22 @@ class WlanModel : public test::KernelTest {
     bss.ulChCenterFrequency = khz;
     return bss;
   }
-  static void Update(CWlanBssEntry& entry, const WLAN_BSS_ENTRY& bss,
-                     const std::vector<platform::BYTE>& ies = {},
-                     const CWlanBssEntry::Facts& facts = {}) {
+  void Update(CWlanBssEntry& entry, const WLAN_BSS_ENTRY& bss,
+              const std::vector<platform::BYTE>& ies = {}, const CWlanBssEntry::Facts& facts = {}) {
     entry.UpdateFromBss(bss, ies.empty() ? nullptr : ies.data(),
-                        static_cast<std::uint32_t>(ies.size()), facts, -1);
+                        static_cast<std::uint32_t>(ies.size()), facts, -1, context);
   }
+  static std::shared_ptr<const KnownNetworks> Known(const WString& ssid, std::int32_t category,
+                                                    std::uint32_t connectivity) {
+    return std::make_shared<KnownNetworks>(KnownNetworks{{ssid, {category, connectivity}}});
+  }
+
+  ScoreContext context;  // of the adapter: nothing is known
 };
 
 TEST_F(WlanModel, AnEntryTakesOverTheRecord) {
   const auto entry = CWlanBssEntry::CreateObject();
-  EXPECT_EQ(entry->GetScore(true), -1);
+  EXPECT_EQ(entry->GetScore(true, context), -1);
   EXPECT_EQ(entry->GetPhyMode(), u"802.11");
   CWlanBssEntry::Facts facts;
   facts.grantedAccess = 7;
@@ -105,31 +107,31 @@ TEST_F(WlanModel, ElementsAreKeptForAMinuteWithoutNewOnes) {
   bss.wlanRateSet.usRateSet[3] = 200;  // behind the length
   Update(*entry, bss);
   EXPECT_FALSE(entry->m_IEBlob);
-  EXPECT_EQ(entry->GetMaxRate(), 48);
-  EXPECT_EQ(entry->GetMaxRateHalved(), 48);
+  EXPECT_EQ(entry->GetMaxRate(context), 48);
+  EXPECT_EQ(entry->GetMaxRateHalved(context), 48);
   EXPECT_EQ(entry->GetRawLoadPct(), -1.0);
-  EXPECT_EQ(entry->GetLoadPct(), -1.0);
+  EXPECT_EQ(entry->GetLoadPct(context), -1.0);
   EXPECT_EQ(entry->GetStationCount(), 65535);
   EXPECT_EQ(entry->GetChannelWidthText(), u"20");
 
   Update(*entry, bss, bytes);
-  const std::int32_t rate = entry->GetMaxRate();
+  const std::int32_t rate = entry->GetMaxRate(context);
   EXPECT_GT(rate, 400);
-  EXPECT_EQ(entry->GetMaxRateHalved(), rate / 2);
-  EXPECT_DOUBLE_EQ(entry->GetLoadPct(), 20.0);
+  EXPECT_EQ(entry->GetMaxRateHalved(context), rate / 2);
+  EXPECT_DOUBLE_EQ(entry->GetLoadPct(context), 20.0);
   EXPECT_EQ(entry->GetStationCount(), 7);
   EXPECT_EQ(entry->GetChannelWidthText(), u"80");
   EXPECT_EQ(entry->GetPhyModes(), u"a/n/ac");
 
   RunFor(60s);
   Update(*entry, bss);
-  EXPECT_EQ(entry->GetMaxRate(), rate);
-  entry->UpdateFromBss(bss, bytes.data(), 1, {}, -1);  // one byte is none
-  EXPECT_EQ(entry->GetMaxRate(), rate);
+  EXPECT_EQ(entry->GetMaxRate(context), rate);
+  entry->UpdateFromBss(bss, bytes.data(), 1, {}, -1, context);  // one byte is none
+  EXPECT_EQ(entry->GetMaxRate(context), rate);
   RunFor(1ms);
   Update(*entry, bss);
   ASSERT_TRUE(entry->m_IEBlob);
-  EXPECT_EQ(entry->GetMaxRate(),
+  EXPECT_EQ(entry->GetMaxRate(context),
             0);  // not the platform's rates: there is an object, and it is empty
   EXPECT_FALSE(entry->m_IEBlob->m_RawIEs);
   EXPECT_EQ(entry->GetPhyMode(), u"11");
@@ -148,29 +150,109 @@ TEST_F(WlanModel, ScoreHistoryHoldsTheNewestFiveWithoutRepeats) {
   EXPECT_EQ(entry->GetLQ(), 60u);
 }
 
+TEST_F(WlanModel, EachFactReachesItsTermOfTheSubtotal) {
+  const auto entry = CWlanBssEntry::CreateObject();
+  const auto beacon =
+      Beacon(u8"Lab").Channel(36).He160(4).MuBeamformer().Rsn({test::AKM_SAE}).QbssLoad(3, 51);
+  const auto log = [&] {
+    Update(*entry, Bss("Lab", 1), beacon.Bytes());
+    return entry->m_ScoreLog;
+  };
+  EXPECT_EQ(log(),
+            "SIGQ(18/30),PRIV(0),N(5),AC(5),AX(5),SEC(9),MUMIMO(5),MBPS(14/1733),QBSS(8/20),"
+            "NOISE(0),NEG_SIGQ(0),ALLOW(0),INTERNET(0/NO_NLM),SUBTOTAL(69)");
+
+  context.weights = {11, 40, 2, 7, 2, 20, 9};
+  context.heCapable = true;
+  const auto map = std::make_shared<ChannelLoadMap>();
+  context.loadMap = map;
+  context.loadMapValid = true;
+  context.networks = Known(u"Lab", kCategoryPrivate, 0x1);
+  context.filters = std::make_shared<NetworkFilters>(NetworkFilters{{u"Lab", kFilterPermitted}});
+  context.allowBonus = 13;
+  EXPECT_EQ(log(),
+            "SIGQ(24/40),PRIV(2),N(5),AC(5),AX(5),SEC(9),MUMIMO(7),MBPS(7/2402),QBSS(16/20),"
+            "NOISE(10),NEG_SIGQ(0),ALLOW(13),INTERNET(-11),SUBTOTAL(91)");
+
+  const auto expect = [&log](std::initializer_list<const char*> terms) {
+    const std::string text = log();
+    for (const char* term : terms) EXPECT_NE(text.find(term), std::string::npos) << text;
+  };
+  map->low.noise[42] = 11;  // the centre of the 80 MHz
+  context.networks = Known(u"Lab", kCategoryPublic, 0x40);
+  context.filters = std::make_shared<NetworkFilters>(NetworkFilters{{u"Lab", kFilterDenied}});
+  expect({",PRIV(0)", ",NOISE(0)", ",ALLOW(0)", ",INTERNET(0),"});
+  context.networks = Known(u"Lab", kCategoryUnknown, 0x1);
+  context.vpnFound = true;
+  expect({",INTERNET(0/VPN_MUTED)"});
+  EXPECT_TRUE(entry->m_bVpnMuted && entry->m_bConnectivityKnown && !entry->m_bInternetLatch);
+  context.networks = Known(u"Lab", kCategoryUnknown, 0);
+  context.vpnFound = false;
+  expect({",INTERNET(0/DISCON-VPN_MUTED)"});  // as the entry remembers
+}
+
+TEST_F(WlanModel, OneQuietHalfOf80Plus80IsEnough) {
+  const auto entry = CWlanBssEntry::CreateObject();
+  Update(*entry, Bss("Lab", 1), Beacon(u8"Lab").Channel(36).Vht80(2).Bytes());
+  entry->m_IEBlob->m_VHT80Plus80 = true;
+  entry->m_IEBlob->m_LoadSeg0Channel = 42;
+  entry->m_IEBlob->m_LoadSeg1Channel = 155;
+  const auto map = std::make_shared<ChannelLoadMap>();
+  context.loadMap = map;
+  context.loadMapValid = true;
+  const auto isQuiet = [&](std::uint8_t first, std::uint8_t second) {
+    map->low.noise[42] = first;
+    map->low.noise[155] = second;
+    entry->ComputeSubtotal(0, context);
+    return entry->m_ScoreLog.find(",NOISE(10)") != std::string::npos;
+  };
+  EXPECT_TRUE(isQuiet(10, 99) && isQuiet(99, 10));
+  EXPECT_FALSE(isQuiet(99, 99));
+}
+
 TEST_F(WlanModel, FinalScoreUsesNameBandAndBluetooth) {
   const auto guest = CWlanBssEntry::CreateObject();
   Update(*guest, Bss("My GUEST net", 1, 100, 2437000));
   guest->m_BTPenalty = 5;
   // 30 points; the load of a channel that is not known counts as none.
-  EXPECT_EQ(guest->GetScore(true), 32);
+  EXPECT_EQ(guest->GetScore(true, context), 32);
   EXPECT_EQ(guest->m_FinalScoreLog, ",QBSS_2a(10),GUEST(-3),BT(-5)");
   guest->m_FinalScoreLog = "kept";
-  EXPECT_EQ(guest->GetScore(false), 32);
+  EXPECT_EQ(guest->GetScore(false, context), 32);
   EXPECT_EQ(guest->m_FinalScoreLog, "kept");
 
   const auto office = CWlanBssEntry::CreateObject();
   Update(*office, Bss("Office", 2, 100), Beacon(u8"Office").Channel(36).Bytes());
   office->m_BTPenalty = 5;
-  office->GetScore(true);
+  office->GetScore(true, context);
   EXPECT_EQ(office->m_FinalScoreLog, ",QBSS_2c(5)");  // 5 GHz, and no load known on its channel
+  context.weights.QBSSBumpMax = 40;
+  office->GetScore(true, context);
+  EXPECT_EQ(office->m_FinalScoreLog, ",QBSS_2c(20)");
+
+  // What the adapter knows of the band, and of the channel.
+  context.averageScore5 = 8, context.averageScore2 = 6;
+  context.averageLoad5 = 20.5, context.averageLoad2 = 40.5;
+  office->GetScore(true, context);
+  EXPECT_EQ(office->m_FinalScoreLog, ",QBSS_2b(8)");
+  EXPECT_EQ(office->GetLoadPct(context), 20.5);
+  office->m_Bss.ulChCenterFrequency = 2437000;
+  office->m_BTPenalty = 0;
+  office->GetScore(true, context);
+  EXPECT_EQ(office->m_FinalScoreLog, ",QBSS_2b(6)");
+  EXPECT_EQ(office->GetLoadPct(context), 40.5);
+  const auto map = std::make_shared<ChannelLoadMap>();
+  map->low.load[36] = 50;
+  context.loadMap = map;
+  office->GetScore(true, context);
+  EXPECT_EQ(office->m_FinalScoreLog, ",QBSS_2a(20)");
 }
 
 TEST_F(WlanModel, StatusLine) {
   const auto entry = CWlanBssEntry::CreateObject();
   Update(*entry, Bss("Lab", 0x0A, 75, 2437000));
-  const auto line = [&entry] {
-    WString text = entry->GetStatusLine();
+  const auto line = [this, &entry] {
+    WString text = entry->GetStatusLine(context);
     std::replace(text.begin(), text.end(), u'\v', u'|');
     return Narrow(text);
   };
@@ -183,12 +265,13 @@ TEST_F(WlanModel, StatusLine) {
   Update(*entry, Bss("Lab", 0x0A, 75), beacon.Bytes(), facts);
   entry->m_ApCountOnChannel = 3;
   entry->m_bss_scanned = false;
-  const std::string score = std::to_string(entry->GetScore(false));
+  const std::string score = std::to_string(entry->GetScore(false, context));
   EXPECT_EQ(line(), "Lab|02-ab-00-00-0c-0a|5Ghz|" + score +
                         "|75|unknown|not-auto|pending|20.00|36|a/n/ac|7|1|20,40,80|no|3");
   entry->m_unscanned_count = 1;
   entry->m_AutoConnect = true;
-  EXPECT_NE(line().find("|auto|bad|"), std::string::npos);
+  context.networks = Known(u"Lab", kCategoryDomain, 0x40);
+  EXPECT_NE(line().find("|Domain|auto|bad|"), std::string::npos);
 }
 
 TEST_F(WlanModel, CandidateCounterFallsWithAMissingScan) {
@@ -222,7 +305,7 @@ TEST_F(WlanModel, ANetworkUpdatesAKnownBssAndKeepsWhatItLearned) {
   facts.internetState = 1;
   facts.nonBroadcast = true;
   std::int32_t delta = 99;
-  network->AddOrUpdateBss(Bss("Lab 5GHz", 1, 60), nullptr, 0, facts, &delta);
+  network->AddOrUpdateBss(Bss("Lab 5GHz", 1, 60), nullptr, 0, facts, context, &delta);
   EXPECT_EQ(delta, 0);
   const auto entry = network->m_BssMap.begin()->second;
   EXPECT_TRUE(entry->m_bNonBroadcast);
@@ -232,9 +315,9 @@ TEST_F(WlanModel, ANetworkUpdatesAKnownBssAndKeepsWhatItLearned) {
   entry->m_unscanned_count = 10;
 
   facts.nonBroadcast = false;
-  network->AddOrUpdateBss(Bss("Lab 5GHz", 1, 45), nullptr, 0, facts, &delta);
+  network->AddOrUpdateBss(Bss("Lab 5GHz", 1, 45), nullptr, 0, facts, context, &delta);
   EXPECT_EQ(delta, -15);
-  network->AddOrUpdateBss(Bss("Lab 5GHz", 2, 45), nullptr, 0, facts, nullptr);
+  network->AddOrUpdateBss(Bss("Lab 5GHz", 2, 45), nullptr, 0, facts, context, nullptr);
   EXPECT_EQ(network->m_BssMap.size(), 2u);
   EXPECT_EQ(network->m_BssMap.begin()->second, entry);
   EXPECT_TRUE(entry->m_bss_scanned && entry->m_bVpnMuted && !entry->m_bNonBroadcast);
@@ -311,43 +394,49 @@ class LoadOfTheAir : public WlanModel {
     if (!network) network = CWlanNetwork::CreateObject();
     const auto bytes = beacon.Bytes();
     network->AddOrUpdateBss(Bss(ssid, last, 80, khz), bytes.data(),
-                            static_cast<std::uint32_t>(bytes.size()), {}, nullptr);
+                            static_cast<std::uint32_t>(bytes.size()), {}, context, nullptr);
     return *network->m_BssMap.at(ToMac(Bss(ssid, last).dot11Bssid));
+  }
+  // Works the map out; the context has what it came to.
+  void Compute(NetworkMap& heard) {
+    auto& maps = CGlobalWirelessMaps::GetInstance();
+    maps.ComputeNoiseLevelArray(heard);
+    context.loadMap = maps.LoadMap(&context.loadMapValid);
   }
   NetworkMap networks;
 };
 
 TEST_F(LoadOfTheAir, IsWorkedOutAnewFromWhatIsHeard) {
-  auto& maps = CGlobalWirelessMaps::GetInstance();
-  EXPECT_FALSE(maps.IsLoadMapValid());
+  CGlobalWirelessMaps::GetInstance().LoadMap(&context.loadMapValid);
+  EXPECT_FALSE(context.loadMapValid);
   CWlanBssEntry& first = Add("A", 1, 5180000, Beacon(u8"A").Channel(36).QbssLoad(1, 128));
   CWlanBssEntry& second = Add("B", 2, 2437000, Beacon(u8"B").Channel(6));
-  maps.ComputeNoiseLevelArray(networks);
-  EXPECT_TRUE(maps.IsLoadMapValid());
+  Compute(networks);
+  EXPECT_TRUE(context.loadMapValid);
   EXPECT_EQ(first.m_FootprintText, "{34}-{38}");
-  EXPECT_EQ(maps.LoadMap().LoadOf(5, 36), 50);
-  EXPECT_EQ(maps.LoadMap().ApCountOf(2, 6), 1);
-  first.UpdateApCount();
+  EXPECT_EQ(context.LoadMap().LoadOf(5, 36), 50);
+  EXPECT_EQ(context.LoadMap().ApCountOf(2, 6), 1);
+  first.UpdateApCount(context);
   EXPECT_EQ(first.m_ApCountOnChannel, 1u);
 
   // Silent for two scans it still counts, for three not.
   first.m_bss_scanned = second.m_bss_scanned = false;
   first.m_unscanned_count = 3;
   second.m_unscanned_count = 2;
-  maps.ComputeNoiseLevelArray(networks);
-  EXPECT_EQ(maps.LoadMap().ApCountOf(5, 36), 0);
-  EXPECT_EQ(maps.LoadMap().LoadOf(5, 36), 255);
-  EXPECT_EQ(maps.LoadMap().ApCountOf(2, 6), 1);
-  first.UpdateApCount();
+  Compute(networks);
+  EXPECT_EQ(context.LoadMap().ApCountOf(5, 36), 0);
+  EXPECT_EQ(context.LoadMap().LoadOf(5, 36), 255);
+  EXPECT_EQ(context.LoadMap().ApCountOf(2, 6), 1);
+  first.UpdateApCount(context);
   EXPECT_EQ(first.m_ApCountOnChannel, 0u);
   first.m_bss_scanned = true;  // heard again
-  maps.ComputeNoiseLevelArray(networks);
-  EXPECT_EQ(maps.LoadMap().ApCountOf(5, 36), 1);
+  Compute(networks);
+  EXPECT_EQ(context.LoadMap().ApCountOf(5, 36), 1);
 
   NetworkMap none;
-  maps.ComputeNoiseLevelArray(none);
-  EXPECT_EQ(maps.LoadMap().ApCountOf(5, 36), 0);
-  EXPECT_TRUE(maps.IsLoadMapValid());
+  Compute(none);
+  EXPECT_EQ(context.LoadMap().ApCountOf(5, 36), 0);
+  EXPECT_TRUE(context.loadMapValid);
 }
 
 TEST_F(LoadOfTheAir, ABadChannelIsToldAndTheOthersGoOn) {
@@ -357,7 +446,7 @@ TEST_F(LoadOfTheAir, ABadChannelIsToldAndTheOthersGoOn) {
   LineSink sink;
   SetLogSink(&sink);
   g_DebugMask = 0;
-  CGlobalWirelessMaps::GetInstance().ComputeNoiseLevelArray(networks);
+  Compute(networks);
   SetLogSink(nullptr);
   EXPECT_EQ(sink.lines, (std::vector<std::string>{"<E>CGlobalWirelessMaps::ComputeNoiseLevelArray:["
                                                   "02-ab-00-00-0c-01][A] BAD Channel #: 0"}));

@@ -247,7 +247,7 @@ class PolicyTest : public KernelTest {
       available.dot11Ssid = SsidRecord(ssid);
       network->Update(available, static_cast<int>(on));
     }
-    network->AddOrUpdateBss(bss, nullptr, 0, facts, nullptr);
+    network->AddOrUpdateBss(bss, nullptr, 0, facts, ScoreContext(), nullptr);
     const auto entry = network->m_BssMap[bssid];
     SetScore(*entry, score);
     wlan->names[bssid] = ssid;

@@ -49,7 +49,7 @@ TEST_F(PolicyRoundTest, CandidatesAreSortedAndTheRestIsShownBesideThem) {
   Add("Next door", 6, 80)->m_GrantedAccess = platform::WLAN_READ_ACCESS;
   Add("Shed", 7, 95)->m_bDenied = true;
   Add("Hidden away", 8, 99);
-  Global().SetNetworkFilter(u"Hidden away", 2);
+  Global().SetNetworkFilters({{u"Hidden away", kFilterDenied}});
   Round();
   EXPECT_EQ(Candidates(), (Rows{"Office 2", "Home 4", "Home 3", "Office 1"}));
   EXPECT_EQ(Others(), (Rows{"Shed 7", "Cafe 5", "Next door 6"}));
@@ -172,8 +172,8 @@ TEST_F(PolicyRoundTest, BluetoothActivityEndsAtItsTick) {
   const auto low = Add("Office", 1, 50), high = Add("Office", 2, 50);
   low->m_Bss.ulChCenterFrequency = 2437000;
   adapter->SetBTPenalty(5);
-  EXPECT_EQ(low->GetScore(false), 45);
-  EXPECT_EQ(high->GetScore(false), 50);
+  EXPECT_EQ(low->GetScore(false, ScoreContext()), 45);
+  EXPECT_EQ(high->GetScore(false, ScoreContext()), 50);
 }
 
 TEST_F(PolicyRoundTest, ClientsOrderIsServedFromEitherListAndLivesForOneRound) {

@@ -160,8 +160,7 @@ TEST_F(ApLists, ADeniedApIsNoLongerSuggested) {
 }
 
 TEST_F(ApLists, TheSystemsDenyFilterCountsAsDenied) {
-  Global().SetNetworkFilter(u"Guest", 2);
-  Global().SetNetworkFilter(u"Home", 1);
+  Global().SetNetworkFilters({{u"Guest", kFilterDenied}, {u"Home", kFilterPermitted}});
   EXPECT_TRUE(IsDenied({}, u"Guest", {}));
   EXPECT_FALSE(IsDenied({}, u"guest", {}));  // the platform's names are exact
   EXPECT_FALSE(IsDenied({}, u"Home", {}));

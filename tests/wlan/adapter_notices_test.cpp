@@ -161,7 +161,8 @@ TEST_F(NotificationsTest, ClientsAreToldOfOutsideChanges) {
   ASSERT_EQ(subscriber->told, std::vector<WString>{u"ConnectionChange/ExternalConnect"});
   EXPECT_EQ(subscriber->last->m_Data1,
             Format(u"Score %i, 02-11-22-33-44-01, SQ 61, Channel 36, Max datarate 0 mbps, %s",
-                   Entry(u"Office", 1)->GetScore(false), EscapeForJson(u"Office")));
+                   Entry(u"Office", 1)->GetScore(false, adapter->GetScoreContext()),
+                   EscapeForJson(u"Office")));
   EXPECT_EQ(subscriber->last->m_Data3, u"00-00-00-00-00-01");
   wlan.NotifyConnection(kGone, "Office");
   RunFor(10ms);

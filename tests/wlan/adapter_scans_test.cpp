@@ -40,7 +40,7 @@ TEST_F(DiscoveryTest, ScansAndMergesBothLists) {
   ASSERT_TRUE(office);
   EXPECT_TRUE(office->m_bss_scanned);
   EXPECT_TRUE(office->HasUsableProfile());
-  EXPECT_GE(office->GetScore(false), 0);
+  EXPECT_GE(office->GetScore(false, adapter->GetScoreContext()), 0);
   EXPECT_GE(office->m_ApCountOnChannel, 1u);
   EXPECT_FALSE(Entry(u"Cafe", 3)->HasUsableProfile());
 }
