@@ -34,7 +34,7 @@ class Subscriber : public SmartObjEx<Subscriber, SmartObj<>>, public INotificati
 std::u16string AdapterKey(int adapter) {
   platform::GUID guid{
       0xADA90000, 0, 0x4000, {0x80, 0, 0, 0, 0, 0, 0, static_cast<platform::BYTE>(adapter + 1)}};
-  return std::u16string(kHomeKeyPath) + u"\\" + GuidText(guid);
+  return std::u16string(kHomeKeyPath) + u"\\" + corvane::GuidText(guid);
 }
 
 }  // namespace
