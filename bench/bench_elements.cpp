@@ -10,8 +10,8 @@
 
 #include "bench_platform.h"
 #include "elements/frequency_table.h"
-#include "elements/ie_blob.h"
 #include "foundation/log_lines.h"
+#include "model/ie_blob.h"
 #include "platform/sim/world/captured_beacons.h"
 #include "platform/text_file.h"
 #include "support/source_dir.h"

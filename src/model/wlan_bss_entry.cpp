@@ -5,7 +5,6 @@
 #include "elements/bss_reading.h"
 #include "elements/frequency_table.h"
 #include "foundation/log_lines.h"
-#include "history/global_ap_gateway_map_memo.h"
 #include "model/base_netname.h"
 #include "platform/clock_api.h"
 #include "platform/platform.h"
@@ -269,7 +268,6 @@ bool CWlanBssEntry::HasUsableProfile() const {
 void CWlanBssEntry::AssignGatewayMacs(const MacList& ip4, const MacList& ip6) {
   m_IP4GatewayMacs = ip4;
   m_IP6GatewayMacs = ip6;
-  CGlobalAPGatewayMapMemo::GetInstance().Update(m_BSSIDText, ip4, ip6);
 }
 
 }  // namespace corvane

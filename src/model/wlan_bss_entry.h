@@ -3,9 +3,9 @@
 #include <string>
 #include <vector>
 
-#include "elements/ie_blob.h"
 #include "foundation/smart_obj.h"
 #include "foundation/text.h"
+#include "model/ie_blob.h"
 #include "model/score_context.h"
 #include "platform/wlan_types.h"
 #include "score/subtotal.h"
@@ -78,7 +78,7 @@ class CWlanBssEntry : public SmartObjEx<CWlanBssEntry, SmartObj<>> {
   // Stored profile that may be used to connect, by its access mask.
   bool HasUsableProfile() const;
 
-  // Keeps the gateways seen while this entry is connected, here and in the memo.
+  // Keeps the gateways seen while this entry is connected.
   void AssignGatewayMacs(const MacList& ip4, const MacList& ip6);
 
   // Connects to this BSSID; blocks. Nothing on success, Exception on failure. `timeoutMs` may be

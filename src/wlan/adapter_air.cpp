@@ -120,12 +120,12 @@ bool AdapterAir::AssignGatewayMacsToBssEntry(const WString& ssid, const MacAddre
                 m_Adapter.Idx(), ssid);
     return false;
   }
+  CGlobalAPGatewayMapMemo::GetInstance().Update(MacText(bssid), ip4, ip6);
   const auto& entries = network->second->m_BssMap;
   if (const auto entry = entries.find(bssid); entry != entries.end()) {
     entry->second->AssignGatewayMacs(ip4, ip6);
     return true;
   }
-  CGlobalAPGatewayMapMemo::GetInstance().Update(MacText(bssid), ip4, ip6);
   LOG_ADAPTER(m_Adapter.Idx(), DBG(41),
               u"[%i] CWlanInterface::AssignGatewayMacsToBssEntry: SSID [%s]: BSSID %s not found!\n",
               m_Adapter.Idx(), ssid, MacText(bssid));

@@ -1,13 +1,11 @@
 #include "elements/bss_reading.h"
 
-#include "elements/element_bytes.h"
+#include <gtest/gtest.h>
 
 namespace corvane {
 namespace {
 
-using BssReading = test::ElementsTest;
-
-TEST_F(BssReading, StandardsByWhatIsListedAndTheBand) {
+TEST(BssReading, StandardsByWhatIsListedAndTheBand) {
   EXPECT_EQ(PhyModeOf(nullptr), "802.11");
   const struct {
     const char* facts;  // 11 Mbps, 54 Mbps, ERP, HT, VHT, HE capabilities, HE operation
@@ -25,18 +23,18 @@ TEST_F(BssReading, StandardsByWhatIsListedAndTheBand) {
       {"0000001", 5.955, "ax", "ax"},
   };
   for (const auto& one : cases) {
-    const auto blob = CIEBlob::CreateObject();
-    bool* const facts[] = {&blob->m_Has11Mbps, &blob->m_Has54Mbps,  &blob->m_HasErp,
-                           &blob->m_HTPresent, &blob->m_VHTPresent, &blob->m_HECapsSeen,
-                           &blob->m_HEOperSeen};
+    ElementFields fields;
+    bool* const facts[] = {&fields.m_Has11Mbps, &fields.m_Has54Mbps,  &fields.m_HasErp,
+                           &fields.m_HTPresent, &fields.m_VHTPresent, &fields.m_HECapsSeen,
+                           &fields.m_HEOperSeen};
     for (std::size_t i = 0; i < std::size(facts); ++i) *facts[i] = one.facts[i] == '1';
-    blob->m_CenterFreqGHz = one.ghz;
-    EXPECT_EQ(PhyModeOf(blob.get()), one.newest) << one.facts << " " << one.ghz;
-    EXPECT_EQ(PhyModesOf(*blob), one.all) << one.facts << " " << one.ghz;
+    fields.m_CenterFreqGHz = one.ghz;
+    EXPECT_EQ(PhyModeOf(&fields), one.newest) << one.facts << " " << one.ghz;
+    EXPECT_EQ(PhyModesOf(fields), one.all) << one.facts << " " << one.ghz;
   }
 }
 
-TEST_F(BssReading, MuMimoNeedsABeamformerAndWidthOrStreams) {
+TEST(BssReading, MuMimoNeedsABeamformerAndWidthOrStreams) {
   const struct {
     bool beamformer;
     std::uint32_t width, streams;
@@ -49,14 +47,14 @@ TEST_F(BssReading, MuMimoNeedsABeamformerAndWidthOrStreams) {
   };
   for (std::size_t i = 0; i < std::size(cases); ++i) {
     const auto& one = cases[i];
-    const auto blob = CIEBlob::CreateObject();
-    blob->m_VHTMUBeamformer = one.beamformer;
-    blob->m_VHTChannelWidth = one.width;
-    blob->m_VHTTxStreams = one.streams;
-    blob->m_VHTPresent = one.vht;
-    blob->m_HECapsSeen = one.caps;
-    blob->m_HEOperSeen = one.oper;
-    EXPECT_EQ(IsMuMimo(*blob), one.mu) << i;
+    ElementFields fields;
+    fields.m_VHTMUBeamformer = one.beamformer;
+    fields.m_VHTChannelWidth = one.width;
+    fields.m_VHTTxStreams = one.streams;
+    fields.m_VHTPresent = one.vht;
+    fields.m_HECapsSeen = one.caps;
+    fields.m_HEOperSeen = one.oper;
+    EXPECT_EQ(IsMuMimo(fields), one.mu) << i;
   }
 }
 

@@ -1,11 +1,14 @@
 #pragma once
 // Element bytes for tests of the decoder, field by field, and what it makes of them.
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
+#include <memory>
+#include <string>
 #include <vector>
 
-#include "elements/ie_blob.h"
-#include "support/platform_test.h"
+#include "elements/element_decoder.h"
 
 namespace corvane::test {
 
@@ -63,17 +66,30 @@ inline ByteList HeCapabilities(std::size_t length, const std::vector<std::uint16
   return Ie(255, value);
 }
 
-// The decoder on a small platform.
-class ElementsTest : public PlatformTest {
- protected:
-  static CSmartPointer<CIEBlob> Decode(const ByteList& bytes, std::uint32_t channel = 0,
-                                       std::uint32_t width = 20, std::uint32_t khz = 5180000) {
-    platform::WLAN_BSS_ENTRY bss;
-    bss.ulChCenterFrequency = khz;
-    auto blob = CIEBlob::CreateObject();
-    blob->Load(bytes.data(), static_cast<std::uint32_t>(bytes.size()), channel, width, bss);
-    return blob;
-  }
+struct Decoded : ElementFields {
+  std::string notes;  // of the topics that were asked for
 };
+
+inline std::unique_ptr<Decoded> Decode(const ByteList& bytes, std::uint32_t channel = 0,
+                                       std::uint32_t width = 20, double ghz = 5.18,
+                                       std::uint32_t topics = 0) {
+  auto decoded = std::make_unique<Decoded>();
+  decoded->m_CenterChannel = channel;
+  decoded->m_ChannelWidth = width;
+  decoded->m_CenterFreqGHz = ghz;
+  ElementNotes notes(topics);
+  DecodeElements(bytes, *decoded, notes);
+  for (const ElementNote& note : notes) decoded->notes += Narrow(note.text);
+  return decoded;
+}
+
+// Every field by name.
+inline std::vector<std::string> Printed(const ElementFields& fields) {
+  std::vector<std::string> lines;
+  ForEachField(fields, [&lines](const char* name, const auto& value) {
+    lines.push_back(std::string(name) + " " + testing::PrintToString(value));
+  });
+  return lines;
+}
 
 }  // namespace corvane::test

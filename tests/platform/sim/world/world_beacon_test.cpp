@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "elements/ie_blob.h"
+#include "model/ie_blob.h"
 #include "platform/sim/world/world_text.h"
 #include "support/beacon.h"
 #include "support/platform_test.h"

@@ -6,11 +6,12 @@ namespace corvane {
 namespace {
 
 using test::ByteList;
+using test::Decode;
 using test::Ie;
 using test::Join;
 using test::LittleEndian;
 
-class IeBlobSecurity : public test::ElementsTest {
+class SecurityElements : public testing::Test {
  protected:
   static constexpr unsigned kMfpRequired = 0x40, kMfpCapable = 0x80;
 
@@ -41,7 +42,7 @@ class IeBlobSecurity : public test::ElementsTest {
   }
 };
 
-TEST_F(IeBlobSecurity, KeyManagementAndCiphersOfRsn) {
+TEST_F(SecurityElements, KeyManagementAndCiphersOfRsn) {
   const struct {
     std::vector<unsigned> akms;
     unsigned group;
@@ -95,7 +96,7 @@ TEST_F(IeBlobSecurity, KeyManagementAndCiphersOfRsn) {
   }
 }
 
-TEST_F(IeBlobSecurity, AnRsnElementThatEndsEarlySetsNothing) {
+TEST_F(SecurityElements, AnRsnElementThatEndsEarlySetsNothing) {
   const ByteList whole = RsnValue({4, 2}, 4, {4, 2}, 0);  // 2 + 4 + 2 + 8 + 2 + 8 + 2 bytes
   ASSERT_EQ(whole.size(), 28u);
   for (std::size_t size = 1; size <= whole.size(); ++size) {
@@ -114,7 +115,7 @@ TEST_F(IeBlobSecurity, AnRsnElementThatEndsEarlySetsNothing) {
   }
 }
 
-TEST_F(IeBlobSecurity, GroupManagementCipherStandsBehindThePmkids) {
+TEST_F(SecurityElements, GroupManagementCipherStandsBehindThePmkids) {
   const ByteList head = RsnValue({2}, 3, {3}, 0);  // ciphers that say nothing
   const ByteList pmkid(16, 0xEE);
   const struct {
@@ -135,7 +136,7 @@ TEST_F(IeBlobSecurity, GroupManagementCipherStandsBehindThePmkids) {
   }
 }
 
-TEST_F(IeBlobSecurity, WpaVendorElement) {
+TEST_F(SecurityElements, WpaVendorElement) {
   const struct {
     std::vector<unsigned> akms;
     unsigned group;
@@ -167,34 +168,30 @@ TEST_F(IeBlobSecurity, WpaVendorElement) {
   EXPECT_EQ(Decode(Ie(48, foreign))->SecurityMask, 0u);
 }
 
-TEST_F(IeBlobSecurity, BothElementsAddUp) {
+TEST_F(SecurityElements, BothElementsAddUp) {
   const auto blob =
       Decode(Join({Ie(221, WpaValue({2}, 2, {2})), Ie(48, RsnValue({2}, 2, {4}, 0))}));
   EXPECT_EQ(blob->SecurityMask, 0x06u);
 }
 
-TEST_F(IeBlobSecurity, TellsWhatItFoundBehindItsGate) {
+TEST_F(SecurityElements, NotesWhatItFoundForThoseWhoAsk) {
   const ByteList open = Join({Ie(0, {'L', 'a', 'b'}), Ie(48, RsnValue({18}, 4, {4}, 0))});
   const ByteList secured =
       Join({Ie(0, {'L', 'a', 'b'}), Ie(48, RsnValue({6}, 4, {4}, kMfpRequired)),
             Ie(221, WpaValue({2}, 2, {2}))});
-  g_DebugMask = ~DBG(44);
-  Decode(secured, 6);
-  EXPECT_EQ(os.console.Output(), "");
-  g_DebugMask = DBG(44);
-  Decode(secured, 6);
-  const std::string told = os.console.Output();
+  EXPECT_EQ(Decode(secured, 6)->notes, "");
+  const std::string told = Decode(secured, 6, 20, 5.18, kNoteSecurity)->notes;
   for (const char* line :
        {"[Lab - chan 6]ParseRSN: rsn_caps=0x0040 [__MFPR is true__]\n",
         "[Lab - chan 6]ParseRSN: [UPDATED] [f2=1/f3=0] SecurityMask=0x00000004\n",
         "[Lab - chan 6]ParseVendorSpecificData: [UPDATED] SecurityMask=0x00000006\n"}) {
     EXPECT_NE(told.find(line), std::string::npos) << line << told;
   }
-  Decode(open, 6);
-  EXPECT_NE(os.console.Output().find(
-                "[Lab - chan 6]ParseRSN: [NO CHANGE] [f2=0/f3=0] SecurityMask=0x00000000\n"
-                "\n[Lab - chan 6]ParseRSN: WPA IE (NO SECURITY BITS SET!)\n"
-                "01 00 00 0f \nac 04 01 00 \n"),
+  EXPECT_NE(Decode(open, 6, 20, 5.18, kNoteSecurity)
+                ->notes.find("[Lab - chan 6]ParseRSN: [NO CHANGE] [f2=0/f3=0] "
+                             "SecurityMask=0x00000000\n"
+                             "\n[Lab - chan 6]ParseRSN: WPA IE (NO SECURITY BITS SET!)\n"
+                             "01 00 00 0f \nac 04 01 00 \n"),
             std::string::npos);
 }
 

@@ -1,5 +1,6 @@
 // HT, VHT and HE elements: bytes beside what they mean.
 
+#include "elements/bss_reading.h"
 #include "elements/element_bytes.h"
 #include "elements/element_parsers.h"
 #include "elements/rate_tables.h"
@@ -8,6 +9,7 @@ namespace corvane {
 namespace {
 
 using test::ByteList;
+using test::Decode;
 using test::HeCapabilities;
 using test::HtCapabilities;
 using test::HtOperation;
@@ -15,8 +17,6 @@ using test::Ie;
 using test::Join;
 using test::VhtCapabilities;
 using test::VhtOperation;
-
-using IeBlobPhy = test::ElementsTest;
 
 std::array<std::uint8_t, 10> McsBits(std::initializer_list<std::pair<unsigned, unsigned>> runs) {
   std::array<std::uint8_t, 10> bitmap{};
@@ -111,13 +111,13 @@ TEST(McsMap, StreamsTextAndRate) {
   }
 }
 
-TEST_F(IeBlobPhy, HtCapabilitiesNeedAll26Bytes) {
+TEST(PhyElements, HtCapabilitiesNeedAll26Bytes) {
   const ByteList mcs = {0xFF, 0xFF, 0, 0, 1};
   const auto shortOne = Decode(HtCapabilities(0x62, mcs, 25));
   EXPECT_TRUE(shortOne->m_HTPresent);
   EXPECT_FALSE(shortOne->m_HTMcsValid || shortOne->m_HT40Capable);
   EXPECT_EQ(shortOne->m_HTMcsString + shortOne->m_HTStreamsString, "");
-  EXPECT_EQ(shortOne->GetMaxRateMbps(true, false), 0);
+  EXPECT_EQ(MaxRateMbps(*shortOne, true, false), 0);
 
   const auto blob = Decode(HtCapabilities(0x62, mcs));
   EXPECT_TRUE(blob->m_HTMcsValid && blob->m_HT40Capable && blob->m_HTShortGI20 &&
@@ -132,7 +132,7 @@ TEST_F(IeBlobPhy, HtCapabilitiesNeedAll26Bytes) {
   EXPECT_TRUE(Decode(Ie(45, beamformer))->m_HTImplicitTxBF);
 }
 
-TEST_F(IeBlobPhy, HtOperationPlacesTheChannelPair) {
+TEST(PhyElements, HtOperationPlacesTheChannelPair) {
   const struct {
     std::uint8_t primary, offset;
     std::size_t length;
@@ -159,7 +159,7 @@ TEST_F(IeBlobPhy, HtOperationPlacesTheChannelPair) {
   }
 }
 
-TEST_F(IeBlobPhy, HtAndVhtOperationGiveTheSameChannelInEitherOrder) {
+TEST(PhyElements, HtAndVhtOperationGiveTheSameChannelInEitherOrder) {
   const struct {
     std::uint8_t code, seg0, seg1;
     std::uint32_t center, width, vhtWidth;
@@ -194,29 +194,31 @@ TEST_F(IeBlobPhy, HtAndVhtOperationGiveTheSameChannelInEitherOrder) {
             0u);
 }
 
-TEST_F(IeBlobPhy, VhtCapabilitiesBitByBit) {
+TEST(PhyElements, VhtCapabilitiesBitByBit) {
   struct Case {
     unsigned byte, bits;
-    std::uint32_t (*read)(const CIEBlob&);
+    std::uint32_t (*read)(const ElementFields&);
     std::uint32_t value, without;
   };
   const Case cases[] = {
-      {0, 0x00, [](const CIEBlob& b) { return b.m_VHTMaxMpduLength; }, 3895, 3895},
-      {0, 0x01, [](const CIEBlob& b) { return b.m_VHTMaxMpduLength; }, 7991, 3895},
-      {0, 0x02, [](const CIEBlob& b) { return b.m_VHTMaxMpduLength; }, 11454, 3895},
-      {0, 0x03, [](const CIEBlob& b) { return b.m_VHTMaxMpduLength; }, 0, 3895},
-      {0, 0x0C, [](const CIEBlob& b) { return std::uint32_t{b.m_VHTSupportedWidthSet}; }, 3, 0},
-      {0, 0x20, [](const CIEBlob& b) { return std::uint32_t{b.m_VHTShortGI80}; }, 1, 0},
-      {0, 0x40, [](const CIEBlob& b) { return std::uint32_t{b.m_VHTShortGI160}; }, 1, 0},
-      {0, 0x80, [](const CIEBlob& b) { return std::uint32_t{b.m_VHTRxLDPC}; }, 1, 0},
-      {1, 0x07, [](const CIEBlob& b) { return std::uint32_t{b.m_VHTRxSTBC}; }, 7, 0},
-      {1, 0x08, [](const CIEBlob& b) { return std::uint32_t{b.m_VHTSUBeamformer}; }, 1, 0},
-      {1, 0x10, [](const CIEBlob& b) { return std::uint32_t{b.m_VHTSUBeamformee}; }, 1, 0},
-      {1, 0xE0, [](const CIEBlob& b) { return b.m_VHTBeamformeeSts; }, 4, 1},  // two bits of it
-      {2, 0x07, [](const CIEBlob& b) { return b.m_VHTSoundingDimensions; }, 4,
+      {0, 0x00, [](const ElementFields& b) { return b.m_VHTMaxMpduLength; }, 3895, 3895},
+      {0, 0x01, [](const ElementFields& b) { return b.m_VHTMaxMpduLength; }, 7991, 3895},
+      {0, 0x02, [](const ElementFields& b) { return b.m_VHTMaxMpduLength; }, 11454, 3895},
+      {0, 0x03, [](const ElementFields& b) { return b.m_VHTMaxMpduLength; }, 0, 3895},
+      {0, 0x0C, [](const ElementFields& b) { return std::uint32_t{b.m_VHTSupportedWidthSet}; }, 3,
+       0},
+      {0, 0x20, [](const ElementFields& b) { return std::uint32_t{b.m_VHTShortGI80}; }, 1, 0},
+      {0, 0x40, [](const ElementFields& b) { return std::uint32_t{b.m_VHTShortGI160}; }, 1, 0},
+      {0, 0x80, [](const ElementFields& b) { return std::uint32_t{b.m_VHTRxLDPC}; }, 1, 0},
+      {1, 0x07, [](const ElementFields& b) { return std::uint32_t{b.m_VHTRxSTBC}; }, 7, 0},
+      {1, 0x08, [](const ElementFields& b) { return std::uint32_t{b.m_VHTSUBeamformer}; }, 1, 0},
+      {1, 0x10, [](const ElementFields& b) { return std::uint32_t{b.m_VHTSUBeamformee}; }, 1, 0},
+      {1, 0xE0, [](const ElementFields& b) { return b.m_VHTBeamformeeSts; }, 4,
        1},  // two bits of it
-      {2, 0x08, [](const CIEBlob& b) { return std::uint32_t{b.m_VHTMUBeamformer}; }, 1, 0},
-      {2, 0x10, [](const CIEBlob& b) { return std::uint32_t{b.m_VHTMUBeamformee}; }, 1, 0},
+      {2, 0x07, [](const ElementFields& b) { return b.m_VHTSoundingDimensions; }, 4,
+       1},  // two bits of it
+      {2, 0x08, [](const ElementFields& b) { return std::uint32_t{b.m_VHTMUBeamformer}; }, 1, 0},
+      {2, 0x10, [](const ElementFields& b) { return std::uint32_t{b.m_VHTMUBeamformee}; }, 1, 0},
   };
   for (const Case& one : cases) {
     ByteList value(12);
@@ -228,7 +230,7 @@ TEST_F(IeBlobPhy, VhtCapabilitiesBitByBit) {
   }
 }
 
-TEST_F(IeBlobPhy, RateAtTheOperatingWidth) {
+TEST(PhyElements, RateAtTheOperatingWidth) {
   const ByteList ht20 = Join({HtCapabilities(0x20, {0xFF}), HtOperation(36, 0)});
   const ByteList ht40 = Join({HtCapabilities(0x42, {0xFF}), HtOperation(36, 1)});
   const std::vector<std::uint16_t> maps = {0xFFFA, 0xFFFA, 0xFFFE, 0xFFFE, 0xFFAA, 0xFFFF};
@@ -274,7 +276,7 @@ TEST_F(IeBlobPhy, RateAtTheOperatingWidth) {
   EXPECT_EQ(odd->m_MaxVHTRateKbps, 0);
 }
 
-TEST_F(IeBlobPhy, HeCapabilitiesByLength) {
+TEST(PhyElements, HeCapabilitiesByLength) {
   const std::vector<std::uint16_t> maps = {0xFF01, 0xFF02, 0xFF03, 0xFF04, 0xFF05, 0xFF06};
   const struct {
     std::size_t length;
@@ -290,8 +292,8 @@ TEST_F(IeBlobPhy, HeCapabilitiesByLength) {
   };
   for (const auto& one : cases) {
     SCOPED_TRACE(one.length);
-    g_DebugMask = one.word == std::string("good") ? DBG(26) : DBG(27);
-    const auto blob = Decode(HeCapabilities(one.length, maps));
+    const auto blob = Decode(HeCapabilities(one.length, maps), 0, 20, 5.18,
+                             one.word == std::string("good") ? kNoteDetail : kNoteMalformed);
     EXPECT_TRUE(blob->m_ExtElementSeen && blob->m_HECapsSeen);
     EXPECT_EQ(blob->m_HECapsGood, one.good);
     EXPECT_EQ(blob->m_HEMcsDecoded, one.good);
@@ -299,8 +301,7 @@ TEST_F(IeBlobPhy, HeCapabilitiesByLength) {
                                   blob->m_HETxMcs160, blob->m_HERxMcs8080, blob->m_HETxMcs8080};
     for (int i = 0; i < 6; ++i)
       EXPECT_EQ(read[i], i < one.maps ? maps[static_cast<std::size_t>(i)] : 0xFFFF) << i;
-    EXPECT_NE(os.console.Output().find(std::string("Got ") + one.word + " HE Caps!"),
-              std::string::npos);
+    EXPECT_NE(blob->notes.find(std::string("Got ") + one.word + " HE Caps!"), std::string::npos);
   }
   ByteList value(60);
   for (std::size_t i = 0; i < value.size(); ++i) value[i] = static_cast<std::uint8_t>(i);
@@ -310,7 +311,7 @@ TEST_F(IeBlobPhy, HeCapabilitiesByLength) {
   EXPECT_EQ(blob->m_HECapsRaw.back(), 42);
 }
 
-TEST_F(IeBlobPhy, OtherExtensions) {
+TEST(PhyElements, OtherExtensions) {
   const auto operation = [](std::size_t length) {
     ByteList value(length, 7);
     value[0] = 36;
@@ -336,7 +337,7 @@ TEST_F(IeBlobPhy, OtherExtensions) {
   EXPECT_FALSE(none->m_HECapsSeen || none->m_HEOperSeen || none->m_HEEdcaSeen);
 }
 
-TEST_F(IeBlobPhy, HighestRateForTheAdapter) {
+TEST(PhyElements, HighestRateForTheAdapter) {
   struct Rates {
     bool heGood, vht, ht;
     double ghz;
@@ -355,27 +356,27 @@ TEST_F(IeBlobPhy, HighestRateForTheAdapter) {
       {{true, false, false, 2.437}, true, 1201, 600},
   };
   for (const auto& one : cases) {
-    const auto blob = CIEBlob::CreateObject();
-    blob->m_HECapsGood = one.rates.heGood;
-    blob->m_VHTPresent = one.rates.vht;
-    blob->m_HTPresent = one.rates.ht;
-    blob->m_CenterFreqGHz = one.rates.ghz;
-    blob->m_MaxHERateKbps = 1201999;
-    blob->m_MaxVHTRateKbps = 866666;
-    blob->m_MaxHTRateKbps = 300000;
-    blob->m_MaxLegacyRateKbps = 54000;
-    EXPECT_EQ(blob->GetMaxRateMbps(one.adapterHE, false), one.plain) << one.rates.ghz;
-    EXPECT_EQ(blob->GetMaxRateMbps(one.adapterHE, true), one.halved) << one.rates.ghz;
+    ElementFields fields;
+    fields.m_HECapsGood = one.rates.heGood;
+    fields.m_VHTPresent = one.rates.vht;
+    fields.m_HTPresent = one.rates.ht;
+    fields.m_CenterFreqGHz = one.rates.ghz;
+    fields.m_MaxHERateKbps = 1201999;
+    fields.m_MaxVHTRateKbps = 866666;
+    fields.m_MaxHTRateKbps = 300000;
+    fields.m_MaxLegacyRateKbps = 54000;
+    EXPECT_EQ(MaxRateMbps(fields, one.adapterHE, false), one.plain) << one.rates.ghz;
+    EXPECT_EQ(MaxRateMbps(fields, one.adapterHE, true), one.halved) << one.rates.ghz;
   }
-  const auto ht = CIEBlob::CreateObject();
-  ht->m_HTPresent = true;
+  ElementFields ht;
+  ht.m_HTPresent = true;
   for (const auto& [kbps, halved] : {std::pair{144999, 144}, {145000, 72}}) {
-    ht->m_MaxHTRateKbps = kbps;
-    EXPECT_EQ(ht->GetMaxRateMbps(true, true), halved);
+    ht.m_MaxHTRateKbps = kbps;
+    EXPECT_EQ(MaxRateMbps(ht, true, true), halved);
   }
 }
 
-TEST_F(IeBlobPhy, WidthText) {
+TEST(PhyElements, WidthText) {
   const struct {
     std::uint32_t ht, vht;
     bool split;
@@ -391,23 +392,17 @@ TEST_F(IeBlobPhy, WidthText) {
   };
   for (const auto& one : cases) {
     const auto text = [&one](bool descending, bool maxOnly) {
-      const auto blob = CIEBlob::CreateObject();
-      blob->m_HTChannelWidth = one.ht;
-      blob->m_VHTChannelWidth = one.vht;
-      blob->m_VHT80Plus80 = one.split;
-      return blob->GetChannelWidthString(descending, u",", maxOnly);
+      ElementFields fields;
+      fields.m_HTChannelWidth = one.ht;
+      fields.m_VHTChannelWidth = one.vht;
+      fields.m_VHT80Plus80 = one.split;
+      return ChannelWidths(fields, descending, u",", maxOnly);
     };
     EXPECT_EQ(text(false, false), one.up);
     EXPECT_EQ(text(true, false), one.down);
     EXPECT_EQ(text(false, true), one.top);
     EXPECT_EQ(text(true, true), one.top);
   }
-  // The text is kept for its separator, whatever else is asked.
-  const auto blob = Decode(Join({HtOperation(36, 1), VhtOperation(1, 42)}));
-  EXPECT_EQ(blob->GetChannelWidthString(false, u",", false), u"20,40,80");
-  EXPECT_EQ(blob->GetChannelWidthString(true, u",", true), u"20,40,80");
-  EXPECT_EQ(blob->GetChannelWidthString(true, u"/", false), u"80/40/20");
-  EXPECT_EQ(blob->GetChannelWidthString(false, u",", true), u"80");
 }
 
 }  // namespace

@@ -1,44 +1,23 @@
 // The walk over the elements, the legacy elements, and any bytes at all.
 
-#include "elements/ie_blob.h"
+#include "elements/element_decoder.h"
 
 #include <random>
 
-#include "corvane_lab/commands.h"
+#include "elements/bss_reading.h"
 #include "elements/element_bytes.h"
-#include "elements/element_decoder.h"
-#include "platform/sim/world/captured_beacons.h"
 #include "support/beacon.h"
 
 namespace corvane {
 namespace {
 
 using test::ByteList;
+using test::Decode;
 using test::Ie;
 using test::Join;
+using test::Printed;
 
-class IeBlob : public test::ElementsTest {
- protected:
-  static std::vector<std::string> Printed(const ElementFields& fields) {
-    std::vector<std::string> lines;
-    ForEachField(fields, [&lines](const char* name, const auto& value) {
-      lines.push_back(std::string(name) + " " + testing::PrintToString(value));
-    });
-    return lines;
-  }
-  // Every field as text, but for the bytes themselves.
-  static std::string Facts(const ByteList& bytes) {
-    platform::sim::CapturedBeacon beacon;
-    beacon.id = "bytes";
-    beacon.freqMhz = 5160;  // in no table: channel and width 0
-    beacon.elements = bytes;
-    std::string text = lab::ElementsLine(beacon);
-    const std::size_t raw = text.find("\"RawIEs\"");
-    return text.erase(raw, text.find(',', raw) - raw);
-  }
-};
-
-TEST_F(IeBlob, AnElementThatStartsInTheLastTwoBytesIsNotLookedAt) {
+TEST(ElementDecoder, AnElementThatStartsInTheLastTwoBytesIsNotLookedAt) {
   const struct {
     ByteList bytes;
     bool ds;
@@ -64,40 +43,7 @@ TEST_F(IeBlob, AnElementThatStartsInTheLastTwoBytesIsNotLookedAt) {
   }
 }
 
-TEST_F(IeBlob, FewerThanTwoBytesLeaveAClearedObjectWithTheCallersChannelAndWidth) {
-  platform::WLAN_BSS_ENTRY bss;
-  bss.ulChCenterFrequency = 5180000;
-  const auto blob = CIEBlob::CreateObject();
-  const ByteList full =
-      test::Beacon(u8"Office").Channel(36).He160(4).Rsn({test::AKM_SAE}).QbssLoad(5, 51).Bytes();
-  blob->Load(full.data(), static_cast<std::uint32_t>(full.size()), 36, 20, bss);
-  ASSERT_TRUE(blob->m_HECapsGood && blob->m_RawIEs && blob->SecurityMask == 0x08 &&
-              blob->m_MaxHERateKbps > 0);
-  ASSERT_EQ(blob->m_RawIEs->GetSize(), full.size());
-  ASSERT_EQ(blob->GetChannelWidthString(false, u",", false), u"20,40,80");
-  blob->m_PhyModeString = u"ax";
-
-  for (const std::uint32_t size : {0u, 1u}) {
-    os.clock.ticks += 500;
-    blob->Load(full.data(), size, 149, 0, bss);
-    ElementFields start;
-    start.m_ParsedAtTick = os.clock.ticks;
-    start.m_CenterChannel = 149;
-    start.m_CenterFreqGHz = 5.18;
-    start.m_PhyModeString = u"ax";  // the texts made on demand stay
-    start.m_WidthString = u"20,40,80";
-    start.m_WidthSeparator = u",";
-    EXPECT_EQ(Printed(*blob), Printed(start));
-    EXPECT_EQ(blob->GetMaxRateMbps(true, false), 0);
-  }
-  blob->Load(nullptr, 40, 149, 0, bss);
-  EXPECT_FALSE(blob->m_RawIEs);
-  blob->Load(full.data(), 2, 149, 0, bss);  // bytes that hold no element are still parsed
-  EXPECT_EQ(blob->m_ChannelWidth, 20u);
-  EXPECT_EQ(blob->m_LoadCenterChannel, 149);
-}
-
-TEST_F(IeBlob, LegacyRates) {
+TEST(ElementDecoder, LegacyRates) {
   const struct {
     std::uint8_t id;
     ByteList rates;
@@ -138,7 +84,7 @@ TEST_F(IeBlob, LegacyRates) {
   EXPECT_EQ(rates, (std::vector<std::int32_t>{1000, 6000, 11000, 24000, 54000}));
 }
 
-TEST_F(IeBlob, LoadElementCountsOnlyInItsExactLength) {
+TEST(ElementDecoder, LoadElementCountsOnlyInItsExactLength) {
   const struct {
     ByteList value;
     double percent;
@@ -158,13 +104,13 @@ TEST_F(IeBlob, LoadElementCountsOnlyInItsExactLength) {
   }
 }
 
-TEST_F(IeBlob, TheLastSsidStandsWithAllItsBytes) {
+TEST(ElementDecoder, TheLastSsidStandsWithAllItsBytes) {
   EXPECT_EQ(Decode(Join({Ie(0, {'o', 'n', 'e'}), Ie(0, {'t', 0, 'o'})}))->m_SSID,
             std::string("t\0o", 3));
   EXPECT_EQ(Decode(Join({Ie(0, {'o'}), Ie(0, {}), Ie(3, {1})}))->m_SSID, "");
 }
 
-TEST_F(IeBlob, MarksOfThePhysicalLayer) {
+TEST(ElementDecoder, MarksOfThePhysicalLayer) {
   for (const std::uint8_t id : ByteList{2, 8, 9}) {
     const auto blob = Decode(Ie(id, {1}));
     EXPECT_TRUE(blob->m_HasPhyParamSet) << int{id};
@@ -173,12 +119,13 @@ TEST_F(IeBlob, MarksOfThePhysicalLayer) {
   for (const std::uint8_t id : ByteList{42, 47})
     EXPECT_TRUE(Decode(Ie(id, {0}))->m_HasErp) << int{id};
   for (const std::uint8_t id : ByteList{4, 10, 41, 46, 51, 222, 254}) {
-    EXPECT_EQ(Facts(Ie(id, {1, 2, 3, 4, 5, 6, 7, 8})), Facts({0, 0})) << int{id};
+    EXPECT_EQ(Printed(*Decode(Ie(id, {1, 2, 3, 4, 5, 6, 7, 8}))), Printed(*Decode({0, 0})))
+        << int{id};
   }
 }
 
 // The bounds of every parser at once: bytes cut anywhere read as the whole elements that are left.
-TEST_F(IeBlob, CutBytesReadAsTheElementsThatAreWhole) {
+TEST(ElementDecoder, CutBytesReadAsTheElementsThatAreWhole) {
   const auto beacon = test::Beacon(u8"Office")
                           .Channel(36)
                           .He160(4)
@@ -194,15 +141,14 @@ TEST_F(IeBlob, CutBytesReadAsTheElementsThatAreWhole) {
     if (whole == 0) continue;
     const ByteList cut(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(size));
     const ByteList elements(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(whole));
-    ASSERT_EQ(Facts(cut), Facts(elements)) << size;
+    ASSERT_EQ(Printed(*Decode(cut)), Printed(*Decode(elements))) << size;
   }
   EXPECT_EQ(whole, bytes.size());
 }
 
-// Read under the address sanitizer: the copy is exactly as long as the bytes.
-TEST_F(IeBlob, AnyBytesAreReadWithinTheirBoundsAndAlwaysAlike) {
+// Read under the address sanitizer.
+TEST(ElementDecoder, AnyBytesAreReadWithinTheirBoundsAndAlwaysAlike) {
   constexpr std::uint8_t kIds[] = {0, 1, 3, 11, 45, 48, 50, 61, 191, 192, 221, 255};
-  g_DebugMask = ~std::uint64_t{0};  // the log lines are part of what must stand any bytes
   std::mt19937 random(20261118);
   for (int round = 0; round < 3000; ++round) {
     ByteList bytes(random() % 300);
@@ -218,53 +164,26 @@ TEST_F(IeBlob, AnyBytesAreReadWithinTheirBoundsAndAlwaysAlike) {
       }
       at += 2u + bytes[at + 1];
     }
-    const auto blob = Decode(bytes, 36, 80);
-    const auto again = Decode(bytes, 36, 80);
+    // The notes are part of what must stand any bytes.
+    const auto blob = Decode(bytes, 36, 80, 5.18, ~0u);
+    const auto again = Decode(bytes, 36, 80, 5.18, ~0u);
+    ASSERT_EQ(blob->notes, again->notes) << round;
     ASSERT_EQ(blob->m_HETxMcsString, again->m_HETxMcsString) << round;
     ASSERT_EQ(blob->SecurityMask, again->SecurityMask) << round;
     ASSERT_EQ(blob->m_HECapsRaw, again->m_HECapsRaw) << round;
     ASSERT_EQ(blob->m_HEOperRaw, again->m_HEOperRaw) << round;
     for (const bool he : {false, true}) {
-      ASSERT_EQ(blob->GetMaxRateMbps(he, false), again->GetMaxRateMbps(he, false)) << round;
-      ASSERT_GE(blob->GetMaxRateMbps(he, true), 0) << round;
-      ASSERT_LE(blob->GetMaxRateMbps(he, false), 8 * 1201 * 2) << round;
+      ASSERT_EQ(MaxRateMbps(*blob, he, false), MaxRateMbps(*again, he, false)) << round;
+      ASSERT_GE(MaxRateMbps(*blob, he, true), 0) << round;
+      ASSERT_LE(MaxRateMbps(*blob, he, false), 8 * 1201 * 2) << round;
     }
     ASSERT_LE(blob->SecurityMask, 0xFFu) << round;
     ASSERT_LE(blob->m_VHTTxStreams + blob->m_HETxStreams, 16u) << round;
-    ASSERT_FALSE(blob->GetChannelWidthString(false, u",", false).empty()) << round;
-    os.console.Output();
+    ASSERT_FALSE(ChannelWidths(*blob, false, u",", false).empty()) << round;
   }
 }
 
-// A fault of the platform that a log line meets ends that one line.
-TEST_F(IeBlob, AFaultEndsItsLineAndNoReading) {
-  class FaultySink : public ILogSink {
-   public:
-    void Write(std::uint32_t, const char* tag, WStringView text) override {
-      if (lines.empty()) {
-        lines.push_back("fault");
-        throw platform::PlatformFault{0xC0000005};
-      }
-      lines.push_back(tag + Narrow(text));
-    }
-    void Write(std::uint32_t, const char*, std::string_view) override {}
-    std::string GetMemoryLog() override { return {}; }
-    std::vector<std::string> lines;
-  } sink;
-  SetLogSink(&sink);
-  g_DebugMask = DBG(26);
-  const auto blob = Decode(Join({Ie(255, {36, 1, 2, 3, 4, 5, 6}), Ie(255, {99}), Ie(3, {11})}));
-  SetLogSink(nullptr);
-  EXPECT_TRUE(blob->m_HEOperGood);
-  EXPECT_EQ(blob->m_DSChannel, 11);
-  EXPECT_EQ(sink.lines,
-            (std::vector<std::string>{"fault", "<E>filterException 0xc0000005",
-                                      "<E>CIEBlob::ParseExtendedIEData: EXCEPTION: 0xc0000005",
-                                      "<I>CIEBlob::ParseExtendedIEData_internal:[] Got "
-                                      "unsupported EXT-EID 99 [len 1]"}));
-}
-
-TEST_F(IeBlob, OnlyNotesThatSomebodyWatchesAreTaken) {
+TEST(ElementDecoder, OnlyNotesThatSomebodyWatchesAreTaken) {
   const ByteList bytes =
       Join({Ie(255, {36, 1}), Ie(255, {36, 1, 2, 3, 4, 5, 6}), Ie(48, {1, 0, 0, 0x0f, 0xac, 4})});
   const std::string bad = "CIEBlob::ParseExtendedIEData_internal:[] Got bad HE Oper! [2 <= 6]\n";
@@ -272,24 +191,19 @@ TEST_F(IeBlob, OnlyNotesThatSomebodyWatchesAreTaken) {
   const std::string version = "[ - chan 6]ParseRSN: version 1\n";
   const struct {
     std::uint32_t topics;
-    std::vector<std::string> texts;
+    std::string notes;
   } cases[] = {
-      {0, {}},
-      {kNoteMalformed, {bad}},
-      {kNoteDetail, {good}},
-      {kNoteSecurity, {version}},
-      {kNoteSecurity | kNoteMalformed | kNoteDetail, {bad, good, version}},
+      {0, ""},
+      {kNoteMalformed, bad},
+      {kNoteDetail, good},
+      {kNoteSecurity, version},
+      {kNoteSecurity | kNoteMalformed | kNoteDetail, bad + good + version},
   };
   for (const auto& one : cases) {
     SCOPED_TRACE(one.topics);
-    ElementFields fields;
-    fields.m_CenterChannel = 6;
-    ElementNotes notes(one.topics);
-    DecodeElements(bytes, fields, notes);
-    EXPECT_TRUE(fields.m_HEOperGood);
-    std::vector<std::string> texts;
-    for (const ElementNote& note : notes) texts.push_back(Narrow(note.text));
-    EXPECT_EQ(texts, one.texts);
+    const auto decoded = Decode(bytes, 6, 20, 5.18, one.topics);
+    EXPECT_TRUE(decoded->m_HEOperGood);
+    EXPECT_EQ(decoded->notes, one.notes);
   }
 }
 

@@ -1,7 +1,8 @@
-#include "elements/ie_blob.h"
+#include "model/ie_blob.h"
 
 #include <utility>
 
+#include "elements/bss_reading.h"
 #include "elements/element_decoder.h"
 #include "foundation/log_lines.h"
 #include "platform/clock_api.h"
@@ -60,47 +61,14 @@ void CIEBlob::Clear() {
 }
 
 std::int32_t CIEBlob::GetMaxRateMbps(bool bAdapterHE, bool bHalved) const {
-  const std::int32_t divisor = bHalved ? 2 : 1;
-  const auto mbps = [](std::int32_t kbps) { return static_cast<std::int32_t>(kbps / 1000.0); };
-  if (m_HECapsGood && bAdapterHE) return mbps(m_MaxHERateKbps) / divisor;
-  if (m_VHTPresent && m_CenterFreqGHz >= 5.0) return mbps(m_MaxVHTRateKbps) / divisor;
-  if (m_HTPresent) {
-    constexpr std::int32_t kTwoStreams20MHz = 144;
-    const std::int32_t rate = mbps(m_MaxHTRateKbps);
-    return rate > kTwoStreams20MHz ? rate / divisor : rate;
-  }
-  return mbps(m_MaxLegacyRateKbps);
+  return MaxRateMbps(*this, bAdapterHE, bHalved);
 }
 
 const WString& CIEBlob::GetChannelWidthString(bool bDescending, WStringView separator,
                                               bool bMaxOnly) {
-  if (!m_WidthSeparator.empty() && m_WidthSeparator == separator) return m_WidthString;
-  m_WidthSeparator = separator;
-
-  WStringView top;
-  bool forty = m_HTChannelWidth == 40;
-  if (m_VHT80Plus80) {
-    top = u"80+80";
-  } else if (m_VHTChannelWidth == 160) {
-    top = u"160";
-  } else if (m_VHTChannelWidth == 80) {
-    top = u"80";
-  } else if (forty) {
-    // Without a VHT width the text follows the operating width.
-    top = u"40";
-    forty = false;
-  }
-  if (top.empty() || bMaxOnly) {
-    m_WidthString = top.empty() ? u"20" : top;
-    return m_WidthString;
-  }
-  const WStringView parts[] = {u"20", forty ? WStringView(u"40") : WStringView(), top};
-  m_WidthString.clear();
-  for (std::size_t i = 0; i < std::size(parts); ++i) {
-    const WStringView part = parts[bDescending ? std::size(parts) - 1 - i : i];
-    if (part.empty()) continue;
-    if (!m_WidthString.empty()) m_WidthString += separator;
-    m_WidthString += part;
+  if (m_WidthSeparator.empty() || m_WidthSeparator != separator) {
+    m_WidthSeparator = separator;
+    m_WidthString = ChannelWidths(*this, bDescending, separator, bMaxOnly);
   }
   return m_WidthString;
 }
