@@ -96,15 +96,5 @@ TEST(FinalScore, GuestAndBluetooth) {
   }
 }
 
-TEST(FinalScore, WorkedExample) {
-  FinalScoreInputs in = Of(0, -1);
-  in.channelLoad = 40;
-  in.guest = in.bluetoothBand = true;
-  in.bluetoothPenalty = 5;
-  std::string log;
-  EXPECT_EQ(ComputeFinalScore(in, &log), 0);
-  EXPECT_EQ(log, ",QBSS_2a(6),GUEST(-3)");
-}
-
 }  // namespace
 }  // namespace corvane

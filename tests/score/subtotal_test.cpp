@@ -210,62 +210,48 @@ TEST(Subtotal, AllowBonusIsThereForTheInternetPenaltyButNotForTheWeakSignal) {
   EXPECT_NE(log.find(",NEG_SIGQ(0),ALLOW(20),INTERNET(-15),SUBTOTAL(5)"), std::string::npos) << log;
 }
 
+// What an entry remembers, as four digits: internet, latch, known, VPN muted.
+InternetState State(const char* digits) {
+  return {digits[0] == '1', digits[1] == '1', digits[2] == '1', digits[3] == '1'};
+}
+
 TEST(Subtotal, InternetTerm) {
-  struct Case {
+  const struct {
     bool known;
     std::uint32_t flags;
     bool vpn;
-    InternetState before;  // internet, latch, known, VPN muted
+    const char* before;
     const char* text;
     std::int32_t points;  // of 30
-    InternetState after;
-  };
-  const Case cases[] = {
-      {false, 0, false, {false, false, false, false}, "0/NO_NLM", 30, {true, true, false, false}},
-      {false, 0x333, true, {false, false, true, true}, "0/NO_NLM", 30, {true, true, true, true}},
-      {true, 0x40, false, {false, false, false, false}, "0", 30, {true, true, true, false}},
-      {true, 0x400, false, {false, false, false, false}, "0", 30, {true, true, true, false}},
-      {true, 0x773, true, {false, false, false, true}, "0", 30, {true, true, true, true}},
-      {true, 0x001, false, {true, true, false, false}, "-20", 10, {false, false, true, false}},
-      {true, 0x200, false, {true, true, false, false}, "-20", 10, {false, false, true, false}},
-      {true,
-       0x333,
-       true,
-       {true, true, false, false},
-       "0/VPN_MUTED",
-       30,
-       {false, false, true, true}},
-      {true, 0x333, false, {true, true, true, true}, "-20", 10, {false, false, true, true}},
-      {true,
-       0x088,
-       false,
-       {false, true, false, false},
-       "0/CONNECTIVITY 136",
-       30,
-       {false, true, false, false}},
-      {true, 0, false, {true, true, false, false}, "0/DISCON", 30, {false, true, false, false}},
-      {true, 0, false, {true, false, true, false}, "-20/DISCON", 10, {false, false, true, false}},
-      {true, 0, true, {true, false, true, false}, "-20/DISCON", 10, {false, false, true, false}},
-      {true,
-       0,
-       false,
-       {true, false, true, true},
-       "0/DISCON-VPN_MUTED",
-       30,
-       {false, false, true, true}},
+    const char* after;
+  } cases[] = {
+      {false, 0, false, "0000", "0/NO_NLM", 30, "1100"},
+      {false, 0x333, true, "0011", "0/NO_NLM", 30, "1111"},
+      {true, 0x40, false, "0000", "0", 30, "1110"},
+      {true, 0x400, false, "0000", "0", 30, "1110"},
+      {true, 0x773, true, "0001", "0", 30, "1111"},
+      {true, 0x001, false, "1100", "-20", 10, "0010"},
+      {true, 0x200, false, "1100", "-20", 10, "0010"},
+      {true, 0x333, true, "1100", "0/VPN_MUTED", 30, "0011"},
+      {true, 0x333, false, "1111", "-20", 10, "0011"},
+      {true, 0x088, false, "0100", "0/CONNECTIVITY 136", 30, "0100"},
+      {true, 0, false, "1100", "0/DISCON", 30, "0100"},
+      {true, 0, false, "1010", "-20/DISCON", 10, "0010"},
+      {true, 0, true, "1010", "-20/DISCON", 10, "0010"},
+      {true, 0, false, "1011", "0/DISCON-VPN_MUTED", 30, "0011"},
   };
   for (std::size_t i = 0; i < std::size(cases); ++i) {
-    const Case& one = cases[i];
+    const auto& one = cases[i];
     SubtotalInputs in = Plain(100);
     in.network.connectivityKnown = one.known;
     in.network.connectivity = one.flags;
     in.vpnFound = one.vpn;
-    in.internet = one.before;
+    in.internet = State(one.before);
     std::string log;
     const SubtotalResult result = ComputeSubtotal(in, &log);
     EXPECT_EQ(Term(in, "INTERNET"), one.text) << i;
     EXPECT_EQ(result.points, one.points) << i;
-    EXPECT_EQ(result.internet, one.after) << i;
+    EXPECT_EQ(result.internet, State(one.after)) << i;
   }
   // Never below 0, at the weight itself and beyond.
   for (const auto& [weight, left] : {std::pair{29u, 1}, {30u, 0}, {31u, 0}, {4294967295u, 0}}) {
