@@ -2,6 +2,7 @@
 
 #include "service/main_worker.h"
 
+#include "monitors/network_list_manager.h"
 #include "monitors/power_window.h"
 #include "platform/icmp_api.h"
 #include "platform/sim/devices/sim_devices.h"
@@ -10,6 +11,7 @@
 #include "platform/sim/kernel/sim_kernel.h"
 #include "platform/sim/world/world_text.h"
 #include "platform/socket_api.h"
+#include "score/backup_score.h"
 #include "settings/global_config_container.h"
 #include "store/value_names.h"
 #include "support/pc_fixture.h"
@@ -44,6 +46,29 @@ class WorkerTest : public PcTest {
   CSmartPointer<CQUAYInterfaceConfig> m_pConfig;
   CSmartPointer<CQUAYMainWorker> m_pWorker;
 };
+
+// Each fact of a connection has its share in the score that stands in for its access point.
+TEST_F(WorkerTest, BackupScoreCountsEveryFactOfTheConnection) {
+  const auto beacon = Beacon(u8"Guest").Channel(36).He80(2).Rsn({AKM_PSK}).QbssLoad(1, 51);
+  WorldBuilder world;
+  world.Adapter().Ap(beacon, 1, -60.0).Profile("Guest").Network("Guest", 1).Connected(1);
+  Start(world.AutoSwitch(300));
+  CNetworkListManager::GetInstance().RefreshNetworkCategories();  // as the main thread does
+  m_pConfig->SetString(value::kScoreCfgJson, u"{\"SQMax\": 40}");
+  RunFor(60s);
+  const auto link = m_pAdapter->GetConnAttrs().wlanAssociationAttributes;
+  ASSERT_GT(link.ulRxRate + link.ulTxRate, 0u);
+  ScoreWeights weights;
+  weights.SQMax = 40;
+  constexpr std::int32_t kHe = 10, kAverage = 8;
+  const std::int32_t expected =
+      ComputeBackupScore({link.wlanSignalQuality, weights, true, link.ulRxRate, link.ulTxRate, kHe,
+                          kAverage, kAverage, true});
+  EXPECT_EQ(m_pAdapter->Link().BackupScore(), expected);
+  m_pConfig->m_AvgQBSSScore5 = -1;  // until the next scores; the last one is remembered
+  RunFor(10s);
+  EXPECT_EQ(m_pAdapter->Link().BackupScore(), expected);
+}
 
 // No scan is due, so that what is heard after waking was looked for.
 TEST_F(WorkerTest, SleepAndWakingForgetWhatWasSeenAndLookAnew) {
