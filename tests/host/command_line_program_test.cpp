@@ -8,6 +8,7 @@
 #include <sstream>
 
 #include "any_host/temp_directory.h"
+#include "any_host/web_host.h"
 #include "host/program.h"
 #include "host/web_servers.h"
 
