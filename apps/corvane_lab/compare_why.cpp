@@ -59,7 +59,7 @@ std::string RoundText(const AdapterTruth& truth, const RoundNotes& notes,
                       RoundNotes::const_iterator note, int wanted) {
   if (!note->step) return "round without a decision";
   if (*note->step == RoundStep::kLinkBusy) return BusyText(truth, notes, note, wanted);
-  const std::string text = RoundStepName(*note->step);
+  std::string text = RoundStepName(*note->step);
   if (*note->step == RoundStep::kInhibited) return text + " (" + note->inhibit + ")";
   if (TellsNothingOfOthers(*note->step)) return text;
   return text + ", " + StandingText(*note, wanted);
