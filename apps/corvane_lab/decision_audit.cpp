@@ -1,7 +1,7 @@
 #include "corvane_lab/decision_audit.h"
 
 #include "policy/policy.h"
-#include "policy/switch_rules.h"
+#include "rules/switch_rules.h"
 #include "settings/global_config_container.h"
 
 namespace corvane::lab {

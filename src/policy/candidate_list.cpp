@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <set>
 
-#include "policy/candidate_rules.h"
 #include "policy/round_watch.h"
+#include "rules/candidate_rules.h"
 
 namespace corvane {
 

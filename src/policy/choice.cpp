@@ -7,11 +7,11 @@
 #include "platform/platform.h"
 #include "platform/thread_api.h"
 #include "policy/bss_entry_reports.h"
-#include "policy/choice_rules.h"
 #include "policy/decisions.h"
 #include "policy/policy_text.h"
 #include "policy/round_lines.h"
 #include "policy/suggesting.h"
+#include "rules/choice_rules.h"
 #include "store/value_names.h"
 
 namespace corvane {

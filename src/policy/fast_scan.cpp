@@ -2,11 +2,11 @@
 // scans.
 
 #include "policy/bss_entry_reports.h"
-#include "policy/choice_rules.h"
 #include "policy/decisions.h"
 #include "policy/round_lines.h"
 #include "policy/standing_suggestion.h"
 #include "policy/suggesting.h"
+#include "rules/choice_rules.h"
 #include "settings/global_config_container.h"
 
 namespace corvane {

@@ -1,8 +1,8 @@
 #pragma once
 // What one policy round knows: gathered once (policy_round.cpp), handed down to every decision.
 
-#include "policy/candidate_rules.h"
-#include "policy/switch_rules.h"
+#include "rules/candidate_rules.h"
+#include "rules/switch_rules.h"
 #include "wlan/wlan_interface.h"
 
 namespace corvane {

@@ -3,8 +3,8 @@
 // for each outcome, named for what has happened. It writes the line of the log and, where the
 // outcome is a step of the round, informs those who watch. Nothing is decided here.
 
-#include "policy/choice_rules.h"
 #include "policy/round.h"
+#include "rules/choice_rules.h"
 
 namespace corvane::lines {
 

@@ -5,7 +5,7 @@
 
 #include <vector>
 
-#include "policy/candidate_rules.h"
+#include "rules/candidate_rules.h"
 #include "wlan/wlan_interface.h"
 
 namespace corvane {

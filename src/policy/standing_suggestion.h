@@ -1,5 +1,5 @@
 #pragma once
-#include "policy/candidate_rules.h"
+#include "rules/candidate_rules.h"
 #include "settings/interface_config.h"
 #include "store/value_names.h"
 

@@ -7,7 +7,7 @@
 #include "platform/ip_types.h"
 #include "platform/platform.h"
 #include "probes/icmp_helper_singleton.h"
-#include "wlan/rate_gate.h"
+#include "rules/rate_gate.h"
 
 namespace corvane {
 

@@ -1,7 +1,7 @@
 #pragma once
 // The lines that tell why a round scanned or did not.
 
-#include "wlan/scan_decision.h"
+#include "rules/scan_decision.h"
 
 namespace corvane {
 

@@ -1,4 +1,4 @@
-#include "policy/switch_rules.h"
+#include "rules/switch_rules.h"
 
 #include <algorithm>
 #include <cstdlib>

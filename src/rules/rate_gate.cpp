@@ -1,4 +1,4 @@
-#include "wlan/rate_gate.h"
+#include "rules/rate_gate.h"
 
 #include <algorithm>
 

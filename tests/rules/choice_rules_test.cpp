@@ -1,4 +1,4 @@
-#include "policy/choice_rules.h"
+#include "rules/choice_rules.h"
 
 #include <gtest/gtest.h>
 

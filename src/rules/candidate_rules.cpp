@@ -1,4 +1,4 @@
-#include "policy/candidate_rules.h"
+#include "rules/candidate_rules.h"
 
 #include "platform/wlan_types.h"
 

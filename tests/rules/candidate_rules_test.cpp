@@ -1,4 +1,4 @@
-#include "policy/candidate_rules.h"
+#include "rules/candidate_rules.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "wlan/scan_decision.h"
+#include "rules/scan_decision.h"
 
 #include <algorithm>
 
