@@ -38,6 +38,7 @@ int EventsCommand(const Call& call);
 int ConnectCommand(const Call& call);
 int AcceptCommand(const Call& call);
 int ModeCommand(const Call& call);
+int ProfileCommand(const Call& call);
 int EnableCommand(const Call& call);
 int DisableCommand(const Call& call);
 int ListCommand(const Call& call);

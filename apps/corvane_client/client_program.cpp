@@ -25,6 +25,10 @@ const std::vector<Command>& Commands() {
       {"mode", &ModeCommand, "--adapter",
        "mode autoswitch|event|popup\n    How an adapter moves: by itself, or by suggesting to "
        "programs or to the user.\n"},
+      {"profile", &ProfileCommand, "",
+       "profile [classic|balanced]\n    By which rules the service decides; alone, tells it. "
+       "balanced weighs access points by the\n    rate that they would give, looks around when "
+       "there is something to gain, and mends a lost\n    link at once.\n"},
       {"enable", &EnableCommand, "--adapter",
        "enable\n    Lets the service work; with --adapter, on that adapter.\n"},
       {"disable", &DisableCommand, "--adapter",

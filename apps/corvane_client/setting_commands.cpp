@@ -8,6 +8,7 @@
 #include "corvane_client/setting_names.h"
 #include "corvane_client/text_table.h"
 #include "foundation/text.h"
+#include "store/policy_profile_kind.h"
 #include "store/value_names.h"
 
 namespace corvane::client {
@@ -107,6 +108,28 @@ int ModeCommand(const Call& call) {
     return kDone;
   }
   throw ClientError(kBadCall, "\"" + mode + "\" is no mode; there are autoswitch, event and popup");
+}
+
+int ProfileCommand(const Call& call) {
+  NeedWords(call, 0, 1);
+  if (call.options.words.empty()) {
+    call.service.CheckIsServed();
+    const Values service = call.service.Settings();
+    const auto found = service.find(Narrow(value::kPolicyProfile));
+    const auto value = found == service.end() ? std::nullopt : ParseNumber(found->second);
+    const std::string name = NameOf(PolicyProfileOf(value.value_or(0)));
+    CJsonWriter json;
+    call.output.Line(call.options.json ? json.Begin().Name("profile").String(name).End().Text()
+                                       : name);
+    return kDone;
+  }
+  const auto kind = PolicyProfileNamed(call.options.words[0]);
+  if (!kind) {
+    throw ClientError(kBadCall, "\"" + call.options.words[0] +
+                                    "\" is no profile; there are classic and balanced");
+  }
+  Write(call, "MiscCommand", Narrow(value::kPolicyProfile), static_cast<std::uint32_t>(*kind));
+  return kDone;
 }
 
 int EnableCommand(const Call& call) { return SwitchOnOrOff(call, 1); }

@@ -24,8 +24,8 @@ int RegistryCommand(const std::vector<std::string>& words);
 std::string ElementsLine(const platform::sim::CapturedBeacon& beacon);
 
 inline constexpr char kRunHelp[] =
-    "corvane-lab run (WORLD | --air FILE.jsonl) [--for DURATION] [--seed N] [--mode MODE] [--user] "
-    "[--json FILE]\n"
+    "corvane-lab run (WORLD | --air FILE.jsonl) [--for DURATION] [--seed N] [--mode MODE] "
+    "[--profile P] [--user]\n        [--json FILE]\n"
     "    Runs the service over a world in virtual time and prints what happens, then a summary.\n"
     "    --for DURATION  how long (default: the world's own duration, else 30m)\n"
     "    --seed N        seed of everything that is left to chance (default 1)\n"
@@ -34,18 +34,21 @@ inline constexpr char kRunHelp[] =
     "                    FILE, one JSON object a line\n"
     "    --air FILE      makes the world out of captured beacons\n"
     "    --mode MODE     all adapters act in this mode: autoswitch, event or popup\n"
+    "    --profile P     by which rules the service decides: classic or balanced (default: the "
+    "world's)\n"
     "    --user          somebody answers the suggestions, half of them with a yes\n"
     "    --interleave    by the seed, threads may change hands at any call of the platform\n"
     "    --faults P      P percent of the platform's calls fail, by the seed (implies "
     "--interleave)\n"
     "    --seeds A-B     runs each of these seeds and reports only those that go wrong\n";
 inline constexpr char kScoresHelp[] =
-    "corvane-lab scores (WORLD --at TIME | --air FILE.jsonl) [--seed N] [--mode MODE] [--json]\n"
+    "corvane-lab scores (WORLD --at TIME | --air FILE.jsonl) [--seed N] [--mode MODE] "
+    "[--profile P]\n        [--json]\n"
     "    Prints the access points of each adapter, best first, with their score logs.\n";
 inline constexpr char kExplainHelp[] =
     "corvane-lab explain (WORLD | --air FILE.jsonl) --at TIME [--adapter N] [--seed N] [--mode "
-    "MODE] [--user]\n"
-    "        [--json]\n"
+    "MODE] [--profile P]\n"
+    "        [--user] [--json]\n"
     "    Tells why the round at that time ended as it did: what was decided, and for each access "
     "point its\n"
     "    score with the terms, its counter, and the rule that stopped it. Where several rounds "

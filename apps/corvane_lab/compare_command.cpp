@@ -8,9 +8,11 @@
 #include "corvane_lab/compare_table.h"
 #include "corvane_lab/made_world.h"
 #include "corvane_lab/world_result.h"
+#include "foundation/text.h"
 #include "platform/parallel_parts.h"
 #include "platform/sim/world/world_loader.h"
 #include "platform/text_file.h"
+#include "store/value_names.h"
 
 namespace corvane::lab {
 
@@ -96,7 +98,7 @@ ServiceProfile ProfileOf(const std::string& text) {
   ServiceProfile profile;
   profile.name = text;
   if (parts[0] == "balanced") {
-    profile.settings.emplace_back("PolicyProfile", 1u);
+    profile.settings.emplace_back(Narrow(value::kPolicyProfile), 1u);
   } else if (parts[0] != "classic") {
     throw UsageError("a profile is classic or balanced, not \"" + parts[0] + "\"");
   }

@@ -10,9 +10,9 @@ using platform::sim::Cause;
 
 namespace {
 
-bool IsBusy(const CWlanInterface& adapter) {
-  return IsLinkBusy(CGlobalConfigContainer::GetInstance().m_rt_audio, adapter.GetTrafficMbps(),
-                    adapter.Config()->m_rate_gate_high);
+bool IsBusy(CWlanInterface& adapter) {
+  return adapter.Profile().IsBusy(CGlobalConfigContainer::GetInstance().m_rt_audio,
+                                  adapter.GetTrafficMbps(), adapter.Config()->m_rate_gate_high);
 }
 
 }  // namespace
@@ -26,9 +26,11 @@ DecisionAudit::DecisionAudit(const platform::sim::World& world, Report report, v
   RoundWatches::Add(this);
 }
 
-void DecisionAudit::OnCandidates(CWlanInterface& adapter, const ConnectionFacts&,
+void DecisionAudit::OnCandidates(CWlanInterface& adapter, const ConnectionFacts& facts,
                                  const BssEntryList&) {
   Link& link = m_Links[m_Numbers.Of(adapter)];
+  link.ssid = facts.ssid;
+  link.score = adapter.GetScoreFromBssEntry(facts.ssid, facts.bssid, true);
   link.busyAtStart = IsBusy(adapter);
   link.targets.clear();
 }
@@ -74,7 +76,12 @@ void DecisionAudit::CheckMove(int number, CWlanBssEntry& target, bool isSwitch) 
   if (!isSwitch) return;
   if (m_Links[number].busyAtStart && IsBusy(*self))
     Broken(number, "switches on a busy link", bssid);
-  if (target.GetCandidate() < CGlobalQUAYPolicy::RequiredCandidateCount()) {
+  const Contender contender{target.GetBssid(), target.GetScore(false, self->GetScoreContext()),
+                            m_Links[number].score, target.GetLQ(),
+                            target.m_SSIDW == m_Links[number].ssid};
+  const std::int32_t rounds =
+      self->Profile().RoundsToWin(CGlobalQUAYPolicy::RequiredCandidateCount(), contender);
+  if (target.GetCandidate() < rounds) {
     Broken(number, "switches to an unripe candidate", bssid);
   }
 }

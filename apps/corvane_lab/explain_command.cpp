@@ -52,7 +52,8 @@ void PrintPolicy(const RoundRecord& round) {
                              ? FormatA("Connected to %s %s, %s, quality %u", round.ssid,
                                        round.bssid, ScoreText(round.score), round.quality)
                              : std::string("Not connected");
-  std::printf("  %s. Mode %s.\n", at.c_str(), round.mode);
+  std::printf("  %s. Mode %s%s.\n", at.c_str(), round.mode,
+              round.profile == PolicyProfileKind::kClassic ? "" : ", profile balanced");
   std::printf(
       "%s\n",
       FormatA(
@@ -130,7 +131,7 @@ void RunTo(platform::sim::SimulatedPc& pc, std::uint64_t ms, SimulatedUser* user
 }  // namespace
 
 int ExplainCommand(const std::vector<std::string>& words) {
-  const Arguments arguments(words, {"--at", "--air", "--adapter", "--mode", "--seed"},
+  const Arguments arguments(words, {"--at", "--air", "--adapter", "--mode", "--profile", "--seed"},
                             {"--json", "--user"});
   const auto at = arguments.Value("--at");
   if (!at) throw UsageError("--at TIME says which round");

@@ -69,6 +69,7 @@ void Policy(JsonWriter& json, const RoundRecord& round, RoundDetail detail) {
     json.EndObject();
   }
   Text(json, "mode", round.mode);
+  if (round.profile != PolicyProfileKind::kClassic) Text(json, "profile", NameOf(round.profile));
   Number(json, "required_rounds", round.required);
   Number(json, "margin_points", round.margins.scoreThreshold);
   Number(json, "margin_percent", round.margins.scorePercent);
@@ -192,6 +193,7 @@ void RoundRecorder::OnCandidates(CWlanInterface& adapter, const ConnectionFacts&
     round.quality = facts.quality;
   }
   round.mode = ModeText(*config);
+  round.profile = PolicyProfileOf(CGlobalConfigContainer::GetInstance().m_PolicyProfile);
   round.required = CGlobalQUAYPolicy::RequiredCandidateCount();
   round.margins = {config->m_LQCThreshold, config->m_APScoreThreshold, global.m_ScoreDiffPct};
   round.mbps = adapter.GetTrafficMbps();

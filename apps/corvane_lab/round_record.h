@@ -40,6 +40,7 @@ struct RoundRecord {
   int score = -1;
   unsigned quality = 0;
   const char* mode = "";
+  PolicyProfileKind profile = PolicyProfileKind::kClassic;
   int required = 0;
   CandidateMargins margins;
   double mbps = 0.0, gateMbps = 0.0;

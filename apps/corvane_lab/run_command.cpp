@@ -181,9 +181,9 @@ std::string WordsWithoutSeeds(const std::vector<std::string>& words) {
 }  // namespace
 
 int RunCommand(const std::vector<std::string>& words) {
-  const Arguments arguments(words,
-                            {"--for", "--seed", "--json", "--air", "--mode", "--faults", "--seeds"},
-                            {"--interleave", "--user"});
+  const Arguments arguments(
+      words, {"--for", "--seed", "--json", "--air", "--mode", "--profile", "--faults", "--seeds"},
+      {"--interleave", "--user"});
   AirReport airReport;
   RunPlan plan;
   plan.world = WorldOf(arguments, &airReport);

@@ -7,6 +7,7 @@
 #include "platform/sim/world/world_loader.h"
 #include "platform/text_file.h"
 #include "store/address_text.h"
+#include "store/policy_profile_kind.h"
 #include "store/value_names.h"
 
 namespace corvane::lab {
@@ -46,7 +47,21 @@ World WorldOf(const Arguments& arguments, AirReport* airReport) {
   World world =
       air ? airReport->Load(file) : platform::sim::ParseWorld(platform::ReadTextFile(file), file);
   if (const auto mode = arguments.Value("--mode")) SetMode(&world, *mode);
+  if (const auto profile = arguments.Value("--profile")) SetProfile(&world, *profile);
   return world;
+}
+
+void SetProfile(World* world, const std::string& profile) {
+  const auto kind = PolicyProfileNamed(profile);
+  if (!kind) throw UsageError("a profile is classic or balanced, not \"" + profile + "\"");
+  std::erase_if(world->registry, [](const platform::sim::RegistryWrite& write) {
+    return write.name == value::kPolicyProfile;
+  });
+  platform::sim::RegistryWrite write;
+  write.key = platform::sim::kHomeKey;
+  write.name = value::kPolicyProfile;
+  write.number = static_cast<std::uint64_t>(*kind);
+  world->registry.push_back(std::move(write));
 }
 
 void SetMode(World* world, const std::string& mode) {

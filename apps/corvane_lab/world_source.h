@@ -33,5 +33,7 @@ platform::sim::World WorldOf(const Arguments& arguments, AirReport* airReport);
 // Every adapter acts in this mode ("autoswitch", "event", "popup") from its first seconds on,
 // whatever the world says of it.
 void SetMode(platform::sim::World* world, const std::string& mode);
+// The profile of the policy, classic or balanced; throws UsageError for another.
+void SetProfile(platform::sim::World* world, const std::string& profile);
 
 }  // namespace corvane::lab

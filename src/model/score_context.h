@@ -1,9 +1,12 @@
 #pragma once
 #include <cstdint>
 #include <memory>
+#include <optional>
 
 #include "score/channel_load_map.h"
 #include "score/network_facts.h"
+#include "score/subtotal_rule.h"
+#include "store/address_text.h"
 #include "store/score_weights.h"
 
 namespace corvane {
@@ -12,10 +15,15 @@ namespace corvane {
 // down, so that all entries of a pass are scored by the same facts and none takes a lock for them.
 // The tables behind the pointers never change; null means that nothing is known.
 struct ScoreContext {
-  // Of the adapter: its weights, whether it does HE, and the averages of its last finished scores
-  // (points, percent; below 0 for none) in the 5 GHz range and in all else.
+  // Of the policy's profile: what an access point is worth.
+  SubtotalRule subtotalRule = ClassicSubtotal;
+
+  // Of the adapter: its weights, whether it does HE, the BSS that an adapter before it shares with
+  // it, and the averages of its last finished scores (points, percent; below 0 for none) in the
+  // 5 GHz range and in all else.
   ScoreWeights weights;
   bool heCapable = false;
+  std::optional<MacAddress> shared;
   std::int32_t averageScore5 = -1, averageScore2 = -1;
   double averageLoad5 = -1.0, averageLoad2 = -1.0;
 

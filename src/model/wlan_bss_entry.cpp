@@ -81,7 +81,7 @@ std::int32_t CWlanBssEntry::ComputeSubtotal(std::uint32_t pegLQ, const ScoreCont
   in.vpnFound = context.vpnFound;
   in.internet = {m_bInternet, m_bInternetLatch, m_bConnectivityKnown, m_bVpnMuted};
 
-  const SubtotalResult result = corvane::ComputeSubtotal(in, &m_ScoreLog);
+  const SubtotalResult result = context.subtotalRule(in, Heard(context), &m_ScoreLog);
   m_PeggedLQ = result.peggedQuality;
   m_QBSSPoints = result.loadPoints;
   m_bInternet = result.internet.internet;
@@ -89,6 +89,15 @@ std::int32_t CWlanBssEntry::ComputeSubtotal(std::uint32_t pegLQ, const ScoreCont
   m_bConnectivityKnown = result.internet.known;
   m_bVpnMuted = result.internet.vpnMuted;
   return result.points;
+}
+
+HeardLink CWlanBssEntry::Heard(const ScoreContext& context) const {
+  HeardLink link{m_IEBlob.get(), static_cast<double>(m_Bss.lRssi),
+                 BandOfFrequency(GetFrequencyKhz()), context.heCapable, ChannelLoadMap::kNoLoad};
+  if (context.loadMapValid && m_IEBlob)
+    link.channelLoad = context.LoadMap().LoadOf(link.band, m_IEBlob->m_LoadCenterChannel);
+  link.shared = context.shared == GetBssid();
+  return link;
 }
 
 RadioFacts CWlanBssEntry::ReadRadio(const CIEBlob& blob, const ScoreContext& context) const {

@@ -8,7 +8,7 @@
 #include "model/ie_blob.h"
 #include "model/score_context.h"
 #include "platform/wlan_types.h"
-#include "score/subtotal.h"
+#include "score/subtotal_rule.h"
 #include "store/address_text.h"
 
 namespace corvane {
@@ -138,6 +138,7 @@ class CWlanBssEntry : public SmartObjEx<CWlanBssEntry, SmartObj<>> {
   // An entry that the newest scan missed has no standing as a candidate.
   bool IsOutOfScan() const { return !m_bss_scanned && m_unscanned_count != 0; }
   void UpdateElements(const std::uint8_t* ies, std::uint32_t cbIEs);
+  HeardLink Heard(const ScoreContext& context) const;
   RadioFacts ReadRadio(const CIEBlob& blob, const ScoreContext& context) const;
   NetworkFacts ReadNetwork(const ScoreContext& context) const;
   std::int32_t MaxRate(bool halved, const ScoreContext& context) const;

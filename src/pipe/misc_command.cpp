@@ -22,7 +22,7 @@ struct GlobalSetting {
   std::uint32_t writeFailure = kReplyNotDone;
 };
 
-constexpr std::array<GlobalSetting, 14> kGlobalSettings = {{
+constexpr std::array<GlobalSetting, 15> kGlobalSettings = {{
     {value::kServiceEnable, u"REGVAL_SERVICE_ENABLE"},
     {value::kRoamingEnabled, u"REGVAL_ROAMING_ENABLED"},
     {value::kDBWMEnable, u"REGKEY_VALUE_APS_DBWM_ENABLE"},
@@ -37,6 +37,7 @@ constexpr std::array<GlobalSetting, 14> kGlobalSettings = {{
     {value::kSurvey1, value::kSurvey1},
     {value::kSurvey2, value::kSurvey2},
     {value::kSurvey3, value::kSurvey3},
+    {value::kPolicyProfile, value::kPolicyProfile},
 }};
 
 bool Write(const char16_t* name, std::uint32_t number) {

@@ -170,7 +170,8 @@ static_assert(sizeof(WLAN_RADIO_STATE) == 772);
 enum : LONG {
   wlan_connection_mode_profile = 0,
   wlan_connection_mode_temporary_profile = 1,
-  wlan_connection_mode_discovery_secure = 2
+  wlan_connection_mode_discovery_secure = 2,
+  wlan_connection_mode_auto = 4  // by the system itself
 };
 
 struct WLAN_ASSOCIATION_ATTRIBUTES {

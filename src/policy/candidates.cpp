@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "platform/clock_api.h"
+#include "platform/platform.h"
 #include "policy/candidate_lines.h"
 #include "policy/decisions.h"
 #include "policy/round_watch.h"
@@ -15,8 +17,7 @@ namespace {
 // One pass over the list on behalf of IncrementCandidateCounters.
 class CounterPass {
  public:
-  CounterPass(const Round& round, std::int32_t current)
-      : m_Round(round), m_Margins(round.Margins()), m_Current(current) {}
+  CounterPass(const Round& round, std::int32_t current) : m_Round(round), m_Current(current) {}
 
   void Visit(const CSmartPointer<CWlanBssEntry>& entry) {
     RoundWatches::Standing(m_Round.idx, *entry, Judge(entry));
@@ -25,19 +26,18 @@ class CounterPass {
   const CountedCandidates& Counted() const { return m_Counted; }
   const CandidateSummary& Summary() const { return m_Summary; }
   bool MetThreshold() const { return m_bMetThreshold; }
-  const CandidateMargins& GetMargins() const { return m_Margins; }
 
  private:
   CandidateStanding Judge(const CSmartPointer<CWlanBssEntry>& entry) {
     const std::int32_t score = entry->GetScore(false, m_Round.scores);
-    const CandidateInputs in{
-        score,
-        m_Current,
-        entry->GetLQ(),
-        entry->IsArbitraryEligible(),
-        entry->GetBssid() == m_Round.facts.bssid,
-        entry->m_last_reason_code == platform::WLAN_REASON_CODE_NETWORK_NOT_AVAILABLE};
-    const CandidateVerdict verdict = JudgeCandidate(in, m_Margins);
+    const CandidateInputs in{score,
+                             m_Current,
+                             entry->GetLQ(),
+                             entry->IsArbitraryEligible(),
+                             entry->GetBssid() == m_Round.facts.bssid,
+                             m_Round.IsBarred(*entry)};
+    const CandidateMargins margins = m_Round.Margins(*entry, m_Current);
+    const CandidateVerdict verdict = JudgeCandidate(in, margins);
     Clear(*entry, verdict, score);
     if (verdict.standing != CandidateStanding::kQualified) {
       return verdict.lostClaim ? CandidateStanding::kNotBetter : verdict.standing;
@@ -45,8 +45,9 @@ class CounterPass {
     if (IsTakenElsewhere(*entry)) return CandidateStanding::kTakenElsewhere;
 
     m_Counted.lastQualifier = entry;
-    if (PassesPointTest(score, m_Current, m_Margins.scoreThreshold)) Widen(score - m_Current);
-    if (m_Round.settings.IsMonitorMode() && entry->GetCandidate() > m_Round.Required()) {
+    if (PassesPointTest(score, m_Current, margins.scoreThreshold)) Widen(score - m_Current);
+    if (m_Round.settings.IsMonitorMode() &&
+        entry->GetCandidate() > m_Round.Required(*entry, m_Current)) {
       lines::NotCounted(m_Round, *entry, score, m_Current);
     } else {
       Bump(*entry, score);
@@ -99,19 +100,23 @@ class CounterPass {
   void Bump(CWlanBssEntry& entry, std::int32_t score) {
     const std::int32_t before = entry.m_candidate_counter;
     const std::int32_t counter = entry.IncrementCandidate(
-        ForcedCount(m_Current, m_Round.Required(), IsOpenAllowedSuggestion(entry)));
+        ForcedCount(m_Current, m_Round.Required(entry, m_Current), IsOpenAllowedSuggestion(entry)));
     lines::Counted(m_Round, entry, before, counter, score, m_Current);
   }
 
   void ReserveIfNearlyRipe(CWlanBssEntry& entry) {
     CandidateClaim& claim = m_Round.memory.Claim();
-    if (claim.Held() || entry.GetCandidate() < m_Round.Required() - 1) return;
-    claim.ClaimRipening(entry.GetBssid());
-    lines::Reserved(m_Round, entry);
+    const std::uint64_t now = Os().clock.GetTickCount64();
+    const bool fades = m_Round.profile.GetHabits().claimsFade;
+    if (fades && !claim.HeldWithin(kClaimFadesMs, now)) claim.Drop();
+    const auto held = claim.Held();
+    if (held && !(fades && held == entry.GetBssid())) return;
+    if (entry.GetCandidate() < m_Round.Required(entry, m_Current) - 1) return;
+    claim.ClaimRipening(entry.GetBssid(), now);
+    if (!held) lines::Reserved(m_Round, entry);
   }
 
   const Round& m_Round;
-  const CandidateMargins m_Margins;
   const std::int32_t m_Current;
   CountedCandidates m_Counted;
   CandidateSummary m_Summary;
@@ -121,9 +126,9 @@ class CounterPass {
 }  // namespace
 
 bool IsCandidateReady(const Round& round, CWlanBssEntry& entry, std::int32_t current) {
-  return IsReady({entry.GetLQ(), entry.GetCandidate(), round.Required(),
+  return IsReady({entry.GetLQ(), entry.GetCandidate(), round.Required(entry, current),
                   entry.GetScore(false, round.scores), current},
-                 round.Margins());
+                 round.Margins(entry, current));
 }
 
 CountedCandidates IncrementCandidateCounters(const Round& round, std::int32_t current) {
@@ -131,14 +136,14 @@ CountedCandidates IncrementCandidateCounters(const Round& round, std::int32_t cu
   for (const auto& entry : round.candidates) pass.Visit(entry);
   round.memory.AddScoreDiffSummary(pass.Summary());
   if (!pass.MetThreshold()) {
-    lines::NoneMetMargins(round, pass.GetMargins());
+    lines::NoneMetMargins(round, round.Settings());
   }
   return pass.Counted();
 }
 
 bool IsBetterCandidatePossible(const Round& round, std::int32_t current) {
-  const CandidateMargins margins = round.Margins();
   for (const auto& entry : round.candidates) {
+    const CandidateMargins margins = round.Margins(*entry, current);
     if (entry->GetLQ() < margins.qualityThreshold) continue;
     if (!PassesPointTest(entry->GetScore(false, round.scores), current, margins.scoreThreshold))
       continue;

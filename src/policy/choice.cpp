@@ -1,7 +1,9 @@
 // The choice: when a decision happens, not which access point wins.
 
+#include <algorithm>
 #include <set>
 
+#include "launch/launcher.h"
 #include "monitors/adapters_addresses.h"
 #include "platform/clock_api.h"
 #include "platform/platform.h"
@@ -13,6 +15,7 @@
 #include "policy/suggesting.h"
 #include "rules/choice_rules.h"
 #include "store/value_names.h"
+#include "wlan/wifi_client_container.h"
 
 namespace corvane {
 
@@ -38,6 +41,7 @@ class Choice {
     CountRedNetworks();
     ReportScore();
     if (!IsStateConnected() || m_Round.HasGoodQuality()) m_Round.memory.m_emergency_armed = true;
+    NoteWeighing();
     if (SkipStaleRound()) return;
     RaiseEmergency();
     lines::Deciding(m_Round);
@@ -84,7 +88,7 @@ class Choice {
 
   bool IsRoamingInhibited() const {
     const std::uint64_t since = m_Round.config->GetRoamingInhibitTick();
-    if (since == 0) return false;
+    if (!m_Round.profile.KeepsStill(since, m_Round.link)) return false;
     lines::RoamingInhibited(m_Round, since);
     return true;
   }
@@ -99,6 +103,7 @@ class Choice {
     const SuggestionCheck check =
         CheckSuggestion(position, there, m_Round.memory.m_last_suggested_bssid);
     if (check == SuggestionCheck::kNone || check == SuggestionCheck::kStands) return;
+    if (m_Round.profile.GetHabits().suggestsAnew && IsSuggestionListed()) return;
     lines::SuggestionWithdrawn(m_Round);
     if (check == SuggestionCheck::kDisplaced) {
       m_Round.config->SetString(value::kSuggestedNetwork, u"");
@@ -110,10 +115,21 @@ class Choice {
       CSmartPointer<CWlanBssEntry> entry;
       if (MacStringToBinary(u'-', m_Round.memory.m_last_suggested_bssid, &bssid) &&
           m_Round.adapter.FindBssEntry(m_Round.memory.m_last_suggested_ssid, bssid, &entry)) {
-        NotifyAlreadyBestAP(*entry, m_Round.config->m_Etw, false);
+        NotifyAlreadyBestAP(*entry, m_Round.config->m_Etw,
+                            m_Round.profile.GetHabits().suggestsAnew);
       }
     }
+    if (m_Round.profile.GetHabits().closesOvertakenDialog && m_Round.settings.popup)
+      KillNudgeDialog();
     ForgetSuggestion(m_Round);
+  }
+
+  // Wherever it stands by now.
+  bool IsSuggestionListed() const {
+    return std::any_of(m_Round.candidates.begin(), m_Round.candidates.end(),
+                       [this](const auto& entry) {
+                         return entry->m_BSSIDText == m_Round.memory.m_last_suggested_bssid;
+                       });
   }
 
   // A disconnected adapter whose surroundings have changed asks for fresh scans.
@@ -151,7 +167,7 @@ class Choice {
       CheckEarlySuggestedBest(m_Round);
     }
     const std::uint32_t interval = m_Round.config->GetScanIntervalSecs();
-    const StaleAction action = ActOnStaleRound(m_Round.settings.decideStale, interval);
+    const StaleAction action = m_Round.profile.OnStaleRound(m_Round.settings.decideStale, interval);
     if (action == StaleAction::kDecide) return false;
     lines::FoundStale(m_Round);
     if (action == StaleAction::kFastScan) {
@@ -183,13 +199,35 @@ class Choice {
     }
   }
 
+  // What can be seen, for the next look around.
+  void NoteWeighing() {
+    if (!m_Round.facts.connected || !m_Round.profile.GetHabits().weighsEachRound) return;
+    const std::int32_t current =
+        m_Round.adapter.GetScoreFromBssEntry(m_Round.facts.ssid, m_Round.facts.bssid, true);
+    std::int32_t best = -1;
+    for (const auto& entry : m_Round.candidates) {
+      if (IsWorthAMove(*entry, current))
+        best = std::max(best, entry->GetScore(false, m_Round.scores));
+    }
+    m_Round.profile.OnWeighed(best, current, m_Round.adapter.IsScanFresh());
+  }
+
+  bool IsWorthAMove(CWlanBssEntry& entry, std::int32_t current) const {
+    const CandidateMargins margins = m_Round.Margins(entry, current);
+    return entry.GetBssid() != m_Round.facts.bssid && entry.GetLQ() >= margins.qualityThreshold &&
+           PassesPointTest(entry.GetScore(false, m_Round.scores), current,
+                           margins.scoreThreshold) &&
+           !m_Round.IsBarred(entry) &&
+           !CWifiClientContainer::GetInstance().AvoidThisCandidateOnMyIF(&entry, &m_Round.adapter);
+  }
+
   void DecideDisconnected() {
     m_Round.memory.RollSwitchPeriod();
     if (WaitsAfterDeny()) return;
     ResetReporter();
     // On battery a window runs out with its flag still on: it has no effect.
-    m_Round.memory.m_consec_disconnects +=
-        DisconnectStep(m_Round.config->m_no_delay && m_Round.config->IsNoDelayOpen());
+    m_Round.memory.m_consec_disconnects += m_Round.profile.DisconnectStep(
+        m_Round.config->m_no_delay && m_Round.config->IsNoDelayOpen());
     const std::uint32_t count = m_Round.memory.m_consec_disconnects;
     if (count >= kDisconnectsForDecision) {
       lines::DecidesDisconnected(m_Round, count);

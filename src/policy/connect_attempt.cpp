@@ -1,6 +1,8 @@
 #include "policy/connect_attempt.h"
 
 #include "history/telemetry_memo.h"
+#include "platform/clock_api.h"
+#include "platform/platform.h"
 #include "policy/move_lines.h"
 #include "store/value_names.h"
 
@@ -46,9 +48,11 @@ ConnectAttempt TryConnect(const Round& round, CWlanBssEntry& entry, const WStrin
   lines::Attempted(round, entry, attempt.outcome);
   entry.m_last_reason_code = code;
   if (attempt.outcome == ConnectOutcome::kConnected) {
+    round.profile.OnConnected(entry.GetBssid(), entry.GetLQ(), Os().clock.GetTickCount64());
     ++entry.m_connect_good;
     entry.m_ever_connected = true;
   } else if (attempt.outcome == ConnectOutcome::kFailed) {
+    round.profile.OnConnectFailed(entry.GetBssid(), entry.GetLQ(), Os().clock.GetTickCount64());
     round.config->SetString(value::kConnectStatus, u"error");
   }
   return attempt;
@@ -61,6 +65,16 @@ ConnectOutcome TryConnectCounted(const Round& round, CWlanBssEntry& entry, const
     lines::AttemptFailed(round, stage, entry, attempt.failure);
   }
   return attempt.outcome;
+}
+
+void RestoreConnection(const Round& round) {
+  const ConnectionFacts& facts = round.facts;
+  CSmartPointer<CWlanBssEntry> entry;
+  if (round.profile.GetHabits().restoresTransmitter &&
+      round.adapter.FindBssEntry(facts.ssid, facts.bssid, &entry) &&
+      TryConnect(round, *entry, {}, false, kConnectTimeoutMs).outcome == ConnectOutcome::kConnected)
+    return;
+  round.adapter.ConnectToNetwork(facts.ssid);
 }
 
 void CountMove(bool withinNetwork) {

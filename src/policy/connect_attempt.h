@@ -22,6 +22,10 @@ ConnectAttempt TryConnect(const Round& round, CWlanBssEntry& entry, const WStrin
 // The same for the automatic ways: failed attempts count, and the failure is logged under `stage`.
 ConnectOutcome TryConnectCounted(const Round& round, CWlanBssEntry& entry, const char* stage);
 
+// Back to the connection of the round after a move that failed; throws Exception when that fails,
+// too. The platform chooses the access point, unless the profile goes back to the very one.
+void RestoreConnection(const Round& round);
+
 // Moves of the whole program, kept over restarts: within one network, else between networks.
 void CountMove(bool withinNetwork);
 

@@ -1,6 +1,9 @@
 // The decision of a connected adapter.
 
+#include "platform/clock_api.h"
+#include "platform/platform.h"
 #include "policy/bss_entry_reports.h"
+#include "policy/connect_attempt.h"
 #include "policy/decisions.h"
 #include "policy/round_lines.h"
 #include "policy/round_watch.h"
@@ -21,8 +24,8 @@ class ConnectedDecision {
     const std::int32_t score = ConnectedScore();
     if (m_Best.isConnected) {
       StayOnBest();
-    } else if (IsLinkBusy(CGlobalConfigContainer::GetInstance().m_rt_audio, m_Mbps,
-                          m_Round.config->m_rate_gate_high)) {
+    } else if (m_Round.profile.IsBusy(CGlobalConfigContainer::GetInstance().m_rt_audio, m_Mbps,
+                                      m_Round.config->m_rate_gate_high)) {
       lines::LinkBusy(m_Round, m_Mbps);
       m_Round.memory.RollSwitchPeriod();
     } else if (HasReadyCandidate(score)) {
@@ -73,7 +76,7 @@ class ConnectedDecision {
     const CountedCandidates counted = IncrementCandidateCounters(m_Round, score);
     if (counted.anyReady) return true;
     if (counted.lastQualifier) {
-      lines::Ripening(m_Round, *counted.lastQualifier, m_Mbps);
+      lines::Ripening(m_Round, *counted.lastQualifier, score, m_Mbps);
     } else {
       lines::NoQualifier(m_Round, m_Mbps);
     }
@@ -84,17 +87,26 @@ class ConnectedDecision {
   // A failing restore ends the round; the adapter then stays disconnected until it is decided anew.
   void Switch(std::int32_t score) {
     if (SwitchConnectionToBest(m_Round, score)) {
+      const auto claimed = m_Round.memory.Claim().Held();
       m_Round.memory.ClearAllCandidateCounters("AFTER SUCCESSFUL SwitchConnectionToBest()");
+      KeepSuggestionClaim(claimed);
       lines::MoveSucceeded(m_Round);
     } else {
       lines::Restoring(m_Round);
-      m_Round.adapter.ConnectToNetwork(m_Round.facts.ssid);
+      RestoreConnection(m_Round);
       lines::Restored(m_Round);
     }
     if (m_Round.config->m_force_scan_counter > 0) {
       m_Round.config->m_force_scan_counter = 0;
       lines::ForcedScansCleared(m_Round);
     }
+  }
+
+  // What the user is asked about stays reserved while the question is open.
+  void KeepSuggestionClaim(const std::optional<MacAddress>& claimed) {
+    if (!m_Round.profile.GetHabits().claimsFade || !claimed) return;
+    if (MacText(*claimed) != m_Round.memory.m_last_suggested_bssid) return;
+    m_Round.adapter.Claim().ClaimSuggested(*claimed, Os().clock.GetTickCount64());
   }
 
   const Round& m_Round;

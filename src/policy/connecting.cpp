@@ -1,5 +1,7 @@
 // Connecting an adapter that has no connection, or suggesting what to connect to.
 
+#include "platform/clock_api.h"
+#include "platform/platform.h"
 #include "policy/connect_attempt.h"
 #include "policy/decisions.h"
 #include "policy/move_lines.h"
@@ -48,7 +50,7 @@ class FirstConnect {
       lines::FirstIsElsewhere(m_Round, entry);
       return CandidateStanding::kTakenElsewhere;
     }
-    if (entry.m_last_reason_code == platform::WLAN_REASON_CODE_NETWORK_NOT_AVAILABLE) {
+    if (m_Round.IsBarred(entry)) {
       lines::FirstWasUnavailable(m_Round, entry);
       return CandidateStanding::kUnavailable;
     }
@@ -64,7 +66,7 @@ class FirstConnect {
       lines::HeldByMonitorMode(m_Round, "ConnectToBestNoDebounce", entry);
       return true;
     }
-    const MoveWay way = WayOfConnect(m_Round.Mode());
+    const MoveWay way = WayOfConnect(m_Round.Mode(entry));
     if (way == MoveWay::kConnect) return Connect(entry);
     lines::SuggestingFirst(m_Round, entry, m_bAutoOnly);
     const bool byEvent = way == MoveWay::kSuggestByEvent;
@@ -85,7 +87,7 @@ class FirstConnect {
                        ShortApSummary(SummaryOf(entry, m_Round.scores)), kNoConnectionMbps);
     lines::InhibitedByDialog(m_Round, "ConnectToBestNoDebounce");
     m_Round.config->Set_InhibitQUAY(kInhibitAfterPopupMs, "con-pop");
-    m_Round.memory.Claim().ClaimSuggested(entry.GetBssid());
+    m_Round.memory.Claim().ClaimSuggested(entry.GetBssid(), Os().clock.GetTickCount64());
     return accepted;
   }
 

@@ -44,8 +44,8 @@ class FastScanRound {
     if (in.openSuggestion) {
       lines::IgnoresOldSuggestion(m_Round, in.matchesSuggestion, m_Mbps);
     }
-    in.linkBusy = IsLinkBusy(CGlobalConfigContainer::GetInstance().m_rt_audio, m_Mbps,
-                             m_Round.config->m_rate_gate_high);
+    in.linkBusy = m_Round.profile.IsBusy(CGlobalConfigContainer::GetInstance().m_rt_audio, m_Mbps,
+                                         m_Round.config->m_rate_gate_high);
     in.forcedScans = m_Round.config->m_force_scan_counter;
     return in;
   }

@@ -62,6 +62,8 @@ class PolicyRound {
   void GatherConnection() {
     m_Round.facts.connected = m_Round.adapter.GetConnectedSSID(&m_Round.facts);
     if (!m_Round.facts.connected) m_Round.facts.bssid.fill(0xFF);
+    m_Round.link = {Os().clock.GetTickCount64(), m_Round.facts.connected, m_Round.facts.bssid,
+                    m_Round.facts.quality, m_Round.adapter.GetTrafficMbps()};
     CGlobalQUAYPolicy::UpdateAssociateLQPegging(&m_Round.adapter, m_Round.facts.connected,
                                                 &m_Round.facts.quality, m_Round.facts.ssid,
                                                 m_Round.facts.bssid, "ExecutePolicies");

@@ -38,6 +38,17 @@ ConnectOutcome TryRepeatedly(const Round& round, CWlanBssEntry& entry, const Con
   }
 }
 
+bool IsStillConnected(const Round& round) {
+  return round.adapter.GetInterfaceStateForLog() == platform::wlan_interface_state_connected;
+}
+
+// A refused order has cost the connection.
+void RestoreIfLost(const Round& round) {
+  if (!round.facts.connected || round.facts.ssid.empty() || IsStillConnected(round)) return;
+  RestoreConnection(round);
+  round.config->SetString(value::kConnectStatus, u"error");  // of the order
+}
+
 }  // namespace
 
 bool FindAndConnectToBssEntry(const Round& round, const BssEntryList& entries,
@@ -46,6 +57,7 @@ bool FindAndConnectToBssEntry(const Round& round, const BssEntryList& entries,
   const ConnectionFacts& facts = round.facts;
   if (round.settings.IsMonitorMode()) {
     lines::RequestHeldByMonitorMode(round, order);
+    if (round.profile.GetHabits().endsOrders) config->SetString(value::kConnectStatus, u"error");
     return false;
   }
   if (order.bssid.empty()) {
@@ -77,6 +89,7 @@ bool FindAndConnectToBssEntry(const Round& round, const BssEntryList& entries,
     return true;
   }
   config->SetString(value::kConnectStatus, u"error");
+  if (!isAcceptance && round.profile.GetHabits().restoresAfterOrder) RestoreIfLost(round);
   return false;
 }
 
@@ -91,6 +104,8 @@ bool CheckExecuteConnectFromUI(const Round& round, const UIConnectRequest& reque
   } else {
     const bool same = bssid == facts.bssid;
     lines::OrderUnderstood(round, request.bssid, same);
+    if (same && round.profile.GetHabits().endsOrders)
+      round.config->SetString(value::kConnectStatus, u"connected");
     if (same) return false;
   }
   const ConnectOrder order{request, ConnectOrigin::kClient};
@@ -114,10 +129,12 @@ bool CheckAcceptSuggestion(const Round& round) {
   }
   if (round.settings.IsMonitorMode())
     return false;  // nothing was touched that would need to be restored
-  const bool restores = facts.connected && !facts.ssid.empty();
+  // A suggestion that was gone has cost nothing.
+  const bool untouched = round.profile.GetHabits().refusesGoneSuggestion && IsStillConnected(round);
+  const bool restores = facts.connected && !facts.ssid.empty() && !untouched;
   lines::AcceptanceFailed(round, order.ssid, restores);
   if (restores) {
-    round.adapter.ConnectToNetwork(facts.ssid);
+    RestoreConnection(round);
     lines::RestoredAfterAcceptance(round);
   }
   return false;

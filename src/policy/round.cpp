@@ -1,5 +1,7 @@
 #include "policy/round.h"
 
+#include "platform/clock_api.h"
+#include "platform/platform.h"
 #include "policy/policy.h"
 #include "settings/global_config_container.h"
 
@@ -27,20 +29,41 @@ RoundSettings::RoundSettings(const CQUAYInterfaceConfig& config) {
 Round::Round(CWlanInterface& wlan)
     : adapter(wlan),
       memory(wlan.Policy()),
+      profile(wlan.Profile()),
       idx(wlan.GetConfigIdx()),
       config(wlan.Config()),
       settings(*config),
       scores(wlan.GetScoreContext()) {}
 
-CandidateMargins Round::Margins() const {
+CandidateMargins Round::Settings() const {
   return {settings.qualityThreshold, config->m_APScoreThreshold, settings.scorePercent};
 }
 
-std::int32_t Round::Required() const { return CGlobalQUAYPolicy::RequiredCandidateCount(); }
+Contender Round::ContenderOf(CWlanBssEntry& entry, std::int32_t current) const {
+  return {entry.GetBssid(), entry.GetScore(false, scores), current, entry.GetLQ(),
+          entry.m_SSIDW == facts.ssid};
+}
 
-SuggestionMode Round::Mode() const {
-  return {settings.passive, settings.popup, config->m_bForcePopupOverride,
-          config->m_allowlist_active};
+CandidateMargins Round::Margins(CWlanBssEntry& entry, std::int32_t current) const {
+  return profile.Margins(Settings(), ContenderOf(entry, current));
+}
+
+std::int32_t Round::Required(CWlanBssEntry& entry, std::int32_t current) const {
+  return profile.RoundsToWin(CGlobalQUAYPolicy::RequiredCandidateCount(),
+                             ContenderOf(entry, current));
+}
+
+bool Round::IsBarred(const CWlanBssEntry& entry) const {
+  return profile.IsBarred(
+      entry.GetBssid(), entry.GetLQ(),
+      entry.m_last_reason_code == platform::WLAN_REASON_CODE_NETWORK_NOT_AVAILABLE,
+      Os().clock.GetTickCount64());
+}
+
+SuggestionMode Round::Mode(const CWlanBssEntry& entry) const {
+  return profile.Mode(
+      {settings.passive, settings.popup, config->m_bForcePopupOverride, config->m_allowlist_active},
+      facts.connected && entry.m_SSIDW == facts.ssid);
 }
 
 }  // namespace corvane

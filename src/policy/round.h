@@ -36,22 +36,29 @@ struct Round {
 
   // What may change within a round is asked at each use: the point threshold rises with the rate of
   // switches, an allow list comes into force, a connect of somebody else overrides the mode, an
-  // adapter comes or goes.
-  CandidateMargins Margins() const;
-  SuggestionMode Mode() const;
-  std::int32_t Required() const;  // rounds that a candidate has to win
+  // adapter comes or goes. Of one entry, against `current`, the score of the connection:
+  CandidateMargins Margins(CWlanBssEntry& entry, std::int32_t current) const;
+  std::int32_t Required(CWlanBssEntry& entry, std::int32_t current) const;  // rounds to win
+  bool IsBarred(const CWlanBssEntry& entry) const;  // not to be tried, after what it answered
+  SuggestionMode Mode(const CWlanBssEntry& entry) const;
+  CandidateMargins Settings() const;  // the margins as they are set
   bool HasGoodQuality() const { return facts.quality >= settings.qualityThreshold; }
 
   CWlanInterface& adapter;
-  PolicyMemory& memory;  // of the adapter, from one round to the next
-  const int idx;         // of the adapter
+  PolicyMemory& memory;    // of the adapter, from one round to the next
+  PolicyProfile& profile;  // by which it decides
+  const int idx;           // of the adapter
   const CSmartPointer<CQUAYInterfaceConfig> config;
   const RoundSettings settings;
   // What scores take from elsewhere; under the global lock it stays as it is to the round's end.
   const ScoreContext scores;
   ConnectionFacts facts;
+  LinkReading link;
   BssEntryList candidates;  // BssEntriesList, best first
   BssEntryList others;      // OtherEntriesList: in range, but no candidates
+
+ private:
+  Contender ContenderOf(CWlanBssEntry& entry, std::int32_t current) const;
 };
 
 }  // namespace corvane

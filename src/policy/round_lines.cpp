@@ -356,14 +356,14 @@ void LinkBusy(const Round& round, double mbps) {
       round.idx, State(round), round.facts.ssid, mbps, round.config->m_rate_gate_high.load());
 }
 
-void Ripening(const Round& round, CWlanBssEntry& entry, double mbps) {
+void Ripening(const Round& round, CWlanBssEntry& entry, std::int32_t current, double mbps) {
   Step(round, RoundStep::kRipening, &entry);
   LOG_ADAPTER(
       round.idx, kPolicyLog,
       u"\n[%i] [DEFERRED] IF-STATE: %i [%0.2lf mbps][CONNECTED to diff SSID %s vs preferred "
       u"%s(center %u)(or other), waiting: counter %i ++> %i]\n",
       round.idx, State(round), mbps, round.facts.ssid, entry.m_SSIDW, entry.GetFrequencyKhz(),
-      entry.PeekCandidate(), round.Required());
+      entry.PeekCandidate(), round.Required(entry, current));
 }
 
 void NoQualifier(const Round& round, double mbps) {

@@ -50,7 +50,7 @@ void UsingBackupScore(const Round& round, std::int32_t score);
 void OnBest(const Round& round, double mbps);
 void OnUnlisted(const Round& round, double mbps);
 void LinkBusy(const Round& round, double mbps);
-void Ripening(const Round& round, CWlanBssEntry& entry, double mbps);
+void Ripening(const Round& round, CWlanBssEntry& entry, std::int32_t current, double mbps);
 void NoQualifier(const Round& round, double mbps);
 void MoveSucceeded(const Round& round);
 void Restoring(const Round& round);

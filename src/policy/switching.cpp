@@ -1,5 +1,7 @@
 // Leaving a connection for a better access point, or suggesting it.
 
+#include "platform/clock_api.h"
+#include "platform/platform.h"
 #include "policy/connect_attempt.h"
 #include "policy/decisions.h"
 #include "policy/move_lines.h"
@@ -58,7 +60,7 @@ class Switch {
                                           m_Round.facts.ssid, entry.m_BSSIDText);
       return Step::kSettled;
     }
-    const SuggestionMode mode = m_Round.Mode();
+    const SuggestionMode mode = m_Round.Mode(entry);
     const bool roam = IsRoam(m_Round, entry) && !IsVetoed(entry);
     const MoveWay way = WayOfSwitch(mode, roam, m_Round.settings.roaming);
     if (way == MoveWay::kConnect) return Connect(entry, roam) ? Step::kSettled : Step::kNext;
@@ -104,12 +106,12 @@ class Switch {
                                         ShortApSummary(suggested), ShortApSummary(current));
     lines::InhibitedByDialog(m_Round, "SwitchConnectionToBest");
     m_Round.config->Set_InhibitQUAY(kInhibitAfterPopupMs, "sw-pop");
-    m_Round.memory.Claim().ClaimSuggested(entry.GetBssid());
+    m_Round.memory.Claim().ClaimSuggested(entry.GetBssid(), Os().clock.GetTickCount64());
     return accepted;
   }
 
   SuggestionPercent Percent(std::int32_t score, std::uint32_t minimumPoints) const {
-    return PercentOf(score, m_Score, minimumPoints, m_Round.settings.scorePercent);
+    return m_Round.profile.PercentOf(score, m_Score, minimumPoints, m_Round.settings.scorePercent);
   }
 
   bool Connect(CWlanBssEntry& entry, bool roam) {

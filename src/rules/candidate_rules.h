@@ -22,6 +22,9 @@ bool PassesPercentTest(std::int32_t score, std::int32_t current, std::uint32_t p
 // At least the margin in points.
 bool PassesPointTest(std::int32_t score, std::int32_t current, std::uint32_t points);
 
+// A claim that fades is over when nothing renewed it for so long, in ms.
+inline constexpr std::uint64_t kClaimFadesMs = 45'000;
+
 // How an entry stands in a round, by the rule that settled it.
 enum class CandidateStanding {
   // Not admitted.

@@ -35,6 +35,33 @@ class Subtotal {
 
   SubtotalResult Run() {
     PickQuality();
+    if (m_In.worth) {
+      AddWorth();
+      AddPrivate();
+      AddSecurity();
+    } else {
+      AddRadioTerms();
+    }
+    AddAllow();
+    TakeInternet();
+    m_Log << ",SUBTOTAL(" << m_Sum << ")";
+    m_Result.points = m_Sum;
+    return m_Result;
+  }
+
+ private:
+  void PickQuality() {
+    m_Quality = m_In.quality;
+    if (m_In.pegQuality > m_Quality) m_Result.peggedQuality = m_Quality = m_In.pegQuality;
+  }
+
+  void AddWorth() {
+    m_Sum += m_In.worth->points;
+    m_Result.loadPoints = 0;
+    m_Log << "WORTH(" << m_In.worth->points << "/" << m_In.worth->mbps << ")";
+  }
+
+  void AddRadioTerms() {
     AddSignal();
     AddPrivate();
     AddGeneration();
@@ -51,17 +78,6 @@ class Subtotal {
             << ",NOISE(0)";
     }
     TakeWeakSignal();
-    AddAllow();
-    TakeInternet();
-    m_Log << ",SUBTOTAL(" << m_Sum << ")";
-    m_Result.points = m_Sum;
-    return m_Result;
-  }
-
- private:
-  void PickQuality() {
-    m_Quality = m_In.quality;
-    if (m_In.pegQuality > m_Quality) m_Result.peggedQuality = m_Quality = m_In.pegQuality;
   }
 
   void AddSignal() {

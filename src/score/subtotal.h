@@ -2,6 +2,7 @@
 // The subtotal: what one BSS is worth by a fresh look at it, in points. Pure.
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include "store/score_weights.h"
@@ -37,6 +38,12 @@ struct InternetState {
   friend bool operator==(const InternetState&, const InternetState&) = default;
 };
 
+// A rate that stands for signal, generation, rate, load and noise together.
+struct WorthTerm {
+  std::int32_t points = 0;
+  std::int32_t mbps = 0;
+};
+
 struct SubtotalInputs {
   std::uint32_t quality = 0;     // link quality, 0 to 100
   std::uint32_t pegQuality = 0;  // replaces it when higher
@@ -47,12 +54,13 @@ struct SubtotalInputs {
   std::uint32_t allowBonus = 20;
   bool vpnFound = false;
   InternetState internet;
+  std::optional<WorthTerm> worth;
 };
 
 struct SubtotalResult {
   std::int32_t points = 0;          // never below 0
   std::uint32_t peggedQuality = 0;  // the quality that replaced the scanned one, 0 if none did
-  std::int32_t loadPoints = -1;     // of the load element, -1 without a usable one
+  std::int32_t loadPoints = -1;  // of the load element, -1 without a usable one; 0 beside a worth
   InternetState internet;
 };
 

@@ -1,6 +1,8 @@
 // What the adapter is connected to, and what follows from it.
 
 #include "foundation/log_lines.h"
+#include "platform/clock_api.h"
+#include "platform/platform.h"
 #include "policy/policy.h"
 #include "service/main_worker.h"
 #include "store/value_names.h"
@@ -125,6 +127,7 @@ void CQUAYMainWorker::DetectRoam(const Connection& now, bool bssidChanged, bool 
                 u"[%i] CQUAYMainWorker: %s %s was connected=%i [~@~@~ START ROAMING-INHIBIT ~@~@~]",
                 m_ConfigIdx, now.ssid, now.bssidText, now.wasConnected);
     m_pConfig->SetRoamingInhibit();
+    m_pInterface->Profile().OnOutsideRoam(Os().clock.GetTickCount64());
   }
 }
 

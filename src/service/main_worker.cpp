@@ -8,6 +8,7 @@
 #include "monitors/adapters_addresses.h"
 #include "monitors/network_list_manager.h"
 #include "monitors/power_window.h"
+#include "platform/clock_api.h"
 #include "platform/platform.h"
 #include "platform/thread_api.h"
 #include "policy/policy.h"
@@ -16,6 +17,7 @@
 #include "settings/global_config_container.h"
 #include "store/process_flags.h"
 #include "store/value_names.h"
+#include "wlan/wifi_client_container.h"
 
 namespace corvane {
 
@@ -226,6 +228,11 @@ bool CQUAYMainWorker::RunRound() {
   RefreshSettings();
   if (IsHeldBack(IsBlockedByVPN())) return false;
   UpdateConnectionState();
+  m_pInterface->Profile().OnRound({Os().clock.GetTickCount64(), m_Connection.connected,
+                                   m_Connection.bssid, m_Connection.quality,
+                                   m_pInterface->GetTrafficMbps()});
+  const bool behind = CWifiClientContainer::GetInstance().IsBehindAnother(*m_pInterface);
+  m_pInterface->NoteShared(behind ? m_Connection.bssid : MacAddress{});
   ReleaseRoamingInhibit();
   LatchToPrivate();
   CGlobalQUAYPolicy::UpdateAssociateLQPegging(m_pInterface.get(), m_Connection.connected,
@@ -464,6 +471,7 @@ void CQUAYMainWorker::SleepBetweenRounds() {
                 m_ConfigIdx, sleepMs);
     sleepMs = kNormalSleepMs;
   }
+  sleepMs = m_pInterface->Profile().RoundPauseMs(sleepMs);
   LOG_ADAPTER(m_ConfigIdx, kSleepLog,
               u"\n[%i]CQUAYMainWorker::WorkThreadProc: __MAIN SLEEP__ : %lu < ms, AC_ON=%i",
               m_ConfigIdx, sleepMs, CGlobalConfigContainer::IsOnACPower());

@@ -26,6 +26,7 @@ struct GlobalSettings {
   std::atomic<std::uint32_t> m_InstallTime;  // seconds since 1970; starts with the current time
   std::atomic<bool> m_bBTPenaltyEnabled;
   std::atomic<std::uint32_t> m_BTPenaltyValue;
+  std::atomic<std::uint32_t> m_PolicyProfile;  // PolicyProfileKind
 };
 
 }  // namespace corvane

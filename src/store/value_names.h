@@ -36,6 +36,7 @@ inline constexpr char16_t kLBWeightMode[] = u"LBWeightMode";
 inline constexpr char16_t kMonitorWhileDisabled[] = u"MonitorWhileDisabled";
 inline constexpr char16_t kNumWifiAdapters[] = u"NumWifiAdapters";
 inline constexpr char16_t kPalisadeOptimizer[] = u"PalisadeOptimizer";
+inline constexpr char16_t kPolicyProfile[] = u"PolicyProfile";
 inline constexpr char16_t kProfiledNetworksJson[] = u"ProfiledNetworksJson";
 inline constexpr char16_t kRandomCsv[] = u"RandomCsv";
 inline constexpr char16_t kRoamingEnabled[] = u"RoamingEnabled";

@@ -41,6 +41,8 @@ class AdapterAir {
   bool AssignGatewayMacsToBssEntry(const WString& ssid, const MacAddress& bssid, const MacList& ip4,
                                    const MacList& ip6);
 
+  // The BSS of the connection while an adapter that is before this one is there, too; zero: alone.
+  void NoteShared(const MacAddress& bssid);
   void UpdateAllScores();                // (score_update.cpp)
   ScoreContext GetScoreContext() const;  // of this moment
   // 0 or 1 by what the scores saw of an access point before the tree was dropped, 0xFFFFFFFF for
@@ -58,7 +60,9 @@ class AdapterAir {
   const AdapterIdentity& m_Adapter;
   const AdapterLink& m_Link;
   CCritSec& m_Lock;
-  NetworkMap m_Networks;      // under m_Lock
+  NetworkMap m_Networks;  // under m_Lock
+  mutable CCritSec m_SharedLock{"shared access point", LockRank::kLeaf};
+  MacAddress m_Shared{};      // under m_SharedLock
   CApSetMemo m_InternetMemo;  // the connectivity that the scores saw, over a loss of the tree
 };
 

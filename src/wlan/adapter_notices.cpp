@@ -5,6 +5,8 @@
 #include "foundation/log_lines.h"
 #include "notify/ap_summary.h"
 #include "notify/notification_manager.h"
+#include "platform/clock_api.h"
+#include "platform/platform.h"
 
 namespace corvane {
 
@@ -102,6 +104,9 @@ void AdapterNotices::ConnectionNotification_internal(DWORD code, const void* dat
   if (owner.weInitiated) {
     OnOwnCompletion(code, state.m_op_kind, facts.wlanReasonCode, ssid);
   } else {
+    if (!IsDisconnect(code))
+      m_Deciding.Now().OnOutsideConnect(facts.wlanConnectionMode != wlan_connection_mode_auto,
+                                        Os().clock.GetTickCount64());
     OnOutsideCompletion(code, owner.xSide, ssid);
   }
 }
@@ -184,7 +189,9 @@ void AdapterNotices::OnOutsideDisconnect(DWORD code, bool xSide, const WString& 
                 m_Adapter.Idx(), ssid, last);
     m_Link.StampLastConnectedSsid();
   }
-  config->Set_InhibitQUAY(kInhibitOutsideDisconnectMs, "out-disc");
+  PolicyProfile& profile = m_Deciding.Now();
+  if (!xSide) profile.OnLinkLost(Os().clock.GetTickCount64());
+  config->Set_InhibitQUAY(profile.PauseAfterLossMs(kInhibitOutsideDisconnectMs), "out-disc");
   m_Profiles.SaveTempProfiles();
   QueueNotification(u"Corvane", u"ConnectionChange", u"ExternalDisconnect", u"Unknown", u"Unknown",
                     m_Adapter.MacText(), m_Adapter.Description());

@@ -12,7 +12,8 @@ class AdapterNotices {
  public:
   AdapterNotices(const AdapterIdentity& adapter, AdapterRadio& radio, AdapterLink& link,
                  AdapterAir& air, AdapterProfiles& profiles, AdapterOperations& operations,
-                 AdapterTraffic& traffic, AdapterScans& scans, ApContention& contention)
+                 AdapterTraffic& traffic, AdapterScans& scans, ApContention& contention,
+                 DecidingProfile& deciding)
       : m_Adapter(adapter),
         m_Radio(radio),
         m_Link(link),
@@ -21,7 +22,8 @@ class AdapterNotices {
         m_Operations(operations),
         m_Traffic(traffic),
         m_Scans(scans),
-        m_Contention(contention) {}
+        m_Contention(contention),
+        m_Deciding(deciding) {}
 
   void ConnectionNotification(platform::DWORD code, const void* data);
   void ScanNotification(platform::DWORD code, platform::DWORD reason);
@@ -61,6 +63,7 @@ class AdapterNotices {
   AdapterTraffic& m_Traffic;
   AdapterScans& m_Scans;
   ApContention& m_Contention;
+  DecidingProfile& m_Deciding;
 };
 
 }  // namespace corvane

@@ -40,6 +40,7 @@ std::int32_t AdapterScans::DiscoverNetworksSynchronous(bool force_scan, bool fir
   std::int32_t found = 0;
   try {
     const std::uint64_t now = Os().clock.GetTickCount64();
+    if (m_Deciding.Now().GetHabits().measuresBeforeScan) m_Traffic.Poll();
     const double rate = m_Traffic.Mbps();
     const bool scans = MayScan(force_scan, now, rate);
     if (scans) RunScans(now);
@@ -73,7 +74,7 @@ bool AdapterScans::MayScan(bool force_scan, std::uint64_t now, double rate) {
   in.gateHigh = config->m_rate_gate_high;
   in.previousRates = m_RateHistory;
 
-  const ScanDecision decision = DecideScan(in);
+  const ScanDecision decision = m_Deciding.Now().Scan(in);
   if (decision.rule == ScanRule::kForcedCount) --config->m_force_scan_counter;
   if (decision.rule == ScanRule::kDeferrals) m_consec_ScanDeferrals = 0;
   if (decision.countsDeferral) {

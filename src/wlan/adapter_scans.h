@@ -6,6 +6,7 @@
 
 #include "wlan/adapter_operations.h"
 #include "wlan/adapter_traffic.h"
+#include "wlan/deciding_profile.h"
 #include "wlan/network_lists.h"
 
 namespace corvane {
@@ -14,12 +15,14 @@ namespace corvane {
 class AdapterScans {
  public:
   AdapterScans(const AdapterIdentity& adapter, const AdapterLink& link,
-               AdapterOperations& operations, NetworkLists& lists, AdapterTraffic& traffic)
+               AdapterOperations& operations, NetworkLists& lists, AdapterTraffic& traffic,
+               DecidingProfile& deciding)
       : m_Adapter(adapter),
         m_Link(link),
         m_Operations(operations),
         m_Lists(lists),
-        m_Traffic(traffic) {}
+        m_Traffic(traffic),
+        m_Deciding(deciding) {}
 
   // Scan or not, then both lists. How many listed networks have a profile; *aux_error is written
   // only with 100. Keeps failures to itself.
@@ -41,6 +44,7 @@ class AdapterScans {
   AdapterOperations& m_Operations;
   NetworkLists& m_Lists;
   AdapterTraffic& m_Traffic;
+  DecidingProfile& m_Deciding;
   std::uint64_t m_LastScanTime = 0;   // tick: the clock of the scan interval
   std::uint64_t m_LastScanStart = 0;  // tick of the last scan
   std::uint32_t m_consec_ScanDeferrals = 0;

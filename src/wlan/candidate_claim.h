@@ -8,20 +8,24 @@ namespace corvane {
 
 // The access point that an adapter has reserved: the machine's other adapters leave it alone. The
 // adapter's own worker claims and drops, the workers of the others read; each call takes the
-// interface lock. It is not tied to a timer.
+// interface lock. It is not tied to a timer; whoever reads may ask how long ago it was renewed.
+// Ticks in ms.
 class CandidateClaim {
  public:
   explicit CandidateClaim(CCritSec& interfaceLock) : m_Lock(interfaceLock) {}
 
   // A candidate is about to be ready: it doesn't take the place of another.
-  void ClaimRipening(const MacAddress& bssid) {
+  void ClaimRipening(const MacAddress& bssid, std::uint64_t now) {
     const CCritSecLock guard(m_Lock);
-    if (!m_reserved_candidate) m_reserved_candidate = bssid;
+    if (m_reserved_candidate && *m_reserved_candidate != bssid) return;
+    m_reserved_candidate = bssid;
+    m_RenewedTick = now;
   }
   // The user is asked about it: it takes the place of any other.
-  void ClaimSuggested(const MacAddress& bssid) {
+  void ClaimSuggested(const MacAddress& bssid, std::uint64_t now) {
     const CCritSecLock guard(m_Lock);
     m_reserved_candidate = bssid;
+    m_RenewedTick = now;
   }
   // It refused a connect; a claim on another one stays.
   void GiveUp(const MacAddress& bssid) {
@@ -38,10 +42,16 @@ class CandidateClaim {
     const CCritSecLock guard(m_Lock);
     return m_reserved_candidate;
   }
+  // The same, if it was renewed within the last `ms`.
+  std::optional<MacAddress> HeldWithin(std::uint64_t ms, std::uint64_t now) const {
+    const CCritSecLock guard(m_Lock);
+    return now - m_RenewedTick <= ms ? m_reserved_candidate : std::nullopt;
+  }
 
  private:
   CCritSec& m_Lock;
   std::optional<MacAddress> m_reserved_candidate;
+  std::uint64_t m_RenewedTick = 0;
 };
 
 }  // namespace corvane

@@ -1,5 +1,6 @@
 #include "wlan/score_facts.h"
 
+#include "balanced/profile_set.h"
 #include "model/global_wireless_maps.h"
 #include "monitors/network_list_manager.h"
 #include "settings/global_config_container.h"
@@ -24,6 +25,7 @@ ScoreContext GatherScoreContext(const CQUAYInterfaceConfig* config) {
   context.filters = global.GetNetworkFilters();
   context.allowBonus = global.m_AllowFilterScoreBonus;
   context.vpnFound = g_bVPNFound;
+  context.subtotalRule = SubtotalRuleOf(PolicyProfileOf(global.m_PolicyProfile));
   return context;
 }
 

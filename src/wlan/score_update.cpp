@@ -36,8 +36,16 @@ void AdapterAir::NoteConnectivity() {
               m_Adapter.Idx(), ssid, g_bVPNFound ? u", might be false due to VPN detected." : u"");
 }
 
+void AdapterAir::NoteShared(const MacAddress& bssid) {
+  const CCritSecLock lock(m_SharedLock);
+  m_Shared = bssid;
+}
+
 ScoreContext AdapterAir::GetScoreContext() const {
-  return GatherScoreContext(m_Adapter.Config().get());
+  ScoreContext context = GatherScoreContext(m_Adapter.Config().get());
+  const CCritSecLock lock(m_SharedLock);
+  if (!IsZero(m_Shared)) context.shared = m_Shared;
+  return context;
 }
 
 void AdapterAir::UpdateAllScores() {

@@ -1,6 +1,8 @@
 #include "wlan/wifi_client_container.h"
 
 #include "foundation/log_lines.h"
+#include "platform/clock_api.h"
+#include "platform/platform.h"
 
 namespace corvane {
 
@@ -75,6 +77,20 @@ bool CWifiClientContainer::AdapterCountChanged() {
   return client && client->CheckForChangeInInterfaceCount();
 }
 
+bool CWifiClientContainer::IsBehindAnother(const CWlanInterface& adapter) {
+  const auto client = Client();
+  if (!client || !adapter.IsConnected()) return false;
+  const MacAddress own = adapter.GetConnectedBssid();
+  for (std::size_t i = 0;; ++i) {
+    const auto other = client->GetInterfaceByIndex(i);
+    if (!other) return false;
+    if (other->GetConfigIdx() < adapter.GetConfigIdx() && other->IsConnected() &&
+        other->GetConnectedBssid() == own) {
+      return true;
+    }
+  }
+}
+
 bool CWifiClientContainer::AvoidThisCandidateOnMyIF(CWlanBssEntry* bss,
                                                     CWlanInterface* myInterface) {
   if (!bss || !myInterface) {
@@ -96,7 +112,11 @@ bool CWifiClientContainer::AvoidThisCandidateOnMyIF(CWlanBssEntry* bss,
           bss->m_SSIDW, bss->m_BSSIDText, MacTextA(wanted));
       return true;
     }
-    if (other->Claim().Held() == wanted) {
+    const std::optional<MacAddress> held =
+        myInterface->Profile().GetHabits().claimsFade
+            ? other->Claim().HeldWithin(kClaimFadesMs, Os().clock.GetTickCount64())
+            : other->Claim().Held();
+    if (held == wanted) {
       LOG_DEBUG(
           DBG(19),
           u"CWifiClientContainer::AvoidThisCandidateOnMyIF: *MATCHED* RESERVED BSSID: candidate "

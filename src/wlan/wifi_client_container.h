@@ -19,6 +19,9 @@ class CWifiClientContainer {
   CSmartPointer<CWlanInterface> GetInterface(int position);  // in GUID order; null past the end
   CSmartPointer<CWlanInterface> GetInterfaceByGuid(const platform::GUID& guid);  // null: none
   bool AdapterCountChanged();
+  // An adapter of a lower index is on the BSS of this one. Takes the adapters' interface locks, one
+  // at a time: the caller holds none.
+  bool IsBehindAnother(const CWlanInterface& adapter);
   // Another adapter is connected to this BSS or has reserved it. Takes the other adapters'
   // interface locks, one at a time: the caller holds none. Throws on null.
   bool AvoidThisCandidateOnMyIF(CWlanBssEntry* bss, CWlanInterface* myInterface);

@@ -84,6 +84,7 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   BssEntryList SnapshotEntries() { return m_Air.SnapshotEntries(); }
   void UpdateAllScores() { m_Air.UpdateAllScores(); }
   ScoreContext GetScoreContext() const { return m_Air.GetScoreContext(); }
+  void NoteShared(const MacAddress& bssid) { m_Air.NoteShared(bssid); }
   void ClearNetworks() { m_Air.ClearNetworks(); }
   void ApplyPreferredRows(const PreferredApRows& rows) { m_Air.ApplyPreferredRows(rows); }
   void ApplyDenyRows(const ApListRows& rows) { m_Air.ApplyDenyRows(rows); }
@@ -164,6 +165,9 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
     m_Notices.MSMAdapterOperationModeNotification(mode);
   }
 
+  // By which rules this adapter decides, at this moment.
+  PolicyProfile& Profile() { return m_Deciding.Now(); }
+
   // --- The policy's memory of this adapter (policy_memory.h)
   PolicyMemory& Policy() { return m_Policy; }
   const PolicyMemory& Policy() const { return m_Policy; }
@@ -196,10 +200,11 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   AdapterOperations m_Operations{m_Adapter, m_Link, m_Profiles, ObjectLock()};
   AdapterTraffic m_Traffic{m_Adapter, m_Link};
   NetworkLists m_Lists{m_Adapter, m_Link, m_Air, m_Profiles};
-  AdapterScans m_Scans{m_Adapter, m_Link, m_Operations, m_Lists, m_Traffic};
+  DecidingProfile m_Deciding;
+  AdapterScans m_Scans{m_Adapter, m_Link, m_Operations, m_Lists, m_Traffic, m_Deciding};
   ApContention m_Contention{m_Adapter, m_Air, m_Scans};
-  AdapterNotices m_Notices{m_Adapter,    m_Radio,   m_Link,  m_Air,       m_Profiles,
-                           m_Operations, m_Traffic, m_Scans, m_Contention};
+  AdapterNotices m_Notices{m_Adapter,    m_Radio,   m_Link,  m_Air,        m_Profiles,
+                           m_Operations, m_Traffic, m_Scans, m_Contention, m_Deciding};
   PolicyMemory m_Policy{m_Adapter, ObjectLock(), m_Air.Networks()};
 };
 

@@ -1,4 +1,5 @@
 #include "policy/policy_fixture.h"
+#include "wlan/wifi_client_container.h"
 
 namespace corvane {
 namespace {
@@ -45,7 +46,7 @@ TEST_F(CandidateDebounceOfTwo, TwoAdaptersReserveInTheSecondRoundAndAreReadyInTh
 TEST_F(CandidateDebounceOfTwo, ConnectionAndReservationOfAnotherAdapterHoldACandidateBack) {
   const BssEntryList entries{Add("Office", 2, 60), Add("Office", 3, 60)};
   Connect("Office", 2, 80, 1);
-  adapters[1]->Claim().ClaimSuggested(ApMac(3));
+  adapters[1]->Claim().ClaimSuggested(ApMac(3), 0);
   entries[0]->m_candidate_counter = 1;
   EXPECT_FALSE(Increment(entries, 50));
   EXPECT_EQ(entries[0]->m_candidate_counter, 1) << "it waits";
@@ -58,6 +59,23 @@ TEST_F(CandidateDebounceOfTwo, ConnectionAndReservationOfAnotherAdapterHoldACand
   Increment(entries, 50);
   EXPECT_EQ(entries[1]->m_candidate_counter, 1);
   EXPECT_TRUE(CGlobalQUAYPolicy::IsBetterCandidatePossible(adapter.get(), entries, 50));
+}
+
+TEST_F(CandidateDebounceOfTwo, TheLaterOneIsBehindOnASharedAccessPoint) {
+  auto& clients = CWifiClientContainer::GetInstance();
+  Connect("Office", 2, 80, 0);
+  EXPECT_FALSE(clients.IsBehindAnother(*adapters[1])) << "it is nowhere";
+  Connect("Office", 2, 80, 1);
+  EXPECT_TRUE(clients.IsBehindAnother(*adapters[1]));
+  EXPECT_FALSE(clients.IsBehindAnother(*adapters[0]));
+  Connect("Office", 3, 80, 1);
+  EXPECT_FALSE(clients.IsBehindAnother(*adapters[1]));
+
+  EXPECT_FALSE(adapters[1]->GetScoreContext().shared);
+  adapters[1]->NoteShared(ApMac(2));
+  EXPECT_EQ(adapters[1]->GetScoreContext().shared, ApMac(2));
+  adapters[1]->NoteShared({});
+  EXPECT_FALSE(adapters[1]->GetScoreContext().shared);
 }
 
 TEST_F(CandidateDebounce, BetterOneIsPossibleFromBothMarginsOn) {

@@ -227,7 +227,7 @@ TEST_F(ChoiceTest, OnlyAForcedConnectTakesAProfileThatDoesNotConnectByItself) {
 TEST_F(ChoiceTest, DisabledAdapterDecidesNothingWhileDisconnected) {
   const auto entry = Add("Office", 1, 50);
   entry->m_candidate_counter = 2;
-  adapter->Claim().ClaimSuggested(ApMac(1));
+  adapter->Claim().ClaimSuggested(ApMac(1), 0);
   Global().m_bServiceEnable = false;
   CGlobalQUAYPolicy::MakeChoice_disconnected(adapter.get(), {entry});
   EXPECT_EQ(wlan->calls, Calls{});

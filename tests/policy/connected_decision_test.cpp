@@ -30,7 +30,7 @@ TEST_F(ConnectedDecisionOfTwo, BestIsTheHeadThatNoOtherAdapterHas) {
   Connect("Office", 1);
   const auto mine = Add("Office", 1, 50), taken = Add("Office", 2, 90),
              third = Add("Office", 3, 40);
-  adapters[1]->Claim().ClaimSuggested(ApMac(2));
+  adapters[1]->Claim().ClaimSuggested(ApMac(2), 0);
   CSmartPointer<CWlanBssEntry> best;
   EXPECT_TRUE(IsBest({mine, taken}, &best));
   EXPECT_EQ(best, mine);

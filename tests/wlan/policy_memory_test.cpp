@@ -27,7 +27,7 @@ TEST_F(PolicyMemoryTest, RisingConnectionTakesStepsBackAndAsksForAScanMore) {
     memory.NotifyCurrentNetworkScore(score, bssid);
     return entry->m_candidate_counter;
   };
-  memory.Claim().ClaimSuggested(other);
+  memory.Claim().ClaimSuggested(other, 0);
   EXPECT_EQ(report(50, mine), 5);
   EXPECT_EQ(report(51, mine), 5);
   EXPECT_EQ(memory.Claim().Held(), other);
@@ -51,7 +51,7 @@ TEST_F(PolicyMemoryTest, RisingConnectionTakesStepsBackAndAsksForAScanMore) {
 
 TEST_F(PolicyMemoryTest, ClearBeginsAnewWithEveryCandidateAndTheClaim) {
   const auto entry = Add(u"Office", other, 5), second = Add(u"Guests", {3}, 1);
-  memory.Claim().ClaimRipening({3});
+  memory.Claim().ClaimRipening({3}, 0);
   memory.ClearAllCandidateCounters("test");
   EXPECT_EQ(entry->m_candidate_counter, 0);
   EXPECT_EQ(second->m_candidate_counter, 0);

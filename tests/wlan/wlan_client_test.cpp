@@ -162,7 +162,7 @@ TEST_F(WlanClientTest, OtherAdaptersConnectionAndReservationAreAvoided) {
   EXPECT_TRUE(avoids(1, other.get()));
   EXPECT_FALSE(avoids(1, adapter.get())) << "its own connection is no hindrance";
   EXPECT_FALSE(avoids(2, other.get()));
-  adapter->Claim().ClaimSuggested(Bssid(2));
+  adapter->Claim().ClaimSuggested(Bssid(2), 0);
   EXPECT_TRUE(avoids(2, other.get()));
   adapter->Claim().GiveUp(Bssid(1));
   EXPECT_TRUE(avoids(2, other.get())) << "another BSSID's release";

@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cstdlib>
 #include <filesystem>
+#include <optional>
 #include <string_view>
 
 #include "platform/linux/host_error.h"
@@ -51,6 +52,13 @@ double ParseSpeed(std::string_view text) {
   return speed;
 }
 
+// By the value PolicyProfile of the registry.
+std::optional<std::uint64_t> ProfileNumber(std::string_view name) {
+  if (name == "classic") return 0;
+  if (name == "balanced") return 1;
+  return std::nullopt;
+}
+
 }  // namespace
 
 const char* ProcessEnvironment(const char* name) { return std::getenv(name); }
@@ -66,14 +74,27 @@ HostOptions ReadHostOptions(Environment environment) {
   if (options.home.empty()) options.home = DefaultHome(environment);
   const std::string speed = ValueOf(environment, "CORVANE_SPEED");
   if (!speed.empty()) options.speed = ParseSpeed(speed);
+  options.profile = ValueOf(environment, "CORVANE_PROFILE");
+  if (!options.profile.empty() && !ProfileNumber(options.profile)) {
+    throw HostError("CORVANE_PROFILE needs classic or balanced, not \"" + options.profile + "\"");
+  }
   options.connectTo = Words(ValueOf(environment, "CORVANE_CONNECT_TO"));
   return options;
 }
 
 sim::World LoadWorld(const HostOptions& options) {
-  if (options.worldFile.empty()) return sim::BuiltInWorld();
   try {
-    return sim::ParseWorld(ReadTextFile(options.worldFile), options.worldFile);
+    sim::World world = options.worldFile.empty()
+                           ? sim::BuiltInWorld()
+                           : sim::ParseWorld(ReadTextFile(options.worldFile), options.worldFile);
+    if (const auto profile = ProfileNumber(options.profile)) {
+      sim::RegistryWrite write;
+      write.key = sim::kHomeKey;
+      write.name = u"PolicyProfile";
+      write.number = *profile;
+      world.registry.push_back(std::move(write));
+    }
+    return world;
   } catch (const std::exception& error) {
     throw HostError(std::string("CORVANE_WORLD: ") + error.what());
   }

@@ -15,6 +15,7 @@ struct HostOptions {
   std::string home;                      // CORVANE_HOME
   std::string worldFile = {};            // CORVANE_WORLD; empty for the built-in world
   double speed = 1.0;                    // CORVANE_SPEED, times faster than life
+  std::string profile = {};              // CORVANE_PROFILE; empty leaves what is set
   sim::IPcObserver* observer = nullptr;  // is told what happens to the devices; outlives the host
   // CORVANE_CONNECT_TO: entries "host:port:other:port"
   std::vector<std::string> connectTo = {};
@@ -39,6 +40,7 @@ inline constexpr char kHostHelp[] =
     "  CORVANE_HOME   directory of the registry (registry.db), the logs and the data\n"
     "                 (default: $XDG_STATE_HOME/corvane, else ~/.local/state/corvane)\n"
     "  CORVANE_SPEED  runs the clock so many times faster than life, 0.01 to 1000 (default 1)\n"
+    "  CORVANE_PROFILE  sets the rules by which it decides, classic or balanced; they stay set\n"
     "  CORVANE_CONNECT_TO  where web connections go instead: entries host:port:other:port with\n"
     "                 blanks between them\n"
     "  http_proxy, https_proxy, no_proxy\n"

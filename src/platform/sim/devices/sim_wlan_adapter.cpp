@@ -257,7 +257,7 @@ std::optional<SimWlanAdapter::ConnectRequest> SimWlanAdapter::NextInReach() {
     const auto best = PreferredOf(profile.ssid, m_FailedPoints, &dbm);
     if (!best || (!profile.nonBroadcast && !heard.Find(*best))) continue;
     return ConnectRequest{.cause = Cause::kOutside,
-                          .mode = wlan_connection_mode_profile,
+                          .mode = wlan_connection_mode_auto,
                           .profile = profile.name,
                           .ssid = profile.ssid,
                           .security = profile.security,

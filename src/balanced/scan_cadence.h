@@ -1,0 +1,27 @@
+#pragma once
+// When a look around is worth its price. Pure.
+
+#include <cstdint>
+
+#include "rules/scan_decision.h"
+
+namespace corvane::balanced {
+
+struct CadenceFacts {
+  bool connected = false;
+  bool pending = false;            // the last scan showed something better, or it ripens
+  std::int32_t current = 0;        // score of the connection, -1 without
+  std::uint32_t qualityMoved = 0;  // how far the link's quality has gone since the last scan
+  bool falling = false;
+  std::uint32_t dullScans = 0;  // scans in a row that changed nothing
+};
+
+// Least pause between two scans in ms: short where something happens, up to `longest` where
+// nothing does.
+std::uint64_t PauseMs(const CadenceFacts& facts, std::uint64_t longestMs);
+
+// The decision in the terms of the classic rules. `busy`: the link carries somebody's traffic;
+// `lost`: so badly that it would not bear it anyway.
+ScanDecision DecideScan(const ScanInputs& in, const CadenceFacts& facts, bool busy, bool lost);
+
+}  // namespace corvane::balanced
