@@ -31,6 +31,7 @@ void DecisionAudit::OnCandidates(CWlanInterface& adapter, const ConnectionFacts&
   Link& link = m_Links[m_Numbers.Of(adapter)];
   link.ssid = facts.ssid;
   link.score = adapter.GetScoreFromBssEntry(facts.ssid, facts.bssid, true);
+  link.profile = &adapter.Profile();  // a setting that changes now counts from the next round on
   link.busyAtStart = IsBusy(adapter);
   link.targets.clear();
 }
@@ -80,7 +81,7 @@ void DecisionAudit::CheckMove(int number, CWlanBssEntry& target, bool isSwitch) 
                             m_Links[number].score, target.GetLQ(),
                             target.m_SSIDW == m_Links[number].ssid};
   const std::int32_t rounds =
-      self->Profile().RoundsToWin(CGlobalQUAYPolicy::RequiredCandidateCount(), contender);
+      m_Links[number].profile->RoundsToWin(CGlobalQUAYPolicy::RequiredCandidateCount(), contender);
   if (target.GetCandidate() < rounds) {
     Broken(number, "switches to an unripe candidate", bssid);
   }

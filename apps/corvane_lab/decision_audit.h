@@ -38,12 +38,13 @@ class DecisionAudit final : public IRoundWatch {
 
  private:
   struct Link {
-    std::string bssid;              // that the radio is on; empty for none
-    std::string settled;            // where the service's last good connect went
-    bool busyAtStart = false;       // of the present round
-    WString ssid;                   // of the round's connection
-    std::int32_t score = -1;        // of the round's connection
-    std::set<std::string> targets;  // of the present moves; empty when somebody else decides
+    std::string bssid;                 // that the radio is on; empty for none
+    std::string settled;               // where the service's last good connect went
+    PolicyProfile* profile = nullptr;  // of the round that runs
+    bool busyAtStart = false;          // of the present round
+    WString ssid;                      // of the round's connection
+    std::int32_t score = -1;           // of the round's connection
+    std::set<std::string> targets;     // of the present moves; empty when somebody else decides
   };
 
   void CheckMove(int number, CWlanBssEntry& target, bool isSwitch);
