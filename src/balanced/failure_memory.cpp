@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::uint64_t kWaitMs[] = {10'000, 30'000, 60'000, 120'000, 300'000, 600'000, 1'800'000};
 constexpr std::uint64_t kForgivenMs = 1'800'000;
-constexpr std::uint32_t kMuchStronger = 20;  // of 100: 10 dB
+constexpr std::uint32_t kMuchStronger = 8;  // of 100: 4 dB
 constexpr std::size_t kMostKept = 256;
 
 }  // namespace

@@ -10,7 +10,7 @@ namespace corvane::balanced {
 
 // Whoever fails waits before it is tried again: 10 s at first, up to half an hour. A step is
 // forgiven for each half hour without a failure, all of them by a connect that ends well, and an
-// access point that is heard much stronger than when it failed may be tried at once.
+// access point that is heard clearly stronger than when it failed may be tried at once.
 class FailureMemory {
  public:
   void OnFailure(const MacAddress& bssid, std::uint32_t quality, std::uint64_t now);

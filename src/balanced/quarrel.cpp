@@ -1,15 +1,13 @@
 #include "balanced/quarrel.h"
 
-#include <algorithm>
-
 namespace corvane::balanced {
 
 namespace {
 
-constexpr std::uint64_t kFirstMs = 30'000, kMostMs = 1'800'000;
+constexpr std::uint64_t kFirstMs = 5'000;
 constexpr std::uint64_t kUndoneWithinMs = 300'000;
 constexpr std::uint64_t kPeaceMs = 3'600'000;
-constexpr std::uint32_t kMostDoublings = 6;
+constexpr std::uint32_t kMostDoublings = 3;
 
 }  // namespace
 
@@ -19,7 +17,7 @@ bool Quarrel::OnOutsideRoam(std::uint64_t now) {
   if (undone && m_Quarrels < kMostDoublings) ++m_Quarrels;
   m_Last = now;
   m_OwnMove = 0;
-  m_Until = now + std::min(kFirstMs << m_Quarrels, kMostMs);
+  m_Until = now + (kFirstMs << m_Quarrels);
   return undone;
 }
 

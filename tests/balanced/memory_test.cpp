@@ -34,8 +34,8 @@ TEST(FailureMemory, WaitsLongerAfterEachFailure) {
 TEST(FailureMemory, FadesAndGivesWayToAStrongerSignal) {
   FailureMemory memory;
   for (int i = 0; i < 3; ++i) memory.OnFailure(kAp, 40, kMin);
-  EXPECT_TRUE(memory.IsBarred(kAp, 59, kMin + 50 * kSec));
-  EXPECT_FALSE(memory.IsBarred(kAp, 60, kMin + 50 * kSec));  // 10 dB more
+  EXPECT_TRUE(memory.IsBarred(kAp, 47, kMin + 50 * kSec));
+  EXPECT_FALSE(memory.IsBarred(kAp, 48, kMin + 50 * kSec));  // 4 dB more
   // An hour later two of the three steps are forgiven: the next failure is the second.
   const std::uint64_t later = kMin + 60 * kMin;
   memory.OnFailure(kAp, 40, later);
@@ -59,20 +59,20 @@ TEST(Quarrel, NoFightAndNoSurrender) {
   std::uint64_t now = 10 * kMin;
   EXPECT_FALSE(quarrel.Holds(now, false));
   quarrel.OnOutsideRoam(now);  // nothing of ours was undone
-  EXPECT_TRUE(quarrel.Holds(now + 29 * kSec, false));
-  EXPECT_FALSE(quarrel.Holds(now + 30 * kSec, false));
+  EXPECT_TRUE(quarrel.Holds(now + 5 * kSec - 1, false));
+  EXPECT_FALSE(quarrel.Holds(now + 5 * kSec, false));
   EXPECT_FALSE(quarrel.Holds(now + 1, true));  // a bad link is left at once
 
-  std::uint64_t held = 30 * kSec;
+  std::uint64_t held = 5 * kSec;
   for (int i = 0; i < 8; ++i) {
     quarrel.OnOwnMove(now += 2 * kMin);
     quarrel.OnOutsideRoam(now += kMin);
-    held = std::min<std::uint64_t>(held * 2, 30 * kMin);
+    held = std::min<std::uint64_t>(held * 2, 40 * kSec);
     EXPECT_TRUE(quarrel.Holds(now + held - 1, false)) << i;
     EXPECT_FALSE(quarrel.Holds(now + held, false)) << i;
   }
   quarrel.OnOutsideRoam(now += 60 * kMin);  // an hour of peace forgives
-  EXPECT_FALSE(quarrel.Holds(now + 30 * kSec, false));
+  EXPECT_FALSE(quarrel.Holds(now + 5 * kSec, false));
 }
 
 TEST(Background, ALinkThatNeverRestsStillRests) {
