@@ -19,7 +19,7 @@ TEST(FailureMemory, WaitsLongerAfterEachFailure) {
   FailureMemory memory;
   std::uint64_t now = 1 * kMin;
   EXPECT_FALSE(memory.IsBarred(kAp, 80, now));
-  for (const std::uint64_t secs : {10, 30, 60, 120, 300, 600, 1800 - 1}) {
+  for (const std::uint64_t secs : {10u, 30u, 60u, 120u, 300u, 600u, 1800u - 1}) {
     memory.OnFailure(kAp, 80, now);
     EXPECT_TRUE(memory.IsBarred(kAp, 80, now + secs * kSec - 1)) << secs;
     EXPECT_FALSE(memory.IsBarred(kOther, 80, now));
