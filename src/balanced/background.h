@@ -10,7 +10,6 @@ namespace corvane::balanced {
 class Background {
  public:
   void Add(double mbps);
-  void Forget() { m_Count = 0; }
   // From which rate on the link counts as used: above what it carries nine times out of ten
   // anyway. A link that is not known yet, and one without a background, have `start`.
   double Gate(double start) const;

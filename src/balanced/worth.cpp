@@ -47,7 +47,9 @@ SubtotalResult Subtotal(const SubtotalInputs& in, const HeardLink& link, std::st
   SubtotalInputs rated = in;
   // A connection's own figure is newer than the scan's; a point of quality is half a dB.
   const double newer =
-      in.pegQuality > 0 ? (double{1.0} * in.pegQuality - double{1.0} * in.quality) / 2.0 : 0.0;
+      in.pegQuality > 0
+          ? (static_cast<double>(in.pegQuality) - static_cast<double>(in.quality)) / 2.0
+          : 0.0;
   const Link rate = LinkOf(link.elements ? *link.elements : kNone, link.band, link.adapterHe);
   const AirFacts air{link.band, in.radio ? in.radio->loadPct : -1.0, link.channelLoad};
   // Two adapters on one access point have half of it each: the later one looks for another.

@@ -87,8 +87,6 @@ TEST(Background, ALinkThatNeverRestsStillRests) {
   EXPECT_LE(background.Gate(0.06), 0.06 + 2 * 0.25);
   for (int i = 0; i < 180; ++i) background.Add(i % 5 == 0 ? 0.0 : 30.0);
   EXPECT_EQ(background.Gate(0.06), 0.06);
-  background.Forget();
-  EXPECT_EQ(background.Gate(0.06), 0.06);
 }
 
 }  // namespace corvane::balanced::test
