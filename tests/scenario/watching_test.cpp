@@ -57,6 +57,7 @@ Watched Watch(const World& world, PcOptions options) {
   options.observer = &report;
   {
     platform::sim::SimulatedPc pc(world, options);
+    ResetProcessState();  // the first lines come before the settings are read
     report.Attach(pc, world);
     lab::ServiceRun service(pc);
     service.Start();
