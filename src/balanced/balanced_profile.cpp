@@ -31,6 +31,7 @@ constexpr Habits kHabits{.measuresBeforeScan = true,
                          .suggestsAnew = true,
                          .closesOvertakenDialog = true,
                          .claimsFade = true,
+                         .questionsYield = true,
                          .endsOrders = true};
 
 }  // namespace

@@ -46,7 +46,11 @@ class FirstConnect {
 
  private:
   CandidateStanding Judge(CWlanBssEntry& entry) {
-    if (CWifiClientContainer::GetInstance().AvoidThisCandidateOnMyIF(&entry, &m_Round.adapter)) {
+    const bool takesAsked = m_Round.profile.GetHabits().questionsYield &&
+                            WayOfConnect(m_Round.Mode(entry)) == MoveWay::kConnect;
+    if (CWifiClientContainer::GetInstance().AvoidThisCandidateOnMyIF(
+            &entry, &m_Round.adapter,
+            takesAsked ? ClaimsThatCount::kUnasked : ClaimsThatCount::kAll)) {
       lines::FirstIsElsewhere(m_Round, entry);
       return CandidateStanding::kTakenElsewhere;
     }

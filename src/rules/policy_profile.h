@@ -42,6 +42,7 @@ struct Habits {
   bool suggestsAnew = false;           // what was withdrawn may be suggested again
   bool closesOvertakenDialog = false;  // with the suggestion that it shows
   bool claimsFade = false;             // a reservation counts while rounds renew it
+  bool questionsYield = false;         // who is offline takes what another adapter only asks about
   bool endsOrders = false;             // every order comes to a final ConnectStatus
 };
 

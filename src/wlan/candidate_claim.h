@@ -18,6 +18,7 @@ class CandidateClaim {
   void ClaimRipening(const MacAddress& bssid, std::uint64_t now) {
     const CCritSecLock guard(m_Lock);
     if (m_reserved_candidate && *m_reserved_candidate != bssid) return;
+    if (!m_reserved_candidate) m_bAsked = false;
     m_reserved_candidate = bssid;
     m_RenewedTick = now;
   }
@@ -25,7 +26,13 @@ class CandidateClaim {
   void ClaimSuggested(const MacAddress& bssid, std::uint64_t now) {
     const CCritSecLock guard(m_Lock);
     m_reserved_candidate = bssid;
+    m_bAsked = true;
     m_RenewedTick = now;
+  }
+  // It is still there to say yes to. Of any other claim nothing is renewed.
+  void RenewSuggested(const MacAddress& bssid, std::uint64_t now) {
+    const CCritSecLock guard(m_Lock);
+    if (m_bAsked && m_reserved_candidate == bssid) m_RenewedTick = now;
   }
   // It refused a connect; a claim on another one stays.
   void GiveUp(const MacAddress& bssid) {
@@ -47,10 +54,16 @@ class CandidateClaim {
     const CCritSecLock guard(m_Lock);
     return now - m_RenewedTick <= ms ? m_reserved_candidate : std::nullopt;
   }
+  // The same, without one that hangs on a person's answer.
+  std::optional<MacAddress> HeldUnasked(std::uint64_t ms, std::uint64_t now) const {
+    const CCritSecLock guard(m_Lock);
+    return m_bAsked || now - m_RenewedTick > ms ? std::nullopt : m_reserved_candidate;
+  }
 
  private:
   CCritSec& m_Lock;
   std::optional<MacAddress> m_reserved_candidate;
+  bool m_bAsked = false;  // a person, about it
   std::uint64_t m_RenewedTick = 0;
 };
 

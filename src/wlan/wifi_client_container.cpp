@@ -13,6 +13,15 @@ bool IsJustConnectedTo(const CWlanInterface& adapter, const MacAddress& bssid) {
   return ToMac(adapter.GetConnAttrs().wlanAssociationAttributes.dot11Bssid) == bssid;
 }
 
+std::optional<MacAddress> ClaimedBy(CWlanInterface& adapter, const Habits& habits,
+                                    ClaimsThatCount claims) {
+  const CandidateClaim& claim = adapter.Claim();
+  if (!habits.claimsFade) return claim.Held();
+  const std::uint64_t now = Os().clock.GetTickCount64();
+  return claims == ClaimsThatCount::kAll ? claim.HeldWithin(kClaimFadesMs, now)
+                                         : claim.HeldUnasked(kClaimFadesMs, now);
+}
+
 }  // namespace
 
 CSmartPointer<CWlanClient> CWifiClientContainer::Client() {
@@ -91,8 +100,8 @@ bool CWifiClientContainer::IsBehindAnother(const CWlanInterface& adapter) {
   }
 }
 
-bool CWifiClientContainer::AvoidThisCandidateOnMyIF(CWlanBssEntry* bss,
-                                                    CWlanInterface* myInterface) {
+bool CWifiClientContainer::AvoidThisCandidateOnMyIF(CWlanBssEntry* bss, CWlanInterface* myInterface,
+                                                    ClaimsThatCount claims) {
   if (!bss || !myInterface) {
     throw Exception("CWifiClientContainer::AvoidThisCandidateOnMyIF(): Invalid args!");
   }
@@ -112,11 +121,7 @@ bool CWifiClientContainer::AvoidThisCandidateOnMyIF(CWlanBssEntry* bss,
           bss->m_SSIDW, bss->m_BSSIDText, MacTextA(wanted));
       return true;
     }
-    const std::optional<MacAddress> held =
-        myInterface->Profile().GetHabits().claimsFade
-            ? other->Claim().HeldWithin(kClaimFadesMs, Os().clock.GetTickCount64())
-            : other->Claim().Held();
-    if (held == wanted) {
+    if (ClaimedBy(*other, myInterface->Profile().GetHabits(), claims) == wanted) {
       LOG_DEBUG(
           DBG(19),
           u"CWifiClientContainer::AvoidThisCandidateOnMyIF: *MATCHED* RESERVED BSSID: candidate "

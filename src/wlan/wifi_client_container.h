@@ -1,8 +1,13 @@
 #pragma once
+#include <cstdint>
+
 #include "foundation/singleton.h"
 #include "wlan/wlan_client.h"
 
 namespace corvane {
+
+// A claim by which a person is asked may stand as long as nobody answers.
+enum class ClaimsThatCount : std::uint8_t { kAll, kUnasked };
 
 // Holds the one WLAN client.
 class CWifiClientContainer {
@@ -22,9 +27,10 @@ class CWifiClientContainer {
   // An adapter of a lower index is on the BSS of this one. Takes the adapters' interface locks, one
   // at a time: the caller holds none.
   bool IsBehindAnother(const CWlanInterface& adapter);
-  // Another adapter is connected to this BSS or has reserved it. Takes the other adapters'
-  // interface locks, one at a time: the caller holds none. Throws on null.
-  bool AvoidThisCandidateOnMyIF(CWlanBssEntry* bss, CWlanInterface* myInterface);
+  // Another adapter is connected to this BSS or has reserved it by a claim that counts. Takes the
+  // other adapters' interface locks, one at a time: the caller holds none. Throws on null.
+  bool AvoidThisCandidateOnMyIF(CWlanBssEntry* bss, CWlanInterface* myInterface,
+                                ClaimsThatCount claims = ClaimsThatCount::kAll);
 
  private:
   friend class Singleton<CWifiClientContainer>;
