@@ -43,6 +43,12 @@ void ReportSignalQuality(const Round& round, const CWlanBssEntry& entry) {
 }
 
 void RememberSuggestion(const Round& round, const CWlanBssEntry& entry, std::int32_t position) {
+  // What it takes the place of is no longer told to anybody.
+  const WString& earlier = round.memory.m_last_suggested_ssid;
+  if (round.profile.GetHabits().suggestsAnew && round.settings.IsEventMode() &&
+      earlier != entry.m_SSIDW) {
+    round.config->m_Etw.ClearSuggestedAP_If_Equal(earlier, round.memory.m_last_suggested_bssid);
+  }
   round.memory.m_last_suggested_bssid = entry.m_BSSIDText;
   round.memory.m_last_suggested_ssid = entry.m_SSIDW;
   round.memory.m_last_suggested_pos = position;
