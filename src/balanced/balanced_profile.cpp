@@ -48,6 +48,7 @@ void BalancedProfile::OnRound(const LinkReading& link) {
     }
     m_SampleCount = 0;
     m_DullScans = 0;
+    m_ReadyScans = 0;
     m_QualityAtScan = link.quality;
   }
   m_Link = link;
@@ -59,11 +60,14 @@ void BalancedProfile::OnRound(const LinkReading& link) {
 }
 
 void BalancedProfile::OnWeighed(std::int32_t best, std::int32_t current, bool fresh) {
-  const bool changed = m_Current < 0 || std::abs(current - m_Current) >= kMuchChanged;
+  const bool changed =
+      (m_Current < 0) != (current < 0) || std::abs(current - m_Current) >= kMuchChanged;
+  const bool appeared = best - m_Best >= kMuchChanged;
   m_Best = best;
   m_Current = current;
   if (!fresh) return;
   m_DullScans = changed || best > current ? 0 : m_DullScans + 1;
+  m_ReadyScans = changed || appeared || best <= current ? 0 : m_ReadyScans + 1;
   m_QualityAtScan = m_Link.quality;
 }
 
@@ -119,6 +123,7 @@ CadenceFacts BalancedProfile::Cadence() const {
       std::max(m_Link.quality, m_QualityAtScan) - std::min(m_Link.quality, m_QualityAtScan);
   facts.falling = IsFalling();
   facts.dullScans = m_DullScans;
+  facts.readyScans = m_ReadyScans;
   return facts;
 }
 

@@ -60,6 +60,7 @@ class BalancedProfile : public PolicyProfile {
   std::size_t m_SampleCount = 0;
   std::uint32_t m_QualityAtScan = 0;
   std::uint32_t m_DullScans = 0;
+  std::uint32_t m_ReadyScans = 0;
   std::int32_t m_Best = -1, m_Current = -1;  // of the last weighing
   Background m_Background;
   FailureMemory m_Failures;

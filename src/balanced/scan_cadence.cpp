@@ -7,11 +7,12 @@ namespace corvane::balanced {
 namespace {
 
 constexpr std::uint64_t kPendingMs = 4'000, kMovedMs = 9'000, kWeakMs = 10'000, kSteadyMs = 30'000;
-constexpr std::uint64_t kDisconnectedMs = 4'000, kDisconnectedMostMs = 60'000, kWeakMostMs = 45'000;
+constexpr std::uint64_t kDisconnectedMs = 4'000, kDisconnectedMostMs = 30'000, kWeakMostMs = 45'000;
 constexpr std::uint64_t kSteadyMostMs = 60'000;
 constexpr std::int32_t kWeakScore = 45;     // 31 Mbps
 constexpr std::uint32_t kMovedQuality = 8;  // of 100: 4 dB
 constexpr std::uint32_t kMostDoublings = 5;
+constexpr std::uint32_t kQuickScans = 8;  // that lead to nothing, before the next ones come slower
 
 std::uint64_t Grown(std::uint64_t ms, std::uint32_t dull, std::uint64_t most) {
   return std::min(ms << std::min(dull, kMostDoublings), std::max(ms, most));
@@ -20,8 +21,11 @@ std::uint64_t Grown(std::uint64_t ms, std::uint32_t dull, std::uint64_t most) {
 }  // namespace
 
 std::uint64_t PauseMs(const CadenceFacts& facts, std::uint64_t longestMs) {
-  if (!facts.connected) return Grown(kDisconnectedMs, facts.dullScans, kDisconnectedMostMs);
-  if (facts.pending) return kPendingMs;
+  const auto vain = [](std::uint32_t scans) { return scans - std::min(scans, kQuickScans); };
+  if (!facts.connected)
+    return Grown(kDisconnectedMs, vain(std::max(facts.dullScans, facts.readyScans)),
+                 kDisconnectedMostMs);
+  if (facts.pending) return Grown(kPendingMs, vain(facts.readyScans), kSteadyMostMs);
   if (facts.falling || facts.qualityMoved >= kMovedQuality) return kMovedMs;
   if (facts.current < kWeakScore) return Grown(kWeakMs, facts.dullScans, kWeakMostMs);
   return Grown(kSteadyMs, facts.dullScans, std::min(longestMs, kSteadyMostMs));

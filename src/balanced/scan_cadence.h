@@ -13,7 +13,8 @@ struct CadenceFacts {
   std::int32_t current = 0;        // score of the connection, -1 without
   std::uint32_t qualityMoved = 0;  // how far the link's quality has gone since the last scan
   bool falling = false;
-  std::uint32_t dullScans = 0;  // scans in a row that changed nothing
+  std::uint32_t dullScans = 0;   // scans in a row that changed nothing
+  std::uint32_t readyScans = 0;  // in a row that showed something better, and nobody moved
 };
 
 // Least pause between two scans in ms: short where something happens, up to `longest` where

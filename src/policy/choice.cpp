@@ -201,24 +201,30 @@ class Choice {
 
   // What can be seen, for the next look around.
   void NoteWeighing() {
-    if (!m_Round.facts.connected || !m_Round.profile.GetHabits().weighsEachRound) return;
+    if (!m_Round.profile.GetHabits().weighsEachRound) return;
     const std::int32_t current =
-        m_Round.adapter.GetScoreFromBssEntry(m_Round.facts.ssid, m_Round.facts.bssid, true);
+        m_Round.facts.connected
+            ? m_Round.adapter.GetScoreFromBssEntry(m_Round.facts.ssid, m_Round.facts.bssid, true)
+            : -1;
     std::int32_t best = -1;
     for (const auto& entry : m_Round.candidates) {
-      if (IsWorthAMove(*entry, current))
-        best = std::max(best, entry->GetScore(false, m_Round.scores));
+      if (!IsWorthAMove(*entry, current)) continue;
+      best = std::max(best, entry->GetScore(false, m_Round.scores));
+      m_Round.memory.Claim().RenewSuggested(entry->GetBssid(), Os().clock.GetTickCount64());
     }
     m_Round.profile.OnWeighed(best, current, m_Round.adapter.IsScanFresh());
   }
 
   bool IsWorthAMove(CWlanBssEntry& entry, std::int32_t current) const {
-    const CandidateMargins margins = m_Round.Margins(entry, current);
-    return entry.GetBssid() != m_Round.facts.bssid && entry.GetLQ() >= margins.qualityThreshold &&
-           PassesPointTest(entry.GetScore(false, m_Round.scores), current,
-                           margins.scoreThreshold) &&
+    return (!m_Round.facts.connected || IsEnoughBetter(entry, current)) &&
            !m_Round.IsBarred(entry) &&
            !CWifiClientContainer::GetInstance().AvoidThisCandidateOnMyIF(&entry, &m_Round.adapter);
+  }
+
+  bool IsEnoughBetter(CWlanBssEntry& entry, std::int32_t current) const {
+    const CandidateMargins margins = m_Round.Margins(entry, current);
+    return entry.GetBssid() != m_Round.facts.bssid && entry.GetLQ() >= margins.qualityThreshold &&
+           PassesPointTest(entry.GetScore(false, m_Round.scores), current, margins.scoreThreshold);
   }
 
   void DecideDisconnected() {

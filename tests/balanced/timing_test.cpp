@@ -10,7 +10,7 @@ namespace corvane::balanced::test {
 
 namespace {
 
-constexpr std::uint64_t kSec = 1000, kMin = 60 * kSec, kLong = 1'000'000'000;
+constexpr std::uint64_t kSec = 1000, kMin = 60 * kSec, kHour = 60 * kMin, kLong = 1'000'000'000;
 constexpr MacAddress kHere{2, 0, 0, 0, 0, 1}, kThere{2, 0, 0, 0, 0, 2};
 
 LinkReading On(const MacAddress& bssid, std::uint32_t quality, std::uint64_t now, double mbps = 0) {
@@ -71,6 +71,19 @@ TEST(ScanCadence, OftenWhereSomethingHappensSeldomWhereNothingDoes) {
   EXPECT_LE(PauseMs({.connected = true, .current = 44}, kLongest), 15 * kSec);
 }
 
+TEST(ScanCadence, ScansThatLeadToNothingComeSlower) {
+  for (const bool connected : {true, false}) {
+    CadenceFacts facts{.connected = connected, .pending = true, .readyScans = 8};
+    EXPECT_EQ(PauseMs(facts, kHour), 4 * kSec);
+    ++facts.readyScans;
+    EXPECT_EQ(PauseMs(facts, kHour), 8 * kSec);
+    facts.readyScans = 100;
+    EXPECT_EQ(PauseMs(facts, kHour), (connected ? 60 : 30) * kSec);
+  }
+  EXPECT_EQ(PauseMs({.dullScans = 8}, kHour), 4 * kSec);
+  EXPECT_EQ(PauseMs({.dullScans = 9}, kHour), 8 * kSec);
+}
+
 TEST(ScanCadence, TrafficIsNotDisturbed) {
   const CadenceFacts pending{.connected = true, .pending = true};
   EXPECT_EQ(DecideScan(Asked(kMin), pending, true, false).rule, ScanRule::kTraffic);
@@ -104,6 +117,19 @@ TEST_F(BalancedProfileTest, AWalkIsFollowedAndARestIsLeftAlone) {
   profile.OnWeighed(-1, 70, true);
   EXPECT_EQ(profile.Scan(Asked(29 * kSec)).rule, ScanRule::kTooEarly);
   profile.OnWeighed(75, 70, false);  // something better: a second look
+  EXPECT_EQ(profile.Scan(Asked(5 * kSec)).rule, ScanRule::kIdle);
+}
+
+TEST_F(BalancedProfileTest, WhatIsInSightForLongIsLookedAtSeldom) {
+  BalancedProfile profile;
+  profile.OnRound(On(kHere, 90, kMin));
+  for (int i = 0; i < 12; ++i) profile.OnWeighed(80, 70, true);
+  EXPECT_EQ(profile.Scan(Asked(9 * kSec)).rule, ScanRule::kTooEarly);
+  profile.OnWeighed(86, 70, true);  // something better still
+  EXPECT_EQ(profile.Scan(Asked(5 * kSec)).rule, ScanRule::kIdle);
+  for (int i = 0; i < 12; ++i) profile.OnWeighed(86, 70, true);
+  profile.OnRound(On(kThere, 90, 2 * kMin));
+  profile.OnWeighed(86, 70, true);
   EXPECT_EQ(profile.Scan(Asked(5 * kSec)).rule, ScanRule::kIdle);
 }
 
