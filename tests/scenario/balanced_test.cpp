@@ -8,7 +8,6 @@ namespace corvane::test {
 class BalancedScenario : public ServiceTest {
  protected:
   static constexpr std::uint64_t kSec = 1'000, kMin = 60 * kSec, kHour = 60 * kMin;
-  static constexpr platform::DWORD kNotAvailable = 0x2800B, kKeyExchangeFailed = 0x38002;
 
   void StartBalanced(WorldBuilder world) {
     platform::sim::RegistryWrite profile;
@@ -56,7 +55,7 @@ class BalancedScenario : public ServiceTest {
 
   void ExpectARefuserCostsLittle(const Beacon& refuser) {
     WorldBuilder world = OldWorld().Connected(1);
-    AddBetter(world, refuser, 2, kKeyExchangeFailed);
+    AddBetter(world, refuser, 2, platform::WLAN_REASON_CODE_ASSOCIATION_FAILURE);
     StartBalanced(world);
     EXPECT_GE(SecondsConnected(kHour), 3'560);
     EXPECT_LE(Count(AirEvent::kConnectFailed), 10u);
@@ -64,7 +63,7 @@ class BalancedScenario : public ServiceTest {
     EXPECT_TRUE(IsOn(1));
   }
   void ExpectTakenOnceItServes(WorldBuilder world) {
-    AddBetter(world, Fast(u8"New", 149), 2, kNotAvailable);
+    AddBetter(world, Fast(u8"New", 149), 2, platform::WLAN_REASON_CODE_NETWORK_NOT_AVAILABLE);
     world.At(2 * kMin, R"({"do": "refuse", "bssid": "02-50-00-00-00-02", "reason": 0})");
     StartBalanced(world);
     RunUntil(2 * kMin);
@@ -92,9 +91,9 @@ TEST_F(BalancedScenario, AnotherTransmitterThatRefusesCostsLittle) {
 TEST_F(BalancedScenario, ThreeThatRefuseSlowlyHoldNobodyUp) {
   WorldBuilder world = OldWorld().Connected(1);
   world->adapters.back().connectMs = 14'000;
-  AddBetter(world, Fast(u8"A", 149), 2, kKeyExchangeFailed);
-  AddBetter(world, Fast(u8"B", 44), 3, kKeyExchangeFailed);
-  AddBetter(world, Fast(u8"C", 157), 4, kKeyExchangeFailed);
+  AddBetter(world, Fast(u8"A", 149), 2, platform::WLAN_REASON_CODE_ASSOCIATION_FAILURE);
+  AddBetter(world, Fast(u8"B", 44), 3, platform::WLAN_REASON_CODE_ASSOCIATION_FAILURE);
+  AddBetter(world, Fast(u8"C", 157), 4, platform::WLAN_REASON_CODE_ASSOCIATION_FAILURE);
   world.Ap(Slow(u8"Phone", 6), 5, -60.0).Profile("Phone");
   world.Adapter().Connected(5).AutoSwitch(20, 1);
   world->adapters.back().bands = {2};
