@@ -199,7 +199,7 @@ class Choice {
     }
   }
 
-  // What can be seen, for the next look around.
+  // What can be seen, for the next look around; a question about it stays open.
   void NoteWeighing() {
     if (!m_Round.profile.GetHabits().weighsEachRound) return;
     const std::int32_t current =
