@@ -1,7 +1,6 @@
 #include "corvane_lab/decision_audit.h"
 
-#include "policy/policy.h"
-#include "rules/switch_rules.h"
+#include "policy/round.h"
 #include "settings/global_config_container.h"
 
 namespace corvane::lab {
@@ -10,9 +9,9 @@ using platform::sim::Cause;
 
 namespace {
 
-bool IsBusy(CWlanInterface& adapter) {
-  return adapter.Profile().IsBusy(CGlobalConfigContainer::GetInstance().m_rt_audio,
-                                  adapter.GetTrafficMbps(), adapter.Config()->m_rate_gate_high);
+bool IsBusy(const Round& round) {
+  return round.profile.IsBusy(CGlobalConfigContainer::GetInstance().m_rt_audio,
+                              round.adapter.GetTrafficMbps(), round.config->m_rate_gate_high);
 }
 
 }  // namespace
@@ -26,13 +25,11 @@ DecisionAudit::DecisionAudit(const platform::sim::World& world, Report report, v
   RoundWatches::Add(this);
 }
 
-void DecisionAudit::OnCandidates(CWlanInterface& adapter, const ConnectionFacts& facts,
-                                 const BssEntryList&) {
-  Link& link = m_Links[m_Numbers.Of(adapter)];
-  link.ssid = facts.ssid;
-  link.score = adapter.GetScoreFromBssEntry(facts.ssid, facts.bssid, true);
-  link.profile = &adapter.Profile();  // a setting that changes now counts from the next round on
-  link.busyAtStart = IsBusy(adapter);
+void DecisionAudit::OnCandidates(const Round& round) {
+  Link& link = m_Links[m_Numbers.Of(round.adapter)];
+  link.score = round.adapter.GetScoreFromBssEntry(round.facts.ssid, round.facts.bssid, true);
+  link.round = &round;
+  link.busyAtStart = IsBusy(round);
   link.targets.clear();
 }
 
@@ -75,14 +72,10 @@ void DecisionAudit::CheckMove(int number, CWlanBssEntry& target, bool isSwitch) 
     }
   }
   if (!isSwitch) return;
-  if (m_Links[number].busyAtStart && IsBusy(*self))
-    Broken(number, "switches on a busy link", bssid);
-  const Contender contender{target.GetBssid(), target.GetScore(false, self->GetScoreContext()),
-                            m_Links[number].score, target.GetLQ(),
-                            target.m_SSIDW == m_Links[number].ssid};
-  const std::int32_t rounds =
-      m_Links[number].profile->RoundsToWin(CGlobalQUAYPolicy::RequiredCandidateCount(), contender);
-  if (target.GetCandidate() < rounds) {
+  const Link& link = m_Links[number];
+  if (!link.round) return Broken(number, "switches outside of a round", bssid);
+  if (link.busyAtStart && IsBusy(*link.round)) Broken(number, "switches on a busy link", bssid);
+  if (target.GetCandidate() < link.round->Required(target, link.score)) {
     Broken(number, "switches to an unripe candidate", bssid);
   }
 }

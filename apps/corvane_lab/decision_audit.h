@@ -28,9 +28,9 @@ class DecisionAudit final : public IRoundWatch {
   void OnRoundBegins(int adapter, const CWlanInterface& wlan) override {
     m_Numbers.Learn(adapter, wlan);
   }
-  void OnCandidates(CWlanInterface& adapter, const ConnectionFacts& facts,
-                    const BssEntryList& candidates) override;
+  void OnCandidates(const Round& round) override;
   void OnStep(int adapter, RoundStep step, CWlanBssEntry* about) override;
+  void OnRoundEnds(int adapter) override { m_Links[m_Numbers.OfIndex(adapter)].round = nullptr; }
 
   // What the radios do, by number.
   void OnConnected(int number, platform::sim::Cause cause, const std::string& bssid);
@@ -38,13 +38,12 @@ class DecisionAudit final : public IRoundWatch {
 
  private:
   struct Link {
-    std::string bssid;                 // that the radio is on; empty for none
-    std::string settled;               // where the service's last good connect went
-    PolicyProfile* profile = nullptr;  // of the round that runs
-    bool busyAtStart = false;          // of the present round
-    WString ssid;                      // of the round's connection
-    std::int32_t score = -1;           // of the round's connection
-    std::set<std::string> targets;     // of the present moves; empty when somebody else decides
+    std::string bssid;              // that the radio is on; empty for none
+    std::string settled;            // where the service's last good connect went
+    const Round* round = nullptr;   // that runs its policy
+    bool busyAtStart = false;       // of that round
+    std::int32_t score = -1;        // of that round's connection
+    std::set<std::string> targets;  // of the present moves; empty when somebody else decides
   };
 
   void CheckMove(int number, CWlanBssEntry& target, bool isSwitch);

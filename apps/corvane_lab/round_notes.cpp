@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "policy/round.h"
 #include "settings/global_config_container.h"
 
 namespace corvane::lab {
@@ -39,15 +40,14 @@ void RoundNotetaker::OnRoundBegins(int adapter, const CWlanInterface& wlan) {
   note.beganMs = Now();
 }
 
-void RoundNotetaker::OnCandidates(CWlanInterface& adapter, const ConnectionFacts& facts,
-                                  const BssEntryList& candidates) {
-  RoundNote& note = m_Present[m_Adapters.Of(adapter)];
-  const ScoreContext scores = adapter.GetScoreContext();
-  for (const auto& candidate : candidates) {
+void RoundNotetaker::OnCandidates(const Round& round) {
+  RoundNote& note = m_Present[m_Adapters.Of(round.adapter)];
+  for (const auto& candidate : round.candidates) {
     RoundNote::Entry* entry = EntryOf(&note, candidate->GetBssid());
     if (!entry) continue;
-    entry->score = candidate->GetScore(false, scores);
-    if (facts.connected && candidate->GetBssid() == facts.bssid) note.score = entry->score;
+    entry->score = candidate->GetScore(false, round.scores);
+    if (round.facts.connected && candidate->GetBssid() == round.facts.bssid)
+      note.score = entry->score;
   }
 }
 

@@ -41,8 +41,7 @@ class RoundNotetaker final : public IRoundWatch {
   std::vector<RoundNotes> Take() { return std::move(m_Notes); }       // by adapter
 
   void OnRoundBegins(int adapter, const CWlanInterface& wlan) override;
-  void OnCandidates(CWlanInterface& adapter, const ConnectionFacts& facts,
-                    const BssEntryList& candidates) override;
+  void OnCandidates(const Round& round) override;
   void OnStanding(int adapter, CWlanBssEntry& entry, CandidateStanding standing) override;
   void OnStep(int adapter, RoundStep step, CWlanBssEntry* about) override;
   void OnRoundEnds(int adapter) override;

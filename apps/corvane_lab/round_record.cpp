@@ -7,6 +7,7 @@
 
 #include "foundation/format.h"
 #include "policy/policy.h"
+#include "policy/round.h"
 #include "settings/global_config_container.h"
 
 namespace corvane::lab {
@@ -178,30 +179,28 @@ EntryRecord RoundRecorder::Read(CWlanBssEntry& entry, const ScoreContext& scores
           m_bTerms ? entry.m_ScoreLog + entry.m_FinalScoreLog : std::string()};
 }
 
-void RoundRecorder::OnCandidates(CWlanInterface& adapter, const ConnectionFacts& facts,
-                                 const BssEntryList& candidates) {
-  RoundRecord& round = Round(adapter.GetConfigIdx());
-  const auto config = adapter.Config();
+void RoundRecorder::OnCandidates(const corvane::Round& now) {
+  RoundRecord& round = Round(now.idx);
   const auto& global = CGlobalConfigContainer::GetInstance();
+  const ConnectionFacts& facts = now.facts;
   round.hasPolicy = true;
-  ReadHolds(adapter, &round);  // the round itself may have found out that it was moved
+  ReadHolds(now.adapter, &round);  // the round itself may have found out that it was moved
   round.connected = facts.connected;
   if (facts.connected) {
     round.ssid = WideToUtf8(facts.ssid);
     round.bssid = MacTextA(facts.bssid);
-    round.score = adapter.GetScoreFromBssEntry(facts.ssid, facts.bssid, true);
+    round.score = now.adapter.GetScoreFromBssEntry(facts.ssid, facts.bssid, true);
     round.quality = facts.quality;
   }
-  round.mode = ModeText(*config);
-  round.profile = PolicyProfileOf(CGlobalConfigContainer::GetInstance().m_PolicyProfile);
+  round.mode = ModeText(*now.config);
+  round.profile = now.profile.Kind();
   round.required = CGlobalQUAYPolicy::RequiredCandidateCount();
-  round.margins = {config->m_LQCThreshold, config->m_APScoreThreshold, global.m_ScoreDiffPct};
-  round.mbps = adapter.GetTrafficMbps();
-  round.gateMbps = config->m_rate_gate_high;
+  round.margins = now.Settings();
+  round.mbps = now.adapter.GetTrafficMbps();
+  round.gateMbps = now.config->m_rate_gate_high;
   round.realTimeAudio = global.m_rt_audio;
-  round.candidates.reserve(candidates.size());
-  const ScoreContext scores = adapter.GetScoreContext();
-  for (const auto& entry : candidates) round.candidates.push_back(Read(*entry, scores));
+  round.candidates.reserve(now.candidates.size());
+  for (const auto& entry : now.candidates) round.candidates.push_back(Read(*entry, now.scores));
 }
 
 // Before the list is there, an entry is told of because it may not be in it.

@@ -80,8 +80,7 @@ class RoundRecorder final : public IRoundWatch {
   const RoundRecord* Latest(int adapter) const;
 
   void OnRoundBegins(int adapter, const CWlanInterface& wlan) override;
-  void OnCandidates(CWlanInterface& adapter, const ConnectionFacts& facts,
-                    const BssEntryList& candidates) override;
+  void OnCandidates(const Round& round) override;
   void OnStanding(int adapter, CWlanBssEntry& entry, CandidateStanding standing) override;
   void OnStep(int adapter, RoundStep step, CWlanBssEntry* about) override;
   void OnRoundEnds(int adapter) override;

@@ -43,7 +43,7 @@ class PolicyRound {
     m_Round.others = OtherEntries(inRange, m_Round.candidates, m_Round.scores);
     PublishRows(m_Round.others, value::kNONCandidatesCSV, "OTHER");
     lines::Scores(m_Round);
-    RoundWatches::Candidates(m_Round.adapter, m_Round.facts, m_Round.candidates);
+    RoundWatches::Candidates(m_Round);
     Act();
   }
 

@@ -144,9 +144,8 @@ void RoundWatches::Remove(IRoundWatch* watch) { std::erase(Watches(), watch); }
 void RoundWatches::RoundBegins(int adapter, const CWlanInterface& wlan) {
   for (IRoundWatch* watch : Watches()) watch->OnRoundBegins(adapter, wlan);
 }
-void RoundWatches::Candidates(CWlanInterface& adapter, const ConnectionFacts& facts,
-                              const BssEntryList& candidates) {
-  for (IRoundWatch* watch : Watches()) watch->OnCandidates(adapter, facts, candidates);
+void RoundWatches::Candidates(const Round& round) {
+  for (IRoundWatch* watch : Watches()) watch->OnCandidates(round);
 }
 void RoundWatches::Standing(int adapter, CWlanBssEntry& entry, CandidateStanding standing) {
   for (IRoundWatch* watch : Watches()) watch->OnStanding(adapter, entry, standing);

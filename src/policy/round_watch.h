@@ -10,6 +10,8 @@
 
 namespace corvane {
 
+struct Round;
+
 // What a round decides, in about the order in which it comes to it.
 enum class RoundStep {
   // What ends a round before its policy.
@@ -79,11 +81,9 @@ constexpr RoundStep StepOfSuggestion(bool byEvent, bool made) {
 class IRoundWatch {
  public:
   virtual void OnRoundBegins(int adapter, const CWlanInterface& wlan) { (void)adapter, (void)wlan; }
-  // The sorted list, best first, with the connection that it is weighed against.
-  virtual void OnCandidates(CWlanInterface& adapter, const ConnectionFacts& facts,
-                            const BssEntryList& candidates) {
-    (void)adapter, (void)facts, (void)candidates;
-  }
+  // With the sorted list, best first, and the connection that it is weighed against. The round is
+  // there until it ends.
+  virtual void OnCandidates(const Round& round) { (void)round; }
   // The last one told of an entry holds.
   virtual void OnStanding(int adapter, CWlanBssEntry& entry, CandidateStanding standing) {
     (void)adapter, (void)entry, (void)standing;
@@ -105,8 +105,7 @@ class RoundWatches {
   static void Remove(IRoundWatch* watch);
 
   static void RoundBegins(int adapter, const CWlanInterface& wlan);
-  static void Candidates(CWlanInterface& adapter, const ConnectionFacts& facts,
-                         const BssEntryList& candidates);
+  static void Candidates(const Round& round);
   static void Standing(int adapter, CWlanBssEntry& entry, CandidateStanding standing);
   static void Step(int adapter, RoundStep step, CWlanBssEntry* about = nullptr);
   static void RoundEnds(int adapter);

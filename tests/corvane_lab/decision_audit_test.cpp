@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "policy/policy_fixture.h"
+#include "policy/round.h"
 
 namespace corvane::lab {
 namespace {
@@ -34,15 +35,32 @@ class DecisionAuditTest : public test::PolicyTest {
   std::string Judge(RoundStep step, CWlanBssEntry& target, int landsOn = 0) {
     m_Fault.clear();
     RoundWatches::RoundBegins(0, *adapter);
-    RoundWatches::Candidates(*adapter, {}, {});
+    const corvane::Round round(*adapter);
+    RoundWatches::Candidates(round);
+    Global().m_PolicyProfile = m_ProfileMeanwhile;
     RoundWatches::Step(0, step, &target);
+    RoundWatches::RoundEnds(0);
     if (landsOn) m_Audit->OnConnected(0, Cause::kProgram, MacTextA(ApMac(landsOn)));
     return m_Fault;
   }
 
   std::optional<DecisionAudit> m_Audit;
   std::string m_Fault;
+  std::uint32_t m_ProfileMeanwhile = 0;  // set while the round runs
 };
+
+TEST_F(DecisionAuditTest, AsksByTheRulesOfTheRoundThatMoves) {
+  const auto target = Add("Office", 2, 60);
+  target->m_candidate_counter = 1;
+  EXPECT_THAT(Judge(RoundStep::kSwitch, *target), HasSubstr("unripe"));
+  m_ProfileMeanwhile = 1;
+  EXPECT_THAT(Judge(RoundStep::kSwitch, *target), HasSubstr("unripe"));
+  m_ProfileMeanwhile = 0;
+  Global().m_PolicyProfile = 1;
+  EXPECT_EQ(Judge(RoundStep::kSwitch, *target), "");
+  RoundWatches::Step(0, RoundStep::kSwitch, &*target);
+  EXPECT_THAT(m_Fault, HasSubstr("outside of a round"));
+}
 
 TEST_F(DecisionAuditTest, FindsEveryMoveThatMustNotBe) {
   const auto good = Add("Office", 2, 60), open = Add("Cafe", 5, 60);
