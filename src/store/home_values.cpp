@@ -245,7 +245,6 @@ constexpr ValueRow kRows[] = {
      .most = 1,
      .range = "0 classic, 1 balanced",
      .outside = Outside::kRefused,
-     .returns = true,
      .atStart = 18,
      .eachRound = 9,
      .global = In<&S::m_PolicyProfile>(),
