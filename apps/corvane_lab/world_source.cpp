@@ -5,9 +5,9 @@
 #include <cstdio>
 
 #include "platform/sim/world/world_loader.h"
+#include "platform/sim/world/world_policy.h"
 #include "platform/text_file.h"
 #include "store/address_text.h"
-#include "store/policy_profile_kind.h"
 #include "store/value_names.h"
 
 namespace corvane::lab {
@@ -52,16 +52,9 @@ World WorldOf(const Arguments& arguments, AirReport* airReport) {
 }
 
 void SetProfile(World* world, const std::string& profile) {
-  const auto kind = PolicyProfileNamed(profile);
-  if (!kind) throw UsageError("a profile is classic or balanced, not \"" + profile + "\"");
-  std::erase_if(world->registry, [](const platform::sim::RegistryWrite& write) {
-    return write.name == value::kPolicyProfile;
-  });
-  platform::sim::RegistryWrite write;
-  write.key = platform::sim::kHomeKey;
-  write.name = value::kPolicyProfile;
-  write.number = static_cast<std::uint64_t>(*kind);
-  world->registry.push_back(std::move(write));
+  if (!platform::sim::IsPolicyProfile(profile))
+    throw UsageError("a profile is classic or balanced, not \"" + profile + "\"");
+  platform::sim::SetPolicyProfile(world, profile);
 }
 
 void SetMode(World* world, const std::string& mode) {

@@ -4,11 +4,11 @@
 #include <charconv>
 #include <cstdlib>
 #include <filesystem>
-#include <optional>
 #include <string_view>
 
 #include "platform/linux/host_error.h"
 #include "platform/sim/world/world_loader.h"
+#include "platform/sim/world/world_policy.h"
 #include "platform/text_file.h"
 
 namespace corvane::platform::linux_host {
@@ -52,13 +52,6 @@ double ParseSpeed(std::string_view text) {
   return speed;
 }
 
-// By the value PolicyProfile of the registry.
-std::optional<std::uint64_t> ProfileNumber(std::string_view name) {
-  if (name == "classic") return 0;
-  if (name == "balanced") return 1;
-  return std::nullopt;
-}
-
 }  // namespace
 
 const char* ProcessEnvironment(const char* name) { return std::getenv(name); }
@@ -75,7 +68,7 @@ HostOptions ReadHostOptions(Environment environment) {
   const std::string speed = ValueOf(environment, "CORVANE_SPEED");
   if (!speed.empty()) options.speed = ParseSpeed(speed);
   options.profile = ValueOf(environment, "CORVANE_PROFILE");
-  if (!options.profile.empty() && !ProfileNumber(options.profile)) {
+  if (!options.profile.empty() && !sim::IsPolicyProfile(options.profile)) {
     throw HostError("CORVANE_PROFILE needs classic or balanced, not \"" + options.profile + "\"");
   }
   options.connectTo = Words(ValueOf(environment, "CORVANE_CONNECT_TO"));
@@ -87,13 +80,7 @@ sim::World LoadWorld(const HostOptions& options) {
     sim::World world = options.worldFile.empty()
                            ? sim::BuiltInWorld()
                            : sim::ParseWorld(ReadTextFile(options.worldFile), options.worldFile);
-    if (const auto profile = ProfileNumber(options.profile)) {
-      sim::RegistryWrite write;
-      write.key = sim::kHomeKey;
-      write.name = u"PolicyProfile";
-      write.number = *profile;
-      world.registry.push_back(std::move(write));
-    }
+    if (!options.profile.empty()) sim::SetPolicyProfile(&world, options.profile);
     return world;
   } catch (const std::exception& error) {
     throw HostError(std::string("CORVANE_WORLD: ") + error.what());

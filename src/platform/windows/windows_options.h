@@ -10,6 +10,7 @@ struct WindowsOptions {
   // CORVANE_HOME: stands for %ProgramData%; empty: that itself.
   std::string home = {};
   std::string worldFile = {};  // CORVANE_WORLD; empty: the devices of this PC
+  std::string profile = {};    // CORVANE_PROFILE, of the world; empty: what that says
   // Whether another instance may run beside; only a mode that keeps no log asks for it.
   bool shareHome = false;
 };
@@ -25,8 +26,10 @@ inline constexpr char kHostHelp[] =
     "  --stop       ends the running instance in order\n"
     "\n"
     "Environment:\n"
-    "  CORVANE_WORLD  file of a world whose simulated adapters it runs on instead\n"
-    "  CORVANE_HOME   folder in the place of %ProgramData%, for logs, history and key\n";
+    "  CORVANE_WORLD    file of a world whose simulated adapters it runs on instead\n"
+    "  CORVANE_PROFILE  the rules by which it decides there, classic or balanced; on this PC's\n"
+    "                   adapters corvane-client profile sets them\n"
+    "  CORVANE_HOME     folder in the place of %ProgramData%, for logs, history and key\n";
 
 // Throws WindowsError for values that cannot be used.
 WindowsOptions ReadWindowsOptions();
