@@ -163,7 +163,8 @@ int CompareCommand(const std::vector<std::string>& words) {
       words, {"--profiles", "--made", "--kinds", "--seed", "--for", "--worst", "-j"},
       {"--json", "--why", "--by-kind", "--no-peers", "--cold", "--roaming-driver"});
   CommandPlan plan;
-  for (const std::string& profile : Split(arguments.Value("--profiles").value_or("classic"), ','))
+  for (const std::string& profile :
+       Split(arguments.Value("--profiles").value_or("classic,balanced"), ','))
     plan.compare.profiles.push_back(ProfileOf(profile));
   plan.compare.peers = !arguments.Has("--no-peers");
   plan.compare.why = arguments.Has("--why");
