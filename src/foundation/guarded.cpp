@@ -1,6 +1,5 @@
 #include "foundation/guarded.h"
 
-#include "foundation/exception.h"
 #include "foundation/log_lines.h"
 #include "foundation/quiet_reports.h"
 #include "platform/console_api.h"
@@ -39,6 +38,10 @@ void ReportExceptionSafely(const char* className, const char* operation,
               exception.what());
   } catch (...) {
   }
+}
+
+void ReportFailure(const char* where, const Failure& failure) {
+  LOG_ERROR(u"%S: %S: %S", where, failure.Kind(), failure.what);
 }
 
 }  // namespace corvane

@@ -1,7 +1,9 @@
 #pragma once
 #include <exception>
+#include <type_traits>
 #include <utility>
 
+#include "foundation/exception.h"
 #include "platform/types.h"
 
 namespace corvane {
@@ -41,6 +43,37 @@ R Contained(const char* className, const char* operation, R failure, Fn&& fn) {
     ReportExceptionSafely(className, operation, e);
     return failure;
   }
+}
+
+// What was thrown, as the log names it.
+struct Failure {
+  bool own;            // an Exception, which is this program's own
+  const char* what;    // its text, as long as the call that is told of it lasts
+  std::uint32_t code;  // of an Exception; 0 of any other
+  const char* Kind() const { return own ? "Exception" : "std:exception"; }
+};
+
+// Runs fn() and gives its result. An exception ends here; onFailure(failure), of the same type, is
+// the result then. Faults of the platform, and the end of a thread that was given up, pass.
+template <typename Fn, typename OnFailure>
+std::invoke_result_t<Fn> Contained(Fn&& fn, OnFailure&& onFailure) {
+  try {
+    return std::forward<Fn>(fn)();
+  } catch (const Exception& e) {
+    return std::forward<OnFailure>(onFailure)(Failure{true, e.what(), e.GetCode()});
+  } catch (const std::exception& e) {
+    return std::forward<OnFailure>(onFailure)(Failure{false, e.what(), 0});
+  }
+}
+
+// Logs "<where>: Exception: %S" or "<where>: std:exception: %S".
+void ReportFailure(const char* where, const Failure& failure);
+
+// The same for what has no result, with that line.
+template <typename Fn>
+void ContainedAt(const char* where, Fn&& fn) {
+  Contained(std::forward<Fn>(fn),
+            [where](const Failure& failure) { ReportFailure(where, failure); });
 }
 
 // For destructors: runs fn(), which gives something back to the platform. A fault or an exception

@@ -138,13 +138,7 @@ platform::DWORD CThreadBase::ThreadProc(void* parameter) {
   }
   if (!owner) return 0;  // given up before it began
   try {
-    try {
-      owner->ThreadBody();
-    } catch (const Exception& e) {
-      LOG_ERROR(u"CThread::ThreadProc: Exception: %S", e.what());
-    } catch (const std::exception& e) {
-      LOG_ERROR(u"CThread::ThreadProc: std:exception: %S", e.what());
-    }
+    ContainedAt("CThread::ThreadProc", [owner] { owner->ThreadBody(); });
   } catch (const std::exception&) {
     // The log itself failed; there is nobody left to tell.
   }

@@ -43,16 +43,10 @@ bool Exists(const WString& path) {
 // Runs one operation; whatever goes wrong in it ends there.
 template <class Body>
 void Contain(const char* operation, Body body) {
-  try {
-    Guarded("CNetworkCSV", operation, false, [&] {
-      body();
-      return true;
-    });
-  } catch (const Exception& e) {
-    LOG_ERROR(u"CNetworkCSV::%S: Exception: %S", operation, e.what());
-  } catch (const std::exception& e) {
-    LOG_ERROR(u"CNetworkCSV::%S: std:exception: %S", operation, e.what());
-  }
+  Contained("CNetworkCSV", operation, false, [&] {
+    body();
+    return true;
+  });
 }
 
 }  // namespace

@@ -93,14 +93,13 @@ bool RunProbe(std::string* text) {
 
 bool InvokeSelfFromServiceToGetUserTempPath(std::string* text) {
   text->clear();
-  try {
-    return Guarded("Launcher", kName, false, [&] { return RunProbe(text); });
-  } catch (const Exception& e) {
-    LOG_ERROR(u"%S: Exception: %S", kName, e.what());
-  } catch (const std::exception& e) {
-    LOG_ERROR(u"%S: std:exception: %S", kName, e.what());
-  }
-  return false;
+  const auto probe = [text] {
+    return Guarded("Launcher", kName, false, [text] { return RunProbe(text); });
+  };
+  return Contained(probe, [](const Failure& failure) {
+    ReportFailure(kName, failure);
+    return false;
+  });
 }
 
 }  // namespace corvane

@@ -23,14 +23,11 @@ constexpr std::size_t kMaxCommandLine = 1023;  // of a buffer of 1,024 character
 // No exception leaves the launcher, and a fault of a platform call is a failure of the launch.
 template <class Body>
 bool Launch(const char* operation, Body body) {
-  try {
-    return Guarded("Launcher", operation, false, body);
-  } catch (const Exception& e) {
-    LOG_ERROR(u"%S: Exception: %S", operation, e.what());
-  } catch (const std::exception& e) {
-    LOG_ERROR(u"%S: std:exception: %S", operation, e.what());
-  }
-  return false;
+  return Contained([&] { return Guarded("Launcher", operation, false, body); },
+                   [operation](const Failure& failure) {
+                     ReportFailure(operation, failure);
+                     return false;
+                   });
 }
 
 // A longer line would start something else than was meant.

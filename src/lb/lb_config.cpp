@@ -199,13 +199,9 @@ void CLBConfig::Stop(std::uint32_t milliseconds) {
 }
 
 void CLBConfig::RunThreadLoop() {
-  try {
+  ContainedAt("CLBConfig::RunThreadLoop", [this] {
     if (const auto wake = WakeEvent()) WorkThreadProc(*wake);
-  } catch (const Exception& e) {
-    LOG_ERROR(u"CLBConfig::RunThreadLoop: Exception: %S", e.what());
-  } catch (const std::exception& e) {
-    LOG_ERROR(u"CLBConfig::RunThreadLoop: std:exception: %S", e.what());
-  }
+  });
 }
 
 void CLBConfig::WorkThreadProc(CWinEvent& wake) {

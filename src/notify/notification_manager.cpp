@@ -1,5 +1,6 @@
 #include "notify/notification_manager.h"
 
+#include "foundation/guarded.h"
 #include "foundation/log_lines.h"
 
 namespace corvane {
@@ -89,13 +90,9 @@ void CNotificationManagerSingleton::Shutdown(std::uint32_t timeoutMs) {
 }
 
 void CNotificationManagerSingleton::RunThreadLoop() {
-  try {
+  ContainedAt("CNotificationManagerSingleton::RunThreadLoop", [this] {
     if (const auto workerEvent = WorkerEvent()) WorkThreadProc(*workerEvent);
-  } catch (const Exception& e) {
-    LOG_ERROR(u"CNotificationManagerSingleton::RunThreadLoop: Exception: %S", e.what());
-  } catch (const std::exception& e) {
-    LOG_ERROR(u"CNotificationManagerSingleton::RunThreadLoop: std:exception: %S", e.what());
-  }
+  });
 }
 
 void CNotificationManagerSingleton::WorkThreadProc(CWinEvent& workerEvent) {

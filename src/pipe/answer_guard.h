@@ -19,17 +19,15 @@ namespace corvane {
 // What answer() gives; or the code of what it throws, with a line in the log under `name`.
 template <class Fn>
 WString AnswerGuarded(const char* name, WStringView request, Fn&& answer) {
-  try {
+  const auto reply = [&] {
     // No reply is empty; a fault is.
-    WString reply = Guarded("CNamedPipeListenerJson", name, WString(), std::forward<Fn>(answer));
-    return reply.empty() ? FailureReply(kReplyNoIndex, request) : reply;
-  } catch (const Exception& e) {
-    LOG_ERROR(u"%S: Exception: %S", name, e.what());
-    return FailureReply(kReplyUnknownAdapter, request);
-  } catch (const std::exception& e) {
-    LOG_ERROR(u"%S: std:exception: %S", name, e.what());
-    return FailureReply(kReplyNoIndex, request);
-  }
+    WString text = Guarded("CNamedPipeListenerJson", name, WString(), std::forward<Fn>(answer));
+    return text.empty() ? FailureReply(kReplyNoIndex, request) : text;
+  };
+  return Contained(reply, [&](const Failure& failure) {
+    ReportFailure(name, failure);
+    return FailureReply(failure.own ? kReplyUnknownAdapter : kReplyNoIndex, request);
+  });
 }
 
 // Writes a head and the pretty printed text to standard output.

@@ -130,13 +130,10 @@ bool IsClientExecutable(WStringView name) {
 }
 
 std::uint32_t CheckClientToken(const CClientRequest& request, PipeInstanceCtx& client) {
-  try {
-    return Check(request, client);
-  } catch (const Exception& e) {
-    return Refuse(kTokenException, u"Exception: %S", e.what());
-  } catch (const std::exception& e) {
-    return Refuse(kTokenException, u"std:exception: %S", e.what());
-  }
+  return Contained([&] { return Check(request, client); },
+                   [](const Failure& failure) {
+                     return Refuse(kTokenException, u"%S: %S", failure.Kind(), failure.what);
+                   });
 }
 
 }  // namespace corvane

@@ -1,5 +1,6 @@
 #include "pipe/diagnosis.h"
 
+#include "foundation/guarded.h"
 #include "foundation/log_lines.h"
 #include "monitors/adapters_addresses.h"
 #include "pipe/reply_text.h"
@@ -47,7 +48,7 @@ WString StandardText(WStringView letters) {
 }
 
 WString Diagnose() {
-  try {
+  const auto diagnose = [] {
     auto& global = CGlobalConfigContainer::GetInstance();
     if (!global.FindIFConfig(0)) return Failed({});
     const CCritSecLock lock(global.GetSecondLock());
@@ -56,12 +57,11 @@ WString Diagnose() {
     const auto adapter = CWifiClientContainer::GetInstance().GetInterface(0);
     if (!adapter) return Failed({});
     return DiagnoseAdapter(*adapter, snapshot.get());
-  } catch (const Exception& e) {
-    LOG_ERROR(u"CNamedPipeListenerJson::HandleJsonCommand: Exception: %S", e.what());
-  } catch (const std::exception& e) {
-    LOG_ERROR(u"CNamedPipeListenerJson::HandleJsonCommand: std:exception: %S", e.what());
-  }
-  return Failed({});
+  };
+  return Contained(diagnose, [](const Failure& failure) {
+    ReportFailure("CNamedPipeListenerJson::HandleJsonCommand", failure);
+    return Failed({});
+  });
 }
 
 }  // namespace corvane

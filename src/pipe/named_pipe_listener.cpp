@@ -86,7 +86,7 @@ void CNamedPipeListener::SetTrace(bool waits, bool messages) {
 
 void CNamedPipeListener::RunThreadLoop() {
   const InsideMark mark(&m_bThreadInside);
-  try {
+  ContainedAt("CNamedPipeListener::RunThreadLoop", [this] {
     // Shutdown lets the event go while a thread that was given up may still wait on it.
     const auto connectEvent = m_pConnectEvent;
     if (!connectEvent) throw Exception("CNamedPipeListener::RunThreadLoop: not initialized");
@@ -94,11 +94,7 @@ void CNamedPipeListener::RunThreadLoop() {
       StartServer(*connectEvent);
       return true;
     });
-  } catch (const Exception& e) {
-    LOG_ERROR(u"CNamedPipeListener::RunThreadLoop: Exception: %S", e.what());
-  } catch (const std::exception& e) {
-    LOG_ERROR(u"CNamedPipeListener::RunThreadLoop: std:exception: %S", e.what());
-  }
+  });
 }
 
 void CNamedPipeListener::StartServer(CWinEvent& connectEvent) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <set>
 
+#include "foundation/guarded.h"
 #include "launch/launcher.h"
 #include "monitors/adapters_addresses.h"
 #include "platform/clock_api.h"
@@ -68,7 +69,7 @@ class Choice {
         !IsDenied(m_Round.config->m_Denylist.Rows(), m_Round.facts.ssid, m_Round.facts.bssid)) {
       return false;
     }
-    try {
+    const auto leave = [this] {
       lines::LeavingDenied(m_Round);
       const WString name =
           NetworkDisplayName(m_Round.facts.ssid, m_Round.adapter.GetCurrentChannel());
@@ -78,12 +79,11 @@ class Choice {
       lines::LeftDenied(m_Round);
       Os().threads.Sleep(kDenySleepMs);
       return true;
-    } catch (const Exception& e) {
-      lines::NotLeftDenied(m_Round, "Exception", e.what());
-    } catch (const std::exception& e) {
-      lines::NotLeftDenied(m_Round, "std:exception", e.what());
-    }
-    return false;
+    };
+    return Contained(leave, [this](const Failure& failure) {
+      lines::NotLeftDenied(m_Round, failure.Kind(), failure.what);
+      return false;
+    });
   }
 
   bool IsRoamingInhibited() const {

@@ -1,5 +1,6 @@
 #include "policy/connect_attempt.h"
 
+#include "foundation/guarded.h"
 #include "history/telemetry_memo.h"
 #include "platform/clock_api.h"
 #include "platform/platform.h"
@@ -36,15 +37,14 @@ ConnectAttempt TryConnect(const Round& round, CWlanBssEntry& entry, const WStrin
   ConnectAttempt attempt;
   std::uint32_t code = 0;
   entry.m_last_reason_code = 0;
-  try {
+  const auto connect = [&] {
     entry.ConnectSynchronous(&round.adapter, profileXml, save, timeoutMs);
     attempt.outcome = OutcomeOf(round.adapter, entry, profileXml);
-  } catch (const Exception& e) {
-    attempt.failure = std::string("Exception: ") + e.what();
-    code = e.GetCode();
-  } catch (const std::exception& e) {
-    attempt.failure = std::string("std:exception: ") + e.what();
-  }
+  };
+  Contained(connect, [&](const Failure& failure) {
+    attempt.failure = FormatA("%s: %s", failure.Kind(), failure.what);
+    code = failure.code;
+  });
   lines::Attempted(round, entry, attempt.outcome);
   entry.m_last_reason_code = code;
   if (attempt.outcome == ConnectOutcome::kConnected) {

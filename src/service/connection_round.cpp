@@ -1,5 +1,6 @@
 // What the adapter is connected to, and what follows from it.
 
+#include "foundation/guarded.h"
 #include "foundation/log_lines.h"
 #include "platform/clock_api.h"
 #include "platform/platform.h"
@@ -19,19 +20,13 @@ constexpr std::uint64_t kSurgicalEverySecs = 3;
 void CQUAYMainWorker::UpdateConnectionState() {
   m_Connection = {};
   m_Connection.bssid.fill(0xFF);
-  try {
-    TakeConnection();
-  } catch (const Exception& e) {
-    OnDisconnected();
-    if (e.GetCode() != platform::ERROR_INVALID_STATE) {
-      LOG_ERROR(u"[%i]CQUAYMainWorker::WorkThreadProc[INNER-1]: Exception: %S", m_ConfigIdx,
-                e.what());
-    }
-  } catch (const std::exception& e) {
-    OnDisconnected();
-    LOG_ERROR(u"[%i]CQUAYMainWorker::WorkThreadProc[INNER-1]: std:exception: %S", m_ConfigIdx,
-              e.what());
-  }
+  Contained([this] { TakeConnection(); },
+            [this](const Failure& failure) {
+              OnDisconnected();
+              if (failure.code == platform::ERROR_INVALID_STATE) return;
+              LOG_ERROR(u"[%i]CQUAYMainWorker::WorkThreadProc[INNER-1]: %S: %S", m_ConfigIdx,
+                        failure.Kind(), failure.what);
+            });
   if (!m_pInterface->IsConnected()) ReportDisconnection();
 }
 
@@ -137,16 +132,17 @@ void CQUAYMainWorker::SurgicalUpdateIfInhibited(bool isHeldBack) {
   const std::uint64_t remainingSecs = remainingMs / 1000;
   if (remainingSecs % kSurgicalEverySecs != 0) return;
   Connection now;
-  const auto disconnected = [&](const char* kind, const char* what) {
+  const auto disconnected = [&](const Failure& failure) {
     PublishDisconnection();
     LOG_ADAPTER(m_ConfigIdx, DBG(30),
                 u"[%i] CQUAYMainWorker::Surgical...UpdateIfInhibited - %hs %hs [Clear "
                 u"ConnectedNetwork][remain "
                 u"secs %lu]\n",
-                m_ConfigIdx, kind, what, remainingSecs);
+                m_ConfigIdx, failure.own ? "Exception" : "std::exception", failure.what,
+                remainingSecs);
     now.connected = false;
   };
-  try {
+  const auto update = [&] {
     QueryConnection(&now);
     now.connected = true;
     PublishConnection(now);
@@ -155,11 +151,8 @@ void CQUAYMainWorker::SurgicalUpdateIfInhibited(bool isHeldBack) {
                 u"[remain secs "
                 u"%lu]\n",
                 m_ConfigIdx, now.displayName, remainingSecs);
-  } catch (const Exception& e) {
-    disconnected("Exception", e.what());
-  } catch (const std::exception& e) {
-    disconnected("std::exception", e.what());
-  }
+  };
+  Contained(update, disconnected);
   CGlobalQUAYPolicy::UpdateAssociateLQPegging(m_pInterface.get(), now.connected, &now.quality,
                                               now.ssid, now.bssid, "SURGICAL");
   if (now.entry) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <list>
 
+#include "foundation/guarded.h"
 #include "foundation/log_lines.h"
 #include "launch/launcher.h"
 #include "monitors/adapters_addresses.h"
@@ -77,13 +78,7 @@ void CQUAYMainWorker::Bind(int index, CWlanInterface* pInterface) {
 }
 
 void CQUAYMainWorker::RunThreadLoop() {
-  try {
-    WorkThreadProc();
-  } catch (const Exception& e) {
-    LOG_ERROR(u"CQUAYMainWorker::RunThreadLoop: Exception: %S", e.what());
-  } catch (const std::exception& e) {
-    LOG_ERROR(u"CQUAYMainWorker::RunThreadLoop: std:exception: %S", e.what());
-  }
+  ContainedAt("CQUAYMainWorker::RunThreadLoop", [this] { WorkThreadProc(); });
 }
 
 void CQUAYMainWorker::Shutdown() {
@@ -156,24 +151,17 @@ bool CQUAYMainWorker::AwaitRadio() {
     m_pConfig->ClearStatusMessage(kStatusNeedCredentials);
     bool radioOn = false;
     bool answered = false;
-    try {
+    const auto ask = [&] {
       radioOn = IsRadioSeenOn();
       answered = true;
-    } catch (const Exception& e) {
-      if (e.GetCode() == platform::ERROR_NOT_FOUND) {
-        LOG_ERROR(
-            u"[%i]CQUAYMainWorker::WorkThreadProc:[early check loop] Exception: %S, "
-            u"ERROR_NOT_FOUND ==> set "
-            u"RadioOn = false",
-            m_ConfigIdx, e.what());
-      } else {
-        LOG_ERROR(u"[%i]CQUAYMainWorker::WorkThreadProc:[early check loop] Exception: %S",
-                  m_ConfigIdx, e.what());
-      }
-    } catch (const std::exception& e) {
-      LOG_ERROR(u"[%i]CQUAYMainWorker::WorkThreadProc:[early check loop] std:exception: %S",
-                m_ConfigIdx, e.what());
-    }
+    };
+    Contained(ask, [this](const Failure& failure) {
+      LOG_ERROR(u"[%i]CQUAYMainWorker::WorkThreadProc:[early check loop] %S: %S%S", m_ConfigIdx,
+                failure.Kind(), failure.what,
+                failure.code == platform::ERROR_NOT_FOUND
+                    ? ", ERROR_NOT_FOUND ==> set RadioOn = false"
+                    : "");
+    });
     if (radioOn) return true;
     if (!answered) {
       m_pConfig->SetRadioInhibited(true);

@@ -120,17 +120,13 @@ int Service::Run() {
     return *ends;
   }
   int result = 1;  // of a start that fails
-  try {
+  ContainedAt("Main", [&] {
     StartUp();
     if (StartSockets()) {
       result = 0;
       RunPasses();
     }
-  } catch (const Exception& e) {
-    LOG_ERROR(u"Main: Exception: %S", e.what());
-  } catch (const std::exception& e) {
-    LOG_ERROR(u"Main: std:exception: %S", e.what());
-  }
+  });
   ShutDown();
   return result;
 }
@@ -196,7 +192,7 @@ void Service::RunPasses() {
 
 bool Service::RunPass() {
   auto& client = CWifiClientContainer::GetInstance();
-  try {
+  const auto run = [&] {
     client.Initialize();
     const int count = client.GetCount();
     if (count == 0) {
@@ -208,12 +204,12 @@ bool Service::RunPass() {
       return false;
     }
     RunWithAdapters(count);
-  } catch (const Exception& e) {
-    LOG_ERROR(u"Main[INNER-0]: Exception: %S", e.what());
-  } catch (const std::exception& e) {
-    LOG_ERROR(u"Main[INNER-0]: std:exception: %S", e.what());
-  }
-  return true;
+    return true;
+  };
+  return Contained(run, [](const Failure& failure) {
+    ReportFailure("Main[INNER-0]", failure);
+    return true;
+  });
 }
 
 void Service::RunWithAdapters(int count) {

@@ -1,5 +1,6 @@
 #include "settings/config_ap_list.h"
 
+#include "foundation/guarded.h"
 #include "foundation/log_lines.h"
 #include "settings/program_file.h"
 #include "store/ap_list_json.h"
@@ -28,14 +29,12 @@ bool CConfigApList::ReloadFromRegistry(const CRegistryHelperBase& key) {
 
 bool CConfigApList::LoadConfiguration(std::string_view text) {
   const std::size_t before = m_Rows.size();
-  try {
-    return m_Kind.read(text, &m_Rows);
-  } catch (const Exception& e) {
-    LOG_ERROR(u"%S::LoadConfiguration: Exception: %S", m_Kind.className, e.what());
-  } catch (const std::exception& e) {
-    LOG_ERROR(u"%S::LoadConfiguration: std:exception: %S", m_Kind.className, e.what());
-  }
-  return m_Rows.size() > before;
+  return Contained([&] { return m_Kind.read(text, &m_Rows); },
+                   [&](const Failure& failure) {
+                     LOG_ERROR(u"%S::LoadConfiguration: %S: %S", m_Kind.className, failure.Kind(),
+                               failure.what);
+                     return m_Rows.size() > before;
+                   });
 }
 
 std::string CConfigApList::ToJson() const { return ApListJson(m_Rows); }

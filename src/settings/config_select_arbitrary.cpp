@@ -1,6 +1,6 @@
 #include "settings/config_select_arbitrary.h"
 
-#include "foundation/exception.h"
+#include "foundation/guarded.h"
 #include "foundation/log_lines.h"
 #include "settings/program_file.h"
 #include "store/ap_list_json.h"
@@ -9,14 +9,11 @@ namespace corvane {
 
 bool CConfigSelectArbitrary::LoadConfiguration(PreferredApRows* rows) const {
   const std::size_t before = rows->size();
-  try {
-    return ReadPreferredRows(ReadProgramFile("preferred_ap"), rows);
-  } catch (const Exception& e) {
-    LOG_ERROR(u"CConfigSelectArbitrary::LoadConfiguration: Exception: %S", e.what());
-  } catch (const std::exception& e) {
-    LOG_ERROR(u"CConfigSelectArbitrary::LoadConfiguration: std:exception: %S", e.what());
-  }
-  return rows->size() > before;
+  return Contained([&] { return ReadPreferredRows(ReadProgramFile("preferred_ap"), rows); },
+                   [&](const Failure& failure) {
+                     ReportFailure("CConfigSelectArbitrary::LoadConfiguration", failure);
+                     return rows->size() > before;
+                   });
 }
 
 }  // namespace corvane

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "foundation/guarded.h"
 #include "foundation/log_lines.h"
 #include "platform/clock_api.h"
 #include "platform/platform.h"
@@ -287,13 +288,8 @@ void CQUAYInterfaceConfig::SignalMainLoopSemaphore() {
     semaphore = m_pMainLoopSemaphore;
   }
   if (!semaphore) return;
-  try {
-    semaphore->IncReleaseCount();
-  } catch (const Exception& e) {
-    LOG_ERROR(u"CQUAYInterfaceConfig::SignalMainLoopSemaphore: Exception: %S", e.what());
-  } catch (const std::exception& e) {
-    LOG_ERROR(u"CQUAYInterfaceConfig::SignalMainLoopSemaphore: std:exception: %S", e.what());
-  }
+  ContainedAt("CQUAYInterfaceConfig::SignalMainLoopSemaphore",
+              [&] { semaphore->IncReleaseCount(); });
 }
 
 bool CQUAYInterfaceConfig::WaitMainLoopSemaphore(std::uint32_t ms) {

@@ -2,6 +2,7 @@
 
 #include <rapidjson/error/en.h>
 
+#include "foundation/guarded.h"
 #include "foundation/log_lines.h"
 #include "platform/console_api.h"
 #include "platform/platform.h"
@@ -18,7 +19,7 @@ constexpr const char* kKeys[] = {"Internet",    "SQMax",       "PNMax",   "MUMIM
 
 bool CScoreConfig::Initialize(WStringView json) {
   bool changed = false;
-  try {
+  ContainedAt("CScoreConfig::Initialize", [&] {
     rapidjson::Document document;
     const std::string text = WideToUtf8(json);
     ParseJson(text, &document);
@@ -26,20 +27,15 @@ bool CScoreConfig::Initialize(WStringView json) {
       Os().console.WriteError(FormatA("\nCScoreConfig::Initialize: Error(offset %u): %s\n",
                                       document.GetErrorOffset(),
                                       rapidjson::GetParseError_En(document.GetParseError())));
-      return false;
     }
-    if (!document.IsObject()) return false;
+    if (document.HasParseError() || !document.IsObject()) return;
     const rapidjson::Value& json = document;
     for (std::size_t i = 0; i < std::size(kKeys); ++i) {
       const auto member = json.FindMember(kKeys[i]);
       if (member == json.MemberEnd() || !member->value.IsUint()) continue;
       if (m_Weights[i].exchange(member->value.GetUint()) != member->value.GetUint()) changed = true;
     }
-  } catch (const Exception& e) {
-    LOG_ERROR(u"CScoreConfig::Initialize: Exception: %S", e.what());
-  } catch (const std::exception& e) {
-    LOG_ERROR(u"CScoreConfig::Initialize: std:exception: %S", e.what());
-  }
+  });
   return changed;
 }
 
