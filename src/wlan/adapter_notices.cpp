@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "foundation/guarded.h"
 #include "foundation/log_lines.h"
 #include "notify/ap_summary.h"
 #include "notify/notification_manager.h"
@@ -44,13 +45,12 @@ bool IsDisconnect(DWORD code) { return code == wlan_notification_acm_disconnecte
 template <typename Handler>
 void AdapterNotices::GuardHandler(const char* operation, Handler&& handler) {
   try {
-    handler();
+    Contained(handler, [&](const Failure& failure) {
+      LOG_ERROR(u"[%i]CWlanInterface::%S: %S: %S", m_Adapter.Idx(), operation, failure.Kind(),
+                failure.what);
+    });
   } catch (const PlatformFault& fault) {
     LOG_ERROR(u"[%i]CWlanInterface::%S: EXCEPTION: 0x%08x", m_Adapter.Idx(), operation, fault.code);
-  } catch (const Exception& e) {
-    LOG_ERROR(u"[%i]CWlanInterface::%S: Exception: %S", m_Adapter.Idx(), operation, e.what());
-  } catch (const std::exception& e) {
-    LOG_ERROR(u"[%i]CWlanInterface::%S: std:exception: %S", m_Adapter.Idx(), operation, e.what());
   }
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "foundation/guarded.h"
 #include "foundation/log_lines.h"
 #include "model/global_wireless_maps.h"
 #include "platform/clock_api.h"
@@ -38,7 +39,7 @@ bool IsConnectedSsid(const DOT11_SSID& ssid, const DOT11_SSID& connected) {
 std::int32_t AdapterScans::DiscoverNetworksSynchronous(bool force_scan, bool first,
                                                        std::int32_t* aux_error) {
   std::int32_t found = 0;
-  try {
+  const auto discover = [&] {
     const std::uint64_t now = Os().clock.GetTickCount64();
     if (m_Deciding.Now().GetHabits().measuresBeforeScan) m_Traffic.Poll();
     const double rate = m_Traffic.Mbps();
@@ -46,13 +47,11 @@ std::int32_t AdapterScans::DiscoverNetworksSynchronous(bool force_scan, bool fir
     if (scans) RunScans(now);
     m_Lists.Read(scans, first, &found, aux_error);
     RememberRate(rate);
-  } catch (const Exception& e) {
-    LOG_ERROR(u"[%i] CWlanInterface::DiscoverNetworksSynchronous: Exception: %hs\n",
-              m_Adapter.Idx(), e.what());
-  } catch (const std::exception& e) {
-    LOG_ERROR(u"[%i] CWlanInterface::DiscoverNetworksSynchronous: std:exception: %hs\n",
-              m_Adapter.Idx(), e.what());
-  }
+  };
+  Contained(discover, [this](const Failure& failure) {
+    LOG_ERROR(u"[%i] CWlanInterface::DiscoverNetworksSynchronous: %hs: %hs\n", m_Adapter.Idx(),
+              failure.Kind(), failure.what);
+  });
   // A scan that fails takes its time too: what is decided next goes by the traffic of now.
   m_Traffic.Poll();
   return found;
@@ -129,20 +128,13 @@ void AdapterScans::RunHiddenScans() {
                 u"\n[%i] CWlanInterface::DiscoverNetworksSynchronous(): Active Scanning HIDDEN "
                 u"NETWORK: %S\n",
                 m_Adapter.Idx(), bytes);
-    try {
-      m_Operations.ScanSynchronous(&ssid);
-    } catch (const Exception& e) {
-      LOG_ERROR(
-          u"[%i] CWlanInterface::DiscoverNetworksSynchronous: ScanSynchronous(%S) failed - "
-          u"Exception %hs\n",
-          m_Adapter.Idx(), bytes, e.what());
-    } catch (const std::exception& e) {
-      LOG_ERROR(
-          u"[%i] CWlanInterface::DiscoverNetworksSynchronous: ScanSynchronous(%S) failed - "
-          u"std:exception "
-          u"%hs\n",
-          m_Adapter.Idx(), bytes, e.what());
-    }
+    Contained([&] { m_Operations.ScanSynchronous(&ssid); },
+              [&](const Failure& failure) {
+                LOG_ERROR(
+                    u"[%i] CWlanInterface::DiscoverNetworksSynchronous: ScanSynchronous(%S) failed "
+                    u"- %hs %hs\n",
+                    m_Adapter.Idx(), bytes, failure.Kind(), failure.what);
+              });
   }
 }
 

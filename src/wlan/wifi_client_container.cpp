@@ -1,5 +1,6 @@
 #include "wlan/wifi_client_container.h"
 
+#include "foundation/guarded.h"
 #include "foundation/log_lines.h"
 #include "platform/clock_api.h"
 #include "platform/platform.h"
@@ -42,18 +43,16 @@ CSmartPointer<CWlanClient> CWifiClientContainer::MakeClient() {
 }
 
 void CWifiClientContainer::Initialize() {
-  try {
+  const auto initialize = [this] {
     auto client = Client();
     if (!client) client = MakeClient();
     client->EnumerateInterfaces();
     client->PublishAdapters();
-  } catch (const Exception& e) {
-    LOG_ERROR(u"CWifiClientContainer::Initialize: Exception: %S", e.what());
+  };
+  Contained(initialize, [this](const Failure& failure) {
+    ReportFailure("CWifiClientContainer::Initialize", failure);
     Shutdown();
-  } catch (const std::exception& e) {
-    LOG_ERROR(u"CWifiClientContainer::Initialize: std:exception: %S", e.what());
-    Shutdown();
-  }
+  });
 }
 
 void CWifiClientContainer::Shutdown() {

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <vector>
 
+#include "foundation/guarded.h"
 #include "foundation/log_lines.h"
 #include "platform/platform.h"
 #include "platform/wlan_api.h"
@@ -184,22 +185,17 @@ void CWlanClient::RetireAbsent() {
 }
 
 bool CWlanClient::CheckForChangeInInterfaceCount() {
-  try {
+  const auto check = [this] {
     WlanBuffer<WLAN_INTERFACE_INFO_LIST> list;
     const DWORD result = ListAdapters(m_hClient, &list);
     if (result != ERROR_SUCCESS) throw Exception("WlanEnumInterfaces() failed: %i", result);
     return (list ? list->dwNumberOfItems : 0) != m_InterfaceCount;
-  } catch (const Exception& e) {
-    LOG_ERROR(
-        u"CWlanClient::CheckForChangeInInterfaceCount:[this=0x%p][m_hClient=0x%p] Exception: %S",
-        this, GetHandle(), e.what());
-  } catch (const std::exception& e) {
-    LOG_ERROR(
-        u"CWlanClient::CheckForChangeInInterfaceCount:[this=0x%p][m_hClient=0x%p] std:exception: "
-        u"%S",
-        this, GetHandle(), e.what());
-  }
-  return false;
+  };
+  return Contained(check, [this](const Failure& failure) {
+    LOG_ERROR(u"CWlanClient::CheckForChangeInInterfaceCount:[this=0x%p][m_hClient=0x%p] %S: %S",
+              this, GetHandle(), failure.Kind(), failure.what);
+    return false;
+  });
 }
 
 void CWlanClient::PublishAdapters() {
