@@ -7,7 +7,7 @@
 namespace corvane {
 
 // A counted byte block for platform buffers.
-class CGenericMalloc : public SmartObjEx<CGenericMalloc, SmartObj<>> {
+class CGenericMalloc : public SmartObjEx<CGenericMalloc, SmartObj<CNoLock>> {
  public:
   ~CGenericMalloc() override;
   const char* GetClassName() const override { return "CGenericMalloc"; }

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <functional>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 #include "foundation/spin_lock.h"
@@ -20,41 +19,39 @@ namespace {
 
 CSpinLock s_Lock;
 
-// Never destroyed: objects may outlive every static.
-std::unordered_map<const void*, const char*>& Map() {
-  static auto& map = *new std::unordered_map<const void*, const char*>;
-  return map;
-}
+Node* s_pFirst = nullptr;  // under s_Lock, as all links
 
 }  // namespace
 
-void Add(const void* object) {
+void Add(Node* node, const void* object) {
+  node->object = object;
   const CSpinLockGuard guard(s_Lock);
-  Map().insert_or_assign(object, "SmartObj");
-  g_dbgSmartObjCount.fetch_add(1);
+  node->next = s_pFirst;
+  if (s_pFirst) s_pFirst->previous = node;
+  s_pFirst = node;
+  g_dbgSmartObjCount.fetch_add(1, std::memory_order_relaxed);
 }
 
-void Rename(const void* object, const char* name) {
+void Remove(Node* node) {
   const CSpinLockGuard guard(s_Lock);
-  if (const auto entry = Map().find(object); entry != Map().end()) entry->second = name;
-}
-
-void Remove(const void* object) {
-  const CSpinLockGuard guard(s_Lock);
-  Map().erase(object);
-  g_dbgSmartObjCount.fetch_sub(1);
+  (node->previous ? node->previous->next : s_pFirst) = node->next;
+  if (node->next) node->next->previous = node->previous;
+  g_dbgSmartObjCount.fetch_sub(1, std::memory_order_relaxed);
 }
 
 std::size_t Size() {
   const CSpinLockGuard guard(s_Lock);
-  return Map().size();
+  std::size_t count = 0;
+  for (const Node* node = s_pFirst; node; node = node->next) ++count;
+  return count;
 }
 
 void ForEach(void (*visit)(const Entry& entry, void* context), void* context) {
   std::vector<Entry> entries;
   {
     const CSpinLockGuard guard(s_Lock);
-    for (const auto& [object, name] : Map()) entries.push_back({object, name});
+    for (const Node* node = s_pFirst; node; node = node->next)
+      entries.push_back({node->object, node->name.load(std::memory_order_relaxed)});
   }
   std::ranges::sort(entries, std::less<const void*>(), &Entry::object);
   for (const Entry& entry : entries) visit(entry, context);

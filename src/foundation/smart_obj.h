@@ -34,9 +34,15 @@ struct Entry {
   const void* object;
   const char* name;
 };
-void Add(const void* object);
-void Rename(const void* object, const char* name);  // `name` is static text
-void Remove(const void* object);
+// The place of an object in the list of all; a member of it.
+struct Node {
+  Node* previous = nullptr;
+  Node* next = nullptr;
+  const void* object = nullptr;
+  std::atomic<const char*> name{"SmartObj"};  // static text
+};
+void Add(Node* node, const void* object);
+void Remove(Node* node);
 std::size_t Size();
 // Calls visit(entry, context) for each live object by rising address, with no lock held.
 void ForEach(void (*visit)(const Entry& entry, void* context), void* context);
@@ -46,24 +52,29 @@ void ForEach(void (*visit)(const Entry& entry, void* context), void* context);
 // throws.
 [[noreturn]] void ThrowOutOfMemory(const char* printed, const char* thrown);
 
+// The lock of objects that nobody locks.
+struct CNoLock {
+  CNoLock(const char*, LockRank) {}
+  void Lock() {}
+  void Unlock() {}
+};
+
 template <class LockT = CCritSec>
 class SmartObj : public virtual ISmartObj {
  public:
   explicit SmartObj(const char* lockName = "object", LockRank rank = LockRank::kObject)
       : m_Lock(lockName, rank) {
-    live_objects::Add(this);
+    live_objects::Add(&m_Node, this);
   }
-  virtual ~SmartObj() { live_objects::Remove(this); }
+  virtual ~SmartObj() { live_objects::Remove(&m_Node); }
   SmartObj(const SmartObj&) = delete;
   SmartObj& operator=(const SmartObj&) = delete;
 
   virtual const char* GetClassName() const { return "SmartObj"; }
 
   std::uint32_t AddRef() override {
-    if (const char* name = GetClassName(); name != m_TrackedName) {
-      m_TrackedName = name;
-      live_objects::Rename(this, name);
-    }
+    if (const char* name = GetClassName(); name != m_Node.name.load(std::memory_order_relaxed))
+      m_Node.name.store(name, std::memory_order_relaxed);
     return m_Count.fetch_add(1, std::memory_order_relaxed) + 1;
   }
   std::uint32_t Release() override {
@@ -86,7 +97,7 @@ class SmartObj : public virtual ISmartObj {
  private:
   LockT m_Lock;
   std::atomic<std::uint32_t> m_Count{0};
-  std::atomic<const char*> m_TrackedName{nullptr};
+  live_objects::Node m_Node;
 };
 
 // Holder of one counted object, or of none.
