@@ -384,4 +384,14 @@ std::string FormatV(std::string_view format, const FormatArg* args, std::size_t 
   return Formatter<char>(format, args, count).Run();
 }
 
+std::string JoinPieces(const FormatArg* pieces, std::size_t count) {
+  constexpr std::size_t kUsual = 256;  // characters of a record
+  std::string text;
+  text.reserve(kUsual);
+  Conversion how;
+  how.type = 's';
+  for (std::size_t i = 0; i < count; ++i) AppendArg(how, pieces[i], &text);
+  return text;
+}
+
 }  // namespace corvane

@@ -109,6 +109,8 @@ class FormatArg {
 
 WString FormatV(WStringView format, const FormatArg* args, std::size_t count);
 std::string FormatV(std::string_view format, const FormatArg* args, std::size_t count);
+// The pieces one behind the other, each as %s prints it.
+std::string JoinPieces(const FormatArg* pieces, std::size_t count);
 
 // Wide and narrow form. In a narrow format %s takes narrow text and %S wide text.
 template <typename... Args>

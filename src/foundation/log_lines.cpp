@@ -74,9 +74,7 @@ void LineError(const WString& text) { LogError(AsLine(text)); }
 
 void WritePieces(std::uint32_t outputs, const char* tag, const FormatArg* pieces,
                  std::size_t count) {
-  std::string text;
-  for (std::size_t i = 0; i < count; ++i) text += FormatV(std::string_view("%s"), pieces + i, 1);
-  Write(outputs, tag, std::string_view(text));
+  Write(outputs, tag, std::string_view(JoinPieces(pieces, count)));
 }
 
 }  // namespace log
