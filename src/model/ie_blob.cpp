@@ -1,5 +1,6 @@
 #include "model/ie_blob.h"
 
+#include <cstring>
 #include <utility>
 
 #include "elements/bss_reading.h"
@@ -40,15 +41,37 @@ void CIEBlob::Load(const std::uint8_t* ies, std::uint32_t cbIEs, std::uint32_t c
   const std::uint64_t now = Os().clock.GetTickCount64();
   if (std::exchange(m_bLoaded, true)) Clear();
   m_ParsedAtTick = now;
+  m_Terms = TermsOf(channel, width, bss);
+  m_bNoted = false;
   m_ChannelWidth = width;
   m_CenterChannel = channel;
   m_CenterFreqGHz = bss.ulChCenterFrequency / 1e6;
   if (!ies || cbIEs < 2) return;
   m_RawIEs.CreateObject();
   m_RawIEs->Initialize(ies, cbIEs, 2);
-  ElementNotes notes(TopicsWatched());
+  ElementNotes notes(m_Terms.topics);
   DecodeElements({m_RawIEs->GetData(), m_RawIEs->GetSize()}, *this, notes);
-  for (const ElementNote& note : notes) Write(note);
+  for (const ElementNote& note : notes) {
+    m_bNoted = true;
+    Write(note);
+  }
+}
+
+CIEBlob::Terms CIEBlob::TermsOf(std::uint32_t channel, std::uint32_t width,
+                                const platform::WLAN_BSS_ENTRY& bss) {
+  return {channel, width, bss.ulChCenterFrequency, TopicsWatched()};
+}
+
+bool CIEBlob::Renew(const std::uint8_t* ies, std::uint32_t cbIEs, std::uint32_t channel,
+                    std::uint32_t width, const platform::WLAN_BSS_ENTRY& bss) {
+  const bool same = !m_bNoted && m_RawIEs && m_RawIEs->GetSize() == cbIEs &&
+                    m_Terms == TermsOf(channel, width, bss) &&
+                    std::memcmp(m_RawIEs->GetData(), ies, cbIEs) == 0;
+  if (!same) return false;
+  m_ParsedAtTick = Os().clock.GetTickCount64();
+  m_PhyModeString.clear();  // who asks first for a text decides its form
+  m_WidthSeparator.clear();
+  return true;
 }
 
 // Back to the start values, but for the texts that are built on demand.

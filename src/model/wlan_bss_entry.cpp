@@ -60,6 +60,7 @@ void CWlanBssEntry::UpdateElements(const std::uint8_t* ies, std::uint32_t cbIEs)
     if (!m_IEBlob) return;
     if (Os().clock.GetTickCount64() - m_IEBlob->m_ParsedAtTick <= kElementsKeptMs) return;
   }
+  if (given && m_IEBlob && m_IEBlob->Renew(ies, cbIEs, m_Channel, m_Width, m_Bss)) return;
   auto blob = CIEBlob::CreateObject();
   blob->Load(given ? ies : nullptr, given ? cbIEs : 0, m_Channel, m_Width, m_Bss);
   m_IEBlob = std::move(blob);

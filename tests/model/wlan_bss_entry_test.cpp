@@ -132,6 +132,31 @@ TEST_F(WlanModel, ElementsAreKeptForAMinuteWithoutNewOnes) {
   EXPECT_EQ(entry->GetPhyMode(), u"11");
 }
 
+TEST_F(WlanModel, ElementsAreReadAnewWhenTheySayOrLogSomethingElse) {
+  const auto entry = CWlanBssEntry::CreateObject();
+  const auto readsAnew = [&](const WLAN_BSS_ENTRY& bss, const auto& bytes) {
+    const auto before = entry->m_IEBlob;  // lives on, so that no new object takes its place
+    Update(*entry, bss, bytes);
+    return entry->m_IEBlob.get() != before.get();
+  };
+  const auto bytes = Beacon(u8"Lab").Channel(36).Vht80(2).QbssLoad(7, 51).Bytes();
+  const auto busier = Beacon(u8"Lab").Channel(36).Vht80(2).QbssLoad(7, 52).Bytes();
+  EXPECT_TRUE(readsAnew(Bss("Lab", 1, 60, 5180000), bytes));
+  EXPECT_EQ(entry->m_IEBlob->GetChannelWidthString(false, u",", false), u"20,40,80");
+  RunFor(60s);
+  EXPECT_FALSE(readsAnew(Bss("Lab", 1, 80, 5180000), bytes));
+  EXPECT_EQ(entry->m_IEBlob->GetChannelWidthString(true, u",", false), u"80,40,20");
+  RunFor(60s);
+  EXPECT_FALSE(readsAnew(Bss("Lab", 1, 80, 5180000), bytes))
+      << "they are as new as the last beacon";
+  EXPECT_TRUE(readsAnew(Bss("Lab", 1, 80, 5180000), busier));
+  EXPECT_DOUBLE_EQ(entry->GetRawLoadPct(), 52 * 100 / 255.0);
+  EXPECT_TRUE(readsAnew(Bss("Lab", 1, 80, 5200000), busier));
+  g_DebugMask = kDefaultDebugMask | DBG(44);
+  EXPECT_TRUE(readsAnew(Bss("Lab", 1, 80, 5200000), busier)) << "its security is to be logged";
+  g_DebugMask = kDefaultDebugMask;
+}
+
 TEST_F(WlanModel, ScoreHistoryHoldsTheNewestFiveWithoutRepeats) {
   const auto entry = CWlanBssEntry::CreateObject();
   for (const std::uint32_t quality : {60u, 60u, 70u, 60u, 80u, 90u, 100u, 100u})
