@@ -89,12 +89,14 @@ bool GuidFromText(WStringView text, platform::GUID* out) {
   return true;
 }
 
-std::string SsidBytes(const platform::DOT11_SSID& ssid) {
+std::string_view SsidView(const platform::DOT11_SSID& ssid) {
   const std::size_t length = std::min<std::size_t>(ssid.uSSIDLength, sizeof(ssid.ucSSID));
-  const auto* end = std::find(ssid.ucSSID, ssid.ucSSID + length, std::uint8_t{0});
-  return std::string(ssid.ucSSID, end);
+  const std::string_view bytes(reinterpret_cast<const char*>(ssid.ucSSID), length);
+  return bytes.substr(0, bytes.find('\0'));
 }
 
-WString SsidText(const platform::DOT11_SSID& ssid) { return Utf8ToWide(SsidBytes(ssid)); }
+std::string SsidBytes(const platform::DOT11_SSID& ssid) { return std::string(SsidView(ssid)); }
+
+WString SsidText(const platform::DOT11_SSID& ssid) { return Utf8ToWide(SsidView(ssid)); }
 
 }  // namespace corvane

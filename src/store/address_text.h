@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstdint>
+#include <string_view>
 #include <vector>
 
 #include "foundation/text.h"
@@ -35,6 +36,7 @@ WString GuidText(const platform::GUID& guid);
 bool GuidFromText(WStringView text, platform::GUID* out);
 
 // The bytes of an SSID record up to the first NUL, at most 32, and their wide form (UTF-8).
+std::string_view SsidView(const platform::DOT11_SSID& ssid);
 std::string SsidBytes(const platform::DOT11_SSID& ssid);
 WString SsidText(const platform::DOT11_SSID& ssid);
 

@@ -1,7 +1,6 @@
 #include "wlan/network_lists.h"
 
-#include <algorithm>
-#include <cstring>
+#include <tuple>
 
 #include "foundation/log_lines.h"
 #include "model/global_wireless_maps.h"
@@ -9,7 +8,7 @@
 #include "platform/platform.h"
 #include "platform/wlan_api.h"
 #include "settings/global_config_container.h"
-#include "wlan/wlan_buffer.h"
+#include "wlan/strongest.h"
 #include "wlan/wlan_call.h"
 #include "wlan/wlan_limits.h"
 
@@ -20,25 +19,8 @@ namespace {
 using namespace platform;
 
 constexpr std::int32_t kBssListError = 100;
-constexpr std::size_t kNetworksAt = offsetof(WLAN_AVAILABLE_NETWORK_LIST, Network);
 constexpr std::size_t kEntriesAt = offsetof(WLAN_BSS_LIST, wlanBssEntries);
 constexpr BOOL kSecurityEnabled = 1;
-
-// A zero-filled copy of at least `minimum` bytes; only `size` bytes of the platform's are read.
-CSmartPointer<CGenericMalloc> CopyOf(const void* data, std::size_t size, std::size_t minimum) {
-  auto copy = CGenericMalloc::CreateObject();
-  copy->Initialize(static_cast<std::uint32_t>(std::max(size, minimum)));
-  std::memcpy(copy->GetData(), data, size);
-  return copy;
-}
-
-// The records lie in a byte block; copies keep alignment and bounds out of the question.
-template <typename T>
-T RecordAt(const CGenericMalloc& block, std::size_t offset) {
-  T record;
-  std::memcpy(&record, block.GetData() + offset, sizeof(T));
-  return record;
-}
 
 bool IsPossible(const WLAN_BSS_LIST& list) {
   if (list.dwTotalSize < kEntriesAt || list.dwTotalSize > kMaxBssListBytes) return false;
@@ -47,7 +29,7 @@ bool IsPossible(const WLAN_BSS_LIST& list) {
 
 }  // namespace
 
-CSmartPointer<CGenericMalloc> NetworkLists::GetAvailableNetworkList() {
+WlanBuffer<WLAN_AVAILABLE_NETWORK_LIST> NetworkLists::GetAvailableNetworkList() {
   const auto client = m_Adapter.Client();
   try {
     WlanBuffer<WLAN_AVAILABLE_NETWORK_LIST> list;
@@ -55,7 +37,7 @@ CSmartPointer<CGenericMalloc> NetworkLists::GetAvailableNetworkList() {
       return Os().wlan.WlanGetAvailableNetworkList(client.Handle(), &m_Adapter.Guid(), 0, nullptr,
                                                    list.Out());
     });
-    if (result == ERROR_SUCCESS && list && list->dwNumberOfItems > kMaxListedNetworks) {
+    if (result == ERROR_SUCCESS && list && list->dwNumberOfItems > kMaxBelievedNetworks) {
       result = ERROR_INVALID_DATA;
     }
     if (result != ERROR_SUCCESS) {
@@ -65,8 +47,7 @@ CSmartPointer<CGenericMalloc> NetworkLists::GetAvailableNetworkList() {
       throw Exception("WlanGetAvailableNetworkList() failed: %i", result);
     }
     if (!list) throw Exception("WlanGetAvailableNetworkList() failed: pData is NULL");
-    return CopyOf(list.get(), kNetworksAt + list->dwNumberOfItems * sizeof(WLAN_AVAILABLE_NETWORK),
-                  sizeof(WLAN_AVAILABLE_NETWORK_LIST));
+    return list;
   } catch (const Exception& e) {
     LOG_ERROR(u"[%i]CWlanInterface::GetAvailableNetworkList: Exception: %S", m_Adapter.Idx(),
               e.what());
@@ -74,10 +55,10 @@ CSmartPointer<CGenericMalloc> NetworkLists::GetAvailableNetworkList() {
     LOG_ERROR(u"[%i]CWlanInterface::GetAvailableNetworkList: std:exception: %S", m_Adapter.Idx(),
               e.what());
   }
-  return nullptr;
+  return {};
 }
 
-CSmartPointer<CGenericMalloc> NetworkLists::GetNetworkBssList() {
+WlanBuffer<WLAN_BSS_LIST> NetworkLists::GetNetworkBssList() {
   const auto client = m_Adapter.Client();
   try {
     WlanBuffer<WLAN_BSS_LIST> list;
@@ -93,14 +74,14 @@ CSmartPointer<CGenericMalloc> NetworkLists::GetNetworkBssList() {
       throw Exception("WlanGetNetworkBssList() failed: %i", result);
     }
     if (!list) throw Exception("WlanGetNetworkBssList() failed: pData is NULL");
-    return CopyOf(list.get(), list->dwTotalSize, sizeof(WLAN_BSS_LIST));
+    return list;
   } catch (const Exception& e) {
     LOG_ERROR(u"[%i]CWlanInterface::GetNetworkBssList: Exception: %S", m_Adapter.Idx(), e.what());
   } catch (const std::exception& e) {
     LOG_ERROR(u"[%i]CWlanInterface::GetNetworkBssList: std:exception: %S", m_Adapter.Idx(),
               e.what());
   }
-  return nullptr;
+  return {};
 }
 
 void NetworkLists::Read(bool scanned, bool first, std::int32_t* found, std::int32_t* aux_error) {
@@ -108,9 +89,9 @@ void NetworkLists::Read(bool scanned, bool first, std::int32_t* found, std::int3
   const CCritSecLock lock(m_Air.Lock());
   ClearScanMarks();
   if (const auto networks = GetAvailableNetworkList()) {
-    TakeNetworks(*networks, found);
+    const ListedNetworks listed = TakeNetworks(*networks.get(), found);
     if (const auto entries = GetNetworkBssList()) {
-      TakeBssEntries(*entries);
+      TakeBssEntries(*entries.get(), listed);
       if (scanned) BumpUnscannedCounter();
     } else {
       *aux_error = kBssListError;
@@ -142,25 +123,40 @@ void NetworkLists::ClearScanMarks() {
   }
 }
 
-void NetworkLists::TakeNetworks(const CGenericMalloc& list, std::int32_t* found) {
-  const auto count = RecordAt<DWORD>(list, offsetof(WLAN_AVAILABLE_NETWORK_LIST, dwNumberOfItems));
-  for (DWORD i = 0; i < count; ++i) {
-    const auto record =
-        RecordAt<WLAN_AVAILABLE_NETWORK>(list, kNetworksAt + i * sizeof(WLAN_AVAILABLE_NETWORK));
+NetworkLists::ListedNetworks NetworkLists::TakeNetworks(const WLAN_AVAILABLE_NETWORK_LIST& list,
+                                                        std::int32_t* found) {
+  const WLAN_AVAILABLE_NETWORK* const records = list.Network;
+  const auto taken = StrongestOf(list.dwNumberOfItems, kMaxNetworksTaken, [&](std::uint32_t i) {
+    const DWORD flags = records[i].dwFlags;
+    return std::tuple((flags & WLAN_AVAILABLE_NETWORK_CONNECTED) != 0,
+                      (flags & WLAN_AVAILABLE_NETWORK_HAS_PROFILE) != 0,
+                      records[i].wlanSignalQuality);
+  });
+  TellOfCut("networks", list.dwNumberOfItems, kMaxNetworksTaken, &m_bNetworksCut);
+  ListedNetworks listed;
+  listed.reserve(taken.size());
+  for (const std::uint32_t i : taken) {
+    const WLAN_AVAILABLE_NETWORK& record = records[i];
     if (record.dot11Ssid.uSSIDLength == 0) continue;
     const WString ssid = SsidText(record.dot11Ssid);
     const auto at = m_Networks.find(ssid);
-    CSmartPointer<CWlanNetwork> network;
-    if (at != m_Networks.end()) {
-      network = at->second;
-      network->Update(record, m_Adapter.Idx());
-    } else {
-      network = CWlanNetwork::CreateObject();
-      network->Update(record, m_Adapter.Idx());
-      m_Networks.emplace(ssid, network);
-    }
+    const bool isNew = at == m_Networks.end();
+    const CSmartPointer<CWlanNetwork> network = isNew ? CWlanNetwork::CreateObject() : at->second;
+    network->Update(record, m_Adapter.Idx());
+    if (isNew) m_Networks.emplace(ssid, network);
+    listed.emplace(SsidView(record.dot11Ssid), network.get());
     if (FindProfile(*network)) ++*found;
   }
+  return listed;
+}
+
+void NetworkLists::TellOfCut(const char* what, std::uint32_t listed, std::uint32_t limit,
+                             bool* told) {
+  const bool isCut = listed > limit;
+  if (isCut && !*told)
+    LOG_INFO(u"[%i] %lu %S are listed, of which the strongest %lu count", m_Adapter.Idx(), listed,
+             what, limit);
+  *told = isCut;
 }
 
 // Under its own name, or under another one that the system's network list has for it.
@@ -182,32 +178,40 @@ bool NetworkLists::FindProfile(CWlanNetwork& network) {
   return false;
 }
 
-void NetworkLists::TakeBssEntries(const CGenericMalloc& list) {
-  const auto count = RecordAt<DWORD>(list, offsetof(WLAN_BSS_LIST, dwNumberOfItems));
-  const std::size_t total = list.GetSize();
+void NetworkLists::TakeBssEntries(const WLAN_BSS_LIST& list, const ListedNetworks& listed) {
+  const WLAN_BSS_ENTRY* const records = list.wlanBssEntries;
+  const auto* const bytes = reinterpret_cast<const std::uint8_t*>(&list);
   const MacAddress connected = m_Link.IsConnected() ? m_Link.ConnectedBssid() : MacAddress{};
+  const auto taken = StrongestOf(list.dwNumberOfItems, kMaxEntriesTaken, [&](std::uint32_t i) {
+    return std::tuple(ToMac(records[i].dot11Bssid) == connected, records[i].uLinkQuality,
+                      records[i].lRssi);
+  });
+  TellOfCut("access points", list.dwNumberOfItems, kMaxEntriesTaken, &m_bEntriesCut);
   const ScoreContext context = m_Air.GetScoreContext();
-  for (DWORD i = 0; i < count; ++i) {
-    const std::size_t at = kEntriesAt + i * sizeof(WLAN_BSS_ENTRY);
-    const auto bss = RecordAt<WLAN_BSS_ENTRY>(list, at);
+  for (const std::uint32_t i : taken) {
+    const WLAN_BSS_ENTRY& bss = records[i];
     if (bss.dot11Ssid.uSSIDLength == 0) continue;
+    CWlanNetwork* const network = NetworkOf(bss.dot11Ssid, listed);
+    if (!network) continue;
     // Element bytes that would lie outside the list are none.
-    const std::uint64_t first = std::uint64_t{at} + bss.ulIeOffset;
-    const bool inside = first + bss.ulIeSize <= total;
-    TakeBss(bss, inside ? list.GetData() + first : nullptr, inside ? bss.ulIeSize : 0, connected,
+    const std::uint64_t first = kEntriesAt + i * sizeof(WLAN_BSS_ENTRY) + bss.ulIeOffset;
+    const bool inside = first + bss.ulIeSize <= list.dwTotalSize;
+    TakeBss(bss, inside ? bytes + first : nullptr, inside ? bss.ulIeSize : 0, *network, connected,
             context);
   }
 }
 
+CWlanNetwork* NetworkLists::NetworkOf(const DOT11_SSID& ssid, const ListedNetworks& listed) {
+  if (const auto at = listed.find(SsidView(ssid)); at != listed.end()) return at->second;
+  const WString text = SsidText(ssid);
+  if (const auto at = m_Networks.find(text); at != m_Networks.end()) return at->second.get();
+  LOG_DEBUG(DBG(0), u"=====> ssid %s not found in g_WlanNetworkMap\n", text);
+  return nullptr;
+}
+
 void NetworkLists::TakeBss(const WLAN_BSS_ENTRY& bss, const std::uint8_t* ies, std::uint32_t cbIEs,
-                           const MacAddress& connected, const ScoreContext& context) {
-  const WString ssid = SsidText(bss.dot11Ssid);
-  const auto at = m_Networks.find(ssid);
-  if (at == m_Networks.end()) {
-    LOG_DEBUG(DBG(0), u"=====> ssid %s not found in g_WlanNetworkMap\n", ssid);
-    return;
-  }
-  CWlanNetwork& network = *at->second;
+                           CWlanNetwork& network, const MacAddress& connected,
+                           const ScoreContext& context) {
   const MacAddress bssid = ToMac(bss.dot11Bssid);
   CWlanBssEntry::Facts facts;
   if (const CWlanProfileData* profile = network.m_Profile.get()) {
@@ -223,7 +227,7 @@ void NetworkLists::TakeBss(const WLAN_BSS_ENTRY& bss, const std::uint8_t* ies, s
   }
   // Only a new entry takes over what is remembered of its connectivity.
   if (!network.m_BssMap.contains(bssid)) {
-    facts.internetState = m_Air.RememberedInternet(ssid, MacText(bssid));
+    facts.internetState = m_Air.RememberedInternet(network.m_SSIDW, MacText(bssid));
   }
   network.AddOrUpdateBss(bss, ies, cbIEs, facts, context, nullptr);
 }

@@ -12,8 +12,12 @@ class WlanBuffer {
  public:
   WlanBuffer() = default;
   ~WlanBuffer() { FreeWlanMemory(m_pData); }
-  WlanBuffer(const WlanBuffer&) = delete;
-  WlanBuffer& operator=(const WlanBuffer&) = delete;
+  WlanBuffer(WlanBuffer&& other) noexcept : m_pData(std::exchange(other.m_pData, nullptr)) {}
+  WlanBuffer& operator=(WlanBuffer&& other) noexcept {
+    if (this != &other)
+      FreeWlanMemory(std::exchange(m_pData, std::exchange(other.m_pData, nullptr)));
+    return *this;
+  }
 
   T** Out() { return &m_pData; }  // for the call that fills it, once
   T* get() const { return m_pData; }
