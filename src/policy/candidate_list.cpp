@@ -62,10 +62,11 @@ BssEntryList EntriesInRange(CWlanInterface& adapter) {
 
 void KeepCandidates(BssEntryList* entries, const ApListRows& denied, const ScoreContext& scores,
                     int adapter) {
+  const ApListIndex deniedBySsid(denied);
   KeepQualified(entries, adapter, [&](const CWlanBssEntry& entry) {
     // A connection to what a row names in whatever case is ended, so it must not be made either:
     // the mark alone goes by one spelling of the SSID.
-    const bool isDenied = entry.m_bDenied || IsListed(denied, entry.m_SSIDW, entry.GetBssid());
+    const bool isDenied = entry.m_bDenied || deniedBySsid.IsListed(entry.m_SSIDW, entry.GetBssid());
     return JudgeAdmission({IsOnSystemDenyList(entry, scores), isDenied, entry.m_SSIDW.empty(),
                            entry.m_AuthAlgorithm, entry.HasUsableProfile(),
                            entry.m_bHasTempProfile});
@@ -88,8 +89,9 @@ void KeepNetwork(BssEntryList* entries, WStringView ssid, int adapter) {
 }
 
 void KeepAllowed(BssEntryList* entries, const ApListRows& rows, int adapter) {
+  const ApListIndex bySsid(rows);
   KeepQualified(entries, adapter, [&](const CWlanBssEntry& entry) {
-    return IsAllowed(rows, entry.m_SSIDW, entry.GetBssid()) ? CandidateStanding::kQualified
+    return bySsid.IsListed(entry.m_SSIDW, entry.GetBssid()) ? CandidateStanding::kQualified
                                                             : CandidateStanding::kNotAllowed;
   });
 }

@@ -3,6 +3,7 @@
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
+#include <algorithm>
 #include <limits>
 #include <optional>
 #include <set>
@@ -108,9 +109,30 @@ bool Merge(std::string_view json, Make&& make, ApListRows* rows) {
 
 bool IsListed(const ApListRows& rows, WStringView ssid, const MacAddress& mac) {
   for (const ApListRow& row : rows) {
-    if ((row.IsWildcard() || row.mac == mac) && EqualsIgnoreCase(row.ssid, ssid)) return true;
+    if (row.NamesBssid(mac) && EqualsIgnoreCase(row.ssid, ssid)) return true;
   }
   return false;
+}
+
+ApListIndex::ApListIndex(const ApListRows& rows) {
+  m_Rows.reserve(rows.size());
+  for (const ApListRow& row : rows) m_Rows.emplace(row.ssid, &row);
+}
+
+bool ApListIndex::IsListed(WStringView ssid, const MacAddress& mac) const {
+  if (m_Rows.empty()) return false;
+  const auto [first, last] = m_Rows.equal_range(ssid);
+  return std::any_of(first, last, [&mac](const auto& row) { return row.second->NamesBssid(mac); });
+}
+
+// FNV-1a over the units, ASCII letters in lower case.
+std::size_t ApListIndex::FoldedHash::operator()(WStringView ssid) const {
+  std::uint64_t hash = 0xCBF29CE484222325;
+  for (const char16_t unit : ssid) {
+    hash ^= unit >= u'A' && unit <= u'Z' ? unit + 32u : unit;
+    hash *= 0x100000001B3;
+  }
+  return hash;
 }
 
 bool ReadDenyRows(std::string_view json, ApListRows* rows) { return Merge(json, DenyRow, rows); }

@@ -2,6 +2,7 @@
 #include <cstdint>
 #include <list>
 #include <string>
+#include <unordered_map>
 
 #include "foundation/text.h"
 #include "store/address_text.h"
@@ -21,6 +22,7 @@ struct ApListRow {
   bool IsWildcard() const {
     return mac[0] == 0xFF && mac[1] == 0xFF && mac[2] == 0xFF && mac[3] == 0xFF;
   }
+  bool NamesBssid(const MacAddress& bssid) const { return IsWildcard() || mac == bssid; }
 };
 using ApListRows = std::list<ApListRow>;
 
@@ -32,5 +34,22 @@ using PreferredApRows = std::list<PreferredApRow>;
 
 // Some row names this BSS; the case of ASCII letters in an SSID makes no difference.
 bool IsListed(const ApListRows& rows, WStringView ssid, const MacAddress& mac);
+
+// The rows of a list by SSID, for who asks about many access points; IsListed by another way. The
+// rows must stay while it is used.
+class ApListIndex {
+ public:
+  explicit ApListIndex(const ApListRows& rows);
+  bool IsListed(WStringView ssid, const MacAddress& mac) const;
+
+ private:
+  struct FoldedHash {
+    std::size_t operator()(WStringView ssid) const;
+  };
+  struct FoldedEqual {
+    bool operator()(WStringView a, WStringView b) const { return EqualsIgnoreCase(a, b); }
+  };
+  std::unordered_multimap<WStringView, const ApListRow*, FoldedHash, FoldedEqual> m_Rows;
+};
 
 }  // namespace corvane

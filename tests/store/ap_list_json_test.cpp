@@ -111,13 +111,19 @@ TEST(ApListRows, MatchWithoutRegardToCase) {
   ReadDenyRows(
       R"([["office","any"],["Lab","00-11-22-33-44-55"],["Near","ff-ff-ff-ff-00-01"],["Bad","?"]])",
       &rows);
-  EXPECT_TRUE(IsListed(rows, u"OFFICE", kMac));
-  EXPECT_TRUE(IsListed(rows, u"lAB", kMac));
-  EXPECT_FALSE(IsListed(rows, u"Lab", {0x00, 0x11, 0x22, 0x33, 0x44, 0x56}));
-  EXPECT_TRUE(IsListed(rows, u"Near", kMac));  // four 0xFF make a wildcard
-  EXPECT_FALSE(IsListed(rows, u"Bad", kMac));
-  EXPECT_FALSE(IsListed(rows, u"Office2", kMac));
-  EXPECT_FALSE(IsListed({}, u"office", kMac));
+  const auto isListed = [&rows](WStringView ssid, const MacAddress& mac) {
+    const bool listed = IsListed(rows, ssid, mac);
+    EXPECT_EQ(ApListIndex(rows).IsListed(ssid, mac), listed) << Narrow(ssid);
+    return listed;
+  };
+  EXPECT_TRUE(isListed(u"OFFICE", kMac));
+  EXPECT_TRUE(isListed(u"lAB", kMac));
+  EXPECT_FALSE(isListed(u"Lab", {0x00, 0x11, 0x22, 0x33, 0x44, 0x56}));
+  EXPECT_TRUE(isListed(u"Near", kMac));  // four 0xFF make a wildcard
+  EXPECT_FALSE(isListed(u"Bad", kMac));
+  EXPECT_FALSE(isListed(u"Office2", kMac));
+  rows.clear();
+  EXPECT_FALSE(isListed(u"office", kMac));
 }
 
 TEST(PreferredRows, RepeatAndTakeTheLowBitsOfANumber) {
