@@ -176,7 +176,7 @@ EntryRecord RoundRecorder::Read(CWlanBssEntry& entry, const ScoreContext& scores
           entry.GetLQ(),
           entry.m_candidate_counter,
           std::nullopt,
-          m_bTerms ? entry.m_ScoreLog + entry.m_FinalScoreLog : std::string()};
+          m_bTerms ? entry.ScoreLog() + entry.FinalScoreLog() : std::string()};
 }
 
 void RoundRecorder::OnCandidates(const corvane::Round& now) {

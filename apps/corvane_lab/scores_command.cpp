@@ -33,8 +33,8 @@ std::vector<Row> RowsOf(CWlanInterface& adapter) {
     row.quality = entry->GetLQ();
     row.subtotal = entry->m_ScoreHistory.empty() ? -1 : entry->m_ScoreHistory.front();
     row.score = entry->GetScore(true, scores);
-    row.log = entry->m_ScoreLog;
-    row.finalLog = entry->m_FinalScoreLog;
+    row.log = entry->ScoreLog();
+    row.finalLog = entry->FinalScoreLog();
     row.apCount = entry->m_ApCountOnChannel;
     rows.push_back(std::move(row));
   }

@@ -29,12 +29,15 @@ void CWlanBssEntry::UpdateFromBss(const platform::WLAN_BSS_ENTRY& bss, const std
   m_bHasTempProfile = facts.hasTempProfile;
   m_bNonBroadcast = facts.nonBroadcast;
   // Texts of names that stay are made once.
-  if (m_BSSIDText.empty() || GetBssid() != ToMac(bss.dot11Bssid))
+  if (m_BSSIDText.empty() || GetBssid() != ToMac(bss.dot11Bssid)) {
     m_BSSIDText = MacText(ToMac(bss.dot11Bssid));
+    m_StatusLine.clear();
+  }
   m_Bss = bss;
-  if (std::string ssid = SsidBytes(bss.dot11Ssid); ssid != m_SSIDA || m_SSIDW.empty()) {
-    m_SSIDA = std::move(ssid);
+  if (const auto ssid = SsidView(bss.dot11Ssid); ssid != m_SSIDA || m_SSIDW.empty()) {
+    m_SSIDA = ssid;
     m_SSIDW = Utf8ToWide(m_SSIDA);
+    m_StatusLine.clear();
     m_BaseNetname = m_SSIDW;
     StripBandWord(&m_BaseNetname);
   }
@@ -64,25 +67,25 @@ void CWlanBssEntry::UpdateElements(const std::uint8_t* ies, std::uint32_t cbIEs)
   auto blob = CIEBlob::CreateObject();
   blob->Load(given ? ies : nullptr, given ? cbIEs : 0, m_Channel, m_Width, m_Bss);
   m_IEBlob = std::move(blob);
+  m_StatusLine.clear();
 }
 
 std::int32_t CWlanBssEntry::ComputeSubtotal(std::uint32_t pegLQ, const ScoreContext& context) {
-  SubtotalInputs in;
+  m_Scored.rule = context.subtotalRule;
+  m_Scored.link = Heard(context);
+  SubtotalInputs& in = m_Scored.in;
   in.quality = m_Bss.uLinkQuality;
   in.pegQuality = pegLQ;
   in.weights = context.weights;
-  RadioFacts radio;
-  if (m_IEBlob) {
-    radio = ReadRadio(*m_IEBlob, context);
-    in.radio = &radio;
-  }
+  if (m_IEBlob) m_Scored.radio = ReadRadio(*m_IEBlob, context);
+  in.radio = m_IEBlob ? &m_Scored.radio : nullptr;
   in.network = ReadNetwork(context);
   in.allowed = context.FilterOf(m_SSIDW) == kFilterPermitted;
   in.allowBonus = context.allowBonus;
   in.vpnFound = context.vpnFound;
   in.internet = {m_bInternet, m_bInternetLatch, m_bConnectivityKnown, m_bVpnMuted};
 
-  const SubtotalResult result = context.subtotalRule(in, Heard(context), &m_ScoreLog);
+  const SubtotalResult result = m_Scored.rule(in, m_Scored.link, nullptr);
   m_PeggedLQ = result.peggedQuality;
   m_QBSSPoints = result.loadPoints;
   m_bInternet = result.internet.internet;
@@ -90,6 +93,12 @@ std::int32_t CWlanBssEntry::ComputeSubtotal(std::uint32_t pegLQ, const ScoreCont
   m_bConnectivityKnown = result.internet.known;
   m_bVpnMuted = result.internet.vpnMuted;
   return result.points;
+}
+
+std::string CWlanBssEntry::ScoreLog() const {
+  std::string terms;
+  if (m_Scored.rule) m_Scored.rule(m_Scored.in, m_Scored.link, &terms);
+  return terms;
 }
 
 HeardLink CWlanBssEntry::Heard(const ScoreContext& context) const {
@@ -142,7 +151,7 @@ void CWlanBssEntry::UpdateScore(std::uint32_t pegLQ, const ScoreContext& context
 
 std::int32_t CWlanBssEntry::GetScore(bool bLog, const ScoreContext& context) {
   if (m_ScoreHistory.empty()) {
-    if (bLog) m_FinalScoreLog.clear();
+    if (bLog) m_FinalScored.reset();
     return -1;
   }
   FinalScoreInputs in;
@@ -155,7 +164,14 @@ std::int32_t CWlanBssEntry::GetScore(bool bLog, const ScoreContext& context) {
   in.guest = IsGuestNetwork(m_SSIDW);
   in.bluetoothBand = !IsIn5GHzRange();
   in.bluetoothPenalty = m_BTPenalty;
-  return ComputeFinalScore(in, bLog ? &m_FinalScoreLog : nullptr);
+  if (bLog) m_FinalScored = in;
+  return ComputeFinalScore(in, nullptr);
+}
+
+std::string CWlanBssEntry::FinalScoreLog() const {
+  std::string terms;
+  if (m_FinalScored) ComputeFinalScore(*m_FinalScored, &terms);
+  return terms;
 }
 
 std::int32_t CWlanBssEntry::MaxRate(bool halved, const ScoreContext& context) const {
@@ -209,17 +225,35 @@ bool CWlanBssEntry::IsIn5GHzRange() const {
   return GetFrequencyKhz() >= 5150000 && GetFrequencyKhz() <= 5924999;
 }
 
-WString CWlanBssEntry::GetStatusLine(const ScoreContext& context) {
+CWlanBssEntry::StatusFacts CWlanBssEntry::ReadStatus(const ScoreContext& context) {
   const char16_t* automatic = m_GrantedAccess == 0 ? u"unknown"
                               : m_AutoConnect      ? u"auto"
                                                    : u"not-auto";
   const char16_t* presence = m_bss_scanned ? u"good" : m_unscanned_count == 0 ? u"pending" : u"bad";
-  return Format(u"%s\v%s\v%s\v%i\v%lu\v%s\v%s\v%s\v%0.2lf\v%lu\v%s\v%i\v%i\v%s\v%s\v%i", m_SSIDW,
-                m_BSSIDText, GetBandText(), GetScore(true, context), GetLQ(),
-                context.CategoryText(m_SSIDW), automatic, presence, GetLoadPct(context), m_Channel,
-                GetPhyModes(), m_AuthAlgorithm, GetMuMimo(),
-                m_IEBlob ? m_IEBlob->GetChannelWidthString(false, u",", false) : WString(u"20"),
-                u"no", m_ApCountOnChannel);
+  return {GetScore(true, context),
+          GetLQ(),
+          GetFrequencyKhz(),
+          m_Channel,
+          m_ApCountOnChannel,
+          m_AuthAlgorithm,
+          GetLoadPct(context),
+          context.CategoryText(m_SSIDW),
+          automatic,
+          presence,
+          m_IEBlob.get()};
+}
+
+const WString& CWlanBssEntry::GetStatusLine(const ScoreContext& context) {
+  const StatusFacts facts = ReadStatus(context);
+  if (!m_StatusLine.empty() && facts == m_StatusFacts) return m_StatusLine;
+  m_StatusLine = Format(
+      u"%s\v%s\v%s\v%i\v%lu\v%s\v%s\v%s\v%0.2lf\v%lu\v%s\v%i\v%i\v%s\v%s\v%i", m_SSIDW, m_BSSIDText,
+      GetBandText(), facts.score, facts.quality, facts.category, facts.automatic, facts.presence,
+      facts.loadPct, facts.channel, GetPhyModes(), facts.authAlgorithm, GetMuMimo(),
+      m_IEBlob ? m_IEBlob->GetChannelWidthString(false, u",", false) : WString(u"20"), u"no",
+      facts.apCount);
+  m_StatusFacts = facts;
+  return m_StatusLine;
 }
 
 void CWlanBssEntry::UpdateApCount(const ScoreContext& context) {

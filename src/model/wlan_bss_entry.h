@@ -1,5 +1,6 @@
 #pragma once
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -8,6 +9,7 @@
 #include "model/ie_blob.h"
 #include "model/score_context.h"
 #include "platform/wlan_types.h"
+#include "score/final_score.h"
 #include "score/subtotal_rule.h"
 #include "store/address_text.h"
 
@@ -41,12 +43,16 @@ class CWlanBssEntry : public SmartObjEx<CWlanBssEntry, SmartObj<>> {
                      std::uint32_t cbIEs, const Facts& facts, int ifIndex,
                      const ScoreContext& context);
 
-  // Scores (points), by the facts of the context. The subtotal rewrites m_ScoreLog; UpdateScore
-  // also keeps it in m_ScoreHistory.
+  // Scores (points), by the facts of the context. UpdateScore also keeps the subtotal in
+  // m_ScoreHistory.
   std::int32_t ComputeSubtotal(std::uint32_t pegLQ, const ScoreContext& context);
   void UpdateScore(std::uint32_t pegLQ, const ScoreContext& context);
-  // The final score, by the facts of this moment; -1 without history.
+  // The final score, by the facts of this moment; -1 without history. bLog: FinalScoreLog tells of
+  // this one.
   std::int32_t GetScore(bool bLog, const ScoreContext& context);
+  // The terms of the newest subtotal, and of the final score, worked out for who reads them.
+  std::string ScoreLog() const;
+  std::string FinalScoreLog() const;
 
   std::int32_t GetMaxRate(const ScoreContext& context) const;  // Mbps
   std::int32_t GetMaxRateHalved(const ScoreContext& context) const;
@@ -59,8 +65,9 @@ class CWlanBssEntry : public SmartObjEx<CWlanBssEntry, SmartObj<>> {
   WString GetChannelWidthText();
   bool GetMuMimo() const;
   WString GetBandText() const;
-  // The row of the candidate lists: 16 fields joined by a vertical tab.
-  WString GetStatusLine(const ScoreContext& context);
+  // The row of the candidate lists: 16 fields joined by a vertical tab. Made anew when one of them
+  // has changed.
+  const WString& GetStatusLine(const ScoreContext& context);
   void UpdateApCount(const ScoreContext& context);
 
   std::uint32_t GetLQ() const { return m_Bss.uLinkQuality; }
@@ -106,8 +113,6 @@ class CWlanBssEntry : public SmartObjEx<CWlanBssEntry, SmartObj<>> {
   std::uint32_t m_Channel = 0;
   std::uint32_t m_Width = 0;                 // MHz, from the frequency table
   std::vector<std::int32_t> m_ScoreHistory;  // newest first, at most 5
-  std::string m_ScoreLog;
-  std::string m_FinalScoreLog;
   std::int32_t m_QBSSPoints = -1;
   std::int32_t m_BTPenalty = 0;
   std::vector<std::int32_t> m_Footprint;
@@ -116,7 +121,6 @@ class CWlanBssEntry : public SmartObjEx<CWlanBssEntry, SmartObj<>> {
   bool m_AutoConnect = false;
   std::int32_t m_SecurityEnabled = -1;
   std::int32_t m_AuthAlgorithm = 0;
-  platform::WLAN_CONNECTION_ATTRIBUTES m_ConnAttrs;
   std::uint32_t m_ApCountOnChannel = 0;
   MacList m_IP4GatewayMacs;  // seen when this entry was connected
   MacList m_IP6GatewayMacs;
@@ -135,6 +139,31 @@ class CWlanBssEntry : public SmartObjEx<CWlanBssEntry, SmartObj<>> {
   }
 
  private:
+  // What the newest subtotal was worked out from. Its radio facts and elements are those of the
+  // entry.
+  struct Scored {
+    SubtotalRule rule = nullptr;
+    SubtotalInputs in;
+    RadioFacts radio;
+    HeardLink link;
+  };
+  // What a status line is made of beside the names and the elements, which drop it when they
+  // change. The texts are literals.
+  struct StatusFacts {
+    std::int32_t score = 0;
+    std::uint32_t quality = 0;
+    std::uint32_t frequencyKhz = 0;
+    std::uint32_t channel = 0;
+    std::uint32_t apCount = 0;
+    std::int32_t authAlgorithm = 0;
+    double loadPct = 0.0;
+    const char16_t* category = nullptr;
+    const char16_t* automatic = nullptr;
+    const char16_t* presence = nullptr;
+    const CIEBlob* elements = nullptr;
+    friend bool operator==(const StatusFacts&, const StatusFacts&) = default;
+  };
+
   // An entry that the newest scan missed has no standing as a candidate.
   bool IsOutOfScan() const { return !m_bss_scanned && m_unscanned_count != 0; }
   void UpdateElements(const std::uint8_t* ies, std::uint32_t cbIEs);
@@ -142,6 +171,12 @@ class CWlanBssEntry : public SmartObjEx<CWlanBssEntry, SmartObj<>> {
   RadioFacts ReadRadio(const CIEBlob& blob, const ScoreContext& context) const;
   NetworkFacts ReadNetwork(const ScoreContext& context) const;
   std::int32_t MaxRate(bool halved, const ScoreContext& context) const;
+  StatusFacts ReadStatus(const ScoreContext& context);
+
+  Scored m_Scored;
+  std::optional<FinalScoreInputs> m_FinalScored;  // of the last score that was to be told of
+  StatusFacts m_StatusFacts;                      // of m_StatusLine
+  WString m_StatusLine;                           // empty: to be made anew
 };
 
 using BssEntryList = std::vector<CSmartPointer<CWlanBssEntry>>;

@@ -53,7 +53,7 @@ void CWlanNetwork::Dump(int index, const ScoreContext& context) const {
         u"[%i]   %s channel %lu, LQ %lu, rssi %i, scanned %i, missing %lu, score %i, %S%S\n",
         m_IfIndex, entry->m_BSSIDText, entry->m_Channel, entry->GetLQ(), entry->m_Bss.lRssi,
         entry->m_bss_scanned, entry->m_unscanned_count, entry->GetScore(false, context),
-        entry->m_ScoreLog, entry->m_FinalScoreLog);
+        entry->ScoreLog(), entry->FinalScoreLog());
   }
 }
 

@@ -83,7 +83,7 @@ void Scores(const Round& round) {
     const MacAddress mac = entry->GetBssid();
     LOG_ADAPTER(round.idx, kScoreLog,
                 u"[%i] SCORE LOG: [% 16s] {%02x-%02x-%02x-%02x-%02x-%02x} ++ %hs%hs\n", round.idx,
-                entry->m_SSIDW, MAC_ARGS(mac), entry->m_ScoreLog, entry->m_FinalScoreLog);
+                entry->m_SSIDW, MAC_ARGS(mac), entry->ScoreLog(), entry->FinalScoreLog());
   }
 }
 

@@ -28,24 +28,23 @@ Term ChannelLoadTerm(const FinalScoreInputs& in) {
 }  // namespace
 
 std::int32_t ComputeFinalScore(const FinalScoreInputs& in, std::string* log) {
-  std::string unused;
   if (log) log->clear();
-  TextBuilder text(log ? log : &unused);
+  TextBuilder text(log);
   std::int32_t total = in.subtotal;
 
   if (in.loadPoints < 0) {
     const Term term = ChannelLoadTerm(in);
     total += term.points;
-    if (log) text << term.head << term.points << ")";
+    text << term.head << term.points << ")";
   }
   if (in.guest) {
     total = std::max(total - kGuestPoints, 0);
-    if (log) text << ",GUEST(-3)";
+    text << ",GUEST(-3)";
   }
   if (in.bluetoothBand && in.bluetoothPenalty >= 1 && total >= 1) {
     if (total > in.bluetoothPenalty) {
       total -= in.bluetoothPenalty;
-      if (log) text << ",BT(-" << in.bluetoothPenalty << ")";
+      text << ",BT(-" << in.bluetoothPenalty << ")";
     } else {
       total = 0;
     }

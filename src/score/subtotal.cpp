@@ -221,7 +221,7 @@ class Subtotal {
 }  // namespace
 
 SubtotalResult ComputeSubtotal(const SubtotalInputs& in, std::string* log) {
-  log->clear();
+  if (log) log->clear();
   return Subtotal(in, log).Run();
 }
 

@@ -64,7 +64,7 @@ struct SubtotalResult {
   InternetState internet;
 };
 
-// Rewrites *log with the term log.
+// With a log, rewrites it with the terms.
 SubtotalResult ComputeSubtotal(const SubtotalInputs& in, std::string* log);
 
 }  // namespace corvane

@@ -19,7 +19,7 @@ struct HeardLink {
   bool shared = false;             // another adapter of this machine is there, and before this one
 };
 
-// Rewrites *log with the terms.
+// With a log, rewrites it with the terms.
 using SubtotalRule = SubtotalResult (*)(const SubtotalInputs& in, const HeardLink& link,
                                         std::string* log);
 

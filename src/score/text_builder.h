@@ -6,24 +6,25 @@
 
 namespace corvane {
 
-// Appends texts and numbers to one string; for logs that are built in every round.
+// Appends texts and numbers to one string, or to none where nobody reads it.
 class TextBuilder {
  public:
-  explicit TextBuilder(std::string* out) : m_Out(*out) {}
+  explicit TextBuilder(std::string* out) : m_pOut(out) {}
 
   TextBuilder& operator<<(std::string_view text) {
-    m_Out.append(text);
+    if (m_pOut) m_pOut->append(text);
     return *this;
   }
   TextBuilder& operator<<(std::int64_t number) {
+    if (!m_pOut) return *this;
     char digits[24];
     const auto end = std::to_chars(digits, digits + sizeof(digits), number).ptr;
-    m_Out.append(digits, end);
+    m_pOut->append(digits, end);
     return *this;
   }
 
  private:
-  std::string& m_Out;
+  std::string* const m_pOut;  // may be null
 };
 
 }  // namespace corvane

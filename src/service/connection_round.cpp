@@ -37,7 +37,6 @@ void CQUAYMainWorker::TakeConnection() {
   AimDetector();
   m_pInterface->Link().SetDisconnectedTick(false);
   bool ssidDiffers = m_pInterface->SetLastConnectedSsid(now.ssid);
-  if (now.entry) now.entry->m_ConnAttrs = now.attrs;
   PublishConnection(now);
 
   const MacAddress old = m_pInterface->GetConnectedBssid();

@@ -44,7 +44,7 @@ std::int32_t AdapterAir::GetScoreFromBssEntry(std::string* log, WStringView ssid
   const CCritSecLock lock(m_Lock);
   CSmartPointer<CWlanBssEntry> entry;
   if (!FindBssEntry(ssid, bssid, &entry)) return BackupScore(ssid, bssid);
-  *log = entry->m_ScoreLog + entry->m_FinalScoreLog;
+  *log = entry->ScoreLog() + entry->FinalScoreLog();
   return entry->GetScore(false, GetScoreContext());
 }
 

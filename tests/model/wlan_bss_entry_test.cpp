@@ -176,7 +176,7 @@ TEST_F(WlanModel, EachFactReachesItsTermOfTheSubtotal) {
       Beacon(u8"Lab").Channel(36).He160(4).MuBeamformer().Rsn({test::AKM_SAE}).QbssLoad(3, 51);
   const auto log = [&] {
     Update(*entry, Bss("Lab", 1), beacon.Bytes());
-    return entry->m_ScoreLog;
+    return entry->ScoreLog();
   };
   EXPECT_EQ(log(),
             "SIGQ(18/30),PRIV(0),N(5),AC(5),AX(5),SEC(9),MUMIMO(5),MBPS(14/1733),QBSS(8/20),"
@@ -219,7 +219,7 @@ TEST_F(WlanModel, EachFactReachesItsTermOfTheSubtotal) {
     map->low.noise[42] = static_cast<std::uint8_t>(first);
     map->low.noise[155] = static_cast<std::uint8_t>(second);
     entry->ComputeSubtotal(0, context);
-    EXPECT_EQ(entry->m_ScoreLog.find(",NOISE(10)") != std::string::npos, isQuiet) << first;
+    EXPECT_EQ(entry->ScoreLog().find(",NOISE(10)") != std::string::npos, isQuiet) << first;
   }
 }
 
@@ -229,36 +229,36 @@ TEST_F(WlanModel, FinalScoreUsesNameBandAndBluetooth) {
   guest->m_BTPenalty = 5;
   // 30 points; the load of a channel that is not known counts as none.
   EXPECT_EQ(guest->GetScore(true, context), 32);
-  EXPECT_EQ(guest->m_FinalScoreLog, ",QBSS_2a(10),GUEST(-3),BT(-5)");
-  guest->m_FinalScoreLog = "kept";
-  EXPECT_EQ(guest->GetScore(false, context), 32);
-  EXPECT_EQ(guest->m_FinalScoreLog, "kept");
+  EXPECT_EQ(guest->FinalScoreLog(), ",QBSS_2a(10),GUEST(-3),BT(-5)");
+  guest->m_BTPenalty = 0;
+  EXPECT_EQ(guest->GetScore(false, context), 37);
+  EXPECT_EQ(guest->FinalScoreLog(), ",QBSS_2a(10),GUEST(-3),BT(-5)");  // of the score before
 
   const auto office = CWlanBssEntry::CreateObject();
   Update(*office, Bss("Office", 2, 100), Beacon(u8"Office").Channel(36).Bytes());
   office->m_BTPenalty = 5;
   office->GetScore(true, context);
-  EXPECT_EQ(office->m_FinalScoreLog, ",QBSS_2c(5)");  // 5 GHz, and no load known on its channel
+  EXPECT_EQ(office->FinalScoreLog(), ",QBSS_2c(5)");  // 5 GHz, and no load known on its channel
   context.weights.QBSSBumpMax = 40;
   office->GetScore(true, context);
-  EXPECT_EQ(office->m_FinalScoreLog, ",QBSS_2c(20)");
+  EXPECT_EQ(office->FinalScoreLog(), ",QBSS_2c(20)");
 
   // What the adapter knows of the band, and of the channel.
   context.averageScore5 = 8, context.averageScore2 = 6;
   context.averageLoad5 = 20.5, context.averageLoad2 = 40.5;
   office->GetScore(true, context);
-  EXPECT_EQ(office->m_FinalScoreLog, ",QBSS_2b(8)");
+  EXPECT_EQ(office->FinalScoreLog(), ",QBSS_2b(8)");
   EXPECT_EQ(office->GetLoadPct(context), 20.5);
   office->m_Bss.ulChCenterFrequency = 2437000;
   office->m_BTPenalty = 0;
   office->GetScore(true, context);
-  EXPECT_EQ(office->m_FinalScoreLog, ",QBSS_2b(6)");
+  EXPECT_EQ(office->FinalScoreLog(), ",QBSS_2b(6)");
   EXPECT_EQ(office->GetLoadPct(context), 40.5);
   const auto map = std::make_shared<ChannelLoadMap>();
   map->low.load[36] = 50;
   context.loadMap = map;
   office->GetScore(true, context);
-  EXPECT_EQ(office->m_FinalScoreLog, ",QBSS_2a(20)");
+  EXPECT_EQ(office->FinalScoreLog(), ",QBSS_2a(20)");
 }
 
 TEST_F(WlanModel, StatusLine) {

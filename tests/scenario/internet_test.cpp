@@ -13,7 +13,7 @@ class InternetScenario : public ServiceTest {
     MacAddress bssid{};
     MacStringToBinary(u'-', u"02-50-00-00-00-01", &bssid);
     CSmartPointer<CWlanBssEntry> entry;
-    return Wlan()->FindBssEntry(u"Office", bssid, &entry) ? entry->m_ScoreLog : "";
+    return Wlan()->FindBssEntry(u"Office", bssid, &entry) ? entry->ScoreLog() : "";
   }
 };
 

@@ -56,7 +56,7 @@ class ScoringTest : public PcTest {
     return entry;
   }
   void ExpectTerms(int number, std::initializer_list<const char*> terms) {
-    const std::string log = Discovered(number)->m_ScoreLog;
+    const std::string log = Discovered(number)->ScoreLog();
     for (const char* term : terms) EXPECT_NE(log.find(term), std::string::npos) << log;
   }
 
