@@ -49,7 +49,6 @@ void BalancedProfile::OnRound(const LinkReading& link) {
     m_SampleCount = 0;
     m_DullScans = 0;
     m_ReadyScans = 0;
-    m_QualityAtScan = link.quality;
   }
   m_Link = link;
   if (!link.connected) return;
@@ -68,7 +67,6 @@ void BalancedProfile::OnWeighed(std::int32_t best, std::int32_t current, bool fr
   if (!fresh) return;
   m_DullScans = changed || best > current ? 0 : m_DullScans + 1;
   m_ReadyScans = changed || appeared || best <= current ? 0 : m_ReadyScans + 1;
-  m_QualityAtScan = m_Link.quality;
 }
 
 void BalancedProfile::OnConnected(const MacAddress& bssid, std::uint32_t quality,
@@ -118,10 +116,6 @@ CadenceFacts BalancedProfile::Cadence() const {
   CadenceFacts facts;
   facts.connected = m_Link.connected;
   facts.pending = m_Best > m_Current;
-  facts.current = m_Current;
-  facts.qualityMoved =
-      std::max(m_Link.quality, m_QualityAtScan) - std::min(m_Link.quality, m_QualityAtScan);
-  facts.falling = IsFalling();
   facts.dullScans = m_DullScans;
   facts.readyScans = m_ReadyScans;
   return facts;
@@ -134,7 +128,7 @@ ScanDecision BalancedProfile::Scan(const ScanInputs& in) const {
 
 std::uint32_t BalancedProfile::RoundPauseMs(std::uint32_t normal) const {
   const CadenceFacts facts = Cadence();
-  const bool quick = facts.pending || facts.falling || !facts.connected;
+  const bool quick = facts.pending || !facts.connected || IsFalling();
   return quick ? std::min(normal, kQuickPauseMs) : normal;
 }
 

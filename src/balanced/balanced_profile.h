@@ -58,7 +58,6 @@ class BalancedProfile : public PolicyProfile {
   LinkReading m_Link;
   std::array<Sample, 16> m_Samples{};  // of the connection, newest at m_SampleCount - 1
   std::size_t m_SampleCount = 0;
-  std::uint32_t m_QualityAtScan = 0;
   std::uint32_t m_DullScans = 0;
   std::uint32_t m_ReadyScans = 0;
   std::int32_t m_Best = -1, m_Current = -1;  // of the last weighing

@@ -1,7 +1,5 @@
 #include "balanced/ripening.h"
 
-#include <algorithm>
-
 namespace corvane::balanced {
 
 namespace {
@@ -11,7 +9,7 @@ constexpr std::int32_t kOtherNetworkGain = 3;
 constexpr std::int32_t kSoonBackGain = 21;  // three times as much
 constexpr std::int32_t kBackGain = 4;
 constexpr std::uint64_t kSoonMs = 130'000, kLaterMs = 300'000;
-constexpr std::int32_t kGreatGain = 12, kGoodGain = 6;
+constexpr std::int32_t kGoodGain = 6;   // 60 percent
 constexpr std::int32_t kPoorLink = 30;  // 9 Mbps
 
 }  // namespace
@@ -27,9 +25,7 @@ std::int32_t NeededGain(const GainFacts& gain) {
 }
 
 std::int32_t RoundsToWin(const GainFacts& gain) {
-  std::int32_t rounds = gain.points >= kGreatGain ? 1 : gain.points >= kGoodGain ? 2 : 3;
-  if (gain.falling || gain.current < kPoorLink) --rounds;
-  return std::max(rounds, 1);
+  return gain.points >= kGoodGain || gain.falling || gain.current < kPoorLink ? 1 : 2;
 }
 
 }  // namespace corvane::balanced

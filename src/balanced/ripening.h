@@ -17,8 +17,8 @@ struct GainFacts {
 // measurement. Going back soon is dear: it is how ping-pong begins.
 std::int32_t NeededGain(const GainFacts& gain);
 
-// Rounds with a fresh scan that it has to bring them, 1 to 3: the more is gained and the faster the
-// link falls, the fewer.
+// Rounds with a fresh scan that it has to bring them: 1 where much is gained or the link is about
+// to go, else 2.
 std::int32_t RoundsToWin(const GainFacts& gain);
 
 }  // namespace corvane::balanced

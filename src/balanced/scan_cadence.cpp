@@ -6,11 +6,8 @@ namespace corvane::balanced {
 
 namespace {
 
-constexpr std::uint64_t kPendingMs = 4'000, kMovedMs = 9'000, kWeakMs = 10'000, kSteadyMs = 30'000;
-constexpr std::uint64_t kDisconnectedMs = 4'000, kDisconnectedMostMs = 30'000, kWeakMostMs = 45'000;
-constexpr std::uint64_t kSteadyMostMs = 60'000;
-constexpr std::int32_t kWeakScore = 45;     // 31 Mbps
-constexpr std::uint32_t kMovedQuality = 8;  // of 100: 4 dB
+constexpr std::uint64_t kPendingMs = 10'000, kSteadyMs = 30'000, kSteadyMostMs = 60'000;
+constexpr std::uint64_t kDisconnectedMs = 4'000, kDisconnectedMostMs = 30'000;
 constexpr std::uint32_t kMostDoublings = 5;
 constexpr std::uint32_t kQuickScans = 8;  // that lead to nothing, before the next ones come slower
 
@@ -26,8 +23,6 @@ std::uint64_t PauseMs(const CadenceFacts& facts, std::uint64_t longestMs) {
     return Grown(kDisconnectedMs, vain(std::max(facts.dullScans, facts.readyScans)),
                  kDisconnectedMostMs);
   if (facts.pending) return Grown(kPendingMs, vain(facts.readyScans), kSteadyMostMs);
-  if (facts.falling || facts.qualityMoved >= kMovedQuality) return kMovedMs;
-  if (facts.current < kWeakScore) return Grown(kWeakMs, facts.dullScans, kWeakMostMs);
   return Grown(kSteadyMs, facts.dullScans, std::min(longestMs, kSteadyMostMs));
 }
 

@@ -9,10 +9,7 @@ namespace corvane::balanced {
 
 struct CadenceFacts {
   bool connected = false;
-  bool pending = false;            // the last scan showed something better, or it ripens
-  std::int32_t current = 0;        // score of the connection, -1 without
-  std::uint32_t qualityMoved = 0;  // how far the link's quality has gone since the last scan
-  bool falling = false;
+  bool pending = false;          // the last scan showed something better, or it ripens
   std::uint32_t dullScans = 0;   // scans in a row that changed nothing
   std::uint32_t readyScans = 0;  // in a row that showed something better, and nobody moved
 };
