@@ -292,9 +292,12 @@ void RunReport::SampleCandidates(int number, CWlanInterface& adapter, int requir
     counters[bssid] = counter;
     if (const auto before = view.counters.find(bssid);
         before == view.counters.end() || before->second != counter) {
+      const std::string ssid = WideToUtf8(entry->m_SSIDW);
+      const Contender contender{entry->GetBssid(), score, view.connected ? view.at.score : -1,
+                                entry->GetLQ(), view.connected && ssid == view.at.ssid};
       Line(number, "candidate",
-           FormatA("candidate %s %s: round %i of %i, score %i%s", WideToUtf8(entry->m_SSIDW), bssid,
-                   counter, required, score,
+           FormatA("candidate %s %s: round %i of %i, score %i%s", ssid, bssid, counter,
+                   adapter.Profile().RoundsToWin(required, contender), score,
                    view.connected && view.at.score >= 0 ? FormatA(" against %i", view.at.score)
                                                         : std::string()));
     }
