@@ -1,4 +1,5 @@
 #pragma once
+#include <array>
 #include <bit>
 #include <cstdint>
 #include <utility>
@@ -31,12 +32,9 @@ class LegacyRates {
 
   // Enters a rate in units of 500 kbps; its kbps, or 0 for one that is not recognised.
   std::int32_t Add(std::uint8_t units) {
-    for (unsigned i = 0; i < 14; ++i) {
-      if (kUnits[i] != units) continue;
-      m_Mask |= 1u << i;
-      return units * 500;
-    }
-    return 0;
+    const std::uint32_t bit = units < kBits.size() ? kBits[units] : 0u;
+    m_Mask |= bit;
+    return bit != 0 ? units * 500 : 0;
   }
   Iterator begin() const { return Iterator(m_Mask); }
   Iterator end() const { return Iterator(0); }
@@ -45,6 +43,13 @@ class LegacyRates {
   void clear() { m_Mask = 0; }
 
  private:
+  // The bit of a rate by its units; 0 for those that are not recognised.
+  static constexpr std::array<std::uint16_t, 128> kBits = [] {
+    std::array<std::uint16_t, 128> bits{};
+    for (unsigned i = 0; i < 14; ++i) bits[kUnits[i]] = static_cast<std::uint16_t>(1u << i);
+    return bits;
+  }();
+
   std::uint32_t m_Mask = 0;
 };
 

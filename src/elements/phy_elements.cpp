@@ -109,10 +109,33 @@ void ParseHTCapabilities(Bytes value, ElementFields& out) {
   out.m_MaxHTRateKbps = ToKbps(rate);
 }
 
+namespace {
+
+// How many streams have MCS 0 to 7, where that is all that the bitmap says; else 0. Nearly all do.
+unsigned WholeStreams(const ByteArray<10>& bitmap) {
+  constexpr std::uint8_t kLastByteMask = 0x1F;  // MCS 72 to 76
+  unsigned streams = 0;
+  while (streams < 4 && bitmap[streams] == 0xFF) ++streams;
+  unsigned rest = bitmap[9] & kLastByteMask;
+  for (unsigned byte = streams; byte < 9; ++byte) rest |= bitmap[byte];
+  return rest == 0 ? streams : 0;
+}
+
+}  // namespace
+
 void Process_HT_MCS_Support_String(const ByteArray<10>& bitmap, bool b40, bool bSGI20, bool bSGI40,
                                    std::string* streamsText, double* rateMbps,
                                    std::string* mcsText) {
   constexpr unsigned kLastMcs = 76;
+  if (const unsigned streams = WholeStreams(bitmap)) {
+    static constexpr std::string_view kMcs[] = {"{0}-{7}", "{0}-{15}", "{0}-{23}", "{0}-{31}"};
+    static constexpr std::string_view kStreams[] = {"{1}", "{1}, {2}", "{1}, {2}, {3}",
+                                                    "{1}, {2}, {3}, {4}"};
+    *mcsText = kMcs[streams - 1];
+    *streamsText = kStreams[streams - 1];
+    *rateMbps = HtRateMbps(8 * streams - 1, b40, bSGI20, bSGI40);  // the quickest of them
+    return;
+  }
   streamsText->clear();
   mcsText->clear();
   *rateMbps = 0.0;

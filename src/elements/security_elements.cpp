@@ -39,21 +39,25 @@ struct KeyManagement {
   bool fastTransition = false;
 };
 
-bool OneOf(std::uint32_t value, std::initializer_list<std::uint32_t> list) {
-  return std::find(list.begin(), list.end(), value) != list.end();
+// Types of key management as bits.
+template <class... Types>
+constexpr std::uint32_t Akms(Types... types) {
+  return (... | (1u << types));
 }
+constexpr std::uint32_t kEnterprise = Akms(1, 3, 5, 11, 12, 13);
+constexpr std::uint32_t kPersonal = Akms(2, 4, 6, 8, 9);
+constexpr std::uint32_t kF2 = Akms(4, 6);
+constexpr std::uint32_t kF3 = Akms(8, 9);
+constexpr std::uint32_t kFastTransition = Akms(3, 4, 9, 13);
 
 KeyManagement ReadKeyManagement(const SuiteList& akms) {
-  KeyManagement out;
+  std::uint32_t types = 0;
   for (std::size_t i = 0; i < akms.count; ++i) {
-    const std::uint32_t nn = akms.suites[i] & 0xFF;
-    out.enterprise |= OneOf(nn, {1, 3, 5, 11, 12, 13});
-    out.personal |= OneOf(nn, {2, 4, 6, 8, 9});
-    out.f2 |= OneOf(nn, {4, 6});
-    out.f3 |= OneOf(nn, {8, 9});
-    out.fastTransition |= OneOf(nn, {3, 4, 9, 13});
+    const std::uint32_t type = akms.suites[i] & 0xFF;
+    if (type < 32) types |= 1u << type;
   }
-  return out;
+  return {(types & kEnterprise) != 0, (types & kPersonal) != 0, (types & kF2) != 0,
+          (types & kF3) != 0, (types & kFastTransition) != 0};
 }
 
 bool ApplySuiteToSecurityMask(ElementFields& out, std::uint32_t suite, bool bPersonal, bool f2,
