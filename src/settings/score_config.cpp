@@ -29,10 +29,10 @@ bool CScoreConfig::Initialize(WStringView json) {
                                       rapidjson::GetParseError_En(document.GetParseError())));
     }
     if (document.HasParseError() || !document.IsObject()) return;
-    const rapidjson::Value& json = document;
+    const rapidjson::Value& weights = document;
     for (std::size_t i = 0; i < std::size(kKeys); ++i) {
-      const auto member = json.FindMember(kKeys[i]);
-      if (member == json.MemberEnd() || !member->value.IsUint()) continue;
+      const auto member = weights.FindMember(kKeys[i]);
+      if (member == weights.MemberEnd() || !member->value.IsUint()) continue;
       if (m_Weights[i].exchange(member->value.GetUint()) != member->value.GetUint()) changed = true;
     }
   });

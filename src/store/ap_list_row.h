@@ -22,7 +22,7 @@ struct ApListRow {
   bool IsWildcard() const {
     return mac[0] == 0xFF && mac[1] == 0xFF && mac[2] == 0xFF && mac[3] == 0xFF;
   }
-  bool NamesBssid(const MacAddress& bssid) const { return IsWildcard() || mac == bssid; }
+  bool NamesBssid(const MacAddress& address) const { return IsWildcard() || mac == address; }
 };
 using ApListRows = std::list<ApListRow>;
 
