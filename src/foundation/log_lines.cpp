@@ -17,6 +17,7 @@ constexpr int kMaxWaitForSinkMs = 1000;
 
 std::atomic<ILogSink*> s_pSink{nullptr};
 std::atomic<int> s_SinkUsers{0};
+std::atomic<std::uint64_t> s_Scopes{0};
 
 // Keeps the sink in force from going while it is used. The user counts itself before it reads the
 // sink, and the sink goes only after it was taken away and nobody counts.
@@ -61,12 +62,17 @@ bool SetLogSink(ILogSink* sink) {
 
 namespace log {
 
-Scope::Scope() : m_LastError(Os().threads.GetLastError()) { Os().threads.BeginForLog(); }
+Scope::Scope() : m_LastError(Os().threads.GetLastError()) {
+  s_Scopes.fetch_add(1, std::memory_order_relaxed);
+  Os().threads.BeginForLog();
+}
 
 Scope::~Scope() {
   Os().threads.EndForLog();
   Os().threads.SetLastError(m_LastError);
 }
+
+std::uint64_t Scope::Count() { return s_Scopes.load(std::memory_order_relaxed); }
 
 void LineInfo(const WString& text) { LogInfo(AsLine(text)); }
 

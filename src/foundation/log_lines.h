@@ -74,6 +74,9 @@ class Scope {
   Scope(const Scope&) = delete;
   Scope& operator=(const Scope&) = delete;
 
+  // Scopes of the process so far: where two readings differ, something was written in between.
+  static std::uint64_t Count();
+
  private:
   const std::uint32_t m_LastError;
 };

@@ -1,6 +1,7 @@
 #include "model/ap_list_marks.h"
 
 #include <unordered_map>
+#include <utility>
 
 namespace corvane {
 
@@ -41,27 +42,34 @@ class FoldedNames {
 
 }  // namespace
 
-void MarkPreferred(const PreferredApRows& rows, NetworkMap* networks) {
+bool MarkPreferred(const PreferredApRows& rows, NetworkMap* networks) {
+  bool changed = false;
   auto priority = static_cast<std::int32_t>((rows.size() / kPriorityStep + 1) * kPriorityStep);
   for (const PreferredApRow& row : rows) {
     if (const auto at = networks->find(row.ssid); at != networks->end()) {
       ForEachNamed(row, *at->second, [&](CWlanBssEntry& entry) {
         if (!entry.m_bss_scanned && entry.m_unscanned_count >= kMissingScansTooMany) return;
-        entry.m_arbitrary_priority = priority;
-        entry.m_arbitrary_min_lq = row.min_lq;
+        changed |= std::exchange(entry.m_arbitrary_priority, priority) != priority;
+        changed |= std::exchange(entry.m_arbitrary_min_lq, row.min_lq) != row.min_lq;
       });
     }
     --priority;  // whether the row matched or not: rows out of range keep their place
   }
+  return changed;
 }
 
-void MarkDenied(const ApListRows& rows, NetworkMap* networks) {
+bool MarkDenied(const ApListRows& rows, NetworkMap* networks) {
+  bool changed = false;
   FoldedNames folded(*networks);
   for (const ApListRow& row : rows) {
     const auto at = networks->find(row.ssid);
     CWlanNetwork* network = at != networks->end() ? at->second.get() : folded.Find(row.ssid);
-    if (network) ForEachNamed(row, *network, [](CWlanBssEntry& entry) { entry.m_bDenied = true; });
+    if (!network) continue;
+    ForEachNamed(row, *network, [&changed](CWlanBssEntry& entry) {
+      changed |= !std::exchange(entry.m_bDenied, true);
+    });
   }
+  return changed;
 }
 
 }  // namespace corvane

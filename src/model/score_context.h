@@ -44,6 +44,16 @@ struct ScoreContext {
   // "Public", "Private", "Domain", "Unknown", or "unknown" for a network that is not in the list.
   const char16_t* CategoryText(WStringView ssid) const;
   std::uint32_t FilterOf(WStringView ssid) const;  // NetworkFilter
+  ScoreContext WithoutAverages() const;
+
+  // By what the tables hold, not where they lie.
+  friend bool operator==(const ScoreContext& a, const ScoreContext& b);
 };
+
+// Both null, or with the same content.
+template <class T>
+bool IsSame(const std::shared_ptr<const T>& a, const std::shared_ptr<const T>& b) {
+  return a == b || (a && b && *a == *b);
+}
 
 }  // namespace corvane

@@ -38,20 +38,29 @@ void SortBy(BssEntryList* entries, bool preferPrivate, RankOf rankOf) {
 
 // Removes the entries that do not stand as kQualified.
 template <class Judge>
-void KeepQualified(BssEntryList* entries, int adapter, Judge judge) {
-  std::erase_if(*entries, [&](const CSmartPointer<CWlanBssEntry>& entry) {
+void KeepQualified(BssEntryList* entries, int adapter, std::vector<PassedOver>* passedOver,
+                   Judge judge) {
+  std::size_t kept = 0;
+  for (auto& entry : *entries) {
     const CandidateStanding standing = judge(*entry);
-    if (standing == CandidateStanding::kQualified) return false;
-    RoundWatches::Standing(adapter, *entry, standing);
-    return true;
-  });
+    if (standing == CandidateStanding::kQualified) {
+      (*entries)[kept++] = std::move(entry);
+    } else {
+      RoundWatches::Standing(adapter, *entry, standing);
+      passedOver->push_back({std::move(entry), standing});
+    }
+  }
+  entries->resize(kept);
 }
 
 }  // namespace
 
 BssEntryList EntriesInRange(CWlanInterface& adapter) {
   const bool connected = adapter.IsConnected();
-  const MacAddress bssid = adapter.GetConnectedBssid();
+  return EntriesInRange(adapter, connected, adapter.GetConnectedBssid());
+}
+
+BssEntryList EntriesInRange(CWlanInterface& adapter, bool connected, const MacAddress& bssid) {
   BssEntryList entries = adapter.SnapshotEntries();
   std::erase_if(entries, [&](const CSmartPointer<CWlanBssEntry>& entry) {
     return !entry->m_bss_scanned && entry->m_unscanned_count > kMissingScansAllowed &&
@@ -61,9 +70,9 @@ BssEntryList EntriesInRange(CWlanInterface& adapter) {
 }
 
 void KeepCandidates(BssEntryList* entries, const ApListRows& denied, const ScoreContext& scores,
-                    int adapter) {
+                    int adapter, std::vector<PassedOver>* passedOver) {
   const ApListIndex deniedBySsid(denied);
-  KeepQualified(entries, adapter, [&](const CWlanBssEntry& entry) {
+  KeepQualified(entries, adapter, passedOver, [&](const CWlanBssEntry& entry) {
     // A connection to what a row names in whatever case is ended, so it must not be made either:
     // the mark alone goes by one spelling of the SSID.
     const bool isDenied = entry.m_bDenied || deniedBySsid.IsListed(entry.m_SSIDW, entry.GetBssid());
@@ -81,16 +90,18 @@ void SortCandidates(BssEntryList* entries, bool preferPrivate, const ScoreContex
   });
 }
 
-void KeepNetwork(BssEntryList* entries, WStringView ssid, int adapter) {
-  KeepQualified(entries, adapter, [&](const CWlanBssEntry& entry) {
+void KeepNetwork(BssEntryList* entries, WStringView ssid, int adapter,
+                 std::vector<PassedOver>* passedOver) {
+  KeepQualified(entries, adapter, passedOver, [&](const CWlanBssEntry& entry) {
     const bool same = !entry.m_SSIDW.empty() && EqualsIgnoreCase(entry.m_SSIDW, ssid);
     return same ? CandidateStanding::kQualified : CandidateStanding::kOtherNetwork;
   });
 }
 
-void KeepAllowed(BssEntryList* entries, const ApListRows& rows, int adapter) {
+void KeepAllowed(BssEntryList* entries, const ApListRows& rows, int adapter,
+                 std::vector<PassedOver>* passedOver) {
   const ApListIndex bySsid(rows);
-  KeepQualified(entries, adapter, [&](const CWlanBssEntry& entry) {
+  KeepQualified(entries, adapter, passedOver, [&](const CWlanBssEntry& entry) {
     return bySsid.IsListed(entry.m_SSIDW, entry.GetBssid()) ? CandidateStanding::kQualified
                                                             : CandidateStanding::kNotAllowed;
   });

@@ -1,6 +1,8 @@
 // One policy round: snapshot, lists, publication, one act.
 
 #include <algorithm>
+#include <optional>
+#include <utility>
 
 #include "monitors/bluetooth_monitor_singleton.h"
 #include "platform/clock_api.h"
@@ -26,25 +28,24 @@ class PolicyRound {
 
   void Run() {
     SetBluetoothPenalty();
-    const BssEntryList inRange = EntriesInRange(m_Round.adapter);
     GatherConnection();
+    RoundLists lists = TakeLists();
+    m_Round.candidates = std::move(lists.candidates);
+    m_Round.others = std::move(lists.others);
 
-    m_Round.candidates = inRange;
-    KeepCandidates(&m_Round.candidates, m_Round.config->m_Denylist.Rows(), m_Round.scores,
-                   m_Round.idx);
-    SortCandidates(&m_Round.candidates, m_Round.settings.preferPrivate, m_Round.scores);
-    PublishNetworksInRange();
-    if (m_Round.facts.connected && !m_Round.settings.networkSwitching)
-      KeepNetwork(&m_Round.candidates, m_Round.facts.ssid, m_Round.idx);
-    FilterByAllowlist();
+    PublishNetworksInRange(lists);
+    m_Round.config->m_allowlist_active = lists.inputs.allowlistActive;
     if (m_Round.facts.connected) m_Round.memory.m_consec_disconnects = 0;
     lines::Settings(m_Round);
-    PublishRows(m_Round.candidates, value::kCandidatesCSV, "SORT");
-    m_Round.others = OtherEntries(inRange, m_Round.candidates, m_Round.scores);
-    PublishRows(m_Round.others, value::kNONCandidatesCSV, "OTHER");
+    PublishRows(m_Round.candidates, lists.candidateRows, value::kCandidatesCSV, "SORT");
+    PublishRows(m_Round.others, lists.otherRows, value::kNONCandidatesCSV, "OTHER");
     lines::Scores(m_Round);
     RoundWatches::Candidates(m_Round);
     Act();
+
+    lists.candidates = std::move(m_Round.candidates);
+    lists.others = std::move(m_Round.others);
+    m_Round.memory.m_lists = std::move(lists);
   }
 
  private:
@@ -60,6 +61,8 @@ class PolicyRound {
   }
 
   void GatherConnection() {
+    m_Inputs.inRangeConnected = m_Round.adapter.IsConnected();
+    m_Inputs.inRangeBssid = m_Round.adapter.GetConnectedBssid();
     m_Round.facts.connected = m_Round.adapter.GetConnectedSSID(&m_Round.facts);
     if (!m_Round.facts.connected) m_Round.facts.bssid.fill(0xFF);
     m_Round.link = {Os().clock.GetTickCount64(), m_Round.facts.connected, m_Round.facts.bssid,
@@ -69,34 +72,71 @@ class PolicyRound {
                                                 m_Round.facts.bssid, "ExecutePolicies");
   }
 
-  void PublishNetworksInRange() {
-    bool found = false;
-    const WString json = NetworksInRangeJson(m_Round.candidates, m_Round.facts.ssid, &found);
-    m_Round.config->SetString(value::kProfiledNetworksInRangeJson, json);
-    if (!found) {
-      lines::ConnectedNotInRange(m_Round);
-    }
+  // Those of the round before, where the same would come out again.
+  RoundLists TakeLists() {
+    CQUAYInterfaceConfig& config = *m_Round.config;
+    m_Inputs.air = m_Round.adapter.TakeAirStamp();
+    m_Inputs.profiles = m_Round.adapter.TempProfilesKept();
+    m_Inputs.scores = m_Round.scores;
+    m_Inputs.connected = m_Round.facts.connected;
+    m_Inputs.ssid = m_Round.facts.ssid;
+    m_Inputs.preferPrivate = m_Round.settings.preferPrivate;
+    m_Inputs.networkSwitching = m_Round.settings.networkSwitching;
+    m_Inputs.allowlistActive =
+        m_Round.settings.allowlistEnabled && !config.m_Allowlist.Rows().empty();
+    m_Inputs.denied = config.m_Denylist.Version();
+    m_Inputs.allowed = config.m_Allowlist.Version();
+    std::optional<RoundLists> last = std::exchange(m_Round.memory.m_lists, std::nullopt);
+    if (!last || last->inputs != m_Inputs) return MakeLists();
+    for (const PassedOver& one : last->passedOver)
+      RoundWatches::Standing(m_Round.idx, *one.entry, one.standing);
+    return *std::move(last);
   }
 
-  void FilterByAllowlist() {
-    const ApListRows& rows = m_Round.config->m_Allowlist.Rows();
-    const bool active = m_Round.settings.allowlistEnabled && !rows.empty();
-    if (active) KeepAllowed(&m_Round.candidates, rows, m_Round.idx);
-    m_Round.config->m_allowlist_active = active;
+  RoundLists MakeLists() {
+    const BssEntryList inRange =
+        EntriesInRange(m_Round.adapter, m_Inputs.inRangeConnected, m_Inputs.inRangeBssid);
+    RoundLists lists;
+    lists.inputs = m_Inputs;
+    lists.candidates = inRange;
+    KeepCandidates(&lists.candidates, m_Round.config->m_Denylist.Rows(), m_Round.scores,
+                   m_Round.idx, &lists.passedOver);
+    SortCandidates(&lists.candidates, m_Inputs.preferPrivate, m_Round.scores);
+    lists.networksInRange =
+        NetworksInRangeJson(lists.candidates, m_Inputs.ssid, &lists.connectedInRange);
+    if (m_Inputs.connected && !m_Inputs.networkSwitching)
+      KeepNetwork(&lists.candidates, m_Inputs.ssid, m_Round.idx, &lists.passedOver);
+    if (m_Inputs.allowlistActive)
+      KeepAllowed(&lists.candidates, m_Round.config->m_Allowlist.Rows(), m_Round.idx,
+                  &lists.passedOver);
+    lists.candidateRows = RowsOf(lists.candidates);
+    lists.others = OtherEntries(inRange, lists.candidates, m_Round.scores);
+    lists.otherRows = RowsOf(lists.others);
+    return lists;
   }
 
-  void PublishRows(const BssEntryList& entries, const char16_t* name, const char* logPrefix) {
+  WString RowsOf(const BssEntryList& entries) {
     auto rows = CSVHelper::CreateObject();
-    for (const auto& entry : entries) {
-      lines::Sorted(m_Round, *entry, logPrefix);
-    }
     for (std::size_t i = entries.size() - std::min(entries.size(), kRowsKept); i < entries.size();
          ++i) {
       if (rows->AddString(entries[i]->GetStatusLine(m_Round.scores), true) < 0) {
         lines::RowNotAdded(m_Round);
       }
     }
-    if (!m_Round.config->SetString(name, rows->GetString())) {
+    return rows->GetString();
+  }
+
+  void PublishNetworksInRange(const RoundLists& lists) {
+    m_Round.config->SetString(value::kProfiledNetworksInRangeJson, lists.networksInRange);
+    if (!lists.connectedInRange) {
+      lines::ConnectedNotInRange(m_Round);
+    }
+  }
+
+  void PublishRows(const BssEntryList& entries, const WString& rows, const char16_t* name,
+                   const char* logPrefix) {
+    lines::Sorted(m_Round, entries, logPrefix);
+    if (!m_Round.config->SetString(name, rows)) {
       lines::RowsNotPublished(m_Round, name);
     }
   }
@@ -119,6 +159,7 @@ class PolicyRound {
   }
 
   Round m_Round;
+  ListInputs m_Inputs;
 };
 
 }  // namespace

@@ -66,8 +66,11 @@ void ConnectedNotInRange(const Round& round) {
               round.idx, round.facts.ssid);
 }
 
-void Sorted(const Round& round, CWlanBssEntry& entry, const char* list) {
-  LOG_ADAPTER(round.idx, kCandidateDetailLog, u"%s", SortLine(round, entry, list));
+void Sorted(const Round& round, const BssEntryList& entries, const char* list) {
+  const log::Open open(round.idx, kCandidateDetailLog);
+  if (!open) return;
+  for (const auto& entry : entries)
+    LOG_ADAPTER(round.idx, kCandidateDetailLog, u"%s", SortLine(round, *entry, list));
 }
 
 void RowNotAdded(const Round& round) { LOG_ERROR(u"[%i] -->FALIED to add to CSV\n", round.idx); }

@@ -11,7 +11,7 @@ namespace corvane::lines {
 // --- The round
 void Settings(const Round& round);
 void ConnectedNotInRange(const Round& round);
-void Sorted(const Round& round, CWlanBssEntry& entry, const char* list);
+void Sorted(const Round& round, const BssEntryList& entries, const char* list);
 void RowNotAdded(const Round& round);
 void RowsNotPublished(const Round& round, const char16_t* value);
 void Scores(const Round& round);

@@ -18,6 +18,7 @@ struct ChannelLoadMap {
     Row noise{};    // summed weights, at most 255
     Row load{};     // running load percent; kNoLoad (in the low bands) for no information
     Row apCount{};  // BSSes on the channel
+    friend bool operator==(const Band&, const Band&) = default;
   };
 
   ChannelLoadMap() { Reset(); }
@@ -32,6 +33,8 @@ struct ChannelLoadMap {
   // Load percent; kNoLoad for no information, 0 for band 0 and for no channel.
   std::uint8_t LoadOf(int band, std::int32_t channel) const;
   std::uint8_t ApCountOf(int band, std::int64_t channel) const;  // 0 for no channel
+
+  friend bool operator==(const ChannelLoadMap&, const ChannelLoadMap&) = default;
 
   Band low;  // bands 2, 5 and 0
   Band six;  // band 6

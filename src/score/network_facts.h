@@ -26,6 +26,7 @@ inline constexpr std::uint32_t kConnectivityNoInternet = 0x333;
 struct KnownNetwork {
   std::int32_t category = kCategoryUnknown;  // NetworkCategory
   std::uint32_t connectivity = 0;            // NLM_CONNECTIVITY
+  friend bool operator==(const KnownNetwork&, const KnownNetwork&) = default;
 };
 using KnownNetworks = std::map<WString, KnownNetwork, std::less<>>;  // by base name
 

@@ -8,7 +8,7 @@
 namespace corvane {
 
 bool CConfigApList::LoadFromFileAndRegistry(CRegistryHelperBase& key) {
-  m_Rows.clear();
+  Clear();
   const std::string file = ReadProgramFile(m_Kind.stem);
   if (!file.empty()) LoadConfiguration(file);
   WString stored;
@@ -20,15 +20,26 @@ bool CConfigApList::LoadFromFileAndRegistry(CRegistryHelperBase& key) {
 }
 
 bool CConfigApList::ReloadFromRegistry(const CRegistryHelperBase& key) {
-  m_Rows.clear();
   WString stored;
-  if (!key.GetString(m_Kind.valueName, &stored)) return false;
+  const bool isThere = key.GetString(m_Kind.valueName, &stored);
+  if (isThere && m_Reloaded == stored) return true;
+  Clear();
+  if (!isThere) return false;
   LoadConfiguration(WideToUtf8(stored));
+  m_Reloaded = std::move(stored);
   return true;
+}
+
+void CConfigApList::Clear() {
+  if (!m_Rows.empty()) ++m_Version;
+  m_Rows.clear();
+  m_Reloaded.reset();
 }
 
 bool CConfigApList::LoadConfiguration(std::string_view text) {
   const std::size_t before = m_Rows.size();
+  ++m_Version;
+  m_Reloaded.reset();
   return Contained([&] { return m_Kind.read(text, &m_Rows); },
                    [&](const Failure& failure) {
                      LOG_ERROR(u"%S::LoadConfiguration: %S: %S", m_Kind.className, failure.Kind(),

@@ -1,4 +1,6 @@
 #pragma once
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -21,6 +23,7 @@ class CConfigApList {
   bool LoadConfiguration(std::string_view text);
   std::string ToJson() const;
   const ApListRows& Rows() const { return m_Rows; }
+  std::uint64_t Version() const { return m_Version; }  // another one where the rows may differ
 
  protected:
   struct Kind {
@@ -39,8 +42,12 @@ class CConfigApList {
   bool MoveToBackup() const;
 
  private:
+  void Clear();
+
   const Kind& m_Kind;
   ApListRows m_Rows;
+  std::uint64_t m_Version = 0;
+  std::optional<WString> m_Reloaded;  // the text that the rows are those of, where that is known
 };
 
 }  // namespace corvane

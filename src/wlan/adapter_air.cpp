@@ -80,25 +80,36 @@ void AdapterAir::ClearNetworks() {
   NetworkMap dropped;  // outlives the lock
   const CCritSecLock lock(m_Lock);
   dropped.swap(m_Networks);
+  NoteChange();
+}
+
+std::uint64_t AdapterAir::TakeStamp() {
+  const CCritSecLock lock(m_Lock);
+  if (!std::exchange(m_bKept, false)) ++m_Stamp;
+  return m_Stamp;
 }
 
 void AdapterAir::ApplyPreferredRows(const PreferredApRows& rows) {
   const CCritSecLock lock(m_Lock);
-  MarkPreferred(rows, &m_Networks);
+  if (MarkPreferred(rows, &m_Networks)) NoteChange();
 }
 
 void AdapterAir::ApplyDenyRows(const ApListRows& rows) {
   const CCritSecLock lock(m_Lock);
-  MarkDenied(rows, &m_Networks);
+  if (MarkDenied(rows, &m_Networks)) NoteChange();
 }
 
 void AdapterAir::SetBTPenalty(std::int32_t value) {
   const CCritSecLock guard(m_Lock);
+  bool changed = false;
   for (const auto& [ssid, network] : m_Networks) {
     for (const auto& [bssid, entry] : network->m_BssMap) {
-      if (!entry->IsIn5GHzRange()) entry->m_BTPenalty = value;
+      if (entry->IsIn5GHzRange() || entry->m_BTPenalty == value) continue;
+      entry->m_BTPenalty = value;
+      changed = true;
     }
   }
+  if (changed) NoteChange();
 }
 
 void AdapterAir::GatewayRoamingCheck() {

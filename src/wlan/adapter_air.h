@@ -1,6 +1,8 @@
 #pragma once
 // The networks and access points that an adapter has heard, in one tree.
 
+#include <optional>
+
 #include "model/wlan_network.h"
 #include "report/ap_set_memo.h"
 #include "store/ap_list_row.h"
@@ -41,9 +43,25 @@ class AdapterAir {
   bool AssignGatewayMacsToBssEntry(const WString& ssid, const MacAddress& bssid, const MacList& ip4,
                                    const MacList& ip6);
 
+  // The tree's version, for who holds the lock: another one after each change but those that only
+  // the connection and a scan make.
+  std::uint64_t Version() const { return m_Version; }
+  void NoteChange() { ++m_Version, m_bKept = false; }
+  // A merge has found all as it was.
+  void NoteKept() { m_bKept = true; }
+  // The same as the last time when merges have found all as it was since then, and no other change
+  // was made. Who asks twice without a merge in between gets another one.
+  std::uint64_t TakeStamp();
+
   // The BSS of the connection while an adapter that is before this one is there, too; zero: alone.
   void NoteShared(const MacAddress& bssid);
-  void UpdateAllScores();                // (score_update.cpp)
+  // Scores (score_update.cpp): asks for the connectivity of the connection, and scores what the
+  // newest lists have by what is known then.
+  void UpdateAllScores();
+  // Asks, for the scores that follow. Nothing: there is internet, or nobody knows.
+  std::optional<WString> AskForLackOfInternet();
+  void TellOfLackOfInternet(const std::optional<WString>& ssid) const;
+  void ScoreEntries(const LinkSeen& link, const ScoreContext& context);
   ScoreContext GetScoreContext() const;  // of this moment
   // 0 or 1 by what the scores saw of an access point before the tree was dropped, 0xFFFFFFFF for
   // nothing.
@@ -54,13 +72,15 @@ class AdapterAir {
  private:
   std::int32_t BackupScore(WStringView ssid,
                            const MacAddress& bssid) const;  // -1 while disconnected
-  void NoteConnectivity();
   void RememberConnectivity();
 
   const AdapterIdentity& m_Adapter;
   const AdapterLink& m_Link;
   CCritSec& m_Lock;
-  NetworkMap m_Networks;  // under m_Lock
+  NetworkMap m_Networks;        // under m_Lock
+  std::uint64_t m_Version = 0;  // under m_Lock, as the next two
+  std::uint64_t m_Stamp = 0;
+  bool m_bKept = false;  // since the last stamp
   mutable CCritSec m_SharedLock{"shared access point", LockRank::kLeaf};
   MacAddress m_Shared{};      // under m_SharedLock
   CApSetMemo m_InternetMemo;  // the connectivity that the scores saw, over a loss of the tree

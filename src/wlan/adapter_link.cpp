@@ -90,6 +90,12 @@ platform::WLAN_CONNECTION_ATTRIBUTES AdapterLink::ConnAttrs() const {
   return m_State.m_ConnAttrs;
 }
 
+LinkSeen AdapterLink::Seen() const {
+  const CCritSecLock lock(m_Lock);
+  return {m_bIsConnected, m_State.m_connected_dot11Bssid,
+          m_State.m_ConnAttrs.wlanAssociationAttributes.wlanSignalQuality};
+}
+
 MacAddress AdapterLink::ConnectedBssid() const {
   const CCritSecLock lock(m_Lock);
   return m_State.m_connected_dot11Bssid;

@@ -19,6 +19,16 @@ struct ConnectionFacts {
   std::uint32_t quality = 0;  // 0 to 100
 };
 
+// The connection as marks and scores of entries take it.
+struct LinkSeen {
+  bool connected = false;
+  MacAddress bssid{};
+  std::uint32_t quality = 0;  // 0 to 100, as the association has it
+
+  bool IsTo(const MacAddress& other) const { return connected && bssid == other; }
+  friend bool operator==(const LinkSeen&, const LinkSeen&) = default;
+};
+
 // What an adapter's present connection has of addresses.
 struct IPInfo {
   WString dnsSuffix;
@@ -54,6 +64,7 @@ class AdapterLink {
   std::uint32_t QueryChannel();                   // throws Exception
 
   bool IsConnected() const { return m_bIsConnected; }
+  LinkSeen Seen() const;
   void NoteDisconnected() { m_bIsConnected = false; }
   void ClearConnected();  // forgets the connected flag and the peak quality
   std::uint32_t MaxSignalQuality() const { return m_MaxSignalQuality; }

@@ -214,6 +214,7 @@ void AdapterProfiles::SaveTempProfileToNetwork(const WString& ssid,
                 m_Adapter.Idx(), ssid);
     return;
   }
+  ++m_TempProfilesKept;
   network.m_TempProfileXml = parameters.strProfile ? parameters.strProfile : u"";
   LOG_ADAPTER(m_Adapter.Idx(), kTempProfileLog,
               u"[%i] CWlanInterface::SaveTempProfileToNetwork: SSID [%s]\n", m_Adapter.Idx(), ssid);

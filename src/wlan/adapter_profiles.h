@@ -32,6 +32,7 @@ class AdapterProfiles {
   void SaveTempProfileToNetwork(const WString& ssid,
                                 const platform::WLAN_CONNECTION_PARAMETERS& parameters);
   bool GetTempProfile(WStringView ssid, WString* xml);
+  std::uint64_t TempProfilesKept() const { return m_TempProfilesKept; }  // so far
   void SaveTempProfiles();  // stores the queued texts as profiles, each once
 
  private:
@@ -42,6 +43,7 @@ class AdapterProfiles {
   const AdapterIdentity& m_Adapter;
   CCritSec& m_Lock;
   const NetworkMap& m_Networks;
+  std::atomic<std::uint64_t> m_TempProfilesKept{0};
   std::vector<WString> m_TempProfilesToSave;  // XML texts, under m_Lock
 };
 

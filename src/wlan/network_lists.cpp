@@ -1,10 +1,14 @@
 #include "wlan/network_lists.h"
 
+#include <string_view>
 #include <tuple>
+#include <unordered_map>
+#include <utility>
 
 #include "foundation/log_lines.h"
 #include "model/global_wireless_maps.h"
 #include "monitors/network_list_manager.h"
+#include "platform/clock_api.h"
 #include "platform/platform.h"
 #include "platform/wlan_api.h"
 #include "settings/global_config_container.h"
@@ -21,10 +25,46 @@ using namespace platform;
 constexpr std::int32_t kBssListError = 100;
 constexpr std::size_t kEntriesAt = offsetof(WLAN_BSS_LIST, wlanBssEntries);
 constexpr BOOL kSecurityEnabled = 1;
+constexpr std::uint32_t kShortestElements = 2;  // fewer bytes count as none
 
 bool IsPossible(const WLAN_BSS_LIST& list) {
   if (list.dwTotalSize < kEntriesAt || list.dwTotalSize > kMaxBssListBytes) return false;
   return list.dwNumberOfItems <= (list.dwTotalSize - kEntriesAt) / sizeof(WLAN_BSS_ENTRY);
+}
+
+// Finds the network of an access point: by the bytes of its SSID among those that are listed, else
+// by its name among all.
+class NetworkFinder {
+ public:
+  template <class Listed>
+  NetworkFinder(const WLAN_AVAILABLE_NETWORK_LIST& list, const std::vector<Listed>& listed,
+                const NetworkMap& all)
+      : m_All(all) {
+    const WLAN_AVAILABLE_NETWORK* const records = list.Network;
+    m_Listed.reserve(listed.size());
+    for (const Listed& one : listed)
+      m_Listed.emplace(SsidView(records[one.place].dot11Ssid), one.network);
+  }
+
+  CWlanNetwork* Find(const DOT11_SSID& ssid) const {
+    if (const auto at = m_Listed.find(SsidView(ssid)); at != m_Listed.end()) return at->second;
+    const WString text = SsidText(ssid);
+    if (const auto at = m_All.find(text); at != m_All.end()) return at->second.get();
+    LOG_DEBUG(DBG(0), u"=====> ssid %s not found in g_WlanNetworkMap\n", text);
+    return nullptr;
+  }
+
+ private:
+  const NetworkMap& m_All;
+  std::unordered_map<std::string_view, CWlanNetwork*> m_Listed;
+};
+
+// True: work() has written something to the log.
+template <class Work>
+bool Says(Work work) {
+  const std::uint64_t before = log::Scope::Count();
+  work();
+  return log::Scope::Count() != before;
 }
 
 }  // namespace
@@ -87,33 +127,131 @@ WlanBuffer<WLAN_BSS_LIST> NetworkLists::GetNetworkBssList() {
 void NetworkLists::Read(bool scanned, bool first, std::int32_t* found, std::int32_t* aux_error) {
   const CCritSecLock configLock(CGlobalConfigContainer::GetInstance().GetLock());
   const CCritSecLock lock(m_Air.Lock());
-  ClearScanMarks();
-  if (const auto networks = GetAvailableNetworkList()) {
-    const ListedNetworks listed = TakeNetworks(*networks.get(), found);
-    if (const auto entries = GetNetworkBssList()) {
-      TakeBssEntries(*entries.get(), listed);
-      if (scanned) BumpUnscannedCounter();
-    } else {
-      *aux_error = kBssListError;
-      LOG_ERROR(
-          u"[%i]CWlanInterface::DiscoverNetworksSynchronous: GetNetworkBssList()/CGenericMalloc "
-          u"Failure!",
-          m_Adapter.Idx());
-    }
-    MarkConnected();
-    if (m_Adapter.Idx() == 0) CGlobalWirelessMaps::GetInstance().ComputeNoiseLevelArray(m_Networks);
-    m_Air.UpdateAllScores();
-    if (const log::Open open(m_Adapter.Idx(), DBG(20)); first && open) {
-      int number = 0;
-      const ScoreContext context = m_Air.GetScoreContext();
-      for (const auto& [ssid, network] : m_Networks) network->Dump(number++, context);
-    }
+  AirInputs now;
+  std::optional<WString> noInternet;
+  try {
+    if (!GatherLists(&now, found, aux_error)) return;
+    noInternet = GatherScoring(&now);
+  } catch (...) {
+    Forget();
+    ClearScanMarks();
+    throw;
+  }
+  if (!scanned && !first && m_Last && *m_Last == now) {
+    Keep(now, noInternet);
   } else {
+    Forget();
+    const Merged merged = Merge(now, noInternet, scanned);
+    m_Air.NoteChange();
+    if (merged.repeats) Remember(std::move(now), merged);
+  }
+  if (const log::Open open(m_Adapter.Idx(), DBG(20)); first && open) {
+    int number = 0;
+    const ScoreContext context = m_Air.GetScoreContext();
+    for (const auto& [ssid, network] : m_Networks) network->Dump(number++, context);
+  }
+}
+
+bool NetworkLists::GatherLists(AirInputs* now, std::int32_t* found, std::int32_t* aux_error) {
+  now->networks = GetAvailableNetworkList();
+  if (!now->networks) {
+    Forget();
+    ClearScanMarks();
     LOG_DEBUG(DBG(0),
               u"[%i] CWlanInterface::DiscoverNetworksSynchronous: "
               u"GetAvailableNetworkList()/CGenericMalloc "
               u"Failure!\n",
               m_Adapter.Idx());
+    return false;
+  }
+  GatherNetworks(now, found);
+  now->entries = GetNetworkBssList();
+  if (!now->entries) {
+    *aux_error = kBssListError;
+    LOG_ERROR(
+        u"[%i]CWlanInterface::DiscoverNetworksSynchronous: GetNetworkBssList()/CGenericMalloc "
+        u"Failure!",
+        m_Adapter.Idx());
+  }
+  return true;
+}
+
+// A network that is new gets its place in the tree here.
+void NetworkLists::GatherNetworks(AirInputs* now, std::int32_t* found) {
+  now->air = m_Air.Version();
+  const bool same =
+      m_Last && m_Last->air == now->air && IsSame(m_Last->networks.get(), now->networks.get());
+  if (!same) TakeNetworks(*now->networks.get());
+  now->profiles.reserve(m_Listed.size());
+  for (const Listed& listed : m_Listed) {
+    if (FindProfile(*listed.network)) ++*found;
+    const CWlanProfileData* const profile = listed.network->m_Profile.get();
+    now->profiles.push_back(profile ? AirInputs::Profile{true, profile->m_bAutoConnect,
+                                                         profile->m_bNonBroadcast,
+                                                         profile->m_GrantedAccess}
+                                    : AirInputs::Profile{});
+  }
+}
+
+std::optional<WString> NetworkLists::GatherScoring(AirInputs* now) {
+  now->heardBy = m_Air.GetScoreContext();
+  if (!m_Link.IsConnected()) m_Link.ClearConnectedBssid();
+  now->marked = m_Link.Seen();
+  std::optional<WString> noInternet = m_Air.AskForLackOfInternet();
+  now->scored = m_Link.Seen();
+  now->scoredBy = m_Air.GetScoreContext().WithoutAverages();
+  return noInternet;
+}
+
+NetworkLists::Merged NetworkLists::Merge(const AirInputs& now,
+                                         const std::optional<WString>& noInternet, bool scanned) {
+  ClearScanMarks();
+  Merged merged;
+  merged.said = Says([&] {
+    if (now.entries) {
+      merged.repeats = TakeBssEntries(now);
+      if (scanned) BumpUnscannedCounter();
+    }
+    MarkConnected(now.marked);
+    if (m_Adapter.Idx() == 0) CGlobalWirelessMaps::GetInstance().ComputeNoiseLevelArray(m_Networks);
+  });
+  m_Air.TellOfLackOfInternet(noInternet);
+  merged.scoredBy = m_Air.GetScoreContext();  // knows the loads just worked out
+  merged.said |= Says([&] { m_Air.ScoreEntries(now.scored, merged.scoredBy); });
+  return merged;
+}
+
+void NetworkLists::Remember(AirInputs now, const Merged& merged) {
+  now.air = m_Air.Version();
+  now.scoredBy = merged.scoredBy.WithoutAverages();
+  m_Last = std::move(now);
+  m_LastWatch = merged.said ? std::nullopt : std::optional(LogWatch::Now());
+}
+
+// What a merge has said it says each time. One that is made for its lines alone leaves the run as
+// it is.
+void NetworkLists::Keep(const AirInputs& now, const std::optional<WString>& noInternet) {
+  m_KeptTick = Os().clock.GetTickCount64();
+  m_Air.NoteKept();
+  if (m_LastWatch == LogWatch::Now()) {
+    m_Air.TellOfLackOfInternet(noInternet);
+    return;
+  }
+  const LogWatch watch = LogWatch::Now();
+  const log::Scope scope;
+  m_LastWatch = Merge(now, noInternet, false).said ? std::nullopt : std::optional(watch);
+}
+
+// The next merge is made whatever it finds. Until now each of those that were passed over has heard
+// the elements of all that is listed.
+void NetworkLists::Forget() {
+  m_Last.reset();
+  const std::uint64_t tick = std::exchange(m_KeptTick, 0);
+  if (tick == 0) return;
+  for (const auto& [ssid, network] : m_Networks) {
+    for (const auto& [bssid, entry] : network->m_BssMap) {
+      if (entry->m_bss_scanned && entry->m_IEBlob) entry->m_IEBlob->m_ParsedAtTick = tick;
+    }
   }
 }
 
@@ -123,8 +261,7 @@ void NetworkLists::ClearScanMarks() {
   }
 }
 
-NetworkLists::ListedNetworks NetworkLists::TakeNetworks(const WLAN_AVAILABLE_NETWORK_LIST& list,
-                                                        std::int32_t* found) {
+void NetworkLists::TakeNetworks(const WLAN_AVAILABLE_NETWORK_LIST& list) {
   const WLAN_AVAILABLE_NETWORK* const records = list.Network;
   const auto taken = StrongestOf(list.dwNumberOfItems, kMaxNetworksTaken, [&](std::uint32_t i) {
     const DWORD flags = records[i].dwFlags;
@@ -133,8 +270,8 @@ NetworkLists::ListedNetworks NetworkLists::TakeNetworks(const WLAN_AVAILABLE_NET
                       records[i].wlanSignalQuality);
   });
   TellOfCut("networks", list.dwNumberOfItems, kMaxNetworksTaken, &m_bNetworksCut);
-  ListedNetworks listed;
-  listed.reserve(taken.size());
+  m_Listed.clear();
+  m_Listed.reserve(taken.size());
   for (const std::uint32_t i : taken) {
     const WLAN_AVAILABLE_NETWORK& record = records[i];
     if (record.dot11Ssid.uSSIDLength == 0) continue;
@@ -144,10 +281,8 @@ NetworkLists::ListedNetworks NetworkLists::TakeNetworks(const WLAN_AVAILABLE_NET
     const CSmartPointer<CWlanNetwork> network = isNew ? CWlanNetwork::CreateObject() : at->second;
     network->Update(record, m_Adapter.Idx());
     if (isNew) m_Networks.emplace(ssid, network);
-    listed.emplace(SsidView(record.dot11Ssid), network.get());
-    if (FindProfile(*network)) ++*found;
+    m_Listed.push_back({i, network.get()});
   }
-  return listed;
 }
 
 void NetworkLists::TellOfCut(const char* what, std::uint32_t listed, std::uint32_t limit,
@@ -178,39 +313,35 @@ bool NetworkLists::FindProfile(CWlanNetwork& network) {
   return false;
 }
 
-void NetworkLists::TakeBssEntries(const WLAN_BSS_LIST& list, const ListedNetworks& listed) {
+bool NetworkLists::TakeBssEntries(const AirInputs& now) {
+  const WLAN_BSS_LIST& list = *now.entries.get();
   const WLAN_BSS_ENTRY* const records = list.wlanBssEntries;
   const auto* const bytes = reinterpret_cast<const std::uint8_t*>(&list);
-  const MacAddress connected = m_Link.IsConnected() ? m_Link.ConnectedBssid() : MacAddress{};
+  const LinkSeen link = m_Link.Seen();
   const auto taken = StrongestOf(list.dwNumberOfItems, kMaxEntriesTaken, [&](std::uint32_t i) {
-    return std::tuple(ToMac(records[i].dot11Bssid) == connected, records[i].uLinkQuality,
+    return std::tuple(link.IsTo(ToMac(records[i].dot11Bssid)), records[i].uLinkQuality,
                       records[i].lRssi);
   });
   TellOfCut("access points", list.dwNumberOfItems, kMaxEntriesTaken, &m_bEntriesCut);
-  const ScoreContext context = m_Air.GetScoreContext();
+  const NetworkFinder finder(*now.networks.get(), m_Listed, m_Networks);
+  bool allHaveElements = true;
   for (const std::uint32_t i : taken) {
     const WLAN_BSS_ENTRY& bss = records[i];
     if (bss.dot11Ssid.uSSIDLength == 0) continue;
-    CWlanNetwork* const network = NetworkOf(bss.dot11Ssid, listed);
+    CWlanNetwork* const network = finder.Find(bss.dot11Ssid);
     if (!network) continue;
     // Element bytes that would lie outside the list are none.
     const std::uint64_t first = kEntriesAt + i * sizeof(WLAN_BSS_ENTRY) + bss.ulIeOffset;
     const bool inside = first + bss.ulIeSize <= list.dwTotalSize;
-    TakeBss(bss, inside ? bytes + first : nullptr, inside ? bss.ulIeSize : 0, *network, connected,
-            context);
+    const std::uint32_t size = inside ? bss.ulIeSize : 0;
+    allHaveElements &= size >= kShortestElements;
+    TakeBss(bss, inside ? bytes + first : nullptr, size, *network, link, now.heardBy);
   }
-}
-
-CWlanNetwork* NetworkLists::NetworkOf(const DOT11_SSID& ssid, const ListedNetworks& listed) {
-  if (const auto at = listed.find(SsidView(ssid)); at != listed.end()) return at->second;
-  const WString text = SsidText(ssid);
-  if (const auto at = m_Networks.find(text); at != m_Networks.end()) return at->second.get();
-  LOG_DEBUG(DBG(0), u"=====> ssid %s not found in g_WlanNetworkMap\n", text);
-  return nullptr;
+  return allHaveElements;
 }
 
 void NetworkLists::TakeBss(const WLAN_BSS_ENTRY& bss, const std::uint8_t* ies, std::uint32_t cbIEs,
-                           CWlanNetwork& network, const MacAddress& connected,
+                           CWlanNetwork& network, const LinkSeen& link,
                            const ScoreContext& context) {
   const MacAddress bssid = ToMac(bss.dot11Bssid);
   CWlanBssEntry::Facts facts;
@@ -222,9 +353,7 @@ void NetworkLists::TakeBss(const WLAN_BSS_ENTRY& bss, const std::uint8_t* ies, s
   facts.hasTempProfile = !network.m_TempProfileXml.empty();
   facts.securityEnabled = network.m_Available.bSecurityEnabled;
   facts.authAlgorithm = network.m_Available.dot11DefaultAuthAlgorithm;
-  if (!IsZero(connected) && bssid == connected) {
-    facts.pegLQ = m_Link.ConnAttrs().wlanAssociationAttributes.wlanSignalQuality;
-  }
+  if (!IsZero(bssid) && link.IsTo(bssid)) facts.pegLQ = link.quality;
   // Only a new entry takes over what is remembered of its connectivity.
   if (!network.m_BssMap.contains(bssid)) {
     facts.internetState = m_Air.RememberedInternet(network.m_SSIDW, MacText(bssid));
@@ -246,13 +375,10 @@ void NetworkLists::BumpUnscannedCounter() {
   }
 }
 
-void NetworkLists::MarkConnected() {
-  const bool isConnected = m_Link.IsConnected();
-  if (!isConnected) m_Link.ClearConnectedBssid();
-  const MacAddress connected = m_Link.ConnectedBssid();
+void NetworkLists::MarkConnected(const LinkSeen& link) {
   for (const auto& [ssid, network] : m_Networks) {
     for (const auto& [bssid, entry] : network->m_BssMap) {
-      entry->m_bConnected = isConnected && bssid == connected;
+      entry->m_bConnected = link.IsTo(bssid);
       if (entry->m_bConnected) entry->m_ever_connected = true;
     }
   }

@@ -3,10 +3,12 @@
 
 #include <cstdint>
 #include <list>
+#include <optional>
 
 #include "model/wlan_network.h"
 #include "wlan/adapter_identity.h"
 #include "wlan/candidate_claim.h"
+#include "wlan/round_lists.h"
 #include "wlan/switch_rate.h"
 
 namespace corvane {
@@ -45,6 +47,8 @@ class PolicyMemory {
   WString m_last_suggested_bssid;
   WString m_last_suggested_ssid;
   std::int32_t m_last_suggested_pos = -1;  // in the sorted list; -1 without a suggestion
+
+  std::optional<RoundLists> m_lists;  // of the last round that came to its end
 
  private:
   void ProcessSwitchesPerMin();

@@ -19,21 +19,25 @@ struct LoadAverages {
 
 }  // namespace
 
-// The connected network's connectivity of this moment, for the scores that follow.
-void AdapterAir::NoteConnectivity() {
+std::optional<WString> AdapterAir::AskForLackOfInternet() {
   CNetworkListManager* const list = CNetworkListManager::Find();
-  if (!m_Link.IsConnected() || !list) return;
+  if (!m_Link.IsConnected() || !list) return std::nullopt;
   bool internet = false;
   NlmNetworkRecord record;
   if (list->DoesInterfaceHaveInternet(m_Adapter.Guid(), &internet, &record) != platform::S_OK)
-    return;
-  const WString ssid = SsidText(m_Link.ConnAttrs().wlanAssociationAttributes.dot11Ssid);
+    return std::nullopt;
+  WString ssid = SsidText(m_Link.ConnAttrs().wlanAssociationAttributes.dot11Ssid);
   // Without a connection in the network list there is nothing to hand on.
   if (!record.name.empty()) list->SetConnectivityForNetwork(ssid, record.connectivity);
-  if (internet) return;
+  if (internet) return std::nullopt;
+  return ssid;
+}
+
+void AdapterAir::TellOfLackOfInternet(const std::optional<WString>& ssid) const {
+  if (!ssid) return;
   LOG_ADAPTER(m_Adapter.Idx(), DBG(0) | DBG(16) | DBG(37),
               u"\n[%i] CWlanInterface::UpdateAllScores(): [%s] CONNECTION HAS NO INTERNET%s\n",
-              m_Adapter.Idx(), ssid, g_bVPNFound ? u", might be false due to VPN detected." : u"");
+              m_Adapter.Idx(), *ssid, g_bVPNFound ? u", might be false due to VPN detected." : u"");
 }
 
 void AdapterAir::NoteShared(const MacAddress& bssid) {
@@ -50,16 +54,18 @@ ScoreContext AdapterAir::GetScoreContext() const {
 
 void AdapterAir::UpdateAllScores() {
   const CCritSecLock lock(m_Lock);
-  NoteConnectivity();
+  TellOfLackOfInternet(AskForLackOfInternet());
   const ScoreContext context = GetScoreContext();  // knows the connectivity just noted
-  const bool isConnected = m_Link.IsConnected();
-  const MacAddress connected = m_Link.ConnectedBssid();
-  const std::uint32_t quality = m_Link.ConnAttrs().wlanAssociationAttributes.wlanSignalQuality;
+  ScoreEntries(m_Link.Seen(), context);
+  NoteChange();
+}
+
+void AdapterAir::ScoreEntries(const LinkSeen& link, const ScoreContext& context) {
   LoadAverages high, low;  // the 5 GHz range, and all else
   for (const auto& [ssid, network] : m_Networks) {
     for (const auto& [bssid, entry] : network->m_BssMap) {
       if (!entry->m_bss_scanned) continue;
-      entry->UpdateScore(isConnected && bssid == connected ? quality : 0, context);
+      entry->UpdateScore(link.IsTo(bssid) ? link.quality : 0, context);
       entry->UpdateApCount(context);
       if (entry->m_QBSSPoints < 0) continue;
       LoadAverages& group = entry->IsIn5GHzRange() ? high : low;

@@ -81,6 +81,9 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   bool IsConnectedToNetworkWithBothBssids(const MacAddress& a, const MacAddress& b) {
     return m_Air.IsConnectedToNetworkWithBothBssids(a, b);
   }
+  // What the lists of a policy round depend on beside what it is told.
+  std::uint64_t TakeAirStamp() { return m_Air.TakeStamp(); }
+  std::uint64_t TempProfilesKept() const { return m_Profiles.TempProfilesKept(); }
   BssEntryList SnapshotEntries() { return m_Air.SnapshotEntries(); }
   void UpdateAllScores() { m_Air.UpdateAllScores(); }
   ScoreContext GetScoreContext() const { return m_Air.GetScoreContext(); }
