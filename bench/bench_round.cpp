@@ -116,8 +116,16 @@ class CrowdedAir : public WlanApi {
         connected ? static_cast<DWORD>(wlan_interface_state_connected) : kDisconnected;
     return ERROR_SUCCESS;
   }
+  // The lists as they were: what a platform pays for making them is no matter of a round.
+  void Freeze() {
+    WlanGetAvailableNetworkList(nullptr, nullptr, 0, nullptr, &m_pFrozenNetworks);
+    WlanGetNetworkBssList(nullptr, nullptr, nullptr, 0, 0, nullptr, &m_pFrozenEntries);
+  }
+  ~CrowdedAir() override { std::free(m_pFrozenNetworks), std::free(m_pFrozenEntries); }
+
   DWORD WlanGetAvailableNetworkList(HANDLE, const GUID*, DWORD, void*,
                                     WLAN_AVAILABLE_NETWORK_LIST** list) override {
+    if (m_pFrozenNetworks && (*list = m_pFrozenNetworks)) return ERROR_SUCCESS;
     *list = Allocate<WLAN_AVAILABLE_NETWORK_LIST>(
         sizeof(WLAN_AVAILABLE_NETWORK_LIST) + m_Networks.size() * sizeof(WLAN_AVAILABLE_NETWORK));
     (*list)->dwNumberOfItems = static_cast<DWORD>(m_Networks.size());
@@ -127,6 +135,7 @@ class CrowdedAir : public WlanApi {
   }
   DWORD WlanGetNetworkBssList(HANDLE, const GUID*, const DOT11_SSID*, LONG, BOOL, void*,
                               WLAN_BSS_LIST** list) override {
+    if (m_pFrozenEntries && (*list = m_pFrozenEntries)) return ERROR_SUCCESS;
     const std::size_t head = offsetof(WLAN_BSS_LIST, wlanBssEntries);
     std::size_t bytes = head + m_Bss.size() * sizeof(WLAN_BSS_ENTRY);
     for (const auto& elements : m_Elements) bytes += elements.size();
@@ -146,11 +155,30 @@ class CrowdedAir : public WlanApi {
     (*list)->dwNumberOfItems = static_cast<DWORD>(m_Bss.size());
     return ERROR_SUCCESS;
   }
-  void WlanFreeMemory(void* memory) override { std::free(memory); }
+  void WlanFreeMemory(void* memory) override {
+    if (memory != m_pFrozenNetworks && memory != m_pFrozenEntries) std::free(memory);
+  }
+
+  // Every tenth network has a profile, while this is on.
+  DWORD WlanGetProfile(HANDLE, const GUID*, LPCWSTR name, void*, char16_t** xml, DWORD* flags,
+                       DWORD* access) override {
+    if (!profiles || !WStringView(name).ends_with(u'0')) return ERROR_NOT_FOUND;
+    *xml = Allocate<char16_t>(sizeof(kProfile));
+    std::memcpy(*xml, kProfile, sizeof(kProfile));
+    *flags = 0;
+    *access = WLAN_EXECUTE_ACCESS;
+    return ERROR_SUCCESS;
+  }
+
+  // Another air than before, by one access point.
+  void Stir() { m_Bss.back().uLinkQuality ^= 1; }
 
   bool connected = false;  // to the first one
+  bool profiles = false;
 
  private:
+  static constexpr char16_t kProfile[] =
+      u"<WLANProfile><connectionMode>auto</connectionMode></WLANProfile>";
   template <class T>
   static T* Allocate(std::size_t bytes) {
     return static_cast<T*>(std::calloc(1, bytes));
@@ -158,23 +186,27 @@ class CrowdedAir : public WlanApi {
   std::vector<WLAN_BSS_ENTRY> m_Bss;
   std::vector<std::vector<BYTE>> m_Elements;
   std::vector<WLAN_AVAILABLE_NETWORK> m_Networks;
+  WLAN_AVAILABLE_NETWORK_LIST* m_pFrozenNetworks = nullptr;
+  WLAN_BSS_LIST* m_pFrozenEntries = nullptr;
 };
 
 // One adapter in crowded air, disconnected.
 class Rig : public test::KernelTest {
  public:
-  explicit Rig(std::size_t entries) {
+  explicit Rig(std::size_t entries, PolicyProfileKind profile = PolicyProfileKind::kClassic) {
     Install<test::QuietNetworkList>();
     CNetworkListManager::GetInstance();
     m_pAir = &Install<CrowdedAir>(entries);
     g_DebugMask = 0;
     g_EnableFileLogging = 0;
     CGlobalConfigContainer::GetInstance().Initialize(false);
+    CGlobalConfigContainer::GetInstance().m_PolicyProfile = static_cast<std::uint32_t>(profile);
     CWifiClientContainer::GetInstance().Initialize();
     adapter = CWifiClientContainer::GetInstance().GetInterface(0);
     adapter->Config()->m_ScanInterval = 3600;
     adapter->Config()->m_Enabled = false;
     Discover();
+    Discover();  // the first look may begin with a scan, which this air refuses
     for (const auto& entry : adapter->SnapshotEntries())
       entry->m_GrantedAccess = WLAN_EXECUTE_ACCESS;
   }
@@ -209,16 +241,23 @@ class Rig : public test::KernelTest {
     config->m_Denylist.ReloadFromRegistry(*config);
   }
 
+  CrowdedAir& Air() { return *m_pAir; }
+
   CSmartPointer<CWlanInterface> adapter;
 
  private:
   CrowdedAir* m_pAir = nullptr;
 };
 
+constexpr auto kClassic = PolicyProfileKind::kClassic, kBalanced = PolicyProfileKind::kBalanced;
+constexpr int kDenyRows = 400;
+
+template <PolicyProfileKind profile>
 void MergeScoreAndSort(benchmark::State& state) {
-  Rig rig(static_cast<std::size_t>(state.range(0)));
+  Rig rig(static_cast<std::size_t>(state.range(0)), profile);
   std::size_t seen = 0;
   for (auto _ : state) {
+    rig.Air().Stir();
     rig.Discover();
     BssEntryList entries = EntriesInRange(*rig.adapter);
     SortCandidates(&entries, true, rig.adapter->GetScoreContext());
@@ -227,22 +266,45 @@ void MergeScoreAndSort(benchmark::State& state) {
   }
   if (seen != static_cast<std::size_t>(state.range(0))) state.SkipWithError("entries are missing");
 }
-BENCHMARK(MergeScoreAndSort)->Arg(1000)->Arg(8000)->Unit(benchmark::kMillisecond);
+BENCHMARK(MergeScoreAndSort<kClassic>)->Arg(1000)->Arg(8000)->Unit(benchmark::kMillisecond);
+BENCHMARK(MergeScoreAndSort<kBalanced>)->Arg(1000)->Unit(benchmark::kMillisecond);
 
+template <PolicyProfileKind profile>
 void PolicyRound(benchmark::State& state) {
-  Rig rig(static_cast<std::size_t>(state.range(0)));
+  Rig rig(static_cast<std::size_t>(state.range(0)), profile);
   for (auto _ : state) CGlobalQUAYPolicy::ExecutePolicies(rig.adapter.get());
 }
-BENCHMARK(PolicyRound)->Arg(1000)->Arg(8000)->Unit(benchmark::kMillisecond);
+BENCHMARK(PolicyRound<kClassic>)->Arg(1000)->Arg(8000)->Unit(benchmark::kMillisecond);
+BENCHMARK(PolicyRound<kBalanced>)->Arg(1000)->Unit(benchmark::kMillisecond);
 
+template <PolicyProfileKind profile>
 void ConnectedPolicyRound(benchmark::State& state) {
-  constexpr int kDenyRows = 400;
-  Rig rig(static_cast<std::size_t>(state.range(0)));
+  Rig rig(static_cast<std::size_t>(state.range(0)), profile);
   rig.Connect();
   rig.Deny(kDenyRows);
   for (auto _ : state) CGlobalQUAYPolicy::ExecutePolicies(rig.adapter.get());
 }
-BENCHMARK(ConnectedPolicyRound)->Arg(1000)->Arg(8000)->Unit(benchmark::kMillisecond);
+BENCHMARK(ConnectedPolicyRound<kClassic>)->Arg(1000)->Arg(8000)->Unit(benchmark::kMillisecond);
+BENCHMARK(ConnectedPolicyRound<kBalanced>)->Arg(1000)->Unit(benchmark::kMillisecond);
+
+// Merge and policy of a connected adapter that has profiles of a tenth of what it hears: a round
+// that finds something else than the last one, and one that finds all as it was.
+enum class Finds { kChange, kNothingNew };
+template <Finds finds>
+void WholeRound(benchmark::State& state) {
+  Rig rig(static_cast<std::size_t>(state.range(0)));
+  rig.Connect();
+  rig.Deny(kDenyRows);
+  rig.Air().profiles = true;
+  if (finds == Finds::kNothingNew) rig.Air().Freeze();
+  for (auto _ : state) {
+    if (finds == Finds::kChange) rig.Air().Stir();
+    rig.Discover();
+    CGlobalQUAYPolicy::ExecutePolicies(rig.adapter.get());
+  }
+}
+BENCHMARK(WholeRound<Finds::kChange>)->Arg(1000)->Unit(benchmark::kMillisecond);
+BENCHMARK(WholeRound<Finds::kNothingNew>)->Arg(1000)->Unit(benchmark::kMillisecond);
 
 // A worker on a simulated PC, connected, among as many access points.
 class WorkerRig : public test::PcTest {
