@@ -197,7 +197,12 @@ DWORD FakeWlan::WlanGetAvailableNetworkList(HANDLE, const GUID*, DWORD, void*,
                                             WLAN_AVAILABLE_NETWORK_LIST** list) {
   if (const DWORD code = Enter("WlanGetAvailableNetworkList")) return code;
   std::vector<WLAN_AVAILABLE_NETWORK> items;
-  for (const std::string& ssid : networks) items.emplace_back().dot11Ssid = Ssid(ssid);
+  for (const std::string& ssid : networks) {
+    WLAN_AVAILABLE_NETWORK& item = items.emplace_back();
+    item.dot11Ssid = Ssid(ssid);
+    const auto quality = networkQualities.find(ssid);
+    if (quality != networkQualities.end()) item.wlanSignalQuality = quality->second;
+  }
   *list = MakeList<WLAN_AVAILABLE_NETWORK_LIST>(
       "WlanGetAvailableNetworkList", offsetof(WLAN_AVAILABLE_NETWORK_LIST, Network), items);
   return ERROR_SUCCESS;

@@ -34,6 +34,7 @@ class FakeWlan : public platform::WlanApi {
 
   std::vector<platform::GUID> adapters{AdapterGuid(1)};
   std::vector<std::string> networks;
+  std::map<std::string, platform::ULONG> networkQualities;  // by SSID; 0 for others
   std::vector<FakeBss> entries;
   std::map<std::u16string, std::u16string> profiles;  // XML by name
   std::map<platform::LONG, std::vector<std::string>> filters;
