@@ -46,7 +46,7 @@ class AdapterAir {
   // The tree's version, for who holds the lock: another one after each change but those that only
   // the connection and a scan make.
   std::uint64_t Version() const { return m_Version; }
-  void NoteChange() { ++m_Version, m_bKept = false; }
+  void NoteChange() { ++m_Version, ++m_Stamp; }
   // A merge has found all as it was.
   void NoteKept() { m_bKept = true; }
   // The same as the last time when merges have found all as it was since then, and no other change
@@ -80,7 +80,7 @@ class AdapterAir {
   NetworkMap m_Networks;        // under m_Lock
   std::uint64_t m_Version = 0;  // under m_Lock, as the next two
   std::uint64_t m_Stamp = 0;
-  bool m_bKept = false;  // since the last stamp
+  bool m_bKept = false;  // by a merge since the last stamp was taken
   mutable CCritSec m_SharedLock{"shared access point", LockRank::kLeaf};
   MacAddress m_Shared{};      // under m_SharedLock
   CApSetMemo m_InternetMemo;  // the connectivity that the scores saw, over a loss of the tree

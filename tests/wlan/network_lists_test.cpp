@@ -119,6 +119,30 @@ TEST_F(NetworkListsTest, OneThatWouldChangeNothingIsPassedOver) {
   EXPECT_EQ(adapter->SnapshotEntries().size(), 4u) << "a tree that was dropped grows anew";
 }
 
+// Lists that a round has made hold while the stamp is the same.
+TEST_F(NetworkListsTest, AChangeIsSeenThroughMergesThatFoundNothing) {
+  StartConnected("Office", Bssid(1));
+  CGlobalConfigContainer::GetInstance().m_bULScan = false;
+  Merges(true);
+  std::uint64_t stamp = adapter->TakeAirStamp();
+  const auto isSame = [&] {
+    EXPECT_FALSE(Merges());
+    return std::exchange(stamp, adapter->TakeAirStamp()) == stamp;
+  };
+  EXPECT_TRUE(isSame());
+  EXPECT_NE(adapter->TakeAirStamp(), stamp) << "without a merge nobody knows";
+  EXPECT_FALSE(isSame());
+  EXPECT_TRUE(isSame());
+
+  wlan.entries[1].quality = 41;
+  EXPECT_TRUE(Merges());
+  EXPECT_FALSE(isSame()) << "the merge that changed it was not asked about";
+  adapter->SetBTPenalty(3);
+  EXPECT_TRUE(Merges());
+  EXPECT_FALSE(isSame());
+  EXPECT_TRUE(isSame());
+}
+
 TEST_F(NetworkListsTest, ElementsAreAsOldAsTheLastListThatHadThem) {
   StartConnected("Office", Bssid(1));
   CGlobalConfigContainer::GetInstance().m_bULScan = false;
