@@ -25,8 +25,7 @@ bool CConfigApList::ReloadFromRegistry(const CRegistryHelperBase& key) {
   if (isThere && m_Reloaded == stored) return true;
   Clear();
   if (!isThere) return false;
-  LoadConfiguration(WideToUtf8(stored));
-  m_Reloaded = std::move(stored);
+  if (ReadRows(WideToUtf8(stored))) m_Reloaded = std::move(stored);
   return true;
 }
 
@@ -38,13 +37,18 @@ void CConfigApList::Clear() {
 
 bool CConfigApList::LoadConfiguration(std::string_view text) {
   const std::size_t before = m_Rows.size();
+  const std::optional<bool> hasRows = ReadRows(text);
+  return hasRows ? *hasRows : m_Rows.size() > before;
+}
+
+std::optional<bool> CConfigApList::ReadRows(std::string_view text) {
   ++m_Version;
   m_Reloaded.reset();
-  return Contained([&] { return m_Kind.read(text, &m_Rows); },
-                   [&](const Failure& failure) {
+  return Contained([&] { return std::optional(m_Kind.read(text, &m_Rows)); },
+                   [&](const Failure& failure) -> std::optional<bool> {
                      LOG_ERROR(u"%S::LoadConfiguration: %S: %S", m_Kind.className, failure.Kind(),
                                failure.what);
-                     return m_Rows.size() > before;
+                     return std::nullopt;
                    });
 }
 

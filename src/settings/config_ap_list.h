@@ -43,6 +43,9 @@ class CConfigApList {
 
  private:
   void Clear();
+  // Merges the rows of the text; true when it has one. Nothing when reading it was cut short: that
+  // is logged, and the rows before the cut are in force.
+  std::optional<bool> ReadRows(std::string_view text);
 
   const Kind& m_Kind;
   ApListRows m_Rows;

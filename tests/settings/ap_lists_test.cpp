@@ -1,5 +1,7 @@
 // The AP lists between their files, the adapter's key and the worker.
 
+#include <new>
+
 #include "settings/settings_fixture.h"
 #include "store/value_names.h"
 
@@ -71,6 +73,33 @@ TEST_F(ApLists, FollowTheValueInEachRound) {
   list.LoadConfiguration(R"([["C","any"]])");
   EXPECT_FALSE(list.ReloadFromRegistry(*config));
   EXPECT_TRUE(list.Rows().empty());
+}
+
+// Once for lack of memory, in the middle.
+class ListCutShort : public CConfigApList {
+ public:
+  ListCutShort() : CConfigApList(kKind) {}
+
+ private:
+  static bool Read(std::string_view, ApListRows* rows) {
+    rows->push_back({u"A", "any"});
+    if (s_Reads++ == 0) throw std::bad_alloc();
+    rows->push_back({u"B", "any"});
+    return true;
+  }
+  static inline int s_Reads = 0;
+  static constexpr Kind kKind{"ListCutShort", "Move", "cut", u"CutJson", Read};
+};
+
+TEST_F(ApLists, AreReadAnewAfterAReadingThatWasCutShort) {
+  Registry().SetText(kAdapter, u"CutJson", u"[]");
+  ListCutShort list;
+  EXPECT_TRUE(list.ReloadFromRegistry(*config));
+  EXPECT_EQ(list.Rows().size(), 1u);
+  for (int round = 0; round < 2; ++round) {  // then from what was read before
+    EXPECT_TRUE(list.ReloadFromRegistry(*config));
+    EXPECT_EQ(list.Rows().size(), 2u);
+  }
 }
 
 TEST_F(ApLists, LoseNothingWhenACallFails) {
