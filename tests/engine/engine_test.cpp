@@ -41,6 +41,10 @@ class EngineTest : public test::PlatformTest {
     }
     return false;
   }
+  // A thread that is slow to end is given up, and lets go a moment later.
+  bool LetsGo() {
+    return Await([&] { return machine->Open() == 0; });
+  }
   static std::uint32_t StateWord() {
     LBEngineSnapshot snapshot;
     return LB_SnapshotEngine(&snapshot) ? snapshot.stateWord : 0;
@@ -106,7 +110,7 @@ TEST_F(EngineTest, LeavesNothingRunningWithoutItsDriver) {
   EXPECT_EQ(LB_InitializeEngine(&info), 0u);
   EXPECT_FALSE(Runs());
   EXPECT_EQ(info.table, 0u);
-  EXPECT_EQ(machine->Open(), 0);
+  EXPECT_TRUE(LetsGo());
   EXPECT_EQ(LoadBalanceConfig(2, 1), ERROR_DEVICE_UNREACHABLE);
 }
 
@@ -114,8 +118,7 @@ TEST_F(EngineTest, LeavesNothingRunningWhenItCannotStart) {
   const auto fails = [&](DWORD code, const char* what) {
     EXPECT_EQ(LB_InitializeEngine(&info), code) << what;
     EXPECT_FALSE(Runs()) << what;
-    // A thread that is slow to end is given up, and lets go a moment later.
-    EXPECT_TRUE(Await([&] { return machine->Open() == 0; })) << what;
+    EXPECT_TRUE(LetsGo()) << what;
   };
   Driver().answer = 3;
   fails(ERROR_REVISION_MISMATCH, "another revision");
@@ -298,7 +301,7 @@ TEST_F(EngineTest, GivesUpAThreadThatIsStuckInTheDriver) {
   EXPECT_FALSE(Runs());
   EXPECT_EQ(machine->heap.OpenHeaps(), 1);  // the driver may still look at the table
   hold = false;
-  EXPECT_TRUE(Await([&] { return machine->Open() == 0; }));
+  EXPECT_TRUE(LetsGo());
 }
 
 TEST_F(EngineTest, StopsThoughNobodyCanBeWoken) {
@@ -308,14 +311,14 @@ TEST_F(EngineTest, StopsThoughNobodyCanBeWoken) {
   LB_StopEngine();
   os.failures.Pass("SetEvent");
   EXPECT_FALSE(Runs());
-  EXPECT_TRUE(Await([&] { return machine->Open() == 0; }));
+  EXPECT_TRUE(LetsGo());
 }
 
 TEST_F(EngineTest, GoesWithoutAWordToItsDriver) {
   EXPECT_EQ(LB_InitializeEngine(&info), 0u);
   LB_ReleaseEngine();
   EXPECT_FALSE(Runs());
-  EXPECT_EQ(machine->Open(), 0);
+  EXPECT_TRUE(LetsGo());
   EXPECT_EQ(Driver().Count(control::kStop), 0);
   EXPECT_EQ(LB_InitializeEngine(&info), 0u);
 }
@@ -326,7 +329,7 @@ TEST_F(EngineTest, StopsInTheMiddleOfAPass) {
   EXPECT_EQ(LB_InitializeEngine(&info), 0u);
   ASSERT_TRUE(Await([&] { return inPass.load(); }));
   LB_StopEngine();
-  EXPECT_TRUE(Await([&] { return machine->Open() == 0; }));
+  EXPECT_TRUE(LetsGo());
 }
 
 TEST(HandshakeOutcome, FollowsFromTheAnswer) {
