@@ -78,7 +78,7 @@ TEST_F(ApLists, FollowTheValueInEachRound) {
 // Once for lack of memory, in the middle.
 class ListCutShort : public CConfigApList {
  public:
-  ListCutShort() : CConfigApList(kKind) {}
+  ListCutShort() : CConfigApList(kKind) { s_Reads = 0; }
 
  private:
   static bool Read(std::string_view, ApListRows* rows) {
