@@ -20,6 +20,7 @@ using namespace platform::windows;
 
 namespace {
 
+constexpr wchar_t kRunningMutex[] = L"Global\\OstrelNetworks.Corvane.Running";
 constexpr wchar_t kStopEvent[] = L"Global\\OstrelNetworks.Corvane.Stop";
 
 // An event whose security is described so.
@@ -73,6 +74,28 @@ TEST(WindowsHome, SetsTheRightsOfWhatIsThereAnew) {
   EXPECT_GT(std::filesystem::file_size(key), 25u);
 }
 
+TEST(WindowsHome, IsRemovedWithAllThatIsInIt) {
+  const TempDirectory root;
+  WindowsHome::Remove(root.Path());  // nothing is there
+  const std::string folder = root / "OstrelNetworks/Corvane";
+  const auto fill = [&] {
+    const WindowsHome home(root.Path());
+    std::filesystem::create_directories(folder + "/log/older");
+    for (const char* const file : {"/a.log", "/log/b.log", "/log/older/c.log", "/private/key"})
+      std::ofstream(folder + file) << "text";
+  };
+  fill();
+  std::ofstream(root / "OstrelNetworks/other") << "of another product of the maker's";
+  WindowsHome::Remove(root.Path());
+  EXPECT_FALSE(std::filesystem::exists(folder));
+  EXPECT_TRUE(std::filesystem::exists(root / "OstrelNetworks/other"));
+  fill();
+  std::filesystem::remove(root / "OstrelNetworks/other");
+  WindowsHome::Remove(root.Path());
+  EXPECT_FALSE(std::filesystem::exists(root / "OstrelNetworks"));
+  EXPECT_TRUE(std::filesystem::exists(root.Path()));
+}
+
 TEST(WindowsHome, TakesNoFileForAFolder) {
   const TempDirectory root;
   std::filesystem::create_directories(root / "OstrelNetworks");
@@ -95,6 +118,29 @@ TEST(TrustedOwner, IsTheSystemAnAdministratorOrThisAccount) {
     ::CloseHandle(event);
   }
   EXPECT_FALSE(HasTrustedOwner(nullptr));
+}
+
+// Any user can take the name; he keeps the service from its start, but does not pass for it.
+TEST(WindowsInstance, IsNotToldOfByAMutexOfAnotherAccount) {
+  for (const wchar_t* const sddl : {L"O:BUD:(A;;GA;;;WD)", L"O:BUD:(A;;0x100000;;;WD)"}) {
+    ::SECURITY_ATTRIBUTES attributes{sizeof(attributes), nullptr, FALSE};
+    ::ConvertStringSecurityDescriptorToSecurityDescriptorW(
+        sddl, SDDL_REVISION_1, &attributes.lpSecurityDescriptor, nullptr);
+    const HANDLE foreign = ::CreateMutexW(&attributes, FALSE, kRunningMutex);
+    ::LocalFree(attributes.lpSecurityDescriptor);
+    ASSERT_TRUE(foreign);
+    EXPECT_FALSE(WindowsInstance::IsRunning());
+    try {
+      const WindowsInstance instance(false);
+      ADD_FAILURE() << "it has started";
+    } catch (const WindowsError& e) {
+      EXPECT_NE(std::string(e.what()).find("taken by another account"), std::string::npos)
+          << e.what();
+    }
+    ::CloseHandle(foreign);
+  }
+  const WindowsInstance instance(false);
+  EXPECT_TRUE(WindowsInstance::IsRunning());
 }
 
 // Whoever owns the event that stops the service could stop it at will.

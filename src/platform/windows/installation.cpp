@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <filesystem>
 
 #include "platform/sim/kernel/sim_text.h"
 #include "platform/windows/long_path.h"
@@ -179,16 +178,12 @@ int Uninstall(const WindowsOptions& options, bool purge) {
   if (settings != ERROR_SUCCESS) {
     result = Complain("the settings cannot be removed: " + ErrorText(settings));
   }
-  const std::u16string folder = WindowsHome::Locate(options.home);
   if (!purge) {
-    if (result == kDone) Say("Removed. Logs, history and key stay in " + sim::ToUtf8(folder) + ".");
+    const std::string folder = sim::ToUtf8(WindowsHome::Locate(options.home));
+    if (result == kDone) Say("Removed. Logs, history and key stay in " + folder + ".");
     return result;
   }
-  std::error_code error;
-  const std::filesystem::path path(LongPath(folder));
-  std::filesystem::remove_all(path, error);
-  if (error) return Complain(sim::ToUtf8(folder) + " cannot be removed: " + error.message());
-  std::filesystem::remove(path.parent_path(), error);  // the maker's, when it is empty
+  WindowsHome::Remove(options.home);
   if (result == kDone) Say("Removed, with logs, history and key.");
   return result;
 }

@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <utility>
 
-#include "platform/utf.h"
+#include "platform/windows/console_text.h"
 #include "platform/windows/win32.h"
 #include "platform/windows/windows_error.h"
 
@@ -31,26 +31,6 @@ std::atomic<HANDLE> g_Interrupt{nullptr};
              : ::SMALL_RECT{0, 0, -1, -1};
 }
 
-DWORD Put(std::string_view text, ::DWORD which) {
-  const HANDLE to = ::GetStdHandle(which);
-  ::DWORD mode = 0;
-  ::DWORD written = 0;
-  if (::GetConsoleMode(to, &mode)) {
-    const std::u16string wide = ToUtf16(text);
-    for (std::size_t at = 0; at < wide.size(); at += written) {
-      const auto left = static_cast<::DWORD>(wide.size() - at);
-      if (!::WriteConsoleW(to, wide.data() + at, left, &written, nullptr)) return ::GetLastError();
-    }
-    return ERROR_SUCCESS;
-  }
-  while (!text.empty()) {
-    if (!::WriteFile(to, text.data(), static_cast<::DWORD>(text.size()), &written, nullptr))
-      return ::GetLastError();
-    text.remove_prefix(written);
-  }
-  return ERROR_SUCCESS;
-}
-
 }  // namespace
 
 bool IsTerminal() {
@@ -71,8 +51,8 @@ int TerminalRows() {
   return rows > 0 ? rows : kUsualRows;
 }
 
-DWORD WriteOutput(std::string_view text) { return Put(text, STD_OUTPUT_HANDLE); }
-DWORD WriteError(std::string_view text) { return Put(text, STD_ERROR_HANDLE); }
+DWORD WriteOutput(std::string_view text) { return WriteText(text, STD_OUTPUT_HANDLE); }
+DWORD WriteError(std::string_view text) { return WriteText(text, STD_ERROR_HANDLE); }
 
 std::uint32_t OwnProcessId() { return ::GetCurrentProcessId(); }
 

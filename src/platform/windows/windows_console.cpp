@@ -2,7 +2,7 @@
 
 #include <atomic>
 
-#include "platform/utf.h"
+#include "platform/windows/console_text.h"
 #include "platform/windows/win32.h"
 
 namespace corvane::platform::windows {
@@ -34,21 +34,6 @@ HANDLE Stopped() {
   return TRUE;
 }
 
-void Put(std::string_view text, ::DWORD which) {
-  const HANDLE to = ::GetStdHandle(which);
-  ::DWORD mode = 0;
-  ::DWORD written = 0;
-  if (::GetConsoleMode(to, &mode)) {
-    const std::u16string wide = ToUtf16(text);
-    ::WriteConsoleW(to, wide.data(), static_cast<::DWORD>(wide.size()), &written, nullptr);
-    return;
-  }
-  while (!text.empty()) {
-    if (!::WriteFile(to, text.data(), static_cast<::DWORD>(text.size()), &written, nullptr)) return;
-    text.remove_prefix(written);
-  }
-}
-
 }  // namespace
 
 WindowsConsole::WindowsConsole(HANDLE stopEvent) : m_Stop(stopEvent) {
@@ -77,7 +62,7 @@ bool WindowsConsole::_kbhit() {
   return ::WaitForSingleObject(m_Stop, 0) == WAIT_OBJECT_0;
 }
 
-void WindowsConsole::WriteOutput(std::string_view text) { Put(text, STD_OUTPUT_HANDLE); }
-void WindowsConsole::WriteError(std::string_view text) { Put(text, STD_ERROR_HANDLE); }
+void WindowsConsole::WriteOutput(std::string_view text) { WriteText(text, STD_OUTPUT_HANDLE); }
+void WindowsConsole::WriteError(std::string_view text) { WriteText(text, STD_ERROR_HANDLE); }
 
 }  // namespace corvane::platform::windows

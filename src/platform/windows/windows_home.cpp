@@ -1,5 +1,7 @@
 #include "platform/windows/windows_home.h"
 
+#include <vector>
+
 #include "platform/sim/kernel/sim_text.h"
 #include "platform/utf.h"
 #include "platform/windows/long_path.h"
@@ -132,6 +134,39 @@ void SetRightsOfFiles(const std::u16string& folder, const wchar_t* text) {
   ::FindClose(search);
 }
 
+[[noreturn]] void Unremovable(const std::u16string& path, DWORD error) {
+  throw WindowsError(sim::ToUtf8(path) + " cannot be removed: " + ErrorText(error));
+}
+
+// With all that is in it. Of a link inside only the link goes, not what it leads to.
+void RemoveFolder(const std::u16string& folder) {
+  ::WIN32_FIND_DATAW found{};
+  const HANDLE search = ::FindFirstFileW(LongPath(folder + u"\\*").c_str(), &found);
+  if (search == INVALID_HANDLE_VALUE) Unremovable(folder, ::GetLastError());
+  std::vector<::WIN32_FIND_DATAW> entries;
+  do {
+    entries.push_back(found);
+  } while (::FindNextFileW(search, &found));
+  ::FindClose(search);
+  for (const ::WIN32_FIND_DATAW& entry : entries) {
+    const std::u16string name = reinterpret_cast<const char16_t*>(entry.cFileName);
+    if (name == u"." || name == u"..") continue;
+    const std::u16string path = folder + u'\\' + name;
+    const bool isFolder = (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+    if (isFolder && (entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) {
+      RemoveFolder(path);
+    } else if (!(isFolder ? ::RemoveDirectoryW(LongPath(path).c_str())
+                          : ::DeleteFileW(LongPath(path).c_str()))) {
+      Unremovable(path, ::GetLastError());
+    }
+  }
+  if (!::RemoveDirectoryW(LongPath(folder).c_str())) Unremovable(folder, ::GetLastError());
+}
+
+bool IsThere(const std::u16string& path) {
+  return ::GetFileAttributesW(LongPath(path).c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
 }  // namespace
 
 bool IsAdministrator() { return ::IsUserAnAdmin() != FALSE; }
@@ -161,6 +196,15 @@ WindowsHome::WindowsHome(const std::string& root) : m_Path(Locate(root)) {
   MakeFolder(m_Path, kOpenRights);
   MakeFolder(PrivatePath(), kPrivateRights);
   SetRightsOfFiles(PrivatePath(), kPrivateFileRights);
+}
+
+void WindowsHome::Remove(const std::string& root) {
+  const std::u16string path = Locate(root);
+  if (path.empty() || !IsThere(path)) return;
+  const std::u16string makers = path.substr(0, path.rfind(u'\\'));
+  for (const std::u16string& folder : {makers, path}) static_cast<void>(ExistingFolder(folder));
+  RemoveFolder(path);
+  ::RemoveDirectoryW(LongPath(makers).c_str());  // fails where something else is in it
 }
 
 }  // namespace corvane::platform::windows

@@ -27,6 +27,11 @@ class WindowsHome {
   // system does not tell.
   static std::u16string Locate(const std::string& root);
 
+  // Removes that folder with all that is in it, and the maker's when nothing else is there. Links
+  // inside go without what they lead to; a folder that is a link or another account's stays. Throws
+  // WindowsError with the path and the reason.
+  static void Remove(const std::string& root);
+
  private:
   std::u16string m_Root;
   std::u16string m_Path;

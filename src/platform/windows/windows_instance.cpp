@@ -10,8 +10,9 @@ namespace {
 
 constexpr wchar_t kMutex[] = L"Global\\OstrelNetworks.Corvane.Running";
 constexpr wchar_t kStop[] = L"Global\\OstrelNetworks.Corvane.Stop";
-// All of the system and of administrators; everybody may see whether it runs (SYNCHRONIZE).
-constexpr wchar_t kAccess[] = L"D:(A;;GA;;;SY)(A;;GA;;;BA)(A;;0x100000;;;WD)";
+// All of the system and of administrators; everybody may see whether it runs, and whose it is
+// (SYNCHRONIZE, READ_CONTROL).
+constexpr wchar_t kAccess[] = L"D:(A;;GA;;;SY)(A;;GA;;;BA)(A;;0x120000;;;WD)";
 constexpr DWORD kPauseMs = 50;
 
 class Access {
@@ -42,8 +43,11 @@ WindowsInstance::WindowsInstance(bool share) {
       throw WindowsError("it cannot be told whether another instance runs: " + ErrorText(error));
     }
     if (!m_Mutex || error == ERROR_ALREADY_EXISTS) {
+      const bool runs = IsRunning();
       if (m_Mutex) ::CloseHandle(m_Mutex);
-      throw WindowsError("another instance runs on this machine; end it first");
+      throw WindowsError(runs ? "another instance runs on this machine; end it first"
+                              : "the name that tells of a running instance is taken by another "
+                                "account; end the program that has taken it");
     }
     m_Stop = ::CreateEventW(access.Get(), TRUE, FALSE, kStop);
     if (m_Stop && ::GetLastError() == ERROR_ALREADY_EXISTS) Adopt();
@@ -76,10 +80,13 @@ WindowsInstance::~WindowsInstance() {
   if (m_Mutex) ::CloseHandle(m_Mutex);
 }
 
+// Every user can make a mutex of that name. An instance's own lets everybody see its owner.
 bool WindowsInstance::IsRunning() {
-  const HANDLE mutex = ::OpenMutexW(SYNCHRONIZE, FALSE, kMutex);
-  if (mutex) ::CloseHandle(mutex);
-  return mutex || ::GetLastError() == ERROR_ACCESS_DENIED;
+  const HANDLE mutex = ::OpenMutexW(SYNCHRONIZE | READ_CONTROL, FALSE, kMutex);
+  if (!mutex) return false;
+  const bool isOwn = HasTrustedOwner(mutex);
+  ::CloseHandle(mutex);
+  return isOwn;
 }
 
 DWORD WindowsInstance::RequestStop(DWORD milliseconds) {
