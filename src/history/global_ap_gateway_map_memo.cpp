@@ -1,5 +1,6 @@
 #include "history/global_ap_gateway_map_memo.h"
 
+#include "foundation/ignored.h"
 #include "foundation/log_lines.h"
 #include "store/csv_helper.h"
 #include "store/registry.h"
@@ -88,7 +89,8 @@ void CGlobalAPGatewayMapMemo::Update(WStringView bssidText, const MacList& ip4,
   const auto known = m_Records.find(bssidText);
   if (known != m_Records.end() && known->second.ip4 == ip4 && known->second.ip6 == ip6) return;
   m_Records.insert_or_assign(WString(bssidText), GatewayMacs{ip4, ip6});
-  CRegistry(kHomeKeyPath).SetRegistryStringValue(value::kGatewayMacs, GatewayMapText(m_Records));
+  Ignored(CRegistry(kHomeKeyPath)
+              .SetRegistryStringValue(value::kGatewayMacs, GatewayMapText(m_Records)));
   if (const log::Open open(DBG(41)); open) Dump();
 }
 

@@ -1,5 +1,6 @@
 // Orders to connect, and the removal of profiles.
 
+#include "foundation/ignored.h"
 #include "foundation/log_lines.h"
 #include "pipe/commands.h"
 #include "pipe/connect_rules.h"
@@ -36,7 +37,8 @@ void LogRefusal(const CClientRequest& request) {
 bool TakeProfile(const CClientRequest& request, CQUAYInterfaceConfig& config) {
   std::string_view base64;
   if (request.GetBytes("path", &base64)) {
-    CGlobalConfigContainer::GetInstance().SetClientDir(WideFromBytes(Base64Decode(base64)));
+    Ignored(
+        CGlobalConfigContainer::GetInstance().SetClientDir(WideFromBytes(Base64Decode(base64))));
   }
   config.SetUIConnectProfile({});
   if (request.GetBytes("profile", &base64) && !base64.empty()) {

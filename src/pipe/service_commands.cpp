@@ -1,5 +1,6 @@
 // The memory log, and the directories of the clients.
 
+#include "foundation/ignored.h"
 #include "foundation/log_lines.h"
 #include "pipe/commands.h"
 #include "pipe/reply_text.h"
@@ -17,7 +18,7 @@ WString ClientDir(const CClientRequest& request) {
   LOG_DEBUG(kClientLog,
             u"CNamedPipeListenerJson::HandleJsonCommand:[ClientDir] base64[%hs] path[%s]\n", base64,
             path);
-  CGlobalConfigContainer::GetInstance().SetClientDir(path);
+  Ignored(CGlobalConfigContainer::GetInstance().SetClientDir(path));
   return EchoReply(request.GetText());
 }
 

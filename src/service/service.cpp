@@ -6,6 +6,7 @@
 #include "engine/engine.h"
 #include "foundation/guarded.h"
 #include "foundation/hosts.h"
+#include "foundation/ignored.h"
 #include "history/global_ap_gateway_map_memo.h"
 #include "history/global_dc_info_memo.h"
 #include "history/telemetry_memo.h"
@@ -262,7 +263,7 @@ bool Service::RunMainRound() {
   if (m_bQuit) return false;
   auto& config = CGlobalConfigContainer::GetInstance();
   ReadDebugValues();
-  config.SetDWORD(value::kVPNFound, g_bVPNFound);
+  Ignored(config.SetDWORD(value::kVPNFound, g_bVPNFound));
   config.RefreshGlobals();
   CBluetoothMonitorSingleton::GetInstance().Poll();
   RestartWorkers();
@@ -369,7 +370,7 @@ void Service::RunPilot() {
       auto& config = CGlobalConfigContainer::GetInstance();
       std::uint32_t enabled = 0;
       if (config.GetDWORD(value::kEnablePilot, &enabled) && enabled != 0) {
-        config.SetDWORD(value::kEnablePilot, 0);
+        Ignored(config.SetDWORD(value::kEnablePilot, 0));
         LOG_INFO(u"Main[Main loop]: Pilot-3: ENDING PILOT !!!!!!!!!!!!!!!!!\n");
       }
       OpenSurvey(value::kSurvey3, u"/postpilotsurvey.php");
@@ -403,7 +404,7 @@ void Service::CountBoot() {
   auto& config = CGlobalConfigContainer::GetInstance();
   std::uint32_t boots = 0;
   config.GetDWORD(value::kBootCounter, &boots);
-  config.SetDWORD(value::kBootCounter, boots + 1);
+  Ignored(config.SetDWORD(value::kBootCounter, boots + 1));
 }
 
 void Service::ReadDebugValues() {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "foundation/ignored.h"
 #include "foundation/log_lines.h"
 #include "platform/clock_api.h"
 #include "platform/crypto_api.h"
@@ -29,13 +30,13 @@ CGlobalConfigContainer::~CGlobalConfigContainer() = default;
 void CGlobalConfigContainer::Initialize(bool forceDefaults) {
   for (const auto& config : TakeIFConfigs()) config->Shutdown();  // of a pass that found no adapter
   bool fresh = false;
-  if (!GetRegistry()) InitializeRegistry(kHomeKeyPath, &fresh);
+  if (!GetRegistry()) Ignored(InitializeRegistry(kHomeKeyPath, &fresh));
   if (fresh || forceDefaults) InitPostSettings();
   const auto registry = GetRegistry();
   if (!registry) return;
 
   for (const ValueRow* row : ValuesIn(ValueKey::kHome, ValueStep::kWriteAlways)) {
-    registry->SetRegistryDWORDValue(row->name, row->written.number);
+    Ignored(registry->SetRegistryDWORDValue(row->name, row->written.number));
   }
   for (const ValueRow* row : ValuesIn(ValueKey::kHome, ValueStep::kReadAtStart)) {
     if (row->global.store) {
@@ -46,19 +47,20 @@ void CGlobalConfigContainer::Initialize(bool forceDefaults) {
       ReadSystemGuid(*registry);
     }
   }
-  registry->SetRegistryDWORDValue(value::kFreshDone, 1);
+  Ignored(registry->SetRegistryDWORDValue(value::kFreshDone, 1));
 }
 
 void CGlobalConfigContainer::InitPostSettings() {
   const auto registry = GetRegistry();
   if (!registry) return;
   for (const ValueRow* row : ValuesIn(ValueKey::kHome, ValueStep::kWriteFresh)) {
-    if (row->written.words.empty()) registry->SetRegistryDWORDValue(row->name, row->written.number);
+    if (row->written.words.empty())
+      Ignored(registry->SetRegistryDWORDValue(row->name, row->written.number));
   }
-  registry->SetRegistryDWORDValue(value::kInstallTime, platform::UnixSecondsNow());
+  Ignored(registry->SetRegistryDWORDValue(value::kInstallTime, platform::UnixSecondsNow()));
   const auto weeks = CSVHelper::CreateObject();
   for (int week = 0; week < kWeeksShown; ++week) weeks->AddString(u"1", true);
-  registry->SetRegistryStringValue(value::kRandomCsv, weeks->GetString());
+  Ignored(registry->SetRegistryStringValue(value::kRandomCsv, weeks->GetString()));
   LOG_INFO(u"CGlobalConfigContainer::InitPostSettings: RandomCsv: %s\n", weeks->GetString());
 }
 
@@ -101,7 +103,7 @@ void CGlobalConfigContainer::ReadSystemGuid(CRegistry& registry) {
   platform::GUID guid;
   if (!registry.GetRegistryStringValue(value::kSystemGuid, &text) || !GuidFromText(text, &guid)) {
     if (Os().crypto.CoCreateGuid(&guid) < 0) return;
-    registry.SetRegistryStringValue(value::kSystemGuid, GuidText(guid));
+    Ignored(registry.SetRegistryStringValue(value::kSystemGuid, GuidText(guid)));
   }
   const CCritSecLock lock(m_TableLock);
   m_SystemGuid = guid;
@@ -165,7 +167,7 @@ int CGlobalConfigContainer::AddIFConfig(WStringView guid, WStringView name,
                                         WStringView description) {
   const CCritSecLock lock(m_Lock);
   bool fresh = false;
-  InitializeRegistry(kHomeKeyPath, &fresh);
+  Ignored(InitializeRegistry(kHomeKeyPath, &fresh));
   const int index = GetIFConfigCount();
   auto config = CQUAYInterfaceConfig::CreateObject();
   config->Initialize(index, WString(kHomeKeyPath) + u"\\" + WString(guid), guid, name, description);
@@ -248,7 +250,7 @@ bool CGlobalConfigContainer::ReadFlagAndClear(WStringView name) {
   const auto registry = GetRegistry();
   std::uint32_t number = 0;
   if (!registry || !registry->GetRegistryDWORDValue(name, &number) || number != 1) return false;
-  registry->SetRegistryDWORDValue(name, 0);
+  Ignored(registry->SetRegistryDWORDValue(name, 0));
   return true;
 }
 

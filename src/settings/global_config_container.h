@@ -52,7 +52,7 @@ class CGlobalConfigContainer final : public CRegistryHelperBase,
   // This installation's identity as "{...}" text.
   WString GetSystemGuidText() const;
   // Directories that clients gave; false when the list holds this one already (compared exactly).
-  bool SetClientDir(WStringView path);
+  [[nodiscard]] bool SetClientDir(WStringView path);
   // The first path <directory>\<name>, in list order, that is a file; false without one.
   bool FindFileInClientDirs(WStringView name, WString* found) override;
   // The one-shot flags: true and cleared when the value reads exactly 1.

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "foundation/guarded.h"
+#include "foundation/ignored.h"
 #include "foundation/log_lines.h"
 #include "platform/clock_api.h"
 #include "platform/platform.h"
@@ -48,7 +49,7 @@ void CQUAYInterfaceConfig::Initialize(int index, WStringView keyPath, WStringVie
     m_pMainLoopSemaphore.Swap(semaphore);
   }
   bool fresh = false;
-  InitializeRegistry(keyPath, &fresh);
+  Ignored(InitializeRegistry(keyPath, &fresh));
   if (fresh) {
     SetProjectDefaults();
   } else if (std::uint32_t mode = 0;
@@ -117,7 +118,7 @@ void CQUAYInterfaceConfig::ReadWeights() {
     const CCritSecLock lock(m_PartsLock);
     score = m_pScoreConfig;
   }
-  if (score) score->Initialize(json);
+  if (score) Ignored(score->Initialize(json));
 }
 
 bool CQUAYInterfaceConfig::SetStatusMessage(std::uint32_t id) {

@@ -12,7 +12,7 @@ class CScoreConfig : public SmartObjEx<CScoreConfig, SmartObj<>> {
 
   // Takes over what the JSON object names, such as {"SQMax":40}; true when a weight changed. A text
   // that does not parse is reported on the error stream and changes nothing.
-  bool Initialize(WStringView json);
+  [[nodiscard]] bool Initialize(WStringView json);
   ScoreWeights Get() const;
 
  private:

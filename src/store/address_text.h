@@ -28,12 +28,12 @@ WString MacText(const MacAddress& mac);
 std::string MacTextA(const MacAddress& mac);
 // Splits at the separator; a field that is no hexadecimal number gives 0. True exactly when there
 // are six fields.
-bool MacStringToBinary(char16_t separator, WStringView text, MacAddress* out);
+[[nodiscard]] bool MacStringToBinary(char16_t separator, WStringView text, MacAddress* out);
 
 // "{XXXXXXXX-XXXX-XXXX-XXXX-XXXXXXXXXXXX}", upper case (StringFromCLSID), and back
 // (CLSIDFromString).
 WString GuidText(const platform::GUID& guid);
-bool GuidFromText(WStringView text, platform::GUID* out);
+[[nodiscard]] bool GuidFromText(WStringView text, platform::GUID* out);
 
 // The bytes of an SSID record up to the first NUL, at most 32, and their wide form (UTF-8).
 std::string_view SsidView(const platform::DOT11_SSID& ssid);

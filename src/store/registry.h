@@ -30,18 +30,19 @@ class CRegistry : public SmartObjEx<CRegistry, SmartObj<>> {
   bool GetRegistryStringValue(WStringView name, WString* out) const;
 
   // Write only what differs from the stored value.
-  bool SetRegistryDWORDValue(WStringView name, std::uint32_t value);
-  bool SetRegistryStringValue(WStringView name, WStringView text);
+  [[nodiscard]] bool SetRegistryDWORDValue(WStringView name, std::uint32_t value);
+  [[nodiscard]] bool SetRegistryStringValue(WStringView name, WStringView text);
 
   // Up to 5 attempts to open, 10 ms apart. `subkey` is below HKEY_LOCAL_MACHINE.
-  static bool WriteRegistryDWORDParameter(WStringView subkey, WStringView name,
-                                          std::uint32_t value);
-  static bool WriteRegistryStringParameter(WStringView subkey, WStringView name, WStringView text);
-  static bool CreateHomeKey(WStringView path);
+  [[nodiscard]] static bool WriteRegistryDWORDParameter(WStringView subkey, WStringView name,
+                                                        std::uint32_t value);
+  [[nodiscard]] static bool WriteRegistryStringParameter(WStringView subkey, WStringView name,
+                                                         WStringView text);
+  [[nodiscard]] static bool CreateHomeKey(WStringView path);
   // True when the value is gone; up to 5 attempts, 10 ms apart.
-  bool DeleteRegistryValue(WStringView name);
+  [[nodiscard]] bool DeleteRegistryValue(WStringView name);
   // AdapterEnabled in the subkey `guidText` of this key, compare first.
-  bool SetAdapterEnabled(WStringView guidText, std::uint32_t value);
+  [[nodiscard]] bool SetAdapterEnabled(WStringView guidText, std::uint32_t value);
 
  private:
   WString m_KeyPath;
@@ -52,15 +53,15 @@ class CRegistryHelperBase {
  public:
   // Opens the key, making it where it is missing; *fresh tells that its first-run values have yet
   // to be written. False when the key can't be made. An empty path only makes the object.
-  bool InitializeRegistry(WStringView path, bool* fresh);
+  [[nodiscard]] bool InitializeRegistry(WStringView path, bool* fresh);
   void ReleaseRegistry();
   CSmartPointer<CRegistry> GetRegistry() const;  // null after release
 
   // Values of the key; false after release, too.
   bool GetDWORD(WStringView name, std::uint32_t* out) const;
-  bool SetDWORD(WStringView name, std::uint32_t number);
+  [[nodiscard]] bool SetDWORD(WStringView name, std::uint32_t number);
   bool GetString(WStringView name, WString* out) const;
-  bool SetString(WStringView name, WStringView text);
+  [[nodiscard]] bool SetString(WStringView name, WStringView text);
 
  protected:
   CRegistryHelperBase();

@@ -1,5 +1,6 @@
 #include "web/statistics_post.h"
 
+#include "foundation/ignored.h"
 #include "foundation/open_file.h"
 #include "settings/global_config_container.h"
 #include "store/value_names.h"
@@ -21,7 +22,7 @@ void StopPosting() {
   // A one-shot mode has not opened the configuration.
   const auto open = config.GetRegistry();
   const auto registry = open ? open : CRegistry::CreateObject(kHomeKeyPath);
-  registry->SetRegistryDWORDValue(value::kEnablePost, 0);
+  Ignored(registry->SetRegistryDWORDValue(value::kEnablePost, 0));
   LOG_INFO(u"PROXY RECEIVED ERROR: GOT STOP POST SIGNAL\n");
 }
 

@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "foundation/guarded.h"
+#include "foundation/ignored.h"
 #include "foundation/log_lines.h"
 #include "notify/ap_summary.h"
 #include "notify/notification_manager.h"
@@ -275,7 +276,7 @@ void AdapterNotices::TellOfOutsideConnect(const ConnectionFacts& facts) {
 void AdapterNotices::OnOwnCompletion(DWORD code, WlanOperation kind, DWORD reason,
                                      const WString& ssid) {
   const auto config = m_Adapter.Config();
-  m_Operations.Complete(kind, code, static_cast<std::int32_t>(reason));
+  Ignored(m_Operations.Complete(kind, code, static_cast<std::int32_t>(reason)));
   ResetReports(code);
   if (IsDisconnect(code)) {
     m_Link.SetOwnBssid({});

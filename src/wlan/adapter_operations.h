@@ -41,7 +41,7 @@ class AdapterOperations {
 
   // For the platform's thread.
   OperationGate::State InFlight() const { return m_Gate.Get(); }
-  bool Complete(WlanOperation kind, platform::DWORD code, std::int32_t reason) {
+  [[nodiscard]] bool Complete(WlanOperation kind, platform::DWORD code, std::int32_t reason) {
     return m_Gate.Complete(kind, code, reason);
   }
   void SignalExit() { m_Gate.SignalExit(); }  // ends all waits
@@ -50,7 +50,7 @@ class AdapterOperations {
   // One operation: waits for its turn, makes the call and waits for the end. None without a client.
   std::optional<OperationGate::Result> Run(WlanOperation kind, const std::function<void()>& call,
                                            std::uint32_t timeoutMs);
-  bool Begin(WlanOperation kind, const std::function<void()>& call);
+  [[nodiscard]] bool Begin(WlanOperation kind, const std::function<void()>& call);
   // Throws Exception unless the operation has ended well.
   void Finish(WlanOperation kind, const OperationGate::Result& result) const;
   void AwaitConnectedState();

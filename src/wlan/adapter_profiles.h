@@ -23,7 +23,7 @@ class AdapterProfiles {
   CSmartPointer<CWlanProfileData> GetProfileDataHelper(const WString& name);  // null: none
   // *hidden is left alone for a network without a profile.
   bool GetProfileProperties(const WString& ssid, bool* hidden);
-  bool DeleteWlanProfile(const WString& name);
+  [[nodiscard]] bool DeleteWlanProfile(const WString& name);
 
   // Queues the XML text of the connection that now stands, and keeps it with its network.
   void QueueTempProfile(const platform::WLAN_CONNECTION_ATTRIBUTES& attrs,
@@ -36,7 +36,7 @@ class AdapterProfiles {
   void SaveTempProfiles();  // stores the queued texts as profiles, each once
 
  private:
-  bool ListProfiles(std::vector<WString>* names);
+  [[nodiscard]] bool ListProfiles(std::vector<WString>* names);
   void RebuildProfiledNetworks(const char* operation, const std::vector<WString>& names,
                                bool collectHidden);
 

@@ -48,7 +48,7 @@ class NetworkLists {
   // What is asked of others for a merge, in the order in which it is asked. GatherLists is false
   // without a list of networks; GatherScoring gives the network of the connection when that is
   // known to have no internet.
-  bool GatherLists(AirInputs* now, std::int32_t* found, std::int32_t* aux_error);
+  [[nodiscard]] bool GatherLists(AirInputs* now, std::int32_t* found, std::int32_t* aux_error);
   void GatherNetworks(AirInputs* now, std::int32_t* found);
   std::optional<WString> GatherScoring(AirInputs* now);
   Merged Merge(const AirInputs& now, const std::optional<WString>& noInternet, bool scanned);

@@ -55,7 +55,7 @@ class OperationGate {
 
   // For the caller of an operation. False while another one runs, or while its caller has yet to
   // see how it ended.
-  bool TryBegin(WlanOperation kind);
+  [[nodiscard]] bool TryBegin(WlanOperation kind);
   // Waits for the end of the operation that was begun; the next one may begin afterwards. Throws
   // Exception when the wait itself fails; then the operation is over.
   Result Await(WlanOperation kind, std::uint32_t timeoutMs);
@@ -64,7 +64,7 @@ class OperationGate {
   // For the platform's thread. Ends the operation if it is of this kind and wakes its caller; true
   // when one waits. Throws Exception when the signal fails; the caller then sees it at its
   // time-out.
-  bool Complete(WlanOperation kind, platform::DWORD code, std::int32_t reason);
+  [[nodiscard]] bool Complete(WlanOperation kind, platform::DWORD code, std::int32_t reason);
   // Ends all waits, of connects and of scans. A signal that fails is logged.
   void SignalExit();
 

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "foundation/guarded.h"
+#include "foundation/ignored.h"
 #include "foundation/log_lines.h"
 #include "platform/platform.h"
 #include "platform/wlan_api.h"
@@ -205,10 +206,11 @@ void CWlanClient::PublishAdapters() {
     WString guid;
     const WString name = Format(u"%i", row);
     if (registry->GetRegistryStringValue(name, &guid) && !guid.empty()) {
-      registry->SetAdapterEnabled(guid, 0);
+      Ignored(registry->SetAdapterEnabled(guid, 0));
     }
   }
-  for (int row = 0; row < kTableRows; ++row) registry->DeleteRegistryValue(Format(u"%i", row));
+  for (int row = 0; row < kTableRows; ++row)
+    Ignored(registry->DeleteRegistryValue(Format(u"%i", row)));
 
   std::vector<CSmartPointer<CWlanInterface>> adapters;
   {
@@ -217,12 +219,12 @@ void CWlanClient::PublishAdapters() {
   }
   std::uint32_t written = 0;
   for (const auto& adapter : adapters) {
-    registry->SetRegistryStringValue(Format(u"%i", adapter->GetConfigIdx()),
-                                     adapter->GetGuidText());
-    registry->SetAdapterEnabled(adapter->GetGuidText(), 1);
+    Ignored(registry->SetRegistryStringValue(Format(u"%i", adapter->GetConfigIdx()),
+                                             adapter->GetGuidText()));
+    Ignored(registry->SetAdapterEnabled(adapter->GetGuidText(), 1));
     ++written;
   }
-  registry->SetRegistryDWORDValue(value::kNumWifiAdapters, written);
+  Ignored(registry->SetRegistryDWORDValue(value::kNumWifiAdapters, written));
 }
 
 CSmartPointer<CWlanInterface> CWlanClient::GetInterfaceByGuid(const GUID& guid) {

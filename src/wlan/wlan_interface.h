@@ -107,7 +107,9 @@ class CWlanInterface : public SmartObjEx<CWlanInterface, SmartObj<>>, public IWl
   bool GetProfileProperties(const WString& ssid, bool* hidden) {
     return m_Profiles.GetProfileProperties(ssid, hidden);
   }
-  bool DeleteWlanProfile(const WString& name) { return m_Profiles.DeleteWlanProfile(name); }
+  [[nodiscard]] bool DeleteWlanProfile(const WString& name) {
+    return m_Profiles.DeleteWlanProfile(name);
+  }
   void RefreshNetworkAllowDenyFilters() { corvane::RefreshNetworkAllowDenyFilters(m_Adapter); }
   void SaveTempProfileToNetwork(const WString& ssid,
                                 const platform::WLAN_CONNECTION_PARAMETERS& parameters) {

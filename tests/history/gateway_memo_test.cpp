@@ -20,7 +20,7 @@ WString Joined(std::initializer_list<WStringView> parts, char16_t separator) {
 
 class GatewayMemo : public test::KernelTest {
  protected:
-  GatewayMemo() { CRegistry::CreateHomeKey(kHomeKeyPath); }
+  GatewayMemo() { EXPECT_TRUE(CRegistry::CreateHomeKey(kHomeKeyPath)); }
 
   static WString Stored(WStringView name) {
     WString text;
@@ -28,7 +28,7 @@ class GatewayMemo : public test::KernelTest {
     return text;
   }
   static void Store(WStringView name, WStringView text) {
-    CRegistry(kHomeKeyPath).SetRegistryStringValue(name, text);
+    EXPECT_TRUE(CRegistry(kHomeKeyPath).SetRegistryStringValue(name, text));
   }
   CGlobalAPGatewayMapMemo& Memo() { return CGlobalAPGatewayMapMemo::GetInstance(); }
 };

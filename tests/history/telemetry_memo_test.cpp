@@ -9,10 +9,10 @@ namespace {
 
 class TelemetryMemoTest : public KernelTest {
  protected:
-  TelemetryMemoTest() { CRegistry::CreateHomeKey(kHomeKeyPath); }
+  TelemetryMemoTest() { EXPECT_TRUE(CRegistry::CreateHomeKey(kHomeKeyPath)); }
   static CTelemetryMemo& Memo() { return CTelemetryMemo::GetInstance(); }
   static void Store(WStringView text) {
-    CRegistry(kHomeKeyPath).SetRegistryStringValue(u"TelemetryMemo", text);
+    EXPECT_TRUE(CRegistry(kHomeKeyPath).SetRegistryStringValue(u"TelemetryMemo", text));
   }
   static WString Stored() {
     WString text;

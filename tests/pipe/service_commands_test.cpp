@@ -109,7 +109,7 @@ TEST_F(ServiceCommandTest, PostModeIsTwoValues) {
   EXPECT_EQ(post(), std::pair(1u, 0u));
   EXPECT_TRUE(HasLog("SetRegistryDWORDValue(REGVAL_FAST_STATUS_POST, 1) failed"));
   // Elsewhere "FastPost" may fail.
-  Global().GetRegistry()->SetRegistryDWORDValue(u"FastPost", 1);
+  EXPECT_TRUE(Global().GetRegistry()->SetRegistryDWORDValue(u"FastPost", 1));
   kernel.Faults().FailCall("RegSetValueExW", 1, platform::ERROR_ACCESS_DENIED);
   EXPECT_EQ(Code(Misc("POSTMode", "0")), 0u);
   EXPECT_EQ(post(), std::pair(0u, 1u));

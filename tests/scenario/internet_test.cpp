@@ -11,7 +11,7 @@ class InternetScenario : public ServiceTest {
   // The terms of the last score of Office's access point.
   std::string Terms() {
     MacAddress bssid{};
-    MacStringToBinary(u'-', u"02-50-00-00-00-01", &bssid);
+    EXPECT_TRUE(MacStringToBinary(u'-', u"02-50-00-00-00-01", &bssid));
     CSmartPointer<CWlanBssEntry> entry;
     return Wlan()->FindBssEntry(u"Office", bssid, &entry) ? entry->ScoreLog() : "";
   }

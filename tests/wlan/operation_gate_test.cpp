@@ -4,6 +4,7 @@
 
 #include <list>
 
+#include "foundation/ignored.h"
 #include "support/pc_fixture.h"
 
 namespace corvane {
@@ -51,7 +52,7 @@ class OperationGateTest : public test::KernelTest {
         [](void* late) -> platform::DWORD {
           auto& one = *static_cast<Late*>(late);
           Os().threads.Sleep(one.ms);
-          one.test->gate.Complete(one.kind, kCode, one.reason);
+          Ignored(one.test->gate.Complete(one.kind, kCode, one.reason));
           return 0;
         },
         &m_Late.back(), "platform", nullptr);
