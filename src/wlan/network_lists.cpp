@@ -5,6 +5,7 @@
 #include <unordered_map>
 #include <utility>
 
+#include "foundation/guarded.h"
 #include "foundation/log_lines.h"
 #include "model/global_wireless_maps.h"
 #include "monitors/network_list_manager.h"
@@ -71,7 +72,7 @@ bool Says(Work work) {
 
 WlanBuffer<WLAN_AVAILABLE_NETWORK_LIST> NetworkLists::GetAvailableNetworkList() {
   const auto client = m_Adapter.Client();
-  try {
+  const auto read = [&] {
     WlanBuffer<WLAN_AVAILABLE_NETWORK_LIST> list;
     DWORD result = CodeOfCall("CWlanInterface", "WlanGetAvailableNetworkList", [&] {
       return Os().wlan.WlanGetAvailableNetworkList(client.Handle(), &m_Adapter.Guid(), 0, nullptr,
@@ -88,19 +89,17 @@ WlanBuffer<WLAN_AVAILABLE_NETWORK_LIST> NetworkLists::GetAvailableNetworkList() 
     }
     if (!list) throw Exception("WlanGetAvailableNetworkList() failed: pData is NULL");
     return list;
-  } catch (const Exception& e) {
-    LOG_ERROR(u"[%i]CWlanInterface::GetAvailableNetworkList: Exception: %S", m_Adapter.Idx(),
-              e.what());
-  } catch (const std::exception& e) {
-    LOG_ERROR(u"[%i]CWlanInterface::GetAvailableNetworkList: std:exception: %S", m_Adapter.Idx(),
-              e.what());
-  }
-  return {};
+  };
+  return Contained(read, [&](const Failure& failure) {
+    LOG_ERROR(u"[%i]CWlanInterface::GetAvailableNetworkList: %S: %S", m_Adapter.Idx(),
+              failure.Kind(), failure.what);
+    return WlanBuffer<WLAN_AVAILABLE_NETWORK_LIST>();
+  });
 }
 
 WlanBuffer<WLAN_BSS_LIST> NetworkLists::GetNetworkBssList() {
   const auto client = m_Adapter.Client();
-  try {
+  const auto read = [&] {
     WlanBuffer<WLAN_BSS_LIST> list;
     DWORD result = CodeOfCall("CWlanInterface", "WlanGetNetworkBssList", [&] {
       return Os().wlan.WlanGetNetworkBssList(client.Handle(), &m_Adapter.Guid(), nullptr,
@@ -115,13 +114,12 @@ WlanBuffer<WLAN_BSS_LIST> NetworkLists::GetNetworkBssList() {
     }
     if (!list) throw Exception("WlanGetNetworkBssList() failed: pData is NULL");
     return list;
-  } catch (const Exception& e) {
-    LOG_ERROR(u"[%i]CWlanInterface::GetNetworkBssList: Exception: %S", m_Adapter.Idx(), e.what());
-  } catch (const std::exception& e) {
-    LOG_ERROR(u"[%i]CWlanInterface::GetNetworkBssList: std:exception: %S", m_Adapter.Idx(),
-              e.what());
-  }
-  return {};
+  };
+  return Contained(read, [&](const Failure& failure) {
+    LOG_ERROR(u"[%i]CWlanInterface::GetNetworkBssList: %S: %S", m_Adapter.Idx(), failure.Kind(),
+              failure.what);
+    return WlanBuffer<WLAN_BSS_LIST>();
+  });
 }
 
 void NetworkLists::Read(bool scanned, bool first, std::int32_t* found, std::int32_t* aux_error) {
