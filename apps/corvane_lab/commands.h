@@ -17,6 +17,7 @@ int ExplainCommand(const std::vector<std::string>& words);
 int ElementsCommand(const std::vector<std::string>& words);
 int EngineCommand(const std::vector<std::string>& words);
 int CompareCommand(const std::vector<std::string>& words);
+int ReportCommand(const std::vector<std::string>& words);
 int MakeWorldCommand(const std::vector<std::string>& words);
 int RegistryCommand(const std::vector<std::string>& words);
 
@@ -97,6 +98,15 @@ inline constexpr char kCompareHelp[] =
     "    --seed N        seed of everything that is left to chance (default 1)\n"
     "    --json          one JSON object for each world, and one for their sum\n"
     "    -j N            so many worlds at once (default: as many as there are processors)\n";
+inline constexpr char kReportHelp[] =
+    "corvane-lab report (WORLD | --air FILE.jsonl) -o PAGE.html [--for DURATION] [--seed N]\n"
+    "        [--mode MODE] [--profile P] [--user] [--compare]\n"
+    "    Runs the service over a world and makes a page to look at: what each adapter was on, how "
+    "every\n"
+    "    access point stood, what was decided and why. One file that needs nothing else.\n"
+    "    -o PAGE.html    where the page goes\n"
+    "    --for DURATION  how long (default: the world's own duration, else 30m)\n"
+    "    --compare       beside it what the peers' rules and the oracle make of the same world\n";
 inline constexpr char kMakeWorldHelp[] =
     "corvane-lab make-world (KIND --seed N | --kinds) [-o FILE] [--cold] [--roaming-driver]\n"
     "        [--background] [--two-adapters]\n"

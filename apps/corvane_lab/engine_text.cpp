@@ -7,6 +7,7 @@
 #include "engine/driver_records.h"
 #include "engine/engine_bits.h"
 #include "foundation/format.h"
+#include "foundation/text.h"
 #include "platform/sim/kernel/sim_text.h"
 
 namespace corvane::lab {
@@ -14,8 +15,6 @@ namespace corvane::lab {
 namespace {
 
 using Heard = platform::sim::SimDriver::Heard;
-
-std::string Narrow(const WString& text) { return platform::sim::ToUtf8(text); }
 
 std::string Description(const LBAdapterSlot& slot) {
   const WStringView whole(slot.description, std::size(slot.description));

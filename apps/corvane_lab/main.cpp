@@ -22,6 +22,7 @@ constexpr Command kCommands[] = {{"run", &RunCommand, kRunHelp},
                                  {"explain", &ExplainCommand, kExplainHelp},
                                  {"engine", &EngineCommand, kEngineHelp},
                                  {"compare", &CompareCommand, kCompareHelp},
+                                 {"report", &ReportCommand, kReportHelp},
                                  {"make-world", &MakeWorldCommand, kMakeWorldHelp},
                                  {"registry", &RegistryCommand, kRegistryHelp}};
 
