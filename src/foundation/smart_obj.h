@@ -11,6 +11,7 @@
 
 #include "foundation/crit_sec.h"
 #include "foundation/exception.h"
+#include "foundation/invariant.h"
 
 namespace corvane {
 
@@ -85,6 +86,7 @@ class SmartObj : public virtual ISmartObj {
         return count - 1;
       }
     }
+    Invariant(false, "an object is let go of no more often than it is held");
     return 0;
   }
   std::uint32_t GetRefCount() override { return m_Count.load(std::memory_order_acquire); }

@@ -6,6 +6,7 @@
 
 #include "foundation/exception.h"
 #include "foundation/guarded.h"
+#include "foundation/invariant.h"
 #include "foundation/log_lines.h"
 #include "foundation/smart_obj.h"
 #include "foundation/spin_lock.h"
@@ -63,6 +64,7 @@ platform::HRESULT HresultFromWin32(platform::DWORD code) {
 CThreadBase::~CThreadBase() { LetGo(false); }
 
 platform::HRESULT CThreadBase::BeginThread() {
+  Invariant(!m_bRunning, "a thread is begun after its earlier one has ended");
   LetGo(false);
   m_pFrame = new Frame(this);
   m_bRun = true;

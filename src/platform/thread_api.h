@@ -57,6 +57,9 @@ class ThreadApi {
   // random.
   virtual void BeginForLog() {}
   virtual void EndForLog() {}
+  // Something does not hold that the program relies on; `text` is static. A simulated machine ends
+  // its run with a report, a real one goes on. Never throws.
+  virtual void ReportBroken(const char* text) noexcept { static_cast<void>(text); }
 
   // The calling thread's last error code. It is the seam's own, and set by failing operations only.
   virtual DWORD GetLastError();

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "foundation/invariant.h"
 #include "score/network_facts.h"
 #include "score/score_terms.h"
 #include "score/text_builder.h"
@@ -222,7 +223,9 @@ class Subtotal {
 
 SubtotalResult ComputeSubtotal(const SubtotalInputs& in, std::string* log) {
   if (log) log->clear();
-  return Subtotal(in, log).Run();
+  const SubtotalResult result = Subtotal(in, log).Run();
+  Invariant(result.points >= 0, "a score is not below 0");
+  return result;
 }
 
 }  // namespace corvane

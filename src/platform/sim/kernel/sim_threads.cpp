@@ -102,6 +102,9 @@ void SimThreads::DeleteCriticalSection(CRITICAL_SECTION* section) { m_Locks.Dele
 
 void SimThreads::BeginForLog() { ++m_Scheduler.Current().forLog; }
 void SimThreads::EndForLog() { --m_Scheduler.Current().forLog; }
+void SimThreads::ReportBroken(const char* text) noexcept {
+  m_Scheduler.Report("Broken invariant: " + std::string(text) + "\n" + m_Scheduler.DescribeAll());
+}
 
 DWORD SimThreads::GetLastError() { return m_Scheduler.Current().lastError; }
 void SimThreads::SetLastError(DWORD code) { m_Scheduler.Current().lastError = code; }

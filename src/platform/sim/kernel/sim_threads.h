@@ -37,6 +37,7 @@ class SimThreads final : public ThreadApi {
   void DeleteCriticalSection(CRITICAL_SECTION* section) override;
   void BeginForLog() override;
   void EndForLog() override;
+  void ReportBroken(const char* text) noexcept override;
   DWORD GetLastError() override;
   void SetLastError(DWORD code) override;
 
