@@ -103,6 +103,7 @@ KernelTest::KernelTest(const PcOptions& options) : m_Record(options), kernel(opt
 }
 
 KernelTest::~KernelTest() {
+  singletons::DropAll();  // the members of a fixture may have used some as they went
   RunRecord::CheckNothingIsLeft(kernel);
   m_Record.CheckReports();
   SetPlatform(nullptr);
