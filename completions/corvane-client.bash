@@ -2,10 +2,11 @@
 
 _corvane_client_words() { # what may follow the words of the call so far
   case "$*" in
-    "" | help) echo accept candidates connect diag disable enable events help lb list log mode profile raw set \
-      status watch weights ;;
+    "" | help) echo accept candidates connect diag disable enable events help lb list log mode profile raw record \
+      set status watch weights ;;
     mode) echo autoswitch event popup ;;
     profile) echo classic balanced ;;
+    record) echo on off status ;;
     list) echo deny allow preferred ;;
     "list deny" | "list allow" | "list preferred") echo show set clear ;;
     weights) echo show set ;;

@@ -39,6 +39,7 @@ int ConnectCommand(const Call& call);
 int AcceptCommand(const Call& call);
 int ModeCommand(const Call& call);
 int ProfileCommand(const Call& call);
+int RecordCommand(const Call& call);
 int EnableCommand(const Call& call);
 int DisableCommand(const Call& call);
 int ListCommand(const Call& call);

@@ -29,6 +29,10 @@ const std::vector<Command>& Commands() {
        "profile [classic|balanced]\n    By which rules the service decides; alone, tells it. "
        "balanced weighs access points by the\n    rate that they would give, looks around when "
        "there is something to gain, and mends a lost\n    link at once.\n"},
+      {"record", &RecordCommand, "",
+       "record on [MB] | off | status\n    The recording of what the adapters hear and what is "
+       "decided upon it, for corvane-lab to\n    replay; it holds names and addresses. MB is how "
+       "large it may grow, in million bytes\n    (default 100, at most 1000).\n"},
       {"enable", &EnableCommand, "--adapter",
        "enable\n    Lets the service work; with --adapter, on that adapter.\n"},
       {"disable", &DisableCommand, "--adapter",

@@ -14,6 +14,7 @@ class CJsonWriter {
   CJsonWriter& String(std::string_view text);  // what is no UTF-8 becomes U+FFFD
   // A number where the text is one, such as "-70" or "9.80", else a string.
   CJsonWriter& Value(const std::string& text);
+  CJsonWriter& Uint64(std::uint64_t number) { return m_Writer.Uint64(number), *this; }
   CJsonWriter& Uint(std::uint32_t number) { return m_Writer.Uint(number), *this; }
   CJsonWriter& Bool(bool value) { return m_Writer.Bool(value), *this; }
   CJsonWriter& Begin() { return m_Writer.StartObject(), *this; }

@@ -20,6 +20,7 @@ class CLinuxServiceAccess : public IServiceAccess {
   Values Settings(const std::string& adapterGuid) override;
   void CheckIsServed() override;
   std::string ProgramFolder() override;
+  std::string DataFolder() override { return m_Home + "/OstrelNetworks/Corvane"; }
   void Sleep(int ms) override;
   bool IsInterrupted() override;
 

@@ -33,6 +33,8 @@ class IServiceAccess {
   // The folder of the service's program, without a separator at its end. Throws ClientError
   // (kRefused) where this account is not told.
   virtual std::string ProgramFolder() = 0;
+  // The folder that the service keeps its files in, likewise. Asks nobody.
+  virtual std::string DataFolder() = 0;
   virtual void Sleep(int ms) = 0;
   virtual bool IsInterrupted() = 0;
 };

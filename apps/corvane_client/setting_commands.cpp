@@ -8,6 +8,8 @@
 #include "corvane_client/setting_names.h"
 #include "corvane_client/text_table.h"
 #include "foundation/text.h"
+#include "platform/text_file.h"
+#include "platform/types.h"
 #include "store/policy_profile_kind.h"
 #include "store/value_names.h"
 
@@ -129,6 +131,53 @@ int ProfileCommand(const Call& call) {
                                     "\" is no profile; there are classic and balanced");
   }
   Write(call, "MiscCommand", Narrow(value::kPolicyProfile), static_cast<std::uint32_t>(*kind));
+  return kDone;
+}
+
+namespace {
+
+constexpr std::uint32_t kRecordMB = 100, kMostRecordMB = 1000;
+
+std::uint64_t BytesOf(const std::string& path) { return platform::FileSize(path).value_or(0); }
+
+void ShowRecording(const Call& call) {
+  call.service.CheckIsServed();
+  const Values service = call.service.Settings();
+  const auto found = service.find(Narrow(value::kRecordAirMB));
+  const std::uint32_t limit = found == service.end() ? 0 : ParseNumber(found->second).value_or(0);
+  const std::string folder = call.service.DataFolder() + Narrow({&platform::kPathSeparator, 1});
+  const std::string file = folder + "air.jsonl";
+  const std::uint64_t bytes = BytesOf(file) + BytesOf(folder + "air.1.jsonl");
+  if (call.options.json) {
+    CJsonWriter json;
+    json.Begin().Name("megabytes").Uint(limit).Name("file").String(file);
+    call.output.Line(json.Name("bytes").Uint64(bytes).End().Text());
+    return;
+  }
+  call.output.Line(limit == 0 ? "off" : "on, at most " + std::to_string(limit) + " million bytes");
+  if (bytes != 0) call.output.Line(file + ", " + std::to_string(bytes) + " bytes");
+}
+
+}  // namespace
+
+int RecordCommand(const Call& call) {
+  NeedWords(call, 1, 2);
+  const auto& words = call.options.words;
+  if (words[0] == "status" && words.size() == 1) {
+    ShowRecording(call);
+    return kDone;
+  }
+  if (words[0] == "off" && words.size() == 1) {
+    Write(call, "MiscCommand", Narrow(value::kRecordAirMB), 0);
+    return kDone;
+  }
+  if (words[0] != "on") throw ClientError(kBadCall, "record takes on, off or status");
+  const auto limit = words.size() == 1 ? std::optional(kRecordMB) : ParseNumber(words[1]);
+  if (!limit || *limit == 0 || *limit > kMostRecordMB) {
+    throw ClientError(kBadCall, "\"" + words[1] + "\" is no size from 1 to " +
+                                    std::to_string(kMostRecordMB) + " million bytes");
+  }
+  Write(call, "MiscCommand", Narrow(value::kRecordAirMB), *limit);
   return kDone;
 }
 

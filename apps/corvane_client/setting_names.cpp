@@ -30,6 +30,7 @@ const std::vector<SettingName>& SettingNames() {
       Of(ValueKey::kHome, value::kRoamingEnabled),
       Of(ValueKey::kHome, value::kSCOREDIFFPCT),
       Of(ValueKey::kHome, value::kPolicyProfile),
+      Of(ValueKey::kHome, value::kRecordAirMB),
       Of(ValueKey::kHome, value::kIgnoreVPN),
       Of(ValueKey::kHome, value::kRTAudioMode),
       Of(ValueKey::kHome, value::kRTAudioModeMbps),

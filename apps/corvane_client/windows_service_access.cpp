@@ -109,6 +109,10 @@ std::string CWindowsServiceAccess::ProgramFolder() {
   return *folder;
 }
 
+std::string CWindowsServiceAccess::DataFolder() {
+  return WideToUtf8(WindowsHome::Locate(m_Places.root));
+}
+
 void CWindowsServiceAccess::Sleep(int ms) { SleepMs(ms); }
 bool CWindowsServiceAccess::IsInterrupted() { return platform::windows::IsInterrupted(); }
 

@@ -28,6 +28,7 @@ class CWindowsServiceAccess : public IServiceAccess {
   Values Settings(const std::string& adapterGuid) override;
   void CheckIsServed() override;
   std::string ProgramFolder() override;
+  std::string DataFolder() override;
   void Sleep(int ms) override;
   bool IsInterrupted() override;
 

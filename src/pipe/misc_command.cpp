@@ -22,7 +22,7 @@ struct GlobalSetting {
   std::uint32_t writeFailure = kReplyNotDone;
 };
 
-constexpr std::array<GlobalSetting, 15> kGlobalSettings = {{
+constexpr std::array<GlobalSetting, 16> kGlobalSettings = {{
     {value::kServiceEnable, u"REGVAL_SERVICE_ENABLE"},
     {value::kRoamingEnabled, u"REGVAL_ROAMING_ENABLED"},
     {value::kDBWMEnable, u"REGKEY_VALUE_APS_DBWM_ENABLE"},
@@ -38,6 +38,7 @@ constexpr std::array<GlobalSetting, 15> kGlobalSettings = {{
     {value::kSurvey2, value::kSurvey2},
     {value::kSurvey3, value::kSurvey3},
     {value::kPolicyProfile, value::kPolicyProfile},
+    {value::kRecordAirMB, value::kRecordAirMB},
 }};
 
 bool Write(const char16_t* name, std::uint32_t number) {

@@ -8,6 +8,7 @@
 #include "pipe/client_token.h"
 #include "pipe/commands.h"
 #include "pipe/reply_text.h"
+#include "record/air_recorder.h"
 #include "settings/global_config_container.h"
 
 namespace corvane {
@@ -68,6 +69,8 @@ WString CNamedPipeListenerJson::HandleJsonCommand(const CClientRequest& request,
   }
   if (const std::uint32_t code = CheckClientToken(request, record); code != kTokenGood)
     return TokenFailureReply(code);
+  if (CAirRecorder* const recorder = CAirRecorder::Find(); recorder && recorder->IsOn())
+    recorder->NoteOrder(WideToUtf8(request.GetText()));
   WString word;
   if (!request.GetString("cmd", &word)) return FailureReply(kReplyNoCommand, request.GetText());
   const auto command = std::find_if(kCommands.begin(), kCommands.end(),

@@ -46,6 +46,12 @@ bool FileExists(const std::string& path) {
   return exists;
 }
 
+std::optional<std::uint64_t> FileSize(const std::string& path) {
+  std::error_code failure;
+  const std::uint64_t bytes = std::filesystem::file_size(path, failure);
+  return failure ? std::nullopt : std::optional(bytes);
+}
+
 void RemoveFile(const std::string& path) {
   std::error_code failure;
   std::filesystem::remove(path, failure);

@@ -1,6 +1,8 @@
 #pragma once
+#include <cstdint>
 #include <cstdio>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -11,6 +13,7 @@ namespace corvane::platform {
 // std::runtime_error with the path and the system's reason.
 std::string ReadTextFile(const std::string& path);
 bool FileExists(const std::string& path);
+std::optional<std::uint64_t> FileSize(const std::string& path);  // in bytes; nothing: no such file
 void RemoveFile(const std::string& path);  // one that is not there is no failure
 // Whether the path is that of a folder, and the paths of the files in it that end so, sorted.
 bool IsFolder(const std::string& path);

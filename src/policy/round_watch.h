@@ -1,7 +1,6 @@
 #pragma once
 // What a round tells somebody who wants to know why it ended as it did: how each entry stood, and
-// each thing that was decided, at the moment when it is. In the service nobody watches, and a round
-// pays the test of an empty list for it.
+// each thing that was decided, at the moment when it is.
 
 #include <vector>
 

@@ -18,6 +18,7 @@
 #include "settings/global_config_container.h"
 #include "store/process_flags.h"
 #include "store/value_names.h"
+#include "wlan/air_watch.h"
 #include "wlan/wifi_client_container.h"
 
 namespace corvane {
@@ -409,6 +410,8 @@ bool CQUAYMainWorker::TakePowerEvents() {
     KillNudgeDialog();
   }
   const bool suspended = m_bPowerSuspendSeen.exchange(false);
+  if (suspended) TellOutside(m_ConfigIdx, OutsideEvent::kSuspend);
+  if (resumed) TellOutside(m_ConfigIdx, OutsideEvent::kResume);
   if (suspended) {
     ForgetSurroundings();
     m_pInterface->ClearConnectedBssid();

@@ -7,6 +7,7 @@
 #include "foundation/guarded.h"
 #include "foundation/hosts.h"
 #include "foundation/ignored.h"
+#include "history/data_folder.h"
 #include "history/global_ap_gateway_map_memo.h"
 #include "history/global_dc_info_memo.h"
 #include "history/telemetry_memo.h"
@@ -22,11 +23,11 @@
 #include "pipe/api_session_security_singleton.h"
 #include "platform/clock_api.h"
 #include "platform/console_api.h"
-#include "platform/file_api.h"
 #include "platform/platform.h"
 #include "platform/session_api.h"
 #include "platform/socket_api.h"
 #include "platform/thread_api.h"
+#include "record/air_recorder.h"
 #include "service/engine_switch.h"
 #include "service/one_shot_modes.h"
 #include "service/pilot_schedule.h"
@@ -59,18 +60,8 @@ CSmartPointer<CRegistry> HomeKey() { return CRegistry::CreateObject(kHomeKeyPath
 // The folder of the program's data when it is there, else the current one.
 std::string LogBaseName() {
   constexpr char kBase[] = "aps";
-  WString folder;
-  if (Os().files.SHGetFolderPathW(platform::CSIDL_COMMON_APPDATA, &folder) < 0) return kBase;
-  for (const char16_t* part : {u"OstrelNetworks", u"Corvane"}) {
-    folder += platform::kPathSeparator;
-    folder += part;
-  }
-  const platform::DWORD attributes = Os().files.GetFileAttributesW(folder.c_str());
-  const bool isFolder = attributes != platform::INVALID_FILE_ATTRIBUTES &&
-                        (attributes & platform::FILE_ATTRIBUTE_DIRECTORY) != 0;
-  if (!isFolder) return kBase;
-  folder += platform::kPathSeparator;
-  return WideToUtf8(folder) + kBase;
+  const WString folder = DataFolder();
+  return folder.empty() ? kBase : WideToUtf8(folder + platform::kPathSeparator) + kBase;
 }
 
 // Empty when the machine is in no domain or does not tell.
@@ -157,6 +148,7 @@ bool Service::StartSockets() {
 }
 
 void Service::StartUp() {
+  CAirRecorder::GetInstance();             // which watches the rounds from the first one on
   StartEngineControl(&m_bHomeKeyCreated);  // and with it the first open of the home key
   CPowerWindow::GetInstance().Initialize(kWindowParameter, kWindowParameter);
   if (const platform::HRESULT result = CNotificationManagerSingleton::GetInstance().BeginThread();
@@ -215,6 +207,7 @@ bool Service::RunPass() {
 
 void Service::RunWithAdapters(int count) {
   HasNLM();
+  FollowRecording();
   StartWorkers(count);
   RefreshNLM();
   EnsurePipes();
@@ -265,6 +258,7 @@ bool Service::RunMainRound() {
   ReadDebugValues();
   Ignored(config.SetDWORD(value::kVPNFound, g_bVPNFound));
   config.RefreshGlobals();
+  FollowRecording();
   CBluetoothMonitorSingleton::GetInstance().Poll();
   RestartWorkers();
   if (config.m_bEnablePilot) RunPilot();
@@ -289,6 +283,10 @@ bool Service::RunMainRound() {
   return !m_bQuit;
 }
 
+void Service::FollowRecording() {
+  CAirRecorder::GetInstance().Follow(CGlobalConfigContainer::GetInstance().m_RecordAirMB);
+}
+
 // A worker that ended by itself is started again.
 void Service::RestartWorkers() {
   for (const auto& worker : m_Workers) {
@@ -309,6 +307,7 @@ void Service::ShutDown() {
   // An exception may have left workers: one that does not end in time keeps its adapter alive only
   // when it is shut down, not when it is dropped.
   ShutDownWorkers();
+  CAirRecorder::GetInstance().Stop();
   SaveTelemetry();
   CBluetoothMonitorSingleton::GetInstance().ClosePDHCounters();
   CGlobalAPGatewayMapMemo::GetInstance().Clear();

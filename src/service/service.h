@@ -26,6 +26,7 @@ class Service {
   void EnsurePipes();
   void RunMainLoop();
   bool RunMainRound();  // false ends the pass
+  void FollowRecording();
   void ShutDownWorkers();
   void ShutDown();
   void ReadDebugValues();

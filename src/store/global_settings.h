@@ -27,6 +27,7 @@ struct GlobalSettings {
   std::atomic<bool> m_bBTPenaltyEnabled;
   std::atomic<std::uint32_t> m_BTPenaltyValue;
   std::atomic<std::uint32_t> m_PolicyProfile;  // PolicyProfileKind
+  std::atomic<std::uint32_t> m_RecordAirMB;
 };
 
 }  // namespace corvane

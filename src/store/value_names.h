@@ -39,6 +39,7 @@ inline constexpr char16_t kPalisadeOptimizer[] = u"PalisadeOptimizer";
 inline constexpr char16_t kPolicyProfile[] = u"PolicyProfile";
 inline constexpr char16_t kProfiledNetworksJson[] = u"ProfiledNetworksJson";
 inline constexpr char16_t kRandomCsv[] = u"RandomCsv";
+inline constexpr char16_t kRecordAirMB[] = u"RecordAirMB";
 inline constexpr char16_t kRoamingEnabled[] = u"RoamingEnabled";
 inline constexpr char16_t kRTAudioMode[] = u"RTAudioMode";
 inline constexpr char16_t kRTAudioModeMbps[] = u"RTAudioModeMbps";

@@ -1,6 +1,7 @@
 #include "wlan/adapter_notices.h"
 
 #include <cstring>
+#include <optional>
 
 #include "foundation/guarded.h"
 #include "foundation/ignored.h"
@@ -9,6 +10,7 @@
 #include "notify/notification_manager.h"
 #include "platform/clock_api.h"
 #include "platform/platform.h"
+#include "wlan/air_watch.h"
 
 namespace corvane {
 
@@ -36,6 +38,21 @@ const char16_t* WordOf(DWORD code) {
       return u"[DISCONNECTED]";
     default:
       return u"";
+  }
+}
+
+std::optional<OutsideEvent> EventOf(DWORD code) {
+  switch (code) {
+    case wlan_notification_acm_connection_start:
+      return OutsideEvent::kConnecting;
+    case wlan_notification_acm_connection_complete:
+      return OutsideEvent::kConnected;
+    case wlan_notification_acm_disconnecting:
+      return OutsideEvent::kDisconnecting;
+    case wlan_notification_acm_disconnected:
+      return OutsideEvent::kDisconnected;
+    default:
+      return std::nullopt;
   }
 }
 
@@ -96,6 +113,8 @@ void AdapterNotices::ConnectionNotification_internal(DWORD code, const void* dat
 
   const OperationGate::State state = m_Operations.InFlight();
   const NotificationOwner owner = OwnerOfNotification(state.m_op_busy, state.m_op_kind, code);
+  if (const auto event = EventOf(code); event && !owner.weInitiated && !owner.xSide)
+    TellOutside(m_Adapter.Idx(), *event, ssid);
   const bool isCompletion = code == wlan_notification_acm_connection_complete || IsDisconnect(code);
   if (!isCompletion) {
     OnNoCompletion(code, owner.weInitiated);
@@ -328,6 +347,7 @@ void AdapterNotices::ScanNotification_internal(DWORD code, DWORD reason) {
               u"[%i]CWlanInterface::ScanNotification_internal: OUTSIDE NOTIFICATION! "
               u"[NotificationCode=%lu]%s[***INHIBIT QUAY 15000 ***]",
               m_Adapter.Idx(), code, complete ? u"[SCAN COMPLETE]" : u"");
+  TellOutside(m_Adapter.Idx(), OutsideEvent::kScan);
   m_Adapter.Config()->Set_InhibitQUAY(kInhibitOutsideScanMs, "out-scan");
 }
 
@@ -346,6 +366,9 @@ void AdapterNotices::MSMRadioStateNotification_internal(const void* data) {
       u"hardware=%i",
       m_Adapter.Idx(), state.dwPhyIndex, state.dot11SoftwareRadioState,
       state.dot11HardwareRadioState);
+  const bool on = state.dot11SoftwareRadioState != dot11_radio_state_off &&
+                  state.dot11HardwareRadioState != dot11_radio_state_off;
+  TellOutside(m_Adapter.Idx(), on ? OutsideEvent::kRadioOn : OutsideEvent::kRadioOff);
   m_Radio.Store(state);
 }
 

@@ -4,6 +4,7 @@
 #include "platform/platform.h"
 #include "platform/thread_api.h"
 #include "platform/wlan_api.h"
+#include "wlan/air_watch.h"
 #include "wlan/reason_text.h"
 #include "wlan/wlan_call.h"
 
@@ -113,7 +114,10 @@ std::optional<OperationGate::Result> AdapterOperations::Run(WlanOperation kind,
                                                             const std::function<void()>& call,
                                                             std::uint32_t timeoutMs) {
   if (!Begin(kind, call)) return std::nullopt;
-  return m_Gate.Await(kind, timeoutMs);
+  TellOperation(m_Adapter.Idx(), kind, false);
+  const OperationGate::Result result = m_Gate.Await(kind, timeoutMs);
+  TellOperation(m_Adapter.Idx(), kind, true);
+  return result;
 }
 
 void AdapterOperations::Finish(WlanOperation kind, const OperationGate::Result& result) const {

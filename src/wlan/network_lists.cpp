@@ -13,6 +13,7 @@
 #include "platform/platform.h"
 #include "platform/wlan_api.h"
 #include "settings/global_config_container.h"
+#include "wlan/air_watch.h"
 #include "wlan/strongest.h"
 #include "wlan/wlan_call.h"
 #include "wlan/wlan_limits.h"
@@ -135,6 +136,7 @@ void NetworkLists::Read(bool scanned, bool first, std::int32_t* found, std::int3
     ClearScanMarks();
     throw;
   }
+  if (g_pAirWatch) g_pAirWatch->OnLists(m_Adapter.Idx(), scanned, now);
   if (!scanned && !first && m_Last && *m_Last == now) {
     Keep(now, noInternet);
   } else {

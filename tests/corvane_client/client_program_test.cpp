@@ -79,6 +79,7 @@ class CNotingService : public IServiceAccess {
   Values Settings(const std::string& guid) override { return m_Notes.settings[guid]; }
   void CheckIsServed() override {}
   std::string ProgramFolder() override { return m_Notes.folder; }
+  std::string DataFolder() override { return m_Notes.folder; }
   void Sleep(int) override {
     if (m_Notes.statuses.empty()) return;
     m_Notes.settings[kFirst]["ConnectStatus"] = m_Notes.statuses.front();
@@ -134,12 +135,31 @@ TEST_F(ClientProgramTest, SendsWhatTheWordsMean) {
        R"({"cmd":"WriteRegDW",)" + guid + R"(,"idx":0,"name":"LatchToPrivate","value":1})"},
       {{"list", "deny", "clear"},
        R"({"cmd":"WriteRegString",)" + guid + R"(,"name":"DenylistJson","value":"[]"})"},
+      {{"record", "on"}, R"({"cmd":"MiscCommand","name":"RecordAirMB","value":100})"},
+      {{"record", "on", "7"}, R"({"cmd":"MiscCommand","name":"RecordAirMB","value":7})"},
+      {{"record", "off"}, R"({"cmd":"MiscCommand","name":"RecordAirMB","value":0})"},
       {{"lb", "resume"}, R"({"cmd":"LBCommand","name":"SetLBPaused","value":0})"},
       {{"lb", "weight", "2"}, R"({"cmd":"LBCommand","name":"SetLBWeightMode","value":2})"}};
   for (const auto& [words, request] : cases) {
     EXPECT_EQ(Run(words), kDone) << words[0] << error;
     EXPECT_THAT(notes.requests, ElementsAre(request));
   }
+}
+
+TEST_F(ClientProgramTest, TellsOfTheRecordingAndHowLargeItIs) {
+  EXPECT_EQ(Run({"record", "status"}), kDone);
+  EXPECT_EQ(out, "off\n");
+  const test::TempDirectory folder;
+  notes.folder = folder.Path();
+  std::ofstream(notes.folder + "/air.jsonl") << "12345";
+  std::ofstream(notes.folder + "/air.1.jsonl") << "1234567";
+  notes.settings[""]["RecordAirMB"] = "20";
+  EXPECT_EQ(Run({"record", "status"}), kDone);
+  EXPECT_THAT(out, HasSubstr("on, at most 20 million bytes\n"));
+  EXPECT_THAT(out, HasSubstr("air.jsonl, 12 bytes\n"));
+  EXPECT_EQ(Run({"record", "status", "--json"}), kDone);
+  EXPECT_THAT(out, HasSubstr("\"megabytes\":20"));
+  EXPECT_THAT(out, HasSubstr("\"bytes\":12"));
 }
 
 TEST_F(ClientProgramTest, RefusesBadCallsWithoutAsking) {
@@ -162,6 +182,10 @@ TEST_F(ClientProgramTest, RefusesBadCallsWithoutAsking) {
                                             {"diag", "--adapter", "0"},
                                             {"set", "SCOREDIFFPCT", "30", "--adapter", "0"},
                                             {"lb", "status", "1"},
+                                            {"record"},
+                                            {"record", "on", "0"},
+                                            {"record", "on", "1001"},
+                                            {"record", "off", "1"},
                                             {"status", "--adapter", "green"}};
   for (const auto& words : cases) {
     EXPECT_EQ(Run(words), kBadCall) << (words.empty() ? "" : words[0]);
