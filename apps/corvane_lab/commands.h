@@ -18,6 +18,7 @@ int ElementsCommand(const std::vector<std::string>& words);
 int EngineCommand(const std::vector<std::string>& words);
 int CompareCommand(const std::vector<std::string>& words);
 int ReportCommand(const std::vector<std::string>& words);
+int ReplayCommand(const std::vector<std::string>& words);
 int MakeWorldCommand(const std::vector<std::string>& words);
 int RegistryCommand(const std::vector<std::string>& words);
 
@@ -25,7 +26,8 @@ int RegistryCommand(const std::vector<std::string>& words);
 std::string ElementsLine(const platform::sim::CapturedBeacon& beacon);
 
 inline constexpr char kRunHelp[] =
-    "corvane-lab run (WORLD | --air FILE.jsonl) [--for DURATION] [--seed N] [--mode MODE] "
+    "corvane-lab run (WORLD | --air FILE.jsonl | --recording FILE) [--for DURATION] [--seed N] "
+    "[--mode MODE] "
     "[--profile P] [--user]\n        [--json FILE]\n"
     "    Runs the service over a world in virtual time and prints what happens, then a summary.\n"
     "    --for DURATION  how long (default: the world's own duration, else 30m)\n"
@@ -34,6 +36,9 @@ inline constexpr char kRunHelp[] =
     "summary to\n"
     "                    FILE, one JSON object a line\n"
     "    --air FILE      makes the world out of captured beacons\n"
+    "    --recording FILE  makes it out of what a service recorded (see docs/recording.md)\n"
+    "    --record FILE   the service records what it hears; the recording goes to FILE\n"
+    "    --record-mb N   and may take N million bytes; checked for size and form throughout\n"
     "    --mode MODE     all adapters act in this mode: autoswitch, event or popup\n"
     "    --profile P     by which rules the service decides: classic or balanced (default: the "
     "world's)\n"
@@ -107,6 +112,13 @@ inline constexpr char kReportHelp[] =
     "    -o PAGE.html    where the page goes\n"
     "    --for DURATION  how long (default: the world's own duration, else 30m)\n"
     "    --compare       beside it what the peers' rules and the oracle make of the same world\n";
+inline constexpr char kReplayHelp[] =
+    "corvane-lab replay RECORDING [--seed N] [--mode MODE] [--profile P] [--show N]\n"
+    "    Runs the service over what a recording tells (see docs/recording.md), and holds its "
+    "scores "
+    "and\n"
+    "    decisions against the recorded ones.\n"
+    "    --show N        prints the first N rounds that decide otherwise (default 10)\n";
 inline constexpr char kMakeWorldHelp[] =
     "corvane-lab make-world (KIND --seed N | --kinds) [-o FILE] [--cold] [--roaming-driver]\n"
     "        [--background] [--two-adapters]\n"

@@ -131,8 +131,9 @@ void RunTo(platform::sim::SimulatedPc& pc, std::uint64_t ms, SimulatedUser* user
 }  // namespace
 
 int ExplainCommand(const std::vector<std::string>& words) {
-  const Arguments arguments(words, {"--at", "--air", "--adapter", "--mode", "--profile", "--seed"},
-                            {"--json", "--user"});
+  const Arguments arguments(
+      words, {"--at", "--air", "--recording", "--adapter", "--mode", "--profile", "--seed"},
+      {"--json", "--user"});
   const auto at = arguments.Value("--at");
   if (!at) throw UsageError("--at TIME says which round");
   AirReport airReport;

@@ -23,6 +23,7 @@ constexpr Command kCommands[] = {{"run", &RunCommand, kRunHelp},
                                  {"engine", &EngineCommand, kEngineHelp},
                                  {"compare", &CompareCommand, kCompareHelp},
                                  {"report", &ReportCommand, kReportHelp},
+                                 {"replay", &ReplayCommand, kReplayHelp},
                                  {"make-world", &MakeWorldCommand, kMakeWorldHelp},
                                  {"registry", &RegistryCommand, kRegistryHelp}};
 

@@ -73,8 +73,9 @@ std::string RunDay(const World& world, std::uint64_t ms, std::uint64_t seed, boo
 }  // namespace
 
 int ReportCommand(const std::vector<std::string>& words) {
-  const Arguments arguments(words, {"-o", "--for", "--seed", "--air", "--mode", "--profile"},
-                            {"--user", "--compare"});
+  const Arguments arguments(
+      words, {"-o", "--for", "--seed", "--air", "--recording", "--mode", "--profile"},
+      {"--user", "--compare"});
   const auto file = arguments.Value("-o");
   if (!file) throw UsageError("-o PAGE.html says where the page goes");
   AirReport airReport;

@@ -5,6 +5,7 @@
 
 #include "corvane_lab/arguments.h"
 #include "corvane_lab/commands.h"
+#include "corvane_lab/run_recording.h"
 #include "corvane_lab/run_report.h"
 #include "corvane_lab/service_run.h"
 #include "corvane_lab/simulated_user.h"
@@ -28,6 +29,8 @@ using platform::sim::World;
 
 constexpr std::uint64_t kDefaultMs = 30 * 60'000;
 constexpr std::uint64_t kSampleMs = 1000;
+constexpr std::uint64_t kReadRecordingMs = 5 * 60'000;
+constexpr unsigned kRecordMB = 1000;  // the largest there may be
 
 // Where the lines go: standard output, and a file of JSON.
 struct Output {
@@ -44,8 +47,10 @@ struct RunPlan {
   World world;
   PcOptions options;
   std::uint64_t ms = kDefaultMs;
-  bool user = false;  // somebody answers the suggestions
-  std::string words;  // of the command line, without seeds
+  bool user = false;      // somebody answers the suggestions
+  std::string words;      // of the command line, without seeds
+  unsigned recordMB = 0;  // how large the service's recording may grow; 0: there is none
+  std::string recordTo;   // file that it goes to at the end; empty: nowhere
 };
 
 // What a run must not do.
@@ -108,6 +113,11 @@ std::string RunOnce(const RunPlan& plan, Output* output, RunSummary* summary,
         break;
       }
       report.Sample();
+      if (plan.recordMB != 0) {
+        const std::string wrong = RecordingTrouble(
+            pc, plan.recordMB, done % kReadRecordingMs == 0 || done + kSampleMs >= plan.ms);
+        if (!wrong.empty()) Trouble::Note(wrong, &trouble);
+      }
       if (plan.user) user.Look(done + kSampleMs);
     }
     if (!service.Stop()) Trouble::Note("the service did not end within three minutes", &trouble);
@@ -119,6 +129,11 @@ std::string RunOnce(const RunPlan& plan, Output* output, RunSummary* summary,
     if (driver) driver->Add(told);
     report.PrintSummary();
     report.Detach();
+    if (!plan.recordTo.empty()) {
+      platform::TextFileWriter file(plan.recordTo);
+      for (const RecordingPart& part : RecordingOf(pc)) file.Write(part.text);
+      file.Commit();
+    }
   }
   if (trouble.report.empty() && LiveObjectCount() != 0) {
     Trouble::Note(FormatA("%u objects are left over", LiveObjectCount()), &trouble);
@@ -181,26 +196,35 @@ std::string WordsWithoutSeeds(const std::vector<std::string>& words) {
 }  // namespace
 
 int RunCommand(const std::vector<std::string>& words) {
-  const Arguments arguments(
-      words, {"--for", "--seed", "--json", "--air", "--mode", "--profile", "--faults", "--seeds"},
-      {"--interleave", "--user"});
+  const Arguments arguments(words,
+                            {"--for", "--seed", "--json", "--air", "--recording", "--mode",
+                             "--profile", "--faults", "--seeds", "--record", "--record-mb"},
+                            {"--interleave", "--user"});
   AirReport airReport;
   RunPlan plan;
   plan.world = WorldOf(arguments, &airReport);
   if (plan.world.durationMs > 0) plan.ms = plan.world.durationMs;
   if (const auto duration = arguments.Value("--for")) plan.ms = ParseDuration(*duration);
   plan.user = arguments.Has("--user");
+  plan.recordMB = static_cast<unsigned>(arguments.Number("--record-mb", 0));
   plan.words = WordsWithoutSeeds(words);
   plan.options.seed = arguments.Number("--seed", 1);
   plan.options.faultRate = static_cast<double>(arguments.Number("--faults", 0)) / 100.0;
   plan.options.interleave = arguments.Has("--interleave") || plan.options.faultRate > 0.0;
 
   if (const auto seeds = arguments.Value("--seeds")) {
-    if (arguments.Has("--json")) throw UsageError("--json goes with one seed");
+    if (arguments.Has("--json") || arguments.Has("--record"))
+      throw UsageError("--json and --record go with one seed");
+    if (plan.recordMB != 0) SetRecording(&plan.world, plan.recordMB);
     std::uint64_t first = 0, last = 0;
     ParseSeeds(*seeds, &first, &last);
     return RunSeeds(std::move(plan), first, last);
   }
+  if (const auto file = arguments.Value("--record")) {
+    plan.recordTo = *file;
+    if (plan.recordMB == 0) plan.recordMB = kRecordMB;
+  }
+  if (plan.recordMB != 0) SetRecording(&plan.world, plan.recordMB);
   Output output;
   if (const auto json = arguments.Value("--json")) output.json.emplace(*json);
   RunSummary summary;

@@ -81,7 +81,8 @@ bool HasScores(void*) {
 }  // namespace
 
 int ScoresCommand(const std::vector<std::string>& words) {
-  const Arguments arguments(words, {"--at", "--air", "--mode", "--profile", "--seed"}, {"--json"});
+  const Arguments arguments(
+      words, {"--at", "--air", "--recording", "--mode", "--profile", "--seed"}, {"--json"});
   const auto at = arguments.Value("--at");
   if (!arguments.Value("--air") && !at)
     throw UsageError("a world and --at TIME, or --air and a file");

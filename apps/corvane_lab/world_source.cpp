@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdio>
 
+#include "corvane_lab/recorded_world.h"
 #include "platform/sim/world/world_loader.h"
 #include "platform/sim/world/world_policy.h"
 #include "platform/text_file.h"
@@ -20,6 +21,10 @@ namespace {
 
 // By then the first start has given every setting its default.
 constexpr std::uint64_t kModeAtMs = 8000;
+
+World LoadWorldFile(const std::string& file) {
+  return platform::sim::ParseWorld(platform::ReadTextFile(file), file);
+}
 
 }  // namespace
 
@@ -40,12 +45,12 @@ World AirReport::Load(const std::string& file) {
 }
 
 World WorldOf(const Arguments& arguments, AirReport* airReport) {
-  const auto air = arguments.Value("--air");
-  if (arguments.Rest().size() != (air ? 0u : 1u))
-    throw UsageError("one world, or --air and a file");
-  const std::string& file = air ? *air : arguments.Rest()[0];
-  World world =
-      air ? airReport->Load(file) : platform::sim::ParseWorld(platform::ReadTextFile(file), file);
+  const auto air = arguments.Value("--air"), recording = arguments.Value("--recording");
+  const std::size_t named = arguments.Rest().size() + (air ? 1 : 0) + (recording ? 1 : 0);
+  if (named != 1) throw UsageError("one world, or --air or --recording and a file");
+  World world = air         ? airReport->Load(*air)
+                : recording ? WorldOfRecording(LoadRecording(*recording))
+                            : LoadWorldFile(arguments.Rest()[0]);
   if (const auto mode = arguments.Value("--mode")) SetMode(&world, *mode);
   if (const auto profile = arguments.Value("--profile")) SetProfile(&world, *profile);
   return world;

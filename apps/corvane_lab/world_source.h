@@ -25,9 +25,9 @@ class AirReport {
   platform::sim::AirCount m_Count;
 };
 
-// The world that a command is to work on: a world file, or captured beacons with `--air`, of which
-// the report then tells; with `--mode` its adapters act in that mode. Throws UsageError, and
-// std::runtime_error for a file that cannot be read, with file and place.
+// The world that a command is to work on: a world file, captured beacons with `--air`, of which the
+// report then tells, or what `--recording` recorded; with `--mode` its adapters act in that mode.
+// Throws UsageError, and std::runtime_error for a file that cannot be read, with file and place.
 platform::sim::World WorldOf(const Arguments& arguments, AirReport* airReport);
 
 // Every adapter acts in this mode ("autoswitch", "event", "popup") from its first seconds on,

@@ -48,6 +48,7 @@ void SimMachine::FixSignal(std::size_t accessPoint, std::optional<double> dbm) {
 }
 
 const SimMachine::Elements& SimMachine::ElementsOf(std::size_t accessPoint, bool named) const {
+  if (const Elements* sent = SentAt(world.accessPoints[accessPoint], loop.NowMs())) return *sent;
   return named ? m_Sent[accessPoint].named : m_Sent[accessPoint].nameless;
 }
 

@@ -97,7 +97,8 @@ DWORD SimWlanAdapter::Scan(Cause cause, const std::string& ssid, bool good) {
   });
   if (m_Scans.size() > 1) return ERROR_SUCCESS;
   // From four fifths of the usual time to half as long again.
-  const std::uint64_t ms = Data().scanMs * (80 + m_Random.Below(81)) / 100;
+  const auto recorded = TookAt(Data().scansTook, m_Machine.loop.NowMs());
+  const std::uint64_t ms = recorded ? *recorded : Data().scanMs * (80 + m_Random.Below(81)) / 100;
   m_Machine.loop.In(ms, [this, run = ++m_ScanRun] {
     if (run == m_ScanRun) FinishScan();
   });

@@ -77,6 +77,7 @@ class SimWlanAdapter {
   };
 
   DWORD Ready() const;  // whether it can send: the code with which operations fail
+  std::uint64_t ConnectPart(unsigned fifths);
   std::uint64_t Jittered(std::uint64_t ms) { return ms * (80 + m_Random.Below(41)) / 100; }
   void ListenToAll(const std::vector<ScanRequest>& requests);
   void FinishScan();
@@ -128,6 +129,7 @@ class SimWlanAdapter {
   Stage m_Stage = Stage::kIdle;
   std::optional<ConnectRequest> m_Attempt;  // under way
   std::uint64_t m_AttemptRun = 0;
+  std::uint64_t m_ConnectMs = 0, m_BeginMs = 0;  // the attempt was asked for, and began
   std::optional<Link> m_Link;
   std::uint64_t m_LinkRun = 0;
   bool m_bRoaming = false;

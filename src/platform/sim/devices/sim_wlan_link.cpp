@@ -37,6 +37,7 @@ DWORD SimWlanAdapter::Connect(const ConnectRequest& request) {
   m_bHeld = false;
   ++m_ConnectLaterRun;
   m_Attempt = request;
+  m_ConnectMs = m_Machine.loop.NowMs();
   m_Machine.loop.Tell(
       [index = Index(), cause = request.cause, ssid = request.ssid](IPcObserver& observer) {
         observer.OnConnectStarted(index, cause, ssid);
@@ -56,11 +57,23 @@ DWORD SimWlanAdapter::Connect(const ConnectRequest& request) {
   return ERROR_SUCCESS;
 }
 
+// So many fifths of a connect.
+std::uint64_t SimWlanAdapter::ConnectPart(unsigned fifths) {
+  constexpr unsigned kFifths = 5;
+  if (const auto recorded = TookAt(Data().connectsTook, m_ConnectMs)) {
+    const std::uint64_t left =
+        *recorded - std::min<std::uint64_t>(*recorded, m_BeginMs - m_ConnectMs);
+    return left * fifths / kFifths;
+  }
+  return Jittered(Data().connectMs * fifths / kFifths);
+}
+
 void SimWlanAdapter::BeginAttempt() {
+  m_BeginMs = m_Machine.loop.NowMs();
   m_Stage = Stage::kAssociating;
   NotifyAcm(wlan_notification_acm_connection_start, WLAN_REASON_CODE_SUCCESS);
   NotifyMsm(wlan_notification_msm_associating, WLAN_REASON_CODE_SUCCESS);
-  m_Machine.loop.In(Jittered(Data().connectMs * 2 / 5), [this, run = m_AttemptRun] {
+  m_Machine.loop.In(ConnectPart(2), [this, run = m_AttemptRun] {
     if (run == m_AttemptRun) Associate();
   });
 }
@@ -91,10 +104,9 @@ void SimWlanAdapter::Associate() {
   if (!KeyFits(request.security, ap.security)) {
     return fail(WLAN_REASON_CODE_MSMSEC_PSK_MISMATCH_SUSPECTED, kWrongKeyMs);
   }
-  m_Machine.loop.In(Jittered(Data().connectMs * 3 / 5),
-                    [this, target = *target, run = m_AttemptRun] {
-                      if (run == m_AttemptRun) Authenticate(target);
-                    });
+  m_Machine.loop.In(ConnectPart(3), [this, target = *target, run = m_AttemptRun] {
+    if (run == m_AttemptRun) Authenticate(target);
+  });
 }
 
 void SimWlanAdapter::Authenticate(std::size_t accessPoint) {

@@ -96,6 +96,36 @@ double TrackSignalAt(const std::vector<SignalPoint>& track, std::uint64_t ms) {
   return Between(last->dbm, next->dbm, ShareOf(last->atMs, next->atMs, ms));
 }
 
+std::optional<double> HeardAt(const HeardTrack& track, std::uint64_t ms) {
+  const auto next = FirstBehind(track, ms);
+  if (next == track.begin()) return std::nullopt;
+  const auto last = std::prev(next);
+  if (std::isnan(last->dbm)) return std::nullopt;
+  if (next == track.end() || std::isnan(next->dbm)) return last->dbm;
+  return Between(last->dbm, next->dbm, ShareOf(last->atMs, next->atMs, ms));
+}
+
+const std::shared_ptr<const std::vector<BYTE>>* SentAt(const AccessPoint& accessPoint,
+                                                       std::uint64_t ms) {
+  if (accessPoint.sent.empty()) return nullptr;
+  const auto next = FirstBehind(accessPoint.sent, ms);
+  return &(next == accessPoint.sent.begin() ? next : std::prev(next))->bytes;
+}
+
+std::optional<DWORD> TookAt(const std::vector<Took>& recorded, std::uint64_t ms) {
+  constexpr std::uint64_t kNearMs = 5000;
+  const auto distance = [ms](const Took& one) {
+    return one.atMs > ms ? one.atMs - ms : ms - one.atMs;
+  };
+  const auto behind = FirstBehind(recorded, ms);
+  const Took* nearest = nullptr;
+  if (behind != recorded.begin()) nearest = &*std::prev(behind);
+  if (behind != recorded.end() && (!nearest || distance(*behind) < distance(*nearest)))
+    nearest = &*behind;
+  if (!nearest || distance(*nearest) > kNearMs) return std::nullopt;
+  return nearest->ms;
+}
+
 double SignalDbm(const World& world, const AccessPoint& accessPoint, const Point& machine,
                  std::uint64_t ms, std::uint64_t seed) {
   if (!accessPoint.track.empty()) return TrackSignalAt(accessPoint.track, ms);
@@ -116,6 +146,11 @@ double SignalDbm(const World& world, const AccessPoint& accessPoint, const Point
 std::optional<double> HeardDbm(const World& world, const Adapter& adapter,
                                const AccessPoint& accessPoint, const std::optional<double>& fixed,
                                const Point& machine, std::uint64_t ms, std::uint64_t seed) {
+  if (!accessPoint.heard.empty() && !fixed) {
+    const auto at = std::ranges::find(world.adapters, adapter.mac, &Adapter::mac);
+    const auto place = static_cast<std::size_t>(at - world.adapters.begin());
+    return place < accessPoint.heard.size() ? HeardAt(accessPoint.heard[place], ms) : std::nullopt;
+  }
   if (!IsAlive(accessPoint, ms)) return std::nullopt;
   const int band = BandOf(accessPoint.frequencyMhz);
   if (std::ranges::find(adapter.bands, band) == adapter.bands.end()) return std::nullopt;

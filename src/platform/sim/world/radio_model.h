@@ -19,6 +19,15 @@ void AddWalk(std::vector<Waypoint>* path, std::uint64_t nowMs, const Point& to,
 // A signal track between its points, evenly; before the first and after the last it stays.
 double TrackSignalAt(const std::vector<SignalPoint>& track, std::uint64_t ms);
 
+// A recorded track; nothing before its first point and in its gaps.
+std::optional<double> HeardAt(const HeardTrack& track, std::uint64_t ms);
+// What a recorded access point sent then; null for one that is not recorded.
+const std::shared_ptr<const std::vector<BYTE>>* SentAt(const AccessPoint& accessPoint,
+                                                       std::uint64_t ms);
+
+// How long one took that was recorded within half a round of this time; nothing: none was.
+std::optional<DWORD> TookAt(const std::vector<Took>& recorded, std::uint64_t ms);
+
 // What an adapter at the machine's place hears of the access point, in dBm: its track, or the
 // log-distance model (free space to 1 m, then pathLossExponent) with shadowing. Shadowing is one
 // value for each access point and square of two metres, plus a small one for each span of ten

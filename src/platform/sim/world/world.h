@@ -6,6 +6,7 @@
 #include <array>
 #include <cstdint>
 #include <limits>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -103,6 +104,17 @@ struct Hop {
 };
 inline constexpr double kEchoLost = -1.0;
 
+// What an adapter heard of an access point, as it was recorded. Between two points the signal moves
+// evenly; from one of kNothingHeard on there is none.
+inline constexpr double kNothingHeard = std::numeric_limits<double>::quiet_NaN();
+using HeardTrack = std::vector<SignalPoint>;
+
+// Elements that an access point sent from a time on.
+struct SentElements {
+  std::uint64_t atMs = 0;
+  std::shared_ptr<const std::vector<BYTE>> bytes;
+};
+
 struct AccessPoint {
   Mac bssid{};
   std::string ssid;            // bytes, at most 32
@@ -118,11 +130,15 @@ struct AccessPoint {
   Point at;
   std::vector<SignalPoint> track;  // the signal over time, in place of power and position
   std::vector<Span> alive;         // empty: always
-  DWORD refuseReason = 0;          // WLAN reason code with which every connect fails; 0 for none
-  int network = -1;                // position in World::networks; -1: the first of its SSID
-  std::vector<Hop> hops;           // behind it, nearest first; empty: its gateway and one more
-  std::vector<double> noise;       // ms that each echo over it takes longer, in turn; or kEchoLost
-  std::size_t noiseTaken = 0;      // echoes so far that the noise has met
+  // Of a recorded one, in place of power, position, track and life: what each adapter heard, by its
+  // position, and what was sent, by rising time.
+  std::vector<HeardTrack> heard;
+  std::vector<SentElements> sent;
+  DWORD refuseReason = 0;      // WLAN reason code with which every connect fails; 0 for none
+  int network = -1;            // position in World::networks; -1: the first of its SSID
+  std::vector<Hop> hops;       // behind it, nearest first; empty: its gateway and one more
+  std::vector<double> noise;   // ms that each echo over it takes longer, in turn; or kEchoLost
+  std::size_t noiseTaken = 0;  // echoes so far that the noise has met
 };
 
 // WlanGetProfile's flags: 0 for one of all users.
@@ -166,6 +182,12 @@ struct DriverRoaming {
   int marginDb = 8;    // and moves to one that is stronger by as much
 };
 
+// How long something took that began at that time.
+struct Took {
+  std::uint64_t atMs = 0;
+  DWORD ms = 0;
+};
+
 struct Adapter {
   GUID guid;
   std::u16string description;
@@ -184,8 +206,9 @@ struct Adapter {
   DWORD staleMs = 30'000;         // an access point not heard for so long leaves the BSS list
   int sensitivityDbm = -92;       // what is weaker is not heard
   bool privateInterface = false;  // its driver answers private calls
-  int streams = 2;                // spatial streams, 1 to 8
-  double txLimitMbps = 0.0;       // cap on link rates; 0: none
+  std::vector<Took> scansTook, connectsTook;  // of a recorded one, by rising time
+  int streams = 2;                            // spatial streams, 1 to 8
+  double txLimitMbps = 0.0;                   // cap on link rates; 0: none
   DriverRoaming roaming;
 };
 
