@@ -74,7 +74,6 @@ bool CInterfacePDH::OpenCounters() {
     return false;
   }
   m_LastPollTick = Now();
-  m_bHaveData = true;
   return true;
 }
 
@@ -129,7 +128,6 @@ void CInterfacePDH::ReadCounters(std::int64_t elapsedMs) {
   if (ReadCounter(m_PacketsReceivedErrorsCounter, u"m_PacketsReceivedErrorsCounter", &value)) {
     TakeErrors(value, elapsedMs, &m_RxErrors, &m_RxErrorsPerSec);
   }
-  m_bHaveData = true;
 }
 
 // A value that is no number counts as one that can't be read.

@@ -55,7 +55,6 @@ class CInterfacePDH : public SmartObjEx<CInterfacePDH, SmartObj<>> {
   platform::PDH_HCOUNTER m_BytesReceivedPerSecCounter = nullptr;
   platform::PDH_HCOUNTER m_PacketsOutboundErrorsCounter = nullptr;
   platform::PDH_HCOUNTER m_PacketsReceivedErrorsCounter = nullptr;
-  std::atomic<bool> m_bHaveData{false};
   std::uint64_t m_LastPollTick = 0;
   std::atomic<double> m_RxMbps{0.0}, m_TxMbps{0.0};
   std::atomic<double> m_MaxRxMbps{0.0}, m_MaxTxMbps{0.0};

@@ -111,6 +111,32 @@ TEST(McsMap, StreamsTextAndRate) {
   }
 }
 
+// By data subcarriers, bits of a subcarrier and the length of a symbol (802.11-2020 19.5, 802.11ax
+// 27.5); the tables are rounded.
+TEST(RateTables, AreThoseOfTheStandard) {
+  constexpr double kBits[] = {0.5, 1, 1.5, 2, 3, 4, 4.5, 5, 6, 20.0 / 3, 7.5, 25.0 / 3};
+  for (unsigned mcs = 0; mcs < 32; ++mcs) {
+    const double bits = kBits[mcs % 8] * (mcs / 8 + 1);
+    EXPECT_NEAR(HtRateMbps(mcs, false, false, false), 52 * bits / 4.0, 0.6) << mcs;
+    EXPECT_NEAR(HtRateMbps(mcs, false, true, false), 52 * bits / 3.6, 0.6) << mcs;
+    EXPECT_NEAR(HtRateMbps(mcs, true, false, false), 108 * bits / 4.0, 0.6) << mcs;
+    EXPECT_NEAR(HtRateMbps(mcs, true, false, true), 108 * bits / 3.6, 0.6) << mcs;
+  }
+  for (const std::uint32_t width : {20, 40, 80, 160}) {
+    const double carriers = width == 20 ? 234 : width == 40 ? 468 : 12.25 * width;
+    for (const unsigned top : {0u, 1u, 2u}) {  // to MCS 7, 9, 11, of one stream
+      const auto map = static_cast<std::uint16_t>(0xFFFC | top);
+      const double bits = kBits[7 + 2 * top];
+      EXPECT_NEAR(ReadMcsMap(McsGeneration::kHe, map, width, false).rateMbps,
+                  carriers * bits / 14.4, 0.95)
+          << top << " at " << width;
+      EXPECT_NEAR(ReadMcsMap(McsGeneration::kHe, map, width, true).rateMbps, carriers * bits / 13.6,
+                  0.95)
+          << top << " at " << width;
+    }
+  }
+}
+
 TEST(PhyElements, HtCapabilitiesNeedAll26Bytes) {
   const ByteList mcs = {0xFF, 0xFF, 0, 0, 1};
   const auto shortOne = Decode(HtCapabilities(0x62, mcs, 25));

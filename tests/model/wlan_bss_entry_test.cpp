@@ -97,9 +97,9 @@ TEST_F(WlanModel, ElementsAreKeptForAMinuteWithoutNewOnes) {
   WLAN_BSS_ENTRY bss = Bss("Lab", 1);
   bss.wlanRateSet.uRateSetLength = 6;
   bss.wlanRateSet.usRateSet[0] = 0x8000 | 12;
-  bss.wlanRateSet.usRateSet[1] = 0x8000 | 97;  // 48.5 Mbps
-  bss.wlanRateSet.usRateSet[2] = 36;
-  bss.wlanRateSet.usRateSet[3] = 200;  // behind the length
+  bss.wlanRateSet.usRateSet[1] = 36;
+  bss.wlanRateSet.usRateSet[2] = 0x8000 | 97;  // 48.5 Mbps
+  bss.wlanRateSet.usRateSet[3] = 200;          // behind the length
   Update(*entry, bss);
   EXPECT_FALSE(entry->m_IEBlob);
   EXPECT_EQ(entry->GetMaxRate(context), 48);
@@ -259,6 +259,16 @@ TEST_F(WlanModel, FinalScoreUsesNameBandAndBluetooth) {
   context.loadMap = map;
   office->GetScore(true, context);
   EXPECT_EQ(office->FinalScoreLog(), ",QBSS_2a(20)");
+}
+
+TEST_F(WlanModel, FiveGHzIsTheBandOfItsChannels) {
+  const std::pair<std::uint32_t, bool> cases[] = {
+      {5149999, false}, {5150000, true}, {5924999, true}, {5925000, false}};
+  for (const auto& [khz, inside] : cases) {
+    const auto entry = CWlanBssEntry::CreateObject();
+    entry->m_Bss.ulChCenterFrequency = khz;
+    EXPECT_EQ(entry->IsIn5GHzRange(), inside) << khz;
+  }
 }
 
 TEST_F(WlanModel, StatusLine) {

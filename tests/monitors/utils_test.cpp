@@ -86,12 +86,12 @@ TEST_F(UtilsTest, DescriptionsOfOneModelAreNumbered) {
 
 TEST_F(UtilsTest, MacTextNeedsSixBytes) {
   MIB_IFROW& row = table.Add(1, u"", "");
-  const platform::BYTE mac[] = {0x00, 0x1A, 0x2B, 0xCC, 0xDD, 0xFE, 0x77, 0x88};
+  const platform::BYTE mac[] = {0x02, 0x1A, 0x2B, 0xCC, 0xDD, 0xFE, 0x77, 0x88};
   std::copy(std::begin(mac), std::end(mac), row.bPhysAddr);
   row.dwPhysAddrLen = 6;
   WString text;
   EXPECT_TRUE(CUtils::GetMacStrForIfIndex(1, &text));
-  EXPECT_EQ(Narrow(text), "00-1a-2b-cc-dd-fe");
+  EXPECT_EQ(Narrow(text), "02-1a-2b-cc-dd-fe");
   table.rows[0].dwPhysAddrLen = 5;
   EXPECT_FALSE(CUtils::GetMacStrForIfIndex(1, &text));
   EXPECT_FALSE(CUtils::GetMacStrForIfIndex(2, &text));

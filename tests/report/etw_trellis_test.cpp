@@ -341,6 +341,8 @@ TEST_F(EtwTest, WithoutARegistrationNothingHappensAtAll) {
   EXPECT_FALSE(etw->NotifySignalQualityBAD(u"Office", kBssid1, u"", 3));
   EXPECT_FALSE(etw->APConnected(u"Office", kBssid1, 1, 2, 3, 4, u"a", u"b"));
   EXPECT_FALSE(etw->CapabilityMismatchWifiBetter(Mismatch(kBssid1)));
+  EXPECT_FALSE(etw->CapabilityMismatchClearLast(u"Office", kBssid1, u"ax", u"ac"));
+  EXPECT_TRUE(HasLog("CapabilityMismatchClearLast: HANDLE IS NULL!"));
   EXPECT_FALSE(etw->NotifyNoAPContention(u"Office", kBssid1, 36));
   EXPECT_FALSE(etw->GetMemo().HasNetwork(u"Office"));
   EXPECT_TRUE(config.numbers.empty());

@@ -82,6 +82,7 @@ TEST(FinalScore, GuestAndBluetooth) {
       {1, false, true, 5, 0, ""},
       {0, false, true, 5, 0, ""},
       {50, false, true, 0, 50, ""},
+      {50, false, true, 1, 49, ",BT(-1)"},
       {50, false, false, 5, 50, ""},
       {50, true, true, 5, 42, ",GUEST(-3),BT(-5)"},
   };

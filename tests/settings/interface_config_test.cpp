@@ -106,7 +106,7 @@ TEST_F(InterfaceConfig, ClearsOnlyTheStatusThatIsShown) {
   EXPECT_FALSE(config->ClearStatusMessage(114));
   EXPECT_TRUE(config->SetStatusMessage(kStatusNeedCredentials));
   RunFor(59'999ms);
-  config->ClearStatusMessageIfOlder(kStatusNeedCredentials, 60'000);
+  EXPECT_TRUE(config->ClearStatusMessageIfOlder(kStatusNeedCredentials, 60'000));
   EXPECT_EQ(Text(u"StatusMessage"), LookUpStatusText(kStatusNeedCredentials));
   RunFor(1ms);
   config->ClearStatusMessageIfOlder(kStatusVpn, 60'000);

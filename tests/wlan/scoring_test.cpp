@@ -23,7 +23,8 @@ class ScoringTest : public PcTest {
         .Profile("Office")
         .Network("Office", kCategoryPrivate, false)
         .Connected(1)
-        .At(30'000, R"({"do": "network", "network": "Office", "internet": true})");
+        .At(30'000, R"({"do": "network", "network": "Office", "internet": true})")
+        .At(300'000, R"({"do": "network", "network": "Office", "category": "public"})");
     world->filters = {{platform::wlan_filter_list_type_user_permit, "Office"}};
     Boot(world.Build());
     auto& global = CGlobalConfigContainer::GetInstance();
@@ -64,6 +65,7 @@ class ScoringTest : public PcTest {
 };
 
 TEST_F(ScoringTest, SettingsListsAndAirReachTheTerms) {
+  EXPECT_TRUE(adapter->IsConnectedToPrivateNetwork());
   ExpectTerms(1, {"/40),", ",PRIV(1)", "/1201)", ",NOISE(10)", ",ALLOW(7)", ",INTERNET(-20)"});
   EXPECT_EQ(Discovered(2)->m_ApCountOnChannel, 1u);
   const ScoreContext context = adapter->GetScoreContext();
@@ -73,6 +75,8 @@ TEST_F(ScoringTest, SettingsListsAndAirReachTheTerms) {
   EXPECT_NEAR(context.averageLoad2, 20.0, 0.1);
   g_bVPNFound = true;
   ExpectTerms(1, {",INTERNET(0/VPN_MUTED)"});
+  RunFor(5min);
+  EXPECT_FALSE(adapter->IsConnectedToPrivateNetwork());
 }
 
 // The network list's own refresh is the main thread's; the adapter looks before it scores.

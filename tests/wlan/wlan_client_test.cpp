@@ -60,6 +60,9 @@ TEST_F(WlanClientTest, RemovedAdapterIsRetiredAndStaysIntactForItsHolders) {
   wlan.adapters.push_back(AdapterGuid(2));
   Container().Initialize();
   EXPECT_NE(Container().GetInterface(1).get(), gone.get()) << "it comes back as a new object";
+  wlan.adapters = {AdapterGuid(2)};
+  Container().Initialize();
+  EXPECT_EQ(AdapterEnabled(1), 0u) << "and the first one may go, too";
 }
 
 TEST_F(WlanClientTest, ServiceThatFailsGivesNoAdaptersAndRecovers) {
