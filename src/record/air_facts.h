@@ -29,11 +29,11 @@ struct ListFacts {
   std::shared_ptr<const NetworkFilters> filters;
 };
 
-struct AdapterFacts {
+struct RecordedAdapter {
   int adapter = 0;  // index
   std::string guid, name, description, mac;
   std::string phyClass;  // "ax", the best standard that it speaks
-  friend bool operator==(const AdapterFacts&, const AdapterFacts&) = default;
+  friend bool operator==(const RecordedAdapter&, const RecordedAdapter&) = default;
 };
 
 struct LinkFacts {
@@ -55,7 +55,7 @@ struct RoundFacts {
     MacAddress bssid{};
     std::int32_t score = -1;
   };
-  AdapterFacts adapter;
+  RecordedAdapter adapter;
   std::vector<Step> steps;
   std::vector<Score> scores;  // of the entries that the round came to
   std::optional<LinkFacts> link;

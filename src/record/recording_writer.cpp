@@ -307,7 +307,7 @@ std::vector<int> RecordingWriter::ElementNumbers(std::string_view bytes) {
 }
 
 void RecordingWriter::Take(const RoundFacts& facts) {
-  const AdapterFacts& adapter = facts.adapter;
+  const RecordedAdapter& adapter = facts.adapter;
   Told& told = m_Told[adapter.adapter];
   if (told.adapter != adapter) {
     Json json;

@@ -45,7 +45,7 @@ class RecordingWriter {
     bool listed = false;
   };
   struct Told {
-    std::optional<AdapterFacts> adapter;
+    std::optional<RecordedAdapter> adapter;
     std::optional<std::optional<LinkFacts>> link;
     std::optional<std::string> networks, traffic;
     std::map<MacAddress, std::int32_t> scores;
