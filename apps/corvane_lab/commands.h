@@ -18,6 +18,7 @@ int ElementsCommand(const std::vector<std::string>& words);
 int EngineCommand(const std::vector<std::string>& words);
 int CompareCommand(const std::vector<std::string>& words);
 int ReportCommand(const std::vector<std::string>& words);
+int AnonymiseCommand(const std::vector<std::string>& words);
 int ReplayCommand(const std::vector<std::string>& words);
 int MakeWorldCommand(const std::vector<std::string>& words);
 int RegistryCommand(const std::vector<std::string>& words);
@@ -83,7 +84,8 @@ inline constexpr char kElementsHelp[] =
     "corvane-lab elements FILE.jsonl\n"
     "    Decodes the elements of each captured beacon and prints one JSON object a line.\n";
 inline constexpr char kCompareHelp[] =
-    "corvane-lab compare (WORLD | FOLDER | --made A-B)... [--profiles LIST] [--why] [--by-kind]\n"
+    "corvane-lab compare (WORLD | FOLDER | RECORDING.jsonl | --made A-B)... [--profiles LIST] "
+    "[--why] [--by-kind]\n"
     "        [--worst N] [--json] [-j N]\n"
     "    Holds the service against an oracle that knows the future and against the rules of peers, "
     "in the\n"
@@ -104,7 +106,8 @@ inline constexpr char kCompareHelp[] =
     "    --json          one JSON object for each world, and one for their sum\n"
     "    -j N            so many worlds at once (default: as many as there are processors)\n";
 inline constexpr char kReportHelp[] =
-    "corvane-lab report (WORLD | --air FILE.jsonl) -o PAGE.html [--for DURATION] [--seed N]\n"
+    "corvane-lab report (WORLD | --air FILE.jsonl | --recording FILE) -o PAGE.html [--for "
+    "DURATION] [--seed N]\n"
     "        [--mode MODE] [--profile P] [--user] [--compare]\n"
     "    Runs the service over a world and makes a page to look at: what each adapter was on, how "
     "every\n"
@@ -119,6 +122,11 @@ inline constexpr char kReplayHelp[] =
     "and\n"
     "    decisions against the recorded ones.\n"
     "    --show N        prints the first N rounds that decide otherwise (default 10)\n";
+inline constexpr char kAnonymiseHelp[] =
+    "corvane-lab anonymise RECORDING -o FILE\n"
+    "    Writes the recording without the names and addresses in it, once it has seen that none is "
+    "left\n"
+    "    and that it is scored and decided upon as before.\n";
 inline constexpr char kMakeWorldHelp[] =
     "corvane-lab make-world (KIND --seed N | --kinds) [-o FILE] [--cold] [--roaming-driver]\n"
     "        [--background] [--two-adapters]\n"

@@ -24,6 +24,7 @@ constexpr Command kCommands[] = {{"run", &RunCommand, kRunHelp},
                                  {"compare", &CompareCommand, kCompareHelp},
                                  {"report", &ReportCommand, kReportHelp},
                                  {"replay", &ReplayCommand, kReplayHelp},
+                                 {"anonymise", &AnonymiseCommand, kAnonymiseHelp},
                                  {"make-world", &MakeWorldCommand, kMakeWorldHelp},
                                  {"registry", &RegistryCommand, kRegistryHelp}};
 

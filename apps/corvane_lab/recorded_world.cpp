@@ -53,7 +53,8 @@ std::vector<LONG> PhysOf(const std::string& phyClass) {
 
 class Builder {
  public:
-  explicit Builder(const Recording& run) : m_Run(run) {}
+  Builder(const Recording& run, RecordedOthers others)
+      : m_Run(run), m_bAsRecorded(others == RecordedOthers::kAsRecorded) {}
 
   World Build() {
     m_World.name = "a recording of " + m_Run.utc;
@@ -289,7 +290,7 @@ class Builder {
       const Recording::Link* last = std::exchange(before[*adapter], &link);
       if (!last) {
         if (link.connected) At(*adapter).connectedTo = link.bssid;
-      } else if (link.connected && last->connected && last->ssid == link.ssid &&
+      } else if (m_bAsRecorded && link.connected && last->connected && last->ssid == link.ssid &&
                  last->bssid != link.bssid && !link.own && !WasConnected(*last, link)) {
         Action& action = Add(Middle(RoundBefore(link.adapter, link.ms), link.ms), ActionKind::kRoam,
                              "the driver moves");
@@ -297,7 +298,7 @@ class Builder {
         action.bssid = link.bssid;
       }
     }
-    for (sim::Adapter& adapter : m_World.adapters) adapter.autoConnect = false;
+    for (sim::Adapter& adapter : m_World.adapters) adapter.autoConnect = !m_bAsRecorded;
     AddTimes();
     for (const Recording::Outside& event : m_Run.outside) {
       if (const auto adapter = AdapterOf(event.adapter)) AddOutside(event, *adapter);
@@ -345,6 +346,10 @@ class Builder {
       action.adapter = adapter;
       return action;
     };
+    const bool connects = event.event == OutsideEvent::kConnecting ||
+                          event.event == OutsideEvent::kDisconnecting ||
+                          event.event == OutsideEvent::kDisconnected;
+    if (connects && !m_bAsRecorded) return;
     switch (event.event) {
       case OutsideEvent::kScan:
         add(event.ms - std::min<std::uint64_t>(event.ms, At(adapter).scanMs), ActionKind::kScan);
@@ -470,6 +475,7 @@ class Builder {
   }
 
   const Recording& m_Run;
+  const bool m_bAsRecorded;
   World m_World;
   std::map<int, int> m_Adapters;      // position by index
   std::vector<std::size_t> m_Places;  // position in the world by that in the recording
@@ -479,9 +485,11 @@ class Builder {
 
 }  // namespace
 
-World WorldOfRecording(const Recording& run) { return Builder(run).Build(); }
+World WorldOfRecording(const Recording& run, RecordedOthers others) {
+  return Builder(run, others).Build();
+}
 
-Recording LoadRecording(const std::string& file) {
+std::vector<RecordingPart> RecordingParts(const std::string& file) {
   constexpr std::string_view kNow = "air.jsonl";
   std::vector<RecordingPart> parts;
   if (file.ends_with(kNow)) {
@@ -489,8 +497,15 @@ Recording LoadRecording(const std::string& file) {
     if (FileExists(before)) parts.push_back({before, ReadTextFile(before)});
   }
   parts.push_back({file, ReadTextFile(file)});
-  std::vector<Recording> runs = ReadRecording(parts);
+  return parts;
+}
+
+const Recording& LongestOf(const std::vector<Recording>& runs) {
   return *std::ranges::max_element(runs, {}, &Recording::lengthMs);
+}
+
+Recording LoadRecording(const std::string& file) {
+  return LongestOf(ReadRecording(RecordingParts(file)));
 }
 
 }  // namespace corvane::lab

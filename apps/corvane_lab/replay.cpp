@@ -6,6 +6,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "corvane_lab/recorded_world.h"
 #include "corvane_lab/round_record.h"
 #include "corvane_lab/service_run.h"
 #include "foundation/format.h"
@@ -130,6 +131,36 @@ class Comparison {
 };
 
 }  // namespace
+
+SameRounds CompareReplays(const Recording& one, const Recording& other) {
+  const Rounds first = RunService(WorldOfRecording(one), 1);
+  const Rounds second = RunService(WorldOfRecording(other), 1);
+  SameRounds same;
+  const auto alike = [&](const RoundRecord& a, const RoundRecord& b) {
+    const auto entries = [&](const std::vector<EntryRecord>& as,
+                             const std::vector<EntryRecord>& bs) {
+      same.scores += as.size();
+      return std::ranges::equal(as, bs, [](const EntryRecord& x, const EntryRecord& y) {
+        return x.score == y.score && x.quality == y.quality && x.standing == y.standing &&
+               x.counter == y.counter;
+      });
+    };
+    return a.endedMs == b.endedMs && entries(a.candidates, b.candidates) &&
+           entries(a.others, b.others) &&
+           std::ranges::equal(a.steps, b.steps, {}, &StepRecord::step, &StepRecord::step);
+  };
+  for (const auto& [adapter, rounds] : first.of) {
+    const auto at = second.of.find(adapter);
+    const std::size_t others = at == second.of.end() ? 0 : at->second.size();
+    for (std::size_t i = 0; i < rounds.size() && same.unlike.empty(); ++i, ++same.rounds) {
+      if (i >= others || !alike(rounds[i], at->second[i]))
+        same.unlike = FormatA("round %llu of adapter %i", rounds[i].number, adapter);
+    }
+    if (same.unlike.empty() && others != rounds.size())
+      same.unlike = FormatA("the rounds of adapter %i", adapter);
+  }
+  return same;
+}
 
 ReplayResult Replay(const Recording& run, const platform::sim::World& world, std::uint64_t seed) {
   return Comparison(run).Against(RunService(world, seed));

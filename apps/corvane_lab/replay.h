@@ -23,6 +23,14 @@ struct ReplayResult {
   std::vector<ReplayDifference> differences;  // of the decisions
 };
 
+// Whether two recordings are decided upon alike, whatever their access points are called: how many
+// rounds and scores were held against each other, and the first that is unlike, in words.
+struct SameRounds {
+  std::uint64_t rounds = 0, scores = 0;
+  std::string unlike;
+};
+SameRounds CompareReplays(const Recording& one, const Recording& other);
+
 // Runs the service over the world that was made of a recording, and holds each recorded round
 // against the one of the replay that ended nearest to it, within half a round (5 s). The decisions
 // are the same when one of those within that time decided so: how long a scan or a connect takes is

@@ -4,6 +4,7 @@
 
 #include <chrono>
 
+#include "corvane_lab/anonymise.h"
 #include "corvane_lab/recorded_track.h"
 #include "corvane_lab/recorded_world.h"
 #include "corvane_lab/run_recording.h"
@@ -19,14 +20,17 @@ using namespace std::chrono_literals;
 using platform::sim::World;
 
 // What the service records of a world, from its start to its orderly stop.
-Recording Record(World world, std::chrono::milliseconds length) {
+std::vector<RecordingPart> PartsOf(World world, std::chrono::milliseconds length) {
   SetRecording(&world, 1);
   platform::sim::SimulatedPc pc(world, {});
   ServiceRun service(pc);
   service.Start();
   pc.RunFor(length);
   EXPECT_TRUE(service.Stop());
-  return ReadRecording(RecordingOf(pc)).at(0);
+  return RecordingOf(pc);
+}
+Recording Record(World world, std::chrono::milliseconds length) {
+  return ReadRecording(PartsOf(std::move(world), length)).at(0);
 }
 
 TEST(Replay, DecidesAndScoresAsTheRecordedRunDid) {
@@ -57,6 +61,59 @@ TEST(Replay, AnotherDecisionIsToldWithWhatWasUnlike) {
   ASSERT_EQ(result.differences.size(), 1u);
   EXPECT_EQ(result.differences[0].ms, round.ms);
   EXPECT_EQ(result.differences[0].recorded, "wired-lan");
+}
+
+TEST(Anonymised, HoldsNoNameAndIsDecidedUponAsBefore) {
+  for (const char* name : {"two-hours", "two-adapters"}) {
+    const std::string file = std::string("worlds/") + name + ".json";
+    const auto parts =
+        PartsOf(platform::sim::ParseWorld(platform::ReadTextFile(file), file), 20min);
+    const std::vector<RecordingPart> shown = {{"shown", Anonymised(parts)}};
+    const auto original = ReadRecording(parts), other = ReadRecording(shown);
+    EXPECT_EQ(FindLeftover(original, other), "") << name;
+    EXPECT_NE(FindLeftover(original, original), "") << name;
+    const SameRounds same = CompareReplays(LongestOf(original), LongestOf(other));
+    EXPECT_EQ(same.unlike, "") << name;
+    EXPECT_GT(same.scores, 500u) << name;
+  }
+}
+
+// What is not in a world: names in odd places, and elements that tell of more than a score reads.
+TEST(Anonymised, TakesNamesOutOfWhereverTheyStand) {
+  const std::string text =
+      "{\"t\":0,\"begin\":{\"form\":1,\"utc\":\"u\",\"up\":0,\"goes_on\":false}}\n"
+      "{\"t\":0,\"values\":[0,{\"DenylistJson\":\"[[\\\"Smith "
+      "family\\\",\\\"AC-DE-48-00-00-01\\\"]]\","
+      "\"Note\":\"seen Smith family at ac:de:48:00:00:01\"}]}\n"
+      // An SSID, and elements of vendors: WPA, which a score reads, and another one's with the
+      // name.
+      "{\"t\":0,\"element\":[0,\"AAxTbWl0aCBmYW1pbHk=\"]}\n"
+      "{\"t\":0,\"element\":[1,\"3QcAUPIBAQAA\"]}\n"
+      "{\"t\":0,\"element\":[2,\"3Q8AEBhTbWl0aCBmYW1pbHk=\"]}\n"
+      "{\"t\":0,\"ap\":[0,0,\"ac-de-48-00-00-01\",\"536d6974682066616d696c79\",2437000,7,1,1,100,"
+      "[0,1,2]]}\n"
+      "{\"t\":0,\"ap\":[1,0,\"ac-de-48-00-00-02\",\"5a20477565737420\",2437000,7,1,1,100,[]]}\n"
+      "{\"t\":0,\"heard\":[0,true,[[0,-50,100],[1,-50,100]],[]]}\n"
+      "{\"t\":0,\"known\":[[\"Smith family 2\",1,64]]}\n"
+      "{\"t\":0,\"order\":{\"cmd\":\"ConnectAP\",\"ssid\":\"Smith family\",\"bssid\":"
+      "\"AC-DE-48-00-00-01\"}}\n";
+  const std::vector<RecordingPart> parts = {{"own", text}};
+  const std::string shown = Anonymised(parts);
+  const Recording run = ReadRecording(std::vector<RecordingPart>{{"shown", shown}}).at(0);
+  EXPECT_EQ(run.accessPoints[0].ssid, "net-000");
+  EXPECT_EQ(run.accessPoints[1].ssid, "net-001-guest");
+  EXPECT_EQ(run.accessPoints[0].bssid, (MacAddress{2, 0xA0, 0, 0, 0, 1}));
+  EXPECT_EQ(run.accessPoints[1].bssid, (MacAddress{2, 0xA0, 0, 0, 0, 2}));
+  EXPECT_EQ(run.known[0].networks[0].name, "net-000 2");
+  EXPECT_EQ(std::get<std::string>(run.values[0].what), R"([["net-000","02-a0-00-00-00-01"]])");
+  EXPECT_EQ(std::get<std::string>(run.values[1].what), "seen net-000 at 02:a0:00:00:00:01");
+  EXPECT_EQ(run.orders[0].json,
+            R"({"cmd":"ConnectAP","ssid":"net-000","bssid":"02-a0-00-00-00-01"})");
+  using namespace std::string_literals;
+  EXPECT_EQ(run.elementBytes[run.readings[0].heard[0].elements],
+            "\x00\x07net-000\xDD\x07\x00\x50\xF2\x01\x01\x00\x00\xDD\x0F\x00\x10\x18"s +
+                std::string(12, '\0'));
+  EXPECT_EQ(FindLeftover(ReadRecording(parts), {run}), "");
 }
 
 // On the simulated PC the strength shows as both numbers, where they are of one scale.
