@@ -7,6 +7,7 @@
 #include "corvane_lab/commands.h"
 #include "corvane_lab/compare_table.h"
 #include "corvane_lab/made_world.h"
+#include "corvane_lab/recorded_world.h"
 #include "corvane_lab/world_result.h"
 #include "foundation/text.h"
 #include "platform/parallel_parts.h"
@@ -33,11 +34,16 @@ struct CommandPlan {
   std::uint64_t mostMs = 0;  // 0: each world's own duration
 };
 
+bool IsRecording(const std::string& file) { return file.ends_with(".jsonl"); }
+
 World Load(const WorldPlan& plan, const MadeOptions& options) {
   const bool made = !plan.kind.empty();
   const std::string name = made ? plan.kind + "-" + std::to_string(plan.seed) : plan.file;
-  World world = platform::sim::ParseWorld(
-      made ? MadeWorldText(plan.kind, plan.seed, {}) : platform::ReadTextFile(plan.file), name);
+  World world = IsRecording(plan.file)
+                    ? WorldOfRecording(LoadRecording(plan.file), RecordedOthers::kAsTheyWould)
+                    : platform::sim::ParseWorld(made ? MadeWorldText(plan.kind, plan.seed, {})
+                                                     : platform::ReadTextFile(plan.file),
+                                                name);
   if (world.name.empty()) world.name = name;
   for (auto& adapter : world.adapters) {
     if (options.cold) adapter.connectedTo = {};
