@@ -29,7 +29,7 @@ constexpr std::uint64_t kMostMs = 366ull * 24 * 3600 * 1000;
 // A recording that begins so soon after the start shows the start; before another one there is time
 // for one.
 constexpr std::uint64_t kStartMs = 60'000, kLeadMs = 3000;
-constexpr std::size_t kMostElementBytes = 64 * 1024;
+constexpr std::size_t kMostElementBytes = 16 * 1024;
 
 class Reader {
  public:
