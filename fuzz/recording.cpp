@@ -1,5 +1,7 @@
-// The reader of recordings. Whatever the text: a recording whose positions all lead somewhere, or an
-// error that names file and line.
+// The reader of recordings. Whatever the text: a recording whose positions all lead somewhere, or
+// an error that names file and line.
+
+#include "record/recording.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -8,8 +10,6 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
-
-#include "record/recording.h"
 
 namespace {
 

@@ -8,6 +8,7 @@
 #include "corvane_lab/compare_table.h"
 #include "corvane_lab/made_world.h"
 #include "corvane_lab/recorded_world.h"
+#include "corvane_lab/recording_files.h"
 #include "corvane_lab/world_result.h"
 #include "foundation/text.h"
 #include "platform/parallel_parts.h"

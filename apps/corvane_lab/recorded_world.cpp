@@ -10,7 +10,6 @@
 #include "corvane_lab/recorded_track.h"
 #include "platform/sim/world/element_facts.h"
 #include "platform/sim/world/world_profile.h"
-#include "platform/text_file.h"
 #include "record/recording_form.h"
 #include "record/recording_writer.h"
 #include "store/value_names.h"
@@ -487,25 +486,6 @@ class Builder {
 
 World WorldOfRecording(const Recording& run, RecordedOthers others) {
   return Builder(run, others).Build();
-}
-
-std::vector<RecordingPart> RecordingParts(const std::string& file) {
-  constexpr std::string_view kNow = "air.jsonl";
-  std::vector<RecordingPart> parts;
-  if (file.ends_with(kNow)) {
-    const std::string before = file.substr(0, file.size() - kNow.size()) + "air.1.jsonl";
-    if (FileExists(before)) parts.push_back({before, ReadTextFile(before)});
-  }
-  parts.push_back({file, ReadTextFile(file)});
-  return parts;
-}
-
-const Recording& LongestOf(const std::vector<Recording>& runs) {
-  return *std::ranges::max_element(runs, {}, &Recording::lengthMs);
-}
-
-Recording LoadRecording(const std::string& file) {
-  return LongestOf(ReadRecording(RecordingParts(file)));
 }
 
 }  // namespace corvane::lab

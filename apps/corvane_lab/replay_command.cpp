@@ -9,6 +9,7 @@
 #include "corvane_lab/arguments.h"
 #include "corvane_lab/commands.h"
 #include "corvane_lab/recorded_world.h"
+#include "corvane_lab/recording_files.h"
 #include "corvane_lab/replay.h"
 #include "corvane_lab/world_source.h"
 #include "foundation/format.h"

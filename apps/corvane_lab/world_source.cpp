@@ -5,6 +5,7 @@
 #include <cstdio>
 
 #include "corvane_lab/recorded_world.h"
+#include "corvane_lab/recording_files.h"
 #include "platform/sim/world/world_loader.h"
 #include "platform/sim/world/world_policy.h"
 #include "platform/text_file.h"

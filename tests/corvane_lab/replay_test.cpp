@@ -7,6 +7,7 @@
 #include "corvane_lab/anonymise.h"
 #include "corvane_lab/recorded_track.h"
 #include "corvane_lab/recorded_world.h"
+#include "corvane_lab/recording_files.h"
 #include "corvane_lab/run_recording.h"
 #include "corvane_lab/service_run.h"
 #include "platform/sim/world/radio_model.h"
