@@ -8,6 +8,7 @@
 #include "corvane_lab/recorded_track.h"
 #include "corvane_lab/recorded_world.h"
 #include "corvane_lab/recording_files.h"
+#include "corvane_lab/round_record.h"
 #include "corvane_lab/run_recording.h"
 #include "corvane_lab/service_run.h"
 #include "platform/sim/world/radio_model.h"
@@ -32,6 +33,33 @@ std::vector<RecordingPart> PartsOf(World world, std::chrono::milliseconds length
 }
 Recording Record(World world, std::chrono::milliseconds length) {
   return ReadRecording(PartsOf(std::move(world), length)).at(0);
+}
+
+// When each round of a run ended, and how it decided.
+std::string StoryOf(World world, unsigned megabytes) {
+  SetRecording(&world, megabytes);
+  platform::sim::SimulatedPc pc(world, {});
+  std::string story;
+  const RoundRecorder recorder(
+      pc, world, false,
+      [](const RoundRecord& round, void* text) {
+        *static_cast<std::string*>(text) += RoundJson(round, RoundDetail::kJudged) + "\n";
+      },
+      &story);
+  ServiceRun service(pc);
+  service.Start();
+  pc.RunFor(10min);
+  EXPECT_TRUE(service.Stop());
+  EXPECT_EQ(RecordingOf(pc).empty(), megabytes == 0);
+  return story;
+}
+
+TEST(Recording, HoldsNoRoundUpAndChangesNone) {
+  const std::string file = "worlds/two-hours.json";
+  const World world = platform::sim::ParseWorld(platform::ReadTextFile(file), file);
+  const std::string off = StoryOf(world, 0);
+  EXPECT_GT(off.size(), 10'000u);
+  EXPECT_EQ(StoryOf(world, 1), off);
 }
 
 TEST(Replay, DecidesAndScoresAsTheRecordedRunDid) {
