@@ -7,6 +7,7 @@
 #include <tuple>
 #include <utility>
 
+#include "corvane_lab/recorded_switches.h"
 #include "corvane_lab/recorded_track.h"
 #include "platform/sim/world/element_facts.h"
 #include "platform/sim/world/world_profile.h"
@@ -27,8 +28,8 @@ using sim::World;
 constexpr char kClient[] = "recorded";
 constexpr char16_t kVpn[] = u"Recorded VPN";
 constexpr char16_t kWired[] = u"Recorded LAN";
-// A round that came to weigh a wired LAN found one.
-constexpr std::string_view kWiredStep = "wired-lan";
+constexpr char16_t kRadioStateKey[] =
+    u"SYSTEM\\CurrentControlSet\\Control\\RadioManagement\\SystemRadioState";
 // By then the start has given the settings their first values.
 constexpr std::uint64_t kStartedMs = 8000;
 constexpr std::uint64_t kLastRoundMs = 15'000;  // for the round after the last one
@@ -418,19 +419,12 @@ class Builder {
   void AddMachine() {
     AddOther(kVpn, u"VPN adapter of the recording", 53);
     AddOther(kWired, u"Ethernet adapter of the recording", 6);
-    bool vpn = false;
-    for (const Recording::Machine& machine : m_Run.machine) {
-      if (machine.vpn == vpn) continue;
-      Switch(Middle(RoundBefore({}, machine.ms), machine.ms), kVpn, machine.vpn);
-      vpn = machine.vpn;
-    }
-    bool wired = false;
-    for (const Recording::Round& round : m_Run.rounds) {
-      const bool found = std::ranges::any_of(
-          round.steps, [](const Recording::Step& step) { return step.name == kWiredStep; });
-      if (found == wired) continue;
-      Switch(RoundBefore(round.adapter, round.ms), kWired, found);
-      wired = found;
+    for (const auto& [ms, on] : VpnSwitches(m_Run)) Switch(ms, kVpn, on);
+    for (const auto& [ms, on] : WiredSwitches(m_Run)) Switch(ms, kWired, on);
+    for (const auto& [ms, on] : AirplaneSwitches(m_Run)) {
+      sim::RegistryWrite& write = Add(ms, ActionKind::kRegistry, "airplane mode").registry;
+      write.key = kRadioStateKey;
+      write.number = on ? 1 : 0;
     }
     for (const Recording::Mains& mains : m_Run.mains) {
       Action& action = Add(mains.ms, ActionKind::kPower, mains.on ? "mains" : "battery");

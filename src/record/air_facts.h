@@ -56,6 +56,7 @@ struct RoundFacts {
     std::int32_t score = -1;
   };
   RecordedAdapter adapter;
+  std::uint64_t ms = 0;  // that it took
   std::vector<Step> steps;
   std::vector<Score> scores;  // of the entries that the round came to
   std::optional<LinkFacts> link;

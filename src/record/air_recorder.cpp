@@ -212,6 +212,7 @@ void CAirRecorder::OnRoundBegins(int adapter, const CWlanInterface& wlan) {
   Present& present = Of(adapter);
   present.wlan = &wlan;
   present.facts = {};
+  present.beganTick = Tick();
 }
 
 void CAirRecorder::OnCandidates(const Round& round) {
@@ -265,10 +266,12 @@ void CAirRecorder::OnRoundEnds(int adapter) {
                     association.ulTxRate,
                     link.m_connected_dot11Bssid == link.m_connected_dot11Bssid_if_we_initiated};
     }
+    const std::uint64_t now = Tick();
+    facts.ms = now - std::min(now, present.beganTick);
     facts.mbps = wlan->GetTrafficMbps();
     facts.vpn = g_bVPNFound;
     facts.realTimeAudio = CGlobalConfigContainer::GetInstance().m_rt_audio;
-    Put({Tick(), std::move(facts)});
+    Put({now, std::move(facts)});
   });
 }
 

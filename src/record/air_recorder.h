@@ -55,6 +55,7 @@ class CAirRecorder final : public CThread<CAirRecorder>, public IRoundWatch, pub
   struct Present {
     const CWlanInterface* wlan = nullptr;
     bool hasCandidates = false;
+    std::uint64_t beganTick = 0;
     std::uint64_t operationTick = 0;  // at which the last operation began
     RoundFacts facts;
   };

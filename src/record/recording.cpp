@@ -364,7 +364,7 @@ class Reader {
     Recording::Round round;
     round.ms = Ms();
     round.adapter = items.Adapter();
-    items.Num<std::uint64_t>();  // for people
+    round.tookMs = items.Num<std::uint64_t>();
     for (Items steps = items.Array(); !steps.AtEnd();) {
       Items step = steps.Array();
       Recording::Step taken{step.Text(), {}};

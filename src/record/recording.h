@@ -1,11 +1,13 @@
 #pragma once
 // A recording as it is read back. docs/recording.md tells the form of its lines.
 
+#include <algorithm>
 #include <cstdint>
 #include <map>
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -111,9 +113,14 @@ struct Recording {
   struct Round {
     std::uint64_t ms = 0;  // when it ended
     int adapter = 0;
+    std::uint64_t tookMs = 0;
     std::vector<Step> steps;
     bool weighed = false;                       // it came to its lists
     std::map<MacAddress, std::int32_t> scores;  // of its lists, or of the last ones before
+    std::uint64_t BeganMs() const { return ms - (tookMs < ms ? tookMs : ms); }
+    bool Has(std::string_view step) const {
+      return std::ranges::any_of(steps, [step](const Step& one) { return one.name == step; });
+    }
   };
   struct Took {
     std::uint64_t ms = 0;  // when the operation ended

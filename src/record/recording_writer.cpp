@@ -335,7 +335,7 @@ void RecordingWriter::Take(const RoundFacts& facts) {
     told.traffic = std::move(traffic);
   }
   Json json;
-  json.Open().Num(adapter.adapter).Num(++told.rounds).Open();
+  json.Open().Num(adapter.adapter).Num(facts.ms).Open();
   for (const RoundFacts::Step& step : facts.steps) {
     json.Open().Text(RoundStepName(step.step));
     if (!IsZero(step.bssid)) json.Text(MacTextA(step.bssid));

@@ -49,7 +49,6 @@ class RecordingWriter {
     std::optional<std::optional<LinkFacts>> link;
     std::optional<std::string> networks, traffic;
     std::map<MacAddress, std::int32_t> scores;
-    std::uint64_t rounds = 0;
   };
 
   void Take(const ListFacts& facts);

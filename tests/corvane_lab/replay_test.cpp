@@ -5,6 +5,7 @@
 #include <chrono>
 
 #include "corvane_lab/anonymise.h"
+#include "corvane_lab/recorded_switches.h"
 #include "corvane_lab/recorded_track.h"
 #include "corvane_lab/recorded_world.h"
 #include "corvane_lab/recording_files.h"
@@ -196,6 +197,28 @@ TEST(RecordedTrack, HasGapsWhereAScanMissedIt) {
   EXPECT_EQ(ap.sent[1].atMs, 15'000u);
   EXPECT_EQ(*platform::sim::SentAt(ap, 14'999), ap.sent[0].bytes);
   EXPECT_EQ(*platform::sim::SentAt(ap, 15'000), ap.sent[1].bytes);
+}
+
+TEST(RecordedSwitches, LieBetweenTheRoundsThatSawThem) {
+  Recording run;
+  const auto round = [&run](std::uint64_t began, std::uint64_t took, const char* step,
+                            bool weighed) {
+    Recording::Round one;
+    one.ms = began + took;
+    one.tookMs = took;
+    one.steps = {{step, {}}};
+    one.weighed = weighed;
+    run.rounds.push_back(one);
+  };
+  round(10'000, 3000, "on-best", true);
+  round(20'000, 5000, "vpn", false);
+  round(21'000, 1000, "inhibited", false);  // did not look
+  round(25'000, 5000, "airplane-mode", false);
+  round(31'000, 3000, "stale", true);
+  run.machine = {{20'000, true, false}, {31'500, false, false}};
+  EXPECT_EQ(VpnSwitches(run), (RecordedSwitches{{15'000, true}, {25'500, false}}));
+  EXPECT_EQ(AirplaneSwitches(run), (RecordedSwitches{{23'000, true}, {28'000, false}}));
+  EXPECT_EQ(WiredSwitches(run), RecordedSwitches());
 }
 
 }  // namespace
