@@ -122,7 +122,7 @@ TEST(RateTables, AreThoseOfTheStandard) {
     EXPECT_NEAR(HtRateMbps(mcs, true, false, false), 108 * bits / 4.0, 0.6) << mcs;
     EXPECT_NEAR(HtRateMbps(mcs, true, false, true), 108 * bits / 3.6, 0.6) << mcs;
   }
-  for (const std::uint32_t width : {20, 40, 80, 160}) {
+  for (const std::uint32_t width : {20u, 40u, 80u, 160u}) {
     const double carriers = width == 20 ? 234 : width == 40 ? 468 : 12.25 * width;
     for (const unsigned top : {0u, 1u, 2u}) {  // to MCS 7, 9, 11, of one stream
       const auto map = static_cast<std::uint16_t>(0xFFFC | top);
